@@ -1,0 +1,44 @@
+# How every target of this tree is built: the language, the warnings, the sanitizers, where results land.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR};$ORIGIN")
+
+find_program(QUILLO_CCACHE ccache)
+if(QUILLO_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${QUILLO_CCACHE}")
+endif()
+
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+                    -Wno-missing-field-initializers -Werror)
+if(QUILLO_SANITIZE)
+  # The headers under test are our own; a sanitizer makes GCC's flow analysis see paths that cannot be.
+  add_compile_options(-fsanitize=${QUILLO_SANITIZE} -fno-omit-frame-pointer -O1
+                      -Wno-maybe-uninitialized)
+  add_link_options(-fsanitize=${QUILLO_SANITIZE})
+  if(QUILLO_SANITIZE MATCHES "undefined")
+    add_compile_options(-fno-sanitize-recover=undefined)
+  endif()
+  if(QUILLO_SANITIZE MATCHES "thread")
+    # GCC warns that it cannot follow fences; none of our code uses them.
+    add_compile_options(-Wno-tsan)
+  endif()
+endif()
+
+# quillo_shared_library(NAME sources...): a shared library with hidden visibility and a soname.
+# NAME_API marks what it exports; the macro is defined in the library's Export.h.
+function(quillo_shared_library name)
+  add_library(${name} SHARED ${ARGN})
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
