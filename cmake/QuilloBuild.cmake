@@ -20,7 +20,7 @@ endif()
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor -Woverloaded-virtual
                     -Wno-missing-field-initializers -Werror)
 if(QUILLO_SANITIZE)
   # The headers under test are our own; a sanitizer makes GCC's flow analysis see paths that cannot be.

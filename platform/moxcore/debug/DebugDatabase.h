@@ -1,0 +1,40 @@
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <variant>
+
+#include "moxcore/Export.h"
+
+namespace moxcore::debug {
+
+/// Developer switches by name, for the length of the process. Any thread.
+class MOXCORE_API DebugDatabase {
+public:
+    using Value = std::variant<bool, long, std::string>;
+
+    [[nodiscard]] static DebugDatabase& Instance();
+
+    /// The entry's value, or `fallback` when there is none or it holds another type. T is one of
+    /// Value's.
+    template <class T>
+    [[nodiscard]] T GetEntryAs(std::string const& key, T const& fallback) const {
+        std::lock_guard lock(mutex);
+        auto const found = entries.find(key);
+        if (found == entries.end()) return fallback;
+        T const* value = std::get_if<T>(&found->second);
+        return value ? *value : fallback;
+    }
+
+    void SetEntry(std::string const& key, Value const& value);
+    void RemoveEntry(std::string const& key);
+
+private:
+    DebugDatabase() = default;
+
+    mutable std::mutex mutex;
+    std::map<std::string, Value> entries;  // guarded by mutex
+};
+
+}  // namespace moxcore::debug

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "moxcore/Export.h"
+#include "moxcore/filesupport/File.h"
+
+namespace moxcore::filesupport::commondirs {
+
+// The user's own directories, made on first use and closed to other users (mode 0700). By the XDG
+// rules: $XDG_CACHE_HOME/<application> and so on, "moxcore" being the application until the host
+// names itself. Any thread; a directory that cannot be made is a ResultException that names it.
+
+[[nodiscard]] MOXCORE_API File UserCacheDir();
+[[nodiscard]] MOXCORE_API File UserConfigDir();
+[[nodiscard]] MOXCORE_API File UserDataDir();
+
+/// The application's name in these directories. Call before any of them is used.
+MOXCORE_API void SetApplicationName(string::UTF16String const& name);
+
+/// Puts all three below one directory, as "cache", "config" and "data", instead of where XDG has
+/// them. Call before any of them is used.
+MOXCORE_API void SetUserRoot(string::UTF16String const& directory);
+
+}  // namespace moxcore::filesupport::commondirs

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "moxcore/Export.h"
+#include "moxcore/string/UTF16String.h"
+
+namespace moxcore::string {
+
+// Conversions between the core library's text and UTF-8. None fails: what is not valid in the
+// source becomes U+FFFD in the result. Any thread.
+
+/// ASCII literal to text; a byte above 0x7F becomes U+FFFD.
+[[nodiscard]] MOXCORE_API UTF16String AsciiToUTF16(std::string_view ascii);
+
+[[nodiscard]] MOXCORE_API UTF16String UTF8to16(std::string_view utf8);
+[[nodiscard]] MOXCORE_API std::string UTF16to8(UTF16String const& text);
+
+/// The names under which the service's libraries know the two conversions above.
+[[nodiscard]] inline UTF16String StdToUTF16String(std::string const& utf8) {
+    return UTF8to16(utf8);
+}
+[[nodiscard]] inline std::string UTF16toStdString(UTF16String const& text) {
+    return UTF16to8(text);
+}
+
+}  // namespace moxcore::string

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "moxcore/Export.h"
+#include "moxcore/string/UTF16String.h"
+
+namespace moxcore::utility::FileUtils {
+
+/// `name` with every character that may not stand in a file name on one of the desktop systems
+/// (control characters, U+007F, and any of / \ : * ? " < > |) replaced by `replacement`, one for
+/// one. Any thread.
+[[nodiscard]] MOXCORE_API string::UTF16String ReplaceIllegalFileNameCharacters(
+    string::UTF16String const& name, unsigned short replacement);
+
+}  // namespace moxcore::utility::FileUtils
