@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "moxcore/async/Future.h"
+#include "quillocommon/Export.h"
+#include "quillocommon/Response.h"
+#include "quillosdk/EnvironmentType.h"
+
+namespace quilloauth::jwt {
+
+// The signed-in session: gets tokens, keeps them, renews them. They lie in a file of the user's
+// configuration directory that nobody else may read, one pair for each service address, and appear
+// in no trace and no error text. Any thread.
+
+/// What Login answers when a session exists and GetAccessToken will give its token.
+inline constexpr std::int32_t kSessionExists = static_cast<std::int32_t>(0xBB590001);
+
+/// What GetAccessToken fails with and Login answers when nobody is signed in and nothing here can
+/// change it.
+inline constexpr std::int32_t kNotSignedIn = static_cast<std::int32_t>(0xBB590002);
+
+/// Names the application to the service. Call before anything else here.
+QUILLOSERVICES_API void InitializeAuthManager(std::string const& clientID,
+                                              std::string const& redirectURI,
+                                              quillosdk::EnvironmentType environment,
+                                              std::string const& scope);
+
+/// The session's access token, renewed first when it has run out or was rejected. Completes on a
+/// worker thread of its own, where a continuation may take its time. Fails with kNotSignedIn when
+/// there is no session.
+[[nodiscard]] QUILLOSERVICES_API moxcore::async::Future<std::string> GetAccessToken();
+
+/// Signs `userID` in with the service; waits until that has ended, so never call it on the main
+/// thread. Answers kSessionExists (a failure in form) once there is a session, another failure when
+/// there is none.
+QUILLOSERVICES_API quillocommon::Response Login(std::string const& userID);
+
+/// Ends the session: the tokens are forgotten here at once, and the service is told as far as it
+/// can be reached. Does not wait for it. Fails only when the tokens' file cannot be removed.
+QUILLOSERVICES_API quillocommon::Response Logout();
+
+}  // namespace quilloauth::jwt

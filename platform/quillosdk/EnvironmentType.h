@@ -1,0 +1,8 @@
+#pragma once
+
+namespace quillosdk {
+
+/// Which of the service's installations is meant.
+enum class EnvironmentType { Production = 0 };
+
+}  // namespace quillosdk

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+namespace quillosdk {
+
+/// What a client needs to know of the application that it serves.
+class QuilloConfig {
+public:
+    explicit QuilloConfig(std::string clientID) : clientID(std::move(clientID)) {}
+
+    /// The application's OAuth client ID.
+    [[nodiscard]] std::string const& ClientID() const { return clientID; }
+
+private:
+    std::string clientID;
+};
+
+}  // namespace quillosdk

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "moxcore/async/Future.h"
+#include "quillosdk/Records.h"
+#include "quillosdk/ResponseWith.h"
+
+namespace quillosdk {
+
+class Session;
+
+/// A file to upload: where it is and where it goes.
+class UploadRequest {
+public:
+    /// Bytes that the service has, and bytes in all. Called on the transport's thread, never
+    /// backwards within an attempt.
+    using Progress = std::function<void(std::uint64_t done, std::uint64_t total)>;
+
+    UploadRequest(quillocommon::Guid const& folderID, std::string path, Progress progress)
+        : folderID(folderID), path(std::move(path)), progress(std::move(progress)) {}
+
+    /// The version stack that the file joins as its newest version, made on first use. All zero:
+    /// none.
+    void SetAutoversionId(quillocommon::Guid const& id) { autoversionID = id; }
+
+    [[nodiscard]] quillocommon::Guid const& FolderID() const { return folderID; }
+    [[nodiscard]] quillocommon::Guid const& AutoversionID() const { return autoversionID; }
+    [[nodiscard]] std::string const& Path() const { return path; }
+    [[nodiscard]] Progress const& GetProgress() const { return progress; }
+
+private:
+    quillocommon::Guid folderID;
+    quillocommon::Guid autoversionID;
+    std::string path;  // UTF-8
+    Progress progress;
+};
+
+class UploadResponse : public ResponseWith<Asset> {
+public:
+    using ResponseWith::ResponseWith;
+    [[nodiscard]] Asset const& GetAssetObject() const { return content; }
+};
+
+/// Uploads files by the tus protocol, version 1.0.0 (core, creation, checksum). Any thread.
+class QUILLOSERVICES_API TransferManager {
+public:
+    explicit TransferManager(std::shared_ptr<Session> session);
+
+    /// Sends the file, a piece of bounded size in memory at a time, and completes once the service
+    /// has published it and tells the same SHA-256 for what it stored as was read here. A cut
+    /// connection, a lost answer, a piece refused for its checksum and a service that is down for a
+    /// while are repeated (see RetryPolicy) from the offset that the service confirms; repeating
+    /// never makes a second version. Fails when the file cannot be read, is empty, or changes while
+    /// it is read, with a message that says so; a refusal by the service is an unsuccessful
+    /// response. `uploadID` receives the key under which the service knows this upload.
+    moxcore::async::Future<std::shared_ptr<UploadResponse>> Upload(UploadRequest const& request,
+                                                                   quillocommon::Guid& uploadID);
+
+private:
+    std::shared_ptr<Session> session;
+};
+
+}  // namespace quillosdk

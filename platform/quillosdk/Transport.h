@@ -1,0 +1,65 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "moxcore/async/Future.h"
+#include "quillocommon/Export.h"
+#include "quillosdk/QuilloResponse.h"
+
+namespace quillosdk {
+
+/// One HTTP request. Its headers may hold a token: never print or trace a request.
+struct HttpRequest {
+    std::string method;
+    std::string url;
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::shared_ptr<std::string const> body;             ///< null: none
+    std::function<void(std::uint64_t)> onBytesSent;      ///< body bytes sent so far; may be empty
+    std::size_t maxAnswerBytes = std::size_t{64} << 20;  ///< a longer body fails the request
+    std::chrono::seconds stallTimeout{60};  ///< gives up when nothing moves for so long
+};
+
+struct HttpResponse {
+    int status = 0;
+    Headers headers;
+    std::string body;
+};
+
+/// Carries requests to the service and their answers back. The one way out of these libraries, so
+/// that tests can put something else behind them. Any thread.
+class QUILLOSERVICES_API Transport {
+public:
+    virtual ~Transport();
+
+    /// Sends the request. Any answer is a success here, whatever its status; the future fails with
+    /// a TransportResult when there was none, and is cancelled when the transport ends first.
+    virtual moxcore::async::Future<std::shared_ptr<HttpResponse>> Send(HttpRequest request) = 0;
+
+    /// The process's transport: by default libcurl's, with one thread of its own and connections
+    /// that are reused.
+    [[nodiscard]] static std::shared_ptr<Transport> Get();
+
+    /// Puts `transport` in its place; null brings the default back. For tests.
+    static void Set(std::shared_ptr<Transport> transport);
+};
+
+/// The results that failed requests carry.
+enum TransportResult : std::int32_t {
+    kNoConnection = static_cast<std::int32_t>(0xBB580001),  ///< the service could not be reached
+    kConnectionLost =
+        static_cast<std::int32_t>(0xBB580002),  ///< cut or stalled before the answer was complete
+    kAnswerTooLarge = static_cast<std::int32_t>(0xBB580003),  ///< longer than maxAnswerBytes
+    kMalformedAnswer =
+        static_cast<std::int32_t>(0xBB580004),  ///< not what the service should have said
+    kBadRequest =
+        static_cast<std::int32_t>(0xBB580005),  ///< could not be sent: the address is none
+};
+
+}  // namespace quillosdk
