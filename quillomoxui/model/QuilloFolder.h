@@ -1,0 +1,26 @@
+#pragma once
+
+#include "quillomoxui/model/QuilloNode.h"
+
+namespace quillomoxui {
+
+/// A folder of a project, its root folder included. Its children are fetched when somebody opens
+/// it. The setters keep their nodes sorted by name; none may be null.
+class QUILLO_API QuilloFolder : public QuilloNode,
+                                public FoldersNotifyingPropertyHost,
+                                public FilesNotifyingPropertyHost,
+                                public VersionStacksNotifyingPropertyHost {
+public:
+    using QuilloNode::QuilloNode;
+    ~QuilloFolder() override;
+
+    /// Files, then version stacks, then folders.
+    [[nodiscard]] NodeVector<QuilloNode> GetChildNodes() const override;
+    [[nodiscard]] UTF16String GetTypeAbbreviation() const override;
+
+    void SetFolders(NodeVector<QuilloFolder> const& folders) override;
+    void SetVersionStacks(NodeVector<QuilloVersionStack> const& versionStacks) override;
+    void SetFiles(NodeVector<QuilloFile> const& files) override;
+};
+
+}  // namespace quillomoxui

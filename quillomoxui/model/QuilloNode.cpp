@@ -1,0 +1,30 @@
+#include "quillomoxui/model/QuilloNode.h"
+
+#include "quillomoxui/model/QuilloAccount.h"
+#include "quillomoxui/model/QuilloProject.h"
+
+namespace quillomoxui {
+
+QuilloNode::QuilloNode(std::shared_ptr<QuilloNode> const& parent) : parent(parent) {}
+
+QuilloNode::~QuilloNode() = default;
+
+void QuilloNode::FetchChildren() {
+    SetFetchChildrenState(FetchChildrenState::Fetching);
+}
+
+std::shared_ptr<QuilloNode> QuilloNode::GetParent() const {
+    return parent.lock();
+}
+
+template <class T>
+std::shared_ptr<T> QuilloNode::FindSelfOrAncestorOfType() {
+    for (auto current = Share(this); current; current = current->GetParent())
+        if (auto found = std::dynamic_pointer_cast<T>(current)) return found;
+    return nullptr;
+}
+
+template QUILLO_API std::shared_ptr<QuilloAccount> QuilloNode::FindSelfOrAncestorOfType();
+template QUILLO_API std::shared_ptr<QuilloProject> QuilloNode::FindSelfOrAncestorOfType();
+
+}  // namespace quillomoxui

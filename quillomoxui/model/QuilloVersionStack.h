@@ -1,0 +1,18 @@
+#pragma once
+
+#include "quillomoxui/model/QuilloNode.h"
+
+namespace quillomoxui {
+
+/// The versions of one asset, in a folder. A leaf: asking for its children finds them fetched.
+class QUILLO_API QuilloVersionStack : public QuilloNode {
+public:
+    using QuilloNode::QuilloNode;
+    ~QuilloVersionStack() override;
+
+    [[nodiscard]] NodeVector<QuilloNode> GetChildNodes() const override;
+    void FetchChildren() override;
+    [[nodiscard]] UTF16String GetTypeAbbreviation() const override;
+};
+
+}  // namespace quillomoxui

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "quillomoxui/Export.h"
+#include "quillomoxui/properties/UTF16String.h"
+
+namespace quillosdk {
+class QuilloClient;
+}
+
+namespace quillomoxui {
+
+class QuilloUser;
+
+/// Names the application to the service: its OAuth client ID and redirect URI. Call once, before
+/// any sign-in. Nothing happens when either is empty. Main thread.
+QUILLO_API void InitQuilloCppSdk(UTF16String const& clientID, UTF16String const& redirectURI);
+
+namespace model {
+
+/// The backend on the service's SDK: the application's identity, the one shared client, signing in
+/// and out, and the classes that fill the location tree. Static state only, guarded by one lock
+/// that is never held across a callback. Any thread; callbacks come on the service's own threads.
+class QuilloCppSdkIntegration {
+public:
+    QuilloCppSdkIntegration() = delete;
+
+    // The tree's adapters: SdkNodes.h.
+    class QuilloSdkUser;
+    class QuilloSdkAccount;
+    class QuilloSdkWorkspace;
+    class QuilloSdkProject;
+    class QuilloSdkFolder;
+    class QuilloSdkFile;
+    class QuilloSdkVersionStack;
+
+    // What paces their requests: FetchChildrenQueue.h, ChildQueues.h, WeakSingleton.h.
+    template <class Request, class Response, class ChildVector>
+    class FetchChildrenQueue;
+    class FetchAccountChildrenQueue;
+    class FetchWorkspaceChildrenQueue;
+    class FetchFolderChildrenQueue;
+    template <class Queue>
+    class WeakSingleton;
+
+    static void SetClientID(std::string const& clientID);
+    static void SetRedirectURI(std::string const& redirectURI);
+
+    /// The shared client; null while nobody is signed in.
+    [[nodiscard]] static std::shared_ptr<quillosdk::QuilloClient> GetQuilloClient();
+
+    /// Signs in, with the token there is or interactively. `onLoggedInChanged` replaces the one of
+    /// an earlier call and hears true once the client has a token, false when it refuses one and on
+    /// sign-out. A sign-in that fails calls nothing.
+    static void SignIn(std::function<void(bool)> const& onLoggedInChanged);
+
+    /// Signs out and releases the client, telling the callback of the last SignIn. Nothing happens
+    /// when the session cannot be ended or nobody ever signed in.
+    static void SignOut();
+
+    /// Hands a new root of the tree, with the signed-in user's ID and name, to `callback`. Nothing
+    /// is called when nobody is signed in or the service does not say who.
+    static void GetCurrentUser(
+        std::function<void(std::shared_ptr<QuilloUser> const&)> const& callback);
+};
+
+}  // namespace model
+}  // namespace quillomoxui

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+namespace quillomoxui {
+
+/// How far the export and the upload of the asset are. The host reports `Queued`, `Encoding` and
+/// `EncodingComplete`; the view model itself sets the others. Any other code is kept and means
+/// nothing.
+struct EncodingStatus {
+    enum Code : std::uint32_t {
+        None = 0,
+        Queued = 1,
+        Encoding = 2,
+        EncodingComplete = 3,  ///< the exported file is complete: the upload starts
+        Uploading = 6,
+        UploadComplete = 7,
+        UploadFailed = 8,
+    };
+
+    std::uint32_t status = None;
+
+    friend bool operator==(EncodingStatus const&, EncodingStatus const&) = default;
+};
+
+}  // namespace quillomoxui

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "moxcore/utility/EnableSharedAs.h"
+#include "quillomoxui/Export.h"
+#include "quillomoxui/properties/BindingHandle.h"
+#include "quillomoxui/utility/WeakBindMemberFunction.h"
+
+namespace quillomoxui {
+
+/// The lock that guards the property at `host`: one of a few that all properties share, so that a
+/// property costs no memory for it. Nothing but the property's own bookkeeping may run while it is
+/// held.
+[[nodiscard]] QUILLO_API std::mutex& PropertyMutex(void const* host) noexcept;
+
+/// A value that others can watch. Every change is delivered to the callbacks bound at that moment,
+/// in the order in which they were bound, later and on the main thread, each change with its own
+/// value and in the order of the changes. `Arg` is how a value is passed: T for small values, T
+/// const& for others.
+///
+/// The object that a host is part of must be owned by a std::shared_ptr before anybody binds. Any
+/// thread; callbacks run on the main thread, and what one throws keeps the rest of that delivery
+/// from running.
+template <class T, class Arg>
+class QUILLO_API NotifyingPropertyHost : public virtual moxcore::utility::EnableSharedAs {
+public:
+    using Callback = std::function<void(Arg)>;
+
+    /// Stores `newValue` and notifies; nothing happens when it equals the value held.
+    void SetValue(Arg newValue);
+
+    /// Calls a copy of `callback` with the current value first, as if it had just changed, and then
+    /// with every change, until the result is dropped. std::bad_weak_ptr when no shared pointer
+    /// owns the object.
+    [[nodiscard]] std::shared_ptr<BindingHandle> BindValueChanged(Callback const& callback);
+
+    /// The same for a member function of `target`, which is not kept alive.
+    template <class Target, class Object>
+    [[nodiscard]] std::shared_ptr<BindingHandle> BindValueChanged(
+        std::shared_ptr<Target> const& target, void (Object::*member)(Arg)) {
+        return BindValueChanged(
+            utility::WeakBindMemberFunction(std::weak_ptr<Target>(target), member));
+    }
+
+    /// Ends the binding of exactly this callback object; nothing happens when there is none.
+    void UnbindValueChanged(std::shared_ptr<Callback> const& callback);
+
+protected:
+    NotifyingPropertyHost() = default;
+    ~NotifyingPropertyHost() override;
+
+    [[nodiscard]] T GetValue() const;
+
+    /// Stores `newValue` and tells nobody.
+    void SetInitialValue(Arg newValue);
+
+private:
+    class BindingHandleImpl;
+
+    /// Queues one delivery of `newValue` to `receivers`.
+    void DispatchBindings(T newValue, std::vector<std::shared_ptr<Callback>> receivers);
+
+    T value{};                                        // guarded by PropertyMutex(this)
+    std::vector<std::shared_ptr<Callback>> bindings;  // guarded by PropertyMutex(this)
+};
+
+}  // namespace quillomoxui

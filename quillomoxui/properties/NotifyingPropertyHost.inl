@@ -1,0 +1,94 @@
+#pragma once
+
+#include <algorithm>
+#include <utility>
+
+#include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "quillomoxui/properties/NotifyingPropertyHost.h"
+
+namespace quillomoxui {
+
+/// Ends the binding of `function` when it goes, if the property is still there.
+template <class T, class Arg>
+class NotifyingPropertyHost<T, Arg>::BindingHandleImpl final : public BindingHandle {
+public:
+    BindingHandleImpl(NotifyingPropertyHost* host,
+                      std::weak_ptr<moxcore::utility::EnableSharedAs> owner,
+                      std::shared_ptr<Callback> function)
+        : host(host), owner(std::move(owner)), function(std::move(function)) {}
+
+    ~BindingHandleImpl() override {
+        if (auto const alive = owner.lock()) host->UnbindValueChanged(function);
+    }
+
+private:
+    NotifyingPropertyHost* host;  // valid while `owner` is
+    std::weak_ptr<moxcore::utility::EnableSharedAs> owner;
+    std::shared_ptr<Callback> function;
+};
+
+template <class T, class Arg>
+NotifyingPropertyHost<T, Arg>::~NotifyingPropertyHost() = default;
+
+template <class T, class Arg>
+T NotifyingPropertyHost<T, Arg>::GetValue() const {
+    std::lock_guard lock(PropertyMutex(this));
+    return value;
+}
+
+template <class T, class Arg>
+void NotifyingPropertyHost<T, Arg>::SetInitialValue(Arg newValue) {
+    T replaced = newValue;  // swapped with the old value, which thus dies after the lock
+    std::lock_guard lock(PropertyMutex(this));
+    if (!(value == replaced)) std::swap(value, replaced);
+}
+
+template <class T, class Arg>
+void NotifyingPropertyHost<T, Arg>::SetValue(Arg newValue) {
+    T replaced = newValue;  // swapped with the old value, which thus dies after the lock
+    std::lock_guard lock(PropertyMutex(this));
+    if (value == replaced) return;
+    std::swap(value, replaced);
+    // Posted under the lock, so that deliveries keep the order of the changes.
+    DispatchBindings(value, bindings);
+}
+
+template <class T, class Arg>
+std::shared_ptr<BindingHandle> NotifyingPropertyHost<T, Arg>::BindValueChanged(
+    Callback const& callback) {
+    auto shared = std::make_shared<Callback>(callback);
+    {
+        std::lock_guard lock(PropertyMutex(this));
+        DispatchBindings(value, {shared});
+        bindings.push_back(shared);
+    }
+    return std::make_shared<BindingHandleImpl>(this, shared_from_this(), std::move(shared));
+}
+
+template <class T, class Arg>
+void NotifyingPropertyHost<T, Arg>::UnbindValueChanged(std::shared_ptr<Callback> const& callback) {
+    std::shared_ptr<Callback> released;  // what it holds may run code when it dies: after the lock
+    std::lock_guard lock(PropertyMutex(this));
+    auto const found = std::find(bindings.begin(), bindings.end(), callback);
+    if (found == bindings.end()) return;
+    released = std::move(*found);
+    bindings.erase(found);
+}
+
+template <class T, class Arg>
+void NotifyingPropertyHost<T, Arg>::DispatchBindings(
+    T newValue, std::vector<std::shared_ptr<Callback>> receivers) {
+    if (receivers.empty()) {
+        // Every change is one turn of the main thread's queue, watched or not.
+        moxcore::threads::AsyncCallFromMainThread([] {}, 0);
+        return;
+    }
+    moxcore::threads::AsyncCallFromMainThread(
+        [newValue = std::move(newValue), receivers = std::move(receivers)] {
+            for (auto const& receiver : receivers)
+                (*receiver)(newValue);
+        },
+        0);
+}
+
+}  // namespace quillomoxui

@@ -1,0 +1,146 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+
+#include "quillomoxui/Export.h"
+#include "quillomoxui/properties/NamedPropertyHosts.h"
+#include "quillomoxui/viewmodel/LocationPickerMode.h"
+
+namespace quillomoxui {
+
+/// The one object that a host makes and drives: what the share popup shows, and the road of a share
+/// from the sign-in to the link that can be copied. Make it with std::make_shared and keep it until
+/// the share has ended; an operation that outlives it does nothing more.
+///
+/// Threads: the host calls it on the main thread. Answers of the service arrive on worker threads
+/// and move the workflow there; so the host's callbacks may be called on any thread, one at a time
+/// for one share. They are never called under a lock. Properties notify on the main thread.
+///
+/// Errors: what the service refuses changes nothing here but EncodingStatus
+/// (quillocommon/Failures.h tells why). A host callback that is empty when it is needed is a
+/// std::bad_function_call.
+class QUILLO_API ShareForReviewViewModel : public UserNotifyingPropertyHost,
+                                           public CurrentViewIDNotifyingPropertyHost,
+                                           public ActiveAssetNameNotifyingPropertyHost,
+                                           public ReviewLinkURLNotifyingPropertyHost,
+                                           public IsLoggedInNotifyingPropertyHost,
+                                           public EncodingStatusNotifyingPropertyHost,
+                                           public EncodingProgressNotifyingPropertyHost,
+                                           public AssetTypeIconNotifyingPropertyHost {
+public:
+    using Guid = moxcore::utility::Guid;
+
+    /// Exports the asset to `outputFilePath` and reports how far that is through SetEncodingStatus.
+    /// `processingID` names this export.
+    using AssetProcessingMethod =
+        std::function<void(UTF16String const& outputFilePath, UTF16String const& processingID)>;
+    /// Names the asset being shared; both Guids are null on entry.
+    using GetAssetIDsMethod = std::function<bool(Guid& first, Guid& second)>;
+    /// Reads a string stored with an asset; true when there is one.
+    using GetAssetDataMethod = std::function<bool(Guid const& first, Guid const& second,
+                                                  UTF16String const& key, UTF16String& value)>;
+    /// Stores a string with an asset.
+    using SetAssetDataMethod = std::function<bool(
+        Guid const& first, Guid const& second, UTF16String const& key, UTF16String const& value)>;
+    /// Receives the folder chosen and its display path; the null Guid and nothing when none was.
+    using SelectLocationCallback =
+        std::function<void(Guid const& folderID, UTF16String const& path)>;
+
+    /// With an empty user: nobody is signed in.
+    ShareForReviewViewModel();
+    ~ShareForReviewViewModel() override;
+
+    /// Replaces the user and has it fetch its tree. A null user breaks the contract.
+    void SetUser(std::shared_ptr<QuilloUser> const& user) override;
+
+    /// Signs in; the user follows when the service has said who it is. The view is left to whoever
+    /// watches IsLoggedIn.
+    virtual void Login();
+
+    /// Signs out and forgets the user's tree. The view stays.
+    virtual void Logout();
+
+    /// Reports how far the export is. Stores the status and takes the step that it calls for: shows
+    /// the view of `Queued` and `Encoding`, starts the upload on `EncodingComplete`, finishes the
+    /// share on `UploadComplete`.
+    void SetEncodingStatus(quillomoxui::EncodingStatus const& status) override;
+
+    /// Moves the popup to a view. Once that has been None, everything is swallowed until
+    /// StartShareForReviewPopup or EnableCurrentViewIDMessages.
+    void SetCurrentViewID(ShareForReviewViewID id) override;
+
+    /// Makes this object serve the location picker alone: `callback` receives the outcome, once.
+    virtual void SelectLocationAPI(std::shared_ptr<QuilloUser> const& user,
+                                   SelectLocationCallback const& callback);
+
+    /// The picker's Choose and Cancel, after it has committed or reset the user's selection.
+    virtual void LocationPickerSelectionCommitted();
+    virtual void LocationPickerCancelled();
+
+    /// Call each time the popup is opened: shows the view that the state of the share calls for.
+    void StartShareForReviewPopup();
+
+    void EnableCurrentViewIDMessages(bool enable);
+
+    void SetAssetProcessingMethod(AssetProcessingMethod const& method);
+    void SetAssetDataMethods(GetAssetIDsMethod const& getIDs, GetAssetDataMethod const& getData,
+                             SetAssetDataMethod const& setData);
+
+    /// The Share button: shares the active asset into the user's selection. Nothing happens without
+    /// one.
+    void ProcessAssetForReview();
+
+    /// The step after the link is there: has the host export the asset.
+    void ProcessAssetForReview_Internal();
+
+    /// The step after the export: uploads the file.
+    void StartUpload();
+
+    /// The step after the upload: puts the asset on its link, deletes the file, shows the link.
+    void FinalizeUpload();
+
+    /// The active asset's name as a file name, with ".mp4".
+    [[nodiscard]] UTF16String GetOutputFileName();
+
+    /// Where the host is to export to, in the user's cache directory.
+    [[nodiscard]] UTF16String GetOutputFileFullPath();
+
+    /// Stores the ID of the asset's last upload with the asset.
+    void SetUploadedAssetID(Guid const& id);
+
+    /// Writes this object and its tree to the trace channel (category "QuilloNative", level 5).
+    void Debug_TraceToConsole();
+
+private:
+    /// The plain fields, as a worker thread may see them.
+    struct Fields {
+        AssetProcessingMethod assetProcessingMethod;
+        GetAssetIDsMethod getAssetIDsMethod;
+        GetAssetDataMethod getAssetDataMethod;
+        SetAssetDataMethod setAssetDataMethod;
+        LocationPickerMode locationPickerMode = LocationPickerMode::Share;
+        SelectLocationCallback selectLocationCallback;
+        bool currentViewIDMessagesEnabled = true;
+        UTF16String outputFilePath;
+        UTF16String processingID;
+        bool isNewVersionStack = false;  ///< the asset's version stack is not on its link yet
+        Guid assetID1;                   ///< the asset being shared
+        Guid assetID2;
+    };
+
+    [[nodiscard]] Fields CopyFields() const;
+    [[nodiscard]] UTF16String ReadAssetData(char const* key) const;
+    void WriteAssetData(char const* key, UTF16String const& value) const;
+    void CreateLinkAndExport(Guid const& projectID);
+    void DeleteOutputFileAndShowLink();
+
+    mutable std::mutex mutex;
+    Fields fields;  // guarded by mutex, which is never held across a callback
+};
+
+/// The view's name for developers; "(unknown ShareForReviewViewID value)" for one that has none.
+[[nodiscard]] UTF16String const& ShareForReviewViewIDAsString(ShareForReviewViewID id);
+
+}  // namespace quillomoxui
