@@ -93,8 +93,9 @@ public:
             }
         };
         if (executor)
-            state->OnComplete(
-                [executor, run = std::move(run)]() mutable { executor->CallAsync(run); });
+            state->OnComplete([executor, run = std::move(run)]() mutable {
+                executor->CallAsync(std::move(run));
+            });
         else
             state->OnComplete(std::move(run));
         return result;
@@ -119,7 +120,7 @@ public:
     Promise(Promise&&) noexcept = default;
     Promise& operator=(Promise&&) = delete;
     ~Promise() {
-        if (state) Cancel();
+        if (state && !state->IsComplete()) Cancel();
     }
 
     Future<T> GetFuture() const { return Future<T>(state); }

@@ -17,8 +17,9 @@ public:
     [[nodiscard]] static string::UTF16String Localize(std::string_view keyAndDefault);
 
     /// Takes the texts of `locale` ("de", "ja", ...) from `<directory>/<locale>.json`, one object
-    /// of key to text, in place of those before. An unreadable or malformed file, or the empty
-    /// locale, leaves the defaults in force and answers false.
+    /// of key to text, in place of those before. A file that is unreadable or not such an object
+    /// (traced, category "moxcore"), or what is no locale's name, puts the defaults in force and
+    /// answers false.
     static bool Load(std::string const& directory, std::string const& locale);
 };
 

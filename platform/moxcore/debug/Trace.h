@@ -12,7 +12,7 @@ namespace moxcore::debug {
 // thread.
 
 /// Receives each text traced: its level, its category, the text. May be called on any thread, by
-/// one at a time.
+/// one at a time; must not trace in turn. What it throws is swallowed.
 using TraceSink =
     std::function<void(int level, std::string const& category, std::string const& text)>;
 
@@ -27,7 +27,8 @@ using TraceSink =
 /// Hands `text` to the sink when its category is on at `level`.
 MOXCORE_API void Trace(int level, char const* category, std::string const& text);
 
-/// Wants texts of `category` up to `level`; a level below 0 switches it off.
+/// Wants texts of `category` up to `level`, 0 being the most important; a level below 0 switches it
+/// off.
 MOXCORE_API void SetTraceLevel(std::string const& category, int level);
 
 /// Where texts go. An empty sink restores the standard one, which writes to standard error.

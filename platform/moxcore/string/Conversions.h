@@ -8,8 +8,8 @@
 
 namespace moxcore::string {
 
-// Conversions between the core library's text and UTF-8. None fails: what is not valid in the
-// source becomes U+FFFD in the result. Any thread.
+// Conversions between the core library's text and UTF-8. What is not valid in the source becomes
+// U+FFFD in the result; only a text of 2 GiB or more is refused (std::length_error). Any thread.
 
 /// ASCII literal to text; a byte above 0x7F becomes U+FFFD.
 [[nodiscard]] MOXCORE_API UTF16String AsciiToUTF16(std::string_view ascii);

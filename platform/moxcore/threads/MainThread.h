@@ -16,20 +16,22 @@ public:
     /// Runs, in order, what was queued when the call began, and returns how many that were; what
     /// these queue in turn waits for the next call, so that a loop's other events are never
     /// starved. A function that throws is reported to the failure handler, and the rest still run.
-    /// Main thread; not from within a queued function.
+    /// Main thread. A queued function may call it (a modal dialog's loop does): that call runs the
+    /// rest of the outer call's functions first.
     static std::size_t RunPending();
 
     /// Runs what is queued, and sleeps while there is nothing, until `done` (asked before each
     /// sleep and after each round) answers true. Main thread.
     static void RunUntil(std::function<bool()> const& done);
 
-    /// `hook` is called, on the posting thread, each time the empty queue gets its first function:
-    /// an event loop arranges there for RunPending to be called. It must not block and must not run
-    /// the queue itself.
+    /// `hook` is called, on the posting thread, each time the empty queue gets its first function
+    /// (and here, when something is queued already): an event loop arranges there for RunPending to
+    /// be called. It must not block and must not run the queue itself. An empty function removes
+    /// it.
     static void SetWakeUpHook(std::function<void()> hook);
 
     /// `handler` hears, on the main thread, what queued functions throw. Without one they are
-    /// traced (category "moxcore").
+    /// traced (category "moxcore"). Main thread.
     static void SetFailureHandler(std::function<void(std::exception_ptr)> handler);
 
     [[nodiscard]] static bool IsCurrent();

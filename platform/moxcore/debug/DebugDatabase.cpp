@@ -1,0 +1,21 @@
+#include "moxcore/debug/DebugDatabase.h"
+
+namespace moxcore::debug {
+
+DebugDatabase& DebugDatabase::Instance() {
+    // Never destroyed: switches are still asked for while the process ends.
+    static DebugDatabase& instance = *new DebugDatabase;
+    return instance;
+}
+
+void DebugDatabase::SetEntry(std::string const& key, Value const& value) {
+    std::lock_guard lock(mutex);
+    entries.insert_or_assign(key, value);
+}
+
+void DebugDatabase::RemoveEntry(std::string const& key) {
+    std::lock_guard lock(mutex);
+    entries.erase(key);
+}
+
+}  // namespace moxcore::debug

@@ -1,0 +1,129 @@
+#include "moxcore/filesupport/CommonDirs.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+#include <system_error>
+
+#include "moxcore/config/Error.h"
+#include "moxcore/string/Conversions.h"
+
+namespace moxcore::filesupport::commondirs {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kOwnerOnly = 0700;
+constexpr mode_t kOthers = 0077;
+
+/// Where one of the three directories lies.
+struct Place {
+    char const* variable;   // names the parent directory in the environment
+    char const* belowHome;  // the parent directory where the variable does not
+    char const* belowRoot;  // below SetUserRoot's directory
+};
+
+struct Settings {
+    std::mutex mutex;
+    std::string application = "moxcore";  // guarded by mutex
+    fs::path root;                        // guarded by mutex; empty: by the XDG rules
+};
+
+/// Never destroyed: a directory may still be asked for while the process ends.
+Settings& TheSettings() {
+    static Settings& settings = *new Settings;
+    return settings;
+}
+
+[[noreturn]] void Fail(fs::path const& directory, std::string const& reason) {
+    throw config::ResultException(
+        config::kUnknownFailure,
+        "Cannot use the directory \"" + directory.string() + "\": " + reason);
+}
+
+/// The value of an environment variable that is to name a directory. XDG has relative ones ignored.
+fs::path DirectoryFromEnvironment(char const* variable) {
+    char const* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
+    return value && *value == '/' ? value : "";
+}
+
+fs::path HomeDirectory() {
+    if (fs::path home = DirectoryFromEnvironment("HOME"); !home.empty()) return home;
+    passwd entry{};
+    passwd* found = nullptr;
+    std::array<char, 4096> buffer{};
+    getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found);
+    if (!found) Fail("~", "set HOME; the user database has no entry for this user");
+    return found->pw_dir;
+}
+
+/// Makes `directory` and those above it that are missing.
+void MakeDirectory(fs::path const& directory) {
+    if (mkdir(directory.c_str(), kOwnerOnly) == 0) return;
+    if (errno == ENOENT && directory.has_relative_path()) {
+        MakeDirectory(directory.parent_path());
+        if (mkdir(directory.c_str(), kOwnerOnly) == 0) return;
+    }
+    if (errno != EEXIST) Fail(directory, std::generic_category().message(errno));
+}
+
+/// Takes other users' rights to `directory` away where they have any.
+void CloseToOthers(fs::path const& directory) {
+    struct stat status {};
+    if (stat(directory.c_str(), &status) != 0)
+        Fail(directory, std::generic_category().message(errno));
+    if (!S_ISDIR(status.st_mode)) Fail(directory, std::generic_category().message(ENOTDIR));
+    if ((status.st_mode & kOthers) != 0 && chmod(directory.c_str(), kOwnerOnly) != 0)
+        Fail(directory, std::generic_category().message(errno));
+}
+
+File UserDirectory(Place const& place) {
+    auto& settings = TheSettings();
+    std::lock_guard lock(settings.mutex);
+    fs::path directory;
+    if (!settings.root.empty()) {
+        directory = settings.root / place.belowRoot;
+    } else {
+        directory = DirectoryFromEnvironment(place.variable);
+        if (directory.empty()) directory = HomeDirectory() / place.belowHome;
+        directory /= settings.application;
+    }
+    MakeDirectory(directory);
+    CloseToOthers(directory);
+    return File(string::UTF8to16(directory.string()), 0);
+}
+
+}  // namespace
+
+File UserCacheDir() {
+    return UserDirectory({"XDG_CACHE_HOME", ".cache", "cache"});
+}
+
+File UserConfigDir() {
+    return UserDirectory({"XDG_CONFIG_HOME", ".config", "config"});
+}
+
+File UserDataDir() {
+    return UserDirectory({"XDG_DATA_HOME", ".local/share", "data"});
+}
+
+void SetApplicationName(string::UTF16String const& name) {
+    auto& settings = TheSettings();
+    std::lock_guard lock(settings.mutex);
+    settings.application = string::UTF16to8(name);
+}
+
+void SetUserRoot(string::UTF16String const& directory) {
+    auto& settings = TheSettings();
+    std::lock_guard lock(settings.mutex);
+    settings.root = string::UTF16to8(directory);
+}
+
+}  // namespace moxcore::filesupport::commondirs

@@ -1,0 +1,76 @@
+#include "moxcore/string/Conversions.h"
+
+#include <unicode/char16ptr.h>
+#include <unicode/ustring.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <stdexcept>
+
+namespace moxcore::string {
+namespace {
+
+constexpr UChar32 kReplacement = 0xFFFD;
+
+bool IsAscii(std::string_view text) {
+    unsigned char seen = 0;
+    for (char const c : text)
+        seen |= static_cast<unsigned char>(c);
+    return seen < 0x80;
+}
+
+bool IsAscii(UTF16String const& text) {
+    unsigned short seen = 0;
+    for (unsigned short const unit : text)
+        seen |= unit;
+    return seen < 0x80;
+}
+
+/// ICU counts in 32 bits, and takes a negative length for a terminated string.
+std::int32_t LengthForIcu(std::size_t length) {
+    if (length > std::numeric_limits<std::int32_t>::max())
+        throw std::length_error("text of 2 GiB or more cannot be converted");
+    return static_cast<std::int32_t>(length);
+}
+
+}  // namespace
+
+UTF16String AsciiToUTF16(std::string_view ascii) {
+    UTF16String text(ascii.size(), 0);
+    std::transform(ascii.begin(), ascii.end(), text.begin(), [](char c) {
+        auto const byte = static_cast<unsigned char>(c);
+        return static_cast<unsigned short>(byte < 0x80 ? byte : kReplacement);
+    });
+    return text;
+}
+
+UTF16String UTF8to16(std::string_view utf8) {
+    if (IsAscii(utf8)) return UTF16String(utf8.begin(), utf8.end());
+
+    auto const length = LengthForIcu(utf8.size());
+    std::int32_t needed = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8WithSub(nullptr, 0, &needed, utf8.data(), length, kReplacement, nullptr, &status);
+    UTF16String text(static_cast<std::size_t>(needed), 0);
+    status = U_ZERO_ERROR;
+    u_strFromUTF8WithSub(icu::Char16Ptr(text.data()), needed, nullptr, utf8.data(), length,
+                         kReplacement, nullptr, &status);
+    return text;
+}
+
+std::string UTF16to8(UTF16String const& text) {
+    if (IsAscii(text)) return std::string(text.begin(), text.end());
+
+    auto const length = LengthForIcu(text.size());
+    icu::ConstChar16Ptr const units(text.data());
+    std::int32_t needed = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strToUTF8WithSub(nullptr, 0, &needed, units, length, kReplacement, nullptr, &status);
+    std::string utf8(static_cast<std::size_t>(needed), '\0');
+    status = U_ZERO_ERROR;
+    u_strToUTF8WithSub(utf8.data(), needed, nullptr, units, length, kReplacement, nullptr, &status);
+    return utf8;
+}
+
+}  // namespace moxcore::string

@@ -1,0 +1,7 @@
+#include "moxcore/utility/EnableSharedAs.h"
+
+namespace moxcore::utility {
+
+EnableSharedAs::~EnableSharedAs() = default;
+
+}  // namespace moxcore::utility
