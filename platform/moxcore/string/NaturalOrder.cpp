@@ -6,8 +6,9 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <memory>
+#include <new>
+#include <span>
 #include <stdexcept>
 #include <string>
 
@@ -35,49 +36,94 @@ icu::Collator const& ThreadsCollator() {
     return *collator;
 }
 
-/// The collation keys of many names, one after the other in one block of memory.
+constexpr std::size_t kChunkSize = sizeof(std::uint64_t);
+
+/// The collation keys of many names, one after the other in one block of memory. A key ends in a
+/// zero byte and holds no other.
 class KeyArena {
 public:
-    explicit KeyArena(std::size_t capacity)
-        : bytes(std::make_unique_for_overwrite<std::uint8_t[]>(capacity)), capacity(capacity) {}
+    explicit KeyArena(std::vector<UTF16String const*> const& names) {
+        std::size_t units = 0;
+        for (auto const* name : names)
+            units += name->size();
+        Reallocate(2 * units + 8 * names.size());
 
-    /// Appends the key of `name` and returns its length, the final zero byte included.
-    std::size_t Append(icu::Collator const& collator, UTF16String const& name) {
+        auto const& collator = ThreadsCollator();
+        offsets.reserve(names.size());
+        for (auto const* name : names) {
+            offsets.push_back(used);
+            Append(collator, *name);
+        }
+    }
+
+    /// A chunk of a key, from the `depth`th byte on, as one number that orders as they do; zero
+    /// bytes where the key has ended. There must be no zero byte before `depth`.
+    std::uint64_t Chunk(std::uint32_t key, std::size_t depth) const {
+        auto const* byte = bytes.get() + offsets[key] + depth;
+        std::uint64_t chunk = 0;
+        int shift = 64;
+        while (shift > 0 && *byte != 0)
+            chunk |= static_cast<std::uint64_t>(*byte++) << (shift -= 8);
+        return chunk;
+    }
+
+private:
+    void Append(icu::Collator const& collator, UTF16String const& name) {
         for (;;) {
             auto const room = std::min<std::size_t>(capacity - used, INT32_MAX);
             auto const length = static_cast<std::size_t>(collator.getSortKey(
                 icu::ConstChar16Ptr(name.data()), static_cast<std::int32_t>(name.size()),
                 bytes.get() + used, static_cast<std::int32_t>(room)));
+            if (length == 0) throw std::bad_alloc();
             if (length <= room) {
                 used += length;
-                return length;
+                return;
             }
-            Grow(used + length);
+            Reallocate(std::max(used + length, capacity * 2));
         }
     }
 
-    std::uint8_t const* Data() const { return bytes.get(); }
-
-private:
-    void Grow(std::size_t needed) {
-        auto const larger = std::max(needed, capacity * 2);
-        auto grown = std::make_unique_for_overwrite<std::uint8_t[]>(larger);
-        std::memcpy(grown.get(), bytes.get(), used);
+    void Reallocate(std::size_t newCapacity) {
+        auto grown = std::make_unique_for_overwrite<std::uint8_t[]>(newCapacity);
+        std::copy_n(bytes.get(), used, grown.get());
         bytes = std::move(grown);
-        capacity = larger;
+        capacity = newCapacity;
     }
 
     std::unique_ptr<std::uint8_t[]> bytes;
-    std::size_t capacity;
+    std::size_t capacity = 0;
     std::size_t used = 0;
+    std::vector<std::size_t> offsets;  // of each key, in `bytes`
 };
 
 struct Entry {
-    std::uint64_t head = 0;  // the key's first bytes past what all keys share, as one number
-    std::size_t offset = 0;  // of the rest, in the arena
-    std::uint32_t length = 0;
-    std::uint32_t index = 0;  // of the name
+    std::uint64_t chunk;  // of the key, at the depth being sorted
+    std::uint32_t index;  // of the name
 };
+
+/// Sorts entries whose keys are the same up to `depth`: by the next chunk alone, which costs one
+/// comparison of numbers each time, and then those apart that have it in common.
+void SortByChunks(std::span<Entry> entries, KeyArena const& keys, std::size_t depth) {
+    auto const keyGoesOn = [](Entry const& entry) { return (entry.chunk & 0xFF) != 0; };
+    auto const chunkDiffersFrom = [](Entry const& first) {
+        return [&first](Entry const& entry) { return entry.chunk != first.chunk; };
+    };
+
+    // What all have in common is passed over here and not by recursion: names may be long.
+    for (;; depth += kChunkSize) {
+        for (auto& entry : entries)
+            entry.chunk = keys.Chunk(entry.index, depth);
+        if (std::ranges::any_of(entries, chunkDiffersFrom(entries.front()))) break;
+        if (!keyGoesOn(entries.front())) return;
+    }
+    std::ranges::sort(entries, {}, &Entry::chunk);
+    for (auto first = entries.begin(); first != entries.end();) {
+        auto const last = std::find_if(first, entries.end(), chunkDiffersFrom(*first));
+        if (last - first > 1 && keyGoesOn(*first))
+            SortByChunks({first, last}, keys, depth + kChunkSize);
+        first = last;
+    }
+}
 
 }  // namespace
 
@@ -92,33 +138,15 @@ bool NaturalStringLessThan(UTF16String const& a, UTF16String const& b) {
 std::vector<std::size_t> NaturalOrder(std::vector<UTF16String const*> const& names) {
     if (names.empty()) return {};
     if (names.size() == 1) return {0};
+    if (names.size() == 2) {
+        std::size_t const first = NaturalStringLessThan(*names[1], *names[0]) ? 1 : 0;
+        return {first, 1 - first};
+    }
 
-    std::size_t units = 0;
-    for (auto const* name : names)
-        units += name->size();
-    KeyArena arena(2 * units + 8 * names.size());
-    auto const& collator = ThreadsCollator();
     std::vector<Entry> entries(names.size());
-    std::size_t offset = 0;
-    for (std::size_t index = 0; index < names.size(); ++index) {
-        auto const length = arena.Append(collator, *names[index]);
-        entries[index] = {0, offset, static_cast<std::uint32_t>(length),
-                          static_cast<std::uint32_t>(index)};
-        offset += length;
-    }
-
-    auto const* keys = arena.Data();
-    for (auto& entry : entries) {
-        auto const* key = keys + entry.offset;
-        for (unsigned i = 0; i < 8; ++i)
-            entry.head = entry.head << 8 | (i < entry.length ? key[i] : 0);
-    }
-    std::sort(entries.begin(), entries.end(), [keys](Entry const& a, Entry const& b) {
-        if (a.head != b.head) return a.head < b.head;
-        int const order =
-            std::memcmp(keys + a.offset, keys + b.offset, std::min(a.length, b.length));
-        return order != 0 ? order < 0 : a.length < b.length;
-    });
+    for (std::size_t index = 0; index < names.size(); ++index)
+        entries[index].index = static_cast<std::uint32_t>(index);
+    SortByChunks(entries, KeyArena(names), 0);
 
     std::vector<std::size_t> order(entries.size());
     std::transform(entries.begin(), entries.end(), order.begin(),
