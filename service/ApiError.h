@@ -1,0 +1,33 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace quilloservice {
+
+/// A request that is answered with an error: the status and code of the wire's table of errors, and
+/// a message for the developer at the other end. Holds nothing secret; it goes out as it is.
+class ApiError : public std::runtime_error {
+public:
+    ApiError(int httpStatus, std::string errorCode, const std::string& message)
+        : std::runtime_error(message), status(httpStatus), code(std::move(errorCode)) {}
+
+    static ApiError BadRequest(const std::string& message) { return {400, "bad_request", message}; }
+    static ApiError Forbidden(const std::string& message) { return {403, "forbidden", message}; }
+    static ApiError NotFound(const std::string& message) { return {404, "not_found", message}; }
+    static ApiError Conflict(const std::string& message) { return {409, "conflict", message}; }
+    static ApiError TooLarge(const std::string& message) { return {413, "too_large", message}; }
+    static ApiError ChecksumMismatch(const std::string& message) {
+        return {460, "checksum_mismatch", message};
+    }
+    static ApiError StorageFull() {
+        return {507, "insufficient_storage",
+                "The service's disk is full. Free some space and go on from the offset that HEAD "
+                "tells."};
+    }
+
+    int status;
+    std::string code;
+};
+
+}  // namespace quilloservice

@@ -1,0 +1,60 @@
+#include "service/Digest.h"
+
+#include <openssl/evp.h>
+#include <openssl/rand.h>
+
+#include <stdexcept>
+
+namespace quilloservice {
+
+namespace {
+
+void Check(int result) {
+    if (result != 1) throw std::runtime_error("libcrypto failed");
+}
+
+}  // namespace
+
+void Digest::Free::operator()(evp_md_ctx_st* context) const {
+    EVP_MD_CTX_free(context);
+}
+
+Digest::Digest(Algorithm algorithm) : context_(EVP_MD_CTX_new()) {
+    const EVP_MD* type = algorithm == Algorithm::Sha1 ? EVP_sha1() : EVP_sha256();
+    Check(EVP_DigestInit_ex(context_.get(), type, nullptr));
+}
+
+Digest::Digest(const Digest& other) : context_(EVP_MD_CTX_new()) {
+    Check(EVP_MD_CTX_copy_ex(context_.get(), other.context_.get()));
+}
+
+Digest& Digest::operator=(const Digest& other) {
+    *this = Digest(other);
+    return *this;
+}
+
+void Digest::Update(std::string_view bytes) {
+    Check(EVP_DigestUpdate(context_.get(), bytes.data(), bytes.size()));
+}
+
+std::string Digest::Value() const {
+    Digest finished(*this);
+    unsigned char value[EVP_MAX_MD_SIZE];
+    unsigned int size = 0;
+    Check(EVP_DigestFinal_ex(finished.context_.get(), value, &size));
+    return {reinterpret_cast<const char*>(value), size};
+}
+
+std::string Sha256(std::string_view bytes) {
+    Digest digest;
+    digest.Update(bytes);
+    return digest.Value();
+}
+
+std::string RandomBytes(std::size_t count) {
+    std::string bytes(count, '\0');
+    Check(RAND_bytes(reinterpret_cast<unsigned char*>(bytes.data()), static_cast<int>(count)));
+    return bytes;
+}
+
+}  // namespace quilloservice

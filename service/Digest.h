@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+struct evp_md_ctx_st;
+
+namespace quilloservice {
+
+/// A running SHA checksum. Copies go on independently, which is how a chunk that turns out damaged
+/// is taken back. One thread at a time.
+class Digest {
+public:
+    enum class Algorithm { Sha1, Sha256 };
+
+    Digest() : Digest(Algorithm::Sha256) {}
+    explicit Digest(Algorithm algorithm);
+    Digest(const Digest& other);
+    Digest& operator=(const Digest& other);
+    Digest(Digest&&) noexcept = default;
+    Digest& operator=(Digest&&) noexcept = default;
+    ~Digest() = default;
+
+    void Update(std::string_view bytes);
+
+    /// The checksum, raw bytes, of what has been fed so far; more may follow.
+    [[nodiscard]] std::string Value() const;
+
+private:
+    struct Free {
+        void operator()(evp_md_ctx_st* context) const;
+    };
+    std::unique_ptr<evp_md_ctx_st, Free> context_;
+};
+
+/// SHA-256 of `bytes`, raw.
+std::string Sha256(std::string_view bytes);
+
+/// `count` bytes from the system's secure random source.
+std::string RandomBytes(std::size_t count);
+
+}  // namespace quilloservice

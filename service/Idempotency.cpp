@@ -1,0 +1,26 @@
+#include "service/Idempotency.h"
+
+#include "service/ApiError.h"
+#include "service/Database.h"
+#include "service/Digest.h"
+#include "service/Text.h"
+
+namespace quilloservice {
+
+std::optional<std::string> FindRepeated(Database& database, const IdempotentRequest& request) {
+    Statement row =
+        database.Query("SELECT request, result FROM idempotency_keys WHERE user = ? AND key = ?",
+                       request.user, request.key);
+    if (!row.Next()) return std::nullopt;
+    if (row.Text(0) != ToHex(Sha256(request.request))) {
+        throw ApiError::Conflict("This Idempotency-Key was used for another request.");
+    }
+    return row.Text(1);
+}
+
+void RememberResult(Database& database, const IdempotentRequest& request, std::string_view result) {
+    database.Run("INSERT INTO idempotency_keys (user, key, request, result) VALUES (?, ?, ?, ?)",
+                 request.user, request.key, ToHex(Sha256(request.request)), result);
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,118 @@
+#include "service/Options.h"
+
+#include <charconv>
+#include <functional>
+#include <map>
+
+#include "service/Text.h"
+
+namespace quilloservice {
+
+const char* const kHelp =
+    R"(quillo-service: a review service for development and tests
+
+usage: quillo-service --data DIR [options]
+
+  --data DIR                 where the store and the movies are kept; made when missing
+  --port N                   the port; absent or 0: the one used last with DIR if it is free, or any
+  --host ADDR                the address to listen on (127.0.0.1)
+  --sample small|large|none  what a new store is filled with (small)
+  --trust-local-user         sign in the sample user when asked from this machine, without a browser
+  --limit N/SECONDS          at most N requests of each kind in SECONDS, instead of the kinds' own limits
+  --stop-with-stdin          stop when standard input reaches its end
+  --help                     print this
+
+faults, for tests of clients:
+  --latency MS               answer every request MS milliseconds later
+  --fail RATE                answer this share (0 to 1) of the /v1 requests with 500
+  --drop-upload-after BYTES  cut each upload's connection once, when it has grown to BYTES
+
+It prints "quillo-service listening on URL" when it is ready, and stops on SIGINT or SIGTERM.
+docs/service-api.md describes what it speaks.
+)";
+
+namespace {
+
+std::int64_t NumberIn(const std::string& option, const std::string& text, std::int64_t lowest,
+                      std::int64_t highest) {
+    std::optional<std::int64_t> number = ParseNumber(text);
+    if (!number || *number < lowest || *number > highest) {
+        throw UsageError(option + " takes a whole number from " + std::to_string(lowest) + " to " +
+                         std::to_string(highest) + ", not \"" + text + "\"");
+    }
+    return *number;
+}
+
+RateLimit ParseLimit(const std::string& text) {
+    std::size_t slash = text.find('/');
+    if (slash == std::string::npos) {
+        throw UsageError("--limit takes N/SECONDS, for example 60/60, not \"" + text + "\"");
+    }
+    auto requests = NumberIn("--limit N/SECONDS", text.substr(0, slash), 1, 1'000'000);
+    auto seconds = NumberIn("--limit N/SECONDS", text.substr(slash + 1), 1, 86'400);
+    return {static_cast<std::size_t>(requests), std::chrono::seconds(seconds)};
+}
+
+SampleSize ParseSample(const std::string& text) {
+    if (text == "small") return SampleSize::Small;
+    if (text == "large") return SampleSize::Large;
+    if (text == "none") return SampleSize::None;
+    throw UsageError("--sample takes small, large or none, not \"" + text + "\"");
+}
+
+double ParseRate(const std::string& text) {
+    double rate = 0;
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rate);
+    if (error != std::errc() || end != text.data() + text.size() || !(rate >= 0 && rate <= 1)) {
+        throw UsageError("--fail takes a number from 0 to 1, for example 0.2, not \"" + text +
+                         "\"");
+    }
+    return rate;
+}
+
+}  // namespace
+
+Options ParseOptions(const std::vector<std::string>& arguments) {
+    Options options;
+    const std::map<std::string, std::function<void()>> switches = {
+        {"--help", [&] { options.help = true; }},
+        {"--trust-local-user", [&] { options.trustLocalUser = true; }},
+        {"--stop-with-stdin", [&] { options.stopWithStdin = true; }},
+    };
+    const std::map<std::string, std::function<void(const std::string&)>> values = {
+        {"--data", [&](auto& text) { options.dataDirectory = text; }},
+        {"--host", [&](auto& text) { options.host = text; }},
+        {"--port",
+         [&](auto& text) { options.port = static_cast<int>(NumberIn("--port", text, 0, 65535)); }},
+        {"--sample", [&](auto& text) { options.sample = ParseSample(text); }},
+        {"--limit", [&](auto& text) { options.limit = ParseLimit(text); }},
+        {"--latency",
+         [&](auto& text) {
+             options.faults.latency =
+                 std::chrono::milliseconds(NumberIn("--latency", text, 0, 600'000));
+         }},
+        {"--fail", [&](auto& text) { options.faults.failRate = ParseRate(text); }},
+        {"--drop-upload-after",
+         [&](auto& text) {
+             options.faults.dropUploadAfterBytes =
+                 NumberIn("--drop-upload-after", text, 1, std::int64_t{1} << 40);
+         }},
+    };
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& argument = arguments[i];
+        if (auto found = switches.find(argument); found != switches.end()) {
+            found->second();
+        } else if (auto option = values.find(argument); option != values.end()) {
+            if (++i == arguments.size()) throw UsageError(argument + " needs a value after it");
+            option->second(arguments[i]);
+        } else {
+            throw UsageError("unknown argument \"" + argument + "\"; --help lists the known ones");
+        }
+    }
+    if (!options.help && options.dataDirectory.empty()) {
+        throw UsageError("--data DIR is missing: name the directory that holds the service's data");
+    }
+    return options;
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "service/Options.h"
+
+namespace quilloservice {
+
+class Api;
+class DataDirectory;
+class ReviewLinks;
+class Sessions;
+class Store;
+class Uploads;
+
+// Each adds the routes of one section of docs/service-api.md. What is passed outlives `api`.
+
+void AddSignInRoutes(Api& api, Sessions& sessions, bool trustLocalUser);
+void AddLocationRoutes(Api& api, const Store& store);
+void AddUploadRoutes(Api& api, Uploads& uploads, const FaultOptions& faults);
+/// `address`: where links lead when a request does not say under which name it found the service.
+void AddLinkRoutes(Api& api, ReviewLinks& links, const std::string& address);
+void AddReviewerRoutes(Api& api, const ReviewLinks& links, const DataDirectory& directory);
+
+}  // namespace quilloservice

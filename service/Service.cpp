@@ -1,0 +1,95 @@
+#include "service/Service.h"
+
+#include <stdexcept>
+
+#include "service/Api.h"
+#include "service/Clock.h"
+#include "service/DataDirectory.h"
+#include "service/HttpServer.h"
+#include "service/Options.h"
+#include "service/ReviewLinks.h"
+#include "service/Routes.h"
+#include "service/SampleData.h"
+#include "service/Sessions.h"
+#include "service/Store.h"
+#include "service/Uploads.h"
+
+namespace quilloservice {
+
+namespace {
+
+int Listen(HttpServer& server, const DataDirectory& directory, const Options& options) {
+    int port = -1;
+    if (options.port != 0) {
+        port = server.Bind(options.host, options.port);
+    } else {
+        if (int last = directory.LastPort()) port = server.Bind(options.host, last);
+        if (port <= 0) port = server.Bind(options.host, 0);
+    }
+    if (port <= 0) {
+        throw std::runtime_error("cannot listen on " + options.host + " port " +
+                                 std::to_string(options.port) +
+                                 "; is the port taken, or the address not this machine's?");
+    }
+    directory.RememberPort(port);
+    return port;
+}
+
+std::string AddressOf(const std::string& host, int port) {
+    bool bracketed = host.find(':') != std::string::npos;
+    return "http://" + (bracketed ? "[" + host + "]" : host) + ":" + std::to_string(port);
+}
+
+}  // namespace
+
+struct Service::Parts {
+    explicit Parts(const Options& options)
+        : directory(options.dataDirectory),
+          store(directory.StorePath()),
+          sessions(store, SystemTime),
+          uploads(directory, store, SystemTime),
+          links(store),
+          api(server, sessions, options.limit, options.faults) {
+        MakeSampleData(store, options.sample);
+        uploads.Recover();
+        port = Listen(server, directory, options);
+        address = AddressOf(options.host, port);
+        AddSignInRoutes(api, sessions, options.trustLocalUser);
+        AddLocationRoutes(api, store);
+        AddUploadRoutes(api, uploads, options.faults);
+        AddLinkRoutes(api, links, address);
+        AddReviewerRoutes(api, links, directory);
+    }
+
+    DataDirectory directory;
+    Store store;
+    Sessions sessions;
+    Uploads uploads;
+    ReviewLinks links;
+    HttpServer server;
+    Api api;
+    int port = 0;
+    std::string address;
+};
+
+Service::Service(const Options& options) : parts_(std::make_unique<Parts>(options)) {}
+
+Service::~Service() = default;
+
+const std::string& Service::address() const {
+    return parts_->address;
+}
+
+int Service::port() const {
+    return parts_->port;
+}
+
+void Service::Run() {
+    parts_->server.listen_after_bind();
+}
+
+void Service::Stop() {
+    parts_->server.StopServing();
+}
+
+}  // namespace quilloservice

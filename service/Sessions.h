@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "service/Clock.h"
+
+namespace quilloservice {
+
+class Store;
+
+/// Who is asking: a signed-in session and its user.
+struct Identity {
+    std::int64_t session = 0;
+    std::string user;
+};
+
+struct TokenPair {
+    std::string access;
+    std::string refresh;
+};
+
+/// Signed-in sessions and their tokens. A token is 256 random bits; the store has only its
+/// SHA-256, so that a copy of the store signs nobody in. Any thread.
+class Sessions {
+public:
+    static constexpr std::int64_t kAccessSeconds = 3600;
+    static constexpr std::int64_t kRefreshSeconds = 30 * 24 * 3600;
+    /// How long a used refresh token stays good, for a client that lost the answer.
+    static constexpr std::int64_t kRefreshGraceSeconds = 60;
+
+    Sessions(Store& store, Clock clock);
+
+    /// Begins a session of `user` for the program `client`.
+    TokenPair SignIn(const std::string& user, std::string_view client);
+
+    /// A new pair for a refresh token; nothing when it is unknown, expired, or of another client.
+    std::optional<TokenPair> Refresh(std::string_view refreshToken, std::string_view client);
+
+    /// Ends the session that `token`, of either sort, belongs to. Unknown tokens are no error.
+    void Revoke(std::string_view token);
+
+    /// Whose access token this is; nothing when it is unknown, expired or revoked.
+    [[nodiscard]] std::optional<Identity> Find(std::string_view accessToken) const;
+
+private:
+    Store& store_;
+    Clock clock_;
+};
+
+}  // namespace quilloservice
