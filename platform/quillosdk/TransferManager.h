@@ -17,8 +17,10 @@ class Session;
 /// A file to upload: where it is and where it goes.
 class UploadRequest {
 public:
-    /// Bytes that the service has, and bytes in all. Called on the transport's thread, never
-    /// backwards within an attempt.
+    /// Bytes that the service has or that are on their way to it, and bytes in all. Called on the
+    /// transport's and the executor's threads, by one at a time, once for each thousandth of the
+    /// whole at most; never backwards unless the service has lost the upload and it begins anew;
+    /// last of all with the two equal, once the file is published. What it throws fails the upload.
     using Progress = std::function<void(std::uint64_t done, std::uint64_t total)>;
 
     UploadRequest(quillocommon::Guid const& folderID, std::string path, Progress progress)
@@ -44,6 +46,15 @@ class UploadResponse : public ResponseWith<Asset> {
 public:
     using ResponseWith::ResponseWith;
     [[nodiscard]] Asset const& GetAssetObject() const { return content; }
+};
+
+/// The results that uploads fail with besides the transport's.
+enum UploadResult : std::int32_t {
+    kFileUnreadable = static_cast<std::int32_t>(0xBB570001),   ///< missing, empty, no regular file
+    kFileChanged = static_cast<std::int32_t>(0xBB570002),      ///< while it was read
+    kContentMismatch = static_cast<std::int32_t>(0xBB570003),  ///< the service stored other bytes
+    kUploadLost =
+        static_cast<std::int32_t>(0xBB570004)  ///< the service knows nothing of it any more
 };
 
 /// Uploads files by the tus protocol, version 1.0.0 (core, creation, checksum). Any thread.

@@ -21,7 +21,8 @@ struct HttpRequest {
     std::string url;
     std::vector<std::pair<std::string, std::string>> headers;
     std::shared_ptr<std::string const> body;             ///< null: none
-    std::function<void(std::uint64_t)> onBytesSent;      ///< body bytes sent so far; may be empty
+    std::function<void(std::uint64_t)> onBytesSent;      ///< body bytes sent so far; may be empty.
+                                                         ///< What it throws fails the request.
     std::size_t maxAnswerBytes = std::size_t{64} << 20;  ///< a longer body fails the request
     std::chrono::seconds stallTimeout{60};  ///< gives up when nothing moves for so long
 };
@@ -58,8 +59,10 @@ enum TransportResult : std::int32_t {
     kAnswerTooLarge = static_cast<std::int32_t>(0xBB580003),  ///< longer than maxAnswerBytes
     kMalformedAnswer =
         static_cast<std::int32_t>(0xBB580004),  ///< not what the service should have said
-    kBadRequest =
-        static_cast<std::int32_t>(0xBB580005),  ///< could not be sent: the address is none
+    kBadRequest = static_cast<std::int32_t>(
+        0xBB580005),  ///< could not be sent: no address, or one whose certificate is not
+                      ///< trusted; repeating it is in vain
+    kRefused = static_cast<std::int32_t>(0xBB580006),  ///< answered, with an unsuccessful status
 };
 
 }  // namespace quillosdk

@@ -1,0 +1,91 @@
+#include "quilloauth/AuthManager.h"
+
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "moxcore/config/Error.h"
+#include "moxcore/filesupport/CommonDirs.h"
+#include "moxcore/string/Conversions.h"
+#include "quilloauth/AuthSession.h"
+#include "quillosdk/QuilloClient.h"
+
+namespace quilloauth::jwt {
+namespace {
+
+using moxcore::async::Future;
+using quillocommon::Response;
+
+std::string TokenPath() {
+    using namespace moxcore;
+    filesupport::File const file(filesupport::commondirs::UserConfigDir(),
+                                 string::AsciiToUTF16("quillo-tokens.json"));
+    return string::UTF16toStdString(file.FullPath());
+}
+
+/// The session of this process. Its worker ends with the process.
+class Current {
+public:
+    [[nodiscard]] std::shared_ptr<AuthSession> Get() const {
+        std::lock_guard lock(mutex);
+        return session;
+    }
+
+    void Set(std::shared_ptr<AuthSession> newSession) {
+        {
+            std::lock_guard lock(mutex);
+            session.swap(newSession);
+        }
+        if (newSession) newSession->Stop();
+    }
+
+private:
+    mutable std::mutex mutex;
+    std::shared_ptr<AuthSession> session;  // guarded by mutex
+};
+
+/// Never destroyed: tokens may still be asked for while the process ends.
+Current& TheCurrent() {
+    struct StopAtExit {
+        Current& current;
+        ~StopAtExit() { current.Set(nullptr); }
+    };
+    static Current& current = *new Current;
+    static StopAtExit const stopAtExit{current};
+    return current;
+}
+
+}  // namespace
+
+void InitializeAuthManager(std::string const& clientID, std::string const& /*redirectURI*/,
+                           quillosdk::EnvironmentType /*environment*/,
+                           std::string const& /*scope*/) {
+    try {
+        TheCurrent().Set(std::make_shared<AuthSession>(clientID, TokenPath()));
+    } catch (moxcore::config::ResultException const& exception) {
+        TheCurrent().Set(nullptr);
+        quillocommon::ReportFailure({quillocommon::Step::SignIn, exception.GetResult(), 0,
+                                     DescribeException(SignInTask(), std::current_exception())});
+    }
+    quillosdk::QuilloClient::SetTokenRejectedHandler([](std::string const& token) {
+        if (auto const session = TheCurrent().Get()) session->OnTokenRejected(token);
+    });
+}
+
+Future<std::string> GetAccessToken() {
+    if (auto const session = TheCurrent().Get()) return session->GetAccessToken();
+    return Future<std::string>::CreateFailed(kNotSignedIn, "the sign-in has not been set up",
+                                             nullptr);
+}
+
+Response Login(std::string const& /*userID*/) {
+    auto const session = TheCurrent().Get();
+    return session ? session->Login() : Response(kNotSignedIn);
+}
+
+Response Logout() {
+    auto const session = TheCurrent().Get();
+    return session ? session->Logout() : Response();
+}
+
+}  // namespace quilloauth::jwt

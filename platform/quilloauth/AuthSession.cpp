@@ -1,0 +1,192 @@
+#include "quilloauth/AuthSession.h"
+
+#include <exception>
+#include <utility>
+
+#include "moxcore/config/Error.h"
+#include "quilloauth/AuthManager.h"
+#include "quillocommon/Failures.h"
+#include "quillocommon/ServiceAddress.h"
+
+namespace quilloauth {
+namespace {
+
+using moxcore::async::Future;
+using moxcore::config::ResultException;
+using quillocommon::Response;
+
+/// A token with less left is renewed, so that a request does not run out of it on its way.
+constexpr std::chrono::seconds kRenewBefore{60};
+
+constexpr quillocommon::Step kStep = quillocommon::Step::SignIn;
+
+std::exception_ptr NotSignedIn(std::string const& why) {
+    return std::make_exception_ptr(ResultException(jwt::kNotSignedIn, why));
+}
+
+}  // namespace
+
+AuthSession::AuthSession(std::string clientID, std::string tokenPath)
+    : clientID(std::move(clientID)), store(std::move(tokenPath)) {}
+
+AuthSession::~AuthSession() {
+    Stop();
+}
+
+void AuthSession::Stop() {
+    worker.Stop();
+}
+
+Future<std::string> AuthSession::GetAccessToken() {
+    auto const promise = std::make_shared<TokenPromise>();
+    worker.Post([this, promise] { HandOut(promise); });
+    return promise->GetFuture();
+}
+
+void AuthSession::OnTokenRejected(std::string const& token) {
+    worker.Post([this, token] { rejected = token; });
+}
+
+void AuthSession::HandOut(std::shared_ptr<TokenPromise> const& promise) {
+    auto const address = quillocommon::GetServiceAddress();
+    auto const tokens = store.Load(address);
+    if (!tokens) {
+        promise->SetException(NotSignedIn("nobody is signed in"));
+    } else if (IsUsable(*tokens, kRenewBefore)) {
+        promise->SetValue(tokens->access);
+    } else {
+        auto& others = waiting[address];
+        others.push_back(promise);
+        if (others.size() == 1) Renew(address, *tokens);
+    }
+}
+
+void AuthSession::Renew(std::string const& address, Tokens const& old) {
+    Renewal const renewal{address, old, CurrentSession()};
+    static_cast<void>(RequestRefresh(clientID, old.refresh)
+                          .Then([weak = weak_from_this(), renewal](Future<Grant> const& granted) {
+                              auto const self = weak.lock();
+                              if (!self) return;
+                              self->worker.Post([session = self.get(), renewal, granted] {
+                                  session->OnRenewed(renewal, granted);
+                              });
+                          }));
+}
+
+void AuthSession::OnRenewed(Renewal const& renewal, Future<Grant> const& granted) {
+    if (auto const exception = granted.GetException()) {
+        if (IsUsable(renewal.old, std::chrono::seconds(0)))
+            return Give(renewal.address, renewal.old.access);
+        ReportException(SignInTask(), exception);
+        return FailAll(renewal.address, exception);
+    }
+    auto const grant = granted.Get();
+    if (auto const* refused = std::get_if<GrantRefused>(&grant))
+        return OnRenewalRefused(renewal, *refused);
+    auto const& tokens = std::get<Tokens>(grant);
+    if (!Keep(renewal.address, tokens, renewal.session))
+        return FailAll(renewal.address, NotSignedIn("the session has been ended meanwhile"));
+    Give(renewal.address, tokens.access);
+}
+
+void AuthSession::OnRenewalRefused(Renewal const& renewal, GrantRefused const& refused) {
+    bool const isOver = refused.code == "invalid_grant";
+    if (isOver) {
+        // Another process of the user may have renewed the tokens in the meantime.
+        auto const current = store.Load(renewal.address);
+        if (current && current->refresh != renewal.old.refresh) {
+            if (IsUsable(*current, kRenewBefore)) return Give(renewal.address, current->access);
+            return Renew(renewal.address, *current);
+        }
+        std::lock_guard lock(mutex);
+        if (sessionCount == renewal.session) static_cast<void>(store.Forget(renewal.address));
+    } else if (IsUsable(renewal.old, std::chrono::seconds(0))) {
+        return Give(renewal.address, renewal.old.access);
+    }
+    auto const result = isOver ? jwt::kNotSignedIn : std::int32_t{quillosdk::kRefused};
+    quillocommon::ReportFailure({kStep, result, refused.httpStatus, refused.message});
+    FailAll(renewal.address, std::make_exception_ptr(ResultException(result, refused.message)));
+}
+
+void AuthSession::Give(std::string const& address, std::string const& token) {
+    for (auto const& promise : std::exchange(waiting[address], {}))
+        promise->SetValue(token);
+}
+
+void AuthSession::FailAll(std::string const& address, std::exception_ptr const& exception) {
+    for (auto const& promise : std::exchange(waiting[address], {}))
+        promise->SetException(exception);
+}
+
+bool AuthSession::IsUsable(Tokens const& tokens, std::chrono::seconds atLeast) const {
+    return tokens.access != rejected && tokens.expiry - moxcore::threads::Now() > atLeast;
+}
+
+bool AuthSession::Keep(std::string const& address, Tokens const& tokens, unsigned session) {
+    bool saved = false;
+    {
+        std::lock_guard lock(mutex);
+        if (sessionCount != session) {
+            RequestRevocation(tokens.refresh);
+            return false;
+        }
+        saved = store.Save(address, tokens);
+    }
+    if (!saved)
+        quillocommon::ReportFailure({kStep, moxcore::config::kUnknownFailure, 0,
+                                     "Could not keep the sign-in for the next start: the file for "
+                                     "it cannot be written; look at the user's configuration "
+                                     "directory."});
+    return true;
+}
+
+unsigned AuthSession::CurrentSession() const {
+    std::lock_guard lock(mutex);
+    return sessionCount;
+}
+
+Response AuthSession::Login() {
+    auto const address = quillocommon::GetServiceAddress();
+    auto const session = CurrentSession();
+    auto const granted = RequestLocalUserGrant(clientID);
+    if (!worker.WaitFor(granted)) return Response(jwt::kNotSignedIn);
+    if (auto const exception = granted.GetException()) {
+        ReportException(SignInTask(), exception);
+        auto const result = moxcore::config::ExtractResultFromException(exception);
+        return Response(result < 0 ? result : jwt::kNotSignedIn);
+    }
+    auto const grant = granted.Get();
+    if (auto const* refused = std::get_if<GrantRefused>(&grant)) {
+        bool const wantsBrowser =
+            refused->code == "unauthorized_client" || refused->code == "unsupported_grant_type";
+        quillocommon::ReportFailure(
+            {kStep, jwt::kNotSignedIn, refused->httpStatus,
+             wantsBrowser ? "Could not sign in: this service wants a sign-in in the browser, which "
+                            "this version does not offer; use a service that trusts the users of "
+                            "this machine."
+                          : refused->message});
+        return Response(jwt::kNotSignedIn);
+    }
+    return Response(Keep(address, std::get<Tokens>(grant), session) ? jwt::kSessionExists
+                                                                    : jwt::kNotSignedIn);
+}
+
+Response AuthSession::Logout() {
+    auto const address = quillocommon::GetServiceAddress();
+    std::optional<Tokens> tokens;
+    bool forgotten = false;
+    {
+        std::lock_guard lock(mutex);
+        ++sessionCount;
+        tokens = store.Load(address);
+        forgotten = store.Forget(address);
+    }
+    if (tokens) RequestRevocation(tokens->refresh);
+    if (forgotten) return {};
+    quillocommon::ReportFailure({kStep, moxcore::config::kUnknownFailure, 0,
+                                 "Could not sign out: the file that keeps the sign-in cannot be "
+                                 "written; look at the user's configuration directory."});
+    return Response(moxcore::config::kUnknownFailure);
+}
+
+}  // namespace quilloauth

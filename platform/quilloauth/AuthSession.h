@@ -1,0 +1,77 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "moxcore/async/Future.h"
+#include "quilloauth/TokenRequests.h"
+#include "quilloauth/TokenStore.h"
+#include "quilloauth/Worker.h"
+#include "quillocommon/Export.h"
+#include "quillocommon/Response.h"
+
+namespace quilloauth {
+
+/// The session of one application with the service, behind the functions of AuthManager.h. Tokens
+/// are handed out and renewed on the worker, one thing after another; signing in and out happens
+/// on the caller's thread, which may be the worker. Not to be dropped on the worker. Any thread.
+class QUILLOSERVICES_API AuthSession : public std::enable_shared_from_this<AuthSession> {
+public:
+    /// Keeps its tokens in the file at `tokenPath` (UTF-8).
+    AuthSession(std::string clientID, std::string tokenPath);
+    ~AuthSession();
+    AuthSession(AuthSession const&) = delete;
+    AuthSession& operator=(AuthSession const&) = delete;
+
+    [[nodiscard]] moxcore::async::Future<std::string> GetAccessToken();
+    [[nodiscard]] quillocommon::Response Login();
+    [[nodiscard]] quillocommon::Response Logout();
+
+    /// The service has rejected `token`: it is not handed out again.
+    void OnTokenRejected(std::string const& token);
+
+    /// Ends the worker and a Login that waits; what is asked for is cancelled. Not on the worker.
+    void Stop();
+
+private:
+    using TokenPromise = moxcore::async::Promise<std::string>;
+
+    /// A renewal under way: of which tokens, at which service, in which session.
+    struct Renewal {
+        std::string address;
+        Tokens old;
+        unsigned session;
+    };
+
+    // On the worker.
+    void HandOut(std::shared_ptr<TokenPromise> const& promise);
+    void Renew(std::string const& address, Tokens const& old);
+    void OnRenewed(Renewal const& renewal, moxcore::async::Future<Grant> const& granted);
+    void OnRenewalRefused(Renewal const& renewal, GrantRefused const& refused);
+    void Give(std::string const& address, std::string const& token);
+    void FailAll(std::string const& address, std::exception_ptr const& exception);
+    [[nodiscard]] bool IsUsable(Tokens const& tokens, std::chrono::seconds atLeast) const;
+
+    /// Keeps `tokens` unless the session has been ended since `session`: then nobody is to have
+    /// them, and the service is told so.
+    [[nodiscard]] bool Keep(std::string const& address, Tokens const& tokens, unsigned session);
+
+    [[nodiscard]] unsigned CurrentSession() const;
+
+    std::string const clientID;
+    TokenStore store;
+
+    mutable std::mutex mutex;   // held while the store changes
+    unsigned sessionCount = 0;  // guarded by mutex; grows with each Logout
+
+    std::string rejected;  // the worker's: the token rejected last
+    std::map<std::string, std::vector<std::shared_ptr<TokenPromise>>>
+        waiting;  // the worker's: for the renewal under way, by the service's address
+
+    Worker worker;
+};
+
+}  // namespace quilloauth

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <variant>
+
+#include "moxcore/async/Future.h"
+#include "quilloauth/TokenStore.h"
+#include "quillosdk/FailureText.h"
+
+namespace quilloauth {
+
+// The requests to the service's token end points (OAuth 2.0). They are repeated as RetryPolicy says
+// and complete on the transport's thread. Any thread.
+
+/// The service has refused to grant tokens.
+struct GrantRefused {
+    int httpStatus = 0;
+    std::string code;     ///< of RFC 6749: "invalid_grant"
+    std::string message;  ///< a sentence that tells of it, for a Failure
+};
+
+using Grant = std::variant<Tokens, GrantRefused>;
+
+/// Asks for tokens for the user of this machine, which only a service that trusts him grants.
+[[nodiscard]] moxcore::async::Future<Grant> RequestLocalUserGrant(std::string const& clientID);
+
+/// Asks for fresh tokens.
+[[nodiscard]] moxcore::async::Future<Grant> RequestRefresh(std::string const& clientID,
+                                                           std::string const& refreshToken);
+
+/// Ends the session of `refreshToken` at the service, as far as that can be reached.
+void RequestRevocation(std::string const& refreshToken);
+
+/// What the grants are asked for, in messages.
+[[nodiscard]] quillosdk::Task SignInTask();
+
+}  // namespace quilloauth

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+#include "moxcore/async/Future.h"
+
+namespace quilloauth {
+
+/// One thread that runs functions in the order in which they are posted; they may wait there. It
+/// is started by the first. Any thread.
+class Worker {
+public:
+    Worker() = default;
+    ~Worker() = default;
+    Worker(Worker const&) = delete;
+    Worker& operator=(Worker const&) = delete;
+
+    /// Runs `function` on the thread. After Stop it is dropped.
+    void Post(std::function<void()> function);
+
+    /// Sleeps until `future` is complete; false when Stop came first.
+    template <class T>
+    [[nodiscard]] bool WaitFor(moxcore::async::Future<T> const& future) {
+        auto const done = std::make_shared<Gate>();
+        static_cast<void>(future.Then([done](moxcore::async::Future<T> const&) { done->Open(); }));
+        return done->Wait(stopping.get_token());
+    }
+
+    /// Ends the waits, lets the function that runs come to its end, and drops the others.
+    void Stop();
+
+private:
+    class Gate {
+    public:
+        void Open();
+        [[nodiscard]] bool Wait(std::stop_token const& stop);
+
+    private:
+        std::mutex mutex;
+        std::condition_variable_any opened;
+        bool open = false;  // guarded by mutex
+    };
+
+    void Run();
+
+    std::stop_source stopping;
+    std::mutex mutex;
+    std::condition_variable_any posted;
+    std::deque<std::function<void()>> functions;  // guarded by mutex
+    std::jthread thread;                          // guarded by mutex
+};
+
+}  // namespace quilloauth

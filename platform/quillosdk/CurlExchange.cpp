@@ -1,0 +1,203 @@
+#include "quillosdk/CurlExchange.h"
+
+#include <algorithm>
+#include <new>
+#include <string_view>
+
+#include "moxcore/config/Error.h"
+#include "quillocommon/Url.h"
+
+namespace quillosdk {
+namespace {
+
+constexpr long kConnectTimeoutSeconds = 10;
+
+/// Bodies are sent in pieces of this size; curl's own default makes four times the system calls.
+constexpr long kSendBufferBytes = 256 * 1024;
+
+/// Room behind the body that its reader may look at, so that it need not copy the body for it.
+constexpr std::size_t kReadAheadRoom = 64;
+
+std::string UpperCase(std::string_view text) {
+    std::string upper(text);
+    std::transform(upper.begin(), upper.end(), upper.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+    return upper;
+}
+
+bool HasControlCharacter(std::string_view text) {
+    return std::any_of(text.begin(), text.end(),
+                       [](unsigned char c) { return (c < 0x20 && c != '\t') || c == 0x7F; });
+}
+
+}  // namespace
+
+CurlExchange::CurlExchange(HttpRequest newRequest)
+    : easy(curl_easy_init()), request(std::move(newRequest)) {
+    using moxcore::config::ResultException;
+    if (!easy) throw std::bad_alloc();
+    auto const url = quillocommon::ParseUrl(request.url);
+    if (!url) throw ResultException(kBadRequest, "the address is no http or https URL");
+    for (auto const& [name, value] : request.headers) {
+        if (HasControlCharacter(name) || HasControlCharacter(value))
+            throw ResultException(kBadRequest, "the header " + name + " holds a control character");
+    }
+    SetUpConnection(url->IsLoopback());
+    SetUpRequest();
+}
+
+CurlExchange::~CurlExchange() = default;
+
+void CurlExchange::SetUpConnection(bool loopback) {
+    CURL* const handle = easy.get();
+    curl_easy_setopt(handle, CURLOPT_URL, request.url.c_str());
+    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
+    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
+    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_TCP_NODELAY, 1L);
+    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, kConnectTimeoutSeconds);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME,
+                     static_cast<long>(request.stallTimeout.count()));
+    curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, kSendBufferBytes);
+    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, errorText);
+    curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
+    if (loopback) curl_easy_setopt(handle, CURLOPT_PROXY, "");
+
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &CurlExchange::OnBody);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
+    if (request.onBytesSent) {
+        curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
+        curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, &CurlExchange::OnProgress);
+        curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
+    }
+}
+
+void CurlExchange::SetUpRequest() {
+    CURL* const handle = easy.get();
+    if (request.method == "HEAD") {
+        curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
+    } else if (request.method != "GET" || request.body) {
+        // curl reads the body where it is; it copies nothing.
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE,
+                         static_cast<curl_off_t>(request.body ? request.body->size() : 0));
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body ? request.body->data() : "");
+        curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method.c_str());
+        AddHeader("Expect:");  // no wait for a "100 Continue" before the body
+        if (std::none_of(request.headers.begin(), request.headers.end(),
+                         [](auto const& h) { return UpperCase(h.first) == "CONTENT-TYPE"; }))
+            AddHeader("Content-Type:");  // none, rather than curl's guess
+    }
+    for (auto const& [name, value] : request.headers)
+        AddHeader(value.empty() ? name + ";" : name + ": " + value);
+    curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
+}
+
+void CurlExchange::AddHeader(std::string const& line) {
+    curl_slist* const longer = curl_slist_append(headers.get(), line.c_str());
+    if (!longer) throw std::bad_alloc();
+    static_cast<void>(headers.release());  // the longer list has taken it over
+    headers.reset(longer);
+}
+
+std::size_t CurlExchange::OnBody(char* data, std::size_t size, std::size_t count, void* self) {
+    auto& exchange = *static_cast<CurlExchange*>(self);
+    std::size_t const bytes = size * count;
+    std::string& body = exchange.response->body;
+    if (bytes > exchange.request.maxAnswerBytes - body.size()) {
+        exchange.tooLarge = true;
+        return 0;  // ends the transfer
+    }
+    try {
+        curl_off_t announced = -1;
+        if (body.empty() &&
+            curl_easy_getinfo(exchange.Handle(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced) ==
+                CURLE_OK &&
+            announced > 0)
+            body.reserve(
+                std::min(static_cast<std::size_t>(announced), exchange.request.maxAnswerBytes) +
+                kReadAheadRoom);
+        body.append(data, bytes);
+    } catch (std::bad_alloc const&) {
+        return 0;
+    }
+    return bytes;
+}
+
+int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {
+    auto& exchange = *static_cast<CurlExchange*>(self);
+    if (sent > 0 && static_cast<std::uint64_t>(sent) != exchange.bytesSent) {
+        exchange.bytesSent = static_cast<std::uint64_t>(sent);
+        try {
+            exchange.request.onBytesSent(exchange.bytesSent);
+        } catch (...) {  // must not pass through curl
+            exchange.thrown = std::current_exception();
+            return 1;  // ends the transfer
+        }
+    }
+    return 0;
+}
+
+void CurlExchange::ReadHeaders() {
+    // The last answer's own headers: not those of a 1xx before it, nor a proxy's, nor trailers.
+    curl_header* header = nullptr;
+    while ((header = curl_easy_nextheader(Handle(), CURLH_HEADER, -1, header)) != nullptr) {
+        auto const [place, isNew] =
+            response->headers.try_emplace(UpperCase(header->name), header->value);
+        if (!isNew) place->second.append(", ").append(header->value);
+    }
+}
+
+void CurlExchange::Finish(std::unique_ptr<CurlExchange> exchange, CURLcode code) {
+    auto promise = std::move(exchange->promise);
+    if (code == CURLE_OK) {
+        long status = 0;
+        curl_easy_getinfo(exchange->Handle(), CURLINFO_RESPONSE_CODE, &status);
+        exchange->response->status = static_cast<int>(status);
+        exchange->ReadHeaders();
+        auto response = std::move(exchange->response);
+        exchange.reset();
+        promise.SetValue(std::move(response));
+    } else if (exchange->thrown) {
+        auto thrown = exchange->thrown;
+        exchange.reset();
+        promise.SetException(std::move(thrown));
+    } else {
+        auto const result = exchange->ResultOf(code);
+        auto const message = exchange->MessageOf(code);
+        exchange.reset();
+        promise.SetFailed(result, message);
+    }
+}
+
+TransportResult CurlExchange::ResultOf(CURLcode code) const {
+    curl_off_t sendingBegan = 0;
+    switch (code) {
+        case CURLE_URL_MALFORMAT:
+        case CURLE_UNSUPPORTED_PROTOCOL:
+        case CURLE_PEER_FAILED_VERIFICATION:
+            return kBadRequest;
+        case CURLE_COULDNT_RESOLVE_PROXY:
+        case CURLE_COULDNT_RESOLVE_HOST:
+        case CURLE_COULDNT_CONNECT:
+        case CURLE_SSL_CONNECT_ERROR:
+            return kNoConnection;
+        case CURLE_OPERATION_TIMEDOUT:
+            curl_easy_getinfo(Handle(), CURLINFO_PRETRANSFER_TIME_T, &sendingBegan);
+            return sendingBegan == 0 ? kNoConnection : kConnectionLost;
+        case CURLE_WEIRD_SERVER_REPLY:
+        case CURLE_BAD_CONTENT_ENCODING:
+            return kMalformedAnswer;
+        default:
+            return tooLarge ? kAnswerTooLarge : kConnectionLost;
+    }
+}
+
+std::string CurlExchange::MessageOf(CURLcode code) const {
+    if (tooLarge)
+        return "the answer was longer than " + std::to_string(request.maxAnswerBytes) + " bytes";
+    return errorText[0] ? errorText : curl_easy_strerror(code);
+}
+
+}  // namespace quillosdk

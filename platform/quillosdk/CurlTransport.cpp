@@ -1,0 +1,147 @@
+#include "quillosdk/CurlTransport.h"
+
+#include <curl/curl.h>
+
+#include <map>
+#include <mutex>
+#include <new>
+#include <thread>
+#include <vector>
+
+#include "quillocommon/WorkerThread.h"
+#include "quillosdk/CurlExchange.h"
+
+namespace quillosdk {
+namespace {
+
+/// Enough for the lists of an opened tree to arrive side by side, and no flood.
+constexpr long kConnectionsPerHost = 16;
+
+/// The poll below ends at each wake-up; its timeout only bounds a sleep without any.
+constexpr int kPollMilliseconds = 60'000;
+
+struct MultiDeleter {
+    void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+};
+
+using Exchanges = std::vector<std::unique_ptr<CurlExchange>>;
+
+}  // namespace
+
+class CurlTransport::Loop {
+public:
+    Loop() {
+        static CURLcode const globalInit = curl_global_init(CURL_GLOBAL_DEFAULT);
+        if (globalInit == CURLE_OK) multi.reset(curl_multi_init());
+        if (!multi) throw std::bad_alloc();
+        curl_multi_setopt(multi.get(), CURLMOPT_MAX_HOST_CONNECTIONS, kConnectionsPerHost);
+        curl_multi_setopt(multi.get(), CURLMOPT_PIPELINING, CURLPIPE_NOTHING);
+    }
+    ~Loop() { Stop(); }
+    Loop(Loop const&) = delete;
+    Loop& operator=(Loop const&) = delete;
+
+    /// False, and `exchange` stays the caller's, once the loop has been stopped.
+    bool Add(std::unique_ptr<CurlExchange>& exchange) {
+        {
+            std::lock_guard lock(mutex);
+            if (stopped) return false;
+            added.push_back(std::move(exchange));
+            if (!thread.joinable())
+                thread = quillocommon::StartWorkerThread(
+                    [this](std::stop_token const& stop) { Run(stop); });
+        }
+        curl_multi_wakeup(multi.get());
+        return true;
+    }
+
+    void Stop() {
+        std::jthread ending;
+        {
+            std::lock_guard lock(mutex);
+            stopped = true;
+            ending = std::move(thread);
+        }
+        ending.request_stop();
+        curl_multi_wakeup(multi.get());
+    }  // `ending` is joined here
+
+private:
+    void Run(std::stop_token const& stop) {
+        while (!stop.stop_requested()) {
+            BeginAdded();
+            int running = 0;
+            curl_multi_perform(multi.get(), &running);
+            if (!FinishEnded())
+                curl_multi_poll(multi.get(), nullptr, 0, kPollMilliseconds, nullptr);
+        }
+        // Dropping an exchange cancels its future; what the continuations send in turn is refused.
+        for (auto const& [handle, exchange] : underWay)
+            curl_multi_remove_handle(multi.get(), handle);
+        underWay.clear();
+        TakeAdded().clear();
+    }
+
+    [[nodiscard]] Exchanges TakeAdded() {
+        std::lock_guard lock(mutex);
+        return std::exchange(added, {});
+    }
+
+    void BeginAdded() {
+        for (auto& exchange : TakeAdded()) {
+            CURL* const handle = exchange->Handle();
+            if (curl_multi_add_handle(multi.get(), handle) == CURLM_OK)
+                underWay.emplace(handle, std::move(exchange));
+            else
+                CurlExchange::Finish(std::move(exchange), CURLE_FAILED_INIT);
+        }
+    }
+
+    /// Whether any has ended: its continuations may have sent more, which then need not wait for
+    /// their wake-up.
+    bool FinishEnded() {
+        bool any = false;
+        int left = 0;
+        while (CURLMsg const* const message = curl_multi_info_read(multi.get(), &left)) {
+            if (message->msg != CURLMSG_DONE) continue;
+            CURL* const handle = message->easy_handle;
+            CURLcode const code = message->data.result;
+            curl_multi_remove_handle(multi.get(), handle);
+            auto ended = underWay.extract(handle);
+            CurlExchange::Finish(std::move(ended.mapped()), code);
+            any = true;
+        }
+        return any;
+    }
+
+    std::unique_ptr<CURLM, MultiDeleter> multi;               // the loop's thread; but for wake-ups
+    std::map<CURL*, std::unique_ptr<CurlExchange>> underWay;  // the loop's thread
+
+    std::mutex mutex;
+    Exchanges added;       // guarded by mutex
+    bool stopped = false;  // guarded by mutex
+    std::jthread thread;   // guarded by mutex
+};
+
+CurlTransport::CurlTransport() : loop(std::make_unique<Loop>()) {}
+CurlTransport::~CurlTransport() = default;
+
+moxcore::async::Future<std::shared_ptr<HttpResponse>> CurlTransport::Send(HttpRequest request) {
+    std::unique_ptr<CurlExchange> exchange;
+    try {
+        exchange = std::make_unique<CurlExchange>(std::move(request));
+    } catch (...) {
+        moxcore::async::Promise<std::shared_ptr<HttpResponse>> promise;
+        promise.SetException(std::current_exception());
+        return promise.GetFuture();
+    }
+    auto future = exchange->GetFuture();
+    loop->Add(exchange);  // one that is not taken cancels its future here
+    return future;
+}
+
+void CurlTransport::Stop() {
+    loop->Stop();
+}
+
+}  // namespace quillosdk

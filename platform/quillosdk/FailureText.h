@@ -1,0 +1,39 @@
+#pragma once
+
+#include <exception>
+#include <string>
+
+#include "quillocommon/Export.h"
+#include "quillocommon/Failures.h"
+#include "quillosdk/Transport.h"
+
+namespace quillosdk {
+
+// How a step's end without success is put into words and told. A message says what failed, why, and
+// what to do about it. Any thread.
+
+/// What was to be done, for messages and for whoever listens to failures.
+struct Task {
+    quillocommon::Step step;
+    std::string description;     ///< completes "Could not ...": "read the projects of a workspace"
+    bool pacedByCaller = false;  ///< too many requests are no failure: the caller tries again
+};
+
+/// The service has refused: its status, and its own words where it sent any.
+[[nodiscard]] std::string DescribeRefusal(Task const& task, HttpResponse& answer);
+
+/// There was no answer, or none that could be read.
+[[nodiscard]] std::string DescribeException(Task const& task, std::exception_ptr const& exception);
+
+/// Tells that the service has refused `task`.
+void ReportRefusal(Task const& task, HttpResponse& answer);
+
+/// Tells what `task` failed with; a cancellation is no failure and is not told. `httpStatus` is
+/// that of the service's last answer.
+void ReportException(Task const& task, std::exception_ptr const& exception, int httpStatus = 0);
+
+/// `text`, which came from elsewhere, fit to stand in a message: valid UTF-8, on one line, at most
+/// 200 characters.
+[[nodiscard]] std::string Sanitise(std::string const& text);
+
+}  // namespace quillosdk

@@ -1,0 +1,7 @@
+#include "quillosdk/QuilloResponse.h"
+
+namespace quillosdk {
+
+QuilloResponse::~QuilloResponse() = default;
+
+}  // namespace quillosdk

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "moxcore/config/Error.h"
+#include "moxcore/threads/Clock.h"
+#include "quillocommon/Export.h"
+
+namespace quillosdk {
+
+/// How long to go on trying without any progress.
+struct RetryLimits {
+    int attempts = 8;
+    std::chrono::seconds patience{300};
+};
+
+/// Whether and when a request that has not succeeded is sent again. A request that the service
+/// refuses for now (408, 429, 500, 502, 503, 504) and one without an answer are; any other answer
+/// is final. The wait is what the service asks for in Retry-After, at most two minutes; else it is
+/// random between nothing and a bound that doubles from half a second to 30 s ("full jitter"), so
+/// that the clients of a service that was down do not come back all at once. One instance for one
+/// operation; by one thread at a time.
+class QUILLOSERVICES_API RetryPolicy {
+public:
+    explicit RetryPolicy(RetryLimits limits = {});
+
+    /// How long to wait before the next attempt, after one that has ended just now and that is
+    /// worth repeating; none when the limits are reached. `retryAfter` is what the service said.
+    [[nodiscard]] std::optional<std::chrono::milliseconds> NextDelay(
+        std::optional<std::chrono::milliseconds> retryAfter = {});
+
+    /// The operation has come closer to its end: the limits count anew.
+    void Progressed();
+
+    /// Whether an answer with this status is worth repeating the request.
+    [[nodiscard]] static bool IsTransient(int status);
+
+    /// Whether a request that failed with this result is worth repeating.
+    [[nodiscard]] static bool IsTransientResult(moxcore::config::Result result);
+
+    /// The wait that the header Retry-After asks for, in seconds or as an HTTP date, cut to two
+    /// minutes; none when `value` is neither.
+    [[nodiscard]] static std::optional<std::chrono::milliseconds> ParseRetryAfter(
+        std::string const& value, moxcore::threads::TimePoint now);
+
+    /// Puts `random`, which answers a number in [0, 1) on any thread, in place of the usual source;
+    /// an empty function brings that back. For tests.
+    static void SetRandomSource(std::function<double()> random);
+
+private:
+    RetryLimits limits;
+    int failures = 0;                       // since the last progress
+    moxcore::threads::TimePoint beginning;  // of the time without progress
+};
+
+}  // namespace quillosdk

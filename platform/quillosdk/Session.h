@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "quillocommon/Response.h"
+#include "quillosdk/RetryLoop.h"
+#include "quillosdk/Transport.h"
+
+namespace quillosdk {
+
+/// What the parts of one client share: who asks the service, and with which token. Requests under
+/// way keep it alive. Any thread.
+class QUILLOSERVICES_API Session : public std::enable_shared_from_this<Session> {
+public:
+    using TokenRefresher = std::function<void(std::string const& rejectedToken)>;
+
+    /// `clientID` tells the service which application asks.
+    Session(std::string const& clientID, TokenRefresher refresher);
+
+    /// See QuilloClient.
+    quillocommon::Response UpdateAccessToken(std::string const& newToken);
+    static void SetTokenRejectedHandler(std::function<void(std::string const& token)> handler);
+
+    /// Sends `request`, whose url is a path at the service, with the token. When the service
+    /// rejects that, asks for another one and sends once more when it has come within ten seconds;
+    /// otherwise the rejection is the answer.
+    [[nodiscard]] Answer Send(HttpRequest request);
+
+    /// The same, repeated as `policy` says.
+    [[nodiscard]] Answer SendWithRetries(
+        HttpRequest const& request,
+        std::shared_ptr<RetryPolicy> policy = std::make_shared<RetryPolicy>());
+
+private:
+    struct Waiter;
+
+    [[nodiscard]] Answer SendWithToken(HttpRequest request, std::string const& sentToken);
+    [[nodiscard]] moxcore::async::Future<std::string> AwaitOtherToken(std::string const& rejected);
+    void StopWaiting(std::shared_ptr<Waiter> const& waiter);
+
+    std::string const userAgent;
+    TokenRefresher const refresher;
+
+    std::mutex mutex;
+    std::string token;                             // guarded by mutex
+    std::vector<std::shared_ptr<Waiter>> waiters;  // guarded by mutex
+};
+
+}  // namespace quillosdk

@@ -1,0 +1,22 @@
+#include "quillosdk/Workspaces.h"
+
+#include <utility>
+
+#include "quillosdk/AnswerReader.h"
+#include "quillosdk/Deliver.h"
+#include "quillosdk/Session.h"
+
+namespace quillosdk {
+
+Workspaces::Workspaces(std::shared_ptr<Session> session) : session(std::move(session)) {}
+
+moxcore::async::Future<std::shared_ptr<GetWorkspacesByAccountResponse>>
+Workspaces::GetWorkspacesByAccount(GetWorkspacesByAccountRequest const& request) {
+    return Deliver<GetWorkspacesByAccountResponse>(
+        session->Send({.method = "GET",
+                       .url = "/v1/accounts/" + request.accountID.AsString() + "/workspaces"}),
+        {quillocommon::Step::ReadLocations, "read the workspaces of an account", true},
+        &ReadWorkspaces);
+}
+
+}  // namespace quillosdk
