@@ -30,9 +30,9 @@ LocaleInForce& InForce() {
 Texts ReadTexts(std::string const& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) throw std::runtime_error("cannot be opened");
+    auto const parsed = nlohmann::json::parse(file);
     Texts texts;
-    for (auto const& [key, text] :
-         nlohmann::json::parse(file).get_ref<nlohmann::json::object_t const&>()) {
+    for (auto const& [key, text] : parsed.get_ref<nlohmann::json::object_t const&>()) {
         if (!text.is_string()) throw std::runtime_error("the value of \"" + key + "\" is no text");
         texts.emplace(key, string::UTF8to16(text.get_ref<std::string const&>()));
     }

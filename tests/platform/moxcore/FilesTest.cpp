@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "moxcore/config/Error.h"
+#include "moxcore/filesupport/CommonDirs.h"
+#include "moxcore/string/Conversions.h"
+#include "tests/support/TemporaryDirectory.h"
+
+using namespace moxcore::filesupport;
+using moxcore::string::UTF16to8;
+using moxcore::string::UTF8to16;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The environment and the settings behind the user's directories, put back at the end.
+class CommonDirs : public testing::Test {
+protected:
+    CommonDirs() {
+        Set("HOME", home);
+        for (char const* name : {"XDG_CACHE_HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+            Set(name, "");
+        commondirs::SetApplicationName(UTF8to16("vorschau"));
+    }
+    ~CommonDirs() override {
+        commondirs::SetApplicationName(UTF8to16("moxcore"));
+        commondirs::SetUserRoot({});
+        for (auto const& [name, value] : before)
+            setenv(name.c_str(), value.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
+    }
+
+    void Set(char const* name, std::string const& value) {
+        char const* old = std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
+        before.emplace(name, old ? old : "");
+        setenv(name, value.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
+    }
+
+    static mode_t Mode(fs::path const& path) {
+        struct stat status {};
+        return stat(path.c_str(), &status) == 0 ? status.st_mode & 0777 : 0;
+    }
+
+    testsupport::TemporaryDirectory directory;
+    fs::path const home = directory.Path() / "Zuhause ü";
+    std::map<std::string, std::string> before;
+};
+
+TEST_F(CommonDirs, LieWhereXdgHasThemAndAreClosedToOthers) {
+    struct Case {
+        char const* variable;
+        File (*ask)();
+        char const* belowHome;
+    };
+    for (auto const& [variable, ask, belowHome] :
+         {Case{"XDG_CACHE_HOME", commondirs::UserCacheDir, ".cache/vorschau"},
+          Case{"XDG_CONFIG_HOME", commondirs::UserConfigDir, ".config/vorschau"},
+          Case{"XDG_DATA_HOME", commondirs::UserDataDir, ".local/share/vorschau"}}) {
+        SCOPED_TRACE(variable);
+        for (auto const& [value, expected] :
+             {std::pair<std::string, fs::path>{"", home / belowHome},
+              {"relative/is/ignored", home / belowHome},
+              {directory.Path() / variable, directory.Path() / variable / "vorschau"}}) {
+            Set(variable, value);
+            EXPECT_EQ(UTF16to8(ask().FullPath()), expected);
+            EXPECT_EQ(Mode(expected), 0700u);
+        }
+    }
+}
+
+TEST_F(CommonDirs, LieBelowTheRootThatTheHostNames) {
+    commondirs::SetUserRoot(UTF8to16((directory.Path() / "root").string()));
+    fs::create_directories(directory.Path() / "root/data");
+    fs::permissions(directory.Path() / "root/data", fs::perms(0755));
+    EXPECT_EQ(UTF16to8(commondirs::UserDataDir().FullPath()), directory.Path() / "root/data");
+    EXPECT_EQ(Mode(directory.Path() / "root/data"), 0700u) << "was open to others before";
+}
+
+TEST_F(CommonDirs, NameTheDirectoryThatCannotBeMade) {
+    auto const inTheWay = directory.Write("file", "");
+    for (auto const& root : {inTheWay, directory.Path() / "deep"}) {
+        fs::create_directories(directory.Path() / "deep");
+        directory.Write("deep/cache", "");
+        commondirs::SetUserRoot(UTF8to16(root.string()));
+        try {
+            static_cast<void>(commondirs::UserCacheDir());
+            ADD_FAILURE() << "made a directory where a file is";
+        } catch (moxcore::config::ResultException const& failure) {
+            EXPECT_LT(failure.GetResult(), 0);
+            EXPECT_NE(std::string(failure.what()).find((root / "cache").string()),
+                      std::string::npos)
+                << failure.what();
+        }
+    }
+}
+
+TEST(File, NamesAndRemovesAnEntryOfADirectory) {
+    testsupport::TemporaryDirectory directory;
+    auto const path = directory.Write("Größe 🎬.mp4", "movie");
+    for (auto const& parent : {directory.Text(), directory.Text() + UTF8to16("/")}) {
+        File const file(File(parent, 0), UTF8to16("Größe 🎬.mp4"));
+        EXPECT_EQ(UTF16to8(file.FullPath()), path);
+    }
+    File const file(UTF8to16(path.string()), 0);
+    EXPECT_TRUE(file.Exists());
+    EXPECT_TRUE(file.Delete());
+    EXPECT_FALSE(file.Exists());
+    EXPECT_TRUE(file.Delete()) << "gone is gone";
+    fs::create_directory(path);
+    EXPECT_FALSE(file.Delete()) << "a directory is no file";
+}
+
+}  // namespace

@@ -1,0 +1,123 @@
+#include "moxcore/threads/MainThread.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "moxcore/config/Error.h"
+#include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "tests/support/DrainMainThread.h"
+
+using moxcore::threads::AsyncCallFromMainThread;
+using moxcore::threads::MainThread;
+using testsupport::DrainMainThread;
+
+namespace {
+
+class MainThreadQueue : public testing::Test {
+protected:
+    ~MainThreadQueue() override {
+        MainThread::SetWakeUpHook(nullptr);
+        MainThread::SetFailureHandler(nullptr);
+        DrainMainThread();
+    }
+
+    void Post(std::string const& entry) {
+        AsyncCallFromMainThread([this, entry] { log.push_back(entry); }, 0);
+    }
+
+    std::vector<std::string> log;
+};
+
+TEST_F(MainThreadQueue, RunsWhatWasQueuedInOrderAndLeavesTheRestForTheNextRound) {
+    Post("a");
+    AsyncCallFromMainThread([this] { Post("posted by b"); }, 0);
+    Post("c");
+    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(MainThread::RunPending(), 3u);
+    EXPECT_EQ(log, (std::vector<std::string>{"a", "c"}));
+    EXPECT_EQ(MainThread::RunPending(), 1u);
+    EXPECT_EQ(log.back(), "posted by b");
+    EXPECT_EQ(MainThread::RunPending(), 0u);
+}
+
+TEST_F(MainThreadQueue, RunsTheRestInsideAFunctionThatRunsTheQueueItself) {
+    AsyncCallFromMainThread(
+        [this] {
+            log.push_back("dialog opens");
+            Post("queued by the dialog");
+            MainThread::RunPending();
+            log.push_back("dialog closes");
+        },
+        0);
+    Post("queued before");
+    EXPECT_EQ(MainThread::RunPending(), 1u);
+    EXPECT_EQ(log, (std::vector<std::string>{"dialog opens", "queued before",
+                                             "queued by the dialog", "dialog closes"}));
+    Post("later");
+    EXPECT_EQ(MainThread::RunPending(), 1u);
+    EXPECT_EQ(log.back(), "later");
+}
+
+TEST_F(MainThreadQueue, ReportsWhatAFunctionThrowsAndRunsTheRest) {
+    for (bool const handlerThrows : {false, true}) {
+        log.clear();
+        MainThread::SetFailureHandler([&](std::exception_ptr const& exception) {
+            log.push_back(moxcore::config::ExtractMessageFromException(exception));
+            if (handlerThrows) throw std::runtime_error("handler");
+        });
+        AsyncCallFromMainThread([] { throw std::runtime_error("first"); }, 0);
+        AsyncCallFromMainThread(nullptr, 0);
+        Post("last");
+        EXPECT_EQ(MainThread::RunPending(), 3u);
+        EXPECT_EQ(log, (std::vector<std::string>{"first", "bad_function_call", "last"}));
+    }
+}
+
+TEST_F(MainThreadQueue, WakesTheLoopOncePerFilling) {
+    int wakeUps = 0;
+    Post("before there is a loop");
+    MainThread::SetWakeUpHook([&wakeUps] { ++wakeUps; });
+    EXPECT_EQ(wakeUps, 1) << "what was queued before the hook would never run";
+    Post("a");
+    EXPECT_EQ(wakeUps, 1);
+    DrainMainThread();
+
+    Post("b");
+    Post("c");
+    EXPECT_EQ(wakeUps, 2);
+    AsyncCallFromMainThread([this] { Post("d"); }, 0);
+    MainThread::RunPending();
+    EXPECT_EQ(wakeUps, 3) << "what a function queued needs another round";
+}
+
+TEST_F(MainThreadQueue, KeepsTheOrderOfEachThread) {
+    constexpr int kThreads = 3;
+    constexpr int kPosts = 2000;
+    std::vector<std::vector<int>> seen(kThreads);
+    std::vector<std::thread> posting;
+    for (auto& mine : seen)
+        posting.emplace_back([&mine] {
+            for (int i = 0; i < kPosts; ++i)
+                AsyncCallFromMainThread([&mine, i] { mine.push_back(i); }, 0);
+        });
+    MainThread::RunUntil([&seen] {
+        return std::ranges::all_of(seen, [](auto const& mine) { return mine.size() == kPosts; });
+    });
+    for (auto& thread : posting)
+        thread.join();
+    for (auto const& mine : seen)
+        EXPECT_TRUE(std::ranges::is_sorted(mine));
+}
+
+TEST_F(MainThreadQueue, KnowsItsThread) {
+    DrainMainThread();
+    EXPECT_TRUE(MainThread::IsCurrent());
+    std::thread([] { EXPECT_FALSE(MainThread::IsCurrent()); }).join();
+}
+
+}  // namespace
