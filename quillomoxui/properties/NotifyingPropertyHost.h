@@ -61,11 +61,17 @@ protected:
 private:
     class BindingHandleImpl;
 
-    /// Queues one delivery of `newValue` to `receivers`.
-    void DispatchBindings(T newValue, std::vector<std::shared_ptr<Callback>> receivers);
+    /// The bound callbacks, first bound first. Never changed once made: a binding that comes or
+    /// goes puts a new list in place, so that a change, which is far more frequent, takes its
+    /// snapshot with one reference.
+    using Bindings = std::vector<std::shared_ptr<Callback>>;
 
-    T value{};                                        // guarded by PropertyMutex(this)
-    std::vector<std::shared_ptr<Callback>> bindings;  // guarded by PropertyMutex(this)
+    /// Queues one delivery of `newValue` to `receivers`, which may be null.
+    void DispatchBindings(T newValue, std::shared_ptr<Bindings const> receivers);
+
+    T value{};  // guarded by PropertyMutex(this)
+    std::shared_ptr<Bindings const>
+        bindings;  // guarded by PropertyMutex(this); null when there are none
 };
 
 }  // namespace quillomoxui

@@ -57,35 +57,49 @@ template <class T, class Arg>
 std::shared_ptr<BindingHandle> NotifyingPropertyHost<T, Arg>::BindValueChanged(
     Callback const& callback) {
     auto shared = std::make_shared<Callback>(callback);
+    auto const only = std::make_shared<Bindings const>(1, shared);
     {
         std::lock_guard lock(PropertyMutex(this));
-        DispatchBindings(value, {shared});
-        bindings.push_back(shared);
+        DispatchBindings(value, only);
+        if (bindings) {
+            auto grown = std::make_shared<Bindings>();
+            grown->reserve(bindings->size() + 1);
+            *grown = *bindings;
+            grown->push_back(shared);
+            bindings = std::move(grown);
+        } else {
+            bindings = only;
+        }
     }
     return std::make_shared<BindingHandleImpl>(this, shared_from_this(), std::move(shared));
 }
 
 template <class T, class Arg>
 void NotifyingPropertyHost<T, Arg>::UnbindValueChanged(std::shared_ptr<Callback> const& callback) {
-    std::shared_ptr<Callback> released;  // what it holds may run code when it dies: after the lock
+    std::shared_ptr<Bindings const>
+        replaced;  // a callback that dies with it may run code: after the lock
     std::lock_guard lock(PropertyMutex(this));
-    auto const found = std::find(bindings.begin(), bindings.end(), callback);
-    if (found == bindings.end()) return;
-    released = std::move(*found);
-    bindings.erase(found);
+    if (!bindings) return;
+    auto const found = std::find(bindings->begin(), bindings->end(), callback);
+    if (found == bindings->end()) return;
+    replaced = std::move(bindings);
+    if (replaced->size() == 1) return;
+    auto rest = std::make_shared<Bindings>(replaced->begin(), found);
+    rest->insert(rest->end(), found + 1, replaced->end());
+    bindings = std::move(rest);
 }
 
 template <class T, class Arg>
-void NotifyingPropertyHost<T, Arg>::DispatchBindings(
-    T newValue, std::vector<std::shared_ptr<Callback>> receivers) {
-    if (receivers.empty()) {
+void NotifyingPropertyHost<T, Arg>::DispatchBindings(T newValue,
+                                                     std::shared_ptr<Bindings const> receivers) {
+    if (!receivers) {
         // Every change is one turn of the main thread's queue, watched or not.
         moxcore::threads::AsyncCallFromMainThread([] {}, 0);
         return;
     }
     moxcore::threads::AsyncCallFromMainThread(
         [newValue = std::move(newValue), receivers = std::move(receivers)] {
-            for (auto const& receiver : receivers)
+            for (auto const& receiver : *receivers)
                 (*receiver)(newValue);
         },
         0);

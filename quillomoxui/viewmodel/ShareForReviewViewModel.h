@@ -131,7 +131,8 @@ private:
     };
 
     [[nodiscard]] Fields CopyFields() const;
-    [[nodiscard]] UTF16String ReadAssetData(char const* key) const;
+    bool ReadAssetData(char const* key, UTF16String& value) const;
+    [[nodiscard]] Guid ReadAssetGuid(char const* key) const;
     void WriteAssetData(char const* key, UTF16String const& value) const;
     void CreateLinkAndExport(Guid const& projectID);
     void DeleteOutputFileAndShowLink();

@@ -1,0 +1,199 @@
+#include "quillomoxui/model/sdk/FetchChildrenQueue.h"
+
+#include <algorithm>
+#include <string>
+
+#include "moxcore/config/Error.h"
+#include "quillocommon/Failures.h"
+#include "quillomoxui/model/sdk/ChildQueues.h"
+#include "quillomoxui/model/sdk/GuidConversions.h"
+
+namespace quillomoxui::model {
+
+namespace {
+
+constexpr auto kExpiredFolderPointer = static_cast<moxcore::config::Result>(0xA00F000D);
+constexpr int kTooManyRequests = 429;
+constexpr std::chrono::seconds kWakeUpInterval{5};
+constexpr int kShortestWindow = 1000;  // milliseconds; a shorter one would be none in whole seconds
+
+}  // namespace
+
+#define QUEUE_TEMPLATE template <class Request, class Response, class ChildVector>
+#define QUEUE QuilloCppSdkIntegration::FetchChildrenQueue<Request, Response, ChildVector>
+
+QUEUE_TEMPLATE
+QUEUE::FetchChildrenQueue(std::int64_t initialLimit, std::chrono::seconds initialWindow)
+    : executor(moxcore::threads::GetIOBoundExecutor()),
+      limit(initialLimit),
+      window(initialWindow) {}
+
+QUEUE_TEMPLATE
+QUEUE::~FetchChildrenQueue() = default;
+
+QUEUE_TEMPLATE
+void QUEUE::Push(std::shared_ptr<QuilloNode> const& node, Callback const& callback) {
+    std::lock_guard lock(mutex);
+    pending.push_back({node, callback, {}});
+    Start(std::chrono::seconds(0));
+}
+
+QUEUE_TEMPLATE
+void QUEUE::Start(std::chrono::seconds delay) {
+    auto const due = moxcore::threads::Now() + delay;
+    if (scheduledFor && *scheduledFor <= due) return;
+    scheduledFor = due;
+    executor->CallAsyncDelayed(
+        [weak = std::weak_ptr(Share(this)), run = ++scheduledRun] {
+            if (auto const queue = weak.lock()) queue->RunScheduled(run);
+        },
+        static_cast<std::uint32_t>(std::chrono::milliseconds(delay).count()));
+}
+
+QUEUE_TEMPLATE
+void QUEUE::RunScheduled(std::uint64_t run) {
+    {
+        std::lock_guard lock(mutex);
+        if (run != scheduledRun) return;  // an earlier run has been put in its place
+    }
+    FetchMany();
+}
+
+QUEUE_TEMPLATE
+void QUEUE::FetchMany() {
+    std::vector<RequestData> sendable;
+    {
+        std::lock_guard lock(mutex);
+        auto const now = moxcore::threads::Now();
+        RetireStale(now);
+        ForgetExpired(now);
+        sendable = TakeSendable();
+        scheduledFor.reset();
+        if (!pending.empty() || !inFlight.empty() || !recentLog.empty()) Start(kWakeUpInterval);
+    }
+    // Sent after the lock is released: an answer may come inside the call, and looks for its entry
+    // then. What could not be sent keeps its place until the stale sweep.
+    for (auto const& request : sendable)
+        static_cast<void>(FetchOne(request));
+}
+
+QUEUE_TEMPLATE
+void QUEUE::RetireStale(moxcore::threads::TimePoint now) {
+    // By sending order, so the first that is young enough ends the search.
+    while (!inFlight.empty() && now - inFlight.front().sentTime > window) {
+        recentLog.push_back(inFlight.front().sentTime);
+        inFlight.pop_front();
+    }
+}
+
+QUEUE_TEMPLATE
+void QUEUE::ForgetExpired(moxcore::threads::TimePoint now) {
+    while (!recentLog.empty() && now - recentLog.front() > window)
+        recentLog.pop_front();
+}
+
+QUEUE_TEMPLATE
+auto QUEUE::TakeSendable() -> std::vector<RequestData> {
+    std::vector<RequestData> sendable;
+    while (!pending.empty() &&
+           static_cast<std::int64_t>(recentLog.size() + inFlight.size()) < limit) {
+        RequestData request = std::move(pending.front());
+        pending.pop_front();
+        request.sentTime = moxcore::threads::Now();
+        inFlight.push_back({request.node, nullptr, request.sentTime});
+        sendable.push_back(std::move(request));
+    }
+    return sendable;
+}
+
+QUEUE_TEMPLATE
+moxcore::async::Future<void> QUEUE::FetchOne(RequestData const& request) {
+    auto const node = request.node.lock();
+    if (!node)
+        return moxcore::async::Future<void>::CreateFailed(kExpiredFolderPointer,
+                                                          "expired folder pointer", nullptr);
+    return RequestChildren(ToServiceGuid(node->GetID()),
+                           [weak = std::weak_ptr(Share(this)), node = request.node,
+                            callback = request.callback](Answer const& answer) {
+                               if (auto const queue = weak.lock())
+                                   queue->HandleAnswer(node, callback, answer);
+                           });
+}
+
+QUEUE_TEMPLATE
+void QUEUE::HandleAnswer(std::weak_ptr<QuilloNode> const& node, Callback const& callback,
+                         Answer const& answer) {
+    if (moxcore::config::ExtractResultFromException(answer.GetException()) < 0) return;
+    auto const response = answer.Get();
+    try {
+        SetRateLimit(response);
+    } catch (std::exception const&) {
+        quillocommon::ReportFailure({quillocommon::Step::ReadLocations,
+                                     moxcore::config::kUnknownFailure,
+                                     response->GetHTTPStatusCode(),
+                                     "The list of a location was dropped: the service announced a "
+                                     "rate limit that is no number."});
+        throw;
+    }
+    if (response->IsSuccessful()) {
+        callback(GetChildrenList(response));
+        Pop(node.lock());
+    } else if (response->GetHTTPStatusCode() == kTooManyRequests) {
+        Retry(node.lock(), callback);
+    }
+}
+
+QUEUE_TEMPLATE
+void QUEUE::Pop(std::shared_ptr<QuilloNode> const& node) {
+    std::lock_guard lock(mutex);
+    Retire(node);
+    Start(std::chrono::seconds(0));
+}
+
+QUEUE_TEMPLATE
+void QUEUE::Retry(std::shared_ptr<QuilloNode> const& node, Callback const& callback) {
+    std::lock_guard lock(mutex);
+    Retire(node);
+    pending.push_front({node, callback, {}});
+    Start(std::chrono::seconds(0));
+}
+
+QUEUE_TEMPLATE
+void QUEUE::Retire(std::shared_ptr<QuilloNode> const& node) {
+    auto const found =
+        std::find_if(inFlight.begin(), inFlight.end(), [&](RequestData const& request) {
+            return node ? !request.node.owner_before(node) && !node.owner_before(request.node)
+                        : request.node.expired();
+        });
+    if (found == inFlight.end()) return;
+    recentLog.push_back(found->sentTime);
+    inFlight.erase(found);
+}
+
+QUEUE_TEMPLATE
+void QUEUE::SetRateLimit(std::shared_ptr<quillosdk::QuilloResponse> const& response) {
+    auto const& headers = response->GetHeader();
+    auto const limitHeader = headers.find("X-RATELIMIT-LIMIT");
+    auto const windowHeader = headers.find("X-RATELIMIT-WINDOW");
+    if (limitHeader == headers.end() || windowHeader == headers.end()) return;
+    int const announcedLimit = std::stoi(limitHeader->second);
+    int const announcedWindow = std::stoi(windowHeader->second);
+    if (announcedLimit <= 0 || announcedWindow < kShortestWindow) return;
+
+    std::lock_guard lock(mutex);
+    limit = announcedLimit;
+    window = std::chrono::duration_cast<std::chrono::seconds>(
+        std::chrono::milliseconds(announcedWindow));
+}
+
+template class QuilloCppSdkIntegration::FetchChildrenQueue<
+    quillosdk::GetWorkspacesByAccountRequest, quillosdk::GetWorkspacesByAccountResponse,
+    std::vector<quillosdk::Workspace>>;
+template class QuilloCppSdkIntegration::FetchChildrenQueue<
+    quillosdk::GetProjectsByWorkspaceRequest, quillosdk::GetProjectsByWorkspaceResponse,
+    std::vector<quillosdk::Project>>;
+template class QuilloCppSdkIntegration::FetchChildrenQueue<quillosdk::GetChildAssetsRequest,
+                                                           quillosdk::GetChildAssetsResponse,
+                                                           std::vector<quillosdk::Asset>>;
+
+}  // namespace quillomoxui::model

@@ -1,0 +1,101 @@
+#include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
+
+#include <array>
+#include <cstddef>
+#include <utility>
+
+#include "moxcore/string/Conversions.h"
+#include "quillomoxui/model/QuilloUser.h"
+#include "quillomoxui/utility/ThrowFatalError.h"
+#include "quillomoxui/viewmodel/AssetDataKeys.h"
+
+namespace quillomoxui {
+
+using moxcore::string::AsciiToUTF16;
+using moxcore::string::StdToUTF16String;
+
+ShareForReviewViewModel::ShareForReviewViewModel() {
+    ShareForReviewViewModel::SetUser(std::make_shared<QuilloUser>());
+}
+
+ShareForReviewViewModel::~ShareForReviewViewModel() = default;
+
+void ShareForReviewViewModel::SetUser(std::shared_ptr<QuilloUser> const& user) {
+    if (!user)
+        ThrowFatalError(
+            "$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/NoNullUser="
+            "Contract violation: User property may not be set to null.");
+    UserNotifyingPropertyHost::SetValue(user);
+    user->FetchChildren();
+}
+
+void ShareForReviewViewModel::SetCurrentViewID(ShareForReviewViewID id) {
+    // Held across the change, so that no view slips in behind the None that closes the popup.
+    std::lock_guard lock(mutex);
+    if (fields.currentViewIDMessagesEnabled) CurrentViewIDNotifyingPropertyHost::SetValue(id);
+    if (id == ShareForReviewViewID::None) fields.currentViewIDMessagesEnabled = false;
+}
+
+void ShareForReviewViewModel::EnableCurrentViewIDMessages(bool enable) {
+    std::lock_guard lock(mutex);
+    fields.currentViewIDMessagesEnabled = enable;
+}
+
+void ShareForReviewViewModel::SetAssetProcessingMethod(AssetProcessingMethod const& method) {
+    AssetProcessingMethod replaced = method;  // what it held dies after the lock
+    std::lock_guard lock(mutex);
+    fields.assetProcessingMethod.swap(replaced);
+}
+
+void ShareForReviewViewModel::SetAssetDataMethods(GetAssetIDsMethod const& getIDs,
+                                                  GetAssetDataMethod const& getData,
+                                                  SetAssetDataMethod const& setData) {
+    GetAssetIDsMethod replacedIDs = getIDs;  // what they held dies after the lock
+    GetAssetDataMethod replacedGet = getData;
+    SetAssetDataMethod replacedSet = setData;
+    std::lock_guard lock(mutex);
+    fields.getAssetIDsMethod.swap(replacedIDs);
+    fields.getAssetDataMethod.swap(replacedGet);
+    fields.setAssetDataMethod.swap(replacedSet);
+}
+
+void ShareForReviewViewModel::SetUploadedAssetID(Guid const& id) {
+    WriteAssetData(assetdata::kUploadedAssetGuid, StdToUTF16String(id.AsStdString()));
+}
+
+ShareForReviewViewModel::Fields ShareForReviewViewModel::CopyFields() const {
+    std::lock_guard lock(mutex);
+    return fields;
+}
+
+bool ShareForReviewViewModel::ReadAssetData(char const* key, UTF16String& value) const {
+    auto const now = CopyFields();
+    return now.getAssetDataMethod(now.assetID1, now.assetID2, AsciiToUTF16(key), value);
+}
+
+moxcore::utility::Guid ShareForReviewViewModel::ReadAssetGuid(char const* key) const {
+    UTF16String text;
+    ReadAssetData(key, text);
+    return Guid(moxcore::string::UTF16toStdString(text));
+}
+
+void ShareForReviewViewModel::WriteAssetData(char const* key, UTF16String const& value) const {
+    auto const now = CopyFields();
+    now.setAssetDataMethod(now.assetID1, now.assetID2, AsciiToUTF16(key), value);
+}
+
+UTF16String const& ShareForReviewViewIDAsString(ShareForReviewViewID id) {
+    static std::array<UTF16String, 8> const names = {
+        AsciiToUTF16("None"),         AsciiToUTF16("DebugView"),
+        AsciiToUTF16("Initial"),      AsciiToUTF16("SelectProject"),
+        AsciiToUTF16("SelectFolder"), AsciiToUTF16("ReviewInQuillo"),
+        AsciiToUTF16("SigninPrompt"), AsciiToUTF16("CopyLinkSection")};
+    static UTF16String const encodingProgress = AsciiToUTF16("EncodingProgress");
+    static UTF16String const unknown = AsciiToUTF16("(unknown ShareForReviewViewID value)");
+
+    auto const value = static_cast<std::size_t>(id);
+    if (value < names.size()) return names[value];
+    return id == ShareForReviewViewID::EncodingProgress ? encodingProgress : unknown;
+}
+
+}  // namespace quillomoxui

@@ -1,0 +1,284 @@
+// The road of a share: the operations of ShareForReviewViewModel that talk to the host and to the
+// service.
+
+#include <utility>
+
+#include "moxcore/debug/DebugDatabase.h"
+#include "moxcore/filesupport/CommonDirs.h"
+#include "moxcore/filesupport/File.h"
+#include "moxcore/string/Conversions.h"
+#include "moxcore/utility/FileUtils.h"
+#include "quillomoxui/model/QuilloFolder.h"
+#include "quillomoxui/model/QuilloProject.h"
+#include "quillomoxui/model/QuilloUser.h"
+#include "quillomoxui/model/operations/ReviewLinks.h"
+#include "quillomoxui/model/operations/UploadToFolder.h"
+#include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
+#include "quillomoxui/viewmodel/AssetDataKeys.h"
+#include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
+
+namespace quillomoxui {
+
+using model::QuilloCppSdkIntegration;
+using moxcore::filesupport::File;
+using moxcore::string::AsciiToUTF16;
+using moxcore::string::StdToUTF16String;
+using moxcore::string::UTF16toStdString;
+using moxcore::utility::Guid;
+
+namespace {
+
+constexpr char kUseQuilloCppSdk[] = "QuilloNative.UseQuilloCppSdk";
+
+/// Views that a developer can have the popup open on, in the order in which the switches are tried.
+constexpr std::pair<char const*, ShareForReviewViewID> kDebugViews[] = {
+    {"UnifiedHeader.ShowQuilloNativeShareButtonDebugView", ShareForReviewViewID::DebugView},
+    {"UnifiedHeader.ShowQuilloNativeShareButtonCopyLinkView",
+     ShareForReviewViewID::CopyLinkSection},
+    {"UnifiedHeader.ShowQuilloNativeShareButtonEncodingProgressView",
+     ShareForReviewViewID::EncodingProgress},
+};
+
+bool IsSwitchedOn(char const* key, bool byDefault) {
+    return moxcore::debug::DebugDatabase::Instance().GetEntryAs<bool>(key, byDefault);
+}
+
+UTF16String ToText(Guid const& id) {
+    return StdToUTF16String(id.AsStdString());
+}
+
+}  // namespace
+
+void ShareForReviewViewModel::StartShareForReviewPopup() {
+    EnableCurrentViewIDMessages(true);
+    for (auto const& [key, view] : kDebugViews)
+        if (IsSwitchedOn(key, false)) return SetCurrentViewID(view);
+
+    if (GetUser()->GetID().IsNull()) return SetCurrentViewID(ShareForReviewViewID::SigninPrompt);
+    switch (GetEncodingStatus().status) {
+        case EncodingStatus::Queued:
+            return SetCurrentViewID(ShareForReviewViewID::WaitingInQueue);
+        case EncodingStatus::Encoding:
+            return SetCurrentViewID(ShareForReviewViewID::EncodingProgress);
+        case EncodingStatus::Uploading:
+            return SetCurrentViewID(ShareForReviewViewID::UploadInProgress);
+        case EncodingStatus::UploadComplete:
+            return SetCurrentViewID(ShareForReviewViewID::CopyLinkSection);
+        default:
+            return SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);
+    }
+}
+
+void ShareForReviewViewModel::Login() {
+    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
+    if (!IsSwitchedOn(kUseQuilloCppSdk, true)) return;
+    QuilloCppSdkIntegration::SignIn([weak](bool loggedIn) {
+        auto const self = weak.lock();
+        if (!self || !loggedIn) return;
+        self->SetIsLoggedIn(true);
+        QuilloCppSdkIntegration::GetCurrentUser([weak](std::shared_ptr<QuilloUser> const& user) {
+            if (auto const stillThere = weak.lock()) stillThere->SetUser(user);
+        });
+    });
+}
+
+void ShareForReviewViewModel::Logout() {
+    if (IsSwitchedOn(kUseQuilloCppSdk, true)) QuilloCppSdkIntegration::SignOut();
+    SetIsLoggedIn(false);
+    SetUser(std::make_shared<QuilloUser>());
+}
+
+void ShareForReviewViewModel::SetEncodingStatus(quillomoxui::EncodingStatus const& status) {
+    EncodingStatusNotifyingPropertyHost::SetValue(status);
+    switch (status.status) {
+        case EncodingStatus::Queued:
+            return SetCurrentViewID(ShareForReviewViewID::WaitingInQueue);
+        case EncodingStatus::Encoding:
+            return SetCurrentViewID(ShareForReviewViewID::EncodingProgress);
+        case EncodingStatus::EncodingComplete:
+            return StartUpload();
+        case EncodingStatus::UploadComplete:
+            return FinalizeUpload();
+        default:
+            return;
+    }
+}
+
+void ShareForReviewViewModel::ProcessAssetForReview() {
+    auto const folder = GetUser()->GetSelection();
+    if (!folder) return;
+    auto const project = folder->FindSelfOrAncestorOfType<QuilloProject>();
+    if (!project) return;
+
+    Guid first;
+    Guid second;
+    CopyFields().getAssetIDsMethod(first, second);
+    bool sameAsset = false;
+    {
+        std::lock_guard lock(mutex);
+        sameAsset = fields.assetID1 == first && fields.assetID2 == second;
+        fields.assetID1 = first;
+        fields.assetID2 = second;
+    }
+    WriteAssetData(assetdata::kUploadFolderGuid, ToText(folder->GetID()));
+
+    bool const hasVersionStack = !ReadAssetGuid(assetdata::kVersionStackGuid).IsNull();
+    if (!hasVersionStack)
+        WriteAssetData(assetdata::kVersionStackGuid, ToText(Guid::CreateUnique()));
+    // A stack that an earlier, failed share left behind is as new as one made here: it is on no
+    // link yet.
+    bool const neverUploaded = ReadAssetGuid(assetdata::kUploadedAssetGuid).IsNull();
+    {
+        std::lock_guard lock(mutex);
+        fields.isNewVersionStack =
+            !hasVersionStack || neverUploaded || (sameAsset && fields.isNewVersionStack);
+    }
+
+    auto const linkID = ReadAssetGuid(assetdata::kReviewLinkGuid);
+    UTF16String linkURL;
+    ReadAssetData(assetdata::kReviewLinkURL, linkURL);
+    if (!linkID.IsNull() && !linkURL.empty()) {
+        SetReviewLinkURL(linkURL);
+        return ProcessAssetForReview_Internal();
+    }
+    CreateLinkAndExport(project->GetID());
+}
+
+void ShareForReviewViewModel::CreateLinkAndExport(Guid const& projectID) {
+    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
+    model::CreateReviewLink(projectID, GetOutputFileName(),
+                            [weak](bool ok, Guid const& linkID, UTF16String const& url) {
+                                auto const self = weak.lock();
+                                if (!self || !ok) return;
+                                self->WriteAssetData(assetdata::kReviewLinkGuid, ToText(linkID));
+                                self->WriteAssetData(assetdata::kReviewLinkURL, url);
+                                self->SetReviewLinkURL(url);
+                                {
+                                    // Nothing is on a link that has just been made, an older
+                                    // version stack neither.
+                                    std::lock_guard lock(self->mutex);
+                                    self->fields.isNewVersionStack = true;
+                                }
+                                self->ProcessAssetForReview_Internal();
+                            });
+}
+
+void ShareForReviewViewModel::ProcessAssetForReview_Internal() {
+    SetEncodingStatus({EncodingStatus::Queued});
+    SetEncodingProgress(0.0);
+    auto const outputFilePath = GetOutputFileFullPath();
+    auto const processingID = ToText(Guid::CreateUnique());
+    {
+        std::lock_guard lock(mutex);
+        fields.outputFilePath = outputFilePath;
+        fields.processingID = processingID;
+    }
+    CopyFields().assetProcessingMethod(outputFilePath, processingID);
+}
+
+UTF16String ShareForReviewViewModel::GetOutputFileName() {
+    constexpr unsigned short kHyphen = 0x2D;
+    return moxcore::utility::FileUtils::ReplaceIllegalFileNameCharacters(GetActiveAssetName(),
+                                                                         kHyphen) +
+           AsciiToUTF16(".mp4");
+}
+
+UTF16String ShareForReviewViewModel::GetOutputFileFullPath() {
+    return File(moxcore::filesupport::commondirs::UserCacheDir(), GetOutputFileName()).FullPath();
+}
+
+void ShareForReviewViewModel::StartUpload() {
+    auto const folderID = ReadAssetGuid(assetdata::kUploadFolderGuid);
+    auto const versionStackID = ReadAssetGuid(assetdata::kVersionStackGuid);
+    SetEncodingStatus({EncodingStatus::Uploading});
+    SetEncodingProgress(0.0);
+    SetCurrentViewID(ShareForReviewViewID::UploadInProgress);
+
+    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
+    bool const started = model::UploadToFolder(
+        CopyFields().outputFilePath, folderID, versionStackID,
+        [weak](double progress) {
+            if (auto const self = weak.lock()) self->SetEncodingProgress(progress);
+        },
+        [weak](bool ok, Guid const& assetID) {
+            auto const self = weak.lock();
+            if (!self) return;
+            if (!ok) return self->SetEncodingStatus({EncodingStatus::UploadFailed});
+            self->SetUploadedAssetID(assetID);
+            self->SetEncodingStatus({EncodingStatus::UploadComplete});
+        });
+    // Signed out meanwhile: the share can be tried again, which a status of Uploading would rule
+    // out.
+    if (!started) SetEncodingStatus({EncodingStatus::UploadFailed});
+}
+
+void ShareForReviewViewModel::FinalizeUpload() {
+    if (!CopyFields().isNewVersionStack) return DeleteOutputFileAndShowLink();
+
+    auto const assetID = ReadAssetGuid(assetdata::kUploadedAssetGuid);
+    auto const linkID = ReadAssetGuid(assetdata::kReviewLinkGuid);
+    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
+    model::AddAssetToLink(assetID, linkID, [weak](bool ok) {
+        auto const self = weak.lock();
+        if (!self || !ok) return;
+        {
+            std::lock_guard lock(self->mutex);
+            self->fields.isNewVersionStack = false;
+        }
+        self->DeleteOutputFileAndShowLink();
+    });
+}
+
+void ShareForReviewViewModel::DeleteOutputFileAndShowLink() {
+    File(CopyFields().outputFilePath, 0).Delete();
+    SetCurrentViewID(ShareForReviewViewID::CopyLinkSection);
+}
+
+void ShareForReviewViewModel::SelectLocationAPI(std::shared_ptr<QuilloUser> const& user,
+                                                SelectLocationCallback const& callback) {
+    SetUser(user);
+    {
+        SelectLocationCallback replaced = callback;  // what it held dies after the lock
+        std::lock_guard lock(mutex);
+        fields.selectLocationCallback.swap(replaced);
+        fields.locationPickerMode = LocationPickerMode::API;
+    }
+    SetInitialCurrentViewID(ShareForReviewViewID::SelectProject);
+}
+
+void ShareForReviewViewModel::LocationPickerSelectionCommitted() {
+    auto const now = CopyFields();
+    auto const user = GetUser();
+    auto const selection = user->GetSelection();
+    switch (now.locationPickerMode) {
+        case LocationPickerMode::Share:
+            if (selection) {
+                Guid first;
+                Guid second;
+                now.getAssetIDsMethod(first, second);
+                now.setAssetDataMethod(first, second, AsciiToUTF16(assetdata::kUploadFolderGuid),
+                                       ToText(selection->GetID()));
+            }
+            return SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);
+        case LocationPickerMode::API:
+            SetCurrentViewID(ShareForReviewViewID::None);
+            if (!now.selectLocationCallback) return;
+            return selection
+                       ? now.selectLocationCallback(selection->GetID(), user->GetSelectionPath())
+                       : now.selectLocationCallback({}, {});
+    }
+}
+
+void ShareForReviewViewModel::LocationPickerCancelled() {
+    auto const now = CopyFields();
+    switch (now.locationPickerMode) {
+        case LocationPickerMode::Share:
+            return SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);
+        case LocationPickerMode::API:
+            SetCurrentViewID(ShareForReviewViewID::None);
+            if (now.selectLocationCallback) now.selectLocationCallback({}, {});
+            return;
+    }
+}
+
+}  // namespace quillomoxui
