@@ -28,7 +28,7 @@ moxcore::string::UTF16String TemporaryDirectory::Text() const {
 
 std::filesystem::path TemporaryDirectory::Write(std::string const& name,
                                                 std::string const& contents) const {
-    auto const file = path / name;
+    auto file = path / name;
     std::ofstream out(file, std::ios::binary);
     out << contents;
     out.close();

@@ -1,11 +1,8 @@
 #include "moxcore/filesupport/CommonDirs.h"
 
 #include <fcntl.h>
-#include <pwd.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -14,6 +11,7 @@
 
 #include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
+#include "moxcore/utility/UserEntry.h"
 
 namespace moxcore::filesupport::commondirs {
 namespace {
@@ -56,12 +54,9 @@ fs::path DirectoryFromEnvironment(char const* variable) {
 
 fs::path HomeDirectory() {
     if (fs::path home = DirectoryFromEnvironment("HOME"); !home.empty()) return home;
-    passwd entry{};
-    passwd* found = nullptr;
-    std::array<char, 4096> buffer{};
-    getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found);
-    if (!found) Fail("~", "set HOME; the user database has no entry for this user");
-    return found->pw_dir;
+    auto const entry = utility::OwnUserEntry();
+    if (!entry) Fail("~", "set HOME; the user database has no entry for this user");
+    return entry->home;
 }
 
 /// Makes `directory` and those above it that are missing.

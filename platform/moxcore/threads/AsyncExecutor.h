@@ -21,8 +21,9 @@ public:
 };
 
 /// The process's executor for work that mostly waits: a small pool of threads, made on first use.
-/// What a function throws is traced (category "moxcore") and goes no further. Work that is still
-/// waiting when the process ends is dropped.
+/// What a function throws is traced (category "moxcore") and goes no further. Its threads take no
+/// signals. Work that is still waiting when the process ends is dropped; work that is running gets
+/// a second to end.
 [[nodiscard]] MOXCORE_API std::shared_ptr<AsyncExecutor> GetIOBoundExecutor();
 
 /// Puts `executor` in place of the pool for those who ask from now on; null brings the pool back.

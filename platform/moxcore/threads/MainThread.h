@@ -21,13 +21,14 @@ public:
     static std::size_t RunPending();
 
     /// Runs what is queued, and sleeps while there is nothing, until `done` (asked before each
-    /// sleep and after each round) answers true. Main thread.
+    /// sleep and after each round) answers true. Another thread that changes what `done` looks at
+    /// wakes it by queueing a function. Main thread.
     static void RunUntil(std::function<bool()> const& done);
 
     /// `hook` is called, on the posting thread, each time the empty queue gets its first function
     /// (and here, when something is queued already): an event loop arranges there for RunPending to
     /// be called. It must not block and must not run the queue itself. An empty function removes
-    /// it.
+    /// it; a call of the one before may still be under way on another thread then.
     static void SetWakeUpHook(std::function<void()> hook);
 
     /// `handler` hears, on the main thread, what queued functions throw. Without one they are

@@ -114,10 +114,4 @@ TEST_F(MainThreadQueue, KeepsTheOrderOfEachThread) {
         EXPECT_TRUE(std::ranges::is_sorted(mine));
 }
 
-TEST_F(MainThreadQueue, KnowsItsThread) {
-    DrainMainThread();
-    EXPECT_TRUE(MainThread::IsCurrent());
-    std::thread([] { EXPECT_FALSE(MainThread::IsCurrent()); }).join();
-}
-
 }  // namespace

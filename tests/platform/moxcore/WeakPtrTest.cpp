@@ -2,8 +2,6 @@
 
 #include <atomic>
 #include <barrier>
-#include <optional>
-#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -33,35 +31,28 @@ struct Picture : RefCountedObjectWithWeakPtr {
     std::atomic<bool> alive = true;
 };
 
-TEST(RefCountedWeakPtr, FollowsItsObject) {
-    DrainMainThread();
-    int destroyed = 0;
+TEST(RefCountedWeakPtr, LosesItsObjectAtOnceAndTheMainThreadDestroysIt) {
     EXPECT_FALSE(RefCountedWeakPtr<Picture>().Lock());
-    boost::intrusive_ptr<Picture> picture(new Picture(destroyed));
-    RefCountedWeakPtr<Picture> const weak(picture.get());
-    auto locked = weak.Lock();
-    EXPECT_EQ(locked, picture);
-    picture.reset();
-    EXPECT_EQ(destroyed, 0);
-    locked.reset();
-    EXPECT_EQ(destroyed, 1) << "on the main thread it goes at once";
-    EXPECT_FALSE(weak.Lock());
-}
-
-TEST(RefCountedWeakPtr, LeavesTheDestructionToTheMainThread) {
-    DrainMainThread();
-    int destroyed = 0;
-    boost::intrusive_ptr<Picture> picture(new Picture(destroyed));
-    RefCountedWeakPtr<Picture> const weak(picture.get());
-    std::thread([last = std::move(picture)]() mutable { last.reset(); }).join();
-    EXPECT_EQ(destroyed, 0);
-    EXPECT_FALSE(weak.Lock()) << "what awaits its destruction is gone for everybody";
-    DrainMainThread();
-    EXPECT_EQ(destroyed, 1);
+    for (bool const onMainThread : {true, false}) {
+        int destroyed = 0;
+        boost::intrusive_ptr<Picture> picture(new Picture(destroyed));
+        RefCountedWeakPtr<Picture> const weak(picture.get());
+        auto last = weak.Lock();
+        EXPECT_EQ(last, picture);
+        picture.reset();
+        EXPECT_EQ(destroyed, 0);
+        if (onMainThread)
+            last.reset();
+        else
+            std::thread([&last] { last.reset(); }).join();
+        EXPECT_FALSE(weak.Lock());
+        EXPECT_EQ(destroyed, onMainThread ? 1 : 0);
+        DrainMainThread();
+        EXPECT_EQ(destroyed, 1);
+    }
 }
 
 TEST(RefCountedWeakPtr, NeverRevivesAnObjectThatIsGoing) {
-    DrainMainThread();
     constexpr int kRounds = 500;
     constexpr int kThreads = 3;
     int destroyed = 0;
