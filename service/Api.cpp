@@ -37,6 +37,7 @@ std::optional<std::vector<std::string>> MatchPath(std::string_view pattern, std:
     std::vector<std::string> ids;
     while (!pattern.empty()) {
         std::string_view expected = NextSegment(pattern);
+        if (expected == "/{rest}") return ids;
         std::string_view segment = NextSegment(path);
         if (expected == "/{id}" && segment.size() > 1 && IsUuid(segment.substr(1))) {
             ids.emplace_back(segment.substr(1));

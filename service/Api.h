@@ -24,7 +24,9 @@ public:
 
     struct Route {
         std::string method;  ///< HEAD goes to GET where it has no route of its own
-        std::string path;    ///< "/v1/folders/{id}/children"; an {id} matches UUIDs only
+        /// "/v1/folders/{id}/children": an {id} matches UUIDs only, a {rest} at the end anything.
+        /// Of several that match the one added first counts.
+        std::string path;
         Handler handler;
         std::optional<RequestKind> kind{};  ///< counted as this
         bool open = false;                  ///< under /v1: reached without a token

@@ -18,7 +18,6 @@ namespace quilloservice {
 namespace {
 
 constexpr std::size_t kBufferBytes = 128 * 1024;
-constexpr int kIdleMilliseconds = 15'000;
 // A client that stalls in the middle of a request for longer has gone.
 constexpr time_t kStallSeconds = 30;
 constexpr std::chrono::milliseconds kLinger{2000};
@@ -68,10 +67,10 @@ Connection::~Connection() {
     ::close(socket_);
 }
 
-bool Connection::WaitForRequest() {
+bool Connection::WaitForRequest(time_t seconds) {
     if (closeAfterAnswer_) return false;
     headBudget_ = kHeadBytes;
-    return begin_ < end_ || WaitReadable(socket_, kIdleMilliseconds);
+    return begin_ < end_ || WaitReadable(socket_, static_cast<int>(seconds * 1000));
 }
 
 void Connection::Cut() {

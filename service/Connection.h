@@ -19,8 +19,8 @@ public:
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /// Waits until a request begins; false when none comes, or the server stops.
-    bool WaitForRequest();
+    /// Waits until a request begins; false when none comes in time, or the server stops.
+    bool WaitForRequest(time_t seconds);
 
     /// The request's head is read: from here on its body, of any length.
     void BeginBody() { headBudget_ = kNoBudget; }
@@ -30,7 +30,6 @@ public:
 
     /// Ends the connection once the answer is out, for a body that nobody is going to read.
     void CloseAfterAnswer() { closeAfterAnswer_ = true; }
-    [[nodiscard]] bool closesAfterAnswer() const { return closeAfterAnswer_; }
 
     // httplib::Stream
     bool is_readable() const override { return true; }

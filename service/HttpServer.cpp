@@ -10,7 +10,8 @@ namespace quilloservice {
 namespace {
 
 constexpr int kBacklog = 512;
-constexpr int kRequestsPerConnection = 10'000;
+constexpr std::size_t kRequestsPerConnection = 10'000;
+constexpr time_t kIdleSeconds = 15;
 // Longer than any path that is served. The routes are regular expressions, and libstdc++'s matcher
 // recurses once for each character.
 constexpr std::size_t kLongestPath = 256;
@@ -32,6 +33,8 @@ void Prepare(httplib::Request& request) {
 
 HttpServer::HttpServer() {
     new_task_queue = [] { return new ConnectionPool; };
+    set_keep_alive_max_count(kRequestsPerConnection);
+    set_keep_alive_timeout(kIdleSeconds);
     // httplib would set SO_REUSEPORT, with which two services could share a port unawares.
     set_socket_options([](socket_t sock) {
         int yes = 1;
@@ -68,8 +71,8 @@ bool HttpServer::process_and_close_socket(socket_t sock) {
     t_connection = &connection;
     bool served = true;
     bool last = false;
-    for (int left = kRequestsPerConnection; served && !last && left > 0; --left) {
-        if (!connection.WaitForRequest()) break;
+    for (std::size_t left = keep_alive_max_count_; served && !last && left > 0; --left) {
+        if (!connection.WaitForRequest(keep_alive_timeout_sec_)) break;
         served = process_request(connection, left == 1, last, [&](httplib::Request& request) {
             connection.BeginBody();
             Prepare(request);

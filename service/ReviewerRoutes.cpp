@@ -117,6 +117,8 @@ void AddReviewerRoutes(Api& api, const ReviewLinks& links, const DataDirectory& 
                  call.response.set_redirect("/r/" + content->id + "/assets/" +
                                             content->movies.front().front().asset);
              }});
+    api.Add({"GET", "/r/{rest}",
+             [](Call& call) { AnswerPage(call, 404, reviewpage::RenderNotFound()); }});
     api.Add({"GET", "/healthz", [](Call& call) { call.response.set_content("ok", "text/plain"); }});
 }
 

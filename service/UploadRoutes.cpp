@@ -36,26 +36,34 @@ public:
         if (!afterBytes_) return append(body);
         const std::string& upload = call.ids[0];
         std::int64_t length = uploads_.Get(call.identity.user, upload).length;
-        if (*afterBytes_ < length) {
-            return append([&](const auto& take) { return ReadCut(upload, start, body, take); });
-        }
+        if (*afterBytes_ < length) return AppendCut(upload, start, body, append);
         std::int64_t offset = append(body);
         if (offset == length && Strikes(upload)) HttpServer::ThisConnection().Cut();
         return offset;
     }
 
 private:
-    bool ReadCut(const std::string& upload, std::int64_t start, const BodyReader& body,
-                 const std::function<bool(std::string_view)>& take) {
+    std::int64_t AppendCut(const std::string& upload, std::int64_t start, const BodyReader& body,
+                           const std::function<std::int64_t(const BodyReader&)>& append) {
+        bool struck = false;
         std::int64_t total = start;
-        return body([&](std::string_view bytes) {
-            std::int64_t room = *afterBytes_ - total;
-            total += static_cast<std::int64_t>(bytes.size());
-            if (room <= 0 || total < *afterBytes_ || !Strikes(upload)) return take(bytes);
-            take(bytes.substr(0, static_cast<std::size_t>(room)));
-            HttpServer::ThisConnection().Cut();
-            return false;
-        });
+        BodyReader cutBody = [&](const auto& take) {
+            return body([&](std::string_view bytes) {
+                std::int64_t room = *afterBytes_ - total;
+                total += static_cast<std::int64_t>(bytes.size());
+                if (room <= 0 || total < *afterBytes_ || !Strikes(upload)) return take(bytes);
+                struck = true;
+                take(bytes.substr(0, static_cast<std::size_t>(room)));
+                return false;
+            });
+        };
+        try {
+            return append(cutBody);
+        } catch (...) {
+            // Only now, so that the client finds what was kept when it comes back.
+            if (struck) HttpServer::ThisConnection().Cut();
+            throw;
+        }
     }
 
     bool Strikes(const std::string& upload) {

@@ -1,0 +1,129 @@
+#include "tests/service/ApiClient.h"
+
+#include <openssl/evp.h>
+
+#include <random>
+#include <stdexcept>
+
+#include "service/Digest.h"
+
+namespace quilloservice::test {
+
+using nlohmann::json;
+
+namespace {
+
+json Require(const httplib::Result& result, const std::string& what) {
+    if (!result) throw std::runtime_error(what + ": no answer");
+    if (result->status >= 400) {
+        throw std::runtime_error(what + ": " + std::to_string(result->status) + " " + result->body);
+    }
+    return result->body.empty() ? json() : json::parse(result->body);
+}
+
+}  // namespace
+
+ApiClient::ApiClient(int port) : http("127.0.0.1", port) {
+    http.set_keep_alive(true);
+    http.set_read_timeout(60);
+    json pair = Require(
+        http.Post("/oauth/token", "client_id=test&grant_type=urn:quillo:grant-type:local-user",
+                  "application/x-www-form-urlencoded"),
+        "sign-in");
+    token = pair["access_token"];
+    json accounts = Get("/v1/accounts")["accounts"];
+    if (accounts.empty()) return;
+    std::string account = accounts[0]["id"];
+    std::string workspace = Get("/v1/accounts/" + account + "/workspaces")["workspaces"][0]["id"];
+    json first = Get("/v1/workspaces/" + workspace + "/projects")["projects"][0];
+    project = first["id"];
+    folder = first["root_folder"]["id"];
+}
+
+httplib::Result ApiClient::Send(const std::string& method, const std::string& path,
+                                httplib::Headers headers, const std::string& body) {
+    httplib::Request request;
+    request.method = method;
+    request.path = path;
+    request.headers = std::move(headers);
+    for (auto [name, value] : {std::pair("Authorization", "Bearer " + token),
+                               std::pair("Tus-Resumable", std::string("1.0.0"))}) {
+        if (!request.has_header(name)) request.set_header(name, value);
+    }
+    request.body = body;
+    return http.send(request);
+}
+
+json ApiClient::Get(const std::string& path) {
+    return Require(Send("GET", path), path);
+}
+
+json ApiClient::Post(const std::string& path, const json& body) {
+    return Require(Send("POST", path, {}, body.dump()), path);
+}
+
+std::string ApiClient::CreateUpload(std::size_t length, const std::string& name,
+                                    const std::string& stack, httplib::Headers headers) {
+    headers.emplace("Upload-Length", std::to_string(length));
+    headers.emplace("Upload-Metadata", Metadata(name, folder, stack));
+    auto result = Send("POST", "/v1/uploads", headers);
+    Require(result, "create upload");
+    return result->get_header_value("Location");
+}
+
+httplib::Result ApiClient::Append(const std::string& upload, std::size_t offset,
+                                  const std::string& body, httplib::Headers headers) {
+    headers.emplace("Upload-Offset", std::to_string(offset));
+    headers.emplace("Content-Type", "application/offset+octet-stream");
+    return Send("PATCH", upload, std::move(headers), body);
+}
+
+std::string ApiClient::OffsetOf(const std::string& upload) {
+    auto result = Send("HEAD", upload);
+    Require(result, "HEAD");
+    return result->get_header_value("Upload-Offset");
+}
+
+json ApiClient::Upload(const std::string& content, const std::string& name,
+                       const std::string& stack) {
+    std::string upload = CreateUpload(content.size(), name, stack);
+    Require(Append(upload, 0, content), "append");
+    return Get(upload + "/asset");
+}
+
+std::string ApiClient::CreateLink(const std::string& name) {
+    return Post("/v1/projects/" + project + "/review-links", {{"name", name}})["review_link"]["id"];
+}
+
+void ApiClient::AddToLink(const std::string& link, const std::string& asset) {
+    Post("/v1/review-links/" + link + "/assets", {{"asset_ids", {asset}}});
+}
+
+std::string Metadata(const std::string& name, const std::string& folder, const std::string& stack) {
+    std::string metadata = "filename " + ToBase64(name) + ",folder_id " + ToBase64(folder);
+    if (!stack.empty()) metadata += ",version_stack_id " + ToBase64(stack);
+    return metadata;
+}
+
+std::string ToBase64(const std::string& bytes) {
+    std::string text(bytes.size() * 4 / 3 + 4, '\0');
+    int size = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
+                               reinterpret_cast<const unsigned char*>(bytes.data()),
+                               static_cast<int>(bytes.size()));
+    text.resize(static_cast<std::size_t>(size));
+    return text;
+}
+
+std::string ChecksumOf(const std::string& body) {
+    return "sha256 " + ToBase64(Sha256(body));
+}
+
+std::string Noise(std::size_t size, unsigned seed) {
+    std::mt19937_64 random(seed);
+    std::string bytes(size, '\0');
+    for (char& byte : bytes)
+        byte = static_cast<char>(random());
+    return bytes;
+}
+
+}  // namespace quilloservice::test

@@ -1,0 +1,58 @@
+#include "service/Options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace quilloservice {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(Options, ReadsEverySwitch) {
+    Options options =
+        ParseOptions({"--data", "d", "--port", "8080", "--host", "0.0.0.0", "--sample", "large",
+                      "--trust-local-user", "--limit", "5/60", "--latency", "20", "--fail", "0.25",
+                      "--drop-upload-after", "1000", "--stop-with-stdin"});
+    EXPECT_EQ(options.dataDirectory, "d");
+    EXPECT_EQ(options.port, 8080);
+    EXPECT_EQ(options.host, "0.0.0.0");
+    EXPECT_EQ(options.sample, SampleSize::Large);
+    EXPECT_TRUE(options.trustLocalUser && options.stopWithStdin && !options.help);
+    EXPECT_EQ(options.limit->requests, 5u);
+    EXPECT_EQ(options.limit->window, std::chrono::minutes(1));
+    EXPECT_EQ(options.faults.latency, std::chrono::milliseconds(20));
+    EXPECT_EQ(options.faults.failRate, 0.25);
+    EXPECT_EQ(options.faults.dropUploadAfterBytes, 1000);
+}
+
+TEST(Options, SaysWhatIsWrong) {
+    struct Row {
+        std::vector<std::string> arguments;
+        const char* complaint;
+    };
+    for (const Row& row : std::vector<Row>{
+             {{}, "--data DIR is missing"},
+             {{"--data"}, "--data needs a value"},
+             {{"--dta", "d"}, "unknown argument \"--dta\""},
+             {{"--data", "d", "--port", "x"}, "--port takes a whole number from 0 to 65535"},
+             {{"--data", "d", "--port", "65536"}, "--port takes"},
+             {{"--data", "d", "--sample", "huge"}, "--sample takes small, large or none"},
+             {{"--data", "d", "--limit", "60"}, "--limit takes N/SECONDS"},
+             {{"--data", "d", "--limit", "0/60"}, "from 1 to"},
+             {{"--data", "d", "--limit", "5/0"}, "from 1 to"},
+             {{"--data", "d", "--fail", "1.5"}, "--fail takes a number from 0 to 1"},
+             {{"--data", "d", "--fail", "nan"}, "--fail takes"},
+             {{"--data", "d", "--latency", "-1"}, "--latency takes"},
+             {{"--data", "d", "--drop-upload-after", "0"}, "--drop-upload-after takes"},
+         }) {
+        try {
+            ParseOptions(row.arguments);
+            ADD_FAILURE() << "taken, but for: " << row.complaint;
+        } catch (const UsageError& error) {
+            EXPECT_THAT(error.what(), HasSubstr(row.complaint));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quilloservice

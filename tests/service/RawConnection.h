@@ -1,0 +1,52 @@
+#pragma once
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace quilloservice::test {
+
+/// A connection on which a test says what it likes.
+class RawConnection {
+public:
+    explicit RawConnection(int port) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<std::uint16_t>(port));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        if (::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
+            throw std::runtime_error("connect failed");
+        }
+    }
+    ~RawConnection() { ::close(socket_); }
+    RawConnection(const RawConnection&) = delete;
+    RawConnection& operator=(const RawConnection&) = delete;
+
+    void Say(std::string_view text) const {
+        while (!text.empty()) {
+            ssize_t sent = ::send(socket_, text.data(), text.size(), MSG_NOSIGNAL);
+            if (sent <= 0) return;
+            text.remove_prefix(static_cast<std::size_t>(sent));
+        }
+    }
+    void Finish() const { ::shutdown(socket_, SHUT_WR); }
+
+    std::string ReadAll() const {
+        std::string answer;
+        char buffer[4096];
+        for (ssize_t count; (count = ::recv(socket_, buffer, sizeof(buffer), 0)) > 0;) {
+            answer.append(buffer, static_cast<std::size_t>(count));
+        }
+        return answer;
+    }
+
+private:
+    int socket_;
+};
+
+}  // namespace quilloservice::test

@@ -1,0 +1,83 @@
+#include "tests/service/ServiceProcess.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace quilloservice::test {
+
+ServiceProcess::ServiceProcess(std::vector<std::string> arguments,
+                               const std::function<void()>& inChild) {
+    arguments.insert(arguments.begin(), QUILLO_SERVICE_PROGRAM);
+    std::vector<char*> argv;
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+
+    int in[2], out[2], err[2];
+    if (::pipe2(in, O_CLOEXEC) != 0 || ::pipe2(out, O_CLOEXEC) != 0 ||
+        ::pipe2(err, O_CLOEXEC) != 0) {
+        throw std::runtime_error("pipe failed");
+    }
+    pid_ = ::fork();
+    if (pid_ == 0) {
+        ::dup2(in[0], STDIN_FILENO);
+        ::dup2(out[1], STDOUT_FILENO);
+        ::dup2(err[1], STDERR_FILENO);
+        if (inChild) inChild();
+        ::execv(argv[0], argv.data());
+        ::_exit(127);
+    }
+    for (int end : {in[0], out[1], err[1]})
+        ::close(end);
+    stdin_ = in[1];
+    stdout_ = out[0];
+    stderr_ = err[0];
+
+    std::string line;
+    for (char c; ::read(stdout_, &c, 1) == 1 && c != '\n';)
+        line += c;
+    const std::string ready = "quillo-service listening on http://127.0.0.1:";
+    if (line.starts_with(ready)) port_ = std::atoi(line.c_str() + ready.size());
+}
+
+ServiceProcess::~ServiceProcess() {
+    if (pid_ > 0) {
+        Signal(SIGKILL);
+        Wait();
+    }
+    for (int end : {stdin_, stdout_, stderr_}) {
+        if (end >= 0) ::close(end);
+    }
+}
+
+void ServiceProcess::Signal(int signal) const {
+    ::kill(pid_, signal);
+}
+
+void ServiceProcess::CloseStdin() {
+    ::close(stdin_);
+    stdin_ = -1;
+}
+
+int ServiceProcess::Wait() {
+    int status = 0;
+    ::waitpid(pid_, &status, 0);
+    pid_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string ServiceProcess::Complaint() const {
+    std::string text;
+    char buffer[4096];
+    for (ssize_t count; (count = ::read(stderr_, buffer, sizeof(buffer))) > 0;) {
+        text.append(buffer, static_cast<std::size_t>(count));
+    }
+    return text;
+}
+
+}  // namespace quilloservice::test

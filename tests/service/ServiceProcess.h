@@ -1,0 +1,42 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace quilloservice::test {
+
+/// The real program, in a process of its own.
+class ServiceProcess {
+public:
+    /// Starts it and returns once it has said that it is ready, or ended. `inChild` runs in the new
+    /// process before the program does.
+    explicit ServiceProcess(std::vector<std::string> arguments,
+                            const std::function<void()>& inChild = {});
+    ~ServiceProcess();  ///< kills it
+    ServiceProcess(const ServiceProcess&) = delete;
+    ServiceProcess& operator=(const ServiceProcess&) = delete;
+
+    /// From its first line; 0 when it ended instead.
+    [[nodiscard]] int port() const { return port_; }
+
+    void Signal(int signal) const;
+    void CloseStdin();
+
+    /// Waits for its end; returns its exit status, or 128 and more for a signal.
+    int Wait();
+
+    /// What it wrote to standard error; after `Wait`.
+    [[nodiscard]] std::string Complaint() const;
+
+private:
+    pid_t pid_ = -1;
+    int stdin_ = -1;
+    int stdout_ = -1;
+    int stderr_ = -1;
+    int port_ = 0;
+};
+
+}  // namespace quilloservice::test

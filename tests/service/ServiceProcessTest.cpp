@@ -1,0 +1,172 @@
+#include "tests/service/ServiceProcess.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include "service/Digest.h"
+#include "service/Text.h"
+#include "tests/service/ApiClient.h"
+#include "tests/service/RawConnection.h"
+#include "tests/service/TempDirectory.h"
+
+namespace quilloservice {
+namespace {
+
+using nlohmann::json;
+using test::ApiClient;
+using test::RawConnection;
+using test::ServiceProcess;
+using testing::HasSubstr;
+
+class ServiceProcessTest : public testing::Test {
+protected:
+    std::vector<std::string> Arguments(std::vector<std::string> more = {}) const {
+        std::vector<std::string> arguments{"--data", directory.path(), "--trust-local-user"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return arguments;
+    }
+
+    /// Sends the first `size` bytes of `content` as the body of a PATCH for all of it.
+    static void Begin(const ApiClient& client, int port, const std::string& upload,
+                      std::string_view content, std::size_t size) {
+        RawConnection connection(port);
+        connection.Say("PATCH " + upload +
+                       " HTTP/1.1\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
+                       "Content-Type: application/offset+octet-stream\r\nContent-Length: " +
+                       std::to_string(content.size()) + "\r\nAuthorization: Bearer " +
+                       client.token + "\r\n\r\n");
+        connection.Say(content.substr(0, size));
+    }
+
+    test::TempDirectory directory;
+};
+
+TEST_F(ServiceProcessTest, ListsOnlyWholeMoviesWhereverItIsKilled) {
+    const std::string content = test::Noise(24'000'000);
+    const std::string sha256 = ToHex(Sha256(content));
+    // The last ones end around the moment of publishing.
+    for (std::size_t sent : {1ul, 100'000ul, 9'000'000ul, 20'000'000ul, 23'999'999ul, 24'000'000ul,
+                             24'000'000ul, 24'000'000ul}) {
+        std::string upload;
+        std::size_t listed = 0;
+        {
+            ServiceProcess process(Arguments());
+            ApiClient client(process.port());
+            listed = client.Get("/v1/folders/" + client.folder + "/children")["assets"].size();
+            upload = client.CreateUpload(content.size());
+            Begin(client, process.port(), upload, content, sent);
+        }
+        ServiceProcess process(Arguments());
+        ApiClient client(process.port());
+        std::size_t offset = std::stoul(client.OffsetOf(upload));
+        std::size_t listedNow =
+            client.Get("/v1/folders/" + client.folder + "/children")["assets"].size();
+        EXPECT_LE(offset, sent);
+        EXPECT_EQ(listedNow, listed + (offset == content.size() ? 1 : 0));
+        EXPECT_EQ(
+            client
+                .Append(upload, offset, content.substr(offset), {{"Quillo-Content-SHA256", sha256}})
+                ->status,
+            204);
+        json asset = client.Get(upload + "/asset");
+        EXPECT_EQ(asset["sha256"], sha256);
+        std::string link = client.CreateLink();
+        client.AddToLink(link, asset["asset"]["id"]);
+        auto movie =
+            client.http.Get("/r/" + link + "/assets/" + asset["asset"]["id"].get<std::string>());
+        EXPECT_TRUE(movie->body == content);
+    }
+}
+
+TEST_F(ServiceProcessTest, RefusesWhatTheDiskHasNoRoomFor) {
+    const std::string content = test::Noise(12'000'000);
+    std::string upload;
+    {
+        ServiceProcess process(Arguments(), [] {
+            rlimit limit{8'000'000, 8'000'000};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+        });
+        ApiClient client(process.port());
+        upload = client.CreateUpload(content.size());
+        auto checked =
+            client.Append(upload, 0, content, {{"Upload-Checksum", test::ChecksumOf(content)}});
+        EXPECT_EQ(checked->status, 507);
+        EXPECT_EQ(client.OffsetOf(upload), "0");
+        auto plain = client.Append(upload, 0, content);
+        EXPECT_EQ(plain->status, 507);
+        EXPECT_THAT(plain->body, HasSubstr("disk is full"));
+        EXPECT_EQ(client.Upload("small")["bytes"], 5);
+    }
+    ServiceProcess process(Arguments());
+    ApiClient client(process.port());
+    std::size_t offset = std::stoul(client.OffsetOf(upload));
+    EXPECT_GT(offset, 0u);
+    client.Append(upload, offset, content.substr(offset));
+    EXPECT_EQ(client.Get(upload + "/asset")["sha256"], ToHex(Sha256(content)));
+}
+
+TEST_F(ServiceProcessTest, StopsWhenAskedAndComesBackOnTheSamePortWithItsSessions) {
+    std::string token;
+    int port = 0;
+    for (int signal : {SIGTERM, SIGINT}) {
+        ServiceProcess process(Arguments());
+        EXPECT_TRUE(port == 0 || process.port() == port);
+        port = process.port();
+        ApiClient client(port);
+        if (!token.empty()) {
+            client.token = token;
+            EXPECT_EQ(client.Send("GET", "/v1/me")->status, 200);
+        }
+        token = client.token;
+        process.Signal(signal);
+        EXPECT_EQ(process.Wait(), 0);
+    }
+    // Somebody else has the port now.
+    test::TempDirectory other;
+    ServiceProcess squatter({"--data", other.path(), "--port", std::to_string(port)});
+    ASSERT_EQ(squatter.port(), port);
+    ServiceProcess process(Arguments());
+    EXPECT_NE(process.port(), 0);
+    EXPECT_NE(process.port(), port);
+    process.Signal(SIGTERM);
+    process.Wait();
+    ServiceProcess again(Arguments({"--port", std::to_string(port)}));
+    EXPECT_EQ(again.Wait(), 1);
+    EXPECT_THAT(again.Complaint(), HasSubstr("cannot listen"));
+}
+
+TEST_F(ServiceProcessTest, StopsWithItsParentWhenToldTo) {
+    ServiceProcess process(Arguments({"--stop-with-stdin"}));
+    EXPECT_NE(process.port(), 0);
+    process.CloseStdin();
+    EXPECT_EQ(process.Wait(), 0);
+}
+
+TEST_F(ServiceProcessTest, RefusesADirectoryThatAnotherServes) {
+    ServiceProcess first(Arguments());
+    ServiceProcess second(Arguments());
+    EXPECT_EQ(second.Wait(), 1);
+    EXPECT_THAT(second.Complaint(), HasSubstr("another quillo-service is running on"));
+    EXPECT_EQ(ApiClient(first.port()).Send("GET", "/v1/me")->status, 200);
+}
+
+TEST_F(ServiceProcessTest, KeepsToItsUsage) {
+    ServiceProcess wrong({"--dta", "x"});
+    EXPECT_EQ(wrong.Wait(), 2);
+    EXPECT_EQ(wrong.Complaint(),
+              "quillo-service: unknown argument \"--dta\"; --help lists the known ones\n");
+
+    ServiceProcess distrustful({"--data", directory.path()});
+    httplib::Client client("127.0.0.1", distrustful.port());
+    auto result =
+        client.Post("/oauth/token", "client_id=x&grant_type=urn:quillo:grant-type:local-user",
+                    "application/x-www-form-urlencoded");
+    EXPECT_EQ(result->status, 400);
+    EXPECT_THAT(result->body, HasSubstr("unauthorized_client"));
+}
+
+}  // namespace
+}  // namespace quilloservice

@@ -1,0 +1,300 @@
+#include "service/Uploads.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "service/ApiError.h"
+#include "service/DataDirectory.h"
+#include "service/Nodes.h"
+#include "service/SampleData.h"
+#include "service/Store.h"
+#include "service/Text.h"
+#include "service/Uuid.h"
+#include "tests/service/ApiClient.h"
+#include "tests/service/TempDirectory.h"
+
+namespace quilloservice {
+namespace {
+
+namespace fs = std::filesystem;
+using test::Noise;
+
+/// Feeds `bytes` in pieces; the connection is cut after them unless `complete`.
+BodyReader Body(std::string bytes, bool complete = true) {
+    return [bytes = std::move(bytes), complete](const auto& take) {
+        std::string_view left = bytes;
+        while (!left.empty()) {
+            std::string_view piece = left.substr(0, 100'000);
+            left.remove_prefix(piece.size());
+            if (!take(piece)) return false;
+        }
+        return complete;
+    };
+}
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class UploadsTest : public testing::Test {
+protected:
+    UploadsTest() {
+        MakeSampleData(store, SampleSize::Small);
+        Restart();
+        store.Read([&](Database& database) {
+            Statement row = database.Query(
+                "SELECT id FROM nodes JOIN memberships ON memberships.account = nodes.account "
+                "WHERE kind = 'folder' AND user = ? ORDER BY seq LIMIT 2",
+                user);
+            row.Next();
+            folder = row.Text(0);
+            row.Next();
+            otherFolder = row.Text(0);
+        });
+    }
+
+    /// What a new process would find: everything in memory is gone.
+    void Restart() {
+        uploads = std::make_unique<Uploads>(directory, store, [this] { return now; });
+        uploads->Recover();
+    }
+
+    std::string Create(std::size_t length, const std::string& stack = {},
+                       const std::string& into = {}) {
+        NewUpload request{.name = "movie.mp4",
+                          .folder = into.empty() ? folder : into,
+                          .mediaType = "video/mp4",
+                          .length = static_cast<std::int64_t>(length)};
+        if (!stack.empty()) request.stack = stack;
+        return uploads->Create(user, request, std::nullopt);
+    }
+
+    std::int64_t Append(const std::string& id, std::int64_t offset, const BodyReader& body,
+                        const std::string& announced = {}, const std::string& whole = {}) {
+        AppendRequest request{.offset = offset};
+        if (!announced.empty()) request.checksum = {Digest::Algorithm::Sha256, Sha256(announced)};
+        if (!whole.empty()) request.contentSha256 = ToHex(Sha256(whole));
+        return uploads->Append(user, id, request, body);
+    }
+
+    /// The status that `Append` is refused with, 0 when it is not.
+    template <typename... Arguments>
+    int Refusal(const Arguments&... arguments) {
+        try {
+            Append(arguments...);
+            return 0;
+        } catch (const ApiError& error) {
+            return error.status;
+        }
+    }
+
+    std::int64_t Offset(const std::string& id) { return uploads->Get(user, id).confirmed; }
+
+    std::string Movie(const std::string& id) {
+        return ReadFile(directory.MoviePath(uploads->Asset(user, id).id));
+    }
+
+    std::vector<Node> Children(const std::string& parent) {
+        return store.Read([&](Database& database) { return ChildrenOf(database, parent); });
+    }
+
+    test::TempDirectory temp;
+    DataDirectory directory{temp.path()};
+    Store store{directory.StorePath()};
+    std::int64_t now = 1'000'000;
+    std::string user = SampleUserId();
+    std::string folder;
+    std::string otherFolder;
+    std::unique_ptr<Uploads> uploads;
+    const std::string content = Noise(1'000'000);
+};
+
+TEST_F(UploadsTest, PublishesWhatWasSentInPieces) {
+    std::string id = Create(content.size());
+    EXPECT_EQ(Append(id, 0, Body(content.substr(0, 300'000))), 300'000);
+    EXPECT_THROW(static_cast<void>(uploads->Asset(user, id)), ApiError);
+    EXPECT_EQ(Append(id, 300'000, Body(content.substr(300'000, 1)), content.substr(300'000, 1)),
+              300'001);
+    EXPECT_EQ(Append(id, 300'001, Body(content.substr(300'001)), {}, content), 1'000'000);
+    EXPECT_EQ(Movie(id), content);
+    EXPECT_EQ(uploads->Asset(user, id).sha256, ToHex(Sha256(content)));
+    EXPECT_FALSE(fs::exists(directory.UploadPath(id)));
+    // A repetition of the last request, whose answer was lost.
+    EXPECT_EQ(Append(id, 1'000'000, Body("")), 1'000'000);
+    EXPECT_EQ(Refusal(id, 1'000'000, Body("x")), 0) << "nothing is appended to a published movie";
+    EXPECT_EQ(Movie(id), content);
+    EXPECT_EQ(Refusal(id, 0, Body(content)), 409);
+}
+
+TEST_F(UploadsTest, KeepsACutBodyOnlyWithoutAChecksum) {
+    std::string id = Create(content.size());
+    EXPECT_EQ(Refusal(id, 0, Body(content.substr(0, 400'000), false)), 400);
+    EXPECT_EQ(Offset(id), 400'000);
+    std::string rest = content.substr(400'000);
+    EXPECT_EQ(Refusal(id, 400'000, Body(rest.substr(0, 500'000), false), rest), 400);
+    EXPECT_EQ(Offset(id), 400'000);
+    EXPECT_EQ(fs::file_size(directory.UploadPath(id)), 400'000u);
+    EXPECT_EQ(Append(id, 400'000, Body(rest), rest, content), 1'000'000);
+    EXPECT_EQ(Movie(id), content);
+}
+
+TEST_F(UploadsTest, KeepsNothingOfABodyWithAnotherChecksum) {
+    std::string id = Create(content.size());
+    EXPECT_EQ(Refusal(id, 0, Body(content.substr(0, 600'000)), std::string("other")), 460);
+    EXPECT_EQ(Offset(id), 0);
+    Append(id, 0, Body(content.substr(0, 600'000)));
+    std::string damaged = content.substr(600'000);
+    damaged[5] ^= 1;
+    EXPECT_EQ(Refusal(id, 600'000, Body(damaged), content.substr(600'000)), 460);
+    EXPECT_EQ(Offset(id), 600'000);
+    Append(id, 600'000, Body(content.substr(600'000)), content.substr(600'000), content);
+    EXPECT_EQ(Movie(id), content);
+}
+
+TEST_F(UploadsTest, BeginsAgainWhenTheWholeMovieHasAnotherChecksum) {
+    std::string id = Create(content.size());
+    EXPECT_EQ(Refusal(id, 0, Body(content), std::string(), std::string("other")), 460);
+    EXPECT_EQ(Offset(id), 0);
+    EXPECT_TRUE(Children(folder).size() == 3) << "nothing may have been published";
+    Append(id, 0, Body(content), {}, content);
+    EXPECT_EQ(Movie(id), content);
+}
+
+TEST_F(UploadsTest, TakesNothingPastItsLength) {
+    std::string id = Create(500'000);
+    std::string start = content.substr(0, 200'000);
+    Append(id, 0, Body(start));
+    // No length is announced, so that only the bytes themselves show it.
+    EXPECT_EQ(Refusal(id, 200'000, Body(content)), 413);
+    EXPECT_EQ(Offset(id), 200'000);
+    Append(id, 200'000, Body(content.substr(200'000, 300'000)), {}, content.substr(0, 500'000));
+    EXPECT_EQ(Movie(id), content.substr(0, 500'000));
+}
+
+TEST_F(UploadsTest, GoesOnAfterARestartWithWhatIsConfirmed) {
+    std::string large = Noise(20'000'000);
+    std::string id = Create(large.size());
+    // The process ends in the middle of a body: what is in the file past the last note does not
+    // count.
+    EXPECT_THROW(Append(id, 0,
+                        [&](const auto& take) -> bool {
+                            take(large.substr(0, 18'000'000));
+                            throw std::runtime_error("killed");
+                        }),
+                 std::runtime_error);
+    Restart();
+    std::int64_t offset = Offset(id);
+    EXPECT_GT(offset, 8'000'000);
+    EXPECT_LE(offset, 18'000'000);
+    std::string rest = large.substr(static_cast<std::size_t>(offset));
+    Append(id, offset, Body(rest), rest, large);
+    EXPECT_EQ(Movie(id), large);
+}
+
+TEST_F(UploadsTest, StepsBackWhenTheDiskLostWhatWasConfirmed) {
+    std::string id = Create(content.size());
+    Append(id, 0, Body(content.substr(0, 800'000)));
+    fs::resize_file(directory.UploadPath(id), 100'000);
+    Restart();
+    EXPECT_EQ(Refusal(id, 800'000, Body(content.substr(800'000))), 409);
+    EXPECT_EQ(Offset(id), 100'000);
+    Append(id, 100'000, Body(content.substr(100'000)), {}, content);
+    EXPECT_EQ(Movie(id), content);
+}
+
+TEST_F(UploadsTest, RecordsAMovieThatWasRenamedBeforeTheProcessEnded) {
+    for (bool restarted : {true, false}) {
+        std::string id = Create(content.size());
+        Append(id, 0, Body(content.substr(0, 999'999)));
+        std::string moviePath = directory.MoviePath(uploads->Get(user, id).asset);
+        fs::rename(directory.UploadPath(id), moviePath);
+        std::ofstream(moviePath, std::ios::app | std::ios::binary) << content.back();
+        if (restarted) {
+            Restart();
+        } else {
+            EXPECT_EQ(Refusal(id, 999'999, Body(content.substr(999'999))), 409);
+        }
+        EXPECT_EQ(Offset(id), 1'000'000);
+        EXPECT_EQ(uploads->Asset(user, id).sha256, ToHex(Sha256(content)));
+    }
+}
+
+TEST_F(UploadsTest, LetsOneRequestAppendAtATime) {
+    std::string id = Create(content.size());
+    Append(id, 0, [&](const auto& take) {
+        EXPECT_EQ(Refusal(id, 0, Body("intruder")), 409);
+        return take(content.substr(0, 10));
+    });
+    EXPECT_EQ(Append(id, 10, Body(content.substr(10)), {}, content), 1'000'000);
+}
+
+TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
+    std::string abandoned = Create(content.size());
+    Append(abandoned, 0, Body("begun"));
+    std::string published = Create(1);
+    Append(published, 0, Body("x"));
+    now += Uploads::kForgetAfterSeconds - 1;
+    std::string growing = Create(content.size());
+    EXPECT_EQ(Offset(abandoned), 5);
+    now += 2;
+    std::string later = Create(content.size());
+    EXPECT_THROW(static_cast<void>(uploads->Get(user, abandoned)), ApiError);
+    EXPECT_FALSE(fs::exists(directory.UploadPath(abandoned)));
+    EXPECT_EQ(Offset(growing), 0);
+    EXPECT_EQ(Movie(published), "x");
+}
+
+TEST_F(UploadsTest, NumbersTheVersionsOfAStackAndMovesItWhereTheNewestWent) {
+    std::string stack = NewUuid();
+    auto publish = [&](const std::string& into) {
+        std::string id = Create(1, stack, into);
+        Append(id, 0, Body("x"));
+        return uploads->Asset(user, id);
+    };
+    PublishedAsset first = publish(folder);
+    EXPECT_EQ(first.version, 1);
+    EXPECT_EQ(first.stack, stack);
+    EXPECT_EQ(first.folder, folder);
+    EXPECT_EQ(publish(folder).version, 2);
+    auto isStack = [&](const Node& node) { return node.id == stack; };
+    auto inFolder = Children(folder);
+    ASSERT_EQ(std::count_if(inFolder.begin(), inFolder.end(), isStack), 1);
+    EXPECT_EQ(std::find_if(inFolder.begin(), inFolder.end(), isStack)->name, "movie.mp4");
+    EXPECT_EQ(std::count_if(inFolder.begin(), inFolder.end(),
+                            [](const Node& node) { return node.kind == kind::File; }),
+              0);
+
+    PublishedAsset third = publish(otherFolder);
+    EXPECT_EQ(third.version, 3);
+    EXPECT_EQ(third.folder, otherFolder);
+    auto left = Children(folder);
+    auto moved = Children(otherFolder);
+    EXPECT_EQ(std::count_if(left.begin(), left.end(), isStack), 0);
+    EXPECT_EQ(std::count_if(moved.begin(), moved.end(), isStack), 1);
+}
+
+TEST_F(UploadsTest, RefusesStacksThatAreNone) {
+    std::string strangers = store.Read([&](Database& database) {
+        Statement row = database.Query(
+            "SELECT id FROM nodes WHERE kind = 'version_stack' AND account NOT IN "
+            "(SELECT account FROM memberships WHERE user = ?)",
+            user);
+        row.Next();
+        return row.Text(0);
+    });
+    for (auto [stack, status] : {std::pair(strangers, 403), std::pair(folder, 409)}) {
+        try {
+            Create(1, stack);
+            ADD_FAILURE() << "taken, but for " << status;
+        } catch (const ApiError& error) {
+            EXPECT_EQ(error.status, status);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quilloservice
