@@ -170,6 +170,7 @@ void ReadBody(std::string& body, OnMember onMember) {
         problem = malformed.Text();
     } catch (simdjson::simdjson_error const& error) {
         problem = std::string("it is no such JSON: ") + error.what();
+        if (problem.ends_with('.')) problem.pop_back();  // a clause of the sentence it stands in
     }
     throw moxcore::config::ResultException(kMalformedAnswer, problem);
 }

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "quillocommon/Export.h"
 #include "quillosdk/Records.h"
 
 namespace quillosdk {
@@ -37,8 +36,8 @@ struct ServiceError {
 [[nodiscard]] User ReadUser(std::string& body);
 [[nodiscard]] std::vector<Account> ReadAccounts(std::string& body);
 [[nodiscard]] std::vector<Workspace> ReadWorkspaces(std::string& body);
-[[nodiscard]] QUILLOSERVICES_API std::vector<Project> ReadProjects(std::string& body);
-[[nodiscard]] QUILLOSERVICES_API std::vector<Asset> ReadAssets(std::string& body);
+[[nodiscard]] std::vector<Project> ReadProjects(std::string& body);
+[[nodiscard]] std::vector<Asset> ReadAssets(std::string& body);
 [[nodiscard]] ReviewLink ReadReviewLink(std::string& body);
 [[nodiscard]] PublishedAsset ReadPublishedAsset(std::string& body);
 [[nodiscard]] GrantedTokens ReadGrantedTokens(std::string& body);

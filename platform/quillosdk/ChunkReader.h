@@ -24,7 +24,7 @@ struct Chunk {
 /// Reads a file in pieces of bounded size, from wherever is asked for, and takes the checksum of
 /// the whole file on the way. The buffers of pieces that have been dropped are used again. One
 /// instance by one thread at a time; pieces may be dropped on any thread.
-class QUILLOSERVICES_API ChunkReader {
+class ChunkReader {
 public:
     /// The size of every piece but the last. Large enough that the turn between two of them costs
     /// nothing beside their sending, small enough to repeat one when a connection is cut.

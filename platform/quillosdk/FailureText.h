@@ -3,7 +3,6 @@
 #include <exception>
 #include <string>
 
-#include "quillocommon/Export.h"
 #include "quillocommon/Failures.h"
 #include "quillosdk/Transport.h"
 

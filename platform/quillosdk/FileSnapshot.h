@@ -6,14 +6,13 @@
 #include <span>
 #include <string>
 
-#include "quillocommon/Export.h"
 
 namespace quillosdk {
 
 /// An open file, and what it was like when it was opened, so that a change is noticed. Every
 /// operation may wait for the disk. Failures are ResultExceptions (UploadResult) that name the
 /// file. Any thread.
-class QUILLOSERVICES_API FileSnapshot {
+class FileSnapshot {
 public:
     /// Opens the file at `path` (UTF-8). Fails for one that cannot be read, is no regular file, or
     /// is empty.

@@ -14,7 +14,7 @@ namespace quillosdk {
 
 /// What the parts of one client share: who asks the service, and with which token. Requests under
 /// way keep it alive. Any thread.
-class QUILLOSERVICES_API Session : public std::enable_shared_from_this<Session> {
+class Session : public std::enable_shared_from_this<Session> {
 public:
     using TokenRefresher = std::function<void(std::string const& rejectedToken)>;
 
