@@ -1,0 +1,305 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "moxcore/config/Error.h"
+#include "quilloauth/AuthManager.h"
+#include "quilloauth/AuthSession.h"
+#include "quilloauth/TokenStore.h"
+#include "quillosdk/RetryPolicy.h"
+#include "tests/support/FailureLog.h"
+#include "tests/support/ManualExecutor.h"
+#include "tests/support/ScriptedTransport.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using moxcore::config::ExtractResultFromException;
+using quilloauth::AuthSession;
+using quilloauth::Tokens;
+using quilloauth::TokenStore;
+using quilloauth::jwt::kNotSignedIn;
+using quilloauth::jwt::kSessionExists;
+using testing::HasSubstr;
+
+mode_t ModeOf(std::filesystem::path const& path) {
+    struct stat status {};
+    stat(path.c_str(), &status);
+    return status.st_mode & 0777;
+}
+
+constexpr char kService[] = "http://a.test";
+Tokens const kTokens{"access", "refresh", moxcore::threads::TimePoint(5000s)};
+
+class TokenStoreTest : public testing::Test {
+protected:
+    testsupport::TemporaryDirectory directory;
+    std::filesystem::path const path = directory.Path() / "tokens.json";
+    TokenStore store{path.string()};
+};
+
+TEST_F(TokenStoreTest, KeepsOnePairForEachServiceInAFileOfItsOwnersOnly) {
+    Tokens const others{"a2", "r2", moxcore::threads::TimePoint(7s)};
+    EXPECT_TRUE(store.Save(kService, kTokens));
+    EXPECT_TRUE(store.Save("http://b.test", others));
+    EXPECT_EQ(ModeOf(path), 0600u);
+    TokenStore otherProcess(path.string());
+    EXPECT_EQ(otherProcess.Load(kService), kTokens);
+    EXPECT_EQ(otherProcess.Load("http://b.test"), others);
+    EXPECT_FALSE(otherProcess.Load("http://c.test"));
+    EXPECT_TRUE(otherProcess.Forget(kService));
+    EXPECT_FALSE(store.Load(kService));
+    EXPECT_EQ(store.Load("http://b.test"), others);
+}
+
+TEST_F(TokenStoreTest, ADamagedFileCountsAsEmptyAndIsReplaced) {
+    for (char const* text :
+         {"", "{", "[]", "null", "\xFF", R"({"services":[]})",
+          R"({"services":{"http://a.test":1}})",
+          R"({"services":{"http://a.test":{"access_token":"x","refresh_token":5,"expires_at":1}}})",
+          R"({"services":{"http://a.test":{"access_token":"x"}}})"}) {
+        SCOPED_TRACE(text);
+        directory.Write("tokens.json", text);
+        EXPECT_FALSE(store.Load(kService));
+        EXPECT_TRUE(store.Save(kService, kTokens));
+        EXPECT_EQ(store.Load(kService), kTokens);
+    }
+}
+
+TEST_F(TokenStoreTest, AFileThatOthersMayReadIsClosedToThem) {
+    ASSERT_TRUE(store.Save(kService, kTokens));
+    chmod(path.c_str(), 0644);
+    directory.Write("tokens.json.new", "left by a process that was killed");
+    chmod((path.string() + ".new").c_str(), 0666);
+    EXPECT_EQ(store.Load(kService), kTokens);
+    EXPECT_EQ(ModeOf(path), 0600u);
+    EXPECT_TRUE(store.Save(kService, kTokens));
+    EXPECT_EQ(ModeOf(path), 0600u);
+}
+
+TEST_F(TokenStoreTest, TokensThatCannotBeSavedLastAsLongAsTheStore) {
+    TokenStore nowhere((directory.Path() / "missing" / "tokens.json").string());
+    EXPECT_FALSE(nowhere.Save(kService, kTokens));
+    EXPECT_EQ(nowhere.Load(kService), kTokens);
+    EXPECT_TRUE(nowhere.Forget(kService));
+    EXPECT_FALSE(nowhere.Load(kService));
+}
+
+class AuthTest : public testing::Test {
+protected:
+    AuthTest() {
+        quillosdk::RetryPolicy::SetRandomSource([] { return 0.0; });
+    }
+    ~AuthTest() override {
+        session->Stop();
+        quillosdk::RetryPolicy::SetRandomSource({});
+        for (auto const& failure : failures.All()) {
+            EXPECT_EQ(failure.step, quillocommon::Step::SignIn);
+            EXPECT_THAT(failure.message, testing::Not(HasSubstr("secret")));
+        }
+    }
+
+    static std::string Granted(int number, int expiresIn = 3600) {
+        auto const text = std::to_string(number);
+        return R"({"access_token":"secret-a)" + text + R"(","token_type":"Bearer","expires_in":)" +
+               std::to_string(expiresIn) + R"(,"refresh_token":"secret-r)" + text + R"("})";
+    }
+
+    /// Signs in with tokens number 1, which last for `expiresIn` seconds.
+    void SignIn(int expiresIn = 3600) {
+        transport.SetResponder([&](auto const&) {
+            return quillosdk::HttpResponse{200, {}, Granted(1, expiresIn)};
+        });
+        ASSERT_EQ(session->Login().GetResult(), kSessionExists);
+        transport.SetResponder({});
+    }
+
+    [[nodiscard]] std::string FormAt(std::size_t index) const { return *transport.At(index).body; }
+
+    testsupport::ManualExecutor executor;
+    testsupport::ScriptedTransport transport;
+    testsupport::FailureLog failures;
+    testsupport::TemporaryDirectory directory;
+    std::string const path = (directory.Path() / "tokens.json").string();
+    TokenStore store{path};  // of another process
+    std::shared_ptr<AuthSession> session = std::make_shared<AuthSession>("the editor", path);
+};
+
+TEST_F(AuthTest, WithoutASessionThereIsNoTokenAndNothingIsAskedFor) {
+    auto const token = session->GetAccessToken();
+    token.Wait();
+    EXPECT_EQ(ExtractResultFromException(token.GetException()), kNotSignedIn);
+    EXPECT_EQ(transport.Count(), 0u);
+    EXPECT_TRUE(failures.All().empty());
+}
+
+TEST_F(AuthTest, SignsTheLocalUserInFromTheThreadThatToldThatNobodyIs) {
+    transport.SetResponder([&](auto const&) {
+        return quillosdk::HttpResponse{200, {}, Granted(1)};
+    });
+    // As a user of the library does it: all of it on the worker that completes the future.
+    auto const result = session->GetAccessToken().Then([this](auto const& token) {
+        EXPECT_TRUE(token.GetException());
+        EXPECT_EQ(session->Login().GetResult(), kSessionExists);
+        return session->GetAccessToken();
+    });
+    EXPECT_EQ(result.Get().Get(), "secret-a1");
+    EXPECT_EQ(transport.LineAt(0), "POST /oauth/token");
+    EXPECT_EQ(FormAt(0),
+              "client_id=the%20editor&grant_type=urn%3Aquillo%3Agrant-type%3Alocal-user");
+    EXPECT_EQ(transport.HeaderAt(0, "Content-Type"), "application/x-www-form-urlencoded");
+    EXPECT_EQ(transport.Count(), 1u);
+}
+
+/// Runs all at once: Login waits, so nobody else could let time pass.
+class ImpatientExecutor : public moxcore::threads::AsyncExecutor {
+public:
+    void CallAsync(std::function<void()> function) override { function(); }
+    void CallAsyncDelayed(std::function<void()> function, std::uint32_t) override { function(); }
+};
+
+TEST_F(AuthTest, ASignInThatFailsSaysWhy) {
+    moxcore::threads::SetIOBoundExecutor(std::make_shared<ImpatientExecutor>());
+    struct Row {
+        int status;  // 0: no connection, each time
+        char const* body;
+        std::int32_t result;
+        std::size_t requests;
+        char const* says;
+    };
+    constexpr Row kRows[] = {
+        {400, R"({"error":"unauthorized_client"})", kNotSignedIn, 1, "does not offer"},
+        {400, R"({"error":"invalid_request","error_description":"Which?"})", kNotSignedIn, 1,
+         "400 (Which?)"},
+        {200, R"({"access_token":"secret-a"})", quillosdk::kMalformedAnswer, 1, "no refresh_token"},
+        {503, "", kNotSignedIn, 5, "try again later"},
+        {0, "", quillosdk::kNoConnection, 5, "check the network connection"},
+    };
+    for (auto const& row : kRows) {
+        SCOPED_TRACE(row.says);
+        auto const first = transport.Count();
+        transport.SetResponder([&](auto const&) {
+            if (row.status == 0)
+                throw moxcore::config::ResultException(quillosdk::kNoConnection, "refused");
+            return quillosdk::HttpResponse{row.status, {}, row.body};
+        });
+        EXPECT_EQ(session->Login().GetResult(), row.result);
+        EXPECT_EQ(transport.Count(), first + row.requests);
+        EXPECT_THAT(failures.All().back().message, HasSubstr(row.says));
+        EXPECT_EQ(failures.All().back().httpStatus, row.status == 200 ? 0 : row.status);
+    }
+    EXPECT_EQ(failures.All().size(), std::size(kRows));
+}
+
+TEST_F(AuthTest, ATokenIsRenewedOnceItIsNearItsEndOrRejected) {
+    struct Row {
+        int expiresIn;
+        bool rejected;
+        bool renewed;
+    };
+    constexpr Row kRows[] = {{61, false, false},
+                             {60, false, true},
+                             {1, false, true},
+                             {3600, false, false},
+                             {3600, true, true}};
+    for (auto const& row : kRows) {
+        SCOPED_TRACE(row.expiresIn);
+        SignIn(row.expiresIn);
+        auto const before = transport.Count();
+        if (row.rejected) session->OnTokenRejected("secret-a1");
+        auto const first = session->GetAccessToken();
+        auto const second = session->GetAccessToken();
+        if (!row.renewed) {
+            EXPECT_EQ(second.Get(), "secret-a1");
+            EXPECT_EQ(transport.Count(), before);
+            continue;
+        }
+        transport.WaitForCount(before + 1);
+        EXPECT_EQ(FormAt(before),
+                  "client_id=the%20editor&grant_type=refresh_token&refresh_token=secret-r1");
+        transport.Answer(before, 200, Granted(2));
+        EXPECT_EQ(first.Get(), "secret-a2");
+        EXPECT_EQ(second.Get(), "secret-a2");
+        EXPECT_EQ(store.Load(testsupport::ScriptedTransport::kAddress)->refresh, "secret-r2");
+        EXPECT_EQ(session->GetAccessToken().Get(), "secret-a2");
+        EXPECT_EQ(transport.Count(), before + 1) << "one renewal for both";
+    }
+}
+
+TEST_F(AuthTest, ARenewalThatFailsCostsTheSessionOnlyWhenTheServiceHasEndedIt) {
+    struct Row {
+        int expiresIn;
+        char const* error;
+        std::int32_t result;  // 0: the old token is still given
+        bool stillSignedIn;
+    };
+    constexpr Row kRows[] = {
+        {30, "invalid_client", 0, true},
+        {30, "invalid_grant", kNotSignedIn, false},
+        {-1, "invalid_client", quillosdk::kRefused, true},
+        {-1, "invalid_grant", kNotSignedIn, false},
+    };
+    std::size_t told = 0;
+    for (auto const& row : kRows) {
+        SCOPED_TRACE(row.error);
+        SignIn(std::max(row.expiresIn, 1));
+        if (row.expiresIn < 0) executor.AdvanceBy(2s);
+        auto const before = transport.Count();
+        auto const token = session->GetAccessToken();
+        transport.WaitForCount(before + 1);
+        transport.Answer(before, 400, std::string(R"({"error":")") + row.error + "\"}");
+        token.Wait();
+        EXPECT_EQ(ExtractResultFromException(token.GetException()), row.result);
+        EXPECT_EQ(store.Load(testsupport::ScriptedTransport::kAddress).has_value(),
+                  row.stillSignedIn);
+        told += row.result == 0 ? 0 : 1;
+        EXPECT_EQ(failures.All().size(), told);
+    }
+}
+
+TEST_F(AuthTest, TokensThatAnotherProcessHasRenewedAreTaken) {
+    SignIn(30);
+    auto const token = session->GetAccessToken();
+    transport.WaitForCount(2);
+    Tokens const renewed{"secret-a9", "secret-r9", moxcore::threads::Now() + 1h};
+    ASSERT_TRUE(store.Save(testsupport::ScriptedTransport::kAddress, renewed));
+    transport.Answer(1, 400, R"({"error":"invalid_grant"})");
+    EXPECT_EQ(token.Get(), "secret-a9");
+}
+
+TEST_F(AuthTest, SigningOutForgetsAtOnceAlsoWhatARenewalBringsLater) {
+    SignIn(30);
+    auto const token = session->GetAccessToken();
+    transport.WaitForCount(2);
+    EXPECT_TRUE(session->Logout().IsSuccess());
+    EXPECT_FALSE(store.Load(testsupport::ScriptedTransport::kAddress));
+    EXPECT_EQ(transport.LineAt(2), "POST /oauth/revoke");
+    EXPECT_EQ(FormAt(2), "token=secret-r1");
+
+    transport.Answer(1, 200, Granted(2));
+    token.Wait();
+    EXPECT_EQ(ExtractResultFromException(token.GetException()), kNotSignedIn);
+    EXPECT_FALSE(store.Load(testsupport::ScriptedTransport::kAddress));
+    transport.WaitForCount(4);
+    EXPECT_EQ(FormAt(3), "token=secret-r2");
+    EXPECT_TRUE(session->Logout().IsSuccess()) << "there is nothing left to end";
+    EXPECT_EQ(transport.Count(), 4u);
+}
+
+TEST_F(AuthTest, TheEndCancelsWhatWaits) {
+    auto const login = session->GetAccessToken().Then([this](auto const&) {
+        return session->Login().GetResult();  // never answered
+    });
+    auto const behind = session->GetAccessToken();
+    transport.WaitForCount(1);
+    session->Stop();
+    EXPECT_EQ(login.Get(), kNotSignedIn);
+    EXPECT_THROW(static_cast<void>(behind.Get()), moxcore::async::CancelledException);
+    EXPECT_THROW(static_cast<void>(session->GetAccessToken().Get()),
+                 moxcore::async::CancelledException);
+}
+
+}  // namespace

@@ -1,0 +1,140 @@
+#include "tests/platform/quilloservices/FakeTus.h"
+
+#include <openssl/evp.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "moxcore/config/Error.h"
+#include "tests/support/ScriptedTransport.h"
+
+namespace testsupport {
+namespace {
+
+using quillosdk::HttpRequest;
+using quillosdk::HttpResponse;
+
+std::string Header(HttpRequest const& request, std::string const& name) {
+    for (auto const& [header, value] : request.headers) {
+        if (header == name) return value;
+    }
+    return {};
+}
+
+std::string Digest(std::string const& bytes) {
+    std::string digest(32, '\0');
+    EVP_Digest(bytes.data(), bytes.size(), reinterpret_cast<unsigned char*>(digest.data()), nullptr,
+               EVP_sha256(), nullptr);
+    return digest;
+}
+
+std::string Base64Of(std::string const& bytes) {
+    std::string text(45, '\0');
+    text.resize(static_cast<std::size_t>(EVP_EncodeBlock(
+        reinterpret_cast<unsigned char*>(text.data()),
+        reinterpret_cast<unsigned char const*>(bytes.data()), static_cast<int>(bytes.size()))));
+    return text;
+}
+
+[[noreturn]] void LoseConnection() {
+    throw moxcore::config::ResultException(quillosdk::kConnectionLost, "the weather was bad");
+}
+
+}  // namespace
+
+std::string Sha256Of(std::string const& bytes) {
+    std::string text;
+    for (unsigned char const byte : Digest(bytes)) {
+        char digits[3];
+        std::snprintf(digits, sizeof digits, "%02x", byte);
+        text += digits;
+    }
+    return text;
+}
+
+FakeTus::Event FakeTus::NextEvent(std::string const& method) {
+    auto const found = std::find_if(events.begin(), events.end(),
+                                    [&](Event const& event) { return event.method == method; });
+    if (found == events.end()) return {};
+    auto event = *found;
+    events.erase(found);
+    return event;
+}
+
+std::optional<HttpResponse> FakeTus::Answer(HttpRequest const& request) {
+    if (onRequest) onRequest(request);
+    if (Header(request, "Tus-Resumable") != "1.0.0") return HttpResponse{412};
+    auto const event = NextEvent(request.method);
+    if (event.status != 0) return HttpResponse{event.status, event.headers};
+    auto const weather = event.weather;
+    if (weather == Weather::LoseRequest) LoseConnection();
+
+    auto path = request.url.substr(std::string(ScriptedTransport::kAddress).size());
+    if (request.method == "POST") {
+        auto const answer = Create(request);
+        if (weather == Weather::LoseAnswer) LoseConnection();
+        return answer;
+    }
+    bool const asksForAsset = path.ends_with("/asset");
+    if (asksForAsset) path.resize(path.size() - 6);
+    if (weather == Weather::LoseUpload) uploads.erase(path);
+    auto const found = uploads.find(path);
+    if (found == uploads.end()) return HttpResponse{404};
+    auto& upload = found->second;
+
+    if (weather == Weather::LoseHalf) {
+        upload.bytes.resize(upload.bytes.size() / 2);
+        LoseConnection();
+    }
+    if (weather == Weather::KeepHalf || weather == Weather::KeepHalfPolitely) {
+        upload.bytes.append(*request.body, 0, request.body->size() / 2);
+        if (weather == Weather::KeepHalf) LoseConnection();
+        return HttpResponse{204, {{"UPLOAD-OFFSET", std::to_string(upload.bytes.size())}}};
+    }
+    if (request.method == "HEAD")
+        return HttpResponse{200,
+                            {{"UPLOAD-OFFSET", std::to_string(upload.bytes.size())},
+                             {"UPLOAD-LENGTH", std::to_string(upload.length)}}};
+    if (asksForAsset) {
+        if (upload.bytes.size() < upload.length) return HttpResponse{409};
+        return HttpResponse{200,
+                            {},
+                            R"({"asset":{"id":"3f2504e0-4f89-41d3-9a0c-0305e82c3301","name":"m",)"
+                            R"("type":"file"},"version":1,"version_stack_id":null,"sha256":")" +
+                                Sha256Of(upload.bytes) + R"(","bytes":)" +
+                                std::to_string(upload.bytes.size()) + "}"};
+    }
+    auto const answer = Append(upload, request);
+    if (weather == Weather::CorruptContent) upload.bytes[0] ^= 1;
+    if (weather == Weather::LoseAnswer) LoseConnection();
+    return answer;
+}
+
+HttpResponse FakeTus::Create(HttpRequest const& request) {
+    Upload const made{Header(request, "Idempotency-Key"), Header(request, "Upload-Metadata"),
+                      std::stoul(Header(request, "Upload-Length")), ""};
+    auto found = std::find_if(uploads.begin(), uploads.end(),
+                              [&](auto const& entry) { return entry.second.key == made.key; });
+    if (found == uploads.end())
+        found = uploads.emplace("/v1/uploads/u" + std::to_string(++created), made).first;
+    return {201, {{"LOCATION", location.value_or(found->first)}}};
+}
+
+HttpResponse FakeTus::Append(Upload& upload, HttpRequest const& request) {
+    if (Header(request, "Upload-Offset") != std::to_string(upload.bytes.size()))
+        return HttpResponse{409};
+    if (Header(request, "Content-Type") != "application/offset+octet-stream")
+        return HttpResponse{415};
+    if (Header(request, "Upload-Checksum") != "sha256 " + Base64Of(Digest(*request.body)))
+        return HttpResponse{460};
+    upload.bytes += *request.body;
+    if (upload.bytes.size() > upload.length) return HttpResponse{413};
+    if (upload.bytes.size() == upload.length &&
+        Header(request, "Quillo-Content-SHA256") != Sha256Of(upload.bytes)) {
+        upload.bytes.clear();
+        return HttpResponse{460};
+    }
+    return {204, {{"UPLOAD-OFFSET", std::to_string(upload.bytes.size())}}};
+}
+
+}  // namespace testsupport
