@@ -1,0 +1,183 @@
+#include <gmock/gmock.h>
+
+#include <latch>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quilloauth/AuthManager.h"
+#include "quillomoxui/model/sdk/SdkNodes.h"
+#include "tests/quillomoxui/SignedIn.h"
+
+namespace quillomoxui {
+namespace {
+
+using Sdk = model::QuilloCppSdkIntegration;
+using moxcore::string::UTF16to8;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::string Id(int number) {
+    auto const digits = std::to_string(number);
+    return "00000000-0000-0000-0000-" + std::string(12 - digits.size(), '0') + digits;
+}
+
+std::string Record(int id, std::string const& name, std::string const& more = {}) {
+    return R"({"id":")" + Id(id) + R"(","name":")" + name + "\"" + more + "}";
+}
+
+class BackendTest : public ServiceTest {
+protected:
+    BackendTest() {
+        On("GET /v1/me", R"({"user":)" + Record(1, "Jane") + "}");
+        On("GET /v1/accounts", R"({"accounts":[)" + Record(2, "Studio") + "]}");
+        On("GET /v1/accounts/" + Id(2) + "/workspaces",
+           R"({"workspaces":[)" + Record(3, "promos") + "," + Record(4, "Archive") + "]}");
+        On("GET /v1/workspaces/" + Id(3) + "/projects",
+           R"({"projects":[)" +
+               Record(5, "Spot 10",
+                      R"(,"root_folder":)" + Record(6, "root", R"(,"type":"folder")")) +
+               "," +
+               Record(7, "spot 9",
+                      R"(,"root_folder":)" + Record(8, "root", R"(,"type":"folder")")) +
+               "]}");
+        On("GET /v1/workspaces/" + Id(4) + "/projects", R"({"projects":[]})");
+    }
+
+    /// The root that the service's answer makes; null when it makes none.
+    std::shared_ptr<QuilloUser> CurrentUser() {
+        std::shared_ptr<QuilloUser> user;
+        Sdk::GetCurrentUser([&](std::shared_ptr<QuilloUser> const& received) { user = received; });
+        executor.AdvanceBy(std::chrono::minutes(10));
+        return user;
+    }
+
+    static std::vector<std::string> Names(NodeVector<QuilloNode> const& nodes) {
+        std::vector<std::string> names;
+        for (auto const& node : nodes)
+            names.push_back(UTF16to8(node->GetName()));
+        return names;
+    }
+};
+
+TEST_F(BackendTest, TheTreeFillsItselfDownToTheRootFolders) {
+    ASSERT_TRUE(SignIn());
+    auto const user = CurrentUser();
+    ASSERT_TRUE(user);
+    EXPECT_EQ(user->GetID().AsStdString(), Id(1));
+    user->FetchChildren();
+    executor.RunDue();
+
+    auto const account = user->GetAccounts().at(0);
+    EXPECT_EQ(account->GetFetchChildrenState(), FetchChildrenState::Fetched);
+    EXPECT_THAT(Names(account->GetChildNodes()), ElementsAre("Archive", "promos"));
+    auto const empty = account->GetWorkspaces().at(0);
+    EXPECT_EQ(empty->GetFetchChildrenState(), FetchChildrenState::Fetched);
+    EXPECT_THAT(empty->GetProjects(), IsEmpty());
+    auto const full = account->GetWorkspaces().at(1);
+    EXPECT_THAT(Names(full->GetChildNodes()), ElementsAre("spot 9", "Spot 10"));
+    auto const project = full->GetProjects().at(1);
+    EXPECT_EQ(project->GetFetchChildrenState(), FetchChildrenState::Fetching);
+    EXPECT_EQ(project->GetRootFolder()->GetID().AsStdString(), Id(6));
+    EXPECT_EQ(project->GetRootFolder()->GetParent(), project);
+    EXPECT_EQ(project->GetRootFolder()->GetFetchChildrenState(), FetchChildrenState::NotFetched);
+    EXPECT_TRUE(failures.All().empty());
+}
+
+TEST_F(BackendTest, AFolderTakesTheTypesItKnowsAndReplacesItsChildrenAtEachAnswer) {
+    ASSERT_TRUE(SignIn());
+    auto const folder = std::make_shared<Sdk::QuilloSdkFolder>(
+        quillosdk::Asset{quillocommon::Guid(Id(6)), "root", "folder"}, nullptr);
+    auto const line = "GET /v1/folders/" + Id(6) + "/children";
+    On(line, R"({"assets":[)" + Record(10, "b.mov", R"(,"type":"file")") + "," +
+                 Record(11, "Shots", R"(,"type":"folder")") + "," +
+                 Record(12, "A.mov", R"(,"type":"file")") + "," +
+                 Record(13, "Cut", R"(,"type":"version_stack")") + "," +
+                 Record(14, "Not a folder", R"(,"type":"Folder")") + "," +
+                 Record(15, "Unheard of", R"(,"type":"hologram")") + "]}");
+    folder->FetchChildren();
+    executor.RunDue();
+    EXPECT_THAT(Names(folder->GetChildNodes()), ElementsAre("A.mov", "b.mov", "Cut", "Shots"));
+    auto const first = folder->GetFolders().at(0);
+    EXPECT_EQ(first->GetParent(), folder);
+
+    folder->FetchChildren();
+    EXPECT_EQ(folder->GetFetchChildrenState(), FetchChildrenState::Fetching);
+    executor.RunDue();
+    EXPECT_NE(folder->GetFolders().at(0), first);
+    EXPECT_EQ(folder->GetFetchChildrenState(), FetchChildrenState::Fetched);
+}
+
+TEST_F(BackendTest, TheCurrentUserIsAskedForAtEachCallAndNotMadeUp) {
+    EXPECT_FALSE(CurrentUser());  // nobody is signed in
+    EXPECT_THAT(Requests("GET"), IsEmpty());
+    ASSERT_TRUE(SignIn());
+    auto const one = CurrentUser();
+    auto const two = CurrentUser();
+    EXPECT_NE(one, two);
+    EXPECT_EQ(Requests("GET /v1/me").size(), 2u);
+    for (auto const& [status, body] :
+         {std::pair(403, "{}"), std::pair(500, ""), std::pair(200, R"({"user":{"name":"Jane"}})"),
+          std::pair(200, R"({"user":)")}) {
+        On("GET /v1/me", body, status);
+        EXPECT_FALSE(CurrentUser()) << status << " " << body;
+    }
+    EXPECT_EQ(failures.All().size(), 4u);
+}
+
+TEST_F(BackendTest, AnAccountListThatFailsLeavesTheUserFetching) {
+    ASSERT_TRUE(SignIn());
+    auto const user = CurrentUser();
+    On("GET /v1/accounts", "", 403);
+    user->FetchChildren();
+    executor.AdvanceBy(std::chrono::minutes(10));
+    EXPECT_EQ(user->GetFetchChildrenState(), FetchChildrenState::Fetching);
+    EXPECT_THAT(user->GetAccounts(), IsEmpty());
+}
+
+TEST_F(BackendTest, AnEmptyIdentityChangesNothing) {
+    auto const none = UTF16String();
+    auto const other = moxcore::string::AsciiToUTF16("other");
+    InitQuilloCppSdk(none, other);
+    InitQuilloCppSdk(other, none);
+    ASSERT_TRUE(SignIn());
+    auto const& request = transport.At(0);
+    EXPECT_EQ(transport.LineAt(0), "POST /oauth/token");
+    EXPECT_NE(request.body->find("client_id=editor"), std::string::npos) << *request.body;
+}
+
+TEST_F(BackendTest, OnlyTheNewestCallbackHearsOfTheSignOut) {
+    Sdk::SignOut();  // before any sign-in: nobody to tell
+    // The callbacks outlive the test: the fixture signs out at the end.
+    auto const bothSignedIn =
+        std::make_shared<std::latch>(2);  // whichever callback each of them finds
+    auto const log = std::make_shared<std::vector<std::string>>();
+    Sdk::SignIn([=](bool loggedIn) {
+        if (loggedIn) return bothSignedIn->count_down();
+        log->push_back("the first");
+    });
+    Sdk::SignIn([=](bool loggedIn) {
+        if (loggedIn) return bothSignedIn->count_down();
+        log->push_back("the second");
+    });
+    bothSignedIn->wait();
+    EXPECT_TRUE(Sdk::GetQuilloClient());
+    Sdk::SignOut();
+    EXPECT_THAT(*log, ElementsAre("the second"));
+    EXPECT_FALSE(Sdk::GetQuilloClient());
+}
+
+TEST_F(BackendTest, ASignInThatIsRefusedCallsNothing) {
+    On("POST /oauth/token", R"({"error":"unauthorized_client"})", 400);
+    auto const told = std::make_shared<int>(0);
+    Sdk::SignIn([=](bool) { ++*told; });
+    // The sign-in's thread does one thing after the other: once this has failed, the sign-in has
+    // ended.
+    quilloauth::jwt::GetAccessToken().Wait();
+    EXPECT_EQ(Requests("POST /oauth/token").size(), 1u);
+    EXPECT_EQ(*told, 0);
+    EXPECT_FALSE(Sdk::GetQuilloClient());
+}
+
+}  // namespace
+}  // namespace quillomoxui
