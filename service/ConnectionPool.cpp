@@ -1,12 +1,19 @@
 #include "service/ConnectionPool.h"
 
+#include <system_error>
+
 namespace quilloservice {
 
 void ConnectionPool::enqueue(std::function<void()> task) {
     std::scoped_lock lock(mutex_);
     tasks_.push_back(std::move(task));
     if (tasks_.size() > idle_ && threads_.size() < kMostThreads) {
-        threads_.emplace_back([this] { Work(); });
+        try {
+            threads_.emplace_back([this] { Work(); });
+        } catch (const std::system_error&) {
+            // The system has no thread left; the ones that there are get to the task in time.
+            if (threads_.empty()) throw;
+        }
     }
     changed_.notify_one();
 }

@@ -46,9 +46,12 @@ std::vector<std::string> UnfinishedUploads(Database& database, std::int64_t befo
     return ids;
 }
 
-void DeleteUpload(Database& database, std::string_view id) {
+bool ForgetUpload(Database& database, std::string_view id, std::int64_t before) {
+    int forgotten = database.Run(
+        "DELETE FROM uploads WHERE id = ? AND published = 0 AND touched_at < ?", id, before);
+    if (forgotten == 0) return false;
     database.Run("DELETE FROM idempotency_keys WHERE result = ?", id);
-    database.Run("DELETE FROM uploads WHERE id = ? AND published = 0", id);
+    return true;
 }
 
 }  // namespace quilloservice

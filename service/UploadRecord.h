@@ -34,7 +34,8 @@ void SetConfirmed(Database& database, std::string_view id, std::int64_t confirme
 /// IDs of the unfinished uploads that have not grown since `before`.
 std::vector<std::string> UnfinishedUploads(Database& database, std::int64_t before);
 
-/// Forgets an unfinished upload, and the idempotency key that made it.
-void DeleteUpload(Database& database, std::string_view id);
+/// Forgets an unfinished upload and the idempotency key that made it, unless it has grown since
+/// `before`. Returns whether it is forgotten.
+bool ForgetUpload(Database& database, std::string_view id, std::int64_t before);
 
 }  // namespace quilloservice

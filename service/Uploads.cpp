@@ -62,7 +62,9 @@ void Uploads::ForgetOld() {
          store_.Read([&](Database& database) { return UnfinishedUploads(database, before); })) {
         auto lease = live_.TryAcquire(id);
         if (!lease) continue;
-        store_.Write([&](Database& database) { DeleteUpload(database, id); });
+        bool forgotten =
+            store_.Write([&](Database& database) { return ForgetUpload(database, id, before); });
+        if (!forgotten) continue;
         std::error_code missing;
         std::filesystem::remove(directory_.UploadPath(id), missing);
     }
