@@ -65,6 +65,8 @@ void CurlExchange::SetUpConnection(bool loopback) {
     curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
     if (loopback) curl_easy_setopt(handle, CURLOPT_PROXY, "");
 
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &CurlExchange::OnHeader);
+    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &CurlExchange::OnBody);
     curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
     if (request.onBytesSent) {
@@ -139,23 +141,41 @@ int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, cur
     return 0;
 }
 
-void CurlExchange::ReadHeaders() {
-    // The last answer's own headers: not those of a 1xx before it, nor a proxy's, nor trailers.
-    curl_header* header = nullptr;
-    while ((header = curl_easy_nextheader(Handle(), CURLH_HEADER, -1, header)) != nullptr) {
-        auto const [place, isNew] =
-            response->headers.try_emplace(UpperCase(header->name), header->value);
-        if (!isNew) place->second.append(", ").append(header->value);
+std::size_t CurlExchange::OnHeader(char* data, std::size_t size, std::size_t count, void* self) {
+    auto& exchange = *static_cast<CurlExchange*>(self);
+    try {
+        exchange.ReadHeaderLine({data, size * count});
+    } catch (std::bad_alloc const&) {
+        return 0;  // ends the transfer
     }
+    return size * count;
+}
+
+void CurlExchange::ReadHeaderLine(std::string_view line) {
+    line = line.substr(0, line.find_last_not_of(" \t\r\n") + 1);
+    if (line.starts_with("HTTP/")) {  // of the answer, after those of a 1xx before it
+        response->headers.clear();
+        headersComplete = false;
+        return;
+    }
+    if (line.empty()) headersComplete = true;
+    auto const colon = line.find(':');
+    if (headersComplete || colon == std::string_view::npos) return;  // nor trailers
+    auto value = line.substr(colon + 1);
+    value.remove_prefix(std::min(value.find_first_not_of(" \t"), value.size()));
+    auto const [place, isNew] =
+        response->headers.try_emplace(UpperCase(line.substr(0, colon)), value);
+    if (!isNew) place->second.append(", ").append(value);
 }
 
 void CurlExchange::Finish(std::unique_ptr<CurlExchange> exchange, CURLcode code) {
     auto promise = std::move(exchange->promise);
+    // curl takes an answer that is cut in its headers for one without a body.
+    if (code == CURLE_OK && !exchange->headersComplete) code = CURLE_PARTIAL_FILE;
     if (code == CURLE_OK) {
         long status = 0;
         curl_easy_getinfo(exchange->Handle(), CURLINFO_RESPONSE_CODE, &status);
         exchange->response->status = static_cast<int>(status);
-        exchange->ReadHeaders();
         auto response = std::move(exchange->response);
         exchange.reset();
         promise.SetValue(std::move(response));
@@ -175,7 +195,6 @@ TransportResult CurlExchange::ResultOf(CURLcode code) const {
     curl_off_t sendingBegan = 0;
     switch (code) {
         case CURLE_URL_MALFORMAT:
-        case CURLE_UNSUPPORTED_PROTOCOL:
         case CURLE_PEER_FAILED_VERIFICATION:
             return kBadRequest;
         case CURLE_COULDNT_RESOLVE_PROXY:
@@ -187,6 +206,7 @@ TransportResult CurlExchange::ResultOf(CURLcode code) const {
             curl_easy_getinfo(Handle(), CURLINFO_PRETRANSFER_TIME_T, &sendingBegan);
             return sendingBegan == 0 ? kNoConnection : kConnectionLost;
         case CURLE_WEIRD_SERVER_REPLY:
+        case CURLE_UNSUPPORTED_PROTOCOL:  // no status line: curl takes it for HTTP/0.9
         case CURLE_BAD_CONTENT_ENCODING:
             return kMalformedAnswer;
         default:

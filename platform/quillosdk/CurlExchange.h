@@ -6,6 +6,7 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "quillosdk/Transport.h"
 
@@ -40,10 +41,11 @@ private:
     void SetUpConnection(bool loopback);
     void SetUpRequest();
     void AddHeader(std::string const& line);
-    void ReadHeaders();
+    void ReadHeaderLine(std::string_view line);
     [[nodiscard]] TransportResult ResultOf(CURLcode code) const;
     [[nodiscard]] std::string MessageOf(CURLcode code) const;
 
+    static std::size_t OnHeader(char* data, std::size_t size, std::size_t count, void* self);
     static std::size_t OnBody(char* data, std::size_t size, std::size_t count, void* self);
     static int OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent);
 
@@ -51,6 +53,7 @@ private:
     std::unique_ptr<curl_slist, CurlDeleter> headers;
     HttpRequest request;
     std::uint64_t bytesSent = 0;
+    bool headersComplete = false;
     bool tooLarge = false;
     std::exception_ptr thrown;  // by onBytesSent
     char errorText[CURL_ERROR_SIZE] = {};

@@ -9,7 +9,7 @@ namespace quillosdk {
 /// HTTP/1.1 over libcurl: one multi handle that keeps connections for reuse, on one thread that is
 /// started by the first request. Continuations run on that thread and must not block it. Redirects
 /// are not followed, so that a token never goes where it was not sent.
-class CurlTransport final : public Transport {
+class QUILLOSERVICES_API CurlTransport final : public Transport {
 public:
     CurlTransport();
     ~CurlTransport() override;
