@@ -1,0 +1,141 @@
+#include "host/Exporter.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "host/Failure.h"
+#include "host/FileChecksum.h"
+#include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "moxcore/threads/AsyncExecutor.h"
+
+namespace quillohost {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kKeptComplaints = 3;
+
+std::vector<std::string> Arguments(Movie const& movie, fs::path const& output) {
+    std::vector<std::string> arguments{"-nostdin",
+                                       "-hide_banner",
+                                       "-loglevel",
+                                       "error",
+                                       "-y",
+                                       "-progress",
+                                       "pipe:1",
+                                       "-protocol_whitelist",
+                                       "file",
+                                       "-i",
+                                       FfmpegFileName(movie.file)};
+    auto const add = [&arguments](std::initializer_list<char const*> words) {
+        arguments.insert(arguments.end(), words.begin(), words.end());
+    };
+    if (movie.hasPicture)  // V: not the cover of an album
+        add({"-map", "0:V:0", "-c:v", "libx264", "-preset", "veryfast", "-crf", "20", "-pix_fmt",
+             "yuv420p", "-vf", "scale=ceil(iw/2)*2:ceil(ih/2)*2"});
+    if (movie.hasSound) add({"-map", "0:a:0", "-c:a", "aac", "-b:a", "192k"});
+    add({"-map_metadata", "-1", "-map_chapters", "-1", "-movflags", "+faststart", "-abort_on",
+         "empty_output", "-f", "mp4"});
+    arguments.push_back(FfmpegFileName(output));
+    return arguments;
+}
+
+fs::path WithSuffix(fs::path path, char const* suffix) {
+    path += suffix;
+    return path;
+}
+
+}  // namespace
+
+Exporter::Exporter(Movie const& movie, fs::path const& output, Progress onProgress)
+    : movie(movie),
+      output(output),
+      unfinished(WithSuffix(output, kUnfinished)),
+      onProgress(std::move(onProgress)),
+      self(std::make_shared<Exporter*>(this)),
+      ffmpeg(std::make_unique<ChildProcess>(
+          FindFfmpegProgram("ffmpeg"), Arguments(movie, unfinished), ChildProcess::Input::Nothing,
+          ChildProcess::Hooks{.onOutput = [this](auto& line) { OnProgressLine(line); },
+                              .onError =
+                                  [this](auto& line) {
+                                      complaints.push_back(line);
+                                      if (complaints.size() > kKeptComplaints)
+                                          complaints.pop_front();
+                                  },
+                              .onExit = [this](auto status) { OnExit(status); }})) {}
+
+Exporter::~Exporter() {
+    ffmpeg.reset();
+    std::error_code ignored;
+    fs::remove(unfinished, ignored);
+}
+
+void Exporter::OnProgressLine(std::string const& line) {
+    constexpr std::string_view kTime = "out_time_us=";  // of the export; "N/A" at first
+    if (!line.starts_with(kTime) || !movie.duration) return;
+    double microseconds = 0;
+    auto const [rest, error] =
+        std::from_chars(line.data() + kTime.size(), line.data() + line.size(), microseconds);
+    if (error == std::errc())
+        onProgress(std::clamp(microseconds / 1e6 / *movie.duration, 0.0, 1.0));
+}
+
+void Exporter::OnExit(ExitStatus status) {
+    if (status.IsSuccess()) return Checksum();
+    promise.SetException(std::make_exception_ptr(Failure(
+        ExitCode::Export, "Cannot export \"" + movie.file.string() + "\": " + Complaint(status))));
+}
+
+std::string Exporter::Complaint(ExitStatus status) const {
+    std::string said;
+    for (auto const& line : complaints) {
+        if (line.find(std::strerror(ENOSPC)) != std::string::npos)
+            return "the disk of \"" + output.parent_path().string() +
+                   "\" is full; free some space and share again.";
+        said += (said.empty() ? "" : "; ") + line;
+    }
+    if (status.signal != 0)
+        return "ffmpeg was ended by signal " + std::to_string(status.signal) +
+               "; free some memory or disk space and share again.";
+    return "ffmpeg says: " + said;
+}
+
+void Exporter::Checksum() {
+    auto const finish = [weak = std::weak_ptr<Exporter*>(self)](auto result) {
+        moxcore::threads::AsyncCallFromMainThread(
+            [weak, result = std::move(result)] {
+                if (auto const alive = weak.lock()) result(**alive);
+            },
+            0);
+    };
+    moxcore::threads::GetIOBoundExecutor()->CallAsync([finish, file = unfinished] {
+        try {
+            ExportedFile exported{
+                .file = {}, .bytes = fs::file_size(file), .sha256 = Sha256OfFile(file)};
+            finish([exported](Exporter& exporter) { exporter.Finish(exported); });
+        } catch (...) {
+            finish([error = std::current_exception()](Exporter& exporter) {
+                exporter.promise.SetException(error);
+            });
+        }
+    });
+}
+
+void Exporter::Finish(ExportedFile exported) {
+    std::error_code error;
+    fs::rename(unfinished, output, error);
+    if (error) {
+        promise.SetException(
+            std::make_exception_ptr(Failure(ExitCode::Export, "Cannot write \"" + output.string() +
+                                                                  "\": " + error.message() + ".")));
+        return;
+    }
+    exported.file = output;
+    promise.SetValue(std::move(exported));
+}
+
+}  // namespace quillohost

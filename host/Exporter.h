@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "host/ChildProcess.h"
+#include "host/MovieProbe.h"
+#include "moxcore/async/Future.h"
+
+namespace quillohost {
+
+struct ExportedFile {
+    std::filesystem::path file;
+    std::uint64_t bytes = 0;
+    std::string sha256;  ///< lower-case hexadecimal
+};
+
+/// Exports a movie to an MP4 file that browsers play: H.264 with even sides and 4:2:0 colour, AAC,
+/// ready to play before it has been read whole. What the movie's file says about itself besides
+/// (places, people, chapters) stays out. Sound alone gives a file with sound alone. The file stands
+/// under its name only when it is complete. Main thread; destroying the exporter ends the export
+/// and removes what there is of the file.
+class Exporter {
+public:
+    /// How far it is, 0 to 1; on the main thread. Not called when the movie's duration is unknown.
+    using Progress = std::function<void(double)>;
+
+    Exporter(Movie const& movie, std::filesystem::path const& output, Progress onProgress);
+    ~Exporter();
+    Exporter(Exporter const&) = delete;
+    Exporter& operator=(Exporter const&) = delete;
+
+    /// Completes on the main thread; fails with a Failure (Export).
+    [[nodiscard]] moxcore::async::Future<ExportedFile> Result() const {
+        return promise.GetFuture();
+    }
+
+    /// What is added to the output's name while it is not complete.
+    static constexpr char const* kUnfinished = ".part";
+
+private:
+    void OnProgressLine(std::string const& line);
+    void OnExit(ExitStatus status);
+    void Checksum();
+    void Finish(ExportedFile exported);
+    [[nodiscard]] std::string Complaint(ExitStatus status) const;
+
+    Movie const movie;
+    std::filesystem::path const output;
+    std::filesystem::path const unfinished;
+    Progress onProgress;
+    std::deque<std::string> complaints;  // the last lines that ffmpeg had to say
+    moxcore::async::Promise<ExportedFile> promise;
+    std::shared_ptr<Exporter*> self;  // for calls that may come when this is gone
+    std::unique_ptr<ChildProcess> ffmpeg;
+};
+
+}  // namespace quillohost

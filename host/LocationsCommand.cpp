@@ -1,0 +1,77 @@
+#include "host/LocationsCommand.h"
+
+#include <nlohmann/json.hpp>
+
+#include "host/DestinationFinder.h"
+#include "quillomoxui/model/QuilloAccount.h"
+#include "quillomoxui/model/QuilloFile.h"
+#include "quillomoxui/model/QuilloProject.h"
+#include "quillomoxui/model/QuilloVersionStack.h"
+#include "quillomoxui/model/QuilloWorkspace.h"
+
+namespace quillohost {
+namespace {
+
+using nlohmann::ordered_json;
+using Node = std::shared_ptr<quillomoxui::QuilloNode>;
+
+template <class T>
+bool Is(Node const& node) {
+    return dynamic_cast<T const*>(node.get()) != nullptr;
+}
+
+char const* TypeOf(Node const& node) {
+    using namespace quillomoxui;
+    if (Is<QuilloUser>(node)) return "user";
+    if (Is<QuilloAccount>(node)) return "account";
+    if (Is<QuilloWorkspace>(node)) return "workspace";
+    if (Is<QuilloProject>(node)) return "project";
+    if (Is<QuilloFile>(node)) return "file";
+    if (Is<QuilloVersionStack>(node)) return "version_stack";
+    return "folder";
+}
+
+/// The node that has the children that stand below `node`.
+Node ParentOfChildren(Node const& node) {
+    auto const project = std::dynamic_pointer_cast<quillomoxui::QuilloProject>(node);
+    return project ? project->GetRootFolder() : node;
+}
+
+ordered_json Describe(Session& session, Node const& node, int levels) {
+    ordered_json described{{"id", node->GetID().AsStdString()},
+                           {"name", NameOf(*node)},
+                           {"type", TypeOf(node)},
+                           {"children", ordered_json::array()}};
+    if (levels == 0) return described;
+    auto const children = session.ChildrenOf(ParentOfChildren(node));
+    // All at once, so that the library may have as many on their way as the service allows.
+    if (levels > 1)
+        for (auto const& child : children)
+            session.StartFetching(ParentOfChildren(child));
+    for (auto const& child : children)
+        described["children"].push_back(Describe(session, child, levels - 1));
+    return described;
+}
+
+void AddLines(ordered_json const& place, std::string const& indentation, std::string& lines) {
+    lines += indentation + place["name"].get<std::string>();
+    if (place["type"] == "file") lines += "  (file)";
+    if (place["type"] == "version_stack") lines += "  (versions)";
+    lines += '\n';
+    for (auto const& child : place["children"])
+        AddLines(child, indentation + "  ", lines);
+}
+
+}  // namespace
+
+std::string ListLocations(Session& session, Options const& options) {
+    auto const user = session.SignIn();
+    session.Display().Tell("Reading the places of " + NameOf(*user));
+    auto const described = Describe(session, user, options.depth);
+    if (options.json) return described.dump(2) + '\n';
+    std::string lines;
+    AddLines(described, "", lines);
+    return lines;
+}
+
+}  // namespace quillohost

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "host/ChildProcess.h"
+#include "moxcore/async/Future.h"
+
+namespace quillohost {
+
+/// A movie that can be exported. At least one of picture and sound is there.
+struct Movie {
+    std::filesystem::path file;      ///< canonical
+    std::optional<double> duration;  ///< in seconds; none when its file does not tell
+    bool hasPicture = false;
+    bool hasSound = false;
+};
+
+/// Where the program `name`, which is part of ffmpeg, is. A Failure (Export) when it is not
+/// installed.
+[[nodiscard]] std::filesystem::path FindFfmpegProgram(std::string const& name);
+
+/// `path` as an argument of ffmpeg and ffprobe: a file whatever its name looks like.
+[[nodiscard]] std::string FfmpegFileName(std::filesystem::path const& path);
+
+/// Looks into a file to tell whether it is a movie. Main thread; destroying it ends the search.
+class MovieProbe {
+public:
+    /// A Failure (Export) at once when `path` is no file that can be read.
+    explicit MovieProbe(std::filesystem::path const& path);
+
+    /// Completes on the main thread; fails with a Failure (Export) when the file is no movie.
+    [[nodiscard]] moxcore::async::Future<Movie> Result() const { return promise.GetFuture(); }
+
+private:
+    void OnExit(ExitStatus status);
+    [[nodiscard]] Movie ReadReport() const;
+
+    std::filesystem::path given;
+    Movie movie;
+    std::string report;     // ffprobe's, JSON
+    std::string complaint;  // the last line that ffprobe had to say
+    moxcore::async::Promise<Movie> promise;
+    std::unique_ptr<ChildProcess> ffprobe;
+};
+
+}  // namespace quillohost

@@ -1,0 +1,164 @@
+#include "host/Options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <functional>
+#include <string_view>
+
+#include "host/Failure.h"
+#include "host/LocationPath.h"
+
+namespace quillohost {
+
+char const* const kHelp =
+    R"(quillo-host: shares a movie for review
+
+usage: quillo-host share MOVIE [--name NAME] [--to PATH] [--json]
+       quillo-host locations [--depth N] [--json]
+       quillo-host sign-in | sign-out | trace
+       quillo-host --help | --version
+
+  share       exports MOVIE, uploads it and prints the link under which it can be reviewed;
+              shared again, it becomes the next version under the same link
+  locations   prints the places to share to
+  trace       prints what the library holds, for developers
+
+  --name NAME    the movie's name in the service (the file's name without its extension)
+  --to PATH      Account/Workspace/Project/Folder/...; "\/" stands for a "/" in a name
+                 (where the movie was shared last, else the first project)
+  --depth N      levels of places below the user (4: down to each project's folders)
+  --json         print one JSON object instead of text
+  --service URL  the service's address (a quillo-service that runs as long as the command does)
+  --data DIR     where the host keeps its state (the user's XDG directories)
+
+Progress and errors go to standard error. Exit status: 0 done, 2 usage, 3 sign-in or no service,
+4 location, 5 export, 6 upload, 7 link, 130 interrupted, 1 anything else.
+)";
+
+namespace {
+
+constexpr std::string_view kEndOfOptions = "--";
+
+struct CommandRule {
+    std::string_view name;
+    Command command;
+};
+
+constexpr CommandRule kCommands[] = {
+    {"share", Command::Share},       {"locations", Command::Locations},
+    {"sign-in", Command::SignIn},    {"sign-out", Command::SignOut},
+    {"trace", Command::Trace},       {"--help", Command::Help},
+    {"--version", Command::Version},
+};
+
+struct OptionRule {
+    std::string_view name;
+    std::vector<Command> commands;  // empty: all
+    bool takesValue;
+    std::function<void(Options&, std::string const&)> apply;
+};
+
+[[noreturn]] void Refuse(std::string const& message) {
+    throw Failure(ExitCode::Usage, message + " (quillo-host --help tells more)");
+}
+
+void TakeName(Options& options, std::string const& value) {
+    if (std::all_of(value.begin(), value.end(), [](char c) { return c == ' ' || c == '\t'; }))
+        Refuse("--name is empty; leave it out to use the file's name");
+    options.name = value;
+}
+
+void TakeDepth(Options& options, std::string const& value) {
+    char const* const end = value.data() + value.size();
+    auto const [rest, error] = std::from_chars(value.data(), end, options.depth);
+    if (error != std::errc() || rest != end || options.depth < 1)
+        Refuse("--depth takes a whole number from 1, not \"" + value + "\"");
+}
+
+void TakeDirectory(Options& options, std::string const& value) {
+    if (value.empty()) Refuse("--data is empty; name a directory");
+    options.data = std::filesystem::absolute(value);
+}
+
+std::vector<OptionRule> const& Rules() {
+    static std::vector<OptionRule> const rules = {
+        {"--name", {Command::Share}, true, TakeName},
+        {"--to",
+         {Command::Share},
+         true,
+         [](Options& options, auto& value) { options.to = SplitLocationPath(value); }},
+        {"--depth", {Command::Locations}, true, TakeDepth},
+        {"--json",
+         {Command::Share, Command::Locations},
+         false,
+         [](Options& options, auto&) { options.json = true; }},
+        {"--service", {}, true, [](Options& options, auto& value) { options.service = value; }},
+        {"--data", {}, true, TakeDirectory},
+    };
+    return rules;
+}
+
+/// Splits "--option=value".
+struct Argument {
+    explicit Argument(std::string const& text) : name(text.substr(0, text.find('='))) {
+        if (name.size() < text.size()) value = text.substr(name.size() + 1);
+    }
+    std::string name;
+    std::optional<std::string> value;
+};
+
+/// Takes the option at `position` and its value; afterwards `position` is at the last word taken.
+void TakeOption(Options& options, std::string const& commandName,
+                std::vector<std::string> const& arguments, std::size_t& position) {
+    Argument argument(arguments[position]);
+    auto const rule = std::find_if(Rules().begin(), Rules().end(),
+                                   [&](auto const& r) { return r.name == argument.name; });
+    if (rule == Rules().end()) Refuse("there is no option " + argument.name);
+    auto const& commands = rule->commands;
+    if (!commands.empty() &&
+        std::find(commands.begin(), commands.end(), options.command) == commands.end())
+        Refuse(argument.name + " is no option of " + commandName);
+    if (!rule->takesValue && argument.value) Refuse(argument.name + " takes no value");
+    if (rule->takesValue && !argument.value) {
+        if (++position == arguments.size()) Refuse(argument.name + " needs a value after it");
+        argument.value = arguments[position];
+    }
+    rule->apply(options, argument.value.value_or(""));
+}
+
+void TakeMovie(Options& options, std::string const& commandName, std::string const& word) {
+    if (options.command != Command::Share) Refuse(commandName + " takes no \"" + word + "\"");
+    if (!options.movie.empty()) Refuse("share takes one movie; \"" + word + "\" is a second one");
+    if (word.empty()) Refuse("the movie's name is empty");
+    options.movie = word;
+}
+
+}  // namespace
+
+Options ParseOptions(std::vector<std::string> const& arguments) {
+    if (arguments.empty()) Refuse("name a command: share, locations, sign-in, sign-out or trace");
+    if (std::find(arguments.begin(), arguments.end(), "--help") != arguments.end()) return {};
+
+    std::string const& commandName = arguments.front();
+    auto const* const rule = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                          [&](auto& r) { return r.name == commandName; });
+    if (rule == std::end(kCommands)) Refuse("there is no command \"" + commandName + "\"");
+
+    Options options;
+    options.command = rule->command;
+    bool optionsEnded = false;
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+        std::string const& word = arguments[i];
+        if (!optionsEnded && word == kEndOfOptions)
+            optionsEnded = true;
+        else if (!optionsEnded && word.starts_with("-") && word != "-")
+            TakeOption(options, commandName, arguments, i);
+        else
+            TakeMovie(options, commandName, word);
+    }
+    if (options.command == Command::Share && options.movie.empty())
+        Refuse("share needs the name of a movie");
+    return options;
+}
+
+}  // namespace quillohost

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillohost {
+
+enum class Command { Share, Locations, SignIn, SignOut, Trace, Help, Version };
+
+/// What the command line says.
+struct Options {
+    Command command = Command::Help;
+    std::filesystem::path movie;         ///< as given
+    std::optional<std::string> name;     ///< never empty
+    std::vector<std::string> to;         ///< names from the account down; empty: not given
+    std::optional<std::string> service;  ///< address; absent: a service of the host's own
+    std::optional<std::filesystem::path> data;
+    int depth = 4;
+    bool json = false;
+};
+
+/// Reads the arguments that follow the program's name. A Failure (Usage) when they cannot be
+/// understood.
+[[nodiscard]] Options ParseOptions(std::vector<std::string> const& arguments);
+
+/// What --help prints.
+extern char const* const kHelp;
+
+}  // namespace quillohost

@@ -1,0 +1,86 @@
+#include "host/ProgressDisplay.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <utility>
+
+namespace quillohost {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenDraws{100};
+constexpr std::chrono::seconds kBeforeEstimate{1};
+constexpr int kPercentBetweenLines = 25;
+constexpr int kUsualWidth = 80;
+
+int TerminalWidth() {
+    winsize size{};
+    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
+    return size.ws_col - 1;  // a full line would wrap on some terminals
+}
+
+}  // namespace
+
+ProgressDisplay::ProgressDisplay() : isTerminal(isatty(STDERR_FILENO) == 1) {}
+
+ProgressDisplay::~ProgressDisplay() {
+    End();
+}
+
+void ProgressDisplay::Tell(std::string const& line) {
+    Clear();
+    std::fprintf(stderr, "%s\n", line.c_str());
+    if (active && isTerminal) Draw(Clock::now());
+}
+
+void ProgressDisplay::Begin(std::string const& label, RateText newRateText) {
+    End();
+    active = true;
+    bar = {.label = label};
+    rateText = std::move(newRateText);
+    begun = Clock::now();
+    nextPercent = kPercentBetweenLines;
+    if (isTerminal)
+        Draw(begun);
+    else
+        std::fprintf(stderr, "%s\n", label.c_str());
+}
+
+void ProgressDisplay::Update(double fraction) {
+    if (!active) return;
+    auto const now = Clock::now();
+    bar.fraction = fraction;
+    if (double const elapsed = std::chrono::duration<double>(now - begun).count();
+        now - begun >= kBeforeEstimate && fraction > 0) {
+        bar.rate = rateText(fraction / elapsed);
+        bar.left =
+            std::chrono::seconds(static_cast<long>(elapsed * (1 - fraction) / fraction + 0.5));
+    }
+    if (isTerminal) {
+        if (now - lastDraw >= kBetweenDraws) Draw(now);
+    } else if (fraction * 100 >= nextPercent && fraction < 1) {
+        nextPercent =
+            static_cast<int>(fraction * 100) / kPercentBetweenLines * kPercentBetweenLines +
+            kPercentBetweenLines;
+        std::fprintf(stderr, "  %s\n", bar.Format(kUsualWidth).c_str());
+    }
+}
+
+void ProgressDisplay::End() {
+    Clear();
+    active = false;
+}
+
+void ProgressDisplay::Draw(Clock::time_point now) {
+    lastDraw = now;
+    drawn = true;
+    std::fprintf(stderr, "\r%s\x1b[K", bar.Format(TerminalWidth()).c_str());
+}
+
+void ProgressDisplay::Clear() {
+    if (drawn) std::fputs("\r\x1b[K", stderr);
+    drawn = false;
+}
+
+}  // namespace quillohost

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/AssetStore.h"
+#include "host/DestinationFinder.h"
+#include "host/Exporter.h"
+#include "host/KeyLocks.h"
+#include "host/MovieProbe.h"
+#include "host/Options.h"
+#include "host/Session.h"
+
+namespace quillohost {
+
+/// Shares a movie: drives the library from the sign-in to the link. One share at a time goes on
+/// with a movie, and one under a name, as the exported file has that name. Main thread.
+class ShareCommand {
+public:
+    /// What there is to tell of a share that has succeeded. Identifiers are in their text form.
+    struct Result {
+        std::string link;
+        std::string linkID;
+        std::string assetID;
+        std::string versionStackID;
+        std::string folderID;
+        std::string folderPath;  ///< as --to takes it
+        std::int64_t version = 1;
+        bool isNewLink = true;
+        ExportedFile exported;  ///< gone from the disk
+    };
+
+    /// Starts a service when the options name none.
+    ShareCommand(Options const& options, MainLoop& loop, ProgressDisplay& display);
+
+    /// A Failure tells which step failed. What has been exported is kept once its upload has begun,
+    /// and the failure tells where.
+    Result Run();
+
+    /// What the user must do for the link to open, if anything.
+    [[nodiscard]] std::string HowToOpenLink() const;
+
+private:
+    using Folder = DestinationFinder::Folder;
+
+    void NameAsset();
+    void ConnectStore();
+    [[nodiscard]] Folder FindDestination();
+    void ForgetUnfinishedShare();
+    void TakeLock(std::string const& key);
+    [[nodiscard]] ExportedFile Export();
+    void Upload(ExportedFile const& exported);
+    [[nodiscard]] std::string Stored(char const* key);
+
+    Options const& options;
+    ProgressDisplay& display;
+    MainLoop& loop;
+    Movie const movie;
+    Session session;
+    AssetStore store;
+    AssetStore::Asset const asset;
+    std::vector<std::shared_ptr<KeyLocks::Lock>> locks;
+    std::optional<std::filesystem::path> exportRequest;  // where the library wants the file
+    bool linkIsShown = false;                            // the library has taken the last step
+};
+
+}  // namespace quillohost

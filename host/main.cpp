@@ -1,0 +1,101 @@
+// quillo-host on the command line.
+
+#include <cstdio>
+#include <exception>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "host/DestinationFinder.h"
+#include "host/Failure.h"
+#include "host/LocationsCommand.h"
+#include "host/MainLoop.h"
+#include "host/Options.h"
+#include "host/ProgressDisplay.h"
+#include "host/Session.h"
+#include "host/ShareCommand.h"
+#include "host/TraceCommand.h"
+#include "moxcore/filesupport/CommonDirs.h"
+#include "moxcore/string/Conversions.h"
+
+namespace {
+
+using namespace quillohost;
+
+/// A Failure when standard output does not take it.
+void Print(std::string const& text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+        throw Failure(ExitCode::Other, "Cannot write to standard output.");
+}
+
+void Share(Options const& options, MainLoop& loop, ProgressDisplay& display) {
+    ShareCommand command(options, loop, display);
+    auto const result = command.Run();
+    display.Tell("Shared as version " + std::to_string(result.version) +
+                 (result.isNewLink ? " under a new link" : " under the link it had"));
+    if (auto const hint = command.HowToOpenLink(); !hint.empty()) display.Tell(hint);
+    if (!options.json) return Print(result.link + '\n');
+    Print(nlohmann::ordered_json{{"link", result.link},
+                                 {"link_id", result.linkID},
+                                 {"asset_id", result.assetID},
+                                 {"version_stack_id", result.versionStackID},
+                                 {"folder_id", result.folderID},
+                                 {"folder_path", result.folderPath},
+                                 {"version", result.version},
+                                 {"sha256", result.exported.sha256},
+                                 {"bytes", result.exported.bytes},
+                                 {"new_link", result.isNewLink}}
+              .dump(2, ' ', false, nlohmann::json::error_handler_t::replace) +
+          '\n');
+}
+
+void SignIn(Session& session) {
+    auto const user = session.SignIn();
+    Print("Signed in to " + session.Address() + " as " + NameOf(*user) + ".\n");
+}
+
+void SignOut(Session& session) {
+    session.SignOut();
+    Print("Signed out of " + session.Address() + ".\n");
+}
+
+void UseDataDirectory(Options const& options) {
+    using namespace moxcore;
+    filesupport::commondirs::SetApplicationName(string::AsciiToUTF16("quillo-host"));
+    if (options.data)
+        filesupport::commondirs::SetUserRoot(string::UTF8to16(options.data->string()));
+}
+
+void Run(Options const& options) {
+    if (options.command == Command::Help) return Print(kHelp);
+    if (options.command == Command::Version) return Print("quillo-host " QUILLO_HOST_VERSION "\n");
+
+    UseDataDirectory(options);
+    MainLoop loop;
+    ProgressDisplay display;
+    if (options.command == Command::Share) return Share(options, loop, display);
+
+    Session session(options, loop, display);
+    if (options.command == Command::Locations) return Print(ListLocations(session, options));
+    if (options.command == Command::Trace) return Trace(session);
+    if (options.command == Command::SignIn) return SignIn(session);
+    SignOut(session);
+}
+
+int Report(std::string const& message, ExitCode exitCode) {
+    std::fprintf(stderr, "quillo-host: %s\n", message.c_str());
+    return static_cast<int>(exitCode);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        Run(ParseOptions({argv + 1, argv + argc}));
+        return static_cast<int>(ExitCode::Done);
+    } catch (Failure const& failure) {
+        return Report(failure.what(), failure.GetExitCode());
+    } catch (std::exception const& exception) {
+        return Report(exception.what(), ExitCode::Other);
+    }
+}
