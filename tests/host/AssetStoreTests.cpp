@@ -1,0 +1,95 @@
+#include "host/AssetStore.h"
+
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "host/Failure.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quillohost {
+namespace {
+
+using moxcore::utility::Guid;
+
+class AssetStoreTest : public testing::Test {
+protected:
+    testsupport::TemporaryDirectory directory;
+    std::filesystem::path const file = directory.Path() / "assets.sqlite";
+};
+
+TEST_F(AssetStoreTest, RemembersWhatItWasToldForEachServiceApart) {
+    Guid const stack = Guid::CreateUnique();
+    std::vector<Guid> const way{Guid::CreateUnique(), Guid::CreateUnique()};
+    AssetStore::Asset asset;
+    {
+        AssetStore store(file, "one");
+        asset = store.AssetOf("/films/a.mov");
+        EXPECT_EQ(store.Read(asset, "link"), std::nullopt);
+        store.Write(asset, "link", "first");
+        store.Write(asset, "link", "second");
+        store.Write(asset, "gone", "x");
+        store.Forget(asset, "gone");
+        store.WriteWay(asset, way);
+        EXPECT_EQ(store.AddVersion(stack), 1);
+        EXPECT_EQ(store.AddVersion(stack), 2);
+    }
+    AssetStore again(file, "one");
+    EXPECT_EQ(again.Read(asset, "link"), "second");
+    EXPECT_EQ(again.Read(asset, "gone"), std::nullopt);
+    EXPECT_EQ(again.ReadWay(asset), way);
+    EXPECT_EQ(again.CountVersions(stack), 2);
+
+    AssetStore other(file, "two");
+    EXPECT_EQ(other.Read(asset, "link"), std::nullopt);
+    EXPECT_TRUE(other.ReadWay(asset).empty());
+    EXPECT_EQ(other.CountVersions(stack), 0);
+}
+
+TEST_F(AssetStoreTest, NamesAMovieByItsPathWhateverBytesThatHas) {
+    AssetStore store(file, "one");
+    auto const movie = store.AssetOf("/films/\xFF'.mov");
+    auto const other = store.AssetOf("/films/\xFE'.mov");
+    EXPECT_EQ(movie.library, other.library);
+    EXPECT_NE(movie.movie, other.movie);
+    EXPECT_FALSE(movie.library.IsNull() || movie.movie.IsNull());
+    EXPECT_EQ(AssetStore(file, "two").AssetOf("/films/\xFF'.mov").movie, movie.movie);
+}
+
+TEST_F(AssetStoreTest, IsSharedByProcessesThatWriteAtOnce) {
+    constexpr int kProcesses = 4;
+    constexpr int kWrites = 25;
+    Guid const stack = Guid::CreateUnique();
+    for (int i = 0; i < kProcesses; ++i) {
+        if (fork() != 0) continue;
+        try {
+            AssetStore store(file, "one");
+            for (int write = 0; write < kWrites; ++write)
+                store.AddVersion(stack);
+            _exit(0);
+        } catch (...) {
+            _exit(1);
+        }
+    }
+    for (int i = 0; i < kProcesses; ++i) {
+        int status = 0;
+        ASSERT_GT(wait(&status), 0);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(AssetStore(file, "one").CountVersions(stack), kProcesses * kWrites);
+}
+
+TEST_F(AssetStoreTest, SaysWhichFileCannotBeUsed) {
+    auto const noDatabase = directory.Write("notes.txt", std::string(4096, 'x'));
+    for (auto const& path : {noDatabase, directory.Path() / "missing" / "assets.sqlite"}) {
+        try {
+            AssetStore const store(path, "one");
+            ADD_FAILURE() << path;
+        } catch (Failure const& failure) {
+            EXPECT_THAT(failure.what(), testing::HasSubstr(path.string()));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quillohost

@@ -1,0 +1,125 @@
+#include "host/Exporter.h"
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include "host/Failure.h"
+#include "host/FileChecksum.h"
+#include "host/MainLoop.h"
+#include "tests/host/TestMovies.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quillohost {
+namespace {
+
+using testing::HasSubstr;
+
+class ExporterTest : public testing::Test {
+protected:
+    /// A movie in the test's directory, with these parts.
+    Movie Make(char const* name, std::vector<std::vector<std::string>> const& parts) {
+        std::vector<std::string> arguments;
+        for (auto const& part : parts)
+            arguments.insert(arguments.end(), part.begin(), part.end());
+        testmovies::Make(directory.Path() / name, arguments);
+        MovieProbe const probe(directory.Path() / name);
+        return loop.Await(probe.Result());
+    }
+
+    ExportedFile Export(Movie const& movie) {
+        Exporter const exporter(movie, output, [this](double fraction) { last = fraction; });
+        return loop.Await(exporter.Result());
+    }
+
+    [[nodiscard]] std::size_t CountOutputs() const {
+        std::size_t count = 0;
+        for (auto const& entry : std::filesystem::directory_iterator(output.parent_path()))
+            count += entry.is_regular_file() ? 1 : 0;
+        return count;
+    }
+
+    void SetUp() override { std::filesystem::create_directory(output.parent_path()); }
+
+    MainLoop loop;
+    testsupport::TemporaryDirectory directory;
+    std::filesystem::path const output = directory.Path() / "out" / "-100%d 🎬.mp4";
+    double last = -1;
+};
+
+TEST_F(ExporterTest, MakesAFileThatBrowsersPlay) {
+    auto const chapters = directory.Write(
+        "chapters",
+        ";FFMETADATA1\nlocation=+52.5+13.4/\n[CHAPTER]\nTIMEBASE=1/1\nSTART=0\nEND=1\n");
+    auto const movie =
+        Make("in.mkv", {testmovies::kPicture,
+                        testmovies::kSound,
+                        {"-i", chapters, "-map_metadata", "2", "-pix_fmt", "yuv444p"}});
+
+    auto const exported = Export(movie);
+    EXPECT_EQ(exported.file, output);
+    EXPECT_EQ(exported.bytes, std::filesystem::file_size(output));
+    EXPECT_EQ(exported.sha256, Sha256OfFile(output));
+    EXPECT_EQ(CountOutputs(), 1u);
+    EXPECT_EQ(last, 1);
+
+    auto const described = testmovies::Describe(output);
+    auto const& picture = described["streams"][0];
+    EXPECT_EQ(picture["codec_name"], "h264");
+    EXPECT_EQ(picture["pix_fmt"], "yuv420p");
+    EXPECT_EQ(picture["width"], 98);
+    EXPECT_EQ(picture["height"], 56);
+    EXPECT_EQ(described["streams"][1]["codec_name"], "aac");
+    EXPECT_EQ(described["streams"].size(), 2u);
+    EXPECT_TRUE(described["chapters"].empty());
+    EXPECT_FALSE(described["format"]["tags"].contains("location"));
+}
+
+TEST_F(ExporterTest, ExportsSoundAlone) {
+    Export(Make("in.wav", {testmovies::kSound}));
+    auto const described = testmovies::Describe(output);
+    EXPECT_EQ(described["streams"].size(), 1u);
+    EXPECT_EQ(described["streams"][0]["codec_name"], "aac");
+}
+
+TEST_F(ExporterTest, LeavesNothingBehindWhenItIsCalledOff) {
+    Movie movie = Make("in.mp4", {testmovies::kPicture});
+    {
+        Exporter const exporter(movie, output, [](double) {});
+        loop.WaitUntil([] { return true; });
+    }
+    EXPECT_EQ(CountOutputs(), 0u);
+}
+
+TEST_F(ExporterTest, SaysWhyAnExportFailedAndLeavesNothingBehind) {
+    Movie const movie = Make("in.mp4", {testmovies::kPicture});
+    auto const expect = [this, &movie](char const* reason) {
+        try {
+            Export(movie);
+            ADD_FAILURE();
+        } catch (Failure const& failure) {
+            EXPECT_EQ(failure.GetExitCode(), ExitCode::Export);
+            EXPECT_THAT(failure.what(), HasSubstr(reason));
+        }
+        EXPECT_EQ(CountOutputs(), 0u);
+    };
+
+    // A limit on the size of files is as near to a full disk as a test gets without making one.
+    auto const handler = signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit const small{4096, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    expect("File too large");
+    setrlimit(RLIMIT_FSIZE, &before);
+    signal(SIGXFSZ, handler);
+
+    std::filesystem::resize_file(movie.file, 1000);
+    expect("moov atom not found");
+    std::filesystem::remove(movie.file);
+    expect("No such file");
+}
+
+}  // namespace
+}  // namespace quillohost

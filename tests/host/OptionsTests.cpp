@@ -1,0 +1,75 @@
+#include "host/Options.h"
+
+#include <gmock/gmock.h>
+
+#include "host/Failure.h"
+
+namespace quillohost {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Arguments = std::vector<std::string>;
+
+TEST(Options, TakesTheWholeCommandLineOfAShare) {
+    auto const options = ParseOptions({"share", "--name=a=b", "--to", R"(Acme/Films\/Ads/Spring)",
+                                       "--json", "--service", "http://127.0.0.1:1", "--data",
+                                       "/tmp/state", "--", "--movie.mp4"});
+
+    EXPECT_EQ(options.command, Command::Share);
+    EXPECT_EQ(options.name, "a=b");
+    EXPECT_THAT(options.to, ElementsAre("Acme", "Films/Ads", "Spring"));
+    EXPECT_TRUE(options.json);
+    EXPECT_EQ(options.service, "http://127.0.0.1:1");
+    EXPECT_EQ(options.data, "/tmp/state");
+    EXPECT_EQ(options.movie, "--movie.mp4");
+}
+
+TEST(Options, MakesTheDataDirectoryAbsolute) {
+    auto const options = ParseOptions({"locations", "--data", "state", "--depth", "2"});
+    EXPECT_EQ(options.data, std::filesystem::current_path() / "state");
+    EXPECT_EQ(options.depth, 2);
+}
+
+TEST(Options, HelpWinsOverWhateverElseIsSaid) {
+    EXPECT_EQ(ParseOptions({"share", "--nonsense", "--help"}).command, Command::Help);
+}
+
+TEST(Options, RefusesWhatItDoesNotUnderstandAndSaysWhy) {
+    struct Row {
+        Arguments arguments;
+        char const* reason;
+    };
+    Row const rows[] = {
+        {{}, "name a command"},
+        {{"publish"}, "no command \"publish\""},
+        {{"share"}, "needs the name of a movie"},
+        {{"share", ""}, "name is empty"},
+        {{"share", "a.mp4", "b.mp4"}, "\"b.mp4\" is a second one"},
+        {{"share", "a.mp4", "--nmae", "x"}, "no option --nmae"},
+        {{"share", "a.mp4", "--name"}, "--name needs a value"},
+        {{"share", "a.mp4", "--name", " \t"}, "--name is empty"},
+        {{"share", "a.mp4", "--json=yes"}, "--json takes no value"},
+        {{"share", "a.mp4", "--depth", "2"}, "--depth is no option of share"},
+        {{"share", "a.mp4", "--to", "A//B"}, "has an empty name"},
+        {{"locations", "a.mp4"}, "locations takes no \"a.mp4\""},
+        {{"locations", "--to", "A"}, "--to is no option of locations"},
+        {{"locations", "--depth", "0"}, "whole number from 1, not \"0\""},
+        {{"locations", "--depth", "2x"}, "not \"2x\""},
+        {{"locations", "--depth", "99999999999"}, "not \"99999999999\""},
+        {{"sign-in", "--json"}, "--json is no option of sign-in"},
+        {{"trace", "--data="}, "--data is empty"},
+    };
+    for (auto const& row : rows) {
+        try {
+            static_cast<void>(ParseOptions(row.arguments));
+            ADD_FAILURE() << "accepted: " << testing::PrintToString(row.arguments);
+        } catch (Failure const& failure) {
+            EXPECT_EQ(failure.GetExitCode(), ExitCode::Usage);
+            EXPECT_THAT(failure.what(), HasSubstr(row.reason));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quillohost

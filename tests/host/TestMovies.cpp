@@ -1,0 +1,40 @@
+#include "tests/host/TestMovies.h"
+
+#include <memory>
+#include <stdexcept>
+
+#include "moxcore/threads/MainThread.h"
+
+namespace testmovies {
+namespace {
+
+std::string Run(std::string const& program, std::vector<std::string> const& arguments) {
+    using namespace quillohost;
+    std::string output;
+    std::string error;
+    std::optional<ExitStatus> ended;
+    ChildProcess const process(FindFfmpegProgram(program), arguments, ChildProcess::Input::Nothing,
+                               {.onOutput = [&](auto& line) { output += line + '\n'; },
+                                .onError = [&](auto& line) { error += line + '\n'; },
+                                .onExit = [&](auto status) { ended = status; }});
+    moxcore::threads::MainThread::RunUntil([&ended] { return ended.has_value(); });
+    if (!ended->IsSuccess()) throw std::runtime_error(program + ": " + error);
+    return output;
+}
+
+}  // namespace
+
+void Make(std::filesystem::path const& file, std::vector<std::string> const& arguments) {
+    std::vector<std::string> all{"-nostdin", "-v", "error", "-y"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    all.push_back(quillohost::FfmpegFileName(file));
+    static_cast<void>(Run("ffmpeg", all));
+}
+
+nlohmann::json Describe(std::filesystem::path const& file) {
+    return nlohmann::json::parse(
+        Run("ffprobe", {"-v", "error", "-of", "json", "-show_streams", "-show_format",
+                        "-show_chapters", quillohost::FfmpegFileName(file)}));
+}
+
+}  // namespace testmovies
