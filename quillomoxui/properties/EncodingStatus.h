@@ -2,12 +2,14 @@
 
 #include <cstdint>
 
+#include "quillomoxui/Export.h"
+
 namespace quillomoxui {
 
 /// How far the export and the upload of the asset are. The host reports `Queued`, `Encoding` and
 /// `EncodingComplete`; the view model itself sets the others. Any other code is kept and means
 /// nothing.
-struct EncodingStatus {
+struct QUILLO_API EncodingStatus {
     enum Code : std::uint32_t {
         None = 0,
         Queued = 1,

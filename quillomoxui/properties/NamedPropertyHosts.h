@@ -18,13 +18,14 @@
 
 namespace quillomoxui {
 
-class QuilloAccount;
-class QuilloFile;
-class QuilloFolder;
-class QuilloProject;
-class QuilloUser;
-class QuilloVersionStack;
-class QuilloWorkspace;
+// Marked here already: the code of a property is exported only where the code of its type is.
+class QUILLO_API QuilloAccount;
+class QUILLO_API QuilloFile;
+class QUILLO_API QuilloFolder;
+class QUILLO_API QuilloProject;
+class QUILLO_API QuilloUser;
+class QUILLO_API QuilloVersionStack;
+class QUILLO_API QuilloWorkspace;
 
 /// Fills a picture message of the toolkit; shared by all views that show the picture.
 using PictureSupplyHandler = std::shared_ptr<std::function<void(moxui::ui::ConstMessage*)>>;
