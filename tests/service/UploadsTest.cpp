@@ -206,6 +206,17 @@ TEST_F(UploadsTest, StepsBackWhenTheDiskLostWhatWasConfirmed) {
     EXPECT_EQ(Movie(id), content);
 }
 
+TEST_F(UploadsTest, CountsTheLastBytesOnlyOnceTheMovieIsPublished) {
+    std::string id = Create(content.size());
+    fs::remove(directory.MoviesPath());
+    EXPECT_ANY_THROW(Append(id, 0, Body(content)));
+    EXPECT_LT(Offset(id), 1'000'000);
+    fs::create_directory(directory.MoviesPath());
+    auto offset = static_cast<std::size_t>(Offset(id));
+    Append(id, Offset(id), Body(content.substr(offset)), {}, content);
+    EXPECT_EQ(Movie(id), content);
+}
+
 TEST_F(UploadsTest, RecordsAMovieThatWasRenamedBeforeTheProcessEnded) {
     for (bool restarted : {true, false}) {
         std::string id = Create(content.size());
