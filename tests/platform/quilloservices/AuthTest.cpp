@@ -140,7 +140,6 @@ TEST_F(AuthTest, SignsTheLocalUserInFromTheThreadThatToldThatNobodyIs) {
     transport.SetResponder([&](auto const&) {
         return quillosdk::HttpResponse{200, {}, Granted(1)};
     });
-    // As a user of the library does it: all of it on the worker that completes the future.
     auto const result = session->GetAccessToken().Then([this](auto const& token) {
         EXPECT_TRUE(token.GetException());
         EXPECT_EQ(session->Login().GetResult(), kSessionExists);
@@ -290,11 +289,13 @@ TEST_F(AuthTest, SigningOutForgetsAtOnceAlsoWhatARenewalBringsLater) {
 }
 
 TEST_F(AuthTest, TheEndCancelsWhatWaits) {
-    auto const login = session->GetAccessToken().Then([this](auto const&) {
-        return session->Login().GetResult();  // never answered
-    });
+    SignIn(30);
+    auto const login = session->GetAccessToken().Then(
+        [this](auto const&) { return session->Login().GetResult(); });
+    transport.WaitForCount(2);
+    transport.Answer(1, 200, Granted(2));
+    transport.WaitForCount(3);  // the worker waits in Login for an answer that does not come
     auto const behind = session->GetAccessToken();
-    transport.WaitForCount(1);
     session->Stop();
     EXPECT_EQ(login.Get(), kNotSignedIn);
     EXPECT_THROW(static_cast<void>(behind.Get()), moxcore::async::CancelledException);
