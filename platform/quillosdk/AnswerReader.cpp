@@ -2,6 +2,7 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -67,11 +68,23 @@ object AsObject(value& from) {
     return result;
 }
 
+/// The name of a member; only one with an escape in it needs the parser's buffer.
+std::string_view NameOf(simdjson::ondemand::field& field) {
+    char const* const begin = field.key().raw();
+    char const* end = begin;
+    while (*end != '"' && *end != '\\')
+        ++end;
+    if (*end == '\\') return field.unescaped_key();
+    return {begin, static_cast<std::size_t>(end - begin)};
+}
+
 /// Hands each member of `from` to `onMember`, with its name.
 template <class OnMember>
 void ForEachMember(object from, OnMember onMember) {
-    for (auto field : from) {
-        std::string_view const name = field.unescaped_key();
+    for (auto each : from) {
+        simdjson::ondemand::field field;
+        if (auto const error = std::move(each).get(field)) throw simdjson::simdjson_error(error);
+        std::string_view const name = NameOf(field);
         value member = field.value();
         try {
             onMember(name, member);
@@ -188,12 +201,17 @@ Content ReadOnly(std::string& body, char const* name, ReadMember read) {
 
 template <class Record>
 std::vector<Record> ReadList(std::string& body, char const* name) {
-    return ReadOnly<std::vector<Record>>(body, name, [](value& from) {
+    // No record is shorter than its ID: what is set aside stays in proportion to what was sent.
+    std::size_t const most = body.size() / 36;
+    return ReadOnly<std::vector<Record>>(body, name, [most](value& from) {
         simdjson::ondemand::array elements;
         auto const error = from.get_array().get(elements);
         if (error == simdjson::INCORRECT_TYPE) throw Malformed("is no list");
         if (error) throw simdjson::simdjson_error(error);
         std::vector<Record> records;
+        std::size_t count = 0;
+        if (elements.count_elements().get(count) == simdjson::SUCCESS)
+            records.reserve(std::min(count, most));
         for (auto element : elements) {
             value record = element.value();
             try {

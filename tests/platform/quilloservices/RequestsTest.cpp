@@ -269,7 +269,7 @@ TEST_F(RequestsTest, RecordsCarryWhatTheServiceTellsWhateverElseItTells) {
     auto const children = client->GetAssets().GetChildAssets(GetChildAssetsRequest(kGuid));
     transport.Answer(0, 200,
                      R"({"page":{"next":[1,{"a":null}]}, "assets": [
-        {"size":1e9,"type":"folder","name":"Ca\u0066\u00e9 \ud83c\udfac","id":")" +
+        {"size":1e9,"type":"folder","n\u0061me":"Ca\u0066\u00e9 \ud83c\udfac","id":")" +
                          std::string(kID) + R"(","by":{"name":"x"}},
         {"id":"3F2504E0-4F89-41D3-9A0C-0305E82C3302","name":"","type":"hologram"}], "more":false})",
                      {{"X-RATELIMIT-LIMIT", "10"}});
