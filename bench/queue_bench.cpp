@@ -24,14 +24,15 @@ using Sdk = model::QuilloCppSdkIntegration;
 using moxcore::threads::TimePoint;
 
 constexpr int kLimit = 1000;
-constexpr auto kWindow = std::chrono::seconds(2);
+constexpr auto kWindow = std::chrono::milliseconds(2000);
 
 /// A queue that answers itself, one step after the request, and knows when it sent what.
 class Queue final : public Sdk::FetchChildrenQueue<quillosdk::GetChildAssetsRequest,
                                                    quillosdk::GetChildAssetsResponse,
                                                    std::vector<quillosdk::Asset>> {
 public:
-    Queue() : FetchChildrenQueue(kLimit, kWindow) {}
+    Queue()
+        : FetchChildrenQueue(kLimit, std::chrono::duration_cast<std::chrono::seconds>(kWindow)) {}
 
     moxcore::async::Future<void> RequestChildren(quillocommon::Guid const&,
                                                  Continuation const& continuation) const override {
