@@ -123,14 +123,16 @@ bool AuthSession::IsUsable(Tokens const& tokens, std::chrono::seconds atLeast) c
 }
 
 bool AuthSession::Keep(std::string const& address, Tokens const& tokens, unsigned session) {
+    bool isOver = false;
     bool saved = false;
     {
         std::lock_guard lock(mutex);
-        if (sessionCount != session) {
-            RequestRevocation(tokens.refresh);
-            return false;
-        }
-        saved = store.Save(address, tokens);
+        isOver = sessionCount != session;
+        saved = !isOver && store.Save(address, tokens);
+    }
+    if (isOver) {
+        RequestRevocation(tokens.refresh);
+        return false;
     }
     if (!saved)
         quillocommon::ReportFailure({kStep, moxcore::config::kUnknownFailure, 0,

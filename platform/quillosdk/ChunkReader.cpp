@@ -9,7 +9,7 @@ namespace quillosdk {
 namespace {
 
 /// Read and hashed at a time, so that the bytes are still in the processor's cache for hashing.
-constexpr std::size_t kSliceBytes = 256 * 1024;
+constexpr std::size_t kSliceBytes = std::size_t{256} * 1024;
 
 /// Kept for the next piece: one is being sent while one is being filled.
 constexpr std::size_t kSpareBuffers = 2;

@@ -13,7 +13,7 @@ namespace {
 constexpr long kConnectTimeoutSeconds = 10;
 
 /// Bodies are sent in pieces of this size; curl's own default makes four times the system calls.
-constexpr long kSendBufferBytes = 256 * 1024;
+constexpr long kSendBufferBytes = 256L * 1024;
 
 /// Room behind the body that its reader may look at, so that it need not copy the body for it.
 constexpr std::size_t kReadAheadRoom = 64;
@@ -91,8 +91,11 @@ void CurlExchange::SetUpRequest() {
                          [](auto const& h) { return UpperCase(h.first) == "CONTENT-TYPE"; }))
             AddHeader("Content-Type:");  // none, rather than curl's guess
     }
-    for (auto const& [name, value] : request.headers)
-        AddHeader(value.empty() ? name + ";" : name + ": " + value);
+    for (auto const& [name, value] : request.headers) {
+        std::string line = name;
+        line.append(value.empty() ? ";" : ": ").append(value);
+        AddHeader(line);
+    }
     curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
 }
 

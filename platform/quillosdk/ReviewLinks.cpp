@@ -72,7 +72,7 @@ moxcore::async::Future<std::shared_ptr<CreateReviewLinkResponse>> ReviewLinks::C
     return created.Then([open = openCreations, what = std::move(what), key,
                          task](auto const& future) {
         if (IsUndecided(future)) open->Keep(what, key);
-        auto const response = future.Get();
+        auto response = future.Get();
         auto const& link = response->GetReviewLinkObject();
         if (response->IsSuccessful() && (!link.id || !link.url)) {
             auto const incomplete = std::make_exception_ptr(moxcore::config::ResultException(

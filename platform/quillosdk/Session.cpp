@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "moxcore/threads/AsyncExecutor.h"
 #include "quillocommon/ServiceAddress.h"
@@ -49,11 +50,6 @@ void Redact(std::string& text, std::string const& token) {
 
 }  // namespace
 
-struct Session::Waiter {
-    std::string rejected;
-    moxcore::async::Promise<std::string> other;  // empty: none has come
-};
-
 Session::Session(std::string const& clientID, TokenRefresher refresher)
     : userAgent("quillosdk (" + quillocommon::PercentEncode(clientID) + ")"),
       refresher(std::move(refresher)) {}
@@ -64,18 +60,20 @@ quillocommon::Response Session::UpdateAccessToken(std::string const& newToken) {
         std::all_of(newToken.begin(), newToken.end(), [](char c) { return c > ' ' && c < 0x7F; });
     if (!usable) return quillocommon::Response(kBadRequest);
 
-    std::vector<std::shared_ptr<Waiter>> served;
+    std::vector<std::shared_ptr<TokenPromise>> served;
     {
         std::lock_guard lock(mutex);
         token = newToken;
-        auto const stillWaiting =
-            std::stable_partition(waiters.begin(), waiters.end(),
-                                  [&](auto const& waiter) { return waiter->rejected == newToken; });
-        served.assign(stillWaiting, waiters.end());
-        waiters.erase(stillWaiting, waiters.end());
+        std::erase_if(waiters, [&](auto const& entry) {
+            auto const& [waiter, rejected] = entry;
+            if (rejected == newToken) return false;
+            served.push_back(waiter.lock());
+            return true;
+        });
     }
-    for (auto const& waiter : served)
-        waiter->other.SetValue(newToken);
+    for (auto const& waiter : served) {
+        if (waiter) waiter->SetValue(newToken);
+    }
     return {};
 }
 
@@ -120,26 +118,26 @@ Answer Session::SendWithToken(HttpRequest request, std::string const& sentToken)
     request.headers.emplace_back("User-Agent", userAgent);
     if (!sentToken.empty()) request.headers.emplace_back("Authorization", "Bearer " + sentToken);
     return Transport::Get()->Send(std::move(request)).Then([sentToken](Answer const& answer) {
-        auto const response = answer.Get();
+        auto response = answer.Get();
         if (response->status >= 400) Redact(response->body, sentToken);
         return response;
     });
 }
 
 moxcore::async::Future<std::string> Session::AwaitOtherToken(std::string const& rejected) {
-    auto const waiter = std::make_shared<Waiter>();
-    waiter->rejected = rejected;
-    auto other = waiter->other.GetFuture();
+    auto const waiter = std::make_shared<TokenPromise>();
+    auto other = waiter->GetFuture();
     bool alreadyAsked = false;
     {
         std::lock_guard lock(mutex);
         if (token != rejected) {
-            waiter->other.SetValue(token);
+            waiter->SetValue(token);
             return other;
         }
-        alreadyAsked = std::any_of(waiters.begin(), waiters.end(),
-                                   [&](auto const& w) { return w->rejected == rejected; });
-        waiters.push_back(waiter);
+        alreadyAsked = std::any_of(waiters.begin(), waiters.end(), [&](auto const& entry) {
+            return entry.second == rejected && !entry.first.expired();
+        });
+        waiters.emplace(waiter, rejected);
     }
     moxcore::threads::GetIOBoundExecutor()->CallAsyncDelayed(
         [self = shared_from_this(), waiter] { self->StopWaiting(waiter); },
@@ -151,12 +149,12 @@ moxcore::async::Future<std::string> Session::AwaitOtherToken(std::string const& 
     return other;
 }
 
-void Session::StopWaiting(std::shared_ptr<Waiter> const& waiter) {
+void Session::StopWaiting(std::shared_ptr<TokenPromise> const& waiter) {
     {
         std::lock_guard lock(mutex);
-        if (std::erase(waiters, waiter) == 0) return;  // it has been served
+        if (waiters.erase(waiter) == 0) return;  // it has been served
     }
-    waiter->other.Cancel();
+    waiter->Cancel();
 }
 
 }  // namespace quillosdk

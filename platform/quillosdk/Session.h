@@ -1,10 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
-#include <vector>
 
 #include "quillocommon/Response.h"
 #include "quillosdk/RetryLoop.h"
@@ -36,18 +36,21 @@ public:
         std::shared_ptr<RetryPolicy> policy = std::make_shared<RetryPolicy>());
 
 private:
-    struct Waiter;
+    /// Kept by a request that waits for another token.
+    using TokenPromise = moxcore::async::Promise<std::string>;
 
     [[nodiscard]] Answer SendWithToken(HttpRequest request, std::string const& sentToken);
     [[nodiscard]] moxcore::async::Future<std::string> AwaitOtherToken(std::string const& rejected);
-    void StopWaiting(std::shared_ptr<Waiter> const& waiter);
+    void StopWaiting(std::shared_ptr<TokenPromise> const& waiter);
 
     std::string const userAgent;
     TokenRefresher const refresher;
 
     std::mutex mutex;
-    std::string token;                             // guarded by mutex
-    std::vector<std::shared_ptr<Waiter>> waiters;  // guarded by mutex
+    std::string token;  // guarded by mutex
+    // Who waits, with the token that was rejected. Guarded by mutex. Each is owned by its timer:
+    // what continues it holds this session, which must not hold it in turn.
+    std::map<std::weak_ptr<TokenPromise>, std::string, std::owner_less<>> waiters;
 };
 
 }  // namespace quillosdk
