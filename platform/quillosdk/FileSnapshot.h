@@ -6,7 +6,6 @@
 #include <span>
 #include <string>
 
-
 namespace quillosdk {
 
 /// An open file, and what it was like when it was opened, so that a change is noticed. Every
