@@ -130,12 +130,12 @@ private:
         Guid assetID2;
     };
 
-    [[nodiscard]] Fields CopyFields() const;
-    bool ReadAssetData(char const* key, UTF16String& value) const;
-    [[nodiscard]] Guid ReadAssetGuid(char const* key) const;
-    void WriteAssetData(char const* key, UTF16String const& value) const;
-    void CreateLinkAndExport(Guid const& projectID);
-    void DeleteOutputFileAndShowLink();
+    [[nodiscard]] QUILLO_HIDDEN Fields CopyFields() const;
+    QUILLO_HIDDEN bool ReadAssetData(char const* key, UTF16String& value) const;
+    [[nodiscard]] QUILLO_HIDDEN Guid ReadAssetGuid(char const* key) const;
+    QUILLO_HIDDEN void WriteAssetData(char const* key, UTF16String const& value) const;
+    QUILLO_HIDDEN void CreateLinkAndExport(Guid const& projectID);
+    QUILLO_HIDDEN void DeleteOutputFileAndShowLink();
 
     mutable std::mutex mutex;
     Fields fields;  // guarded by mutex, which is never held across a callback
