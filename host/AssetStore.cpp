@@ -30,12 +30,14 @@ constexpr char const* kSchema = R"(
     COMMIT;
 )";
 
-[[noreturn]] void Fail(sqlite3* database) {
-    char const* const file = sqlite3_db_filename(database, "main");
-    throw Failure(ExitCode::Other, "Cannot use the host's store \"" +
-                                       std::string(file ? file : "assets.sqlite") +
+[[noreturn]] void Fail(sqlite3* database, std::filesystem::path const& file) {
+    throw Failure(ExitCode::Other, "Cannot use the host's store \"" + file.string() +
                                        "\": " + sqlite3_errmsg(database) +
                                        "; check its rights and the free space of its disk.");
+}
+
+[[noreturn]] void Fail(sqlite3* database) {
+    Fail(database, sqlite3_db_filename(database, "main"));
 }
 
 }  // namespace
@@ -102,7 +104,7 @@ AssetStore::AssetStore(std::filesystem::path const& file, std::string newService
     sqlite3_busy_timeout(opened, kBusyMilliseconds);
     if (result != SQLITE_OK ||
         sqlite3_exec(opened, kSchema, nullptr, nullptr, nullptr) != SQLITE_OK)
-        Fail(opened);
+        Fail(opened, file);
 }
 
 AssetStore::~AssetStore() = default;

@@ -83,8 +83,14 @@ DestinationFinder::DestinationFinder(Session& session,
                                      std::shared_ptr<quillomoxui::QuilloUser> user)
     : session(session), user(std::move(user)) {}
 
+NodeVector<QuilloNode> DestinationFinder::ChildrenOf(Node const& parent) {
+    auto children = session.ChildrenOf(parent);
+    seen.insert(seen.end(), children.begin(), children.end());
+    return children;
+}
+
 Node DestinationFinder::FindChild(Node const& parent, std::string const& name) {
-    auto const places = Places(session.ChildrenOf(parent));
+    auto const places = Places(ChildrenOf(parent));
     auto const wanted = moxcore::string::UTF8to16(name);
     auto found = Named(places, wanted, true);
     if (found.empty()) found = Named(places, wanted, false);
@@ -105,13 +111,13 @@ DestinationFinder::Folder DestinationFinder::FindByNames(std::vector<std::string
     if (auto const folder = As<QuilloFolder>(place)) return folder;
     throw Failure(ExitCode::Location, "\"" + JoinLocationPath(names) +
                                           "\" is no project yet; go on with one of " +
-                                          List(session.ChildrenOf(place)) + ".");
+                                          List(ChildrenOf(place)) + ".");
 }
 
 DestinationFinder::Folder DestinationFinder::FindByWay(std::vector<Guid> const& way) {
     Node place = user;
     for (auto const& id : way) {
-        auto const children = session.ChildrenOf(place);
+        auto const children = ChildrenOf(place);
         auto const found = std::find_if(children.begin(), children.end(),
                                         [&id](auto const& child) { return child->GetID() == id; });
         if (found == children.end()) return nullptr;
@@ -122,9 +128,9 @@ DestinationFinder::Folder DestinationFinder::FindByWay(std::vector<Guid> const& 
 }
 
 DestinationFinder::Folder DestinationFinder::FindFirstProject() {
-    for (auto const& account : session.ChildrenOf(user))
-        for (auto const& workspace : session.ChildrenOf(account))
-            for (auto const& project : session.ChildrenOf(workspace))
+    for (auto const& account : ChildrenOf(user))
+        for (auto const& workspace : ChildrenOf(account))
+            for (auto const& project : ChildrenOf(workspace))
                 return As<QuilloProject>(project)->GetRootFolder();
     throw Failure(ExitCode::Location,
                   "There is no project to share to; have one made in the service first.");

@@ -11,7 +11,8 @@
 namespace quillohost {
 
 /// Finds the folder to share to in the user's tree. Of the lists of folders, only those on the way
-/// are fetched. Main thread; runs its loop while it waits.
+/// are fetched. Keeps what it has come by, so that what it found keeps its place below the user as
+/// long as the finder is there. Main thread; runs its loop while it waits.
 class DestinationFinder {
 public:
     using Folder = std::shared_ptr<quillomoxui::QuilloFolder>;
@@ -33,10 +34,12 @@ public:
 private:
     using Node = std::shared_ptr<quillomoxui::QuilloNode>;
 
+    [[nodiscard]] quillomoxui::NodeVector<quillomoxui::QuilloNode> ChildrenOf(Node const& parent);
     [[nodiscard]] Node FindChild(Node const& parent, std::string const& name);
 
     Session& session;
     std::shared_ptr<quillomoxui::QuilloUser> const user;
+    std::vector<Node> seen;
 };
 
 /// From the account down to `folder`, without the project's root folder: what leads there.

@@ -60,12 +60,7 @@ Exporter::Exporter(Movie const& movie, fs::path const& output, Progress onProgre
       ffmpeg(std::make_unique<ChildProcess>(
           FindFfmpegProgram("ffmpeg"), Arguments(movie, unfinished), ChildProcess::Input::Nothing,
           ChildProcess::Hooks{.onOutput = [this](auto& line) { OnProgressLine(line); },
-                              .onError =
-                                  [this](auto& line) {
-                                      complaints.push_back(line);
-                                      if (complaints.size() > kKeptComplaints)
-                                          complaints.pop_front();
-                                  },
+                              .onError = [this](auto& line) { OnComplaint(line); },
                               .onExit = [this](auto status) { OnExit(status); }})) {}
 
 Exporter::~Exporter() {
@@ -84,8 +79,16 @@ void Exporter::OnProgressLine(std::string const& line) {
         onProgress(std::clamp(microseconds / 1e6 / *movie.duration, 0.0, 1.0));
 }
 
+void Exporter::OnComplaint(std::string const& line) {
+    // ffmpeg 5 counts an export as a success even when these last steps fail.
+    endIsMissing |=
+        line.starts_with("Error writing trailer") || line.starts_with("Error closing file");
+    complaints.push_back(FfmpegComplaint(line, movie.file));
+    if (complaints.size() > kKeptComplaints) complaints.pop_front();
+}
+
 void Exporter::OnExit(ExitStatus status) {
-    if (status.IsSuccess()) return Checksum();
+    if (status.IsSuccess() && !endIsMissing) return Checksum();
     promise.SetException(std::make_exception_ptr(Failure(
         ExitCode::Export, "Cannot export \"" + movie.file.string() + "\": " + Complaint(status))));
 }

@@ -44,6 +44,7 @@ public:
 
 private:
     void OnProgressLine(std::string const& line);
+    void OnComplaint(std::string const& line);
     void OnExit(ExitStatus status);
     void Checksum();
     void Finish(ExportedFile exported);
@@ -54,6 +55,7 @@ private:
     std::filesystem::path const unfinished;
     Progress onProgress;
     std::deque<std::string> complaints;  // the last lines that ffmpeg had to say
+    bool endIsMissing = false;           // the file could not be written to its end
     moxcore::async::Promise<ExportedFile> promise;
     std::shared_ptr<Exporter*> self;  // for calls that may come when this is gone
     std::unique_ptr<ChildProcess> ffmpeg;

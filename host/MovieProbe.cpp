@@ -62,6 +62,11 @@ std::string FfmpegFileName(fs::path const& path) {
     return "file:" + path.string();
 }
 
+std::string FfmpegComplaint(std::string const& line, fs::path const& path) {
+    std::string const prefix = FfmpegFileName(path) + ": ";
+    return line.starts_with(prefix) ? line.substr(prefix.size()) : line;
+}
+
 MovieProbe::MovieProbe(fs::path const& path) : given(path) {
     movie.file = ReadableFile(path);
     ffprobe = std::make_unique<ChildProcess>(
@@ -71,9 +76,10 @@ MovieProbe::MovieProbe(fs::path const& path) : given(path) {
             "format=format_name,duration:stream=codec_type:stream_disposition=attached_pic",
             FfmpegFileName(movie.file)},
         ChildProcess::Input::Nothing,
-        ChildProcess::Hooks{.onOutput = [this](auto& line) { report += line; },
-                            .onError = [this](auto& line) { complaint = line; },
-                            .onExit = [this](auto status) { OnExit(status); }});
+        ChildProcess::Hooks{
+            .onOutput = [this](auto& line) { report += line; },
+            .onError = [this](auto& line) { complaint = FfmpegComplaint(line, movie.file); },
+            .onExit = [this](auto status) { OnExit(status); }});
 }
 
 void MovieProbe::OnExit(ExitStatus status) {

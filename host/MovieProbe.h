@@ -24,6 +24,10 @@ struct Movie {
 /// `path` as an argument of ffmpeg and ffprobe: a file whatever its name looks like.
 [[nodiscard]] std::string FfmpegFileName(std::filesystem::path const& path);
 
+/// `line`, of what ffmpeg or ffprobe said, without the name of `path` before it.
+[[nodiscard]] std::string FfmpegComplaint(std::string const& line,
+                                          std::filesystem::path const& path);
+
 /// Looks into a file to tell whether it is a movie. Main thread; destroying it ends the search.
 class MovieProbe {
 public:

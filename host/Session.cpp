@@ -20,6 +20,9 @@ using quillocommon::Step;
 using quillomoxui::FetchChildrenState;
 using quillomoxui::QuilloNode;
 
+/// How often the children of a node are asked for.
+constexpr int kAttempts = 8;
+
 ExitCode ExitCodeOf(Step step) {
     switch (step) {
         case Step::SignIn:
@@ -108,7 +111,11 @@ void Session::SignOut() {
 }
 
 void Session::StartFetching(std::shared_ptr<QuilloNode> const& node) {
-    if (node->GetFetchChildrenState() == FetchChildrenState::NotFetched) node->FetchChildren();
+    // Down to the projects the tree fetches itself, and a second fetch would replace the nodes that
+    // the first one made.
+    if (node->GetFetchChildrenState() == FetchChildrenState::NotFetched &&
+        node->FindSelfOrAncestorOfType<quillomoxui::QuilloProject>())
+        node->FetchChildren();
 }
 
 quillomoxui::NodeVector<QuilloNode> Session::ChildrenOf(std::shared_ptr<QuilloNode> const& node) {
@@ -118,9 +125,21 @@ quillomoxui::NodeVector<QuilloNode> Session::ChildrenOf(std::shared_ptr<QuilloNo
     StartFetching(node);
     auto const binding =
         node->FetchChildrenStateNotifyingPropertyHost::BindValueChanged([](auto const&) {});
-    WaitUntil({Step::SignIn, Step::ReadUser, Step::ReadLocations},
-              [&node] { return node->GetFetchChildrenState() == FetchChildrenState::Fetched; });
-    return node->GetChildNodes();
+    auto const isFetched = [&node] {
+        return node->GetFetchChildrenState() == FetchChildrenState::Fetched;
+    };
+    for (int attempt = 1;; ++attempt) {
+        auto const failuresBefore = CountFailures(Step::ReadLocations);
+        auto const anotherFailed = [&] {
+            return CountFailures(Step::ReadLocations) != failuresBefore;
+        };
+        WaitUntil({Step::SignIn, Step::ReadUser}, [&] { return isFetched() || anotherFailed(); });
+        if (isFetched()) return node->GetChildNodes();
+        // Nobody tells whose list it was that failed: another's does not matter here, and this one
+        // is asked for again, as the library does not do that.
+        if (attempt == kAttempts) Throw(failures->back());
+        node->FetchChildren();
+    }
 }
 
 void Session::WaitUntil(std::initializer_list<Step> steps, std::function<bool()> const& done) {
@@ -133,6 +152,12 @@ quillocommon::Failure const* Session::FindFailure(std::initializer_list<Step> st
         return std::find(steps.begin(), steps.end(), failure.step) != steps.end();
     });
     return found == failures->end() ? nullptr : &*found;
+}
+
+std::size_t Session::CountFailures(Step step) const {
+    return static_cast<std::size_t>(
+        std::count_if(failures->begin(), failures->end(),
+                      [step](auto const& failure) { return failure.step == step; }));
 }
 
 void Session::Throw(quillocommon::Failure const& failure) const {

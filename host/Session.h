@@ -51,8 +51,9 @@ public:
     /// Has the children of `node` fetched unless they have been, or are on their way.
     static void StartFetching(std::shared_ptr<quillomoxui::QuilloNode> const& node);
 
-    /// The children of `node`, which are fetched when they have not been, once they are there. A
-    /// Failure (Location) when a list of places cannot be had.
+    /// The children of `node`, which are fetched when they have not been, once they are there. They
+    /// may be replaced in the tree later, so hold on to those that are still needed, and to the
+    /// nodes above them. A Failure (Location) when the list cannot be had.
     quillomoxui::NodeVector<quillomoxui::QuilloNode> ChildrenOf(
         std::shared_ptr<quillomoxui::QuilloNode> const& node);
 
@@ -68,6 +69,7 @@ private:
     void UseEmbeddedService(Options const& options);
     [[nodiscard]] quillocommon::Failure const* FindFailure(
         std::initializer_list<quillocommon::Step> steps) const;
+    [[nodiscard]] std::size_t CountFailures(quillocommon::Step step) const;
     [[noreturn]] void Throw(quillocommon::Failure const& failure) const;
 
     MainLoop& loop;

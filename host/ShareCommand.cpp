@@ -9,6 +9,7 @@
 #include "host/LocationPath.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "quillomoxui/model/QuilloProject.h"
 
 namespace quillohost {
 namespace {
@@ -60,7 +61,8 @@ ShareCommand::Result ShareCommand::Run() {
 
     display.Tell("Signing in to " + session.Address());
     auto const user = session.SignIn();
-    auto const folder = FindDestination();
+    DestinationFinder finder(session, user);
+    auto const folder = FindDestination(finder);
     std::vector<std::string> names;
     std::vector<Guid> way;
     for (auto const& node : WayTo(folder)) {
@@ -76,6 +78,9 @@ ShareCommand::Result ShareCommand::Run() {
     ForgetUnfinishedShare();
     auto const earlierLink = Stored(kReviewLinkGuid);
 
+    if (!folder->FindSelfOrAncestorOfType<quillomoxui::QuilloProject>())
+        throw Failure(ExitCode::Location,
+                      "The folder has been moved or removed meanwhile; share again.");
     user->SetSelection(folder);
     viewModel.LocationPickerSelectionCommitted();
     viewModel.ProcessAssetForReview();
@@ -145,8 +150,7 @@ void ShareCommand::ConnectStore() {
         });
 }
 
-ShareCommand::Folder ShareCommand::FindDestination() {
-    DestinationFinder finder(session, session.ViewModel().GetUser());
+ShareCommand::Folder ShareCommand::FindDestination(DestinationFinder& finder) {
     if (!options.to.empty()) return finder.FindByNames(options.to);
     auto const way = store.ReadWay(asset);
     if (auto folder = finder.FindByWay(way)) return folder;

@@ -48,7 +48,7 @@ private:
 
     void NameAsset();
     void ConnectStore();
-    [[nodiscard]] Folder FindDestination();
+    [[nodiscard]] Folder FindDestination(DestinationFinder& finder);
     void ForgetUnfinishedShare();
     void TakeLock(std::string const& key);
     [[nodiscard]] ExportedFile Export();

@@ -52,10 +52,10 @@ TEST_F(ExporterTest, MakesAFileThatBrowsersPlay) {
     auto const chapters = directory.Write(
         "chapters",
         ";FFMETADATA1\nlocation=+52.5+13.4/\n[CHAPTER]\nTIMEBASE=1/1\nSTART=0\nEND=1\n");
-    auto const movie =
-        Make("in.mkv", {testmovies::kPicture,
-                        testmovies::kSound,
-                        {"-i", chapters, "-map_metadata", "2", "-pix_fmt", "yuv444p"}});
+    auto const movie = Make(
+        "in.mkv", {testmovies::kPicture,
+                   testmovies::kSound,
+                   {"-i", chapters, "-map_metadata", "2", "-vf", "format=yuv444p,scale=97:55"}});
 
     auto const exported = Export(movie);
     EXPECT_EQ(exported.file, output);
@@ -109,7 +109,7 @@ TEST_F(ExporterTest, SaysWhyAnExportFailedAndLeavesNothingBehind) {
     auto const handler = signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
-    rlimit const small{4096, before.rlim_max};
+    rlimit const small{1024, before.rlim_max};
     setrlimit(RLIMIT_FSIZE, &small);
     expect("File too large");
     setrlimit(RLIMIT_FSIZE, &before);

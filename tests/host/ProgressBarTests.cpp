@@ -15,8 +15,8 @@ TEST(ProgressBar, GivesUpWhatDoesNotFit) {
     };
     Row const rows[] = {
         {200, "Uploading [####################....................]  50 %  1.5 MB/s  1:15 left"},
-        {50, "Uploading [#####.....]  50 %  1.5 MB/s  1:15 left"},
-        {47, "Uploading  50 %  1.5 MB/s  1:15 left"},
+        {50, "Uploading [######.....]  50 %  1.5 MB/s  1:15 left"},
+        {46, "Uploading  50 %  1.5 MB/s  1:15 left"},
         {30, "Uploading  50 %  1:15 left"},
         {20, "Uploading  50 %"},
         {6, "Upload"},

@@ -1,0 +1,137 @@
+"""Sharing that goes well."""
+
+import json
+import os
+import pty
+import subprocess
+
+from programs import ACCOUNT, BIN, PATIENCE, RIVER, EndToEnd, Service, encode
+
+
+class ShareTests(EndToEnd):
+
+    def test_a_movie_shared_again_becomes_a_version_under_the_same_link(self):
+        service = self.service()
+        first = self.share(self.clip, "--to", f"{RIVER}/editorial/REELS", service=service)
+        self.check_link(first)
+        self.assertTrue(first["link"].startswith(service.url + "/r/"))
+        self.assertTrue(first["link"].endswith(first["link_id"]))
+        self.assertEqual((first["version"], first["new_link"]), (1, True))
+        self.assertEqual(first["folder_path"], f"{RIVER}/Editorial/Reels")
+        self.assertEqual(self.exported_files(), [])
+
+        # By another way to the same file, to the folder of the first share, under another name.
+        alias = self.directory / "alias.mov"
+        alias.symlink_to(self.clip)
+        second = self.share(alias, "--name", "Cut: 2/3?", service=service)
+        self.check_link(second)
+        self.assertEqual((second["version"], second["new_link"]), (2, False))
+        for same in ("link", "link_id", "version_stack_id", "folder_id", "folder_path"):
+            self.assertEqual(second[same], first[same])
+        self.assertNotEqual(second["asset_id"], first["asset_id"])
+        self.assertEqual(self.exported_files(), [])
+
+        out, _ = self.host("locations", "--json", "--depth", "6", service=service)
+        self.assertIn(first["version_stack_id"], out)
+
+    def test_only_the_link_goes_to_standard_output(self):
+        out, err = self.host("share", self.clip, service=self.service())
+        self.assertRegex(out, r"\Ahttp://127\.0\.0\.1:\d+/r/[0-9a-f-]{36}\n\Z")
+        self.assertIn("Shared as version 1 under a new link", err)
+
+    def test_a_service_of_its_own_keeps_links_valid(self):
+        first = self.share(self.clip)
+        second = self.share(self.clip)
+        self.assertEqual((second["version"], second["link"]), (2, first["link"]))
+        service = Service(self.state / "service")
+        self.addCleanup(service.stop)
+        self.check_link(second)
+
+    def test_two_services_are_kept_apart(self):
+        first = self.share(self.clip)
+        second = self.share(self.clip, service=self.service())
+        self.check_link(second)
+        self.assertEqual((second["version"], second["new_link"]), (1, True))
+        self.assertNotEqual(second["link"], first["link"])
+
+    def test_odd_names(self):
+        service = self.service()
+        for name in ("-y", "100%d", "it's \"quoted\"", "🎬 Ümlaut", "a" * 250, "semi;$(touch x)`y`",
+                     "line\nfeed"):
+            with self.subTest(name=name):
+                movie = self.directory / name
+                movie.write_bytes(self.clip.read_bytes())
+                self.check_link(self.share(movie, service=service))
+        for name in ("🎬" * 150, "a/b\\c:d*e?f\"g<h>i|j", ".", "..", "%s%n"):
+            with self.subTest(name=name):
+                self.check_link(self.share(self.clip, "--name", name, service=service))
+
+    def test_eight_at_once(self):
+        service = self.service()
+        movies = [self.clip] * 4
+        for index in range(4):  # four movies of one name, in four folders
+            folder = self.directory / str(index)
+            folder.mkdir()
+            movies.append(encode(folder / "Clip.mov", 1 + index))
+        hosts = [self.start_host("share", movie, "--json", service=service) for movie in movies]
+        results = []
+        for host in hosts:
+            code, out, err = host.finish()
+            self.assertEqual(code, 0, err)
+            results.append(json.loads(out))
+        same, others = results[:4], results[4:]
+        self.assertEqual(sorted(shared["version"] for shared in same), [1, 2, 3, 4])
+        self.assertEqual(len({shared["link"] for shared in same}), 1)
+        self.assertEqual(len({shared["link"] for shared in others}), 4)
+        for shared in others:
+            self.check_link(shared)
+        self.assertEqual(self.exported_files(), [])
+
+    def test_a_terminal_shows_a_bar(self):
+        movie = encode(self.directory / "long.mov", 20)
+        reading, writing = pty.openpty()
+        with subprocess.Popen([BIN / "quillo-host", "share", movie, "--data", self.state],
+                              stdout=subprocess.PIPE, stderr=writing) as host:
+            os.close(writing)
+            shown = b""
+            try:
+                while part := os.read(reading, 4096):
+                    shown += part
+            except OSError:
+                pass  # the other end is closed
+            self.assertEqual(host.wait(PATIENCE), 0)
+            self.assertRegex(host.stdout.read(), rb"\Ahttp://\S+\n\Z")
+        os.close(reading)
+        self.assertRegex(shown, rb"\rExporting \[#*\.*\] +\d+ %")
+        self.assertIn(b"Uploaded\r\n", shown)
+
+    def test_places_are_listed(self):
+        service = self.service()
+        out, _ = self.host("locations", "--depth", "3", service=service)
+        lines = out.splitlines()
+        self.assertEqual(lines[:2], ["Robin Ellery", "  Harbour Street Studio"])
+        self.assertIn("      The Long River", lines)
+        self.assertNotIn("        Editorial", lines)
+
+        out, _ = self.host("locations", "--json", service=service)
+        place = json.loads(out)
+        for name, kind in ((ACCOUNT, "account"), ("Feature Films", "workspace"),
+                           ("The Long River", "project"), ("Editorial", "folder")):
+            place = next(child for child in place["children"] if child["name"] == name)
+            self.assertEqual(place["type"], kind)
+
+    def test_signing_in_and_out_and_the_trace(self):
+        service = self.service()
+        tokens = self.state / "config" / "quillo-tokens.json"
+        self.assertIn("as Robin Ellery", self.host("sign-in", service=service)[0])
+        self.assertEqual(tokens.stat().st_mode & 0o777, 0o600)
+        kept = tokens.read_text()
+        self.assertIn(service.url, kept)
+        self.assertEqual(len(self.secrets), 2)
+
+        out, _ = self.host("trace", service=service)
+        self.assertRegex(out, r'(?m)^            Proj :  "Paper Lanterns"  [0-9a-f-]{36}$')
+        self.assertRegex(out, r"nodes count = \d+")
+
+        self.assertIn("Signed out", self.host("sign-out", service=service)[0])
+        self.assertNotIn(service.url, tokens.read_text() if tokens.exists() else "")
