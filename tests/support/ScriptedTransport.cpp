@@ -72,6 +72,13 @@ private:
     Responder responder;                            // guarded by mutex
 };
 
+std::string HeaderOf(HttpRequest const& request, std::string const& name) {
+    for (auto const& [header, value] : request.headers) {
+        if (header == name) return value;
+    }
+    return {};
+}
+
 ScriptedTransport::ScriptedTransport()
     : line(std::make_shared<Line>()), addressBefore(quillocommon::GetServiceAddress()) {
     quillosdk::Transport::Set(line);
@@ -104,10 +111,7 @@ std::string ScriptedTransport::LineAt(std::size_t index) const {
 }
 
 std::string ScriptedTransport::HeaderAt(std::size_t index, std::string const& name) const {
-    for (auto const& [header, value] : At(index).headers) {
-        if (header == name) return value;
-    }
-    return {};
+    return HeaderOf(At(index), name);
 }
 
 void ScriptedTransport::Answer(std::size_t index, int status, std::string body,

@@ -15,6 +15,10 @@
 
 namespace testsupport {
 
+/// The value of the request's header, empty when it has none of this name (in the case it was sent
+/// in).
+[[nodiscard]] std::string HeaderOf(quillosdk::HttpRequest const& request, std::string const& name);
+
 /// Stands in for the network as long as it lives: keeps every request that is sent and answers it
 /// when the test says so. Make it before the code under test sends anything, and drop it after that
 /// has come to rest. Any thread.
@@ -24,7 +28,7 @@ public:
     using Responder =
         std::function<std::optional<quillosdk::HttpResponse>(quillosdk::HttpRequest const&)>;
 
-    /// The path of the service that requests go to; the transport makes this the service address.
+    /// Where the service is; the service address meanwhile.
     static constexpr char kAddress[] = "http://service.test";
 
     ScriptedTransport();
@@ -44,7 +48,7 @@ public:
     /// Its method and its path at the service: "GET /v1/me".
     [[nodiscard]] std::string LineAt(std::size_t index) const;
 
-    /// The value of its header, empty when it has none of this name (in the case it was sent in).
+    /// The value of its header; see HeaderOf.
     [[nodiscard]] std::string HeaderAt(std::size_t index, std::string const& name) const;
 
     // The answer to a request, once. Continuations run inside these calls, on the calling thread:

@@ -37,9 +37,9 @@ std::string ReadLine(int descriptor) {
 
 }  // namespace
 
-ServiceProcess::ServiceProcess(std::filesystem::path data, std::vector<std::string> switches)
-    : data(std::move(data)), switches(std::move(switches)) {
-    Start();
+ServiceProcess::ServiceProcess(std::filesystem::path data, std::vector<std::string> const& switches)
+    : data(std::move(data)) {
+    Restart(switches);
 }
 
 ServiceProcess::~ServiceProcess() {
@@ -48,7 +48,7 @@ ServiceProcess::~ServiceProcess() {
     waitpid(process, nullptr, 0);
 }
 
-void ServiceProcess::Start() {
+void ServiceProcess::Restart(std::vector<std::string> const& switches) {
     std::vector<std::string> words{QUILLO_SERVICE_PROGRAM, "--data", data.string(),
                                    "--trust-local-user", "--stop-with-stdin"};
     words.insert(words.end(), switches.begin(), switches.end());
@@ -86,15 +86,6 @@ void ServiceProcess::Kill() {
     waitpid(process, nullptr, 0);
     close(input);
     process = -1;
-}
-
-void ServiceProcess::Restart() {
-    Start();
-}
-
-void ServiceProcess::Restart(std::vector<std::string> otherSwitches) {
-    switches = std::move(otherSwitches);
-    Start();
 }
 
 }  // namespace testsupport

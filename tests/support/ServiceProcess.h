@@ -14,7 +14,8 @@ class ServiceProcess {
 public:
     /// Starts it on the directory `data`, trusting the local user, with further `switches`; returns
     /// once it answers requests. Throws std::runtime_error when it does not start.
-    explicit ServiceProcess(std::filesystem::path data, std::vector<std::string> switches = {});
+    explicit ServiceProcess(std::filesystem::path data,
+                            std::vector<std::string> const& switches = {});
     ~ServiceProcess();
     ServiceProcess(ServiceProcess const&) = delete;
     ServiceProcess& operator=(ServiceProcess const&) = delete;
@@ -25,15 +26,11 @@ public:
     /// Kills it (SIGKILL), as a power cut would, and waits until it is gone.
     void Kill();
 
-    /// Starts it again on its data, after Kill, with its first switches or with others.
-    void Restart();
-    void Restart(std::vector<std::string> otherSwitches);
+    /// Starts it again on its data, after Kill, with these switches.
+    void Restart(std::vector<std::string> const& switches = {});
 
 private:
-    void Start();
-
     std::filesystem::path const data;
-    std::vector<std::string> switches;
     std::string address;
     pid_t process = -1;
     int input = -1;  // its end of standard input keeps it running

@@ -14,13 +14,6 @@ namespace {
 using quillosdk::HttpRequest;
 using quillosdk::HttpResponse;
 
-std::string Header(HttpRequest const& request, std::string const& name) {
-    for (auto const& [header, value] : request.headers) {
-        if (header == name) return value;
-    }
-    return {};
-}
-
 std::string Digest(std::string const& bytes) {
     std::string digest(32, '\0');
     EVP_Digest(bytes.data(), bytes.size(), reinterpret_cast<unsigned char*>(digest.data()), nullptr,
@@ -63,7 +56,7 @@ FakeTus::Event FakeTus::NextEvent(std::string const& method) {
 
 std::optional<HttpResponse> FakeTus::Answer(HttpRequest const& request) {
     if (onRequest) onRequest(request);
-    if (Header(request, "Tus-Resumable") != "1.0.0") return HttpResponse{412};
+    if (HeaderOf(request, "Tus-Resumable") != "1.0.0") return HttpResponse{412};
     auto const event = NextEvent(request.method);
     if (event.status != 0) return HttpResponse{event.status, event.headers};
     auto const weather = event.weather;
@@ -111,8 +104,8 @@ std::optional<HttpResponse> FakeTus::Answer(HttpRequest const& request) {
 }
 
 HttpResponse FakeTus::Create(HttpRequest const& request) {
-    Upload const made{Header(request, "Idempotency-Key"), Header(request, "Upload-Metadata"),
-                      std::stoul(Header(request, "Upload-Length")), ""};
+    Upload const made{HeaderOf(request, "Idempotency-Key"), HeaderOf(request, "Upload-Metadata"),
+                      std::stoul(HeaderOf(request, "Upload-Length")), ""};
     auto found = std::find_if(uploads.begin(), uploads.end(),
                               [&](auto const& entry) { return entry.second.key == made.key; });
     if (found == uploads.end())
@@ -121,16 +114,16 @@ HttpResponse FakeTus::Create(HttpRequest const& request) {
 }
 
 HttpResponse FakeTus::Append(Upload& upload, HttpRequest const& request) {
-    if (Header(request, "Upload-Offset") != std::to_string(upload.bytes.size()))
+    if (HeaderOf(request, "Upload-Offset") != std::to_string(upload.bytes.size()))
         return HttpResponse{409};
-    if (Header(request, "Content-Type") != "application/offset+octet-stream")
+    if (HeaderOf(request, "Content-Type") != "application/offset+octet-stream")
         return HttpResponse{415};
-    if (Header(request, "Upload-Checksum") != "sha256 " + Base64Of(Digest(*request.body)))
+    if (HeaderOf(request, "Upload-Checksum") != "sha256 " + Base64Of(Digest(*request.body)))
         return HttpResponse{460};
     upload.bytes += *request.body;
     if (upload.bytes.size() > upload.length) return HttpResponse{413};
     if (upload.bytes.size() == upload.length &&
-        Header(request, "Quillo-Content-SHA256") != Sha256Of(upload.bytes)) {
+        HeaderOf(request, "Quillo-Content-SHA256") != Sha256Of(upload.bytes)) {
         upload.bytes.clear();
         return HttpResponse{460};
     }

@@ -32,8 +32,8 @@ protected:
         RetryPolicy::SetRandomSource({});
     }
 
-    void Serve(std::vector<std::string> switches = {}) {
-        service.emplace(directory.Path() / "data", std::move(switches));
+    void Serve(std::vector<std::string> const& switches = {}) {
+        service.emplace(directory.Path() / "data", switches);
         ASSERT_TRUE(quillocommon::SetServiceAddress(service->Address()));
         auth = std::make_shared<quilloauth::AuthSession>(
             "test", (directory.Path() / "tokens.json").string());
