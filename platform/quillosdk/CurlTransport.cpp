@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "quillocommon/WorkerThread.h"
+#include "quillosdk/CryptoThreadScope.h"
 #include "quillosdk/CurlExchange.h"
 
 namespace quillosdk {
@@ -31,6 +32,7 @@ using Exchanges = std::vector<std::unique_ptr<CurlExchange>>;
 class CurlTransport::Loop {
 public:
     Loop() {
+        CryptoThreadScope const scope;  // curl sets libcrypto up
         static CURLcode const globalInit = curl_global_init(CURL_GLOBAL_DEFAULT);
         if (globalInit == CURLE_OK) multi.reset(curl_multi_init());
         if (!multi) throw std::bad_alloc();

@@ -2,9 +2,13 @@
 
 #include <new>
 
+#include "quillosdk/CryptoThreadScope.h"
+
 namespace quillosdk {
 
-Sha256::Sha256() : context(EVP_MD_CTX_new()) {
+Sha256::Sha256() {
+    CryptoThreadScope const scope;
+    context.reset(EVP_MD_CTX_new());
     if (!context || EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) != 1)
         throw std::bad_alloc();
 }
@@ -14,6 +18,7 @@ void Sha256::Update(std::span<char const> bytes) {
 }
 
 Sha256::Digest Sha256::Finish() {
+    CryptoThreadScope const scope;
     Digest digest{};
     EVP_DigestFinal_ex(context.get(), digest.data(), nullptr);
     return digest;
