@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/DestinationFinder.h"
+#include "host/OneLine.h"
 #include "quillomoxui/model/QuilloAccount.h"
 #include "quillomoxui/model/QuilloFile.h"
 #include "quillomoxui/model/QuilloProject.h"
@@ -54,7 +55,7 @@ ordered_json Describe(Session& session, Node const& node, int levels) {
 }
 
 void AddLines(ordered_json const& place, std::string const& indentation, std::string& lines) {
-    lines += indentation + place["name"].get<std::string>();
+    lines += indentation + OneLine(place["name"]);
     if (place["type"] == "file") lines += "  (file)";
     if (place["type"] == "version_stack") lines += "  (versions)";
     lines += '\n';

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "host/OneLine.h"
+
 namespace quillohost {
 namespace {
 
@@ -30,7 +32,7 @@ ProgressDisplay::~ProgressDisplay() {
 
 void ProgressDisplay::Tell(std::string const& line) {
     Clear();
-    std::fprintf(stderr, "%s\n", line.c_str());
+    std::fprintf(stderr, "%s\n", OneLine(line).c_str());
     if (active && isTerminal) Draw(Clock::now());
 }
 

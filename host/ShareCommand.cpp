@@ -222,10 +222,15 @@ void ShareCommand::Upload(ExportedFile const& exported) {
     display.Tell("Uploaded");
 }
 
-std::string ShareCommand::HowToOpenLink() const {
+std::string ShareCommand::HowToOpen(std::string const& link) const {
     auto const data = session.EmbeddedData();
     if (!data) return "";
-    return "The link opens while the service runs: " + EmbeddedService::CommandLine(*data);
+    auto const command = EmbeddedService::CommandLine(*data);
+    if (link.starts_with(session.Address() + "/"))
+        return "The link opens while the service runs: " + command;
+    auto const formerPort = link.substr(0, link.find("/r/")).substr(link.rfind(':') + 1);
+    return "The service could not have its former port " + formerPort +
+           ", which the link names; free the port and run: " + command + " --port " + formerPort;
 }
 
 std::string ShareCommand::Stored(char const* key) {

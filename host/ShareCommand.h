@@ -40,8 +40,8 @@ public:
     /// and the failure tells where.
     Result Run();
 
-    /// What the user must do for the link to open, if anything.
-    [[nodiscard]] std::string HowToOpenLink() const;
+    /// What the user must do for the link to open; empty when it opens as it is.
+    [[nodiscard]] std::string HowToOpen(std::string const& link) const;
 
 private:
     using Folder = DestinationFinder::Folder;

@@ -10,6 +10,7 @@
 #include "host/Failure.h"
 #include "host/LocationsCommand.h"
 #include "host/MainLoop.h"
+#include "host/OneLine.h"
 #include "host/Options.h"
 #include "host/ProgressDisplay.h"
 #include "host/Session.h"
@@ -33,7 +34,7 @@ void Share(Options const& options, MainLoop& loop, ProgressDisplay& display) {
     auto const result = command.Run();
     display.Tell("Shared as version " + std::to_string(result.version) +
                  (result.isNewLink ? " under a new link" : " under the link it had"));
-    if (auto const hint = command.HowToOpenLink(); !hint.empty()) display.Tell(hint);
+    if (auto const hint = command.HowToOpen(result.link); !hint.empty()) display.Tell(hint);
     if (!options.json) return Print(result.link + '\n');
     Print(nlohmann::ordered_json{{"link", result.link},
                                  {"link_id", result.linkID},
@@ -51,7 +52,7 @@ void Share(Options const& options, MainLoop& loop, ProgressDisplay& display) {
 
 void SignIn(Session& session) {
     auto const user = session.SignIn();
-    Print("Signed in to " + session.Address() + " as " + NameOf(*user) + ".\n");
+    Print("Signed in to " + session.Address() + " as " + OneLine(NameOf(*user)) + ".\n");
 }
 
 void SignOut(Session& session) {
@@ -83,7 +84,7 @@ void Run(Options const& options) {
 }
 
 int Report(std::string const& message, ExitCode exitCode) {
-    std::fprintf(stderr, "quillo-host: %s\n", message.c_str());
+    std::fprintf(stderr, "quillo-host: %s\n", OneLine(message).c_str());
     return static_cast<int>(exitCode);
 }
 

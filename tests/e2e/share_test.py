@@ -3,6 +3,8 @@
 import json
 import os
 import pty
+import re
+import socket
 import subprocess
 
 from programs import ACCOUNT, BIN, PATIENCE, RIVER, EndToEnd, Service, encode
@@ -46,6 +48,18 @@ class ShareTests(EndToEnd):
         service = Service(self.state / "service")
         self.addCleanup(service.stop)
         self.check_link(second)
+
+    def test_a_service_of_its_own_that_loses_its_port(self):
+        first = self.share(self.clip)
+        port = re.match(r"http://127\.0\.0\.1:(\d+)/", first["link"])[1]
+        with socket.socket() as other:
+            other.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+            other.bind(("127.0.0.1", int(port)))
+            other.listen()
+            out, err = self.host("share", self.clip)
+        self.assertEqual(out, first["link"] + "\n")
+        self.assertIn(f"could not have its former port {port}", err)
+        self.assertRegex(err, rf"run: quillo-service .* --port {port}\n")
 
     def test_two_services_are_kept_apart(self):
         first = self.share(self.clip)
