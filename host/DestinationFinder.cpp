@@ -127,6 +127,12 @@ DestinationFinder::Folder DestinationFinder::FindByWay(std::vector<Guid> const& 
     return As<QuilloFolder>(place);
 }
 
+bool DestinationFinder::Holds(Folder const& folder, Guid const& id) {
+    auto const children = ChildrenOf(folder);
+    return std::any_of(children.begin(), children.end(),
+                       [&id](auto const& child) { return child->GetID() == id; });
+}
+
 DestinationFinder::Folder DestinationFinder::FindFirstProject() {
     for (auto const& account : ChildrenOf(user))
         for (auto const& workspace : ChildrenOf(account))

@@ -31,6 +31,9 @@ public:
     /// The root folder of the first project. A Failure (Location) when there is none.
     [[nodiscard]] Folder FindFirstProject();
 
+    /// Whether the folder holds something with this ID.
+    [[nodiscard]] bool Holds(Folder const& folder, Guid const& id);
+
 private:
     using Node = std::shared_ptr<quillomoxui::QuilloNode>;
 

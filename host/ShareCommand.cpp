@@ -58,10 +58,13 @@ ShareCommand::Result ShareCommand::Run() {
     auto& viewModel = session.ViewModel();
     NameAsset();
     ConnectStore();
+    TakeLock("movie " + asset.movie.AsStdString());
+    ForgetUnfinishedShare();
 
     display.Tell("Signing in to " + session.Address());
     auto const user = session.SignIn();
     DestinationFinder finder(session, user);
+    ForgetLostShare(finder);
     auto const folder = FindDestination(finder);
     std::vector<std::string> names;
     std::vector<Guid> way;
@@ -73,9 +76,7 @@ ShareCommand::Result ShareCommand::Run() {
     result.folderPath = JoinLocationPath(names);
     display.Tell("Sharing to " + result.folderPath);
 
-    TakeLock("movie " + asset.movie.AsStdString());
     TakeLock("name " + UTF16to8(viewModel.GetOutputFileName()));
-    ForgetUnfinishedShare();
     auto const earlierLink = Stored(kReviewLinkGuid);
 
     if (!folder->FindSelfOrAncestorOfType<quillomoxui::QuilloProject>())
@@ -162,6 +163,16 @@ ShareCommand::Folder ShareCommand::FindDestination(DestinationFinder& finder) {
 /// has been uploaded for one that is on its link; without that mark it puts it there now.
 void ShareCommand::ForgetUnfinishedShare() {
     if (store.ReadWay(asset).empty()) store.Forget(asset, kUploadedAssetGuid);
+}
+
+/// The service may have lost what was shared: one for development is often begun anew at the same
+/// address. Its link would be dead.
+void ShareCommand::ForgetLostShare(DestinationFinder& finder) {
+    auto const folder = finder.FindByWay(store.ReadWay(asset));
+    if (!folder || finder.Holds(folder, Guid(Stored(kVersionStackGuid)))) return;
+    display.Tell("The service no longer has what was shared of this movie; sharing it anew.");
+    for (char const* key : {kUploadedAssetGuid, kVersionStackGuid, kReviewLinkGuid, kReviewLinkURL})
+        store.Forget(asset, key);
 }
 
 void ShareCommand::TakeLock(std::string const& key) {

@@ -50,6 +50,7 @@ private:
     void ConnectStore();
     [[nodiscard]] Folder FindDestination(DestinationFinder& finder);
     void ForgetUnfinishedShare();
+    void ForgetLostShare(DestinationFinder& finder);
     void TakeLock(std::string const& key);
     [[nodiscard]] ExportedFile Export();
     void Upload(ExportedFile const& exported);

@@ -4,6 +4,7 @@ import json
 import os
 import pty
 import re
+import shutil
 import socket
 import subprocess
 
@@ -60,6 +61,18 @@ class ShareTests(EndToEnd):
         self.assertEqual(out, first["link"] + "\n")
         self.assertIn(f"could not have its former port {port}", err)
         self.assertRegex(err, rf"run: quillo-service .* --port {port}\n")
+
+    def test_a_service_that_has_lost_what_was_shared(self):
+        service = self.service()
+        first = self.share(self.clip, service=service)
+        service.stop()
+        shutil.rmtree(self.directory / "service")
+        again = self.service("--port", service.url.rsplit(":", 1)[1])
+        self.assertEqual(again.url, service.url)
+        second = self.share(self.clip, service=again)
+        self.check_link(second)
+        self.assertEqual((second["version"], second["new_link"]), (1, True))
+        self.assertNotEqual(second["link"], first["link"])
 
     def test_two_services_are_kept_apart(self):
         first = self.share(self.clip)
