@@ -226,6 +226,10 @@ std::vector<Record> ReadList(std::string& body, char const* name) {
 
 }  // namespace
 
+void PrepareToRead() {
+    [[maybe_unused]] auto const error = simdjson::ondemand::parser().allocate(1);
+}
+
 User ReadUser(std::string& body) {
     return ReadOnly<User>(body, "user", Read<User>);
 }

@@ -33,6 +33,10 @@ struct ServiceError {
     std::string message;
 };
 
+/// Has the parser's library make its own statics now, so that they outlive every static object that
+/// is made later. Until they are gone answers can be read.
+void PrepareToRead();
+
 [[nodiscard]] User ReadUser(std::string& body);
 [[nodiscard]] std::vector<Account> ReadAccounts(std::string& body);
 [[nodiscard]] std::vector<Workspace> ReadWorkspaces(std::string& body);

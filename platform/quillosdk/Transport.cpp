@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "quillosdk/AnswerReader.h"
 #include "quillosdk/CurlTransport.h"
 
 namespace quillosdk {
@@ -25,6 +26,7 @@ std::shared_ptr<CurlTransport> const& TheDefault() {
         ~StopAtExit() { transport.Stop(); }
     };
     static auto& transport = *new std::shared_ptr(std::make_shared<CurlTransport>());
+    PrepareToRead();  // answers are read on its thread until that has been stopped
     static StopAtExit const stopAtExit{*transport};
     return transport;
 }
