@@ -20,6 +20,13 @@ using quillocommon::Step;
 using quillomoxui::FetchChildrenState;
 using quillomoxui::QuilloNode;
 
+constexpr std::initializer_list<Step> kSignInSteps{Step::SignIn, Step::ReadUser};
+
+/// Whether the service has refused the user's session rather than not answered.
+bool IsRefusal(quillocommon::Failure const& failure) {
+    return failure.httpStatus == 400 || failure.httpStatus == 401;
+}
+
 /// How often the children of a node are asked for.
 constexpr int kAttempts = 8;
 
@@ -95,9 +102,15 @@ std::string Session::ServiceName() const {
 std::shared_ptr<quillomoxui::QuilloUser> Session::SignIn() {
     auto const binding = viewModel->UserNotifyingPropertyHost::BindValueChanged([](auto const&) {});
     viewModel->StartShareForReviewPopup();
+    auto const isSignedIn = [this] { return !viewModel->GetUser()->GetID().IsNull(); };
     viewModel->Login();
-    WaitUntil({Step::SignIn, Step::ReadUser},
-              [this] { return !viewModel->GetUser()->GetID().IsNull(); });
+    loop.WaitUntil([&] { return isSignedIn() || FindFailure(kSignInSteps); });
+    if (!isSignedIn() && IsRefusal(*FindFailure(kSignInSteps))) {
+        // The session that was kept is over, and forgotten now: sign in as if there had been none.
+        failures->clear();
+        viewModel->Login();
+    }
+    WaitUntil(kSignInSteps, isSignedIn);
     return viewModel->GetUser();
 }
 
@@ -133,7 +146,7 @@ quillomoxui::NodeVector<QuilloNode> Session::ChildrenOf(std::shared_ptr<QuilloNo
         auto const anotherFailed = [&] {
             return CountFailures(Step::ReadLocations) != failuresBefore;
         };
-        WaitUntil({Step::SignIn, Step::ReadUser}, [&] { return isFetched() || anotherFailed(); });
+        WaitUntil(kSignInSteps, [&] { return isFetched() || anotherFailed(); });
         if (isFetched()) return node->GetChildNodes();
         // Nobody tells whose list it was that failed: another's does not matter here, and this one
         // is asked for again, as the library does not do that.
