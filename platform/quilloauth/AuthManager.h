@@ -28,10 +28,10 @@ QUILLOSERVICES_API void InitializeAuthManager(std::string const& clientID,
                                               std::string const& scope);
 
 /// The session's access token, renewed first when it has run out or was rejected. Completes on a
-/// worker thread of its own, where a continuation may take its time; but one that is attached when
-/// the token is there already runs on the attaching thread, so attach one that waits (for Login)
-/// where waiting is allowed. Fails with kNotSignedIn when there is no session, is cancelled when
-/// the process ends first.
+/// worker thread of its own, which is also the future's executor: attach what takes its time
+/// (Login) there, `token.Then(token.GetExecutor(), ...)`, for a token that is there already would
+/// have it run on the attaching thread. Fails with kNotSignedIn when there is no session, is
+/// cancelled when the process ends first.
 [[nodiscard]] QUILLOSERVICES_API moxcore::async::Future<std::string> GetAccessToken();
 
 /// Signs `userID` in with the service; waits until that has ended, so never call it on the main

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "moxcore/config/Error.h"
+#include "moxcore/threads/AsyncExecutor.h"
 #include "quilloauth/AuthManager.h"
 #include "quillocommon/Failures.h"
 #include "quillocommon/ServiceAddress.h"
@@ -19,6 +20,29 @@ using quillocommon::Response;
 constexpr std::chrono::seconds kRenewBefore{60};
 
 constexpr quillocommon::Step kStep = quillocommon::Step::SignIn;
+
+/// Runs functions on a session's worker, as long as there is one.
+class WorkerExecutor final : public moxcore::threads::AsyncExecutor {
+public:
+    WorkerExecutor(std::weak_ptr<AuthSession> session, Worker& worker)
+        : session(std::move(session)), worker(worker) {}
+
+    void CallAsync(std::function<void()> function) override {
+        if (auto const alive = session.lock()) worker.Post(std::move(function));
+    }
+
+    void CallAsyncDelayed(std::function<void()> function, std::uint32_t delay) override {
+        moxcore::threads::GetIOBoundExecutor()->CallAsyncDelayed(
+            [session = session, &worker = worker, function = std::move(function)] {
+                if (auto const alive = session.lock()) worker.Post(function);
+            },
+            delay);
+    }
+
+private:
+    std::weak_ptr<AuthSession> session;
+    Worker& worker;  // the session's
+};
 
 std::exception_ptr NotSignedIn(std::string const& why) {
     return std::make_exception_ptr(ResultException(jwt::kNotSignedIn, why));
@@ -38,7 +62,8 @@ void AuthSession::Stop() {
 }
 
 Future<std::string> AuthSession::GetAccessToken() {
-    auto const promise = std::make_shared<TokenPromise>();
+    auto const promise =
+        std::make_shared<TokenPromise>(std::make_shared<WorkerExecutor>(weak_from_this(), worker));
     worker.Post([this, promise] { HandOut(promise); });
     return promise->GetFuture();
 }

@@ -118,7 +118,10 @@ void QuilloCppSdkIntegration::SignIn(std::function<void(bool)> const& onLoggedIn
         std::lock_guard lock(State().mutex);
         State().sOnClientLoggedInChanged.swap(callback);
     }
-    static_cast<void>(quilloauth::jwt::GetAccessToken().Then(CheckTokenOrLogin));
+    // On the sign-in's own thread even when the token is there by now: the login may wait for a
+    // person.
+    auto const token = quilloauth::jwt::GetAccessToken();
+    static_cast<void>(token.Then(token.GetExecutor(), CheckTokenOrLogin));
 }
 
 void QuilloCppSdkIntegration::SignOut() {

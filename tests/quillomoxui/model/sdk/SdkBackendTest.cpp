@@ -171,6 +171,7 @@ TEST_F(BackendTest, ASignInThatIsRefusedCallsNothing) {
     On("POST /oauth/token", R"({"error":"unauthorized_client"})", 400);
     auto const told = std::make_shared<int>(0);
     Sdk::SignIn([=](bool) { ++*told; });
+    transport.WaitForCount(1);
     // The sign-in's thread does one thing after the other: once this has failed, the sign-in has
     // ended.
     quilloauth::jwt::GetAccessToken().Wait();
