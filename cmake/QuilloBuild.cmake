@@ -25,6 +25,8 @@ endif()
 
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
+# Both ends of an upload use it, and it comes without a CMake package.
+pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET GLOBAL libxxhash)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor -Woverloaded-virtual
                     -Wno-missing-field-initializers -Werror)

@@ -2,6 +2,7 @@
 
 #include <openssl/evp.h>
 #include <openssl/rand.h>
+#include <xxhash.h>
 
 #include <stdexcept>
 
@@ -10,7 +11,7 @@ namespace quilloservice {
 namespace {
 
 void Check(int result) {
-    if (result != 1) throw std::runtime_error("libcrypto failed");
+    if (result != 1) throw std::runtime_error("a checksum failed");
 }
 
 }  // namespace
@@ -19,12 +20,29 @@ void Digest::Free::operator()(evp_md_ctx_st* context) const {
     EVP_MD_CTX_free(context);
 }
 
-Digest::Digest(Algorithm algorithm) : context_(EVP_MD_CTX_new()) {
+void Digest::Free::operator()(XXH3_state_s* context) const {
+    XXH3_freeState(context);
+}
+
+Digest::Digest(Algorithm algorithm) {
+    if (algorithm == Algorithm::Xxh128) {
+        fastContext_.reset(XXH3_createState());
+        Check(fastContext_ && XXH3_128bits_reset(fastContext_.get()) == XXH_OK);
+        return;
+    }
+    context_.reset(EVP_MD_CTX_new());
     const EVP_MD* type = algorithm == Algorithm::Sha1 ? EVP_sha1() : EVP_sha256();
     Check(EVP_DigestInit_ex(context_.get(), type, nullptr));
 }
 
-Digest::Digest(const Digest& other) : context_(EVP_MD_CTX_new()) {
+Digest::Digest(const Digest& other) {
+    if (other.fastContext_) {
+        fastContext_.reset(XXH3_createState());
+        Check(fastContext_ != nullptr);
+        XXH3_copyState(fastContext_.get(), other.fastContext_.get());
+        return;
+    }
+    context_.reset(EVP_MD_CTX_new());
     Check(EVP_MD_CTX_copy_ex(context_.get(), other.context_.get()));
 }
 
@@ -34,10 +52,18 @@ Digest& Digest::operator=(const Digest& other) {
 }
 
 void Digest::Update(std::string_view bytes) {
-    Check(EVP_DigestUpdate(context_.get(), bytes.data(), bytes.size()));
+    if (fastContext_)
+        Check(XXH3_128bits_update(fastContext_.get(), bytes.data(), bytes.size()) == XXH_OK);
+    else
+        Check(EVP_DigestUpdate(context_.get(), bytes.data(), bytes.size()));
 }
 
 std::string Digest::Value() const {
+    if (fastContext_) {
+        XXH128_canonical_t canonical;
+        XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(fastContext_.get()));
+        return {reinterpret_cast<const char*>(canonical.digest), sizeof canonical.digest};
+    }
     Digest finished(*this);
     unsigned char value[EVP_MAX_MD_SIZE];
     unsigned int size = 0;

@@ -5,14 +5,15 @@
 #include <string_view>
 
 struct evp_md_ctx_st;
+struct XXH3_state_s;
 
 namespace quilloservice {
 
-/// A running SHA checksum. Copies go on independently, which is how a chunk that turns out damaged
+/// A running checksum. Copies go on independently, which is how a chunk that turns out damaged
 /// is taken back. One thread at a time.
 class Digest {
 public:
-    enum class Algorithm { Sha1, Sha256 };
+    enum class Algorithm { Sha1, Sha256, Xxh128 };
 
     Digest() : Digest(Algorithm::Sha256) {}
     explicit Digest(Algorithm algorithm);
@@ -30,8 +31,12 @@ public:
 private:
     struct Free {
         void operator()(evp_md_ctx_st* context) const;
+        void operator()(XXH3_state_s* context) const;
     };
+
+    // One of the two, by the algorithm.
     std::unique_ptr<evp_md_ctx_st, Free> context_;
+    std::unique_ptr<XXH3_state_s, Free> fastContext_;
 };
 
 /// SHA-256 of `bytes`, raw.

@@ -80,7 +80,7 @@ private:
 void TellProtocol(Call& call) {
     call.response.set_header("Tus-Version", kTusVersion);
     call.response.set_header("Tus-Extension", "creation,checksum");
-    call.response.set_header("Tus-Checksum-Algorithm", "sha1,sha256");
+    call.response.set_header("Tus-Checksum-Algorithm", "sha1,sha256,xxh128");
     call.response.set_header("Tus-Max-Size", std::to_string(Uploads::kMaxBytes));
 }
 
@@ -109,13 +109,14 @@ std::optional<AppendRequest::Checksum> ReadChecksum(const Call& call) {
     std::string algorithm = header->substr(0, space);
     auto value = FromBase64(std::string_view(*header).substr(std::min(space + 1, header->size())));
     for (auto [name, known, size] : {std::tuple("sha1", Digest::Algorithm::Sha1, 20u),
-                                     std::tuple("sha256", Digest::Algorithm::Sha256, 32u)}) {
+                                     std::tuple("sha256", Digest::Algorithm::Sha256, 32u),
+                                     std::tuple("xxh128", Digest::Algorithm::Xxh128, 16u)}) {
         if (algorithm == name && value && value->size() == size) {
             return AppendRequest::Checksum{known, *value};
         }
     }
     throw ApiError::BadRequest(
-        "Upload-Checksum has to be sha1 or sha256, a blank, and the checksum in base64.");
+        "Upload-Checksum has to be sha1, sha256 or xxh128, a blank, and the checksum in base64.");
 }
 
 std::optional<std::string> ReadContentSha256(const Call& call) {

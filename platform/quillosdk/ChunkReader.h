@@ -14,7 +14,7 @@ namespace quillosdk {
 struct Chunk {
     std::uint64_t offset = 0;
     std::shared_ptr<std::string const> bytes;
-    std::string sha256;  ///< of `bytes`, in base64
+    std::string checksum;  ///< of `bytes`, as Upload-Checksum has it
     std::string
         contentSha256;  ///< of the whole file, in hexadecimal; empty but with the last piece
 

@@ -138,7 +138,7 @@ void TusUpload::SendChunk(Chunk const& chunk) {
     auto patch = RequestTo("PATCH", location);
     patch.headers.emplace_back("Content-Type", "application/offset+octet-stream");
     patch.headers.emplace_back("Upload-Offset", std::to_string(chunk.offset));
-    patch.headers.emplace_back("Upload-Checksum", "sha256 " + chunk.sha256);
+    patch.headers.emplace_back("Upload-Checksum", chunk.checksum);
     if (!chunk.contentSha256.empty())
         patch.headers.emplace_back("Quillo-Content-SHA256", chunk.contentSha256);
     patch.body = chunk.bytes;

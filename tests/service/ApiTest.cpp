@@ -57,7 +57,7 @@ TEST_F(ApiTest, LetsNobodyInWithoutAToken) {
     auto options = client.http.Options("/v1/uploads");
     EXPECT_EQ(options->status, 204);
     EXPECT_EQ(options->get_header_value("Tus-Extension"), "creation,checksum");
-    EXPECT_EQ(options->get_header_value("Tus-Checksum-Algorithm"), "sha1,sha256");
+    EXPECT_EQ(options->get_header_value("Tus-Checksum-Algorithm"), "sha1,sha256,xxh128");
 }
 
 TEST_F(ApiTest, SignsInAndOut) {
@@ -264,21 +264,31 @@ TEST_F(ApiTest, ChecksWhatAppends) {
                {"Upload-Checksum", "sha1 EfatjsUqKYSrqv18O1FlA3hcIHI="}},
               "x",
               204},
+             {{{"Content-Type", type},
+               {"Upload-Offset", "1"},
+               {"Upload-Checksum", "xxh128 XHQBwOwi7u7q8GxkgLLNEQ=="}},
+              "y",
+              460},
+             {{{"Content-Type", type},
+               {"Upload-Offset", "1"},
+               {"Upload-Checksum", "xxh128 XHQBwOwi7u7q8GxkgLLNEQ=="}},
+              "x",
+              204},
          }) {
         auto result = client.Send("PATCH", upload, row.headers, row.body);
         ASSERT_TRUE(result);
         EXPECT_EQ(result->status, row.status) << row.body << result->body;
     }
-    EXPECT_EQ(client.OffsetOf(upload), "1");
+    EXPECT_EQ(client.OffsetOf(upload), "2");
     // The protocol's way for clients that have no PATCH.
     EXPECT_EQ(client
                   .Send("POST", upload,
                         {{"X-HTTP-Method-Override", "PATCH"},
                          {"Content-Type", type},
-                         {"Upload-Offset", "1"}},
+                         {"Upload-Offset", "2"}},
                         "yz")
                   ->get_header_value("Upload-Offset"),
-              "3");
+              "4");
 }
 
 TEST_F(ApiTest, AnswersARepeatedCreationWithWhatTheFirstMade) {
