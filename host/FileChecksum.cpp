@@ -1,5 +1,6 @@
 #include "host/FileChecksum.h"
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 #include <array>
@@ -11,7 +12,18 @@
 
 namespace quillohost {
 
+namespace {
+
+/// Frees at its end what libcrypto keeps for the thread: it is one of a pool, and may outlive
+/// libcrypto.
+struct CryptoThreadScope {
+    ~CryptoThreadScope() { OPENSSL_thread_stop(); }
+};
+
+}  // namespace
+
 std::string Sha256OfFile(std::filesystem::path const& file) {
+    CryptoThreadScope const scope;
     std::ifstream in(file, std::ios::binary);
     std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> const context(EVP_MD_CTX_new(),
                                                                           &EVP_MD_CTX_free);

@@ -77,6 +77,9 @@ protected:
             [this](View view) { seen.push_back(view); });
     }
 
+    // What is still to be delivered reaches into this object.
+    ~WorkflowTest() override { testsupport::DrainMainThread(); }
+
     void AllowLinks() {
         On(kCreateLink,
            std::string(R"({"review_link":{"id":")") + kLink + R"(","url":")" + kUrl + R"("}})",
