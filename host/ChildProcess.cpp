@@ -104,7 +104,7 @@ struct Launch {
             sigset_t none;
             sigemptyset(&none);
             sigprocmask(SIG_SETMASK, &none, nullptr);
-            signal(SIGPIPE, SIG_DFL);
+            signal(SIGPIPE, SIG_DFL);  // NOLINT(concurrency-mt-unsafe): alone here
             execv(program, arguments);
         }
         int const reason = errno;
@@ -123,7 +123,7 @@ fs::path FindProgram(std::string const& name) {
     for (std::string directory; std::getline(list, directory, ':');)
         directories.emplace_back(directory);
     for (auto const& directory : directories) {
-        fs::path const candidate = directory / name;
+        fs::path candidate = directory / name;
         if (fs::is_regular_file(candidate, ignored) && access(candidate.c_str(), X_OK) == 0)
             return candidate;
     }
@@ -143,6 +143,7 @@ public:
         std::vector<std::string> words{program.string()};
         words.insert(words.end(), arguments.begin(), arguments.end());
         std::vector<char*> pointers;
+        pointers.reserve(words.size() + 1);
         for (auto& word : words)
             pointers.push_back(word.data());
         pointers.push_back(nullptr);

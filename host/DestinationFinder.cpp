@@ -108,7 +108,7 @@ DestinationFinder::Folder DestinationFinder::FindByNames(std::vector<std::string
         place = FindChild(place, name);
         if (auto const project = As<QuilloProject>(place)) place = project->GetRootFolder();
     }
-    if (auto const folder = As<QuilloFolder>(place)) return folder;
+    if (auto folder = As<QuilloFolder>(place)) return folder;
     throw Failure(ExitCode::Location, "\"" + JoinLocationPath(names) +
                                           "\" is no project yet; go on with one of " +
                                           List(ChildrenOf(place)) + ".");

@@ -1,8 +1,8 @@
 #include "host/Exporter.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -96,7 +96,7 @@ void Exporter::OnExit(ExitStatus status) {
 std::string Exporter::Complaint(ExitStatus status) const {
     std::string said;
     for (auto const& line : complaints) {
-        if (line.find(std::strerror(ENOSPC)) != std::string::npos)
+        if (line.find(std::generic_category().message(ENOSPC)) != std::string::npos)
             return "the disk of \"" + output.parent_path().string() +
                    "\" is full; free some space and share again.";
         said += (said.empty() ? "" : "; ") + line;

@@ -68,7 +68,7 @@ KeyLocks::KeyLocks(std::filesystem::path newFile) : file(std::move(newFile)) {}
 Future<std::shared_ptr<KeyLocks::Lock>> KeyLocks::Take(std::string const& key,
                                                        std::function<void()> const& onWait) const {
     auto const promise = std::make_shared<Promise<std::shared_ptr<Lock>>>();
-    auto const future = promise->GetFuture();
+    auto future = promise->GetFuture();
     auto const lock = std::make_shared<ByteLock>(file, key);
     if (lock->TryTake()) {
         promise->SetValue(lock);

@@ -32,7 +32,7 @@ MainLoop::MainLoop() {
     signal(SIGPIPE, SIG_IGN);
     auto const signals = HandledSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);  // inherited by every thread made from now on
-    MainThread::SetFailureHandler([this](std::exception_ptr thrown) { Fail(thrown); });
+    MainThread::SetFailureHandler([this](std::exception_ptr const& thrown) { Fail(thrown); });
     signalThread = std::thread([this] { HandleSignals(); });
 }
 

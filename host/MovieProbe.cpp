@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 /// The canonical path of a file that can be read and holds something.
 fs::path ReadableFile(fs::path const& path) {
     std::error_code error;
-    fs::path const canonical = fs::canonical(path, error);
+    fs::path canonical = fs::canonical(path, error);
     if (error == std::errc::no_such_file_or_directory)
         Refuse(path, "there is no such file; check its name.");
     if (error) Refuse(path, error.message() + ".");

@@ -3,6 +3,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdio>
 #include <utility>
 
@@ -56,8 +57,7 @@ void ProgressDisplay::Update(double fraction) {
     if (double const elapsed = std::chrono::duration<double>(now - begun).count();
         now - begun >= kBeforeEstimate && fraction > 0) {
         bar.rate = rateText(fraction / elapsed);
-        bar.left =
-            std::chrono::seconds(static_cast<long>(elapsed * (1 - fraction) / fraction + 0.5));
+        bar.left = std::chrono::seconds(std::lround(elapsed * (1 - fraction) / fraction));
     }
     if (isTerminal) {
         if (now - lastDraw >= kBetweenDraws) Draw(now);
