@@ -5,8 +5,6 @@
 
 namespace quillomoxui {
 
-BindingHandle::~BindingHandle() = default;
-
 std::mutex& PropertyMutex(void const* host) noexcept {
     static std::array<std::mutex, 64> mutexes;
     // The hosts of one object lie some ten bytes apart, those of two objects some hundred.

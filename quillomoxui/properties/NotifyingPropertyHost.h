@@ -7,7 +7,7 @@
 
 #include "moxcore/utility/EnableSharedAs.h"
 #include "quillomoxui/Export.h"
-#include "quillomoxui/properties/BindingHandle.h"
+#include "quillomoxui/utility/BindingHandle.h"
 #include "quillomoxui/utility/WeakBindMemberFunction.h"
 
 namespace quillomoxui {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "quillomoxui/Export.h"
-#include "quillomoxui/properties/BindingHandle.h"
+#include "quillomoxui/utility/BindingHandle.h"
 
 namespace quillomoxui::utility {
 

@@ -13,31 +13,40 @@ namespace {
 constexpr std::string_view kForm = "00000000-0000-0000-0000-000000000000";
 constexpr std::string_view kDigits = "0123456789abcdef";
 
-/// The value of a hexadecimal digit, or -1.
-constexpr int DigitValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
+/// Where the two digits of each byte stand. A tree of locations has hundreds of thousands of Guids
+/// read and written, so neither searches the form for them.
+constexpr std::array<std::uint8_t, 16> kPlaces = {0,  2,  4,  6,  9,  11, 14, 16,
+                                                  19, 21, 24, 26, 28, 30, 32, 34};
+
+constexpr std::uint8_t kNoDigit = 0xFF;
+
+/// The value of each character as a hexadecimal digit.
+constexpr std::array<std::uint8_t, 256> kDigitValues = [] {
+    std::array<std::uint8_t, 256> values{};
+    values.fill(kNoDigit);
+    for (std::uint8_t value = 0; value < 16; ++value) {
+        auto const digit = static_cast<unsigned char>(kDigits[value]);
+        values[digit] = value;
+        if (value >= 10) values[digit - 'a' + 'A'] = value;
+    }
+    return values;
+}();
 
 }  // namespace
 
 Guid::Guid(std::string_view text) noexcept {
     if (text.size() != kForm.size()) return;
+    for (std::size_t const hyphen : {8, 13, 18, 23})
+        if (text[hyphen] != '-') return;
     std::array<std::uint8_t, 16> parsed{};
-    std::size_t digits = 0;
-    for (std::size_t i = 0; i < kForm.size(); ++i) {
-        if (kForm[i] == '-') {
-            if (text[i] != '-') return;
-            continue;
-        }
-        int const value = DigitValue(text[i]);
-        if (value < 0) return;
-        auto& byte = parsed[digits++ / 2];
-        byte = static_cast<std::uint8_t>(byte << 4 | value);
+    unsigned seen = 0;  // all digits' bits; more than four of them when one was none
+    for (std::size_t i = 0; i < parsed.size(); ++i) {
+        unsigned const high = kDigitValues[static_cast<unsigned char>(text[kPlaces[i]])];
+        unsigned const low = kDigitValues[static_cast<unsigned char>(text[kPlaces[i] + 1])];
+        seen |= high | low;
+        parsed[i] = static_cast<std::uint8_t>(high << 4 | low);
     }
-    bytes = parsed;
+    if (seen <= 0xF) bytes = parsed;
 }
 
 Guid Guid::CreateUnique() {
@@ -54,12 +63,9 @@ Guid Guid::CreateUnique() {
 
 std::string Guid::AsStdString() const {
     std::string text(kForm);
-    std::size_t digits = 0;
-    for (char& c : text) {
-        if (c == '-') continue;
-        auto const byte = bytes[digits / 2];
-        c = kDigits[digits % 2 == 0 ? byte >> 4 : byte & 0x0F];
-        ++digits;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        text[kPlaces[i]] = kDigits[bytes[i] >> 4];
+        text[kPlaces[i] + 1u] = kDigits[bytes[i] & 0x0F];
     }
     return text;
 }

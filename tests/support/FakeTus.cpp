@@ -1,4 +1,4 @@
-#include "tests/platform/quilloservices/FakeTus.h"
+#include "tests/support/FakeTus.h"
 
 #include <openssl/evp.h>
 #include <xxhash.h>

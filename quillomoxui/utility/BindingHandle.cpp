@@ -1,0 +1,7 @@
+#include "quillomoxui/utility/BindingHandle.h"
+
+namespace quillomoxui {
+
+BindingHandle::~BindingHandle() = default;
+
+}  // namespace quillomoxui
