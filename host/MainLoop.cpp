@@ -57,10 +57,10 @@ void MainLoop::WaitUntil(std::function<bool()> const& done) {
     if (failure) std::rethrow_exception(std::exchange(failure, nullptr));
 }
 
-void MainLoop::Fail(std::exception_ptr const& newFailure) {
+void MainLoop::Fail(std::exception_ptr newFailure) {
     moxcore::threads::AsyncCallFromMainThread(
-        [this, newFailure] {
-            if (!failure) failure = newFailure;
+        [this, handedOver = std::move(newFailure)] {
+            if (!failure) failure = handedOver;
         },
         0);
 }

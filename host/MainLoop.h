@@ -33,8 +33,8 @@ public:
         return future.Get();
     }
 
-    /// Has the wait that is under way, or the next one, throw `failure`. Any thread.
-    void Fail(std::exception_ptr const& failure);
+    /// Has the wait that is under way, or the next one, throw `newFailure`. Any thread.
+    void Fail(std::exception_ptr newFailure);
 
 private:
     void HandleSignals();
