@@ -2,13 +2,14 @@
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS moxcore quilloservices quillomoxui EXPORT quillomoxui-targets
+install(TARGETS moxcore moxui quilloservices quillomoxui EXPORT quillomoxui-targets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS quillo-service quillo-host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY quillomoxui DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h"
         PATTERN "*.inl")
-install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h"
+        PATTERN "detail" EXCLUDE)
 install(EXPORT quillomoxui-targets NAMESPACE quillo::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/quillomoxui)
 

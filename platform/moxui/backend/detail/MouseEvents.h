@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QEvent>
+#include <QWidget>
+#include <optional>
+
+#include "moxui/ui/PointerEvent.h"
+
+namespace moxui::backend {
+
+class Peer;
+
+/// What `event` is in the toolkit's terms; nothing when it is no pointer event.
+[[nodiscard]] std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event);
+
+/// Whether `event` is Enter or Space going down, which press what has the focus.
+[[nodiscard]] bool IsPressingKey(QEvent const& event);
+
+/// Has `peer` hear the pointer events of `widget`, a ready-made control, before it does, and makes
+/// it reachable with Tab and pressed by Enter and Space. As long as both live.
+void WatchMouseEvents(QWidget& widget, Peer& peer);
+
+}  // namespace moxui::backend

@@ -1,0 +1,65 @@
+#include "moxui/backend/detail/Peer.h"
+
+#include <QCoreApplication>
+#include <algorithm>
+
+#include "moxui/backend/detail/MouseEvents.h"
+
+namespace moxui::backend {
+
+Peer::~Peer() {
+    if (!widget) return;
+    if (link) link->node = nullptr;
+    if (ownership == Ownership::Host) return;
+    widget->disconnect();
+    widget->hide();
+    widget->setParent(nullptr);
+    if (QCoreApplication::instance())
+        widget->deleteLater();
+    else
+        delete widget.data();
+}
+
+void Peer::SetNode(ui::UI_Node* newNode) {
+    node = newNode;
+    if (link) link->node = newNode;
+}
+
+void Peer::SetParent(Peer* parent) {
+    if (widget) widget->setParent(parent ? parent->GetWidget() : nullptr);
+}
+
+bool Peer::Deliver(ui::MouseEvent const& event) {
+    if (!node) return false;
+    // A handler may let go of the node, and with it of this peer and its functions.
+    boost::intrusive_ptr<ui::UI_Node> const alive(node);
+    for (std::size_t i = 0; i < mouseFunctions.size(); ++i) {
+        auto const function = mouseFunctions[i].second;
+        bool handled = false;
+        if ((*function)(alive.get(), event, handled) || handled) return true;
+    }
+    return alive->UI_DoPointerEvent(alive.get(), event);
+}
+
+void Peer::DeliverKeyPress() {
+    if (!node || !widget) return;
+    boost::intrusive_ptr<ui::UI_Node> const alive(node);
+    auto const centre = widget->rect().center();
+    moxcore::geom::PointT<float> const location{static_cast<float>(centre.x()),
+                                                static_cast<float>(centre.y())};
+    Deliver(ui::MouseEvent(ui::PointerAction::Press, location, 1));
+    Deliver(ui::MouseEvent(ui::PointerAction::Release, location, 1));
+}
+
+void Peer::AddMouseEventFunction(std::shared_ptr<ui::UI_Node::MouseEventFunction> const& function,
+                                 int order) {
+    if (!function || !*function) return;
+    auto const place =
+        std::upper_bound(mouseFunctions.begin(), mouseFunctions.end(), order,
+                         [](int value, auto const& entry) { return value < entry.first; });
+    bool const first = mouseFunctions.empty();
+    mouseFunctions.emplace(place, order, function);
+    if (first && widget) WatchMouseEvents(*widget, *this);
+}
+
+}  // namespace moxui::backend

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+#include <memory>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "moxui/ui/UI_Node.h"
+
+namespace moxui::backend {
+
+/// Mixed into our own widget classes: the node that the widget shows, null once it is gone.
+struct NodeLink {
+    ui::UI_Node* node = nullptr;
+};
+
+/// The widget that shows a node, and what the node hears from it. Owned by the node; main thread.
+class Peer {
+public:
+    enum class Ownership { Node, Host };
+
+    /// Takes `widget` over, unless it is the host's.
+    template <class Widget>
+    explicit Peer(Widget* widget, Ownership ownership = Ownership::Node)
+        : widget(widget), ownership(ownership) {
+        if constexpr (std::is_base_of_v<NodeLink, Widget>) link = widget;
+    }
+    /// The widget is destroyed by the event loop, once no event of its own is being handled.
+    ~Peer();
+    Peer(Peer const&) = delete;
+    Peer& operator=(Peer const&) = delete;
+
+    /// Null once Qt has destroyed the widget, with its window for instance.
+    [[nodiscard]] QWidget* GetWidget() const { return widget; }
+    template <class Widget>
+    [[nodiscard]] Widget* GetWidgetAs() const {
+        return static_cast<Widget*>(widget.data());
+    }
+
+    void SetNode(ui::UI_Node* newNode);
+    [[nodiscard]] ui::UI_Node* GetNode() const { return node; }
+
+    /// Puts the widget into `parent`'s, or into none.
+    void SetParent(Peer* parent);
+
+    /// Runs the mouse-event functions and then the node's own handler. True when the event goes no
+    /// further.
+    bool Deliver(ui::MouseEvent const& event);
+    /// The same for a press and a release by keyboard.
+    void DeliverKeyPress();
+
+    void AddMouseEventFunction(std::shared_ptr<ui::UI_Node::MouseEventFunction> const& function,
+                               int order);
+
+    /// The theme for which the node was told last.
+    unsigned themeGeneration = 0;
+
+private:
+    QPointer<QWidget> widget;
+    NodeLink* link = nullptr;  // a part of widget
+    ui::UI_Node* node = nullptr;
+    Ownership ownership;
+    std::vector<std::pair<int, std::shared_ptr<ui::UI_Node::MouseEventFunction>>> mouseFunctions;
+};
+
+/// A node's peer with a new widget of the given class.
+template <class Widget, class... Args>
+[[nodiscard]] std::unique_ptr<Peer> MakePeer(Args&&... args) {
+    return std::make_unique<Peer>(new Widget(std::forward<Args>(args)...));
+}
+
+}  // namespace moxui::backend

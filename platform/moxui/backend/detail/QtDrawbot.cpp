@@ -1,0 +1,183 @@
+#include "moxui/backend/detail/QtDrawbot.h"
+
+#include <QFontMetricsF>
+#include <QPainterPath>
+#include <QPen>
+#include <cmath>
+#include <vector>
+
+#include "moxui/backend/detail/Conversions.h"
+#include "moxui/drawbot/MeasuringDrawbot.h"
+#include "moxui/skins/ThemeProvider.h"
+
+namespace moxui::backend {
+namespace {
+
+class Path : public drawbot::PathInterface {
+public:
+    void AddRect(moxcore::geom::RectT<float> const& rect) override { path.addRect(ToQRectF(rect)); }
+    void AddRoundedRect(moxcore::geom::RectT<float> const& rect, float cornerRadius) override {
+        path.addRoundedRect(ToQRectF(rect), cornerRadius, cornerRadius);
+    }
+
+    QPainterPath path;
+};
+
+class Pen : public drawbot::PenInterface {
+public:
+    Pen(drawbot::ColorRGBA const& color, float width)
+        : pen(ToQColor(color), width, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin) {}
+
+    QPen pen;
+};
+
+class Font : public drawbot::FontInterface {
+public:
+    explicit Font(QFont const& font) : font(font), metrics(font) {}
+
+    float GetHeight() const override { return static_cast<float>(metrics.height()); }
+    float GetAscent() const override { return static_cast<float>(metrics.ascent()); }
+    float MeasureWidth(moxcore::string::UTF16String const& text) const override {
+        return static_cast<float>(metrics.horizontalAdvance(ToQString(text)));
+    }
+    float MeasureWrappedHeight(moxcore::string::UTF16String const& text,
+                               float width) const override {
+        return static_cast<float>(
+            metrics.boundingRect(QRectF(0, 0, width, 1e6), Qt::TextWordWrap, ToQString(text))
+                .height());
+    }
+    moxcore::string::UTF16String Truncate(moxcore::string::UTF16String const& text, float width,
+                                          bool inTheMiddle) const override {
+        return FromQString(metrics.elidedText(
+            ToQString(text), inTheMiddle ? Qt::ElideMiddle : Qt::ElideRight, std::floor(width)));
+    }
+
+    QFont font;
+    QFontMetricsF metrics;
+};
+
+class Supplier final : public drawbot::SupplierInterface {
+public:
+    boost::intrusive_ptr<drawbot::PathInterface> NewPath() const override { return new Path; }
+    boost::intrusive_ptr<drawbot::PenInterface> NewPen(drawbot::ColorRGBA const& color,
+                                                       float width) const override {
+        return new Pen(color, width);
+    }
+    boost::intrusive_ptr<drawbot::FontInterface> NewFont(std::string const& name, float size,
+                                                         std::string const& style) const override {
+        for (auto const& known : fonts)
+            if (known.name == name && known.size == size && known.style == style) return known.font;
+        QFont font(QString::fromStdString(name));
+        font.setPixelSize(std::max(1, static_cast<int>(std::lround(size))));
+        font.setBold(style == "Bold");
+        fonts.push_back({name, size, style, new Font(font)});
+        return fonts.back().font;
+    }
+
+private:
+    struct KnownFont {
+        std::string name;
+        float size;
+        std::string style;
+        boost::intrusive_ptr<drawbot::FontInterface> font;
+    };
+    /// The few that a program uses: made once, since every measuring and drawing asks for one.
+    mutable std::vector<KnownFont> fonts;
+};
+
+class NoSurface final : public drawbot::SurfaceInterface {
+    void PaintRect(drawbot::ColorRGBA const&, moxcore::geom::RectT<float> const&) override {}
+    void FillPath(drawbot::ColorRGBA const&, drawbot::PathInterface const&) override {}
+    void StrokePath(drawbot::PenInterface const&, drawbot::PathInterface const&) override {}
+    void DrawImage(drawbot::ImageInterface const&, moxcore::geom::PointT<float> const&,
+                   float) override {}
+    void DrawString(drawbot::ColorRGBA const&, drawbot::FontInterface const&,
+                    moxcore::string::UTF16String const&,
+                    moxcore::geom::PointT<float> const&) override {}
+    void PushClip(moxcore::geom::RectT<float> const&) override {}
+    void PopClip() override {}
+};
+
+class QtMeasuringDrawbot : public drawbot::MeasuringDrawbot {
+public:
+    drawbot::SupplierInterface const* GetSupplier() const override { return &QtSupplier(); }
+    drawbot::SurfaceInterface* GetSurface() override { return &surface; }
+
+private:
+    NoSurface surface;
+};
+
+}  // namespace
+
+drawbot::SupplierInterface const& QtSupplier() {
+    // Never destroyed: its fonts would outlive the application that they belong to otherwise.
+    static Supplier const& supplier = *new Supplier;
+    return supplier;
+}
+
+QFont const& QtFont(drawbot::FontInterface const& font) {
+    return static_cast<Font const&>(font).font;
+}
+
+QtDrawbot::QtDrawbot(QPainter& painter) : painter(painter) {
+    painter.setRenderHint(QPainter::Antialiasing);
+}
+
+void QtDrawbot::PaintRect(drawbot::ColorRGBA const& color,
+                          moxcore::geom::RectT<float> const& rect) {
+    painter.fillRect(ToQRectF(rect), ToQColor(color));
+}
+
+void QtDrawbot::FillPath(drawbot::ColorRGBA const& color, drawbot::PathInterface const& path) {
+    painter.fillPath(static_cast<Path const&>(path).path, ToQColor(color));
+}
+
+void QtDrawbot::StrokePath(drawbot::PenInterface const& pen, drawbot::PathInterface const& path) {
+    painter.strokePath(static_cast<Path const&>(path).path, static_cast<Pen const&>(pen).pen);
+}
+
+void QtDrawbot::DrawImage(drawbot::ImageInterface const& image,
+                          moxcore::geom::PointT<float> const& origin, float scale) {
+    auto const size = image.GetSize();
+    static_cast<QtImage const&>(image).Paint(
+        painter, QRectF(origin.x, origin.y, size.x * scale, size.y * scale));
+}
+
+void QtDrawbot::DrawString(drawbot::ColorRGBA const& color, drawbot::FontInterface const& font,
+                           moxcore::string::UTF16String const& text,
+                           moxcore::geom::PointT<float> const& origin) {
+    painter.setFont(QtFont(font));
+    painter.setPen(ToQColor(color));
+    painter.drawText(QPointF(origin.x, origin.y), ToQString(text));
+}
+
+void QtDrawbot::PushClip(moxcore::geom::RectT<float> const& rect) {
+    painter.save();
+    painter.setClipRect(ToQRectF(rect), Qt::IntersectClip);
+}
+
+void QtDrawbot::PopClip() {
+    painter.restore();
+}
+
+void PaintFocusRing(QPainter& painter, QRectF const& place) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(
+        QPen(ToQColor(skins::ThemeProvider::Get().GetColor(skins::ThemeColor::kFocus)), 1.5));
+    painter.drawRoundedRect(place.adjusted(1, 1, -1, -1), 3, 3);
+    painter.restore();
+}
+
+}  // namespace moxui::backend
+
+namespace moxui::drawbot {
+
+std::shared_ptr<MeasuringDrawbot> MeasuringDrawbot::Get(SupplierInterface const*) {
+    static std::shared_ptr<MeasuringDrawbot> const drawbot =
+        std::make_shared<backend::QtMeasuringDrawbot>();
+    return drawbot;
+}
+
+}  // namespace moxui::drawbot

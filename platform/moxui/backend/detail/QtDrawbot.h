@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QFont>
+#include <QPainter>
+
+#include "moxui/drawbot/Drawbot.h"
+
+namespace moxui::backend {
+
+/// The one supplier: fonts, paths and pens are the same for every window.
+[[nodiscard]] drawbot::SupplierInterface const& QtSupplier();
+
+/// The Qt font behind a font of the supplier's.
+[[nodiscard]] QFont const& QtFont(drawbot::FontInterface const& font);
+
+/// A picture that can be painted with Qt: every ImageInterface of this tree is one.
+class QtImage : public drawbot::ImageInterface {
+public:
+    /// Paints it, sharp, into `place` of `painter`'s coordinates.
+    virtual void Paint(QPainter& painter, QRectF const& place) const = 0;
+};
+
+/// Draws on a painter, which the caller keeps alive.
+class QtDrawbot : public drawbot::Drawbot, private drawbot::SurfaceInterface {
+public:
+    explicit QtDrawbot(QPainter& painter);
+
+    drawbot::SupplierInterface const* GetSupplier() const override { return &QtSupplier(); }
+    drawbot::SurfaceInterface* GetSurface() override { return this; }
+
+private:
+    void PaintRect(drawbot::ColorRGBA const& color,
+                   moxcore::geom::RectT<float> const& rect) override;
+    void FillPath(drawbot::ColorRGBA const& color, drawbot::PathInterface const& path) override;
+    void StrokePath(drawbot::PenInterface const& pen, drawbot::PathInterface const& path) override;
+    void DrawImage(drawbot::ImageInterface const& image, moxcore::geom::PointT<float> const& origin,
+                   float scale) override;
+    void DrawString(drawbot::ColorRGBA const& color, drawbot::FontInterface const& font,
+                    moxcore::string::UTF16String const& text,
+                    moxcore::geom::PointT<float> const& origin) override;
+    void PushClip(moxcore::geom::RectT<float> const& rect) override;
+    void PopClip() override;
+
+    QPainter& painter;
+};
+
+/// Shows, around `place`, that it has the keyboard's focus.
+void PaintFocusRing(QPainter& painter, QRectF const& place);
+
+}  // namespace moxui::backend

@@ -1,0 +1,63 @@
+#include "moxui/backend/detail/Theme.h"
+
+#include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/Peer.h"
+#include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/skins/ThemeProvider.h"
+#include "moxui/ui/UI_Container.h"
+
+namespace moxui::backend {
+
+void ApplyTheme(QWidget& widget) {
+    auto const& theme = skins::ThemeProvider::Get();
+    auto const color = [&](int key) { return ToQColor(theme.GetColor(key)); };
+    namespace Key = skins::ThemeColor;
+
+    QPalette palette;
+    auto const set = [&](QPalette::ColorRole role, int key) { palette.setColor(role, color(key)); };
+    set(QPalette::Window, Key::kGround);
+    set(QPalette::Base, Key::kGround);
+    set(QPalette::AlternateBase, Key::kGround);
+    set(QPalette::Button, Key::kControl);
+    set(QPalette::Highlight, Key::kHighlight);
+    set(QPalette::ToolTipBase, Key::kControl);
+    set(QPalette::Link, Key::kLink);
+    set(QPalette::LinkVisited, Key::kLink);
+    for (auto const role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
+                            QPalette::BrightText, QPalette::ToolTipText}) {
+        set(role, Key::kText);
+        palette.setColor(QPalette::Disabled, role, color(Key::kDisabledText));
+    }
+    set(QPalette::HighlightedText, Key::kSelectedText);
+    set(QPalette::PlaceholderText, Key::kDisabledText);
+    set(QPalette::Light, Key::kControlHovered);
+    set(QPalette::Midlight, Key::kControlHovered);
+    set(QPalette::Mid, Key::kControlBorder);
+    set(QPalette::Dark, Key::kControlBorder);
+    set(QPalette::Shadow, Key::kControlBorder);
+    widget.setPalette(palette);
+    widget.setFont(ThemeFont(""));
+}
+
+void TellOfTheme(ui::UI_Node& node) {
+    if (node.GetPeer().themeGeneration != ThemeGeneration()) {
+        node.GetPeer().themeGeneration = ThemeGeneration();
+        node.UI_ThemeChanged();
+        node.UI_Invalidate();
+    }
+    auto* const container = dynamic_cast<ui::UI_Container*>(&node);
+    if (!container) return;
+    // A view may rebuild its children when it hears of the theme.
+    auto const children =
+        ui::UI_Container::Children(container->ChildBegin(), container->ChildEnd());
+    for (auto const& child : children)
+        TellOfTheme(*child);
+}
+
+QFont ThemeFont(std::string const& style, float factor) {
+    auto const& theme = skins::ThemeProvider::Get();
+    return QtFont(
+        *QtSupplier().NewFont(theme.GetFontName(0), theme.GetFontSize(0) * factor, style));
+}
+
+}  // namespace moxui::backend

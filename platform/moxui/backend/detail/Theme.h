@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QFont>
+#include <QPalette>
+#include <QWidget>
+#include <string>
+
+namespace moxui::ui {
+class OS_ViewContainer;
+class UI_Node;
+}  // namespace moxui::ui
+
+namespace moxui::backend {
+
+/// Counts the changes of the theme, from 1.
+[[nodiscard]] unsigned ThemeGeneration();
+
+/// Puts the theme's palette and font on `widget`, whose children take them over from it, and not on
+/// the application, which is the host's.
+void ApplyTheme(QWidget& widget);
+
+/// Windows whose views hear of a change of the theme, as long as they are listed.
+void AddThemedWindow(ui::OS_ViewContainer& container);
+void RemoveThemedWindow(ui::OS_ViewContainer& container);
+
+/// Tells `node` and what is below it that another theme is in force, unless they know.
+void TellOfTheme(ui::UI_Node& node);
+
+/// The theme's font in the given style ("" or "Bold"), at `factor` times its size.
+[[nodiscard]] QFont ThemeFont(std::string const& style, float factor = 1);
+
+}  // namespace moxui::backend

@@ -1,0 +1,32 @@
+#include "moxui/backend/detail/ToolTip.h"
+
+#include <QTextDocument>
+
+#include "moxui/backend/detail/WidgetStyle.h"
+
+namespace moxui::backend {
+namespace {
+
+constexpr QLatin1String kStart("<p style=\"white-space:pre-wrap\">");
+constexpr QLatin1String kEnd("</p>");
+
+}  // namespace
+
+QString AsPlainToolTip(QString const& text) {
+    if (!Qt::mightBeRichText(text)) return text;
+    return kStart + text.toHtmlEscaped() + kEnd;
+}
+
+QString FromPlainToolTip(QString const& toolTip) {
+    if (!toolTip.startsWith(kStart)) return toolTip;
+    QTextDocument document;
+    document.setHtml(toolTip);
+    return document.toPlainText();
+}
+
+void SetToolTipDelay(QWidget& widget, int milliseconds) {
+    widget.setProperty(kToolTipDelayProperty, milliseconds);
+    widget.setStyle(&WidgetStyle::Get());
+}
+
+}  // namespace moxui::backend

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QWidget>
+
+#include "moxui/backend/detail/Peer.h"
+#include "moxui/ui/AccessibleRole.h"
+
+namespace moxui::backend {
+
+/// The widget of a view that draws itself, or that only holds others.
+class ViewWidget : public QWidget, public NodeLink {
+    Q_OBJECT
+public:
+    ViewWidget();
+
+    ui::AccessibleRole role = ui::AccessibleRole::Group;
+
+    /// What a press by an assistive tool does.
+    void Press();
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+};
+
+/// The widget of a window's topmost view: Tab goes through what it holds in reading order.
+class RootWidget : public ViewWidget {
+    Q_OBJECT
+public:
+    RootWidget();
+
+protected:
+    bool focusNextPrevChild(bool next) override;
+};
+
+}  // namespace moxui::backend

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "moxui/skins/ThemeClient.h"
+#include "moxui/ui/ConstMessage.h"
+#include "moxui/ui/UI_SubView.h"
+
+namespace moxui::controls {
+
+class UI_ControlView;
+
+/// A control was worked by the user.
+class MOXUI_API UI_ControlChangedMessage : public ui::Message {
+public:
+    explicit UI_ControlChangedMessage(UI_ControlView* control) : control(control) {}
+    [[nodiscard]] UI_ControlView* GetControl() const { return control; }
+
+private:
+    UI_ControlView* control;
+};
+
+/// A view in the theme's colours that can be worked: it may be disabled, and tells when the user
+/// has changed or pressed it. Main thread.
+class MOXUI_API UI_ControlView : public ui::UI_SubView, public skins::ThemeClient {
+public:
+    UI_ControlView();
+    ~UI_ControlView() override;
+
+    /// `function` hears (with a UI_ControlChangedMessage) whenever the user has changed or pressed
+    /// the control; not when a program has. Functions are called in the order in which they came;
+    /// the control stays alive while they run.
+    void NotifyWhenChanged(std::function<void(ui::Message*)> function);
+
+    void UI_SetEnabled(bool enabled);
+    void UI_SetDisabled(bool disabled) { UI_SetEnabled(!disabled); }
+    [[nodiscard]] bool UI_IsEnabled() const;
+
+protected:
+    explicit UI_ControlView(std::unique_ptr<backend::Peer> peer);
+
+    /// Tells whoever asked that the user has changed or pressed the control.
+    void NotifyChanged();
+
+    void OnCustomThemeColorChanged() override;
+
+private:
+    std::vector<std::function<void(ui::Message*)>> changeFunctions;
+};
+
+}  // namespace moxui::controls

@@ -1,0 +1,205 @@
+#include "moxui/skins/ThemeProvider.h"
+
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QStringList>
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/Peer.h"
+#include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/backend/detail/Theme.h"
+#include "moxui/ui/OS_ViewContainer.h"
+
+namespace moxui::skins {
+namespace {
+
+constexpr float kFontSize = 12;
+
+/// 0xRRGGBB as a colour.
+constexpr drawbot::ColorRGBA Rgb(unsigned value) {
+    auto const component = [value](int shift) {
+        return static_cast<float>((value >> shift) & 0xFF) / 255.0F;
+    };
+    return {component(16), component(8), component(0), 1};
+}
+
+struct Colors {
+    std::array<drawbot::ColorRGBA, 6> grays;
+    drawbot::ColorRGBA text, disabledText, link, highlight, focus, control, controlHovered,
+        controlPressed, controlBorder, progress, icon, selectedText;
+};
+
+constexpr Colors kDark{
+    .grays = {Rgb(0x181818), Rgb(0x242424), Rgb(0x2F2F2F), Rgb(0x3A3A3A), Rgb(0x4A4A4A),
+              Rgb(0x6E6E6E)},
+    .text = Rgb(0xE4E4E4),
+    .disabledText = Rgb(0xA0A0A0),
+    .link = Rgb(0x74B0FF),
+    .highlight = Rgb(0x35404F),
+    .focus = Rgb(0x4B9CFF),
+    .control = Rgb(0x333333),
+    .controlHovered = Rgb(0x3E3E3E),
+    .controlPressed = Rgb(0x1D1D1D),
+    .controlBorder = Rgb(0x757575),
+    .progress = Rgb(0x4B9CFF),
+    .icon = Rgb(0xD0D0D0),
+    .selectedText = Rgb(0xFFFFFF),
+};
+
+constexpr Colors kLight{
+    .grays = {Rgb(0xE6E6E6), Rgb(0xF5F5F5), Rgb(0xDCDCDC), Rgb(0xCDCDCD), Rgb(0xB8B8B8),
+              Rgb(0x8A8A8A)},
+    .text = Rgb(0x222222),
+    .disabledText = Rgb(0x686868),
+    .link = Rgb(0x0B5CC4),
+    .highlight = Rgb(0xD3E3F9),
+    .focus = Rgb(0x1B6FE0),
+    .control = Rgb(0xFDFDFD),
+    .controlHovered = Rgb(0xEDEDED),
+    .controlPressed = Rgb(0xD8D8D8),
+    .controlBorder = Rgb(0x858585),
+    .progress = Rgb(0x1B6FE0),
+    .icon = Rgb(0x464646),
+    .selectedText = Rgb(0x111111),
+};
+
+struct State {
+    ThemeKind kind = ThemeKind::Dark;
+    unsigned generation = 1;
+    std::vector<ui::OS_ViewContainer*> windows;
+};
+
+State& TheState() {
+    static State& state = *new State;
+    return state;
+}
+
+Colors const& InForce() {
+    return TheState().kind == ThemeKind::Dark ? kDark : kLight;
+}
+
+}  // namespace
+
+ThemeProvider const& ThemeProvider::Get() {
+    static ThemeProvider const provider;
+    return provider;
+}
+
+void ThemeProvider::SetTheme(ThemeKind kind) {
+    auto& state = TheState();
+    if (state.kind == kind) return;
+    state.kind = kind;
+    ++state.generation;
+    auto const windows = state.windows;
+    for (auto* const window : windows) {
+        if (auto* const widget = window->GetPeer().GetWidget()) backend::ApplyTheme(*widget);
+        backend::TellOfTheme(*window);
+    }
+}
+
+ThemeKind ThemeProvider::GetKind() const {
+    return TheState().kind;
+}
+
+drawbot::ColorRGBA ThemeProvider::GetColor(int key) const {
+    auto const& colors = InForce();
+    switch (key) {
+        case ThemeColor::kText:
+            return colors.text;
+        case ThemeColor::kDisabledText:
+            return colors.disabledText;
+        case ThemeColor::kLink:
+            return colors.link;
+        case ThemeColor::kGround:
+            return colors.grays[1];
+        case ThemeColor::kHighlight:
+            return colors.highlight;
+        case ThemeColor::kFocus:
+            return colors.focus;
+        case ThemeColor::kControl:
+            return colors.control;
+        case ThemeColor::kControlHovered:
+            return colors.controlHovered;
+        case ThemeColor::kControlPressed:
+            return colors.controlPressed;
+        case ThemeColor::kControlBorder:
+            return colors.controlBorder;
+        case ThemeColor::kProgress:
+            return colors.progress;
+        case ThemeColor::kIcon:
+            return colors.icon;
+        case ThemeColor::kSelectedText:
+            return colors.selectedText;
+        case ThemeColor::kButtonText:
+            return colors.text;
+        case ThemeColor::kButtonGround:
+            return colors.control;
+        case ThemeColor::kButtonHovered:
+            return colors.controlHovered;
+        default:
+            return Rgb(0xFF00FF);
+    }
+}
+
+drawbot::ColorRGBA ThemeProvider::GetGray(HalcynGrayColor level) const {
+    return InForce().grays.at(static_cast<std::size_t>(level));
+}
+
+std::string ThemeProvider::GetFontName(int) const {
+    static std::string const name = [] {
+        auto const families = QFontDatabase::families();
+        for (char const* const wanted : {"Inter", "Noto Sans", "DejaVu Sans"})
+            if (families.contains(QLatin1String(wanted))) return std::string(wanted);
+        return QFontInfo(QFont()).family().toStdString();
+    }();
+    return name;
+}
+
+float ThemeProvider::GetFontSize(int) const {
+    return kFontSize;
+}
+
+std::string ValidateFontName(std::string const& name) {
+    return QFontDatabase::hasFamily(QString::fromStdString(name))
+               ? name
+               : ThemeProvider::Get().GetFontName(0);
+}
+
+bool IsRunningV7OrBeyond() {
+    return true;
+}
+
+namespace utilities {
+
+drawbot::ColorRGBA GetHalcynGrayColor(ThemeProvider const& theme, HalcynGrayColor level) {
+    return theme.GetGray(level);
+}
+
+drawbot::ColorRGBA Blend(drawbot::ColorRGBA const& from, drawbot::ColorRGBA const& to, float part) {
+    auto const blend = [part](float a, float b) { return a + (b - a) * part; };
+    return {blend(from.red, to.red), blend(from.green, to.green), blend(from.blue, to.blue),
+            blend(from.alpha, to.alpha)};
+}
+
+}  // namespace utilities
+}  // namespace moxui::skins
+
+namespace moxui::backend {
+
+unsigned ThemeGeneration() {
+    return skins::TheState().generation;
+}
+
+void AddThemedWindow(ui::OS_ViewContainer& container) {
+    skins::TheState().windows.push_back(&container);
+}
+
+void RemoveThemedWindow(ui::OS_ViewContainer& container) {
+    auto& windows = skins::TheState().windows;
+    windows.erase(std::remove(windows.begin(), windows.end(), &container), windows.end());
+}
+
+}  // namespace moxui::backend

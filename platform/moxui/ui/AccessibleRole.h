@@ -1,0 +1,14 @@
+#pragma once
+
+namespace moxui::ui {
+
+/// What a screen reader calls a view that no ready-made control stands for.
+enum class AccessibleRole {
+    Group,
+    Link,
+    Button,
+    ListItem,
+    Image,
+};
+
+}  // namespace moxui::ui

@@ -1,0 +1,51 @@
+#include "moxui/ui/UI_SubView.h"
+
+#include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/Peer.h"
+#include "moxui/backend/detail/ViewWidget.h"
+
+namespace moxui::ui {
+
+UI_SubView::UI_SubView() : UI_SubView(backend::MakePeer<backend::ViewWidget>()) {}
+
+UI_SubView::UI_SubView(std::unique_ptr<backend::Peer> peer) : UI_Container(std::move(peer)) {}
+
+UI_SubView::~UI_SubView() = default;
+
+void UI_SubView::UI_Show(bool show) {
+    visible = show;
+    // A widget without a parent would become a window of its own.
+    auto* const widget = GetPeer().GetWidget();
+    if (widget && widget->parentWidget()) widget->setVisible(show);
+}
+
+void UI_SubView::UI_SetLocalRectF(moxcore::geom::RectT<float> const& newRect) {
+    rect = newRect;
+    if (auto* const widget = GetPeer().GetWidget())
+        widget->setGeometry(backend::ToWholeUnits(newRect));
+    UI_SizeChanged(UI_GetLocalRectF(false));
+}
+
+moxcore::geom::RectT<float> UI_SubView::UI_GetLocalRectF(bool inParentCoordinates) const {
+    return inParentCoordinates ? rect : moxcore::geom::RectT<float>{0, 0, rect.width, rect.height};
+}
+
+void UI_SubView::UI_SizeChanged(moxcore::geom::RectT<float> const&) {}
+
+void UI_SubView::UI_SetFocusable(bool focusable, AccessibleRole role) {
+    auto* const widget = GetPeer().GetWidget();
+    if (!widget) return;
+    widget->setFocusPolicy(focusable ? Qt::StrongFocus : Qt::NoFocus);
+    if (auto* const view = dynamic_cast<backend::ViewWidget*>(widget)) view->role = role;
+}
+
+bool UI_SubView::UI_HasFocus() const {
+    auto const* const widget = GetPeer().GetWidget();
+    return widget && widget->hasFocus();
+}
+
+void UI_SubView::UI_SetFocus() {
+    if (auto* const widget = GetPeer().GetWidget()) widget->setFocus(Qt::OtherFocusReason);
+}
+
+}  // namespace moxui::ui

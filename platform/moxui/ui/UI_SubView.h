@@ -1,0 +1,45 @@
+#pragma once
+
+#include "moxui/ui/AccessibleRole.h"
+#include "moxui/ui/UI_Container.h"
+
+namespace moxui::ui {
+
+/// A rectangle inside another view. Empty and see-through by itself; it starts hidden, as every
+/// view does, and is shown by whoever builds it. Main thread.
+class MOXUI_API UI_SubView : public UI_Container {
+public:
+    UI_SubView();
+    ~UI_SubView() override;
+
+    /// Shows or hides the view where its parents are shown.
+    virtual void UI_Show(bool show);
+    /// Whether the view itself is shown, whatever its parents are.
+    [[nodiscard]] bool UI_IsViewVisible() const { return visible; }
+
+    /// Gives the view its place, in the parent's coordinates, exactly as it is: fractions count,
+    /// and are rounded only on the screen. Then the view lays itself out (UI_SizeChanged).
+    virtual void UI_SetLocalRectF(moxcore::geom::RectT<float> const& rect);
+    [[nodiscard]] moxcore::geom::RectT<float> UI_GetLocalRectF(
+        bool inParentCoordinates) const override;
+
+    /// Lays the children out in `rect`, the view's rectangle in its own coordinates. Nothing by
+    /// default.
+    virtual void UI_SizeChanged(moxcore::geom::RectT<float> const& rect);
+
+    /// Whether Tab stops here; Enter and Space then press the view as a mouse's button 1 does. A
+    /// screen reader calls it by `role`. For views that draw themselves: a ready-made control does
+    /// this by itself.
+    void UI_SetFocusable(bool focusable, AccessibleRole role);
+    [[nodiscard]] bool UI_HasFocus() const;
+    void UI_SetFocus();
+
+protected:
+    explicit UI_SubView(std::unique_ptr<backend::Peer> peer);
+
+private:
+    moxcore::geom::RectT<float> rect;
+    bool visible = false;
+};
+
+}  // namespace moxui::ui
