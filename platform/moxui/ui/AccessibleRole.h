@@ -9,6 +9,7 @@ enum class AccessibleRole {
     Button,
     ListItem,
     Image,
+    Alert,  // a short notice that comes by itself
 };
 
 }  // namespace moxui::ui
