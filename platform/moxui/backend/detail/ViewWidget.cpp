@@ -24,7 +24,7 @@ void ViewWidget::Press() {
 
 bool ViewWidget::event(QEvent* event) {
     if (!node) return QWidget::event(event);
-    if (auto const mouse = ToMouseEvent(*event)) {
+    if (auto const mouse = ToMouseEvent(*event, node->GetPeer().origin)) {
         bool const handled = node->GetPeer().Deliver(*mouse);
         // Entering and leaving are Qt's business, too; what is not handled is the parent's to see.
         if (event->type() != QEvent::Enter && event->type() != QEvent::Leave) {
@@ -42,7 +42,9 @@ void ViewWidget::paintEvent(QPaintEvent*) {
     if (!node) return;
     QPainter painter(this);
     QtDrawbot drawbot(painter);
+    painter.translate(node->GetPeer().origin);
     node->UI_Draw(&drawbot);
+    painter.resetTransform();
     if (hasFocus()) PaintFocusRing(painter, QRectF(rect()));
 }
 
