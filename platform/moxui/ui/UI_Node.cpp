@@ -33,6 +33,10 @@ boost::intrusive_ptr<UI_Node> UI_Node::UI_GetRootNode() const {
     return const_cast<UI_Node*>(node);
 }
 
+OS_Window UI_Node::UI_GetOSWindow() {
+    return OS_Window(this);
+}
+
 boost::intrusive_ptr<UI_Node> UI_Node::UI_ChildGetFromID(std::string const& wanted) const {
     auto const* const container = dynamic_cast<UI_Container const*>(this);
     if (!container) return nullptr;
