@@ -7,9 +7,9 @@
 
 #include "moxui/backend/detail/Accessibility.h"
 #include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/FocusOrder.h"
 #include "moxui/backend/detail/MouseEvents.h"
 #include "moxui/backend/detail/QtDrawbot.h"
-#include "moxui/backend/detail/ReadingOrder.h"
 #include "moxui/skins/ThemeProvider.h"
 
 namespace moxui::backend {
@@ -49,24 +49,13 @@ void ViewWidget::paintEvent(QPaintEvent*) {
 RootWidget::RootWidget() = default;
 
 bool RootWidget::focusNextPrevChild(bool next) {
-    std::vector<QWidget*> widgets;
-    std::vector<moxcore::geom::RectT<float>> places;
-    for (auto* const widget : findChildren<QWidget*>()) {
-        if (!(widget->focusPolicy() & Qt::TabFocus) || !widget->isEnabled() ||
-            !widget->isVisibleTo(this) || widget->focusProxy() || widget->window() != window())
-            continue;
-        widgets.push_back(widget);
-        places.push_back(
-            FromQRectF(QRectF(QPointF(widget->mapTo(this, QPoint())), QSizeF(widget->size()))));
-    }
-    if (widgets.empty()) return false;
-
-    auto const order = ReadingOrder(places);
-    auto const count = order.size();
+    auto const stops = TabStopsBelow(*this);
+    if (stops.empty()) return false;
+    auto const count = stops.size();
     std::size_t target = next ? 0 : count - 1;
     for (std::size_t i = 0; i < count; ++i)
-        if (widgets[order[i]]->hasFocus()) target = (i + (next ? 1 : count - 1)) % count;
-    widgets[order[target]]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        if (stops[i]->hasFocus()) target = (i + (next ? 1 : count - 1)) % count;
+    stops[target]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
     return true;
 }
 
