@@ -2,10 +2,17 @@
 
 namespace moxui::controls {
 
-/// What a button that opens a menu shows around itself.
+/// How much of a button is drawn around its text or picture. The numbers are the toolkit's.
 enum class ButtonChromeType {
-    Framed = 0,  // always a ground and a border
-    Flat = 10,   // a ground only under the pointer, while pressed and while its menu is open
+    Push = 0,    // a ground and a border, always
+    Quiet = 10,  // no border, and a ground under the pointer and while it is pressed
+};
+
+/// When a part of a button is drawn.
+enum class DisplayWhen {
+    Never,
+    Hovered,  // under the pointer and while it is pressed
+    Always,
 };
 
 }  // namespace moxui::controls

@@ -54,15 +54,7 @@ void UI_MultiColumnTree::SetDrawCellFunction(DrawCellFunction function) {
 }
 
 void UI_MultiColumnTree::SetRowNameFunction(RowNameFunction function) {
-    auto* const widget = WidgetOf(*this);
-    if (!widget) return;
-    if (!function) {
-        widget->Model().name = nullptr;
-        return;
-    }
-    widget->Model().name = [function = std::move(function)](RowPtr const& row) {
-        return backend::ToQString(function(row));
-    };
+    if (auto* const widget = WidgetOf(*this)) widget->Model().name = std::move(function);
 }
 
 void UI_MultiColumnTree::SetRowsSelectionChangedFunction(SelectionFunction function) {

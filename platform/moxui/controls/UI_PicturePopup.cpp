@@ -1,156 +1,127 @@
 #include "moxui/controls/UI_PicturePopup.h"
 
+#include <QAbstractButton>
 #include <QKeyEvent>
 #include <QMenu>
-#include <QPainter>
-#include <QPushButton>
 #include <QScreen>
 #include <utility>
 
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/ItemText.h"
+#include "moxui/backend/detail/FittedText.h"
+#include "moxui/backend/detail/LastInput.h"
 #include "moxui/backend/detail/ListStyle.h"
-#include "moxui/backend/detail/MenuButton.h"
-#include "moxui/backend/detail/MenuModel.h"
+#include "moxui/backend/detail/MenuNotices.h"
 #include "moxui/backend/detail/Peer.h"
 #include "moxui/backend/detail/Theme.h"
-#include "moxui/skins/ThemeSize.h"
 
 namespace moxui::controls {
-namespace {
 
-namespace Size = skins::ThemeSize;
-
-class PictureMenuButton : public QPushButton, public backend::NodeLink {
+/// The menu. Opened by itself and not as the button's own menu, for which Qt would run a loop.
+class UI_PicturePopup::Menu : public QMenu {
 public:
-    PictureMenuButton() : menu(new QMenu(this)) {
+    explicit Menu(QAbstractButton& button) : QMenu(&button), button(button) {
         setStyle(&backend::ListStyle::Get());
-        menu->setStyle(&backend::ListStyle::Get());
-        setMenu(menu);
-        setAttribute(Qt::WA_Hover);
-        connect(menu, &QMenu::aboutToShow, this, [this] { WillOpen(); });
-        connect(menu, &QMenu::aboutToHide, this, [this] {
+        setToolTipsVisible(true);
+        backend::WatchInput();
+        button.installEventFilter(this);
+        connect(&button, &QAbstractButton::pressed, this, [this] { Open(); });
+        connect(this, &QMenu::aboutToHide, this, [this] {
+            this->button.setDown(false);
             notices.HasClosed();
-            update();
         });
     }
-    ~PictureMenuButton() override { notices.HasClosed(); }
+    ~Menu() override { notices.HasClosed(); }
 
-    QMenu& Menu() { return *menu; }
-    QMenu const& Menu() const { return *menu; }
-
-    backend::MenuNotices notices;
-    ButtonChromeType chrome = ButtonChromeType::Framed;
-    PictureSupplyFunction picture;
-
-protected:
-    void keyPressEvent(QKeyEvent* event) override {
-        switch (event->key()) {
-            case Qt::Key_Space:
-            case Qt::Key_Return:
-            case Qt::Key_Enter:
-            case Qt::Key_Up:
-            case Qt::Key_Down:
-            case Qt::Key_F4:
-                if (!event->isAutoRepeat()) showMenu();
-                return;
-            default:
-                event->ignore();
-        }
+    void Add(moxcore::string::UTF16String const& text) {
+        backend::FittedText line;
+        line.SetText(text);
+        line.Fit(backend::ThemeFont(""), QSizeF(screen()->availableSize() / 2));
+        // Qt takes the letter after a single "&" for a shortcut.
+        addAction(line.GetFitted().replace(u'&', QStringLiteral("&&")));
     }
 
-    void paintEvent(QPaintEvent*) override {
-        if (!node) return;
-        auto const& colors = static_cast<UI_PicturePopup const&>(*node);
-        QPainter painter(this);
-        backend::PaintMenuButton(painter, *this, colors,
-                                 {chrome, underMouse(), isDown() || notices.IsOpen()});
-        if (!isEnabled()) painter.setOpacity(0.5);
-        if (auto const shown = SuppliedPicture(picture))
-            backend::PaintPicture(painter, QRectF(rect()), *shown);
+    backend::MenuNotices notices;
+    UI_PicturePopup* popup = nullptr;  // null once it is gone
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Hide) hide();
+        if (event->type() == QEvent::KeyPress) {
+            auto const key = static_cast<QKeyEvent*>(event)->key();
+            if (key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_F4) {
+                Open();
+                return true;
+            }
+        }
+        return QMenu::eventFilter(watched, event);
+    }
+
+    void mousePressEvent(QMouseEvent* event) override {
+        // The press that closes the menu must not open it again.
+        auto const onButton = button.mapFromGlobal(event->globalPosition().toPoint());
+        setAttribute(Qt::WA_NoMouseReplay, button.rect().contains(onButton));
+        QMenu::mousePressEvent(event);
     }
 
 private:
-    void WillOpen() {
-        backend::ApplyTheme(*menu);
+    void Open() {
+        if (!popup || notices.IsOpen()) return;
+        boost::intrusive_ptr<UI_PicturePopup> const alive(popup);
         notices.WillOpen();
-        update();
+        if (popup && button.isVisible() && !actions().isEmpty()) {
+            backend::ApplyTheme(*this);
+            auto const below = button.mapToGlobal(QPoint(0, button.height()));
+            bool const fromRight = button.isRightToLeft();
+            QMenu::popup(fromRight ? below + QPoint(button.width() - sizeHint().width(), 0)
+                                   : below);
+            if (backend::LastInputWasKey()) setActiveAction(actions().front());
+        }
+        if (!isVisible()) notices.HasClosed();
     }
 
-    QMenu* menu;
+    QAbstractButton& button;
 };
 
-PictureMenuButton* WidgetOf(UI_PicturePopup const& popup) {
-    return popup.GetPeer().GetWidgetAs<PictureMenuButton>();
-}
-
-}  // namespace
-
-UI_PicturePopup::UI_PicturePopup(PictureSupplyFunction picture)
-    : UI_ControlView(backend::MakePeer<PictureMenuButton>()) {
-    WidgetOf(*this)->picture = std::move(picture);
-    QObject::connect(&WidgetOf(*this)->Menu(), &QMenu::triggered, [this](QAction* action) {
-        value = action->data().toInt();
+UI_PicturePopup::UI_PicturePopup() : menu(new Menu(*GetPeer().GetWidgetAs<QAbstractButton>())) {
+    menu->popup = this;
+    QObject::connect(menu, &QMenu::triggered, [this](QAction* action) {
+        value = static_cast<int>(menu->actions().indexOf(action));
         NotifyChanged();
     });
 }
 
 UI_PicturePopup::~UI_PicturePopup() {
-    auto* const widget = WidgetOf(*this);
-    if (!widget) return;
-    widget->Menu().hide();
-    widget->Menu().disconnect();
-    widget->notices.HasClosed();
+    if (!GetPeer().GetWidget()) return;
+    menu->hide();
+    menu->disconnect();
+    menu->popup = nullptr;
 }
 
 void UI_PicturePopup::AddItem(moxcore::string::UTF16String const& text) {
-    auto* const widget = WidgetOf(*this);
-    if (!widget) return;
-    auto const most = widget->screen()->availableSize().width() / 2;
-    auto line = QFontMetrics(backend::ThemeFont(""))
-                    .elidedText(backend::OnOneLine(backend::ToQString(text)), Qt::ElideRight, most);
-    auto const index = GetItemCount();
-    // What follows a "&" would become the item's key.
-    widget->Menu().addAction(line.replace(QLatin1Char('&'), QLatin1String("&&")))->setData(index);
+    if (GetPeer().GetWidget()) menu->Add(text);
 }
 
 int UI_PicturePopup::GetItemCount() const {
-    auto const* const widget = WidgetOf(*this);
-    return widget ? static_cast<int>(widget->Menu().actions().size()) : 0;
+    return GetPeer().GetWidget() ? static_cast<int>(menu->actions().size()) : 0;
 }
 
 void UI_PicturePopup::EnableItem(int index, bool enabled) {
-    if (index < 0 || index >= GetItemCount()) return;
-    WidgetOf(*this)->Menu().actions().at(index)->setEnabled(enabled);
-}
-
-void UI_PicturePopup::SetButtonChromeType(ButtonChromeType type) {
-    auto* const widget = WidgetOf(*this);
-    if (!widget) return;
-    widget->chrome = type;
-    widget->update();
+    if (index >= 0 && index < GetItemCount()) menu->actions().at(index)->setEnabled(enabled);
 }
 
 void UI_PicturePopup::SetPreShowPopupMenuFunction(MenuFunction function) {
-    if (auto* const widget = WidgetOf(*this))
-        widget->notices.before = [widget, function = std::move(function)] {
-            if (widget->node && function) function(static_cast<UI_PicturePopup&>(*widget->node));
-        };
+    if (!GetPeer().GetWidget()) return;
+    menu->notices.before = [shown = menu, function = std::move(function)] {
+        if (shown->popup && function) function(*shown->popup);
+    };
 }
 
 void UI_PicturePopup::SetPostShowPopupMenuFunction(MenuFunction function) {
-    if (auto* const widget = WidgetOf(*this))
-        widget->notices.after = [widget, function = std::move(function)] {
-            if (widget->node && function) function(static_cast<UI_PicturePopup&>(*widget->node));
-        };
+    if (!GetPeer().GetWidget()) return;
+    menu->notices.after = [shown = menu, function = std::move(function)] {
+        if (shown->popup && function) function(*shown->popup);
+    };
 }
 
-moxcore::geom::PointT<float> UI_PicturePopup::UI_GetRecommendedSize(drawbot::Drawbot*) const {
-    auto const* const widget = WidgetOf(*this);
-    auto const shown = widget ? SuppliedPicture(widget->picture) : nullptr;
-    if (!shown) return {};
-    auto const size = shown->GetSize();
-    return {static_cast<float>(size.x), static_cast<float>(size.y)};
-}
+void UI_PicturePopup::OnPressed() {}
 
 }  // namespace moxui::controls

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "moxui/skins/ThemeSize.h"
+#include "moxui/backend/detail/Theme.h"
 
 namespace moxui::backend {
 
@@ -14,7 +14,7 @@ void PaintChevron(QPainter& painter, QPointF const& centre, ChevronDirection dir
     painter.translate(centre);
     if (direction == ChevronDirection::Right) painter.rotate(-90);
     if (direction == ChevronDirection::Left) painter.rotate(90);
-    qreal const half = skins::ThemeSize::kChevron / 2.0;
+    qreal const half = skins::ThemeProvider::Get().GetSize(skins::ThemeSize::Chevron) / 2;
     std::array const points{QPointF(-half, -half / 2), QPointF(0, half / 2),
                             QPointF(half, -half / 2)};
     painter.drawPolyline(points.data(), static_cast<int>(points.size()));

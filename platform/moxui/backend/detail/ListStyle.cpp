@@ -5,14 +5,13 @@
 #include <algorithm>
 
 #include "moxui/backend/detail/Conversions.h"
-#include "moxui/skins/ThemeProvider.h"
-#include "moxui/skins/ThemeSize.h"
+#include "moxui/backend/detail/Theme.h"
 
 namespace moxui::backend {
 namespace {
 
 namespace Key = skins::ThemeColor;
-namespace Size = skins::ThemeSize;
+using Size = skins::ThemeSize;
 
 QColor Color(int key) {
     return ToQColor(skins::ThemeProvider::Get().GetColor(key));
@@ -26,7 +25,7 @@ QRect Thumb(QStyleOptionSlider const& bar) {
     auto const whole = std::max<qint64>(1, range + bar.pageStep);
     int const thumb =
         std::clamp(static_cast<int>(bar.pageStep * static_cast<qint64>(length) / whole),
-                   std::min(Size::kShortestThumb, length), length);
+                   std::min(WholeSize(Size::ShortestThumb), length), length);
     int const offset = QStyle::sliderPositionFromValue(bar.minimum, bar.maximum, bar.sliderPosition,
                                                        length - thumb, bar.upsideDown);
     return lies ? QRect(bar.rect.x() + offset, bar.rect.y(), thumb, bar.rect.height())
@@ -71,9 +70,9 @@ int ListStyle::pixelMetric(PixelMetric metric, QStyleOption const* option,
                            QWidget const* widget) const {
     switch (metric) {
         case PM_ScrollBarExtent:
-            return Size::kScrollBar;
+            return WholeSize(Size::ScrollBar);
         case PM_ScrollBarSliderMin:
-            return Size::kShortestThumb;
+            return WholeSize(Size::ShortestThumb);
         case PM_ScrollView_ScrollBarSpacing:
         case PM_ScrollView_ScrollBarOverlap:
             return 0;

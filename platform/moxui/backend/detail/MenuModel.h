@@ -1,11 +1,11 @@
 #pragma once
 
 #include <QAbstractListModel>
-#include <QStyledItemDelegate>
 #include <functional>
 #include <vector>
 
-#include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/backend/detail/FittedText.h"
+#include "moxui/drawbot/ImageInterface.h"
 
 namespace moxui::backend {
 
@@ -19,7 +19,7 @@ public:
     /// Answers with the picture of a CustomIconItem, or null.
     std::function<boost::intrusive_ptr<drawbot::ImageInterface>(int row)> picture;
 
-    void Append(Kind kind, QString const& text);
+    void Append(Kind kind, moxcore::string::UTF16String const& text);
     void Clear();
     /// Nothing where there is no entry.
     void SetEnabled(int row, bool enabled);
@@ -31,11 +31,11 @@ public:
     /// Whether the user may choose the entry.
     [[nodiscard]] bool CanBeChosen(int row) const;
     /// Empty where there is no entry.
-    [[nodiscard]] QString Text(int row) const;
+    [[nodiscard]] FittedText const& Text(int row) const;
     [[nodiscard]] boost::intrusive_ptr<drawbot::ImageInterface> Picture(int row) const;
     /// Whether any entry has a picture, for which all leave room.
     [[nodiscard]] bool HasPictures() const { return hasPictures; }
-    /// The width of the widest entry's text, in `font` and for headings in bold.
+    /// The width of the widest text in `font`.
     [[nodiscard]] int WidestText(QFont const& font) const;
 
     int rowCount(QModelIndex const& parent = {}) const override;
@@ -45,7 +45,7 @@ public:
 private:
     struct Entry {
         Kind kind;
-        QString text;
+        FittedText text;
         bool enabled = true;
     };
 
@@ -54,30 +54,5 @@ private:
     std::vector<Entry> entries;
     bool hasPictures = false;
 };
-
-/// Draws them.
-class MenuDelegate : public QStyledItemDelegate {
-public:
-    MenuDelegate(MenuModel const& entries, QObject* parent);
-
-    /// The chosen entry, which is set apart from the others; -1 for none.
-    int chosen = -1;
-
-    [[nodiscard]] int WidthOfWidest(QFont const& font) const;
-
-    QSize sizeHint(QStyleOptionViewItem const& option, QModelIndex const& index) const override;
-    void paint(QPainter* painter, QStyleOptionViewItem const& option,
-               QModelIndex const& index) const override;
-    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, QStyleOptionViewItem const& option,
-                   QModelIndex const& index) override;
-
-private:
-    [[nodiscard]] QRect TextRect(QStyleOptionViewItem const& option, int row) const;
-
-    MenuModel const& entries;
-};
-
-/// Paints `picture` in the middle of `place`, smaller where it does not fit.
-void PaintPicture(QPainter& painter, QRectF const& place, drawbot::ImageInterface const& picture);
 
 }  // namespace moxui::backend

@@ -9,8 +9,8 @@
 #include "moxui/backend/detail/FocusOrder.h"
 #include "moxui/backend/detail/ListStyle.h"
 #include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/backend/detail/Theme.h"
 #include "moxui/backend/detail/ViewWidget.h"
-#include "moxui/skins/ThemeSize.h"
 
 namespace moxui::backend {
 namespace {
@@ -30,7 +30,7 @@ ScrollWidget::ScrollWidget() {
     setStyle(&ListStyle::Get());
     for (auto* const bar : {verticalScrollBar(), horizontalScrollBar()}) {
         bar->setStyle(&ListStyle::Get());
-        bar->setSingleStep(skins::ThemeSize::kScrollStep);
+        bar->setSingleStep(WholeSize(skins::ThemeSize::ScrollStep));
     }
     setFrameShape(QFrame::NoFrame);
     connect(qApp, &QApplication::focusChanged, this,

@@ -5,6 +5,7 @@
 
 #include "moxcore/config/Localizer.h"
 #include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/FittedText.h"
 
 namespace moxui::backend {
 namespace {
@@ -113,7 +114,9 @@ TreeModel::Row* TreeModel::NextBelow(Row const& top, Row& row) {
 }
 
 QString TreeModel::NameOf(Row const& row) const {
-    return name ? name(const_cast<Row*>(&row)) : QString();
+    FittedText text;
+    if (name) text.SetText(name(const_cast<Row*>(&row)));
+    return text.GetWhole();
 }
 
 int TreeModel::columnCount(QModelIndex const&) const {

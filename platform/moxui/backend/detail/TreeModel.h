@@ -4,6 +4,7 @@
 #include <functional>
 #include <vector>
 
+#include "moxcore/string/UTF16String.h"
 #include "moxui/controls/UI_MultiColumnTreeRow.h"
 
 namespace moxui::backend {
@@ -39,8 +40,9 @@ public:
     /// The row that is drawn after `row` when all is open; null after the last one below `top`.
     [[nodiscard]] static Row* NextBelow(Row const& top, Row& row);
 
+    std::function<moxcore::string::UTF16String(RowPtr const&)> name;
+    /// As it can be shown on one line; empty without a function that names rows.
     [[nodiscard]] QString NameOf(Row const& row) const;
-    std::function<QString(RowPtr const&)> name;
 
     int columnCount(QModelIndex const& parent = {}) const override;
     int rowCount(QModelIndex const& parent = {}) const override;

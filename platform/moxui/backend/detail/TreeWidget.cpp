@@ -12,19 +12,16 @@
 
 #include "moxui/backend/detail/Chevron.h"
 #include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/ItemText.h"
 #include "moxui/backend/detail/ListStyle.h"
 #include "moxui/backend/detail/QtDrawbot.h"
 #include "moxui/backend/detail/Theme.h"
 #include "moxui/backend/detail/ToolTip.h"
-#include "moxui/skins/ThemeProvider.h"
-#include "moxui/skins/ThemeSize.h"
 
 namespace moxui::backend {
 namespace {
 
 namespace Key = skins::ThemeColor;
-namespace Size = skins::ThemeSize;
+using Size = skins::ThemeSize;
 
 /// How many rows are opened before the event loop goes on.
 constexpr int kRowsOpenedAtOnce = 2000;
@@ -40,7 +37,7 @@ public:
         return {0, height};
     }
 
-    int height = Size::kRowHeight;
+    int height = WholeSize(Size::RowHeight);
 };
 
 TreeWidget::TreeWidget(int columnCount)
@@ -53,7 +50,7 @@ TreeWidget::TreeWidget(int columnCount)
     header()->setStretchLastSection(false);
     header()->setMinimumSectionSize(0);
     setUniformRowHeights(true);
-    setIndentation(Size::kRowIndentation);
+    setIndentation(WholeSize(Size::RowIndentation));
     setSelectionMode(SingleSelection);
     setSelectionBehavior(SelectRows);
     setEditTriggers(NoEditTriggers);
@@ -61,7 +58,7 @@ TreeWidget::TreeWidget(int columnCount)
     setHorizontalScrollMode(ScrollPerPixel);
     setItemDelegate(new RowDelegate(this));
     setModel(&rows);
-    verticalScrollBar()->setSingleStep(Size::kScrollStep);
+    verticalScrollBar()->setSingleStep(WholeSize(Size::ScrollStep));
     connect(this, &QTreeView::expanded,
             [this](QModelIndex const& index) { OnExpanded(index, true); });
     connect(this, &QTreeView::collapsed,
@@ -204,7 +201,8 @@ void TreeWidget::drawRow(QPainter* painter, QStyleOptionViewItem const& option,
         if (!isSelected) ground.setAlphaF(0.55F);
         painter->setPen(Qt::NoPen);
         painter->setBrush(ground);
-        painter->drawRoundedRect(place, Size::kCornerRadius, Size::kCornerRadius);
+        auto const radius = skins::ThemeProvider::Get().GetSize(Size::CornerRadius);
+        painter->drawRoundedRect(place, radius, radius);
     }
     if (rows.hasChildren(index)) {
         auto const cell = CellRect(index, 0, place);
@@ -354,13 +352,13 @@ bool TreeWidget::viewportEvent(QEvent* event) {
 void TreeWidget::ShowNameOf(QModelIndex const& index, QPoint const& globalPosition) {
     QString toShow;
     if (index.isValid() && node) {
-        auto const name = OnOneLine(rows.NameOf(*TreeModel::RowAt(index)));
+        auto const name = rows.NameOf(*TreeModel::RowAt(index));
         auto const place = visualRect(index);
         auto const cell = CellRect(index, index.column(), place);
         // The cell's drawing is its owner's: a picture before the name and bold letters are
         // allowed for.
-        int const width =
-            QFontMetrics(ThemeFont("Bold")).horizontalAdvance(name) + 2 * Size::kMenuIcon;
+        int const width = QFontMetrics(ThemeFont("Bold")).horizontalAdvance(name) +
+                          2 * WholeSize(Size::MenuPicture);
         bool const isCut =
             width > cell.width() || cell.left() < 0 || cell.right() >= viewport()->width();
         if (isCut) toShow = AsPlainToolTip(name);

@@ -6,7 +6,6 @@
 #include <QPainter>
 
 #include "moxui/backend/detail/Accessibility.h"
-#include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/FocusOrder.h"
 #include "moxui/backend/detail/MouseEvents.h"
 #include "moxui/backend/detail/QtDrawbot.h"
@@ -24,7 +23,7 @@ void ViewWidget::Press() {
 
 bool ViewWidget::event(QEvent* event) {
     if (!node) return QWidget::event(event);
-    if (auto const mouse = ToMouseEvent(*event)) {
+    if (auto const mouse = ToMouseEvent(*event, node->GetPeer().origin)) {
         bool const handled = node->GetPeer().Deliver(*mouse);
         // Entering and leaving are Qt's business, too; what is not handled is the parent's to see.
         if (event->type() != QEvent::Enter && event->type() != QEvent::Leave) {
@@ -42,11 +41,18 @@ void ViewWidget::paintEvent(QPaintEvent*) {
     if (!node) return;
     QPainter painter(this);
     QtDrawbot drawbot(painter);
+    painter.translate(node->GetPeer().origin);
     node->UI_Draw(&drawbot);
+    painter.resetTransform();
     if (hasFocus()) PaintFocusRing(painter, QRectF(rect()));
 }
 
 RootWidget::RootWidget() = default;
+
+void RootWidget::FocusFirst(Qt::FocusReason reason) {
+    auto const stops = TabStopsBelow(*this);
+    if (!stops.empty()) stops.front()->setFocus(reason);
+}
 
 bool RootWidget::focusNextPrevChild(bool next) {
     auto const stops = TabStopsBelow(*this);

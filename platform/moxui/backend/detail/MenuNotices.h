@@ -1,25 +1,9 @@
 #pragma once
 
-#include <QPainter>
-#include <QWidget>
 #include <functional>
 #include <utility>
 
-#include "moxui/controls/ButtonChromeType.h"
-#include "moxui/skins/ThemeClient.h"
-
 namespace moxui::backend {
-
-/// How a button that opens a menu looks at this moment.
-struct MenuButtonLook {
-    controls::ButtonChromeType chrome = controls::ButtonChromeType::Framed;
-    bool isHovered = false;
-    bool isPressed = false;  // its menu is open, too
-};
-
-/// The ground and the border of such a button, and the ring of the focus.
-void PaintMenuButton(QPainter& painter, QWidget const& button, skins::ThemeClient const& colors,
-                     MenuButtonLook const& look);
 
 /// Tells somebody before a menu opens and after it has closed, once each.
 class MenuNotices {
