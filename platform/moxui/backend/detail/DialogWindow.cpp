@@ -32,7 +32,7 @@ void DialogWindow::setVisible(bool visible) {
     if (visible == isVisible()) return;
     if (visible) {
         MakeTransient(*this, parentWindow);
-        focus.Remember();
+        focus.RememberFor(*this);
         if (node && onShown) onShown(true);
         QDialog::setVisible(true);
         activateWindow();
