@@ -20,7 +20,7 @@ void DialogWindow::Centre() {
     auto const below = parentWindow && parentWindow->isVisible()
                            ? FromQRectF(QRectF(parentWindow->frameGeometry()))
                            : screens.front();
-    auto const place = CentredOver(FromQRectF(QRectF(geometry())), below);
+    auto const place = CentredOver(FromQRectF(QRectF(frameGeometry())), below);
     move(ToWholeUnits(MovedInto(place, ScreenOf(below, screens))).topLeft());
 }
 
