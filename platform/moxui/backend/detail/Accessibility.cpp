@@ -1,9 +1,11 @@
 #include "moxui/backend/detail/Accessibility.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QMenu>
 
+#include "moxui/backend/detail/DropDown.h"
 #include "moxui/backend/detail/PushButton.h"
 #include "moxui/backend/detail/ViewWidget.h"
 
@@ -59,20 +61,24 @@ public:
     }
 };
 
-/// A button that Qt does not know as what it is: a link, or one that opens a menu.
+/// Qt's own interface for buttons presses them some time later, and past the mouse-event functions.
 class AccessibleButton : public QAccessibleWidget {
 public:
-    using QAccessibleWidget::QAccessibleWidget;
+    explicit AccessibleButton(PushButton* button) : QAccessibleWidget(button, RoleOf(*button)) {}
 
     QString text(QAccessible::Text kind) const override {
         auto const given = QAccessibleWidget::text(kind);
-        if (kind != QAccessible::Name || !given.isEmpty()) return given;
-        return static_cast<PushButton*>(widget())->GetLabel().GetWhole();
+        return kind == QAccessible::Name && given.isEmpty() ? Button().GetLabel().GetWhole()
+                                                            : given;
     }
     QAccessible::State state() const override {
         auto state = QAccessibleWidget::state();
         state.linked = role() == QAccessible::Link;
         state.hasPopup = role() == QAccessible::ButtonMenu;
+        state.pressed = Button().isDown();
+        state.checkable = Button().isCheckable();
+        state.checked = Button().isChecked();
+        state.defaultButton = Button().isDefault();
         return state;
     }
 
@@ -81,20 +87,67 @@ public:
     }
     void doAction(QString const& name) override {
         if (name == pressAction())
-            static_cast<PushButton*>(widget())->Press();
+            Button().Press();
         else
             QAccessibleWidget::doAction(name);
     }
+
+private:
+    static QAccessible::Role RoleOf(PushButton const& button) {
+        return button.findChild<QMenu*>(QString(), Qt::FindDirectChildrenOnly)
+                   ? QAccessible::ButtonMenu
+                   : QtRole(button.role);
+    }
+    [[nodiscard]] PushButton& Button() const { return *static_cast<PushButton*>(widget()); }
+};
+
+/// A drop-down menu. Qt's own says what is chosen in place of the name that it was given.
+class AccessibleDropDown : public QAccessibleWidget {
+public:
+    explicit AccessibleDropDown(DropDown* dropDown)
+        : QAccessibleWidget(dropDown, QAccessible::ComboBox) {}
+
+    QString text(QAccessible::Text kind) const override {
+        auto const given = QAccessibleWidget::text(kind);
+        bool const isChoice =
+            kind == QAccessible::Value || (kind == QAccessible::Name && given.isEmpty());
+        return isChoice ? Shown().currentText() : given;
+    }
+    QAccessible::State state() const override {
+        auto state = QAccessibleWidget::state();
+        state.expandable = true;
+        state.expanded = Shown().view()->isVisible();
+        state.hasPopup = true;
+        return state;
+    }
+
+    int childCount() const override { return 1; }
+    QAccessibleInterface* child(int index) const override {
+        return index == 0 ? QAccessible::queryAccessibleInterface(Shown().view()) : nullptr;
+    }
+    int indexOfChild(QAccessibleInterface const* child) const override {
+        return child && child->object() == Shown().view() ? 0 : -1;
+    }
+
+    QStringList actionNames() const override {
+        return QStringList{showMenuAction(), pressAction()} + QAccessibleWidget::actionNames();
+    }
+    void doAction(QString const& name) override {
+        if (name != showMenuAction() && name != pressAction())
+            QAccessibleWidget::doAction(name);
+        else if (Shown().view()->isVisible())
+            Shown().hidePopup();
+        else
+            Shown().showPopup();
+    }
+
+private:
+    DropDown& Shown() const { return *static_cast<DropDown*>(widget()); }
 };
 
 QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
     if (auto* const view = qobject_cast<ViewWidget*>(object)) return new AccessibleView(view);
-    auto* const button = qobject_cast<PushButton*>(object);
-    if (!button) return nullptr;
-    if (button->role == ui::AccessibleRole::Link)
-        return new AccessibleButton(button, QAccessible::Link);
-    if (button->findChild<QMenu*>(QString(), Qt::FindDirectChildrenOnly))
-        return new AccessibleButton(button, QAccessible::ButtonMenu);
+    if (auto* const button = qobject_cast<PushButton*>(object)) return new AccessibleButton(button);
     return nullptr;
 }
 

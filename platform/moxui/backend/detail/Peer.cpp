@@ -8,10 +8,10 @@
 namespace moxui::backend {
 
 Peer::~Peer() {
+    context.reset();  // hiding the widget must tell the node nothing more
     if (!widget) return;
     if (link) link->node = nullptr;
     if (ownership == Ownership::Host) return;
-    widget->disconnect();
     widget->hide();
     widget->setParent(nullptr);
     if (QCoreApplication::instance())
