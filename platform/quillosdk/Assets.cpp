@@ -12,9 +12,9 @@ Assets::Assets(std::shared_ptr<Session> session) : session(std::move(session)) {
 
 moxcore::async::Future<std::shared_ptr<GetChildAssetsResponse>> Assets::GetChildAssets(
     GetChildAssetsRequest const& request) {
-    return Deliver<GetChildAssetsResponse>(
-        session->Send(
-            {.method = "GET", .url = "/v1/folders/" + request.folderID.AsString() + "/children"}),
+    return Fetch<GetChildAssetsResponse>(
+        *session,
+        {.method = "GET", .url = "/v1/folders/" + request.folderID.AsString() + "/children"},
         {quillocommon::Step::ReadLocations, "read what lies in a folder", true}, &ReadAssets);
 }
 

@@ -68,7 +68,7 @@ moxcore::async::Future<std::shared_ptr<CreateReviewLinkResponse>> ReviewLinks::C
     post.headers.emplace_back("Idempotency-Key", key);
     Task task{quillocommon::Step::CreateReviewLink, "create a review link"};
     auto created =
-        Deliver<CreateReviewLinkResponse>(session->SendWithRetries(post), task, &ReadReviewLink);
+        FetchWithRetries<CreateReviewLinkResponse>(*session, post, task, &ReadReviewLink);
     return created.Then([open = openCreations, what = std::move(what), key,
                          task](auto const& future) {
         if (IsUndecided(future)) open->Keep(what, key);

@@ -12,9 +12,9 @@ Workspaces::Workspaces(std::shared_ptr<Session> session) : session(std::move(ses
 
 moxcore::async::Future<std::shared_ptr<GetWorkspacesByAccountResponse>>
 Workspaces::GetWorkspacesByAccount(GetWorkspacesByAccountRequest const& request) {
-    return Deliver<GetWorkspacesByAccountResponse>(
-        session->Send({.method = "GET",
-                       .url = "/v1/accounts/" + request.accountID.AsString() + "/workspaces"}),
+    return Fetch<GetWorkspacesByAccountResponse>(
+        *session,
+        {.method = "GET", .url = "/v1/accounts/" + request.accountID.AsString() + "/workspaces"},
         {quillocommon::Step::ReadLocations, "read the workspaces of an account", true},
         &ReadWorkspaces);
 }
