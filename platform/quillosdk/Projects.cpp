@@ -4,6 +4,7 @@
 
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/Deliver.h"
+#include "quillosdk/PathTo.h"
 #include "quillosdk/Session.h"
 
 namespace quillosdk {
@@ -14,7 +15,7 @@ moxcore::async::Future<std::shared_ptr<GetProjectsByWorkspaceResponse>>
 Projects::GetProjectsByWorkspace(GetProjectsByWorkspaceRequest const& request) {
     return Fetch<GetProjectsByWorkspaceResponse>(
         *session,
-        {.method = "GET", .url = "/v1/workspaces/" + request.workspaceID.AsString() + "/projects"},
+        {.method = "GET", .url = PathTo("/v1/workspaces/", request.workspaceID, "/projects")},
         {quillocommon::Step::ReadLocations, "read the projects of a workspace", true},
         &ReadProjects);
 }

@@ -9,6 +9,7 @@
 #include "moxcore/string/Conversions.h"
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/Deliver.h"
+#include "quillosdk/PathTo.h"
 #include "quillosdk/RetryPolicy.h"
 #include "quillosdk/Session.h"
 
@@ -88,9 +89,9 @@ ReviewLinks::AddAssetsToReviewLink(AddAssetsToReviewLinkRequest const& request) 
     auto assetIDs = nlohmann::json::array();
     for (auto const& id : request.assetIDs)
         assetIDs.push_back(id.AsString());
-    auto const answer = session->SendWithRetries(
-        PostJson("/v1/review-links/" + request.linkID.AsString() + "/assets",
-                 {{"asset_ids", std::move(assetIDs)}}));
+    auto const answer =
+        session->SendWithRetries(PostJson(PathTo("/v1/review-links/", request.linkID, "/assets"),
+                                          {{"asset_ids", std::move(assetIDs)}}));
 
     return answer.Then([](Answer const& arrived) {
         Task const task{quillocommon::Step::AddToReviewLink, "add the movie to the review link"};

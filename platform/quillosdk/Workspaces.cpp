@@ -4,6 +4,7 @@
 
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/Deliver.h"
+#include "quillosdk/PathTo.h"
 #include "quillosdk/Session.h"
 
 namespace quillosdk {
@@ -14,7 +15,7 @@ moxcore::async::Future<std::shared_ptr<GetWorkspacesByAccountResponse>>
 Workspaces::GetWorkspacesByAccount(GetWorkspacesByAccountRequest const& request) {
     return Fetch<GetWorkspacesByAccountResponse>(
         *session,
-        {.method = "GET", .url = "/v1/accounts/" + request.accountID.AsString() + "/workspaces"},
+        {.method = "GET", .url = PathTo("/v1/accounts/", request.accountID, "/workspaces")},
         {quillocommon::Step::ReadLocations, "read the workspaces of an account", true},
         &ReadWorkspaces);
 }

@@ -12,8 +12,8 @@ template <class Signature>
 class UniqueFunction;
 
 /// A function that has one owner: unlike std::function's, what it holds need not be copyable and is
-/// never copied, and as long as it is no larger than eight pointers it is kept in place. An empty one
-/// may only be assigned to, destroyed and tested. One instance by one thread at a time.
+/// never copied, and as long as it is no larger than eight pointers it is kept in place. An empty
+/// one may only be assigned to, destroyed and tested. One instance by one thread at a time.
 template <class Result, class... Args>
 class UniqueFunction<Result(Args...)> {
 public:
