@@ -40,10 +40,11 @@ RejectedHandler& TheRejectedHandler() {
     return handler;
 }
 
-/// Takes `token` out of an error's text: a service that repeats what it was sent must not carry it
-/// into what is shown and traced.
-void Redact(std::string& text, std::string const& token) {
-    if (token.empty()) return;
+/// Takes `token` out of the text of an error: a service that repeats what it was sent must not
+/// carry it into what is shown and traced.
+void Redact(Answer const& answer, std::string const& token) {
+    if (token.empty() || answer.GetException() || answer.Peek()->status < 400) return;
+    auto& text = answer.Peek()->body;
     for (auto at = text.find(token); at != std::string::npos; at = text.find(token, at))
         text.replace(at, token.size(), "...");
 }
@@ -94,21 +95,26 @@ std::shared_ptr<Session::Identity const> Session::CurrentIdentity() {
 
 void Session::Send(HttpRequest request, OnAnswer onAnswer) {
     auto const sentAs = CurrentIdentity();
-    auto again = request;
-    SendAs(
-        sentAs, std::move(request),
-        [self = shared_from_this(), sentAs, again = std::move(again),
-         onAnswer = std::move(onAnswer)](Answer const& answer) mutable {
-            bool const rejected = !answer.GetException() && answer.Peek()->status == kUnauthorized;
-            if (!rejected) return onAnswer(answer);
-            self->AwaitOtherToken(sentAs->token)
-                .OnComplete([self, answer, again = std::move(again),
-                             onAnswer = std::move(onAnswer)](
-                                moxcore::async::Future<std::string> const& other) mutable {
+    auto const sent = SendAs(sentAs, request);
+    sent.OnComplete([self = shared_from_this(), sentAs, request = std::move(request),
+                     onAnswer = std::move(onAnswer)](Answer const& answer) mutable {
+        Redact(answer, sentAs->token);
+        bool const rejected = !answer.GetException() && answer.Peek()->status == kUnauthorized;
+        if (!rejected) return onAnswer(answer);
+        self->AwaitOtherToken(sentAs->token)
+            .OnComplete(
+                [self, answer, request = std::move(request), onAnswer = std::move(onAnswer)](
+                    moxcore::async::Future<std::string> const& other) mutable {
                     if (other.GetException()) return onAnswer(answer);
-                    SendAs(self->MakeIdentity(other.Peek()), std::move(again), std::move(onAnswer));
+                    auto const identity = self->MakeIdentity(other.Peek());
+                    SendAs(identity, request)
+                        .OnComplete([identity,
+                                     onAnswer = std::move(onAnswer)](Answer const& second) mutable {
+                            Redact(second, identity->token);
+                            onAnswer(second);
+                        });
                 });
-        });
+    });
 }
 
 Answer Session::Send(HttpRequest request) {
@@ -125,20 +131,20 @@ Answer Session::SendWithRetries(HttpRequest const& request, std::shared_ptr<Retr
         [self = shared_from_this(), request] { return self->Send(request); }, std::move(policy));
 }
 
-void Session::SendAs(std::shared_ptr<Identity const> const& identity, HttpRequest request,
-                     OnAnswer onAnswer) {
-    request.url = quillocommon::UrlAtService(request.url);
-    if (request.url.empty())
-        return onAnswer(Answer::CreateFailed(
-            kBadRequest, "no service address is set (QUILLO_SERVICE_URL)", nullptr));
-    request.commonHeaders = {identity, &identity->headers};
-    Transport::Get()
-        ->Send(std::move(request))
-        .OnComplete([identity, onAnswer = std::move(onAnswer)](Answer const& answer) mutable {
-            if (!answer.GetException() && answer.Peek()->status >= 400)
-                Redact(answer.Peek()->body, identity->token);
-            onAnswer(answer);
-        });
+Answer Session::SendAs(std::shared_ptr<Identity const> const& identity,
+                       HttpRequest const& request) {
+    auto url = quillocommon::UrlAtService(request.url);
+    if (url.empty())
+        return Answer::CreateFailed(kBadRequest, "no service address is set (QUILLO_SERVICE_URL)",
+                                    nullptr);
+    return Transport::Get()->Send({.method = request.method,
+                                   .url = std::move(url),
+                                   .headers = request.headers,
+                                   .commonHeaders = {identity, &identity->headers},
+                                   .body = request.body,
+                                   .onBytesSent = request.onBytesSent,
+                                   .maxAnswerBytes = request.maxAnswerBytes,
+                                   .stallTimeout = request.stallTimeout});
 }
 
 moxcore::async::Future<std::string> Session::AwaitOtherToken(std::string const& rejected) {

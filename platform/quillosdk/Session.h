@@ -61,8 +61,8 @@ private:
 
     [[nodiscard]] std::shared_ptr<Identity const> MakeIdentity(std::string const& token) const;
     [[nodiscard]] std::shared_ptr<Identity const> CurrentIdentity();
-    static void SendAs(std::shared_ptr<Identity const> const& identity, HttpRequest request,
-                       OnAnswer onAnswer);
+    [[nodiscard]] static Answer SendAs(std::shared_ptr<Identity const> const& identity,
+                                       HttpRequest const& request);
     [[nodiscard]] moxcore::async::Future<std::string> AwaitOtherToken(std::string const& rejected);
     void StopWaiting(std::shared_ptr<TokenPromise> const& waiter);
 
