@@ -30,15 +30,15 @@ Answer Send(HttpRequest const& request) {
 }
 
 Answer PostForm(char const* path, Form const& fields, Answer (*send)(HttpRequest const&) = Send) {
-    auto const address = quillocommon::GetServiceAddress();
-    if (address.empty())
+    auto url = quillocommon::UrlAtService(path);
+    if (url.empty())
         return Answer::CreateFailed(quillosdk::kBadRequest,
                                     "no service address is set (QUILLO_SERVICE_URL)", nullptr);
     std::string body;
     for (auto const& [name, value] : fields)
         body += (body.empty() ? "" : "&") + name + "=" + quillocommon::PercentEncode(value);
     HttpRequest const request{.method = "POST",
-                              .url = address + path,
+                              .url = std::move(url),
                               .headers = {{"Content-Type", "application/x-www-form-urlencoded"}},
                               .body = std::make_shared<std::string const>(std::move(body))};
     return quillosdk::SendWithRetries([request, send] { return send(request); },
@@ -66,10 +66,10 @@ public:
             std::lock_guard lock(mutex);
             ++count;
         }
-        static_cast<void>(answer.Then([this](Answer const&) {
+        answer.OnComplete([this](Answer const&) {
             std::lock_guard lock(mutex);
             if (--count == 0) none.notify_all();
-        }));
+        });
     }
 
     void Await() {

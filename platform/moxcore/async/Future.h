@@ -60,6 +60,12 @@ public:
             return state->Value();
     }
 
+    /// As Get, but the value where it lies, for as long as this future is held.
+    [[nodiscard]] detail::Stored<T> const& Peek() const {
+        Wait();
+        return state->Value();
+    }
+
     /// What a complete operation failed or was cancelled with; null if it succeeded or has not
     /// ended.
     [[nodiscard]] std::exception_ptr GetException() const { return state->Exception(); }

@@ -61,13 +61,19 @@ Guid Guid::CreateUnique() {
     return guid;
 }
 
-std::string Guid::AsStdString() const {
-    std::string text(kForm);
+Guid::Text Guid::AsText() const noexcept {
+    Text text{};
+    std::copy(kForm.begin(), kForm.end(), text.begin());
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         text[kPlaces[i]] = kDigits[bytes[i] >> 4];
         text[kPlaces[i] + 1u] = kDigits[bytes[i] & 0x0F];
     }
     return text;
+}
+
+std::string Guid::AsStdString() const {
+    auto const text = AsText();
+    return {text.begin(), text.end()};
 }
 
 std::ostream& operator<<(std::ostream& out, Guid const& guid) {
