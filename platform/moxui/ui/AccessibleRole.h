@@ -8,7 +8,9 @@ enum class AccessibleRole {
     Link,
     Button,
     ListItem,
-    Image,
+    Image,       // passed over while it has no name
+    Decoration,  // always passed over
+    Alert,       // a short notice that comes by itself
 };
 
 }  // namespace moxui::ui

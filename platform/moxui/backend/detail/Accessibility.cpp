@@ -2,7 +2,9 @@
 
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QMenu>
 
+#include "moxui/backend/detail/PushButton.h"
 #include "moxui/backend/detail/ViewWidget.h"
 
 namespace moxui::backend {
@@ -18,7 +20,10 @@ QAccessible::Role QtRole(ui::AccessibleRole role) {
             return QAccessible::ListItem;
         case ui::AccessibleRole::Image:
             return QAccessible::Graphic;
+        case ui::AccessibleRole::Alert:
+            return QAccessible::AlertMessage;
         case ui::AccessibleRole::Group:
+        case ui::AccessibleRole::Decoration:
             break;
     }
     return QAccessible::Grouping;
@@ -30,6 +35,15 @@ public:
 
     QAccessible::Role role() const override {
         return QtRole(static_cast<ViewWidget*>(widget())->role);
+    }
+
+    QAccessible::State state() const override {
+        auto state = QAccessibleWidget::state();
+        auto const role = static_cast<ViewWidget*>(widget())->role;
+        state.invisible |=
+            role == ui::AccessibleRole::Decoration ||
+            (role == ui::AccessibleRole::Image && widget()->accessibleName().isEmpty());
+        return state;
     }
 
     QStringList actionNames() const override {
@@ -45,9 +59,43 @@ public:
     }
 };
 
+/// A button that Qt does not know as what it is: a link, or one that opens a menu.
+class AccessibleButton : public QAccessibleWidget {
+public:
+    using QAccessibleWidget::QAccessibleWidget;
+
+    QString text(QAccessible::Text kind) const override {
+        auto const given = QAccessibleWidget::text(kind);
+        if (kind != QAccessible::Name || !given.isEmpty()) return given;
+        return static_cast<PushButton*>(widget())->GetLabel().GetWhole();
+    }
+    QAccessible::State state() const override {
+        auto state = QAccessibleWidget::state();
+        state.linked = role() == QAccessible::Link;
+        state.hasPopup = role() == QAccessible::ButtonMenu;
+        return state;
+    }
+
+    QStringList actionNames() const override {
+        return QStringList(pressAction()) + QAccessibleWidget::actionNames();
+    }
+    void doAction(QString const& name) override {
+        if (name == pressAction())
+            static_cast<PushButton*>(widget())->Press();
+        else
+            QAccessibleWidget::doAction(name);
+    }
+};
+
 QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
-    auto* const view = qobject_cast<ViewWidget*>(object);
-    return view ? new AccessibleView(view) : nullptr;
+    if (auto* const view = qobject_cast<ViewWidget*>(object)) return new AccessibleView(view);
+    auto* const button = qobject_cast<PushButton*>(object);
+    if (!button) return nullptr;
+    if (button->role == ui::AccessibleRole::Link)
+        return new AccessibleButton(button, QAccessible::Link);
+    if (button->findChild<QMenu*>(QString(), Qt::FindDirectChildrenOnly))
+        return new AccessibleButton(button, QAccessible::ButtonMenu);
+    return nullptr;
 }
 
 }  // namespace

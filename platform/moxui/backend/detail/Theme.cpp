@@ -1,5 +1,7 @@
 #include "moxui/backend/detail/Theme.h"
 
+#include <cmath>
+
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/Peer.h"
 #include "moxui/backend/detail/QtDrawbot.h"
@@ -54,10 +56,20 @@ void TellOfTheme(ui::UI_Node& node) {
         TellOfTheme(*child);
 }
 
+int WholeSize(skins::ThemeSize size) {
+    return static_cast<int>(std::lround(skins::ThemeProvider::Get().GetSize(size)));
+}
+
 QFont ThemeFont(std::string const& style, float factor) {
     auto const& theme = skins::ThemeProvider::Get();
     return QtFont(
         *QtSupplier().NewFont(theme.GetFontName(0), theme.GetFontSize(0) * factor, style));
+}
+
+QFont NamedFont(std::string const& name) {
+    if (name.empty() || name == "Regular" || name == "Bold") return ThemeFont(name);
+    auto const& theme = skins::ThemeProvider::Get();
+    return QtFont(*QtSupplier().NewFont(skins::ValidateFontName(name), theme.GetFontSize(0), ""));
 }
 
 }  // namespace moxui::backend

@@ -6,10 +6,9 @@
 #include <QPainter>
 
 #include "moxui/backend/detail/Accessibility.h"
-#include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/FocusOrder.h"
 #include "moxui/backend/detail/MouseEvents.h"
 #include "moxui/backend/detail/QtDrawbot.h"
-#include "moxui/backend/detail/ReadingOrder.h"
 #include "moxui/skins/ThemeProvider.h"
 
 namespace moxui::backend {
@@ -24,7 +23,7 @@ void ViewWidget::Press() {
 
 bool ViewWidget::event(QEvent* event) {
     if (!node) return QWidget::event(event);
-    if (auto const mouse = ToMouseEvent(*event)) {
+    if (auto const mouse = ToMouseEvent(*event, node->GetPeer().origin)) {
         bool const handled = node->GetPeer().Deliver(*mouse);
         // Entering and leaving are Qt's business, too; what is not handled is the parent's to see.
         if (event->type() != QEvent::Enter && event->type() != QEvent::Leave) {
@@ -42,31 +41,27 @@ void ViewWidget::paintEvent(QPaintEvent*) {
     if (!node) return;
     QPainter painter(this);
     QtDrawbot drawbot(painter);
+    painter.translate(node->GetPeer().origin);
     node->UI_Draw(&drawbot);
+    painter.resetTransform();
     if (hasFocus()) PaintFocusRing(painter, QRectF(rect()));
 }
 
 RootWidget::RootWidget() = default;
 
-bool RootWidget::focusNextPrevChild(bool next) {
-    std::vector<QWidget*> widgets;
-    std::vector<moxcore::geom::RectT<float>> places;
-    for (auto* const widget : findChildren<QWidget*>()) {
-        if (!(widget->focusPolicy() & Qt::TabFocus) || !widget->isEnabled() ||
-            !widget->isVisibleTo(this) || widget->focusProxy() || widget->window() != window())
-            continue;
-        widgets.push_back(widget);
-        places.push_back(
-            FromQRectF(QRectF(QPointF(widget->mapTo(this, QPoint())), QSizeF(widget->size()))));
-    }
-    if (widgets.empty()) return false;
+void RootWidget::FocusFirst(Qt::FocusReason reason) {
+    auto const stops = TabStopsBelow(*this);
+    if (!stops.empty()) stops.front()->setFocus(reason);
+}
 
-    auto const order = ReadingOrder(places);
-    auto const count = order.size();
+bool RootWidget::focusNextPrevChild(bool next) {
+    auto const stops = TabStopsBelow(*this);
+    if (stops.empty()) return false;
+    auto const count = stops.size();
     std::size_t target = next ? 0 : count - 1;
     for (std::size_t i = 0; i < count; ++i)
-        if (widgets[order[i]]->hasFocus()) target = (i + (next ? 1 : count - 1)) % count;
-    widgets[order[target]]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        if (stops[i]->hasFocus()) target = (i + (next ? 1 : count - 1)) % count;
+    stops[target]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
     return true;
 }
 

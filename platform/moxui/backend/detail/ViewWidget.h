@@ -29,6 +29,9 @@ class RootWidget : public ViewWidget {
 public:
     RootWidget();
 
+    /// Gives the focus to what Tab reaches first, if there is any.
+    void FocusFirst(Qt::FocusReason reason);
+
 protected:
     bool focusNextPrevChild(bool next) override;
 };

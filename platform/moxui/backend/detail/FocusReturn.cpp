@@ -1,0 +1,29 @@
+#include "moxui/backend/detail/FocusReturn.h"
+
+#include <QApplication>
+#include <QWindow>
+
+namespace moxui::backend {
+
+void FocusReturn::Remember() {
+    window = QApplication::activeWindow();
+    widget = QApplication::focusWidget();
+}
+
+bool FocusReturn::IsWith(QWidget const& other) {
+    auto const* const focused = QGuiApplication::focusWindow();
+    return focused && BelongsTo(*focused, other);
+}
+
+void FocusReturn::GiveBack() const {
+    if (!window || !window->isVisible()) return;
+    window->activateWindow();
+    if (widget && widget->isVisible()) widget->setFocus(Qt::PopupFocusReason);
+}
+
+bool BelongsTo(QWindow const& window, QWidget const& owner) {
+    auto const* const own = owner.windowHandle();
+    return own && (&window == own || own->isAncestorOf(&window, QWindow::IncludeTransients));
+}
+
+}  // namespace moxui::backend

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+namespace moxui::backend {
+
+/// Where the keyboard's focus was before a window of ours took it.
+class FocusReturn {
+public:
+    void Remember();
+
+    /// Whether `window`, or one that belongs to it, has the focus still. What has taken it
+    /// meanwhile, another program's window for instance, keeps it.
+    [[nodiscard]] static bool IsWith(QWidget const& window);
+
+    /// Gives the focus back to where it was, if that can be seen.
+    void GiveBack() const;
+
+private:
+    QPointer<QWidget> window;
+    QPointer<QWidget> widget;
+};
+
+/// Whether `window`, a window on the screen, is that of `owner` or was opened from there: a menu or
+/// a dialog of its own.
+[[nodiscard]] bool BelongsTo(QWindow const& window, QWidget const& owner);
+
+}  // namespace moxui::backend

@@ -1,0 +1,102 @@
+#include "quillomoxui/view/EncodingProgressView.h"
+
+#include "quillomoxui/utility/WeakBindMemberFunction.h"
+#include "quillomoxui/view/Layout.h"
+#include "quillomoxui/view/Texts.h"
+#include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
+
+namespace quillomoxui::view {
+namespace {
+
+using moxui::controls::UI_StaticText;
+using utility::WeakBindMemberFunction;
+
+constexpr char kLinkDescription[] =
+    "$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/LinkDescription="
+    "Link will be available once export completes";
+
+UTF16String StatusText(ShareForReviewViewID id) {
+    switch (id) {
+        case ShareForReviewViewID::WaitingInQueue:
+            return Text(
+                "$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/WaitingInQueue="
+                "Waiting in queue...");
+        case ShareForReviewViewID::EncodingProgress:
+            return Text(
+                "$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/EncodingInProgress="
+                "Encoding in Progress...");
+        case ShareForReviewViewID::UploadInProgress:
+            return Text(
+                "$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/UploadInProgress="
+                "Upload in Progress...");
+        default: return {};
+    }
+}
+
+}  // namespace
+
+EncodingProgressView::EncodingProgressView(
+    std::shared_ptr<ShareForReviewViewModel> const& viewModel)
+    : PopupBaseView(viewModel),
+      title(new UI_StaticText),
+      linkCaption(new UI_StaticText),
+      linkBox(new TextWithBackground(Text(kLinkDescription))),
+      status(new UI_StaticText),
+      progressBar(new moxui::controls::UI_ProgressBar),
+      cancelButton(new moxui::controls::UI_TextButton) {
+    title->SetText(
+        Text("$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/ShareForReview="
+             "Share for Review"));
+    title->SetFontStyleName("Bold");
+    linkCaption->SetText(
+        Text("$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/Link=Link:"));
+    auto const statusText = StatusText(viewModel->GetCurrentViewID());
+    status->SetText(statusText);
+    progressBar->UI_SetAccessibleName(statusText);
+    cancelButton->SetText(
+        Text("$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/CancelBtn=Cancel"));
+    cancelButton->UI_SetEnabled(true);
+
+    RetainBinding(static_cast<EncodingProgressNotifyingPropertyHost&>(*viewModel)
+                      .BindValueChanged(WeakBindMemberFunction(
+                          this, &EncodingProgressView::OnProgressChanged)));
+    RetainBinding(static_cast<ReviewLinkURLNotifyingPropertyHost&>(*viewModel)
+                      .BindValueChanged(WeakBindMemberFunction(
+                          this, &EncodingProgressView::OnReviewLinkChanged)));
+
+    for (boost::intrusive_ptr<UI_SubView> const child :
+         std::initializer_list<boost::intrusive_ptr<UI_SubView>>{
+             title, linkCaption, linkBox, status, progressBar, cancelButton})
+        AddShown(*this, child);
+}
+
+EncodingProgressView::~EncodingProgressView() = default;
+
+moxcore::geom::PointT<float> EncodingProgressView::UI_GetRecommendedSize(
+    moxui::drawbot::Drawbot*) const {
+    return {340, 161};
+}
+
+void EncodingProgressView::UI_SetLocalRectF(moxcore::geom::RectT<float> const& rect) {
+    PopupBaseView::UI_SetLocalRectF(rect);
+    Layout const layout(*this);
+    if (!layout) return;
+    constexpr float kLeft = 15;
+    layout.PlaceAt(*title, kLeft, 12);
+    layout.PlaceAt(*linkCaption, kLeft, 35);
+    layout.PlaceAt(*linkBox, kLeft, 54);
+    layout.PlaceAt(*status, kLeft, 84);
+    progressBar->UI_SetLocalRectF({kLeft, 103, 310, 12});
+    layout.PlaceAt(*cancelButton, 324 - layout.SizeOf(*cancelButton).x, 125);
+}
+
+void EncodingProgressView::OnProgressChanged(double progress) {
+    constexpr unsigned kMaximum = 1000;
+    progressBar->SetProgress(static_cast<unsigned>(progress * kMaximum), kMaximum);
+}
+
+void EncodingProgressView::OnReviewLinkChanged(UTF16String const& link) {
+    linkBox->SetValue(link.empty() ? Text(kLinkDescription) : link);
+}
+
+}  // namespace quillomoxui::view

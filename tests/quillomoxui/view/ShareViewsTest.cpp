@@ -1,0 +1,303 @@
+#include <gmock/gmock.h>
+
+#include <QAccessible>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QTest>
+
+#include "moxcore/string/Conversions.h"
+#include "moxui/controls/UI_Divider.h"
+#include "moxui/controls/UI_HotTextButton.h"
+#include "moxui/controls/UI_HotTextURL.h"
+#include "moxui/controls/UI_Popup.h"
+#include "moxui/controls/UI_ProgressBar.h"
+#include "moxui/controls/UI_StaticText.h"
+#include "moxui/controls/UI_TextButton.h"
+#include "quillomoxui/model/QuilloFolder.h"
+#include "quillomoxui/model/QuilloUser.h"
+#include "quillomoxui/view/Factory.h"
+#include "quillomoxui/view/PopupBaseView.h"
+#include "quillomoxui/view/TextWithBackground.h"
+#include "quillomoxui/view/WorkflowLabel.h"
+#include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
+#include "tests/support/TestWindow.h"
+#include "tests/support/Views.h"
+
+namespace quillomoxui::view {
+namespace {
+
+using moxcore::string::AsciiToUTF16;
+using moxcore::string::UTF16to8;
+using moxui::controls::UI_HotTextButton;
+using moxui::controls::UI_Popup;
+using moxui::controls::UI_StaticText;
+using moxui::controls::UI_TextButton;
+using testsupport::Find;
+using testsupport::FindText;
+using testsupport::RunEvents;
+using testsupport::WidgetOf;
+using ID = ShareForReviewViewID;
+
+/// Counts what the views ask of it, and lets it happen where no service is needed for it.
+class Model : public ShareForReviewViewModel {
+public:
+    void Login() override { ++logins; }
+    void Logout() override { ++logouts; }
+    int logins = 0;
+    int logouts = 0;
+};
+
+class ShareViewsTest : public testing::Test {
+protected:
+    ShareViewsTest() { model->SetActiveAssetName(AsciiToUTF16("Opening titles")); }
+
+    /// The view of `id`, in a window, after it has heard the properties' values.
+    PopupBaseView& Show(ID id) {
+        model->SetCurrentViewID(id);
+        view = factory::CreateView(id, model);
+        auto const size = view->UI_GetRecommendedSize(nullptr);
+        window.Add(view, {0, 0, size.x, size.y});
+        return *view;
+    }
+
+    /// What stands in the text control after `caption`, in the order of the children.
+    bool Shows(std::string const& text) { return FindText<UI_StaticText>(*view, text) != nullptr; }
+
+    void Click(moxui::ui::UI_Node const& node) {
+        QTest::mouseClick(&WidgetOf(node), Qt::LeftButton);
+        RunEvents();
+    }
+
+    std::shared_ptr<Model> model = std::make_shared<Model>();
+    testsupport::TestWindow window;
+    boost::intrusive_ptr<PopupBaseView> view;
+};
+
+TEST_F(ShareViewsTest, EveryIDHasTheViewOfItsStepOrNone) {
+    for (auto const id : {ID::None, ID::Initial, ID(11)})
+        EXPECT_EQ(factory::CreateView(id, model), nullptr) << int(id);
+    for (auto const id : {ID::DebugView, ID::ReviewInQuillo, ID::SigninPrompt, ID::CopyLinkSection,
+                          ID::WaitingInQueue, ID::EncodingProgress, ID::UploadInProgress}) {
+        auto const first = factory::CreateView(id, model);
+        ASSERT_NE(first, nullptr) << int(id);
+        EXPECT_NE(factory::CreateView(id, model), first);
+    }
+}
+
+TEST_F(ShareViewsTest, TheSignInPromptSignsInAndMovesOnOnceSomebodyIs) {
+    Show(ID::SigninPrompt);
+    EXPECT_TRUE(Shows("Opening titles"));
+    auto const button = FindText<UI_TextButton>(*view, "Sign in to Quillo");
+    ASSERT_NE(button, nullptr);
+    Click(*button);
+    Click(*button);
+    EXPECT_EQ(model->logins, 2);
+    EXPECT_TRUE(button->UI_IsEnabled());
+    auto const place = button->UI_GetLocalRectF(true);
+    EXPECT_EQ(place.x + place.width, 325);
+    EXPECT_EQ(place.y + place.height, 100);
+
+    model->SetIsLoggedIn(true);
+    RunEvents();
+    EXPECT_EQ(model->GetCurrentViewID(), ID::ReviewInQuillo);
+    model->SetCurrentViewID(ID::SigninPrompt);
+    model->SetIsLoggedIn(false);
+    RunEvents();
+    EXPECT_EQ(model->GetCurrentViewID(), ID::SigninPrompt);
+}
+
+TEST_F(ShareViewsTest, AWorkflowLabelKeepsLongTextsInTheirPlaces) {
+    boost::intrusive_ptr<WorkflowLabel> const label(new WorkflowLabel(nullptr));
+    window.Add(label, {0, 0, 310, 20});
+    auto const title = FindText<UI_StaticText>(*label, "Share for review:");
+    auto const icon = Find<SizedStaticImage>(*label);
+    EXPECT_EQ(icon->UI_GetLocalRectF(true).x, title->UI_GetLocalRectF(true).width + 8);
+    title->SetText(UTF16String(200, 'W'));
+    label->SetLabelText(UTF16String(200, 'W'));
+    label->UI_SetLocalRectF({0, 0, 310, 20});
+    EXPECT_EQ(title->UI_GetLocalRectF(true).width, 155);
+    EXPECT_EQ(icon->UI_GetLocalRectF(true), (moxcore::geom::RectT<float>{163, 1, 14, 14}));
+}
+
+TEST_F(ShareViewsTest, TheProgressViewTellsTheStatusOfItsMoment) {
+    for (auto const& [id, status] : std::vector<std::pair<ID, char const*>>{
+             {ID::WaitingInQueue, "Waiting in queue..."},
+             {ID::EncodingProgress, "Encoding in Progress..."},
+             {ID::UploadInProgress, "Upload in Progress..."}}) {
+        Show(id);
+        EXPECT_TRUE(Shows(status)) << status;
+        auto* const bar = QAccessible::queryAccessibleInterface(
+            &WidgetOf(*Find<moxui::controls::UI_ProgressBar>(*view)));
+        EXPECT_EQ(bar->text(QAccessible::Name), status);
+    }
+}
+
+TEST_F(ShareViewsTest, TheProgressViewFollowsTheProgressAndTheLink) {
+    constexpr char kNote[] = "Link will be available once export completes";
+    Show(ID::EncodingProgress);
+    EXPECT_TRUE(Shows(kNote));
+    auto const bar = Find<moxui::controls::UI_ProgressBar>(*view);
+    for (auto const& [progress, shown] :
+         std::vector<std::pair<double, unsigned>>{{0.4567, 456}, {1.0, 1000}, {0.0, 0}}) {
+        model->SetEncodingProgress(progress);
+        RunEvents();
+        EXPECT_EQ(bar->GetValue(), shown);
+        EXPECT_EQ(bar->GetMaximum(), 1000U);
+    }
+    model->SetReviewLinkURL(AsciiToUTF16("http://127.0.0.1/r/abc"));
+    RunEvents();
+    EXPECT_TRUE(Shows("http://127.0.0.1/r/abc"));
+    EXPECT_FALSE(Shows(kNote));
+    model->SetReviewLinkURL({});
+    RunEvents();
+    EXPECT_TRUE(Shows(kNote));
+}
+
+TEST_F(ShareViewsTest, CopyLinkPutsTheLinkOnTheClipboardAndSaysSo) {
+    model->SetReviewLinkURL(AsciiToUTF16("http://127.0.0.1/r/<abc>&d"));
+    Show(ID::CopyLinkSection);
+    auto const link = Find<moxui::controls::UI_HotTextURL>(*view);
+    EXPECT_EQ(UTF16to8(link->GetURL()), "http://127.0.0.1/r/<abc>&d");
+
+    // The link of a view is that of its moment.
+    model->SetReviewLinkURL(AsciiToUTF16("http://elsewhere/"));
+    RunEvents();
+    QGuiApplication::clipboard()->setText("before");
+    Click(*FindText<UI_TextButton>(*view, "Copy link"));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "http://127.0.0.1/r/<abc>&d");
+    int toasts = 0;
+    for (auto const* const top : QApplication::topLevelWidgets())
+        for (auto const* const child : top->findChildren<QWidget*>())
+            toasts += child->isVisible() && child->property("text") == QString("Copied");
+    EXPECT_EQ(toasts, 1);
+}
+
+/// A user with a folder "Dailies" in the project "Pilot", with nothing above it.
+class ReviewViewTest : public ShareViewsTest {
+protected:
+    ReviewViewTest() {
+        folder->SetName(AsciiToUTF16("Dailies"));
+        model->SetUser(user);
+    }
+    std::shared_ptr<QuilloUser> user = std::make_shared<QuilloUser>();
+    std::shared_ptr<QuilloFolder> folder = std::make_shared<QuilloFolder>(nullptr);
+};
+
+TEST_F(ReviewViewTest, TheLocationLeadsToThePickersStepThatIsDue) {
+    for (bool const chosen : {false, true}) {
+        user->SetSelection(chosen ? folder : nullptr);
+        Show(ID::ReviewInQuillo);
+        auto const path = UTF16to8(user->GetSelectionPath());
+        auto const link = Find<UI_HotTextButton>(*view);
+        EXPECT_EQ(UTF16to8(link->GetText()), chosen ? path : "Select Quillo Location...");
+        EXPECT_EQ(UTF16to8(link->UI_GetToolTip()), chosen ? path : "");
+
+        for (bool const byKeyboard : {false, true}) {
+            model->SetCurrentViewID(ID::ReviewInQuillo);
+            if (byKeyboard)
+                QTest::keyClick(&WidgetOf(*link), Qt::Key_Return);
+            else
+                QTest::mousePress(&WidgetOf(*link), Qt::LeftButton);
+            EXPECT_EQ(model->GetCurrentViewID(), chosen ? ID::SelectFolder : ID::SelectProject)
+                << chosen << byKeyboard;
+        }
+    }
+}
+
+TEST_F(ReviewViewTest, ASelectionThatGoesPutsTheDefaultTextBack) {
+    user->SetSelection(folder);
+    Show(ID::ReviewInQuillo);
+    auto const link = Find<UI_HotTextButton>(*view);
+    user->SetSelection(nullptr);
+    RunEvents();
+    EXPECT_EQ(UTF16to8(link->GetText()), "Select Quillo Location...");
+}
+
+TEST_F(ReviewViewTest, ThePresetIsTheMenusAlone) {
+    Show(ID::ReviewInQuillo);
+    auto const picker = Find<UI_Popup>(*view);
+    std::vector<std::string> texts;
+    for (int i = 0; i < picker->GetItemCount(); ++i)
+        texts.push_back(UTF16to8(picker->GetItemText(i)));
+    EXPECT_THAT(texts, testing::ElementsAre("Preset Settings", "", "Web 720", "Web 1080", "Web 4k",
+                                            "ProRes 422"));
+    EXPECT_EQ(picker->GetValue(), 3);
+}
+
+TEST_F(ReviewViewTest, EveryPressOnShareStartsAShare) {
+    int asked = 0;
+    model->SetAssetDataMethods(
+        [&](auto&, auto&) {
+            ++asked;
+            return false;
+        },
+        [](auto&&...) { return false; }, [](auto&&...) { return false; });
+    user->SetSelection(folder);
+    Show(ID::ReviewInQuillo);
+    auto const share = FindText<UI_TextButton>(*view, "Share");
+    Click(*share);
+    Click(*share);
+    EXPECT_EQ(asked, 2);
+    EXPECT_TRUE(share->UI_IsEnabled());
+}
+
+TEST_F(ShareViewsTest, TheDebugViewFollowsTheSignIn) {
+    auto const user = std::make_shared<QuilloUser>();
+    user->SetName(AsciiToUTF16("Ada"));
+    model->SetUser(user);
+    model->SetCurrentViewID(ID::DebugView);
+    view = factory::CreateView(ID::DebugView, model);
+    EXPECT_TRUE(Shows("--empty--"));
+    window.Add(view, {0, 0, 340, 200});
+    EXPECT_TRUE(Shows("Ada"));
+
+    auto const login = FindText<UI_TextButton>(*view, "Login");
+    auto const logout = FindText<UI_TextButton>(*view, "Logout");
+    for (bool const loggedIn : {true, false}) {
+        model->SetIsLoggedIn(loggedIn);
+        RunEvents();
+        EXPECT_EQ(login->UI_IsEnabled(), !loggedIn);
+        EXPECT_EQ(logout->UI_IsEnabled(), loggedIn);
+        Click(loggedIn ? *logout : *login);
+    }
+    EXPECT_EQ(model->logins, 1);
+    EXPECT_EQ(model->logouts, 1);
+}
+
+TEST_F(ShareViewsTest, AViewLeavesNoBindingBehind) {
+    auto const bindings = [&] {
+        return static_cast<ActiveAssetNameNotifyingPropertyHost&>(*model).GetBindingCount() +
+               static_cast<IsLoggedInNotifyingPropertyHost&>(*model).GetBindingCount() +
+               static_cast<ReviewLinkURLNotifyingPropertyHost&>(*model).GetBindingCount() +
+               static_cast<EncodingProgressNotifyingPropertyHost&>(*model).GetBindingCount() +
+               static_cast<NameNotifyingPropertyHost&>(*model->GetUser()).GetBindingCount() +
+               static_cast<SelectionPathNotifyingPropertyHost&>(*model->GetUser())
+                   .GetBindingCount();
+    };
+    for (auto const id : {ID::DebugView, ID::ReviewInQuillo, ID::SigninPrompt, ID::CopyLinkSection,
+                          ID::EncodingProgress}) {
+        for (int i = 0; i < 1000; ++i) view = factory::CreateView(id, model);
+        EXPECT_GT(bindings(), 0U) << int(id);
+        // What is still on its way to the views reaches none of them.
+        view.reset();
+        EXPECT_EQ(bindings(), 0U) << int(id);
+        RunEvents();
+    }
+}
+
+TEST_F(ShareViewsTest, NoControlThatCanBeReachedIsWithoutANameForScreenReaders) {
+    for (auto const id : {ID::DebugView, ID::ReviewInQuillo, ID::SigninPrompt, ID::CopyLinkSection,
+                          ID::EncodingProgress}) {
+        Show(id);
+        for (auto* const widget : WidgetOf(*view).findChildren<QWidget*>()) {
+            if (!(widget->focusPolicy() & Qt::TabFocus)) continue;
+            auto* const accessible = QAccessible::queryAccessibleInterface(widget);
+            ASSERT_NE(accessible, nullptr);
+            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
+                << int(id) << " " << widget->metaObject()->className();
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quillomoxui::view
