@@ -2,12 +2,16 @@
 
 #include <string>
 
+#include "service/Clock.h"
 #include "service/Options.h"
 
 namespace quilloservice {
 
 class Api;
+class AuthorizationCodes;
 class DataDirectory;
+class EventStreams;
+class Places;
 class ReviewLinks;
 class Sessions;
 class Store;
@@ -15,8 +19,15 @@ class Uploads;
 
 // Each adds the routes of one section of docs/service-api.md. What is passed outlives `api`.
 
-void AddSignInRoutes(Api& api, Sessions& sessions, bool trustLocalUser);
+void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes, bool trustLocalUser);
+void AddAuthorizeRoutes(Api& api, const Store& store, AuthorizationCodes& codes,
+                        const Clock& clock);
 void AddLocationRoutes(Api& api, const Store& store);
+void AddPlaceRoutes(Api& api, Places& places);
+void AddEventRoutes(Api& api, EventStreams& streams);
+/// A page on which a developer changes the sample user's places: for programs of this machine, of a
+/// service that trusts its user.
+void AddAdminRoutes(Api& api, Sessions& sessions, bool trustLocalUser);
 void AddUploadRoutes(Api& api, Uploads& uploads, const FaultOptions& faults);
 /// `address`: where links lead when a request does not say under which name it found the service.
 void AddLinkRoutes(Api& api, ReviewLinks& links, const std::string& address);

@@ -3,10 +3,14 @@
 #include <stdexcept>
 
 #include "service/Api.h"
+#include "service/AuthorizationCodes.h"
+#include "service/ChangeFeed.h"
 #include "service/Clock.h"
 #include "service/DataDirectory.h"
+#include "service/EventStreams.h"
 #include "service/HttpServer.h"
 #include "service/Options.h"
+#include "service/Places.h"
 #include "service/ReviewLinks.h"
 #include "service/Routes.h"
 #include "service/SampleData.h"
@@ -47,15 +51,23 @@ struct Service::Parts {
         : directory(options.dataDirectory),
           store(directory.StorePath()),
           sessions(store, SystemTime),
-          uploads(directory, store, SystemTime),
+          codes(sessions, SystemTime),
+          changes(store),
+          places(store, changes),
+          uploads(directory, store, changes, SystemTime),
           links(store),
+          events(changes, sessions),
           api(server, sessions, options.limit, options.faults) {
         MakeSampleData(store, options.sample);
         uploads.Recover();
         port = Listen(server, directory, options);
         address = AddressOf(options.host, port);
-        AddSignInRoutes(api, sessions, options.trustLocalUser);
+        AddSignInRoutes(api, sessions, codes, options.trustLocalUser);
+        AddAuthorizeRoutes(api, store, codes, SystemTime);
         AddLocationRoutes(api, store);
+        AddPlaceRoutes(api, places);
+        AddEventRoutes(api, events);
+        AddAdminRoutes(api, sessions, options.trustLocalUser);
         AddUploadRoutes(api, uploads, options.faults);
         AddLinkRoutes(api, links, address);
         AddReviewerRoutes(api, links, directory);
@@ -64,8 +76,12 @@ struct Service::Parts {
     DataDirectory directory;
     Store store;
     Sessions sessions;
+    AuthorizationCodes codes;
+    ChangeFeed changes;
+    Places places;
     Uploads uploads;
     ReviewLinks links;
+    EventStreams events;
     HttpServer server;
     Api api;
     int port = 0;
