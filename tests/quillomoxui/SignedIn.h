@@ -6,10 +6,13 @@
 #include <chrono>
 #include <future>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/MainThread.h"
+#include "quillomoxui/model/QuilloNode.h"
 #include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 #include "quillosdk/RetryPolicy.h"
 #include "tests/support/DrainMainThread.h"
@@ -49,6 +52,32 @@ protected:
         model::QuilloCppSdkIntegration::SignOut();
         quillosdk::RetryPolicy::SetRandomSource(nullptr);
         testsupport::DrainMainThread();
+    }
+
+    /// One account with two workspaces, one of which has two projects.
+    void ServeTree() {
+        using testsupport::Id;
+        using testsupport::Record;
+        On("GET /v1/me", R"({"user":)" + Record(1, "Jane") + "}");
+        On("GET /v1/accounts", R"({"accounts":[)" + Record(2, "Studio") + "]}");
+        On("GET /v1/accounts/" + Id(2) + "/workspaces",
+           R"({"workspaces":[)" + Record(3, "promos") + "," + Record(4, "Archive") + "]}");
+        On("GET /v1/workspaces/" + Id(3) + "/projects",
+           R"({"projects":[)" +
+               Record(5, "Spot 10",
+                      R"(,"root_folder":)" + Record(6, "root", R"(,"type":"folder")")) +
+               "," +
+               Record(7, "spot 9",
+                      R"(,"root_folder":)" + Record(8, "root", R"(,"type":"folder")")) +
+               "]}");
+        On("GET /v1/workspaces/" + Id(4) + "/projects", R"({"projects":[]})");
+    }
+
+    static std::vector<std::string> Names(NodeVector<QuilloNode> const& nodes) {
+        std::vector<std::string> names;
+        for (auto const& node : nodes)
+            names.push_back(moxcore::string::UTF16to8(node->GetName()));
+        return names;
     }
 
     /// Signs in on the sign-in's own thread and waits for what that answers.

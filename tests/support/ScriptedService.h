@@ -11,6 +11,18 @@
 
 namespace testsupport {
 
+/// An identifier that ends in `number`.
+[[nodiscard]] inline std::string Id(int number) {
+    auto const digits = std::to_string(number);
+    return "00000000-0000-0000-0000-" + std::string(12 - digits.size(), '0') + digits;
+}
+
+/// A thing as the service tells of it; `more` are further members, each after a comma.
+[[nodiscard]] inline std::string Record(int id, std::string const& name,
+                                        std::string const& more = {}) {
+    return R"({"id":")" + Id(id) + R"(","name":")" + name + "\"" + more + "}";
+}
+
 /// A service that answers each request as the test has it, by its line ("GET /v1/me"). A request
 /// without an answer waits for the test. Any thread.
 class ScriptedService {

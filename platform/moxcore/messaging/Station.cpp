@@ -1,9 +1,11 @@
 #include "moxcore/messaging/Station.h"
 
-#include <algorithm>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "moxcore/config/Error.h"
@@ -37,21 +39,46 @@ public:
         listening = false;
     }
 
-    [[nodiscard]] bool IsFor(Listener const* other) const { return listener == other; }
-
 private:
     std::recursive_mutex mutex;
     bool listening = true;  // guarded by mutex
     Listener* const listener;
 };
 
-using Entries = std::vector<std::shared_ptr<Entry>>;
+/// Who listens at one station, in the order in which they came. A tree of listeners that goes
+/// removes each of them: that must not take longer the more there are.
+class Entries {
+public:
+    void Add(Listener const* listener, std::shared_ptr<Entry> entry) {
+        byListener.emplace(listener, inOrder.insert(inOrder.end(), std::move(entry)));
+    }
+
+    [[nodiscard]] std::shared_ptr<Entry> Remove(Listener const* listener) {
+        auto const found = byListener.find(listener);
+        if (found == byListener.end()) return nullptr;
+        auto entry = *found->second;
+        inOrder.erase(found->second);
+        byListener.erase(found);
+        return entry;
+    }
+
+    [[nodiscard]] std::vector<std::shared_ptr<Entry>> All() const {
+        return {inOrder.begin(), inOrder.end()};
+    }
+
+    [[nodiscard]] bool IsEmpty() const { return inOrder.empty(); }
+
+private:
+    using InOrder = std::list<std::shared_ptr<Entry>>;
+    InOrder inOrder;
+    std::unordered_multimap<Listener const*, InOrder::iterator> byListener;
+};
 
 class Stations {
 public:
-    void Add(ImmutableString const& id, std::shared_ptr<Entry> entry) {
+    void Add(ImmutableString const& id, Listener* listener) {
         std::lock_guard lock(mutex);
-        stations[id].push_back(std::move(entry));
+        stations[id].Add(listener, std::make_shared<Entry>(listener));
     }
 
     /// The entry taken out; null when there is none.
@@ -60,20 +87,16 @@ public:
         std::lock_guard lock(mutex);
         auto const station = stations.find(id);
         if (station == stations.end()) return nullptr;
-        auto& entries = station->second;
-        auto const found = std::find_if(entries.begin(), entries.end(),
-                                        [&](auto const& entry) { return entry->IsFor(listener); });
-        if (found == entries.end()) return nullptr;
-        auto entry = *found;
-        entries.erase(found);
-        if (entries.empty()) stations.erase(station);
+        auto entry = station->second.Remove(listener);
+        if (station->second.IsEmpty()) stations.erase(station);
         return entry;
     }
 
-    [[nodiscard]] Entries At(ImmutableString const& id) const {
+    [[nodiscard]] std::vector<std::shared_ptr<Entry>> At(ImmutableString const& id) const {
         std::lock_guard lock(mutex);
         auto const station = stations.find(id);
-        return station == stations.end() ? Entries() : station->second;
+        if (station == stations.end()) return {};
+        return station->second.All();
     }
 
 private:
@@ -90,7 +113,7 @@ Stations& TheStations() {
 }  // namespace
 
 void AddRawListener(ImmutableString const& stationID, Listener* listener) {
-    TheStations().Add(stationID, std::make_shared<Entry>(listener));
+    TheStations().Add(stationID, listener);
 }
 
 void RemoveRawListener(ImmutableString const& stationID, Listener* listener) {

@@ -26,15 +26,8 @@ using quillo::QuilloDatastore;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-std::string Id(int number) {
-    auto const digits = std::to_string(number);
-    return "00000000-0000-0000-0000-" + std::string(12 - digits.size(), '0') + digits;
-}
-
-std::string Record(int id, std::string const& name, std::string const& more = {}) {
-    return R"({"id":")" + Id(id) + R"(","name":")" + name + "\"" + more + "}";
-}
+using testsupport::Id;
+using testsupport::Record;
 
 /// What lies in a folder: files with these names.
 std::string Files(std::vector<std::string> const& names) {
