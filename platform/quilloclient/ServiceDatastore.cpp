@@ -27,6 +27,8 @@ constexpr char kClientID[] = "quilloclient";
 constexpr std::uint32_t kPollMilliseconds = 10'000;
 constexpr std::size_t kListsPerPoll = 4;
 
+constexpr int kUnauthorized = 401;
+
 std::exception_ptr NotSignedIn() {
     return std::make_exception_ptr(
         ResultException(quilloauth::jwt::kNotSignedIn, "nobody is signed in"));
@@ -57,6 +59,13 @@ std::shared_ptr<quillosdk::Session> MakeSession() {
     });
     *self = session;
     return session;
+}
+
+/// Fails `promise` with what it is called with.
+template <class T>
+std::function<void(std::exception_ptr const&)> FailureOf(
+    std::shared_ptr<RefPromise<T>> const& promise) {
+    return [promise](std::exception_ptr const& exception) { promise->SetException(exception); };
 }
 
 char const* MessageTypeOf(ListKind kind) {
@@ -116,32 +125,38 @@ void ServiceDatastore::OnToken(unsigned signIn, Token const& token) {
 
 void ServiceDatastore::OpenSession(std::string const& token) {
     state = State::SignedIn;
-    bool const isNew = !session;
-    if (isNew) session = MakeSession();
-    static_cast<void>(session->UpdateAccessToken(token));
-    if (isNew) {
-        auto const weak = weak_from_this();
+    if (!session) {
+        session = MakeSession();
         cache = std::make_shared<ListCache>(
             executor, ListCache::Handlers{[session = session](std::string const& path) {
                                               return session->Send({.method = "GET", .url = path});
                                           },
-                                          [weak](Key const& key) {
+                                          [weak = weak_from_this()](Key const& key) {
                                               if (auto const self = weak.lock())
                                                   self->Announce(key);
                                           }});
-        stream = std::make_shared<EventStream>(
-            executor, session,
-            EventStream::Handlers{[weak](Event const& event) {
-                                      if (auto const self = weak.lock()) self->OnEvent(event);
-                                  },
-                                  [weak](bool live) {
-                                      if (auto const self = weak.lock()) self->OnLive(live);
-                                  }});
-        stream->Start();
-        OnLive(false);
     }
+    static_cast<void>(session->UpdateAccessToken(token));
+    if (!isLive) StartStream();  // one that waits after a refusal need not wait any longer
     for (auto const& each : std::exchange(waiting, {}))
         each.work();
+}
+
+void ServiceDatastore::StartStream() {
+    auto const weak = weak_from_this();
+    hasFollowed = false;
+    stream =
+        std::make_shared<EventStream>(executor, session,
+                                      EventStream::Handlers{[weak](Event const& event) {
+                                                                if (auto const self = weak.lock())
+                                                                    self->OnEvent(event);
+                                                            },
+                                                            [weak](bool live) {
+                                                                if (auto const self = weak.lock())
+                                                                    self->OnLive(live);
+                                                            }});
+    stream->Start();
+    SchedulePoll();
 }
 
 void ServiceDatastore::OnNoSession(std::exception_ptr const& exception) {
@@ -190,8 +205,7 @@ QuilloDatastore::Result<List> ServiceDatastore::GetList(Key const& key) {
     auto const promise = std::make_shared<RefPromise<List>>(executor);
     Post([key, promise](ServiceDatastore& self) {
         self.WhenSignedIn(
-            {[&self, key, promise] { self.cache->Ask(key, promise); },
-             [promise](std::exception_ptr const& exception) { promise->SetException(exception); }});
+            {[&self, key, promise] { self.cache->Ask(key, promise); }, FailureOf(promise)});
     });
     return promise->GetFuture();
 }
@@ -217,30 +231,43 @@ QuilloDatastore::Result<QuilloUser> ServiceDatastore::GetCurrentUser() {
     Post([promise](ServiceDatastore& self) {
         self.BeginSignIn();
         self.WhenSignedIn(
-            {[&self, promise] { self.AskForUser(promise); },
-             [promise](std::exception_ptr const& exception) { promise->SetException(exception); }});
+            {[&self, promise] { self.AskForUser(promise, false); }, FailureOf(promise)});
     });
     return promise->GetFuture();
 }
 
-void ServiceDatastore::AskForUser(std::shared_ptr<RefPromise<QuilloUser>> const& promise) {
+void ServiceDatastore::AskForUser(std::shared_ptr<RefPromise<QuilloUser>> const& promise,
+                                  bool isRepeated) {
     auto const answer = session->SendWithRetries({.method = "GET", .url = "/v1/me"});
-    static_cast<void>(answer.Then(executor, [promise](Answer const& arrived) {
-        quillosdk::Task const task{quillocommon::Step::ReadUser, "read who is signed in"};
-        int status = 0;
-        try {
-            auto const response = arrived.Get();
-            status = response->status;
-            if (status < 200 || status > 299)
-                throw ResultException(quillosdk::kRefused,
-                                      quillosdk::DescribeRefusal(task, *response));
-            promise->SetValue(moxcore::classref::InterfaceRef<QuilloUser>(
-                std::make_shared<UserEntry>(quillosdk::ReadUser(response->body))));
-        } catch (...) {
-            quillosdk::ReportException(task, std::current_exception(), status);
-            promise->SetException(std::current_exception());
-        }
+    static_cast<void>(answer.Then(executor, [weak = weak_from_this(), promise,
+                                             isRepeated](Answer const& arrived) {
+        auto const self = weak.lock();
+        if (!self) return;
+        if (!self->session) return FailureOf(promise)(NotSignedIn());
+        bool const isRejected = !arrived.GetException() && arrived.Get()->status == kUnauthorized;
+        if (!isRejected || isRepeated) return self->OnUser(promise, arrived);
+        // The session that was kept is over, and forgotten by now.
+        self->BeginSignIn();
+        self->WhenSignedIn({[there = self.get(), promise] { there->AskForUser(promise, true); },
+                            FailureOf(promise)});
     }));
+}
+
+void ServiceDatastore::OnUser(std::shared_ptr<RefPromise<QuilloUser>> const& promise,
+                              Answer const& answer) {
+    quillosdk::Task const task{quillocommon::Step::ReadUser, "read who is signed in"};
+    int status = 0;
+    try {
+        auto const response = answer.Get();
+        status = response->status;
+        if (status < 200 || status > 299)
+            throw ResultException(quillosdk::kRefused, quillosdk::DescribeRefusal(task, *response));
+        promise->SetValue(moxcore::classref::InterfaceRef<QuilloUser>(
+            std::make_shared<UserEntry>(quillosdk::ReadUser(response->body))));
+    } catch (...) {
+        quillosdk::ReportException(task, std::current_exception(), status);
+        promise->SetException(std::current_exception());
+    }
 }
 
 void ServiceDatastore::OnEvent(Event const& event) {

@@ -61,7 +61,10 @@ private:
     void WhenSignedIn(Waiting waiting);
     template <class List>
     [[nodiscard]] Result<List> GetList(Key const& key);
-    void AskForUser(std::shared_ptr<RefPromise<QuilloUser>> const& promise);
+    void StartStream();
+    void AskForUser(std::shared_ptr<RefPromise<QuilloUser>> const& promise, bool isRepeated);
+    void OnUser(std::shared_ptr<RefPromise<QuilloUser>> const& promise,
+                quillosdk::Answer const& answer);
     void OnEvent(Event const& event);
     void OnLive(bool live);
     void SchedulePoll();

@@ -391,6 +391,29 @@ TEST_F(DatastoreTest, WithoutASignInEverythingFailsUntilThereIsOne) {
     EXPECT_EQ(Complete(datastore->GetAccountList()).Get()->GetAccount(0)->GetName(), "Studio");
 }
 
+TEST_F(DatastoreTest, AKeptSessionThatIsOverIsReplacedByASignIn) {
+    Follow();  // with the first token
+    Ignore("POST /oauth/token");
+    Ignore("GET /v1/me");
+    OnPath("/oauth/token", [](auto const& request) {
+        if (request.body->find("refresh_token") != std::string::npos)
+            return quillosdk::HttpResponse{400, {}, R"({"error":"invalid_grant"})"};
+        return quillosdk::HttpResponse{
+            200, {}, R"({"access_token":"t2","expires_in":9999,"refresh_token":"r2"})"};
+    });
+    OnPath("/v1/me", [](auto const& request) {
+        bool const isFresh = testsupport::HeaderOf(request, "Authorization") == "Bearer t2";
+        return isFresh ? quillosdk::HttpResponse{200, {}, R"({"user":)" + Record(1, "Jo") + "}"}
+                       : quillosdk::HttpResponse{401};
+    });
+    auto const user = datastore->GetCurrentUser();
+    while (!user.IsComplete()) {  // a request waits a while for another token
+        executor.AdvanceBy(1s);
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(Complete(user).Get()->GetName(), "Jo");
+}
+
 TEST_F(DatastoreTest, ASignOutEndsWhatIsUnderWay) {
     Follow();
     On(FolderLine(5), Files({"a"}));
