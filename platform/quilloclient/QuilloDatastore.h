@@ -15,7 +15,7 @@ namespace quillo {
 /// The signed-in user's lists, kept as the service has them. A list is asked of the service once;
 /// from then on it follows the service's changes, and each time that it is another the datastore
 /// posts a message at its station. It reads from the service that quillocommon::ServiceAddress
-/// names, with the sign-in that quilloauth keeps.
+/// names, with the sign-in that quilloauth keeps (InitializeAuthManager comes first).
 ///
 /// Futures complete on the datastore's executor, which runs one thing after the other: no list
 /// changes while a continuation walks it there. What fails is told to those who listen for failures

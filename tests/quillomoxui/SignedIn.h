@@ -40,10 +40,7 @@ protected:
     ServiceTest() {
         quillosdk::RetryPolicy::SetRandomSource([] { return 0.5; });
         OnPath("/v1/uploads", [this](auto const& request) { return tus.Answer(request); });
-        On("POST /oauth/token",
-           R"({"access_token":"t0ken","token_type":"Bearer","expires_in":999999,)"
-           R"("refresh_token":"r3fresh"})");
-        On("POST /oauth/revoke", "");
+        GrantTokens();
         InitQuilloCppSdk(moxcore::string::AsciiToUTF16("editor"),
                          moxcore::string::AsciiToUTF16("http://127.0.0.1/"));
     }

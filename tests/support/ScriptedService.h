@@ -42,6 +42,14 @@ public:
         answers.erase(line);
     }
 
+    /// Signs everybody in and out.
+    void GrantTokens() {
+        On("POST /oauth/token",
+           R"({"access_token":"t0ken","token_type":"Bearer","expires_in":999999,)"
+           R"("refresh_token":"r3fresh"})");
+        On("POST /oauth/revoke", "");
+    }
+
     /// Has `responder` answer the requests whose path begins with `path` and that have no answer of
     /// their own. Before there is any.
     void OnPath(std::string const& path, ScriptedTransport::Responder responder) {

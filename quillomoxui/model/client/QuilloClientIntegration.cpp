@@ -15,7 +15,8 @@ void QuilloClientIntegration::SignOut() {
 void QuilloClientIntegration::GetCurrentUser(
     std::function<void(std::shared_ptr<QuilloUser> const&)> const& callback) {
     auto const datastore = QuilloDatastore::GetDatastore({});
-    static auto const user = datastore->GetCurrentUser();
+    // Never destroyed: it may still be asked for while the process ends.
+    static auto const& user = *new auto(datastore->GetCurrentUser());
     // Whoever is handed the user after a sign-out needs a session for its lists all the same.
     datastore->SignIn();
     static_cast<void>(user.Then(

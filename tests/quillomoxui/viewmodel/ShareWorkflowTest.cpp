@@ -5,7 +5,6 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "moxcore/debug/DebugDatabase.h"
@@ -319,10 +318,9 @@ TEST_F(WorkflowTest, WithTheClientLibraryLoginMovesTheViewAndSharesAsEver) {
     ServeTree();
     viewModel->StartShareForReviewPopup();
     viewModel->Login();
-    while (viewModel->GetUser() == user || viewModel->GetUser()->GetAccounts().empty()) {
-        executor.RunDue();
-        std::this_thread::yield();
-    }
+    executor.RunUntil([&] {
+        return viewModel->GetUser() != user && !viewModel->GetUser()->GetAccounts().empty();
+    });
     user = viewModel->GetUser();
     EXPECT_EQ(UTF16to8(user->GetName()), "Jane");
     EXPECT_EQ(viewModel->GetCurrentViewID(), View::ReviewInQuillo);

@@ -44,17 +44,10 @@ protected:
         return QuilloDatastore::GetDatastore({});
     }
 
-    void RunUntil(std::function<bool()> const& done) {
-        while (!done()) {
-            executor.RunDue();
-            std::this_thread::yield();
-        }
-    }
-
     /// Returns once the datastore knows whether somebody is signed in, and has nothing to do.
     void Settle() {
         auto const list = Datastore()->GetAccountList();
-        RunUntil([&] { return list.IsComplete(); });
+        executor.RunUntil([&] { return list.IsComplete(); });
         executor.RunDue();
     }
 
@@ -181,7 +174,7 @@ TEST_F(ClientBackendTest, EachNodeFetchesAgainWhenItsOwnListHasChanged) {
 
 TEST_F(ClientBackendTest, AChangeInTheServiceShowsInTheTree) {
     auto const user = FetchedUser();
-    RunUntil([&] { return !Requests("GET /v1/events").empty(); });
+    executor.RunUntil([&] { return !Requests("GET /v1/events").empty(); });
     auto const stream = IndicesOf("GET /v1/events").back();
     transport.SendBody(stream, "id: 1\nevent: ready\ndata: {}\n\n");
     executor.RunDue();
@@ -217,7 +210,6 @@ TEST_F(ClientBackendTest, AListThatFailsLeavesTheNodeFetching) {
     executor.RunDue();
     EXPECT_EQ(user->GetFetchChildrenState(), State::Fetching);
     EXPECT_THAT(user->GetAccounts(), IsEmpty());
-    Post<QuilloDatastore::AccountListChanged>();
     ServeTree();
     user->FetchChildren();
     executor.RunDue();
@@ -262,7 +254,7 @@ TEST_F(ClientBackendTest, NodesGoWhileMessagesCome) {
         std::shared_ptr<QuilloFolder> folder =
             model::MakeClientNode<Client::QuilloClientFolder>(id, nullptr);
         folder->FetchChildren();
-        RunUntil([&] { return !folder->GetFolders().empty(); });
+        executor.RunUntil([&] { return !folder->GetFolders().empty(); });
         wanted = (round + 1) * burst;
         while (posted == round * burst)
             std::this_thread::yield();
