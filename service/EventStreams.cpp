@@ -108,7 +108,8 @@ void EventStreams::Run() {
             short events = stream.outbox.empty() ? POLLIN : POLLIN | POLLOUT;
             sources.push_back({stream.socket, events, 0});
         }
-        // Half a heartbeat, so that none is late by more than that.
+        // Looked at each half a heartbeat, and sent after as long: none comes later than a whole
+        // one.
         ::poll(sources.data(), sources.size(), static_cast<int>(heartbeat_.count() / 2));
 
         auto source = sources.begin();
@@ -161,7 +162,7 @@ void EventStreams::Greet(Stream& stream) const {
 
 void EventStreams::Serve(Stream& stream, Time now) {
     if (stream.over) return;
-    bool quiet = now - stream.lastSent >= heartbeat_;
+    bool quiet = now - stream.lastSent >= heartbeat_ / 2;
     try {
         if (stream.outbox.empty() && (stream.behind || quiet)) {
             if (!MayFollow(stream)) {
