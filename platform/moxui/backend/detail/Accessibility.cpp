@@ -148,6 +148,8 @@ private:
 QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
     if (auto* const view = qobject_cast<ViewWidget*>(object)) return new AccessibleView(view);
     if (auto* const button = qobject_cast<PushButton*>(object)) return new AccessibleButton(button);
+    if (auto* const dropDown = dynamic_cast<DropDown*>(object))
+        return new AccessibleDropDown(dropDown);
     return nullptr;
 }
 
