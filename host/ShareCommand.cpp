@@ -7,6 +7,7 @@
 #include "host/AssetName.h"
 #include "host/Failure.h"
 #include "host/LocationPath.h"
+#include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quillomoxui/model/QuilloProject.h"
@@ -33,11 +34,6 @@ constexpr char kReviewLinkURL[] = "KVRN.QuilloNative.ShareForReview.ReviewLinkUR
 constexpr std::size_t kLongestName = NAME_MAX - std::char_traits<char>::length(".mp4") -
                                      std::char_traits<char>::length(Exporter::kUnfinished);
 
-Movie Probe(fs::path const& file, MainLoop& loop) {
-    MovieProbe const probe(file);
-    return loop.Await(probe.Result());
-}
-
 bool IsSameFile(fs::path const& a, fs::path const& b) {
     std::error_code error;  // one of them does not exist
     return fs::equivalent(a, b, error);
@@ -49,10 +45,16 @@ ShareCommand::ShareCommand(Options const& options, MainLoop& loop, ProgressDispl
     : options(options),
       display(display),
       loop(loop),
-      movie(Probe(options.movie, loop)),
+      probe(options.movie),
       session(options, loop, display),
       store(HostDataFile("assets.sqlite"), session.ServiceName()),
-      asset(store.AssetOf(movie.file)) {}
+      asset(store.AssetOf(probe.File())) {
+    // What is no movie ends the share at once, wherever that has got to.
+    probe.Result().OnComplete([&loop](moxcore::async::Future<Movie> const& result) {
+        auto const refusal = result.GetException();
+        if (moxcore::config::ExtractResultFromException(refusal) < 0) loop.Fail(refusal);
+    });
+}
 
 ShareCommand::Result ShareCommand::Run() {
     auto& viewModel = session.ViewModel();
@@ -65,6 +67,7 @@ ShareCommand::Result ShareCommand::Run() {
     auto const user = session.SignIn();
     DestinationFinder finder(session, user);
     ForgetLostShare(finder);
+    auto const movie = loop.Await(probe.Result());
     auto const folder = FindDestination(finder);
     std::vector<std::string> names;
     std::vector<Guid> way;
@@ -86,7 +89,7 @@ ShareCommand::Result ShareCommand::Run() {
     viewModel.LocationPickerSelectionCommitted();
     viewModel.ProcessAssetForReview();
     session.WaitUntil({Step::CreateReviewLink}, [this] { return exportRequest.has_value(); });
-    result.exported = Export();
+    result.exported = Export(movie);
     Upload(result.exported);
     store.WriteWay(asset, way);
 
@@ -101,7 +104,7 @@ ShareCommand::Result ShareCommand::Run() {
 }
 
 void ShareCommand::NameAsset() {
-    auto const given = options.name.value_or(DefaultAssetName(movie.file));
+    auto const given = options.name.value_or(DefaultAssetName(probe.File()));
     auto const name = Shorten(given, kLongestName);
     if (name != given)
         display.Tell("The name is longer than a file's may be; it is shortened to \"" + name +
@@ -181,14 +184,14 @@ void ShareCommand::TakeLock(std::string const& key) {
     })));
 }
 
-ExportedFile ShareCommand::Export() {
+ExportedFile ShareCommand::Export(Movie const& movie) {
     auto& viewModel = session.ViewModel();
     if (IsSameFile(movie.file, *exportRequest))
         throw Failure(ExitCode::Export, "The movie lies where it would be exported to, \"" +
                                             movie.file.string() +
                                             "\"; move it, or share it under another --name.");
     viewModel.SetEncodingStatus({EncodingStatus::Encoding});
-    display.Begin("Exporting", [this](double fractionPerSecond) {
+    display.Begin("Exporting", [&movie](double fractionPerSecond) {
         return FormatSpeed(fractionPerSecond * movie.duration.value_or(0));
     });
     Exporter const exporter(movie, *exportRequest, [this, &viewModel](double fraction) {

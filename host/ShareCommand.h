@@ -52,14 +52,14 @@ private:
     void ForgetUnfinishedShare();
     void ForgetLostShare(DestinationFinder& finder);
     void TakeLock(std::string const& key);
-    [[nodiscard]] ExportedFile Export();
+    [[nodiscard]] ExportedFile Export(Movie const& movie);
     void Upload(ExportedFile const& exported);
     [[nodiscard]] std::string Stored(char const* key);
 
     Options const& options;
     ProgressDisplay& display;
     MainLoop& loop;
-    Movie const movie;
+    MovieProbe const probe;  // works while the session begins
     Session session;
     AssetStore store;
     AssetStore::Asset const asset;
