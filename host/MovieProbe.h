@@ -11,8 +11,9 @@ namespace quillohost {
 
 /// A movie that can be exported. At least one of picture and sound is there.
 struct Movie {
-    std::filesystem::path file;      ///< canonical
-    std::optional<double> duration;  ///< in seconds; none when its file does not tell
+    std::filesystem::path file;       ///< canonical
+    std::optional<double> duration;   ///< in seconds; none when its file does not tell
+    std::optional<double> frameRate;  ///< pictures in a second; none when its file does not tell
     bool hasPicture = false;
     bool hasSound = false;
 };
