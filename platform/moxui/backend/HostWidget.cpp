@@ -52,6 +52,11 @@ public:
     }
 };
 
+boost::intrusive_ptr<ui::UI_Node>& MainTopLevelWindow() {
+    static boost::intrusive_ptr<ui::UI_Node> node;
+    return node;
+}
+
 }  // namespace
 
 boost::intrusive_ptr<ui::UI_Node> WrapWidget(QWidget* widget) {
@@ -64,6 +69,10 @@ boost::intrusive_ptr<ui::OS_ViewContainer> FillWidget(QWidget* widget) {
 
 QWidget* GetWidget(ui::UI_Node const& node) {
     return node.GetPeer().GetWidget();
+}
+
+void SetMainTopLevelWindow(QWidget* window) {
+    MainTopLevelWindow() = window ? WrapWidget(window) : nullptr;
 }
 
 void RunMainThreadQueueInQt() {
@@ -79,3 +88,12 @@ void RunMainThreadQueueInQt() {
 }
 
 }  // namespace moxui::backend
+
+namespace moxui::ui {
+
+OS_Window GetMainTopLevelWindow() {
+    auto* const node = backend::MainTopLevelWindow().get();
+    return OS_Window(node && node->GetPeer().GetWidget() ? node : nullptr);
+}
+
+}  // namespace moxui::ui

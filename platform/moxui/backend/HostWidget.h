@@ -21,6 +21,10 @@ namespace moxui::backend {
 /// nor moved elsewhere.
 [[nodiscard]] MOXUI_API QWidget* GetWidget(ui::UI_Node const& node);
 
+/// Registers the host's main window, which ui::GetMainTopLevelWindow answers from now on; null for
+/// none. Main thread.
+MOXUI_API void SetMainTopLevelWindow(QWidget* window);
+
 /// Has the functions that are queued for the main thread run by Qt's event loop. Called once, after
 /// the QApplication was made and on its thread; ends with the application.
 MOXUI_API void RunMainThreadQueueInQt();

@@ -9,6 +9,7 @@
 #include "moxcore/utility/RefCountedObjectWithWeakPtr.h"
 #include "moxui/drawbot/ColorRGBA.h"
 #include "moxui/drawbot/ImageInterface.h"
+#include "moxui/drawbot/TruncationMode.h"
 
 namespace moxui::drawbot {
 
@@ -33,9 +34,10 @@ public:
     /// The height of `text` wrapped at `width`.
     [[nodiscard]] virtual float MeasureWrappedHeight(moxcore::string::UTF16String const& text,
                                                      float width) const = 0;
-    /// `text` cut down to `width`, with an ellipsis in place of its end, or of its middle.
+    /// `text` cut down to `width`, with an ellipsis in place of what was left out where `mode`
+    /// says.
     [[nodiscard]] virtual moxcore::string::UTF16String Truncate(
-        moxcore::string::UTF16String const& text, float width, bool inTheMiddle) const = 0;
+        moxcore::string::UTF16String const& text, float width, TruncationMode mode) const = 0;
 };
 
 /// Makes what is drawn with. Main thread.

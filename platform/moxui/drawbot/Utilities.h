@@ -5,13 +5,6 @@
 
 namespace moxui::drawbot {
 
-/// Where a text that is too long loses what does not fit.
-enum class TruncationMode {
-    None = 0,
-    Middle = 1,
-    End = 2,
-};
-
 /// `text` as it fits into `width` in `font`, with an ellipsis for what was left out.
 [[nodiscard]] MOXUI_API moxcore::string::UTF16String TruncateString(
     FontInterface const& font, moxcore::string::UTF16String const& text, float width,

@@ -29,7 +29,7 @@ constexpr drawbot::ColorRGBA Rgb(unsigned value) {
 struct Colors {
     std::array<drawbot::ColorRGBA, 6> grays;
     drawbot::ColorRGBA text, disabledText, link, highlight, focus, control, controlHovered,
-        controlPressed, controlBorder, progress, icon, selectedText;
+        controlPressed, controlBorder, progress, icon, selectedText, shade;
 };
 
 constexpr Colors kDark{
@@ -47,6 +47,7 @@ constexpr Colors kDark{
     .progress = Rgb(0x4B9CFF),
     .icon = Rgb(0xD0D0D0),
     .selectedText = Rgb(0xFFFFFF),
+    .shade = {0, 0, 0, 0.4F},
 };
 
 constexpr Colors kLight{
@@ -64,6 +65,7 @@ constexpr Colors kLight{
     .progress = Rgb(0x1B6FE0),
     .icon = Rgb(0x464646),
     .selectedText = Rgb(0x111111),
+    .shade = {0, 0, 0, 0.2F},
 };
 
 struct State {
@@ -133,6 +135,8 @@ drawbot::ColorRGBA ThemeProvider::GetColor(int key) const {
             return colors.icon;
         case ThemeColor::kSelectedText:
             return colors.selectedText;
+        case ThemeColor::kShade:
+            return colors.shade;
         case ThemeColor::kButtonText:
             return colors.text;
         case ThemeColor::kButtonGround:
@@ -160,6 +164,22 @@ std::string ThemeProvider::GetFontName(int) const {
 
 float ThemeProvider::GetFontSize(int) const {
     return kFontSize;
+}
+
+float ThemeProvider::GetSize(ThemeSize size) const {
+    switch (size) {
+        case ThemeSize::ControlHeight:
+            return 20;
+        case ThemeSize::ControlPadding:
+            return 12;
+        case ThemeSize::ControlGap:
+            return 5;
+        case ThemeSize::CornerRadius:
+            return 3;
+        case ThemeSize::LineWidth:
+            return 1;
+    }
+    return 0;
 }
 
 std::string ValidateFontName(std::string const& name) {

@@ -28,10 +28,20 @@ inline constexpr int kControlBorder = 9;        // around a button, a menu or a 
 inline constexpr int kProgress = 10;            // the done part of a progress bar
 inline constexpr int kIcon = 11;                // icons of one colour
 inline constexpr int kSelectedText = 12;        // text on the highlight
+inline constexpr int kShade = 13;               // laid over what is pressed
 inline constexpr int kButtonText = 5000015;     // a text button's label
 inline constexpr int kButtonGround = 5000016;   // a text button's ground
 inline constexpr int kButtonHovered = 5000017;  // ... under the pointer
 }  // namespace ThemeColor
+
+/// What a theme measures, in units.
+enum class ThemeSize {
+    ControlHeight,   // of a button
+    ControlPadding,  // between a button's sides and what it shows
+    ControlGap,      // between a picture and the text beside it
+    CornerRadius,    // of a control's frame
+    LineWidth,       // of a frame or a divider
+};
 
 /// Every colour, font and size of the toolkit. Main thread.
 class MOXUI_API ThemeProvider {
@@ -52,6 +62,7 @@ public:
     [[nodiscard]] std::string GetFontName(int index) const;
     /// In units; `index` 0, the one size there is.
     [[nodiscard]] float GetFontSize(int index) const;
+    [[nodiscard]] float GetSize(ThemeSize size) const;
 
 private:
     ThemeProvider() = default;

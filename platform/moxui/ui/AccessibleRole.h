@@ -8,7 +8,8 @@ enum class AccessibleRole {
     Link,
     Button,
     ListItem,
-    Image,
+    Image,       // passed over while it has no name
+    Decoration,  // always passed over
 };
 
 }  // namespace moxui::ui

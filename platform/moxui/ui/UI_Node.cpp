@@ -33,6 +33,10 @@ boost::intrusive_ptr<UI_Node> UI_Node::UI_GetRootNode() const {
     return const_cast<UI_Node*>(node);
 }
 
+OS_Window UI_Node::UI_GetOSWindow() {
+    return OS_Window(this);
+}
+
 boost::intrusive_ptr<UI_Node> UI_Node::UI_ChildGetFromID(std::string const& wanted) const {
     auto const* const container = dynamic_cast<UI_Container const*>(this);
     if (!container) return nullptr;
@@ -53,7 +57,7 @@ moxcore::geom::RectT<float> UI_Node::UI_LocalToGlobalF(
     moxcore::geom::RectT<float> const& rect) const {
     auto const* const widget = peer->GetWidget();
     if (!widget) return rect;
-    auto const corner = widget->mapToGlobal(QPointF(rect.x, rect.y));
+    auto const corner = widget->mapToGlobal(QPointF(rect.x, rect.y) + peer->origin);
     return {static_cast<float>(corner.x()), static_cast<float>(corner.y()), rect.width,
             rect.height};
 }

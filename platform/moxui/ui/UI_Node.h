@@ -10,6 +10,7 @@
 #include "moxcore/string/UTF16String.h"
 #include "moxcore/utility/RefCountedObjectWithWeakPtr.h"
 #include "moxui/Export.h"
+#include "moxui/ui/OS_Window.h"
 #include "moxui/ui/PointerEvent.h"
 
 namespace moxui::backend {
@@ -42,6 +43,8 @@ public:
     [[nodiscard]] boost::intrusive_ptr<UI_Node> UI_GetParentNode() const;
     /// The topmost node above this one; itself when it has no parent.
     [[nodiscard]] boost::intrusive_ptr<UI_Node> UI_GetRootNode() const;
+    /// The window that the node is in.
+    [[nodiscard]] OS_Window UI_GetOSWindow();
     /// The first node below this one, in the order of drawing, whose ID is `id`; null when there is
     /// none.
     [[nodiscard]] boost::intrusive_ptr<UI_Node> UI_ChildGetFromID(std::string const& id) const;

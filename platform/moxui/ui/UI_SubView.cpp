@@ -21,13 +21,25 @@ void UI_SubView::UI_Show(bool show) {
 
 void UI_SubView::UI_SetLocalRectF(moxcore::geom::RectT<float> const& newRect) {
     rect = newRect;
-    if (auto* const widget = GetPeer().GetWidget())
-        widget->setGeometry(backend::ToWholeUnits(newRect));
+    UI_DrawnRectChanged();
     UI_SizeChanged(UI_GetLocalRectF(false));
 }
 
 moxcore::geom::RectT<float> UI_SubView::UI_GetLocalRectF(bool inParentCoordinates) const {
     return inParentCoordinates ? rect : moxcore::geom::RectT<float>{0, 0, rect.width, rect.height};
+}
+
+moxcore::geom::RectT<float> UI_SubView::UI_GetDrawnRect() const {
+    return rect;
+}
+
+void UI_SubView::UI_DrawnRectChanged() {
+    auto& peer = GetPeer();
+    auto* const widget = peer.GetWidget();
+    if (!widget) return;
+    auto const place = backend::ToWholeUnits(UI_GetDrawnRect());
+    peer.origin = backend::ToWholeUnits(rect).topLeft() - place.topLeft();
+    widget->setGeometry(place);
 }
 
 void UI_SubView::UI_SizeChanged(moxcore::geom::RectT<float> const&) {}

@@ -37,6 +37,12 @@ public:
 protected:
     explicit UI_SubView(std::unique_ptr<backend::Peer> peer);
 
+    /// What the view covers when it is drawn, in the parent's coordinates: its rectangle, or, for
+    /// one that holds no children, a larger one around it.
+    [[nodiscard]] virtual moxcore::geom::RectT<float> UI_GetDrawnRect() const;
+    /// What UI_GetDrawnRect answers has changed.
+    void UI_DrawnRectChanged();
+
 private:
     moxcore::geom::RectT<float> rect;
     bool visible = false;

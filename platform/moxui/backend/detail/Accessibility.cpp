@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 
+#include "moxui/backend/detail/PushButton.h"
 #include "moxui/backend/detail/ViewWidget.h"
 
 namespace moxui::backend {
@@ -19,6 +20,7 @@ QAccessible::Role QtRole(ui::AccessibleRole role) {
         case ui::AccessibleRole::Image:
             return QAccessible::Graphic;
         case ui::AccessibleRole::Group:
+        case ui::AccessibleRole::Decoration:
             break;
     }
     return QAccessible::Grouping;
@@ -30,6 +32,15 @@ public:
 
     QAccessible::Role role() const override {
         return QtRole(static_cast<ViewWidget*>(widget())->role);
+    }
+
+    QAccessible::State state() const override {
+        auto state = QAccessibleWidget::state();
+        auto const role = static_cast<ViewWidget*>(widget())->role;
+        state.invisible |=
+            role == ui::AccessibleRole::Decoration ||
+            (role == ui::AccessibleRole::Image && widget()->accessibleName().isEmpty());
+        return state;
     }
 
     QStringList actionNames() const override {
@@ -45,9 +56,37 @@ public:
     }
 };
 
+class AccessibleLink : public QAccessibleWidget {
+public:
+    explicit AccessibleLink(PushButton* button) : QAccessibleWidget(button, QAccessible::Link) {}
+
+    QString text(QAccessible::Text kind) const override {
+        auto const given = QAccessibleWidget::text(kind);
+        if (kind != QAccessible::Name || !given.isEmpty()) return given;
+        return static_cast<PushButton*>(widget())->GetLabel().GetWhole();
+    }
+    QAccessible::State state() const override {
+        auto state = QAccessibleWidget::state();
+        state.linked = true;
+        return state;
+    }
+
+    QStringList actionNames() const override {
+        return QStringList(pressAction()) + QAccessibleWidget::actionNames();
+    }
+    void doAction(QString const& name) override {
+        if (name == pressAction())
+            static_cast<PushButton*>(widget())->Press();
+        else
+            QAccessibleWidget::doAction(name);
+    }
+};
+
 QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
-    auto* const view = qobject_cast<ViewWidget*>(object);
-    return view ? new AccessibleView(view) : nullptr;
+    if (auto* const view = qobject_cast<ViewWidget*>(object)) return new AccessibleView(view);
+    auto* const button = qobject_cast<PushButton*>(object);
+    if (button && button->role == ui::AccessibleRole::Link) return new AccessibleLink(button);
+    return nullptr;
 }
 
 }  // namespace

@@ -2,7 +2,8 @@
 
 namespace moxui::backend {
 
-/// Tells assistive tools the roles of views that draw themselves, and lets them press these. Once
+/// Tells assistive tools the roles of links and of views that draw themselves, and lets them press
+/// these. Once
 /// is enough; calling it again does nothing.
 void TellAssistiveToolsAboutViews();
 

@@ -10,6 +10,7 @@
 #include "moxcore/geom/Rect.h"
 #include "moxcore/string/UTF16String.h"
 #include "moxui/drawbot/ColorRGBA.h"
+#include "moxui/drawbot/TruncationMode.h"
 
 namespace moxui::backend {
 
@@ -43,6 +44,21 @@ namespace moxui::backend {
 [[nodiscard]] inline moxcore::geom::RectT<float> FromQRectF(QRectF const& rect) {
     return {static_cast<float>(rect.x()), static_cast<float>(rect.y()),
             static_cast<float>(rect.width()), static_cast<float>(rect.height())};
+}
+
+/// Where Qt puts the ellipsis of a text.
+[[nodiscard]] inline Qt::TextElideMode ToElideMode(drawbot::TruncationMode mode) {
+    switch (mode) {
+        case drawbot::TruncationMode::Middle:
+            return Qt::ElideMiddle;
+        case drawbot::TruncationMode::End:
+            return Qt::ElideRight;
+        case drawbot::TruncationMode::Start:
+            return Qt::ElideLeft;
+        case drawbot::TruncationMode::None:
+            break;
+    }
+    return Qt::ElideNone;
 }
 
 }  // namespace moxui::backend

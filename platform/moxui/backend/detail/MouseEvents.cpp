@@ -37,11 +37,9 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
         auto const alive = node.Lock();
         if (!alive) return QObject::eventFilter(watched, event);
-        if (auto const mouse = ToMouseEvent(*event)) return alive->GetPeer().Deliver(*mouse);
-        if (IsPressingKey(*event)) {
-            alive->GetPeer().DeliverKeyPress();
-            return true;
-        }
+        auto& peer = alive->GetPeer();
+        if (auto const mouse = ToMouseEvent(*event, peer.origin)) return peer.Deliver(*mouse);
+        if (IsPressingKey(*event)) return peer.DeliverKeyPress();
         return QObject::eventFilter(watched, event);
     }
 
@@ -51,11 +49,11 @@ private:
 
 }  // namespace
 
-std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event) {
+std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event, QPoint origin) {
     using ui::PointerAction;
     auto const mouse = [&](PointerAction action) {
         auto const& qt = static_cast<QMouseEvent const&>(event);
-        return ui::MouseEvent(action, Location(qt.position()), ButtonNumber(qt.button()));
+        return ui::MouseEvent(action, Location(qt.position() - origin), ButtonNumber(qt.button()));
     };
     switch (event.type()) {
         case QEvent::MouseButtonPress:
@@ -66,8 +64,9 @@ std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event) {
         case QEvent::MouseMove:
             return mouse(PointerAction::Move);
         case QEvent::Enter:
-            return ui::MouseEvent(PointerAction::Enter,
-                                  Location(static_cast<QEnterEvent const&>(event).position()), 0);
+            return ui::MouseEvent(
+                PointerAction::Enter,
+                Location(static_cast<QEnterEvent const&>(event).position() - origin), 0);
         case QEvent::Leave:
             return ui::MouseEvent(PointerAction::Leave, {}, 0);
         default:

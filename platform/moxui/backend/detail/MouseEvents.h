@@ -10,14 +10,16 @@ namespace moxui::backend {
 
 class Peer;
 
-/// What `event` is in the toolkit's terms; nothing when it is no pointer event.
-[[nodiscard]] std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event);
+/// What `event` is in the terms of a node whose corner is at `origin` of the widget's coordinates;
+/// nothing when it is no pointer event.
+[[nodiscard]] std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event, QPoint origin);
 
 /// Whether `event` is Enter or Space going down, which press what has the focus.
 [[nodiscard]] bool IsPressingKey(QEvent const& event);
 
 /// Has `peer` hear the pointer events of `widget`, a ready-made control, before it does, and makes
-/// it reachable with Tab and pressed by Enter and Space. As long as both live.
+/// it reachable with Tab. Enter and Space press it, and are the control's where nobody takes the
+/// press. As long as both live.
 void WatchMouseEvents(QWidget& widget, Peer& peer);
 
 }  // namespace moxui::backend

@@ -30,7 +30,11 @@ void Peer::SetParent(Peer* parent) {
 }
 
 bool Peer::Deliver(ui::MouseEvent const& event) {
+    using ui::PointerAction;
     if (!node) return false;
+    if (widget && !widget->isEnabled() &&
+        (event.GetAction() == PointerAction::Press || event.GetAction() == PointerAction::Release))
+        return false;
     // A handler may let go of the node, and with it of this peer and its functions.
     boost::intrusive_ptr<ui::UI_Node> const alive(node);
     for (std::size_t i = 0; i < mouseFunctions.size(); ++i) {
@@ -41,14 +45,15 @@ bool Peer::Deliver(ui::MouseEvent const& event) {
     return alive->UI_DoPointerEvent(alive.get(), event);
 }
 
-void Peer::DeliverKeyPress() {
-    if (!node || !widget) return;
+bool Peer::DeliverKeyPress() {
+    if (!node || !widget) return false;
     boost::intrusive_ptr<ui::UI_Node> const alive(node);
-    auto const centre = widget->rect().center();
+    auto const centre = widget->rect().center() - origin;
     moxcore::geom::PointT<float> const location{static_cast<float>(centre.x()),
                                                 static_cast<float>(centre.y())};
-    Deliver(ui::MouseEvent(ui::PointerAction::Press, location, 1));
+    bool const taken = Deliver(ui::MouseEvent(ui::PointerAction::Press, location, 1));
     Deliver(ui::MouseEvent(ui::PointerAction::Release, location, 1));
+    return taken;
 }
 
 void Peer::AddMouseEventFunction(std::shared_ptr<ui::UI_Node::MouseEventFunction> const& function,

@@ -46,16 +46,19 @@ public:
     void SetParent(Peer* parent);
 
     /// Runs the mouse-event functions and then the node's own handler. True when the event goes no
-    /// further.
+    /// further. What is disabled is not pressed.
     bool Deliver(ui::MouseEvent const& event);
-    /// The same for a press and a release by keyboard.
-    void DeliverKeyPress();
+    /// The same for a press and a release by keyboard; true when the press goes no further.
+    bool DeliverKeyPress();
 
     void AddMouseEventFunction(std::shared_ptr<ui::UI_Node::MouseEventFunction> const& function,
                                int order);
 
     /// The theme for which the node was told last.
     unsigned themeGeneration = 0;
+    /// The corner of the node's rectangle in the widget's coordinates: the widget covers what the
+    /// node draws, which may reach past its rectangle.
+    QPoint origin;
 
 private:
     QPointer<QWidget> widget;

@@ -47,9 +47,9 @@ public:
                 .height());
     }
     moxcore::string::UTF16String Truncate(moxcore::string::UTF16String const& text, float width,
-                                          bool inTheMiddle) const override {
-        return FromQString(metrics.elidedText(
-            ToQString(text), inTheMiddle ? Qt::ElideMiddle : Qt::ElideRight, std::floor(width)));
+                                          drawbot::TruncationMode mode) const override {
+        return FromQString(
+            metrics.elidedText(ToQString(text), ToElideMode(mode), std::floor(width)));
     }
 
     QFont font;

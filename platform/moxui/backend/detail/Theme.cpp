@@ -60,4 +60,10 @@ QFont ThemeFont(std::string const& style, float factor) {
         *QtSupplier().NewFont(theme.GetFontName(0), theme.GetFontSize(0) * factor, style));
 }
 
+QFont NamedFont(std::string const& name) {
+    if (name.empty() || name == "Regular" || name == "Bold") return ThemeFont(name);
+    auto const& theme = skins::ThemeProvider::Get();
+    return QtFont(*QtSupplier().NewFont(skins::ValidateFontName(name), theme.GetFontSize(0), ""));
+}
+
 }  // namespace moxui::backend

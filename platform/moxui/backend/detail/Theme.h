@@ -29,4 +29,8 @@ void TellOfTheme(ui::UI_Node& node);
 /// The theme's font in the given style ("" or "Bold"), at `factor` times its size.
 [[nodiscard]] QFont ThemeFont(std::string const& style, float factor = 1);
 
+/// The theme's font where `name` is a style ("", "Regular" or "Bold"); otherwise the face `name` in
+/// the theme's size, or the theme's own where the system has none of that name.
+[[nodiscard]] QFont NamedFont(std::string const& name);
+
 }  // namespace moxui::backend

@@ -24,7 +24,7 @@ void ViewWidget::Press() {
 
 bool ViewWidget::event(QEvent* event) {
     if (!node) return QWidget::event(event);
-    if (auto const mouse = ToMouseEvent(*event)) {
+    if (auto const mouse = ToMouseEvent(*event, node->GetPeer().origin)) {
         bool const handled = node->GetPeer().Deliver(*mouse);
         // Entering and leaving are Qt's business, too; what is not handled is the parent's to see.
         if (event->type() != QEvent::Enter && event->type() != QEvent::Leave) {
@@ -42,13 +42,31 @@ void ViewWidget::paintEvent(QPaintEvent*) {
     if (!node) return;
     QPainter painter(this);
     QtDrawbot drawbot(painter);
+    painter.translate(node->GetPeer().origin);
     node->UI_Draw(&drawbot);
+    painter.resetTransform();
     if (hasFocus()) PaintFocusRing(painter, QRectF(rect()));
 }
 
 RootWidget::RootWidget() = default;
 
+void RootWidget::FocusFirst(Qt::FocusReason reason) {
+    auto const stops = TabStops();
+    if (!stops.empty()) stops.front()->setFocus(reason);
+}
+
 bool RootWidget::focusNextPrevChild(bool next) {
+    auto const stops = TabStops();
+    if (stops.empty()) return false;
+    auto const count = stops.size();
+    std::size_t target = next ? 0 : count - 1;
+    for (std::size_t i = 0; i < count; ++i)
+        if (stops[i]->hasFocus()) target = (i + (next ? 1 : count - 1)) % count;
+    stops[target]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
+}
+
+std::vector<QWidget*> RootWidget::TabStops() const {
     std::vector<QWidget*> widgets;
     std::vector<moxcore::geom::RectT<float>> places;
     for (auto* const widget : findChildren<QWidget*>()) {
@@ -59,15 +77,11 @@ bool RootWidget::focusNextPrevChild(bool next) {
         places.push_back(
             FromQRectF(QRectF(QPointF(widget->mapTo(this, QPoint())), QSizeF(widget->size()))));
     }
-    if (widgets.empty()) return false;
-
-    auto const order = ReadingOrder(places);
-    auto const count = order.size();
-    std::size_t target = next ? 0 : count - 1;
-    for (std::size_t i = 0; i < count; ++i)
-        if (widgets[order[i]]->hasFocus()) target = (i + (next ? 1 : count - 1)) % count;
-    widgets[order[target]]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
-    return true;
+    std::vector<QWidget*> stops;
+    stops.reserve(widgets.size());
+    for (auto const place : ReadingOrder(places))
+        stops.push_back(widgets[place]);
+    return stops;
 }
 
 }  // namespace moxui::backend

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QWidget>
+#include <vector>
 
 #include "moxui/backend/detail/Peer.h"
 #include "moxui/ui/AccessibleRole.h"
@@ -29,8 +30,15 @@ class RootWidget : public ViewWidget {
 public:
     RootWidget();
 
+    /// Gives the focus to what Tab reaches first, if there is any.
+    void FocusFirst(Qt::FocusReason reason);
+
 protected:
     bool focusNextPrevChild(bool next) override;
+
+private:
+    /// What Tab reaches, in reading order.
+    [[nodiscard]] std::vector<QWidget*> TabStops() const;
 };
 
 }  // namespace moxui::backend

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QEvent>
+#include <QFont>
+#include <QPainter>
+#include <QString>
+#include <QStringList>
+#include <QWidget>
+
+#include "moxcore/string/UTF16String.h"
+
+namespace moxui::backend {
+
+/// A control's text as it is shown in the room that the control has for it. Fitted when the text,
+/// the font or the room changes, so that drawing it only draws. Main thread.
+class FittedText {
+public:
+    /// Takes `text` as it may be shown: control characters become spaces. In a text of several
+    /// lines a line feed begins a new one.
+    void SetText(moxcore::string::UTF16String const& text, bool multiLine = false);
+    void SetElideMode(Qt::TextElideMode mode) { elideMode = mode; }
+
+    /// The whole text, as it may be shown.
+    [[nodiscard]] QString const& GetWhole() const { return whole; }
+
+    /// Its size in `font`, unwrapped, in whole units; one line high when it is empty.
+    [[nodiscard]] QSize NaturalSize(QFont const& font) const;
+
+    /// Lays it out in `room`; a room less high than a line counts as one line high.
+    void Fit(QFont const& font, QSizeF const& room);
+    /// Whether something was left out.
+    [[nodiscard]] bool IsElided() const { return elided; }
+    /// From which side its script is read.
+    [[nodiscard]] Qt::LayoutDirection Direction() const;
+
+    /// Draws it with the painter's font and pen in `place`: in its middle from top to foot, or from
+    /// its top when it is of several lines; `alignment` across, where left is where the text's own
+    /// script begins.
+    void Paint(QPainter& painter, QRectF const& place, Qt::Alignment alignment) const;
+
+    /// Handles the event of a tooltip over `widget` when something was left out and the widget has
+    /// no tooltip of its own: shows the whole text. False when it has not.
+    [[nodiscard]] bool ShowWholeAsToolTip(QEvent const& event, QWidget& widget) const;
+
+private:
+    void Wrap(QFont const& font, QSizeF const& room);
+
+    QString whole;
+    QStringList lines;
+    Qt::TextElideMode elideMode = Qt::ElideRight;
+    bool multiLine = false;
+    bool elided = false;
+};
+
+}  // namespace moxui::backend

@@ -1,0 +1,198 @@
+#include "moxui/backend/detail/PopupWindow.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QWindow>
+
+#include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/LastInput.h"
+#include "moxui/backend/detail/Placement.h"
+#include "moxui/backend/detail/Screens.h"
+#include "moxui/backend/detail/Theme.h"
+#include "moxui/skins/ThemeProvider.h"
+
+namespace moxui::backend {
+namespace {
+
+constexpr float kFrame = 1;
+
+}  // namespace
+
+PopupWindow::PopupWindow(QWidget* anchor) : anchor(anchor) {
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
+    WatchInput();
+    if (anchor)
+        connect(anchor, &QObject::destroyed, this, [this] {
+            this->anchor = nullptr;
+            Dismiss();
+        });
+    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
+            &PopupWindow::ApplicationStateChanged);
+}
+
+PopupWindow::~PopupWindow() = default;
+
+void PopupWindow::SetContentRect(moxcore::geom::RectT<float> const& rect) {
+    asked = rect;
+    anchorCorner = AnchorCorner();
+    Place();
+    if (started && !isVisible()) Show();
+}
+
+void PopupWindow::Start() {
+    if (!started) {
+        started = true;
+        focus.Remember();
+        qApp->installEventFilter(this);
+        if (!asked.IsEmpty()) Show();
+    }
+    // What comes into the popup gets its place only after this.
+    QMetaObject::invokeMethod(
+        this, [this] { TakeFocus(); }, Qt::QueuedConnection);
+}
+
+void PopupWindow::Stop() {
+    if (!started) return;
+    started = false;
+    away = false;
+    qApp->removeEventFilter(this);
+    focus.GiveBackFrom(*this);
+    hide();
+}
+
+bool PopupWindow::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate) away = false;
+    return RootWidget::event(event);
+}
+
+bool PopupWindow::eventFilter(QObject* receiver, QEvent* event) {
+    switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonDblClick:
+            return HandlePress(*receiver, *static_cast<QMouseEvent*>(event));
+        case QEvent::Move:
+        case QEvent::Resize:
+            if (anchor && receiver->isWidgetType() &&
+                (receiver == anchor || static_cast<QWidget*>(receiver)->isAncestorOf(anchor)))
+                FollowAnchor();
+            return false;
+        case QEvent::Hide:
+            // One that the window system hides, an iconified one, comes back.
+            if (receiver == anchor && !event->spontaneous()) Dismiss();
+            return false;
+        default:
+            return false;
+    }
+}
+
+void PopupWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Cancel))
+        Dismiss();
+    else
+        RootWidget::keyPressEvent(event);
+}
+
+void PopupWindow::closeEvent(QCloseEvent* event) {
+    if (started) {
+        event->ignore();
+        Dismiss();
+    }
+}
+
+void PopupWindow::paintEvent(QPaintEvent*) {
+    auto const& theme = skins::ThemeProvider::Get();
+    QPainter painter(this);
+    painter.fillRect(rect(), ToQColor(theme.GetColor(skins::ThemeColor::kGround)));
+    painter.setPen(QPen(ToQColor(theme.GetColor(skins::ThemeColor::kControlBorder)), kFrame));
+    painter.drawRect(QRectF(rect()).adjusted(kFrame / 2, kFrame / 2, -kFrame / 2, -kFrame / 2));
+}
+
+void PopupWindow::Dismiss() {
+    if (!started) return;
+    Stop();
+    if (node && onDismissed) onDismissed();
+}
+
+void PopupWindow::Place() {
+    auto const window = moxcore::geom::Grown(asked, kFrame);
+    auto const anchorRect = FromQRectF(QRectF(AnchorOnScreen()));
+    auto const screens = AvailableScreens();
+    if (screens.empty()) return;
+    setGeometry(ToWholeUnits(
+        PlacePopup(window, anchorRect, ScreenOf(anchor ? anchorRect : window, screens))));
+}
+
+void PopupWindow::Show() {
+    MakeTransient(*this, anchor ? anchor->window() : nullptr);
+    show();
+    activateWindow();
+}
+
+void PopupWindow::TakeFocus() {
+    if (!started || !isActiveWindow() || !LastInputWasKey()) return;
+    auto const* const focused = QApplication::focusWidget();
+    if (!focused || focused == this) FocusFirst(Qt::TabFocusReason);
+}
+
+QPoint PopupWindow::AnchorCorner() const {
+    return AnchorOnScreen().bottomRight();
+}
+
+QRect PopupWindow::AnchorOnScreen() const {
+    return anchor ? QRect(anchor->mapToGlobal(QPoint()), anchor->size()) : QRect();
+}
+
+void PopupWindow::FollowAnchor() {
+    auto const moved = AnchorCorner() - anchorCorner;
+    if (moved.isNull()) return;
+    anchorCorner += moved;
+    asked.x += static_cast<float>(moved.x());
+    asked.y += static_cast<float>(moved.y());
+    Place();
+}
+
+bool PopupWindow::HandlePress(QObject& receiver, QMouseEvent const& press) {
+    if (!isVisible()) return false;
+    // Qt hands every press to an open menu, wherever it falls; one that closes the menu it hands,
+    // once more, to what lies there, with the same timestamp.
+    if (menuShowing || QApplication::activePopupWidget()) {
+        menuPressAt = press.timestamp();
+        return false;
+    }
+    if (menuPressAt != 0 && press.timestamp() == menuPressAt) return false;
+
+    auto const* const widget = qobject_cast<QWidget*>(&receiver);
+    auto const* const window =
+        widget ? widget->window()->windowHandle() : qobject_cast<QWindow*>(&receiver);
+    if (!window || BelongsTo(*window, *this) || IsBlocked()) return false;
+    if (away) {
+        activateWindow();
+        return false;
+    }
+
+    bool const onAnchor = anchor && window == anchor->window()->windowHandle() &&
+                          AnchorOnScreen().contains(press.globalPosition().toPoint());
+    QPointer<QObject> const alive = &receiver;
+    Dismiss();
+    // The anchor would open the popup again.
+    return onAnchor || !alive;
+}
+
+bool PopupWindow::IsBlocked() const {
+    auto const* const modal = QApplication::activeModalWidget();
+    return modal && !(windowHandle() && BelongsTo(*windowHandle(), *modal));
+}
+
+void PopupWindow::ApplicationStateChanged(Qt::ApplicationState state) {
+    if (!isVisible()) return;
+    if (state != Qt::ApplicationActive)
+        away = true;
+    else if (away && !IsBlocked())
+        activateWindow();
+}
+
+}  // namespace moxui::backend

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QPointer>
+#include <functional>
+
+#include "moxcore/geom/Rect.h"
+#include "moxui/backend/detail/FocusReturn.h"
+#include "moxui/backend/detail/ViewWidget.h"
+
+namespace moxui::backend {
+
+/// The window of a popup.
+///
+/// It is no Qt::Popup: on X11 these grab the mouse and the keyboard of the whole screen, and a
+/// browser that comes up for a sign-in could not be used until the popup is gone. It has no parent
+/// widget either, from which it would take over the host's style sheet and shortcuts; it lies above
+/// its anchor's window as that one's transient.
+class PopupWindow : public RootWidget {
+    Q_OBJECT
+public:
+    explicit PopupWindow(QWidget* anchor);
+    ~PopupWindow() override;
+
+    /// Heard after the user has dismissed the popup.
+    std::function<void()> onDismissed;
+    bool menuShowing = false;
+
+    /// Asks for a place of the content on the screen.
+    void SetContentRect(moxcore::geom::RectT<float> const& rect);
+    /// Shows the popup, once there is a place for it.
+    void Start();
+    /// Hides it.
+    void Stop();
+
+protected:
+    bool event(QEvent* event) override;
+    bool eventFilter(QObject* receiver, QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void Dismiss();
+    void Place();
+    void Show();
+    void TakeFocus();
+    [[nodiscard]] QPoint AnchorCorner() const;
+    [[nodiscard]] QRect AnchorOnScreen() const;
+    void FollowAnchor();
+    /// Whether the press goes no further.
+    [[nodiscard]] bool HandlePress(QObject& receiver, QMouseEvent const& press);
+    [[nodiscard]] bool IsBlocked() const;
+    void ApplicationStateChanged(Qt::ApplicationState state);
+
+    QPointer<QWidget> anchor;
+    QPoint anchorCorner;  // when the place was asked for
+    moxcore::geom::RectT<float> asked;
+    FocusReturn focus;
+    bool started = false;
+    bool away = false;              // the user works with another program
+    unsigned long menuPressAt = 0;  // timestamp of the last press that was for a menu
+};
+
+}  // namespace moxui::backend

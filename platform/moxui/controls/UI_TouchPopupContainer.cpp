@@ -1,0 +1,104 @@
+#include "moxui/controls/UI_TouchPopupContainer.h"
+
+#include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "moxui/backend/detail/PopupWindow.h"
+#include "moxui/backend/detail/QtDrawbot.h"
+
+namespace moxui::controls {
+namespace {
+
+using backend::PopupWindow;
+
+/// Where the content begins, inside the frame.
+constexpr float kFrame = 1;
+
+class PopupContainer : public ui::OS_ViewContainer {
+public:
+    PopupContainer() : OS_ViewContainer(backend::MakePeer<backend::RootWidget>()) {}
+
+    /// The frame is the window's.
+    void UI_ThemeChanged() override {
+        if (auto const parent = UI_GetParentNode()) parent->UI_Invalidate();
+    }
+};
+
+PopupWindow* WindowOf(UI_TouchPopupContainer const& popup) {
+    return popup.GetPeer().GetWidgetAs<PopupWindow>();
+}
+
+}  // namespace
+
+UI_TouchPopupContainer::UI_TouchPopupContainer(drawbot::SupplierInterface const*,
+                                               boost::intrusive_ptr<ui::UI_Node> const& parent,
+                                               bool, bool, bool, ui::DPISelectionType, bool)
+    : UI_SubView(backend::MakePeer<PopupWindow>(parent ? parent->GetPeer().GetWidget() : nullptr)) {
+    WindowOf(*this)->onDismissed = [this] { OnDismissed(); };
+    boost::intrusive_ptr<PopupContainer> const container(new PopupContainer);
+    ChildPushBack(container);
+    container->UI_Show(true);
+}
+
+UI_TouchPopupContainer::~UI_TouchPopupContainer() = default;
+
+void UI_TouchPopupContainer::StartPopup() {
+    UI_Show(true);
+}
+
+void UI_TouchPopupContainer::SetContentSize(moxcore::geom::RectT<float> const& rect) {
+    if (auto const container = GetContainer())
+        container->UI_SetLocalRectF({kFrame, kFrame, rect.width, rect.height});
+    if (auto* const window = WindowOf(*this)) window->SetContentRect(rect);
+}
+
+void UI_TouchPopupContainer::InstallNotifyOnCommit(
+    std::shared_ptr<std::function<void()>> const& function) {
+    notifyOnCommit = function;
+}
+
+boost::intrusive_ptr<ui::OS_ViewContainer> UI_TouchPopupContainer::GetContainer() const {
+    return ChildCount() ? dynamic_cast<ui::OS_ViewContainer*>(ChildBegin()->get()) : nullptr;
+}
+
+void UI_TouchPopupContainer::UI_Show(bool show) {
+    UI_SubView::UI_Show(show);
+    auto* const window = WindowOf(*this);
+    if (!window) return;
+    if (show)
+        window->Start();
+    else
+        window->Stop();
+}
+
+void UI_TouchPopupContainer::Refresh() {
+    UI_Invalidate();
+    if (auto const container = GetContainer()) container->UI_Invalidate();
+}
+
+void UI_TouchPopupContainer::SetPopupMenuShowing(bool showing) {
+    if (auto* const window = WindowOf(*this)) window->menuShowing = showing;
+}
+
+bool UI_TouchPopupContainer::GetPopupMenuShowing() const {
+    auto const* const window = WindowOf(*this);
+    return window && window->menuShowing;
+}
+
+drawbot::SupplierInterface const* UI_TouchPopupContainer::UI_GetDrawSupplier() const {
+    return &backend::QtSupplier();
+}
+
+void UI_TouchPopupContainer::OnDismissed() {
+    boost::intrusive_ptr<UI_TouchPopupContainer> const alive(this);
+    UI_SubView::UI_Show(false);
+    auto const function = notifyOnCommit;
+    if (!function || !*function) return;
+    try {
+        (*function)();
+    } catch (...) {
+        // Qt's loop, which called this, lets nothing through.
+        moxcore::threads::AsyncCallFromMainThread(
+            [thrown = std::current_exception()] { std::rethrow_exception(thrown); }, 0);
+    }
+}
+
+}  // namespace moxui::controls
