@@ -29,6 +29,14 @@ public:
         Refit();
     }
 
+    /// Room for what the button shows and a frame around it, where it shows a picture alone; empty
+    /// otherwise.
+    [[nodiscard]] QSizeF LeastSize() const {
+        if (!picture || !GetLabel().GetWhole().isEmpty()) return {};
+        auto const margin = Size(ThemeSize::CornerRadius);
+        return QSizeF(PictureSize()).grownBy({margin, margin, margin, margin});
+    }
+
     /// What the button shows, side by side, in whole units.
     [[nodiscard]] QSize ContentSize() const {
         auto const text = GetLabel().NaturalSize(font());
@@ -94,7 +102,8 @@ private:
     void PaintFrame(QPainter& painter) const {
         auto const line = Size(ThemeSize::LineWidth);
         auto const radius = Size(ThemeSize::CornerRadius);
-        bool const bordered = IsShown(border);
+        bool const latched = isDown() || isChecked();
+        bool const bordered = IsShown(border) || (latched && container == DisplayWhen::Hovered);
         auto const inset = bordered ? line / 2 : 0;
         auto const frame = QRectF(rect()).adjusted(inset, inset, -inset, -inset);
         if (IsShown(container)) {
@@ -107,7 +116,7 @@ private:
             auto const hovered = Color(Key::kButtonHovered);
             auto shade = Color(Key::kShade);
             fill(IsHovered() ? hovered : ground);
-            if (isDown() || isChecked()) {
+            if (latched) {
                 fill(shade);
             } else if (IsHovered() && hovered == ground && container == DisplayWhen::Always) {
                 shade.setAlphaF(shade.alphaF() / 2);
@@ -189,9 +198,11 @@ moxcore::geom::PointT<float> UI_FramedButton::UI_GetRecommendedSize(drawbot::Dra
     auto const* const widget = WidgetOf(*this);
     if (!widget) return {};
     auto const& theme = skins::ThemeProvider::Get();
+    auto const height = theme.GetSize(ThemeSize::ControlHeight);
+    if (!widget->LeastSize().isEmpty()) return {height, height};
     return {static_cast<float>(widget->ContentSize().width()) +
                 2 * theme.GetSize(ThemeSize::ControlPadding),
-            theme.GetSize(ThemeSize::ControlHeight)};
+            height};
 }
 
 void UI_FramedButton::UI_ThemeChanged() {
@@ -206,6 +217,20 @@ void UI_FramedButton::SetImageSupplyFunction(PictureSupplyFunction const& functi
 
 void UI_FramedButton::RefreshImage() {
     if (auto* const widget = WidgetOf(*this)) widget->SetPicture(SuppliedPicture(supply));
+    UI_DrawnRectChanged();
+}
+
+moxcore::geom::RectT<float> UI_FramedButton::UI_GetDrawnRect() const {
+    auto const place = UI_GetLocalRectF(true);
+    auto const* const widget = WidgetOf(*this);
+    if (!widget || place.IsEmpty()) return place;
+    auto const least = widget->LeastSize();
+    auto const missing = [](float length, qreal wanted) {
+        return std::max(0.0F, static_cast<float>(wanted) - length);
+    };
+    float const across = missing(place.width, least.width());
+    float const down = missing(place.height, least.height());
+    return {place.x - across / 2, place.y - down / 2, place.width + across, place.height + down};
 }
 
 }  // namespace moxui::controls

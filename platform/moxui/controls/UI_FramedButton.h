@@ -27,13 +27,17 @@ public:
     /// Whether a default button (SetDefaultButton) is marked as such. It is unless called.
     void SetCommitAppearance(bool marked);
 
-    /// As high as the theme's controls, as wide as what it shows and the room around that.
+    /// As high as the theme's controls; as wide as what it shows and the room around that, or, with
+    /// a picture alone, as high.
     [[nodiscard]] moxcore::geom::PointT<float> UI_GetRecommendedSize(
         drawbot::Drawbot* drawbot) const override;
     void UI_ThemeChanged() override;
 
 protected:
     UI_FramedButton();
+
+    /// A picture alone has room for its frame even where its place is no larger than itself.
+    [[nodiscard]] moxcore::geom::RectT<float> UI_GetDrawnRect() const override;
 
     // For buttons that show a picture, which make these public.
     /// Shows what `function` answers; null shows nothing. It is asked at once, whenever another

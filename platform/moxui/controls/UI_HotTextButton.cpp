@@ -64,7 +64,8 @@ moxcore::geom::PointT<float> UI_HotTextButton::UI_GetRecommendedSize(drawbot::Dr
 }
 
 moxcore::geom::RectT<float> UI_HotTextButton::UI_GetDrawnRect() const {
-    return moxcore::geom::Grown(UI_GetLocalRectF(true), RingWidth());
+    auto const place = UI_GetLocalRectF(true);
+    return place.IsEmpty() ? place : moxcore::geom::Grown(place, RingWidth());
 }
 
 }  // namespace moxui::controls

@@ -132,7 +132,7 @@ moxcore::geom::PointT<float> UI_StaticText::UI_GetRecommendedSize(drawbot::Drawb
 moxcore::geom::RectT<float> UI_StaticText::UI_GetDrawnRect() const {
     auto place = UI_GetLocalRectF(true);
     auto const* const label = LabelOf(*this);
-    if (!label || place.height <= 0) return place;
+    if (!label || place.IsEmpty()) return place;
     auto const missing = static_cast<float>(label->fontMetrics().height()) - place.height;
     if (missing > 0) {
         place.y -= missing / 2;

@@ -26,8 +26,8 @@ public:
     void Press();
 
 protected:
-    /// Where the text may go.
-    [[nodiscard]] virtual QRectF LabelRoom() const = 0;
+    /// Where the text may go; everywhere by default.
+    [[nodiscard]] virtual QRectF LabelRoom() const { return QRectF(rect()); }
     /// Fits the text into its room, which has changed.
     void Refit();
 

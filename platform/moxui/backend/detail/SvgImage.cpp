@@ -1,6 +1,5 @@
 #include "moxui/backend/detail/SvgImage.h"
 
-#include <QPaintDevice>
 #include <QSvgRenderer>
 #include <cmath>
 #include <stdexcept>
@@ -21,7 +20,7 @@ SvgImage::SvgImage(std::string_view text)
 SvgImage::~SvgImage() = default;
 
 void SvgImage::Paint(QPainter& painter, QRectF const& place) const {
-    double const scale = painter.device()->devicePixelRatioF();
+    double const scale = painter.deviceTransform().m11();  // of the pixels that it ends up on
     QSize const pixels(static_cast<int>(std::ceil(place.width() * scale)),
                        static_cast<int>(std::ceil(place.height() * scale)));
     if (pixels.isEmpty()) return;
@@ -35,7 +34,8 @@ void SvgImage::Paint(QPainter& painter, QRectF const& place) const {
         renderer.render(&onPixels, QRectF(QPointF(), place.size() * scale));
         renderedForTheme = ThemeGeneration();
     }
-    painter.drawPixmap(place.topLeft(), rendering, QRectF(QPointF(), QSizeF(pixels)));
+    painter.drawPixmap(QRectF(place.topLeft(), QSizeF(pixels) / scale), rendering,
+                       QRectF(QPointF(), QSizeF(pixels)));
 }
 
 }  // namespace moxui::backend
