@@ -178,6 +178,24 @@ float ThemeProvider::GetSize(ThemeSize size) const {
             return 3;
         case ThemeSize::LineWidth:
             return 1;
+        case ThemeSize::RowHeight:
+            return 20;
+        case ThemeSize::RowIndentation:
+            return 16;
+        case ThemeSize::MenuRowHeight:
+            return 24;
+        case ThemeSize::MenuPadding:
+            return 8;
+        case ThemeSize::MenuPicture:
+            return 16;
+        case ThemeSize::Chevron:
+            return 8;
+        case ThemeSize::ScrollBar:
+            return 8;
+        case ThemeSize::ShortestThumb:
+            return 24;
+        case ThemeSize::ScrollStep:
+            return 20;
     }
     return 0;
 }

@@ -41,6 +41,15 @@ enum class ThemeSize {
     ControlGap,      // between a picture and the text beside it
     CornerRadius,    // of a control's frame
     LineWidth,       // of a frame or a divider
+    RowHeight,       // of a tree
+    RowIndentation,  // of a tree's row from its parent's; room for the row's arrow
+    MenuRowHeight,   // of a menu
+    MenuPadding,     // between a menu's sides, or those of its button, and what it shows
+    MenuPicture,     // the longest side of an entry's picture
+    Chevron,         // the longer side of the arrow that opens something
+    ScrollBar,       // across
+    ShortestThumb,   // of a scroll bar, along it
+    ScrollStep,      // of one press of an arrow
 };
 
 /// Every colour, font and size of the toolkit. Main thread.

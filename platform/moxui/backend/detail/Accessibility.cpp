@@ -2,6 +2,7 @@
 
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QMenu>
 
 #include "moxui/backend/detail/PushButton.h"
 #include "moxui/backend/detail/ViewWidget.h"
@@ -56,9 +57,10 @@ public:
     }
 };
 
-class AccessibleLink : public QAccessibleWidget {
+/// A button that Qt does not know as what it is: a link, or one that opens a menu.
+class AccessibleButton : public QAccessibleWidget {
 public:
-    explicit AccessibleLink(PushButton* button) : QAccessibleWidget(button, QAccessible::Link) {}
+    using QAccessibleWidget::QAccessibleWidget;
 
     QString text(QAccessible::Text kind) const override {
         auto const given = QAccessibleWidget::text(kind);
@@ -67,7 +69,8 @@ public:
     }
     QAccessible::State state() const override {
         auto state = QAccessibleWidget::state();
-        state.linked = true;
+        state.linked = role() == QAccessible::Link;
+        state.hasPopup = role() == QAccessible::ButtonMenu;
         return state;
     }
 
@@ -85,7 +88,11 @@ public:
 QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
     if (auto* const view = qobject_cast<ViewWidget*>(object)) return new AccessibleView(view);
     auto* const button = qobject_cast<PushButton*>(object);
-    if (button && button->role == ui::AccessibleRole::Link) return new AccessibleLink(button);
+    if (!button) return nullptr;
+    if (button->role == ui::AccessibleRole::Link)
+        return new AccessibleButton(button, QAccessible::Link);
+    if (button->findChild<QMenu*>(QString(), Qt::FindDirectChildrenOnly))
+        return new AccessibleButton(button, QAccessible::ButtonMenu);
     return nullptr;
 }
 

@@ -28,6 +28,8 @@ public:
 
     /// Lays it out in `room`; a room less high than a line counts as one line high.
     void Fit(QFont const& font, QSizeF const& room);
+    /// What there was room for, as it was laid out last.
+    [[nodiscard]] QString GetFitted() const { return lines.join(u'\n'); }
     /// Whether something was left out.
     [[nodiscard]] bool IsElided() const { return elided; }
     /// From which side its script is read.

@@ -1,5 +1,7 @@
 #include "moxui/backend/detail/Theme.h"
 
+#include <cmath>
+
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/Peer.h"
 #include "moxui/backend/detail/QtDrawbot.h"
@@ -52,6 +54,10 @@ void TellOfTheme(ui::UI_Node& node) {
         ui::UI_Container::Children(container->ChildBegin(), container->ChildEnd());
     for (auto const& child : children)
         TellOfTheme(*child);
+}
+
+int WholeSize(skins::ThemeSize size) {
+    return static_cast<int>(std::lround(skins::ThemeProvider::Get().GetSize(size)));
 }
 
 QFont ThemeFont(std::string const& style, float factor) {

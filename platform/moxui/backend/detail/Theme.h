@@ -5,6 +5,8 @@
 #include <QWidget>
 #include <string>
 
+#include "moxui/skins/ThemeProvider.h"
+
 namespace moxui::ui {
 class OS_ViewContainer;
 class UI_Node;
@@ -25,6 +27,9 @@ void RemoveThemedWindow(ui::OS_ViewContainer& container);
 
 /// Tells `node` and what is below it that another theme is in force, unless they know.
 void TellOfTheme(ui::UI_Node& node);
+
+/// A size of the theme for what counts in whole units.
+[[nodiscard]] int WholeSize(skins::ThemeSize size);
 
 /// The theme's font in the given style ("" or "Bold"), at `factor` times its size.
 [[nodiscard]] QFont ThemeFont(std::string const& style, float factor = 1);

@@ -6,10 +6,9 @@
 #include <QPainter>
 
 #include "moxui/backend/detail/Accessibility.h"
-#include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/FocusOrder.h"
 #include "moxui/backend/detail/MouseEvents.h"
 #include "moxui/backend/detail/QtDrawbot.h"
-#include "moxui/backend/detail/ReadingOrder.h"
 #include "moxui/skins/ThemeProvider.h"
 
 namespace moxui::backend {
@@ -51,12 +50,12 @@ void ViewWidget::paintEvent(QPaintEvent*) {
 RootWidget::RootWidget() = default;
 
 void RootWidget::FocusFirst(Qt::FocusReason reason) {
-    auto const stops = TabStops();
+    auto const stops = TabStopsBelow(*this);
     if (!stops.empty()) stops.front()->setFocus(reason);
 }
 
 bool RootWidget::focusNextPrevChild(bool next) {
-    auto const stops = TabStops();
+    auto const stops = TabStopsBelow(*this);
     if (stops.empty()) return false;
     auto const count = stops.size();
     std::size_t target = next ? 0 : count - 1;
@@ -64,24 +63,6 @@ bool RootWidget::focusNextPrevChild(bool next) {
         if (stops[i]->hasFocus()) target = (i + (next ? 1 : count - 1)) % count;
     stops[target]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
     return true;
-}
-
-std::vector<QWidget*> RootWidget::TabStops() const {
-    std::vector<QWidget*> widgets;
-    std::vector<moxcore::geom::RectT<float>> places;
-    for (auto* const widget : findChildren<QWidget*>()) {
-        if (!(widget->focusPolicy() & Qt::TabFocus) || !widget->isEnabled() ||
-            !widget->isVisibleTo(this) || widget->focusProxy() || widget->window() != window())
-            continue;
-        widgets.push_back(widget);
-        places.push_back(
-            FromQRectF(QRectF(QPointF(widget->mapTo(this, QPoint())), QSizeF(widget->size()))));
-    }
-    std::vector<QWidget*> stops;
-    stops.reserve(widgets.size());
-    for (auto const place : ReadingOrder(places))
-        stops.push_back(widgets[place]);
-    return stops;
 }
 
 }  // namespace moxui::backend

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QWidget>
-#include <vector>
 
 #include "moxui/backend/detail/Peer.h"
 #include "moxui/ui/AccessibleRole.h"
@@ -35,10 +34,6 @@ public:
 
 protected:
     bool focusNextPrevChild(bool next) override;
-
-private:
-    /// What Tab reaches, in reading order.
-    [[nodiscard]] std::vector<QWidget*> TabStops() const;
 };
 
 }  // namespace moxui::backend

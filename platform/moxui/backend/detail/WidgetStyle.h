@@ -16,7 +16,7 @@ public:
     int styleHint(StyleHint hint, QStyleOption const* option, QWidget const* widget,
                   QStyleHintReturn* returnData) const override;
 
-private:
+protected:
     WidgetStyle();
 };
 

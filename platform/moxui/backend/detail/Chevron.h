@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QColor>
+#include <QPainter>
+
+namespace moxui::backend {
+
+enum class ChevronDirection { Down, Left, Right };
+
+/// The arrow that says that something opens, in the theme's size, its middle at `centre`.
+void PaintChevron(QPainter& painter, QPointF const& centre, ChevronDirection direction,
+                  QColor const& color);
+
+}  // namespace moxui::backend

@@ -1,0 +1,408 @@
+#include "moxui/backend/detail/TreeWidget.h"
+
+#include <QHeaderView>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <QStyledItemDelegate>
+#include <QToolTip>
+#include <algorithm>
+
+#include "moxui/backend/detail/Chevron.h"
+#include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/ListStyle.h"
+#include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/backend/detail/Theme.h"
+#include "moxui/backend/detail/ToolTip.h"
+
+namespace moxui::backend {
+namespace {
+
+namespace Key = skins::ThemeColor;
+using Size = skins::ThemeSize;
+
+/// How many rows are opened before the event loop goes on.
+constexpr int kRowsOpenedAtOnce = 2000;
+
+}  // namespace
+
+/// Gives the rows their height; they draw themselves in drawRow.
+class TreeWidget::RowDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(QStyleOptionViewItem const&, QModelIndex const&) const override {
+        return {0, height};
+    }
+
+    int height = WholeSize(Size::RowHeight);
+};
+
+TreeWidget::TreeWidget(int columnCount)
+    : rows(columnCount), columnWidths(static_cast<std::size_t>(columnCount)) {
+    setStyle(&ListStyle::Get());
+    verticalScrollBar()->setStyle(&ListStyle::Get());
+    horizontalScrollBar()->setStyle(&ListStyle::Get());
+    setFrameShape(QFrame::NoFrame);
+    setHeaderHidden(true);
+    header()->setStretchLastSection(false);
+    header()->setMinimumSectionSize(0);
+    setUniformRowHeights(true);
+    setIndentation(WholeSize(Size::RowIndentation));
+    setSelectionMode(SingleSelection);
+    setSelectionBehavior(SelectRows);
+    setEditTriggers(NoEditTriggers);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollMode(ScrollPerPixel);
+    setItemDelegate(new RowDelegate(this));
+    setModel(&rows);
+    verticalScrollBar()->setSingleStep(WholeSize(Size::ScrollStep));
+    connect(this, &QTreeView::expanded,
+            [this](QModelIndex const& index) { OnExpanded(index, true); });
+    connect(this, &QTreeView::collapsed,
+            [this](QModelIndex const& index) { OnExpanded(index, false); });
+}
+
+TreeWidget::~TreeWidget() {
+    // The rows go before the view does.
+    setModel(nullptr);
+}
+
+TreeWidget::RowPtr TreeWidget::Append(Row* parent, bool selectable, bool open) {
+    if (!willShowAppended) {
+        willShowAppended = true;
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                willShowAppended = false;
+                ShowAppended();
+            },
+            Qt::QueuedConnection);
+    }
+    return rows.Append(parent, selectable, open);
+}
+
+void TreeWidget::ShowAppended() {
+    if (!rows.HasAppended()) return;
+    rows.ShowAppended();
+    for (auto* const row : rows.TakeRowsToOpen())
+        Open(*row);
+}
+
+void TreeWidget::DeleteAllRows() {
+    QScopedValueRollback const program(programs, programs + 1);
+    openingTop = nullptr;
+    openingNext = nullptr;
+    rows.Clear();
+    FitColumns();
+}
+
+void TreeWidget::Open(Row& row) {
+    ShowAppended();
+    QScopedValueRollback const program(programs, programs + 1);
+    expand(rows.IndexOf(row));
+}
+
+void TreeWidget::Select(Row& row, QItemSelectionModel::SelectionFlags how, bool moveFocus) {
+    ShowAppended();
+    QScopedValueRollback const program(programs, programs + 1);
+    auto const index = rows.IndexOf(row);
+    if (moveFocus)
+        selectionModel()->setCurrentIndex(index, how | QItemSelectionModel::Rows);
+    else
+        selectionModel()->select(index, how | QItemSelectionModel::Rows);
+}
+
+bool TreeWidget::IsSelected(Row const& row) const {
+    return selectionModel()->isSelected(rows.IndexOf(row));
+}
+
+std::vector<TreeWidget::RowPtr> TreeWidget::SelectedRows() const {
+    std::vector<RowPtr> selected;
+    for (auto const& index : selectionModel()->selectedRows())
+        selected.emplace_back(TreeModel::RowAt(index));
+    return selected;
+}
+
+void TreeWidget::ScrollToRow(Row& row, ScrollHint hint) {
+    ShowAppended();
+    QScopedValueRollback const program(programs, programs + 1);
+    scrollTo(rows.IndexOf(row), hint);
+}
+
+QPoint TreeWidget::ScrollPosition() {
+    ShowAppended();
+    executeDelayedItemsLayout();
+    return {horizontalScrollBar()->value(), verticalScrollBar()->value()};
+}
+
+void TreeWidget::SetScrollPosition(QPoint const& position) {
+    ShowAppended();
+    executeDelayedItemsLayout();
+    horizontalScrollBar()->setValue(position.x());
+    verticalScrollBar()->setValue(position.y());
+}
+
+void TreeWidget::SetMaximumColumnWidth(int column, int width) {
+    if (column < 0 || column >= rows.columnCount()) return;
+    columnWidths[static_cast<std::size_t>(column)] = std::max(0, width);
+    FitColumns();
+}
+
+void TreeWidget::SetRowHeight(int height) {
+    static_cast<RowDelegate*>(itemDelegate())->height = std::max(1, height);
+    scheduleDelayedItemsLayout();
+}
+
+int TreeWidget::sizeHintForColumn(int column) const {
+    return header()->sectionSize(column);
+}
+
+void TreeWidget::FitColumns() {
+    // Names end where the tree does, so that a column needs more room than there is only for rows
+    // that begin far from its edge.
+    int const seen = viewport()->width();
+    for (int column = 0; column < rows.columnCount(); ++column) {
+        int const most = columnWidths[static_cast<std::size_t>(column)];
+        int const indented = column == 0 ? rows.DeepestOpenLevel() * indentation() + seen / 2 : 0;
+        int const width = std::max(seen, indented);
+        header()->resizeSection(column, most > 0 ? std::min(most, width) : width);
+    }
+}
+
+QRect TreeWidget::CellRect(QModelIndex const& index, int column, QRect const& row) const {
+    QRect cell(columnViewportPosition(column), row.y(), columnWidth(column), row.height());
+    if (column == 0) {
+        int const start = TreeModel::LevelOf(*TreeModel::RowAt(index)) * indentation();
+        isRightToLeft() ? cell.setRight(cell.right() - start) : cell.setLeft(cell.left() + start);
+    }
+    // What lies before the edge is scrolled off; what lies behind it must not be cut.
+    if (isRightToLeft())
+        cell.setLeft(std::max(cell.left(), 0));
+    else
+        cell.setRight(std::min(cell.right(), viewport()->width() - 1));
+    return cell;
+}
+
+void TreeWidget::drawRow(QPainter* painter, QStyleOptionViewItem const& option,
+                         QModelIndex const& index) const {
+    if (!node) return;
+    auto const color = [](int key) { return ToQColor(skins::ThemeProvider::Get().GetColor(key)); };
+    auto const* const row = TreeModel::RowAt(index);
+    QRect const place(0, option.rect.y(), viewport()->width(), option.rect.height());
+    bool const isSelected = selectionModel()->isSelected(index);
+
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    if (isSelected || hovered == index) {
+        auto ground = color(Key::kHighlight);
+        if (!isSelected) ground.setAlphaF(0.55F);
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(ground);
+        auto const radius = skins::ThemeProvider::Get().GetSize(Size::CornerRadius);
+        painter->drawRoundedRect(place, radius, radius);
+    }
+    if (rows.hasChildren(index)) {
+        auto const cell = CellRect(index, 0, place);
+        qreal const half = indentation() / 2.0;
+        auto const direction = isExpanded(index) ? ChevronDirection::Down
+                               : isRightToLeft() ? ChevronDirection::Left
+                                                 : ChevronDirection::Right;
+        qreal const x = isRightToLeft() ? cell.right() + half : cell.left() - half;
+        PaintChevron(*painter, QPointF(x, place.center().y() + 0.5), direction,
+                     color(isEnabled() ? Key::kIcon : Key::kDisabledText));
+    }
+    painter->restore();
+
+    for (int column = 0; column < rows.columnCount(); ++column) {
+        auto const cell = CellRect(index, column, place);
+        if (!drawCell || cell.width() <= 0) continue;
+        painter->save();
+        drawCell(*painter, const_cast<Row*>(row), column, QRectF(cell));
+        painter->restore();
+    }
+    if (hasFocus() && currentIndex() == index) PaintFocusRing(*painter, QRectF(place));
+}
+
+void TreeWidget::paintEvent(QPaintEvent* event) {
+    QTreeView::paintEvent(event);
+    if (!hasFocus() || currentIndex().isValid()) return;
+    QPainter painter(viewport());
+    PaintFocusRing(painter, QRectF(viewport()->rect()));
+}
+
+void TreeWidget::OnExpanded(QModelIndex const& index, bool open) {
+    RowPtr const row(TreeModel::RowAt(index));
+    rows.SetOpen(*row, open);
+    FitColumns();
+    if (!node || programs > 0 || !onDisclosure) return;
+    auto const function = onDisclosure;
+    function(row, open);
+}
+
+void TreeWidget::GoRight(QModelIndex const& current) {
+    if (!rows.hasChildren(current)) return;
+    if (isExpanded(current))
+        setCurrentIndex(rows.index(0, 0, current));
+    else
+        expand(current);
+}
+
+void TreeWidget::GoLeft(QModelIndex const& current) {
+    if (isExpanded(current) && rows.hasChildren(current))
+        collapse(current);
+    else if (current.parent().isValid())
+        setCurrentIndex(current.parent());
+}
+
+void TreeWidget::keyPressEvent(QKeyEvent* event) {
+    auto const current = currentIndex().siblingAtColumn(0);
+    bool const isPlain = !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+    if (!node || !current.isValid() || !isPlain) {
+        QTreeView::keyPressEvent(event);
+        return;
+    }
+    auto const forward = isRightToLeft() ? Qt::Key_Left : Qt::Key_Right;
+    switch (event->key()) {
+        case Qt::Key_Right:
+        case Qt::Key_Left:
+            event->key() == forward ? GoRight(current) : GoLeft(current);
+            return;
+        case Qt::Key_Asterisk:
+            OpenAllBelow(*TreeModel::RowAt(current));
+            return;
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            if (!onActivated) break;
+            if (auto const function = onActivated; !event->isAutoRepeat())
+                function(TreeModel::RowAt(current));
+            return;
+        default:
+            break;
+    }
+    QTreeView::keyPressEvent(event);
+}
+
+void TreeWidget::OpenAllBelow(Row& row) {
+    // A key that is held comes again and again.
+    if (openingTop) return;
+    ShowAppended();
+    if (row.GetChildCount() == 0) return;
+    expand(rows.IndexOf(row));
+    openingTop = &row;
+    openingNext = TreeModel::NextBelow(row, row);
+    OpenSlice();
+}
+
+void TreeWidget::OpenSlice() {
+    if (!openingTop) return;
+    ShowAppended();
+    QScopedValueRollback const program(programs, programs + 1);
+    bool hasOpened = false;
+    for (int i = 0; openingNext && i < kRowsOpenedAtOnce; ++i) {
+        auto& row = *openingNext;
+        if (row.GetChildCount() > 0 && !TreeModel::IsOpen(row)) {
+            // While a layout is due anyway, the view only takes note of what is open.
+            if (!std::exchange(hasOpened, true)) scheduleDelayedItemsLayout();
+            expand(rows.IndexOf(row));
+        }
+        openingNext = TreeModel::NextBelow(*openingTop, row);
+    }
+    if (openingNext)
+        QMetaObject::invokeMethod(
+            this, [this] { OpenSlice(); }, Qt::QueuedConnection);
+    else
+        openingTop = nullptr;
+}
+
+void TreeWidget::resizeEvent(QResizeEvent* event) {
+    FitColumns();
+    QTreeView::resizeEvent(event);
+}
+
+void TreeWidget::SetHovered(QModelIndex const& index) {
+    if (hovered == index) return;
+    hovered = index;
+    viewport()->update();
+}
+
+bool TreeWidget::viewportEvent(QEvent* event) {
+    switch (event->type()) {
+        case QEvent::HoverEnter:
+        case QEvent::HoverMove:
+            SetHovered(
+                indexAt(static_cast<QHoverEvent*>(event)->position().toPoint()).siblingAtColumn(0));
+            break;
+        case QEvent::HoverLeave:
+            SetHovered({});
+            break;
+        case QEvent::ToolTip: {
+            auto const& help = static_cast<QHelpEvent const&>(*event);
+            ShowNameOf(indexAt(help.pos()), help.globalPos());
+            return true;
+        }
+        default:
+            break;
+    }
+    return QTreeView::viewportEvent(event);
+}
+
+void TreeWidget::ShowNameOf(QModelIndex const& index, QPoint const& globalPosition) {
+    QString toShow;
+    if (index.isValid() && node) {
+        auto const name = rows.NameOf(*TreeModel::RowAt(index));
+        auto const place = visualRect(index);
+        auto const cell = CellRect(index, index.column(), place);
+        // The cell's drawing is its owner's: a picture before the name and bold letters are
+        // allowed for.
+        int const width = QFontMetrics(ThemeFont("Bold")).horizontalAdvance(name) +
+                          2 * WholeSize(Size::MenuPicture);
+        bool const isCut =
+            width > cell.width() || cell.left() < 0 || cell.right() >= viewport()->width();
+        if (isCut) toShow = AsPlainToolTip(name);
+    }
+    if (toShow.isEmpty())
+        QToolTip::hideText();
+    else
+        QToolTip::showText(globalPosition, toShow, viewport(), visualRect(index));
+}
+
+void TreeWidget::scrollTo(QModelIndex const& index, ScrollHint hint) {
+    if (!index.isValid()) return;
+    auto* const bar = horizontalScrollBar();
+    int const before = bar->value();
+    QTreeView::scrollTo(index, hint);
+    // The view sees to the height only; the row's beginning must be seen, too, with some room for
+    // its name.
+    int const start = (TreeModel::LevelOf(*TreeModel::RowAt(index)) - 1) * indentation();
+    int const most = start;
+    int const least = start + indentation() - viewport()->width() / 2;
+    bar->setValue(std::clamp(before, std::max(0, std::min(least, most)), most));
+}
+
+void TreeWidget::selectionChanged(QItemSelection const& selected,
+                                  QItemSelection const& deselected) {
+    QTreeView::selectionChanged(selected, deselected);
+    if (!node || programs > 0 || !onSelection) return;
+    auto const function = onSelection;
+    function(SelectedRows());
+}
+
+QItemSelectionModel::SelectionFlags TreeWidget::selectionCommand(QModelIndex const& index,
+                                                                 QEvent const* event) const {
+    using Model = QItemSelectionModel;
+    auto const command = QTreeView::selectionCommand(index, event);
+    if (isEmptySelectionSupported) return command;
+    bool const takesAway = command & (Model::Toggle | Model::Deselect);
+    if (takesAway && selectionModel()->isSelected(index) &&
+        selectionModel()->selectedRows().size() == 1)
+        return Model::NoUpdate;
+    bool const selectsNone =
+        (command & Model::Clear) && (!(command & (Model::Select | Model::Toggle)) ||
+                                     !index.isValid() || !(index.flags() & Qt::ItemIsSelectable));
+    return selectsNone ? Model::NoUpdate : command;
+}
+
+}  // namespace moxui::backend

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <QTreeView>
+#include <functional>
+#include <vector>
+
+#include "moxui/backend/detail/Peer.h"
+#include "moxui/backend/detail/TreeModel.h"
+
+namespace moxui::backend {
+
+/// Qt's tree view over our rows. It draws rows in the theme's look and leaves their cells to
+/// `drawCell`; it calls the functions below for what the user does only, and none once its node is
+/// gone.
+class TreeWidget : public QTreeView, public NodeLink {
+public:
+    using Row = TreeModel::Row;
+    using RowPtr = TreeModel::RowPtr;
+
+    explicit TreeWidget(int columnCount);
+    ~TreeWidget() override;
+
+    std::function<void(QPainter&, RowPtr const&, int column, QRectF const& cell)> drawCell;
+    std::function<void(std::vector<RowPtr> const&)> onSelection;
+    std::function<void(RowPtr const&, bool open)> onDisclosure;
+    std::function<void(RowPtr const&)> onActivated;
+    bool isEmptySelectionSupported = true;
+
+    [[nodiscard]] TreeModel& Model() { return rows; }
+    RowPtr Append(Row* parent, bool selectable, bool open);
+    void ShowAppended();
+    void DeleteAllRows();
+
+    void Open(Row& row);
+    void Select(Row& row, QItemSelectionModel::SelectionFlags how, bool moveFocus);
+    [[nodiscard]] bool IsSelected(Row const& row) const;
+    [[nodiscard]] std::vector<RowPtr> SelectedRows() const;
+    void ScrollToRow(Row& row, ScrollHint hint);
+
+    /// How far it is scrolled; the tree is laid out for it.
+    [[nodiscard]] QPoint ScrollPosition();
+    void SetScrollPosition(QPoint const& position);
+
+    void SetMaximumColumnWidth(int column, int width);
+    void SetRowHeight(int height);
+
+    int sizeHintForColumn(int column) const override;
+
+protected:
+    void drawRow(QPainter* painter, QStyleOptionViewItem const& option,
+                 QModelIndex const& index) const override;
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
+    void scrollTo(QModelIndex const& index, ScrollHint hint) override;
+    void selectionChanged(QItemSelection const& selected,
+                          QItemSelection const& deselected) override;
+    QItemSelectionModel::SelectionFlags selectionCommand(QModelIndex const& index,
+                                                         QEvent const* event) const override;
+
+private:
+    class RowDelegate;
+
+    [[nodiscard]] QRect CellRect(QModelIndex const& index, int column, QRect const& row) const;
+    void OnExpanded(QModelIndex const& index, bool open);
+    void GoRight(QModelIndex const& current);
+    void GoLeft(QModelIndex const& current);
+    void OpenAllBelow(Row& row);
+    void OpenSlice();
+    void FitColumns();
+    void SetHovered(QModelIndex const& index);
+    void ShowNameOf(QModelIndex const& index, QPoint const& globalPosition);
+
+    TreeModel rows;
+    std::vector<int> columnWidths;  // at most; 0 where none was set
+    QPersistentModelIndex hovered;
+    int programs = 0;  // how many operations of the program are under way
+    bool willShowAppended = false;
+    // The rows below `openingTop` are being opened, `openingNext` is the next one; null when none.
+    RowPtr openingTop;
+    Row* openingNext = nullptr;
+};
+
+}  // namespace moxui::backend
