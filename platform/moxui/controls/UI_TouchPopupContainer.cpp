@@ -38,7 +38,9 @@ UI_TouchPopupContainer::UI_TouchPopupContainer(drawbot::SupplierInterface const*
     container->UI_Show(true);
 }
 
-UI_TouchPopupContainer::~UI_TouchPopupContainer() = default;
+UI_TouchPopupContainer::~UI_TouchPopupContainer() {
+    if (auto* const window = WindowOf(*this)) window->Stop();
+}
 
 void UI_TouchPopupContainer::StartPopup() {
     UI_Show(true);

@@ -10,6 +10,7 @@ enum class AccessibleRole {
     ListItem,
     Image,       // passed over while it has no name
     Decoration,  // always passed over
+    Alert,       // a short notice that comes by itself
 };
 
 }  // namespace moxui::ui

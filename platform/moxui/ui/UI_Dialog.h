@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "moxui/ui/OS_ViewContainer.h"
 #include "moxui/ui/OS_Window.h"
 
@@ -62,6 +64,15 @@ public:
     void Close();
 
     [[nodiscard]] drawbot::SupplierInterface const* UI_GetDrawSupplier() const override;
+
+private:
+    struct State;
+
+    void EndWith(controls::UI_Button* button, Result result);
+    bool PressCancel();
+    void PressCommit();
+
+    std::unique_ptr<State> state;
 };
 
 }  // namespace moxui::ui

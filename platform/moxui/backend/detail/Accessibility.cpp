@@ -20,6 +20,8 @@ QAccessible::Role QtRole(ui::AccessibleRole role) {
             return QAccessible::ListItem;
         case ui::AccessibleRole::Image:
             return QAccessible::Graphic;
+        case ui::AccessibleRole::Alert:
+            return QAccessible::AlertMessage;
         case ui::AccessibleRole::Group:
         case ui::AccessibleRole::Decoration:
             break;

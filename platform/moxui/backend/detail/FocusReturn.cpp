@@ -10,9 +10,13 @@ void FocusReturn::Remember() {
     widget = QApplication::focusWidget();
 }
 
-void FocusReturn::GiveBackFrom(QWidget& from) const {
-    auto const* const active = QGuiApplication::focusWindow();
-    if (!window || !window->isVisible() || !active || !BelongsTo(*active, from)) return;
+bool FocusReturn::IsWith(QWidget const& other) {
+    auto const* const focused = QGuiApplication::focusWindow();
+    return focused && BelongsTo(*focused, other);
+}
+
+void FocusReturn::GiveBack() const {
+    if (!window || !window->isVisible()) return;
     window->activateWindow();
     if (widget && widget->isVisible()) widget->setFocus(Qt::PopupFocusReason);
 }

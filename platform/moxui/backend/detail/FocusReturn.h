@@ -10,13 +10,12 @@ class FocusReturn {
 public:
     void Remember();
 
-    /// Gives the focus back, if `window`, or one that belongs to it, has it still: what has taken
-    /// it meanwhile, another program's window for instance, keeps it. Called before `window` is
-    /// hidden.
-    void GiveBackFrom(QWidget& window) const;
+    /// Whether `window`, or one that belongs to it, has the focus still. What has taken it
+    /// meanwhile, another program's window for instance, keeps it.
+    [[nodiscard]] static bool IsWith(QWidget const& window);
 
-    /// The window that had the focus; null once it is gone.
-    [[nodiscard]] QWidget* Window() const { return window; }
+    /// Gives the focus back to where it was, if that can be seen.
+    void GiveBack() const;
 
 private:
     QPointer<QWidget> window;

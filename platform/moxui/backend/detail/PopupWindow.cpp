@@ -60,8 +60,9 @@ void PopupWindow::Stop() {
     started = false;
     away = false;
     qApp->removeEventFilter(this);
-    focus.GiveBackFrom(*this);
+    bool const focused = FocusReturn::IsWith(*this);
     hide();
+    if (focused) focus.GiveBack();
 }
 
 bool PopupWindow::event(QEvent* event) {
@@ -128,6 +129,8 @@ void PopupWindow::Place() {
 
 void PopupWindow::Show() {
     MakeTransient(*this, anchor ? anchor->window() : nullptr);
+    // Qt would give the focus to some control: without this, whoever came by mouse as well.
+    setFocus(Qt::PopupFocusReason);
     show();
     activateWindow();
 }

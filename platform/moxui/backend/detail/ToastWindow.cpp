@@ -1,0 +1,73 @@
+#include "moxui/backend/detail/ToastWindow.h"
+
+#include <QAccessible>
+#include <QGuiApplication>
+#include <QPainter>
+#include <QScreen>
+
+#include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/Placement.h"
+#include "moxui/backend/detail/Screens.h"
+#include "moxui/backend/detail/Theme.h"
+#include "moxui/skins/ThemeProvider.h"
+
+namespace moxui::backend {
+namespace {
+
+constexpr int kWidestText = 360;
+constexpr int kPaddingAcross = 16;
+constexpr int kPaddingDown = 10;
+constexpr float kAboveFoot = 32;
+
+constexpr int kTextFlags = Qt::AlignCenter | Qt::TextWordWrap | Qt::TextWrapAnywhere;
+
+}  // namespace
+
+ToastWindow::ToastWindow() {
+    setWindowFlags(Qt::ToolTip | Qt::FramelessWindowHint | Qt::WindowTransparentForInput |
+                   Qt::WindowDoesNotAcceptFocus);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    role = ui::AccessibleRole::Alert;
+}
+
+void ToastWindow::ShowOver(QWidget const* owner, QString const& newText) {
+    text = newText;
+    setAccessibleName(text);
+    ApplyTheme(*this);
+
+    auto const size = TextPlace().size() + QSize(2 * kPaddingAcross, 2 * kPaddingDown);
+    auto const screens = AvailableScreens();
+    if (screens.empty()) return;
+    auto const below = owner ? FromQRectF(QRectF(owner->geometry())) : screens.front();
+    auto place = CentredOver({0, 0, float(size.width()), float(size.height())}, below);
+    place.y = below.y + below.height - place.height - kAboveFoot;
+    setGeometry(ToWholeUnits(MovedInto(place, ScreenOf(below, screens))));
+
+    MakeTransient(*this, owner);
+    show();
+    raise();
+    update();
+    // Qt tells of no window of this kind by itself.
+    for (auto const type : {QAccessible::ObjectShow, QAccessible::Alert}) {
+        QAccessibleEvent event(this, type);
+        QAccessible::updateAccessibility(&event);
+    }
+}
+
+void ToastWindow::paintEvent(QPaintEvent*) {
+    auto const& theme = skins::ThemeProvider::Get();
+    QPainter painter(this);
+    painter.fillRect(rect(), ToQColor(theme.GetColor(skins::ThemeColor::kControl)));
+    painter.setPen(ToQColor(theme.GetColor(skins::ThemeColor::kControlBorder)));
+    painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
+    painter.setPen(ToQColor(theme.GetColor(skins::ThemeColor::kText)));
+    painter.drawText(rect().adjusted(kPaddingAcross, kPaddingDown, -kPaddingAcross, -kPaddingDown),
+                     kTextFlags, text);
+}
+
+QRect ToastWindow::TextPlace() const {
+    return fontMetrics().boundingRect(QRect(0, 0, kWidestText, 1), kTextFlags, text);
+}
+
+}  // namespace moxui::backend

@@ -1,0 +1,285 @@
+#include "moxui/controls/UI_TouchPopupContainer.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QMenu>
+#include <QPushButton>
+#include <QScreen>
+#include <QTest>
+
+#include "moxcore/threads/MainThread.h"
+#include "moxui/backend/HostWidget.h"
+#include "moxui/controls/UI_TextButton.h"
+#include "moxui/skins/ThemeProvider.h"
+#include "support/TestWindow.h"
+
+namespace moxui::controls {
+namespace {
+
+using moxcore::string::UTF16String;
+using testsupport::RunEvents;
+using testsupport::WidgetOf;
+
+/// A host with a field that has the focus, the button that the popup hangs from, and the popup with
+/// two buttons in it.
+class TouchPopup : public ::testing::Test {
+protected:
+    TouchPopup() {
+        host.setGeometry(200, 100, 500, 300);
+        field.setParent(&host);
+        button.setParent(&host);
+        button.setGeometry(400, 10, 60, 20);
+        host.show();
+        host.activateWindow();
+        field.setFocus();
+        RunEvents();
+        anchor = backend::WrapWidget(&button);
+        popup = Make(anchor);
+        popup->InstallNotifyOnCommit(
+            std::make_shared<std::function<void()>>([this] { ++commits; }));
+    }
+    ~TouchPopup() override {
+        popup.reset();
+        RunEvents();
+    }
+
+    static boost::intrusive_ptr<UI_TouchPopupContainer> Make(
+        boost::intrusive_ptr<ui::UI_Node> const& parent) {
+        return new UI_TouchPopupContainer(nullptr, parent, false, true, false,
+                                          ui::DPISelectionType::OwnScreen, true);
+    }
+
+    void Open() {
+        for (float const x : {70.0F, 10.0F}) {  // the one on the right comes first
+            boost::intrusive_ptr<UI_TextButton> const inside(new UI_TextButton);
+            popup->GetContainer()->ChildPushBack(inside);
+            inside->UI_SetLocalRectF({x, 10, 50, 20});
+            inside->UI_Show(true);
+            buttons.insert(buttons.begin(), inside);
+        }
+        popup->StartPopup();
+        popup->SetContentSize({460, 134, 200, 120});
+        popup->Refresh();
+        RunEvents();
+    }
+
+    [[nodiscard]] bool IsOpen() const {
+        EXPECT_EQ(WidgetOf(*popup).isVisible(), popup->UI_IsViewVisible());
+        return WidgetOf(*popup).isVisible();
+    }
+
+    QWidget host;
+    QPushButton field, button;
+    boost::intrusive_ptr<ui::UI_Node> anchor;
+    boost::intrusive_ptr<UI_TouchPopupContainer> popup;
+    std::vector<boost::intrusive_ptr<UI_TextButton>> buttons;  // from the left
+    int commits = 0;
+};
+
+TEST_F(TouchPopup, IsShownWhereItWasAskedForAndMovesAlong) {
+    Open();
+    auto const content = [&] { return popup->GetContainer()->UI_LocalToGlobalF({0, 0, 200, 120}); };
+    EXPECT_EQ(content(), (moxcore::geom::RectT<float>{460, 134, 200, 120}));
+    EXPECT_EQ(WidgetOf(*popup).frameGeometry(), QRect(459, 133, 202, 122));
+
+    host.move(host.x() + 30, host.y() + 40);
+    RunEvents();
+    EXPECT_EQ(content(), (moxcore::geom::RectT<float>{490, 174, 200, 120}));
+
+    auto const screen = QGuiApplication::primaryScreen()->availableGeometry();
+    host.move(screen.right() - 500, screen.bottom() - 60);
+    RunEvents();
+    EXPECT_TRUE(screen.contains(WidgetOf(*popup).frameGeometry()));
+    EXPECT_LT(content().y, static_cast<float>(host.y()));
+    EXPECT_EQ(commits, 0);
+}
+
+TEST_F(TouchPopup, TheUserDismissesItInEachOfTheseWays) {
+    struct Case {
+        char const* what;
+        std::function<void()> act;
+        bool dismissed;
+    };
+    QWidget otherWindow;
+    otherWindow.show();
+    QMenu hostsMenu(&host);
+    for (auto const& [what, act, dismissed] : std::vector<Case>{
+             {"Escape", [&] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape); },
+              true},
+             {"a click elsewhere in the window", [&] { QTest::mouseClick(&host, Qt::LeftButton); },
+              true},
+             {"a click into another window",
+              [&] { QTest::mouseClick(&otherWindow, Qt::RightButton); }, true},
+             {"its close box", [&] { WidgetOf(*popup).close(); }, true},
+             {"its anchor is hidden", [&] { button.hide(); }, true},
+             {"its window is closed", [&] { host.close(); }, true},
+             {"a click inside", [&] { QTest::mouseClick(&WidgetOf(*popup), Qt::LeftButton); },
+              false},
+             {"another key", [&] { QTest::keyClick(&WidgetOf(*popup), Qt::Key_A); }, false},
+         }) {
+        commits = 0;
+        host.show();
+        button.show();
+        RunEvents();
+        Open();
+        ASSERT_TRUE(IsOpen()) << what;
+        act();
+        EXPECT_EQ(IsOpen(), !dismissed) << what;
+        EXPECT_EQ(commits, dismissed) << what;
+        act();
+        RunEvents();
+        EXPECT_EQ(commits, dismissed) << what;
+    }
+}
+
+TEST_F(TouchPopup, HiddenByTheProgramItTellsNobody) {
+    Open();
+    popup->UI_Show(false);
+    EXPECT_FALSE(IsOpen());
+    popup->UI_Show(true);
+    RunEvents();
+    EXPECT_TRUE(IsOpen());
+    popup->GetContainer()->ChildRemoveAll();
+    auto const container = popup->GetContainer();
+    popup->ChildRequestRemove(container);
+    EXPECT_EQ(popup->GetContainer(), nullptr);
+    popup->SetContentSize({0, 0, 10, 10});
+    popup.reset();
+    RunEvents();
+    EXPECT_EQ(commits, 0);
+    EXPECT_TRUE(field.hasFocus());
+}
+
+TEST_F(TouchPopup, AClickOnItsAnchorOnlyDismissesIt) {
+    int clicks = 0;
+    QObject::connect(&button, &QPushButton::clicked, [&] { ++clicks; });
+    Open();
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_FALSE(IsOpen());
+    EXPECT_EQ(clicks, 0);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_EQ(clicks, 1);
+}
+
+TEST_F(TouchPopup, WhoComesByKeyboardFindsTheFirstControlFocused) {
+    QTest::mouseClick(&field, Qt::LeftButton);
+    Open();
+    EXPECT_TRUE(WidgetOf(*popup).isActiveWindow());
+    EXPECT_FALSE(buttons[0]->UI_HasFocus());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    EXPECT_TRUE(buttons[0]->UI_HasFocus());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_TRUE(field.hasFocus());
+
+    QTest::keyClick(&field, Qt::Key_Down);
+    popup->StartPopup();
+    RunEvents();
+    buttons[0]->UI_SetFocus();
+    popup->GetContainer()->ChildRequestRemove(buttons[0]);
+    popup->StartPopup();  // another step's view
+    RunEvents();
+    EXPECT_TRUE(buttons[1]->UI_HasFocus() || buttons[2]->UI_HasFocus());
+}
+
+TEST_F(TouchPopup, WhatBelongsToItDoesNotDismissIt) {
+    Open();
+    auto& window = WidgetOf(*popup);
+    QMenu menu(&WidgetOf(*buttons[0]));
+    menu.addAction("entry");
+    popup->SetPopupMenuShowing(true);
+    menu.popup(window.mapToGlobal(QPoint(20, 40)));
+    RunEvents();
+    // A real press outside: Qt closes the menu and presses once more what lies there.
+    auto* const hosts = host.windowHandle();
+    QTest::mousePress(hosts, Qt::LeftButton, Qt::NoModifier, QPoint(5, 250));
+    QTest::mouseRelease(hosts, Qt::LeftButton, Qt::NoModifier, QPoint(5, 250));
+    RunEvents();
+    EXPECT_FALSE(menu.isVisible());
+    popup->SetPopupMenuShowing(false);
+    EXPECT_TRUE(IsOpen());
+
+    QDialog own(&window), hosts1(&host);
+    own.show();
+    RunEvents();
+    QTest::mouseClick(&own, Qt::LeftButton);
+    EXPECT_TRUE(IsOpen());
+    own.close();
+    hosts1.setModal(true);  // a question that the host has to ask
+    hosts1.show();
+    RunEvents();
+    QTest::mouseClick(&hosts1, Qt::LeftButton);
+    EXPECT_TRUE(IsOpen());
+    hosts1.close();
+    QTest::mouseClick(hosts, Qt::LeftButton, Qt::NoModifier, QPoint(5, 250));
+    EXPECT_FALSE(IsOpen());
+    EXPECT_EQ(commits, 1);
+}
+
+TEST_F(TouchPopup, StaysWhileAnotherProgramIsUsedAndTakesTheUserBack) {
+    Open();
+    auto const state = [](Qt::ApplicationState value) {
+        emit qGuiApp->applicationStateChanged(value);
+    };
+    state(Qt::ApplicationInactive);
+    host.activateWindow();
+    RunEvents();
+    QTest::mouseClick(&host, Qt::LeftButton);
+    EXPECT_TRUE(IsOpen());
+    RunEvents();
+    EXPECT_TRUE(WidgetOf(*popup).isActiveWindow());
+    QTest::mouseClick(&host, Qt::LeftButton);
+    EXPECT_FALSE(IsOpen());
+}
+
+TEST_F(TouchPopup, TheHookMayLetGoOfThePopupOrFail) {
+    Open();
+    int failures = 0;
+    moxcore::threads::MainThread::SetFailureHandler([&](std::exception_ptr const&) { ++failures; });
+    moxcore::utility::RefCountedWeakPtr<UI_TouchPopupContainer> const weak(popup.get());
+    popup->InstallNotifyOnCommit(std::make_shared<std::function<void()>>([this] {
+        popup.reset();
+        throw std::bad_function_call();
+    }));
+    QTest::keyClick(&WidgetOf(*popup), Qt::Key_Escape);
+    EXPECT_EQ(weak.Lock(), nullptr);
+    EXPECT_EQ(commits, 0) << "the first hook was replaced";
+    RunEvents();
+    EXPECT_EQ(failures, 1);
+    moxcore::threads::MainThread::SetFailureHandler(nullptr);
+}
+
+TEST_F(TouchPopup, OutlivesWhatItHangsFrom) {
+    auto owner = std::make_unique<QWidget>();
+    owner->show();
+    auto node = backend::WrapWidget(owner.get());
+    popup = Make(node);
+    popup->InstallNotifyOnCommit(std::make_shared<std::function<void()>>([this] { ++commits; }));
+    Open();
+    node.reset();
+    owner.reset();
+    EXPECT_FALSE(IsOpen());
+    EXPECT_EQ(commits, 1);
+    popup->StartPopup();
+    popup->SetContentSize({10, 10, 20, 20});
+    RunEvents();
+    EXPECT_TRUE(IsOpen());
+}
+
+TEST_F(TouchPopup, IsInTheThemesColours) {
+    using namespace skins;
+    Open();
+    auto const at = [&](int x, int y) {
+        return testsupport::PictureOf(WidgetOf(*popup)).pixel(x, y);
+    };
+    auto const dark = at(100, 100);
+    ThemeProvider::SetTheme(ThemeKind::Light);
+    RunEvents();
+    EXPECT_NE(at(100, 100), dark);
+    for (auto const [x, y] : {std::pair{0, 60}, {100, 0}, {201, 60}, {100, 121}})
+        EXPECT_NE(at(x, y), at(100, 100)) << "the frame at " << x << ", " << y;
+    ThemeProvider::SetTheme(ThemeKind::Dark);
+}
+
+}  // namespace
+}  // namespace moxui::controls
