@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -48,6 +49,9 @@ public:
 
     /// Ends the binding of exactly this callback object; nothing happens when there is none.
     void UnbindValueChanged(std::shared_ptr<Callback> const& callback);
+
+    /// How many callbacks are bound now: for finding out who forgot to let go.
+    [[nodiscard]] std::size_t GetBindingCount() const;
 
 protected:
     NotifyingPropertyHost() = default;

@@ -264,6 +264,27 @@ TEST_F(ShareViewsTest, TheDebugViewFollowsTheSignIn) {
     EXPECT_EQ(model->logouts, 1);
 }
 
+TEST_F(ShareViewsTest, AViewLeavesNoBindingBehind) {
+    auto const bindings = [&] {
+        return static_cast<ActiveAssetNameNotifyingPropertyHost&>(*model).GetBindingCount() +
+               static_cast<IsLoggedInNotifyingPropertyHost&>(*model).GetBindingCount() +
+               static_cast<ReviewLinkURLNotifyingPropertyHost&>(*model).GetBindingCount() +
+               static_cast<EncodingProgressNotifyingPropertyHost&>(*model).GetBindingCount() +
+               static_cast<NameNotifyingPropertyHost&>(*model->GetUser()).GetBindingCount() +
+               static_cast<SelectionPathNotifyingPropertyHost&>(*model->GetUser())
+                   .GetBindingCount();
+    };
+    for (auto const id : {ID::DebugView, ID::ReviewInQuillo, ID::SigninPrompt, ID::CopyLinkSection,
+                          ID::EncodingProgress}) {
+        for (int i = 0; i < 1000; ++i) view = factory::CreateView(id, model);
+        EXPECT_GT(bindings(), 0U) << int(id);
+        // What is still on its way to the views reaches none of them.
+        view.reset();
+        EXPECT_EQ(bindings(), 0U) << int(id);
+        RunEvents();
+    }
+}
+
 TEST_F(ShareViewsTest, NoControlThatCanBeReachedIsWithoutANameForScreenReaders) {
     for (auto const id : {ID::DebugView, ID::ReviewInQuillo, ID::SigninPrompt, ID::CopyLinkSection,
                           ID::EncodingProgress}) {
