@@ -2,6 +2,7 @@
 
 #include <QPointer>
 #include <QScrollArea>
+#include <functional>
 #include <vector>
 
 #include "moxui/backend/detail/Peer.h"
@@ -14,6 +15,9 @@ class ScrollWidget : public QScrollArea, public NodeLink {
 public:
     ScrollWidget();
 
+    /// Runs when the content has been scrolled.
+    std::function<void()> onScrolled;
+
     /// Puts the content where the scroll bars say.
     void PlaceContent();
 
@@ -25,6 +29,7 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
