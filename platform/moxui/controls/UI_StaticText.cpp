@@ -16,6 +16,9 @@ namespace {
 
 namespace Key = skins::ThemeColor;
 
+/// How far the tallest and the deepest letters are drawn past their line's edges.
+constexpr float kReach = 1;
+
 class Label : public QLabel, public backend::NodeLink {
 public:
     Label() {
@@ -133,7 +136,8 @@ moxcore::geom::RectT<float> UI_StaticText::UI_GetDrawnRect() const {
     auto place = UI_GetLocalRectF(true);
     auto const* const label = LabelOf(*this);
     if (!label || place.IsEmpty()) return place;
-    auto const missing = static_cast<float>(label->fontMetrics().height()) - place.height;
+    auto const missing =
+        static_cast<float>(label->fontMetrics().height()) + 2 * kReach - place.height;
     if (missing > 0) {
         place.y -= missing / 2;
         place.height += missing;

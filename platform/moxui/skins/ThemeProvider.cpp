@@ -179,7 +179,9 @@ float ThemeProvider::GetSize(ThemeSize size) const {
         case ThemeSize::LineWidth:
             return 1;
         case ThemeSize::RowHeight:
-            return 20;
+            return 22;
+        case ThemeSize::RowMargin:
+            return 3;
         case ThemeSize::RowIndentation:
             return 16;
         case ThemeSize::MenuRowHeight:

@@ -42,6 +42,7 @@ enum class ThemeSize {
     CornerRadius,    // of a control's frame
     LineWidth,       // of a frame or a divider
     RowHeight,       // of a tree
+    RowMargin,       // above what a tree's cells show
     RowIndentation,  // of a tree's row from its parent's; room for the row's arrow
     MenuRowHeight,   // of a menu
     MenuPadding,     // between a menu's sides, or those of its button, and what it shows

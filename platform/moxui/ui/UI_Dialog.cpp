@@ -45,8 +45,8 @@ struct UI_Dialog::State {
     Result result = Result::Closed;
 };
 
-UI_Dialog::UI_Dialog(drawbot::SupplierInterface const*,
-                     moxcore::string::UTF16String const& title, OS_Window const& parent, bool modal)
+UI_Dialog::UI_Dialog(drawbot::SupplierInterface const*, moxcore::string::UTF16String const& title,
+                     OS_Window const& parent, bool modal)
     : UI_SubView(backend::MakePeer<DialogWindow>(WindowOf(parent))),
       state(std::make_unique<State>()) {
     state->container = new DialogContainer;
@@ -104,8 +104,8 @@ void UI_Dialog::SetContentSize(float width, float height) {
     window->setFixedSize(size);
     window->resize(size);
     if (state->centred && !window->isVisible()) window->Centre();
-    UI_SubView::UI_SetLocalRectF({static_cast<float>(window->x()), static_cast<float>(window->y()),
-                                  width, height});
+    auto const place = backend::FromQRectF(QRectF(window->geometry()));
+    UI_SubView::UI_SetLocalRectF({place.x, place.y, width, height});
 }
 
 void UI_Dialog::UI_SetLocalRectF(moxcore::geom::RectT<float> const& rect) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QDialog>
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
@@ -170,6 +171,7 @@ TEST_F(TouchPopup, WhoComesByKeyboardFindsTheFirstControlFocused) {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     EXPECT_TRUE(buttons[0]->UI_HasFocus());
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    RunEvents();
     EXPECT_TRUE(field.hasFocus());
 
     QTest::keyClick(&field, Qt::Key_Down);
@@ -199,18 +201,18 @@ TEST_F(TouchPopup, WhatBelongsToItDoesNotDismissIt) {
     popup->SetPopupMenuShowing(false);
     EXPECT_TRUE(IsOpen());
 
-    QDialog own(&window), hosts1(&host);
+    QDialog own(&window), question(&host);
     own.show();
     RunEvents();
     QTest::mouseClick(&own, Qt::LeftButton);
     EXPECT_TRUE(IsOpen());
     own.close();
-    hosts1.setModal(true);  // a question that the host has to ask
-    hosts1.show();
+    question.setModal(true);  // a question that the host has to ask
+    question.show();
     RunEvents();
-    QTest::mouseClick(&hosts1, Qt::LeftButton);
+    QTest::mouseClick(&question, Qt::LeftButton);
     EXPECT_TRUE(IsOpen());
-    hosts1.close();
+    question.close();
     QTest::mouseClick(hosts, Qt::LeftButton, Qt::NoModifier, QPoint(5, 250));
     EXPECT_FALSE(IsOpen());
     EXPECT_EQ(commits, 1);
@@ -276,7 +278,7 @@ TEST_F(TouchPopup, IsInTheThemesColours) {
     ThemeProvider::SetTheme(ThemeKind::Light);
     RunEvents();
     EXPECT_NE(at(100, 100), dark);
-    for (auto const [x, y] : {std::pair{0, 60}, {100, 0}, {201, 60}, {100, 121}})
+    for (auto const& [x, y] : {std::pair{0, 60}, {100, 0}, {201, 60}, {100, 121}})
         EXPECT_NE(at(x, y), at(100, 100)) << "the frame at " << x << ", " << y;
     ThemeProvider::SetTheme(ThemeKind::Dark);
 }

@@ -62,20 +62,24 @@ public:
     }
 };
 
-/// A button that Qt does not know as what it is: a link, or one that opens a menu.
+/// Qt's own interface for buttons presses them some time later, and past the mouse-event functions.
 class AccessibleButton : public QAccessibleWidget {
 public:
-    using QAccessibleWidget::QAccessibleWidget;
+    explicit AccessibleButton(PushButton* button) : QAccessibleWidget(button, RoleOf(*button)) {}
 
     QString text(QAccessible::Text kind) const override {
         auto const given = QAccessibleWidget::text(kind);
-        if (kind != QAccessible::Name || !given.isEmpty()) return given;
-        return static_cast<PushButton*>(widget())->GetLabel().GetWhole();
+        return kind == QAccessible::Name && given.isEmpty() ? Button().GetLabel().GetWhole()
+                                                            : given;
     }
     QAccessible::State state() const override {
         auto state = QAccessibleWidget::state();
         state.linked = role() == QAccessible::Link;
         state.hasPopup = role() == QAccessible::ButtonMenu;
+        state.pressed = Button().isDown();
+        state.checkable = Button().isCheckable();
+        state.checked = Button().isChecked();
+        state.defaultButton = Button().isDefault();
         return state;
     }
 
@@ -84,20 +88,23 @@ public:
     }
     void doAction(QString const& name) override {
         if (name == pressAction())
-            static_cast<PushButton*>(widget())->Press();
+            Button().Press();
         else
             QAccessibleWidget::doAction(name);
     }
+
+private:
+    static QAccessible::Role RoleOf(PushButton const& button) {
+        return button.findChild<QMenu*>(QString(), Qt::FindDirectChildrenOnly)
+                   ? QAccessible::ButtonMenu
+                   : QtRole(button.role);
+    }
+    [[nodiscard]] PushButton& Button() const { return *static_cast<PushButton*>(widget()); }
 };
 
 QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
     if (auto* const view = qobject_cast<ViewWidget*>(object)) return new AccessibleView(view);
-    auto* const button = qobject_cast<PushButton*>(object);
-    if (!button) return nullptr;
-    if (button->role == ui::AccessibleRole::Link)
-        return new AccessibleButton(button, QAccessible::Link);
-    if (button->findChild<QMenu*>(QString(), Qt::FindDirectChildrenOnly))
-        return new AccessibleButton(button, QAccessible::ButtonMenu);
+    if (auto* const button = qobject_cast<PushButton*>(object)) return new AccessibleButton(button);
     return nullptr;
 }
 

@@ -5,7 +5,7 @@
 
 namespace moxui::backend {
 
-enum class ChevronDirection { Down, Left, Right };
+enum class ChevronDirection { Down, Right };
 
 /// The arrow that says that something opens, in the theme's size, its middle at `centre`.
 void PaintChevron(QPainter& painter, QPointF const& centre, ChevronDirection direction,

@@ -20,7 +20,7 @@ void DialogWindow::Centre() {
     auto const below = parentWindow && parentWindow->isVisible()
                            ? FromQRectF(QRectF(parentWindow->frameGeometry()))
                            : screens.front();
-    auto const place = CentredOver(FromQRectF(QRectF(geometry())), below);
+    auto const place = CentredOver(FromQRectF(QRectF(frameGeometry())), below);
     move(ToWholeUnits(MovedInto(place, ScreenOf(below, screens))).topLeft());
 }
 
@@ -32,7 +32,7 @@ void DialogWindow::setVisible(bool visible) {
     if (visible == isVisible()) return;
     if (visible) {
         MakeTransient(*this, parentWindow);
-        focus.Remember();
+        focus.RememberFor(*this);
         if (node && onShown) onShown(true);
         QDialog::setVisible(true);
         activateWindow();

@@ -45,6 +45,7 @@ protected:
 }  // namespace
 
 DropDown::DropDown() : entries(new MenuModel(this)), delegate(new MenuDelegate(*entries, this)) {
+    setStyle(&ListStyle::Get());
     auto* const list = new MenuList;
     setModel(entries);
     setView(list);
@@ -54,7 +55,6 @@ DropDown::DropDown() : entries(new MenuModel(this)), delegate(new MenuDelegate(*
     list->verticalScrollBar()->setStyle(&ListStyle::Get());
     list->window()->setStyle(&ListStyle::Get());
     list->window()->installEventFilter(this);
-    setStyle(&ListStyle::Get());
     setFont(ThemeFont(""));
     setMaxVisibleItems(kEntriesSeen);
 }
@@ -85,7 +85,7 @@ void DropDown::showPopup() {
         int const frame = 2 * WholeSize(Size::LineWidth);
         int const bar = count() > kEntriesSeen ? WholeSize(Size::ScrollBar) : 0;
         view()->setMinimumWidth(std::min(delegate->WidestEntry(font()) + bar + frame,
-                                         screen()->availableSize().width() / 2));
+                                         screen()->availableSize().width()));
         QComboBox::showPopup();
     }
     if (!view()->isVisible()) notices.HasClosed();

@@ -5,8 +5,10 @@
 
 namespace moxui::backend {
 
-void FocusReturn::Remember() {
-    window = QApplication::activeWindow();
+void FocusReturn::RememberFor(QWidget const& taking) {
+    auto* const active = QApplication::activeWindow();
+    if (!active || active == &taking) return;
+    window = active;
     widget = QApplication::focusWidget();
 }
 

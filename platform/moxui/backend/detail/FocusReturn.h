@@ -8,7 +8,9 @@ namespace moxui::backend {
 /// Where the keyboard's focus was before a window of ours took it.
 class FocusReturn {
 public:
-    void Remember();
+    /// Called before `window` takes the focus; one that was hidden only just now has it still, and
+    /// goes on remembering where it came from.
+    void RememberFor(QWidget const& window);
 
     /// Whether `window`, or one that belongs to it, has the focus still. What has taken it
     /// meanwhile, another program's window for instance, keeps it.

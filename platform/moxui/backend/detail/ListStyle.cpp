@@ -73,6 +73,10 @@ int ListStyle::pixelMetric(PixelMetric metric, QStyleOption const* option,
             return WholeSize(Size::ScrollBar);
         case PM_ScrollBarSliderMin:
             return WholeSize(Size::ShortestThumb);
+        case PM_MenuPanelWidth:
+            return WholeSize(Size::LineWidth);
+        case PM_MenuHMargin:
+        case PM_MenuVMargin:
         case PM_ScrollView_ScrollBarSpacing:
         case PM_ScrollView_ScrollBarOverlap:
             return 0;
@@ -120,8 +124,46 @@ void ListStyle::drawComplexControl(ComplexControl control, QStyleOptionComplex c
     painter->restore();
 }
 
+QSize ListStyle::sizeFromContents(ContentsType type, QStyleOption const* option,
+                                  QSize const& contents, QWidget const* widget) const {
+    auto const* const item = qstyleoption_cast<QStyleOptionMenuItem const*>(option);
+    if (type != CT_MenuItem || !item)
+        return WidgetStyle::sizeFromContents(type, option, contents, widget);
+    return {item->fontMetrics.horizontalAdvance(item->text) + 2 * WholeSize(Size::MenuPadding),
+            WholeSize(Size::MenuRowHeight)};
+}
+
+void ListStyle::drawControl(ControlElement element, QStyleOption const* option, QPainter* painter,
+                            QWidget const* widget) const {
+    auto const* const item = qstyleoption_cast<QStyleOptionMenuItem const*>(option);
+    if (element != CE_MenuItem || !item) {
+        WidgetStyle::drawControl(element, option, painter, widget);
+        return;
+    }
+    bool const isEnabled = item->state & State_Enabled;
+    bool const isHighlighted = isEnabled && (item->state & State_Selected);
+    int const padding = WholeSize(Size::MenuPadding);
+    auto const side = item->text.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft;
+    painter->save();
+    if (isHighlighted) painter->fillRect(item->rect, Color(Key::kHighlight));
+    painter->setFont(item->font);
+    painter->setPen(Color(!isEnabled      ? Key::kDisabledText
+                          : isHighlighted ? Key::kSelectedText
+                                          : Key::kText));
+    painter->drawText(
+        item->rect.adjusted(padding, 0, -padding, 0),
+        static_cast<int>(side | Qt::AlignVCenter) | Qt::TextSingleLine | Qt::TextHideMnemonic,
+        item->text);
+    painter->restore();
+}
+
 void ListStyle::drawPrimitive(PrimitiveElement element, QStyleOption const* option,
                               QPainter* painter, QWidget const* widget) const {
+    if (element == PE_PanelScrollAreaCorner) return;
+    if (element == PE_PanelMenu) {
+        painter->fillRect(option->rect, Color(Key::kGround));
+        return;
+    }
     if (element == PE_Frame || element == PE_FrameMenu) {
         painter->save();
         painter->setBrush(Qt::NoBrush);

@@ -5,7 +5,7 @@
 namespace moxui::backend {
 
 /// How what scrolls and what drops down looks: thin scroll bars without arrows, a drop-down menu
-/// below its button.
+/// below its button, a menu of commands that looks like one.
 class ListStyle : public WidgetStyle {
 public:
     [[nodiscard]] static ListStyle& Get();
@@ -18,6 +18,10 @@ public:
                          QWidget const* widget) const override;
     void drawComplexControl(ComplexControl control, QStyleOptionComplex const* option,
                             QPainter* painter, QWidget const* widget) const override;
+    QSize sizeFromContents(ContentsType type, QStyleOption const* option, QSize const& contents,
+                           QWidget const* widget) const override;
+    void drawControl(ControlElement element, QStyleOption const* option, QPainter* painter,
+                     QWidget const* widget) const override;
     void drawPrimitive(PrimitiveElement element, QStyleOption const* option, QPainter* painter,
                        QWidget const* widget) const override;
 

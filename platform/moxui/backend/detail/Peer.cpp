@@ -11,7 +11,10 @@ Peer::~Peer() {
     if (!widget) return;
     if (link) link->node = nullptr;
     if (ownership == Ownership::Host) return;
-    widget->disconnect();
+    // Nothing that the controls connected is heard any more. What Qt connected, to hear of the
+    // widget's end, is left to it.
+    widget->blockSignals(true);
+    widget->disconnect(widget);
     widget->hide();
     widget->setParent(nullptr);
     if (QCoreApplication::instance())

@@ -46,7 +46,7 @@ void PopupWindow::SetContentRect(moxcore::geom::RectT<float> const& rect) {
 void PopupWindow::Start() {
     if (!started) {
         started = true;
-        focus.Remember();
+        focus.RememberFor(*this);
         qApp->installEventFilter(this);
         if (!asked.IsEmpty()) Show();
     }

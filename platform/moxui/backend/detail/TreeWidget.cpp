@@ -43,6 +43,8 @@ public:
 TreeWidget::TreeWidget(int columnCount)
     : rows(columnCount), columnWidths(static_cast<std::size_t>(columnCount)) {
     setStyle(&ListStyle::Get());
+    // Cells are drawn from the left, as all views are laid out.
+    setLayoutDirection(Qt::LeftToRight);
     verticalScrollBar()->setStyle(&ListStyle::Get());
     horizontalScrollBar()->setStyle(&ListStyle::Get());
     setFrameShape(QFrame::NoFrame);
@@ -174,15 +176,12 @@ void TreeWidget::FitColumns() {
 
 QRect TreeWidget::CellRect(QModelIndex const& index, int column, QRect const& row) const {
     QRect cell(columnViewportPosition(column), row.y(), columnWidth(column), row.height());
-    if (column == 0) {
-        int const start = TreeModel::LevelOf(*TreeModel::RowAt(index)) * indentation();
-        isRightToLeft() ? cell.setRight(cell.right() - start) : cell.setLeft(cell.left() + start);
-    }
-    // What lies before the edge is scrolled off; what lies behind it must not be cut.
-    if (isRightToLeft())
-        cell.setLeft(std::max(cell.left(), 0));
-    else
-        cell.setRight(std::min(cell.right(), viewport()->width() - 1));
+    cell.setTop(cell.top() + WholeSize(Size::RowMargin));
+    if (column == 0)
+        cell.setLeft(cell.left() + TreeModel::LevelOf(*TreeModel::RowAt(index)) * indentation());
+    // What lies before the tree's left edge is scrolled off; what lies behind its right one would
+    // be cut.
+    cell.setRight(std::min(cell.right(), viewport()->width() - 1));
     return cell;
 }
 
@@ -206,13 +205,10 @@ void TreeWidget::drawRow(QPainter* painter, QStyleOptionViewItem const& option,
     }
     if (rows.hasChildren(index)) {
         auto const cell = CellRect(index, 0, place);
-        qreal const half = indentation() / 2.0;
-        auto const direction = isExpanded(index) ? ChevronDirection::Down
-                               : isRightToLeft() ? ChevronDirection::Left
-                                                 : ChevronDirection::Right;
-        qreal const x = isRightToLeft() ? cell.right() + half : cell.left() - half;
-        PaintChevron(*painter, QPointF(x, place.center().y() + 0.5), direction,
-                     color(isEnabled() ? Key::kIcon : Key::kDisabledText));
+        auto const direction = isExpanded(index) ? ChevronDirection::Down : ChevronDirection::Right;
+        PaintChevron(*painter,
+                     QPointF(cell.left() - indentation() / 2.0, QRectF(place).center().y()),
+                     direction, color(isEnabled() ? Key::kIcon : Key::kDisabledText));
     }
     painter->restore();
 
@@ -264,11 +260,12 @@ void TreeWidget::keyPressEvent(QKeyEvent* event) {
         QTreeView::keyPressEvent(event);
         return;
     }
-    auto const forward = isRightToLeft() ? Qt::Key_Left : Qt::Key_Right;
     switch (event->key()) {
         case Qt::Key_Right:
+            GoRight(current);
+            return;
         case Qt::Key_Left:
-            event->key() == forward ? GoRight(current) : GoLeft(current);
+            GoLeft(current);
             return;
         case Qt::Key_Asterisk:
             OpenAllBelow(*TreeModel::RowAt(current));
@@ -319,7 +316,12 @@ void TreeWidget::OpenSlice() {
 
 void TreeWidget::resizeEvent(QResizeEvent* event) {
     FitColumns();
+    auto const place = visualRect(currentIndex());
+    bool const wasSeen =
+        place.isValid() && QRect(QPoint(), event->oldSize()).contains(place.center());
     QTreeView::resizeEvent(event);
+    // A scroll bar may come and cover the row that has the focus.
+    if (wasSeen) scrollTo(currentIndex(), EnsureVisible);
 }
 
 void TreeWidget::SetHovered(QModelIndex const& index) {
