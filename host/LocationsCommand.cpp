@@ -1,8 +1,10 @@
 #include "host/LocationsCommand.h"
 
 #include <nlohmann/json.hpp>
+#include <vector>
 
 #include "host/DestinationFinder.h"
+#include "host/Failure.h"
 #include "host/OneLine.h"
 #include "quillomoxui/model/QuilloAccount.h"
 #include "quillomoxui/model/QuilloFile.h"
@@ -63,16 +65,61 @@ void AddLines(ordered_json const& place, std::string const& indentation, std::st
         AddLines(child, indentation + "  ", lines);
 }
 
-}  // namespace
-
-std::string ListLocations(Session& session, Options const& options) {
-    auto const user = session.SignIn();
-    session.Display().Tell("Reading the places of " + NameOf(*user));
+std::string Print(Session& session, Node const& user, Options const& options) {
     auto const described = Describe(session, user, options.depth);
     if (options.json) return described.dump(2) + '\n';
     std::string lines;
     AddLines(described, "", lines);
     return lines;
+}
+
+Node SignIn(Session& session) {
+    auto user = session.SignIn();
+    session.Display().Tell("Reading the places of " + NameOf(*user));
+    return user;
+}
+
+/// The nodes that there are at the moment, `levels` below `node`.
+void AddNodes(Node const& node, int levels, std::vector<Node>& nodes) {
+    if (levels == 0) return;
+    for (auto const& child : ParentOfChildren(node)->GetChildNodes()) {
+        nodes.push_back(child);
+        AddNodes(child, levels - 1, nodes);
+    }
+}
+
+std::vector<Node> NodesBelow(Node const& node, int levels) {
+    std::vector<Node> nodes;
+    AddNodes(node, levels, nodes);
+    return nodes;
+}
+
+}  // namespace
+
+std::string ListLocations(Session& session, Options const& options) {
+    return Print(session, SignIn(session), options);
+}
+
+void WatchLocations(Session& session, Options const& options,
+                    std::function<void(std::string const&)> const& print) {
+    auto const user = SignIn(session);
+    std::string shown;
+    for (;;) {
+        // A list that changes has other nodes, and each of its nodes wakes the loop.
+        auto known = NodesBelow(user, options.depth);
+        auto const isAsKnown = [&] { return NodesBelow(user, options.depth) == known; };
+        try {
+            if (auto const text = Print(session, user, options); text != shown) {
+                print(text);
+                shown = text;
+            }
+        } catch (Failure const& failure) {
+            // A place that is gone cannot be read; those above it say so in a moment.
+            if (failure.GetExitCode() != ExitCode::Location || isAsKnown()) throw;
+            continue;
+        }
+        session.Loop().WaitUntil([&] { return !isAsKnown(); });
+    }
 }
 
 }  // namespace quillohost

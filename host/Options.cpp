@@ -14,7 +14,7 @@ char const* const kHelp =
     R"(quillo-host: shares a movie for review
 
 usage: quillo-host share MOVIE [--name NAME] [--to PATH] [--json]
-       quillo-host locations [--depth N] [--json]
+       quillo-host locations [--depth N] [--json] [--watch]
        quillo-host sign-in | sign-out | trace
        quillo-host --help | --version
 
@@ -28,6 +28,9 @@ usage: quillo-host share MOVIE [--name NAME] [--to PATH] [--json]
                  (where the movie was shared last, else the first project)
   --depth N      levels of places below the user (4: down to each project's folders)
   --json         print one JSON object instead of text
+  --watch        go on, and print the places anew whenever they change (with --backend client)
+  --backend B    what the places are read with: sdk, the service's SDK (the default), or client,
+                 the older client library, which follows changes
   --service URL  the service's address (a quillo-service that runs as long as the command does)
   --data DIR     where the host keeps its state (the user's XDG directories)
 
@@ -75,6 +78,12 @@ void TakeDepth(Options& options, std::string const& value) {
         Refuse("--depth takes a whole number from 1, not \"" + value + "\"");
 }
 
+void TakeBackend(Options& options, std::string const& value) {
+    if (value != "sdk" && value != "client")
+        Refuse("--backend takes sdk or client, not \"" + value + "\"");
+    options.backend = value == "sdk" ? Backend::Sdk : Backend::Client;
+}
+
 void TakeDirectory(Options& options, std::string const& value) {
     if (value.empty()) Refuse("--data is empty; name a directory");
     options.data = std::filesystem::absolute(value);
@@ -92,6 +101,11 @@ std::vector<OptionRule> const& Rules() {
          {Command::Share, Command::Locations},
          false,
          [](Options& options, auto&) { options.json = true; }},
+        {"--watch",
+         {Command::Locations},
+         false,
+         [](Options& options, auto&) { options.watch = true; }},
+        {"--backend", {Command::Share, Command::Locations, Command::Trace}, true, TakeBackend},
         {"--service", {}, true, [](Options& options, auto& value) { options.service = value; }},
         {"--data", {}, true, TakeDirectory},
     };
@@ -158,6 +172,8 @@ Options ParseOptions(std::vector<std::string> const& arguments) {
     }
     if (options.command == Command::Share && options.movie.empty())
         Refuse("share needs the name of a movie");
+    if (options.watch && options.backend != Backend::Client)
+        Refuse("--watch needs --backend client: the SDK does not tell of changes");
     return options;
 }
 

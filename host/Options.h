@@ -9,6 +9,9 @@ namespace quillohost {
 
 enum class Command { Share, Locations, SignIn, SignOut, Trace, Help, Version };
 
+/// What fills the library's tree of places.
+enum class Backend { Sdk, Client };
+
 /// What the command line says.
 struct Options {
     Command command = Command::Help;
@@ -17,7 +20,9 @@ struct Options {
     std::vector<std::string> to;         ///< names from the account down; empty: not given
     std::optional<std::string> service;  ///< address; absent: a service of the host's own
     std::optional<std::filesystem::path> data;
+    Backend backend = Backend::Sdk;
     int depth = 4;
+    bool watch = false;
     bool json = false;
 };
 

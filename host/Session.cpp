@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/Failure.h"
+#include "moxcore/debug/DebugDatabase.h"
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
@@ -56,6 +57,7 @@ std::filesystem::path HostDataFile(std::string const& name) {
 Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& display)
     : loop(loop),
       display(display),
+      backend(options.backend),
       locks(HostDataFile("locks")),
       failures(std::make_shared<std::vector<quillocommon::Failure>>()) {
     subscription = quillocommon::ListenToFailures([failures = failures](auto const& failure) {
@@ -73,6 +75,8 @@ Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& displa
     address = quillocommon::GetServiceAddress();
     quillomoxui::InitQuilloCppSdk(AsciiToUTF16("quillo-host"),
                                   AsciiToUTF16("http://127.0.0.1/signed-in"));
+    moxcore::debug::DebugDatabase::Instance().SetEntry("QuilloNative.UseQuilloCppSdk",
+                                                       backend == Backend::Sdk);
     viewModel = std::make_shared<quillomoxui::ShareForReviewViewModel>();
 }
 
@@ -107,8 +111,9 @@ std::shared_ptr<quillomoxui::QuilloUser> Session::SignIn() {
     loop.WaitUntil([&] { return isSignedIn() || FindFailure(kSignInSteps); });
     if (!isSignedIn() && IsRefusal(*FindFailure(kSignInSteps))) {
         // The session that was kept is over, and forgotten now: sign in as if there had been none.
+        // The client library does so by itself.
         failures->clear();
-        viewModel->Login();
+        if (backend == Backend::Sdk) viewModel->Login();
     }
     WaitUntil(kSignInSteps, isSignedIn);
     return viewModel->GetUser();

@@ -74,6 +74,7 @@ private:
 
     MainLoop& loop;
     ProgressDisplay& display;
+    Backend const backend;
     KeyLocks const locks;
     std::shared_ptr<KeyLocks::Lock> serviceLock;
     std::unique_ptr<EmbeddedService> embedded;

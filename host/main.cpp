@@ -77,6 +77,7 @@ void Run(Options const& options) {
     if (options.command == Command::Share) return Share(options, loop, display);
 
     Session session(options, loop, display);
+    if (options.watch) WatchLocations(session, options, Print);
     if (options.command == Command::Locations) return Print(ListLocations(session, options));
     if (options.command == Command::Trace) return Trace(session);
     if (options.command == Command::SignIn) return SignIn(session);

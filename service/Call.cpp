@@ -17,6 +17,7 @@ using nlohmann::json;
 namespace {
 
 constexpr std::size_t kSmallBody = 64 * 1024;
+constexpr std::size_t kLongestName = 1024;
 
 }  // namespace
 
@@ -71,10 +72,31 @@ json Call::ReadJson() {
     return body;
 }
 
+std::string Call::ReadName() {
+    json body = ReadJson();
+    auto name = body.find("name");
+    if (name == body.end() || !name->is_string()) {
+        throw ApiError::BadRequest("\"name\" is missing or no string.");
+    }
+    auto text = name->get<std::string>();
+    if (text.empty() || text.size() > kLongestName || !IsShowableText(text)) {
+        throw ApiError::BadRequest("\"name\" has to be 1 to 1,024 bytes without NUL.");
+    }
+    return text;
+}
+
 void Call::Answer(int status, const json& body) {
     response.status = status;
     response.set_content(body.dump(-1, ' ', false, json::error_handler_t::replace),
                          "application/json");
+}
+
+void Call::AnswerPage(int status, const std::string& html, const std::string& policy) {
+    response.status = status;
+    response.set_header("Content-Security-Policy", policy);
+    response.set_header("Referrer-Policy", "no-referrer");
+    response.set_header("X-Content-Type-Options", "nosniff");
+    response.set_content(html, "text/html; charset=utf-8");
 }
 
 void Call::AnswerError(int status, std::string_view code, std::string_view message) {

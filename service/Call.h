@@ -50,7 +50,14 @@ public:
     /// The body, which has to be a JSON object. Throws ApiError.
     nlohmann::json ReadJson();
 
+    /// The "name" of the body, which has to be a JSON object. Throws ApiError.
+    std::string ReadName();
+
     void Answer(int status, const nlohmann::json& body);
+
+    /// An HTML page that may do what `policy`, a Content-Security-Policy, says.
+    void AnswerPage(int status, const std::string& html, const std::string& policy);
+
     void AnswerError(int status, std::string_view code, std::string_view message);
 
     /// Reads what is left of the body when it is small; otherwise has the connection end after the

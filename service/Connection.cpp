@@ -61,14 +61,20 @@ Connection::Connection(HttpServer& server, socket_t socket)
 
 Connection::~Connection() {
     if (closeAfterAnswer_) Linger();
-    std::scoped_lock lock(server_.mutex_);
-    server_.connections_.erase(socket_);
+    {
+        std::scoped_lock lock(server_.mutex_);
+        server_.connections_.erase(socket_);
+    }
+    if (taker_) {
+        taker_(socket_);
+        return;
+    }
     ::shutdown(socket_, SHUT_RDWR);
     ::close(socket_);
 }
 
 bool Connection::WaitForRequest(time_t seconds) {
-    if (closeAfterAnswer_) return false;
+    if (closeAfterAnswer_ || taker_) return false;
     headBudget_ = kHeadBytes;
     return begin_ < end_ || WaitReadable(socket_, static_cast<int>(seconds * 1000));
 }

@@ -3,6 +3,7 @@
 #include <httplib.h>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -31,6 +32,11 @@ public:
     /// Ends the connection once the answer is out, for a body that nobody is going to read.
     void CloseAfterAnswer() { closeAfterAnswer_ = true; }
 
+    /// Gives the socket to `taker`, who then owns it, once the answer is out: for answers that go
+    /// on for longer than a thread is to be kept for them. What the client has sent further is
+    /// dropped.
+    void HandOver(std::function<void(socket_t)> taker) { taker_ = std::move(taker); }
+
     // httplib::Stream
     bool is_readable() const override { return true; }
     bool is_writable() const override { return true; }
@@ -54,6 +60,7 @@ private:
     std::size_t end_ = 0;
     std::size_t headBudget_ = kHeadBytes;
     bool closeAfterAnswer_ = false;
+    std::function<void(socket_t)> taker_;
 };
 
 }  // namespace quilloservice

@@ -7,15 +7,12 @@
 #include "service/Nodes.h"
 #include "service/ReviewLinks.h"
 #include "service/Routes.h"
-#include "service/Text.h"
 
 namespace quilloservice {
 
 using nlohmann::json;
 
 namespace {
-
-constexpr std::size_t kLongestName = 1024;
 
 /// Whether `text` is a host with an optional port, and nothing that could turn a link elsewhere.
 bool IsHost(std::string_view text) {
@@ -29,18 +26,6 @@ bool IsHost(std::string_view text) {
 std::string LinkUrl(const Call& call, const std::string& address, const std::string& link) {
     std::string host = call.Header("Host").value_or("");
     return (IsHost(host) ? "http://" + host : address) + "/r/" + link;
-}
-
-std::string ReadName(const json& body) {
-    auto name = body.find("name");
-    if (name == body.end() || !name->is_string()) {
-        throw ApiError::BadRequest("\"name\" is missing or no string.");
-    }
-    auto text = name->get<std::string>();
-    if (text.empty() || text.size() > kLongestName || !IsShowableText(text)) {
-        throw ApiError::BadRequest("\"name\" has to be 1 to 1,024 bytes without NUL.");
-    }
-    return text;
 }
 
 std::vector<std::string> ReadAssetIds(const json& body) {
@@ -58,8 +43,7 @@ void AddLinkRoutes(Api& api, ReviewLinks& links, const std::string& address) {
     api.Add({"POST", "/v1/projects/{id}/review-links",
              [&links, address](Call& call) {
                  auto key = call.UuidHeader("Idempotency-Key");
-                 Node link =
-                     links.Create(call.identity.user, call.ids[0], ReadName(call.ReadJson()), key);
+                 Node link = links.Create(call.identity.user, call.ids[0], call.ReadName(), key);
                  call.Answer(201, {{"review_link",
                                     {{"id", link.id},
                                      {"name", link.name},

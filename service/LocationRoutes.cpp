@@ -2,7 +2,7 @@
 
 #include "service/Api.h"
 #include "service/Call.h"
-#include "service/Nodes.h"
+#include "service/NodeJson.h"
 #include "service/Routes.h"
 #include "service/Store.h"
 
@@ -11,16 +11,6 @@ namespace quilloservice {
 using nlohmann::json;
 
 namespace {
-
-json Named(const Node& node) {
-    return {{"id", node.id}, {"name", node.name}};
-}
-
-json Typed(const Node& node) {
-    json object = Named(node);
-    object["type"] = node.kind;
-    return object;
-}
 
 json User(Database& database, const std::string& user) {
     Statement row = database.Query("SELECT id, name FROM users WHERE id = ?", user);
@@ -79,7 +69,7 @@ void AddLocationRoutes(Api& api, const Store& store) {
             RequireNode(database, call.identity.user, call.ids[0], kind::Account);
             json workspaces = json::array();
             for (const Node& node : ChildrenOf(database, call.ids[0])) {
-                workspaces.push_back(Named(node));
+                workspaces.push_back(NamedJson(node));
             }
             return workspaces;
         });
@@ -93,7 +83,7 @@ void AddLocationRoutes(Api& api, const Store& store) {
             RequireNode(database, call.identity.user, call.ids[0], kind::Folder);
             json assets = json::array();
             for (const Node& node : ChildrenOf(database, call.ids[0])) {
-                assets.push_back(Typed(node));
+                assets.push_back(TypedJson(node));
             }
             return assets;
         });

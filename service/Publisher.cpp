@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "service/ApiError.h"
+#include "service/ChangeFeed.h"
 #include "service/DataDirectory.h"
 #include "service/Digest.h"
 #include "service/File.h"
@@ -16,6 +17,9 @@ namespace quilloservice {
 namespace {
 
 void MoveStack(Database& database, const Node& stack, const Node& folder) {
+    if (auto former = FindNode(database, *stack.parent)) {
+        ChangeFeed::RecordChildren(database, *former);
+    }
     database.Run("UPDATE nodes SET parent = ?, account = ? WHERE id = ?", folder.id, folder.account,
                  stack.id);
     database.Run("UPDATE nodes SET account = ? WHERE parent = ?", folder.account, stack.id);
@@ -40,8 +44,8 @@ std::int64_t EnterStack(Database& database, const UploadRecord& upload, const No
 
 }  // namespace
 
-Publisher::Publisher(const DataDirectory& directory, Store& store, Clock clock)
-    : directory_(directory), store_(store), clock_(std::move(clock)) {}
+Publisher::Publisher(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock)
+    : directory_(directory), store_(store), changes_(changes), clock_(std::move(clock)) {}
 
 void Publisher::CheckStack(Database& database, const std::string& user, const std::string& stack) {
     std::optional<Node> node = FindNode(database, stack);
@@ -94,7 +98,9 @@ void Publisher::Record(const UploadRecord& upload, const Digest& whole) {
             upload.asset, upload.length, sha256, upload.mediaType, clock_());
         database.Run("UPDATE uploads SET published = 1, confirmed = length WHERE id = ?",
                      upload.id);
+        ChangeFeed::RecordChildren(database, folder);
     });
+    changes_.Announce();
 }
 
 PublishedAsset Publisher::Find(const UploadRecord& upload) const {

@@ -9,6 +9,7 @@
 
 namespace quilloservice {
 
+class ChangeFeed;
 class DataDirectory;
 class Digest;
 class File;
@@ -30,7 +31,7 @@ struct PublishedAsset {
 /// stands under its final name can be recorded later. Any thread, one at a time per upload.
 class Publisher {
 public:
-    Publisher(const DataDirectory& directory, Store& store, Clock clock);
+    Publisher(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock);
 
     /// Throws ApiError 403 or 409 when `user` may not put a movie into the version stack `stack`.
     static void CheckStack(Database& database, const std::string& user, const std::string& stack);
@@ -49,6 +50,7 @@ private:
 
     const DataDirectory& directory_;
     Store& store_;
+    ChangeFeed& changes_;
     Clock clock_;
 };
 

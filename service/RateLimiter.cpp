@@ -18,6 +18,7 @@ RateLimiter::RateLimiter(std::optional<RateLimit> forAll) {
     limit(RequestKind::Children) = {60, 60s};
     limit(RequestKind::Links) = {600, 60s};
     limit(RequestKind::Uploads) = {600, 60s};
+    limit(RequestKind::Changes) = {600, 60s};
     if (forAll) limits_.fill(*forAll);
 }
 

@@ -12,7 +12,7 @@
 namespace quilloservice {
 
 /// The kinds of request that are counted apart.
-enum class RequestKind { User, Workspaces, Projects, Children, Links, Uploads };
+enum class RequestKind { User, Workspaces, Projects, Children, Links, Uploads, Changes };
 
 /// At most `requests` in any stretch of `window`.
 struct RateLimit {
@@ -40,7 +40,7 @@ public:
 private:
     void ForgetQuietSessions(TimePoint now);
 
-    static constexpr std::size_t kKinds = static_cast<std::size_t>(RequestKind::Uploads) + 1;
+    static constexpr std::size_t kKinds = static_cast<std::size_t>(RequestKind::Changes) + 1;
 
     std::array<RateLimit, kKinds> limits_;
     std::mutex mutex_;

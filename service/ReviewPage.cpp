@@ -1,7 +1,5 @@
 #include "service/ReviewPage.h"
 
-#include <openssl/evp.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -9,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "service/Digest.h"
+#include "service/HtmlPage.h"
 #include "service/ReviewLinks.h"
 #include "service/Text.h"
 
@@ -61,18 +59,8 @@ a { color: var(--accent); }
 }
 )css";
 
-std::string Document(std::string_view title, std::string_view body) {
-    std::string page =
-        "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-        "<meta name=\"robots\" content=\"noindex\">\n<title>";
-    page += EscapeHtml(title);
-    page += "</title>\n<style>";
-    page += kStyle;
-    page += "</style>\n</head>\n<body>\n";
-    page += body;
-    page += "</body>\n</html>\n";
-    return page;
+std::string Page(std::string_view title, std::string_view body) {
+    return htmlpage::Document(title, kStyle, body);
 }
 
 std::string Size(std::int64_t bytes) {
@@ -149,15 +137,9 @@ std::string Notice(std::string_view heading, std::string_view text) {
 }  // namespace
 
 std::string SecurityPolicy() {
-    static const std::string policy = [] {
-        std::string hash = Sha256(kStyle);
-        unsigned char base64[64];
-        EVP_EncodeBlock(base64, reinterpret_cast<const unsigned char*>(hash.data()),
-                        static_cast<int>(hash.size()));
-        return std::string("default-src 'none'; media-src 'self'; style-src 'sha256-") +
-               reinterpret_cast<const char*>(base64) +
-               "'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
-    }();
+    static const std::string policy =
+        "default-src 'none'; media-src 'self'; style-src " + htmlpage::PolicySource(kStyle) +
+        "; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
     return policy;
 }
 
@@ -171,16 +153,16 @@ std::string Render(const ReviewContent& content, const std::string& chosenAsset)
     for (std::size_t i = 0; i < content.movies.size(); ++i) {
         body += Movie(content, content.movies[i], chosenAsset, i);
     }
-    return Document(content.name, body + "</main>\n");
+    return Page(content.name, body + "</main>\n");
 }
 
 std::string RenderNotFound() {
-    return Document("Not found",
-                    "<header></header>\n<main>\n" +
-                        Notice("There is nothing here",
-                               "This link does not lead to a movie. Check that it was copied "
-                               "whole, or ask whoever sent it for a new one.") +
-                        "</main>\n");
+    return Page("Not found",
+                "<header></header>\n<main>\n" +
+                    Notice("There is nothing here",
+                           "This link does not lead to a movie. Check that it was copied "
+                           "whole, or ask whoever sent it for a new one.") +
+                    "</main>\n");
 }
 
 }  // namespace quilloservice::reviewpage

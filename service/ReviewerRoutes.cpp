@@ -22,12 +22,8 @@ namespace {
 constexpr std::size_t kReadBytes = 256 * 1024;
 
 void AnswerPage(Call& call, int status, const std::string& html) {
-    call.response.status = status;
-    call.response.set_header("Content-Security-Policy", reviewpage::SecurityPolicy());
-    call.response.set_header("Referrer-Policy", "no-referrer");
-    call.response.set_header("X-Content-Type-Options", "nosniff");
     call.response.set_header("Cache-Control", "no-cache");
-    call.response.set_content(html, "text/html; charset=utf-8");
+    call.AnswerPage(status, html, reviewpage::SecurityPolicy());
 }
 
 /// The media type to serve a movie as. What its uploader calls it decides only between media, so

@@ -8,6 +8,8 @@ namespace quilloservice {
 
 class Api;
 class DataDirectory;
+class EventStreams;
+class Places;
 class ReviewLinks;
 class Sessions;
 class Store;
@@ -17,6 +19,11 @@ class Uploads;
 
 void AddSignInRoutes(Api& api, Sessions& sessions, bool trustLocalUser);
 void AddLocationRoutes(Api& api, const Store& store);
+void AddPlaceRoutes(Api& api, Places& places);
+void AddEventRoutes(Api& api, EventStreams& streams);
+/// A page on which a developer changes the sample user's places: for programs of this machine, of a
+/// service that trusts its user.
+void AddAdminRoutes(Api& api, Sessions& sessions, bool trustLocalUser);
 void AddUploadRoutes(Api& api, Uploads& uploads, const FaultOptions& faults);
 /// `address`: where links lead when a request does not say under which name it found the service.
 void AddLinkRoutes(Api& api, ReviewLinks& links, const std::string& address);

@@ -8,7 +8,7 @@ namespace quilloservice {
 
 namespace {
 
-constexpr int kVersion = 1;
+constexpr int kVersion = 2;
 
 // Everything that has an ID of its own is a node, from account down to file, so that "does it
 // exist, what is it, may this user see it" is one look-up whatever is asked for. `parent` is the
@@ -91,8 +91,22 @@ CREATE TABLE link_assets (
     asset TEXT NOT NULL REFERENCES nodes (id),
     UNIQUE (link, asset)
 );
+)sql";
 
-PRAGMA user_version = 1;
+// Which lists have changed, for those who follow them. Numbering begins with the time, so that a
+// number which an earlier store gave out is never taken for one of this one's. `audience` is the
+// account whose members may hear of it, or the one user.
+constexpr const char* kChanges = R"sql(
+CREATE TABLE changes (
+    seq INTEGER PRIMARY KEY AUTOINCREMENT,
+    list TEXT NOT NULL,
+    parent TEXT,
+    audience TEXT NOT NULL
+);
+INSERT INTO sqlite_sequence (name, seq)
+    VALUES ('changes', CAST(strftime('%s', 'now') AS INTEGER) * 1000000);
+
+PRAGMA user_version = 2;
 )sql";
 
 }  // namespace
@@ -106,7 +120,8 @@ void MakeTables(Database& database) {
     if (version > kVersion) {
         throw std::runtime_error("the data directory was written by a newer quillo-service");
     }
-    if (version == 0) database.RunScript(kTables);
+    if (version < 1) database.RunScript(kTables);
+    if (version < 2) database.RunScript(kChanges);
 }
 
 }  // namespace quilloservice

@@ -3,10 +3,13 @@
 #include <stdexcept>
 
 #include "service/Api.h"
+#include "service/ChangeFeed.h"
 #include "service/Clock.h"
 #include "service/DataDirectory.h"
+#include "service/EventStreams.h"
 #include "service/HttpServer.h"
 #include "service/Options.h"
+#include "service/Places.h"
 #include "service/ReviewLinks.h"
 #include "service/Routes.h"
 #include "service/SampleData.h"
@@ -47,8 +50,11 @@ struct Service::Parts {
         : directory(options.dataDirectory),
           store(directory.StorePath()),
           sessions(store, SystemTime),
-          uploads(directory, store, SystemTime),
+          changes(store),
+          places(store, changes),
+          uploads(directory, store, changes, SystemTime),
           links(store),
+          events(changes, sessions),
           api(server, sessions, options.limit, options.faults) {
         MakeSampleData(store, options.sample);
         uploads.Recover();
@@ -56,6 +62,9 @@ struct Service::Parts {
         address = AddressOf(options.host, port);
         AddSignInRoutes(api, sessions, options.trustLocalUser);
         AddLocationRoutes(api, store);
+        AddPlaceRoutes(api, places);
+        AddEventRoutes(api, events);
+        AddAdminRoutes(api, sessions, options.trustLocalUser);
         AddUploadRoutes(api, uploads, options.faults);
         AddLinkRoutes(api, links, address);
         AddReviewerRoutes(api, links, directory);
@@ -64,8 +73,11 @@ struct Service::Parts {
     DataDirectory directory;
     Store store;
     Sessions sessions;
+    ChangeFeed changes;
+    Places places;
     Uploads uploads;
     ReviewLinks links;
+    EventStreams events;
     HttpServer server;
     Api api;
     int port = 0;

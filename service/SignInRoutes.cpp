@@ -5,6 +5,7 @@
 #include "service/Api.h"
 #include "service/ApiError.h"
 #include "service/Call.h"
+#include "service/LocalCaller.h"
 #include "service/Routes.h"
 #include "service/SampleData.h"
 #include "service/Sessions.h"
@@ -20,23 +21,6 @@ struct OAuthError {
     std::string error;
     std::string description;
 };
-
-bool IsLoopbackAddress(const std::string& address) {
-    return address.starts_with("127.") || address == "::1" || address.starts_with("::ffff:127.");
-}
-
-/// Whether the client knew that it was talking to its own machine. A page in a browser that was led
-/// here under another name is no such client.
-bool NamesLoopback(const std::string& hostHeader) {
-    std::string host = hostHeader.substr(
-        0, hostHeader.starts_with('[') ? hostHeader.find(']') + 1 : hostHeader.find(':'));
-    return host == "localhost" || host == "[::1]" || host.starts_with("127.");
-}
-
-bool IsLocalProgram(const Call& call) {
-    return IsLoopbackAddress(call.request.remote_addr) && !call.Header("Origin") &&
-           NamesLoopback(call.Header("Host").value_or(""));
-}
 
 class Form {
 public:

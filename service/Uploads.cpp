@@ -43,8 +43,11 @@ void CatchUp(LiveUploads::Progress& progress, const File& file, std::int64_t off
 
 }  // namespace
 
-Uploads::Uploads(const DataDirectory& directory, Store& store, Clock clock)
-    : directory_(directory), store_(store), clock_(clock), publisher_(directory, store, clock) {}
+Uploads::Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock)
+    : directory_(directory),
+      store_(store),
+      clock_(clock),
+      publisher_(directory, store, changes, clock) {}
 
 void Uploads::Recover() {
     for (const std::string& id : store_.Read([&](Database& database) {

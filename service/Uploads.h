@@ -14,6 +14,7 @@
 
 namespace quilloservice {
 
+class ChangeFeed;
 class DataDirectory;
 class Store;
 
@@ -51,7 +52,7 @@ public:
     static constexpr std::int64_t kMaxBytes = std::int64_t{1} << 40;
     static constexpr std::int64_t kForgetAfterSeconds = 7 * 24 * 3600;
 
-    Uploads(const DataDirectory& directory, Store& store, Clock clock);
+    Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock);
 
     /// Records what an earlier process published without recording it, and forgets old uploads.
     void Recover();

@@ -109,6 +109,15 @@ void CurlExchange::AddHeader(std::string const& line) {
 std::size_t CurlExchange::OnBody(char* data, std::size_t size, std::size_t count, void* self) {
     auto& exchange = *static_cast<CurlExchange*>(self);
     std::size_t const bytes = size * count;
+    if (exchange.request.onBody && exchange.HasSucceeded()) {
+        try {
+            exchange.request.onBody({data, bytes});
+            return bytes;
+        } catch (...) {  // must not pass through curl
+            exchange.thrown = std::current_exception();
+            return 0;  // ends the transfer
+        }
+    }
     std::string& body = exchange.response->body;
     if (bytes > exchange.request.maxAnswerBytes - body.size()) {
         exchange.tooLarge = true;
@@ -128,6 +137,12 @@ std::size_t CurlExchange::OnBody(char* data, std::size_t size, std::size_t count
         return 0;
     }
     return bytes;
+}
+
+bool CurlExchange::HasSucceeded() const {
+    long status = 0;
+    curl_easy_getinfo(Handle(), CURLINFO_RESPONSE_CODE, &status);
+    return status >= 200 && status <= 299;
 }
 
 int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {

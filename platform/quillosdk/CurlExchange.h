@@ -41,6 +41,7 @@ private:
     void SetUpConnection(bool loopback);
     void SetUpRequest();
     void AddHeader(std::string const& line);
+    [[nodiscard]] bool HasSucceeded() const;
     void ReadHeaderLine(std::string_view line);
     [[nodiscard]] TransportResult ResultOf(CURLcode code) const;
     [[nodiscard]] std::string MessageOf(CURLcode code) const;
@@ -55,7 +56,7 @@ private:
     std::uint64_t bytesSent = 0;
     bool headersComplete = false;
     bool tooLarge = false;
-    std::exception_ptr thrown;  // by onBytesSent
+    std::exception_ptr thrown;  // by onBytesSent or onBody
     char errorText[CURL_ERROR_SIZE] = {};
     std::shared_ptr<HttpResponse> response = std::make_shared<HttpResponse>();
     moxcore::async::Promise<std::shared_ptr<HttpResponse>> promise;

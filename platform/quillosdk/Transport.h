@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,6 +26,9 @@ struct HttpRequest {
                                                          ///< What it throws fails the request.
     std::size_t maxAnswerBytes = std::size_t{64} << 20;  ///< a longer body fails the request
     std::chrono::seconds stallTimeout{60};  ///< gives up when nothing moves for so long
+    /// Takes the body of a successful answer piece by piece as it comes, on the transport's thread,
+    /// however long it is; none of it is kept then. May be empty. What it throws fails the request.
+    std::function<void(std::string_view)> onBody;
 };
 
 struct HttpResponse {

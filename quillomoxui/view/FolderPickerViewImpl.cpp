@@ -110,12 +110,6 @@ void FolderPickerViewImpl::UI_SizeChanged(moxcore::geom::RectT<float> const& rec
     SetTreeSelection(GetSelection(), true);
 }
 
-void FolderPickerViewImpl::UI_ThemeChanged() {
-    SelectionBaseView::UI_ThemeChanged();
-    font.reset();
-    boldFont.reset();
-}
-
 FolderPickerViewImpl::FolderPtr FolderPickerViewImpl::GetSelection() const {
     auto const proposed = User().GetProposedSelection();
     return proposed ? proposed : User().GetSelection();
@@ -215,13 +209,10 @@ void FolderPickerViewImpl::OnDrawCellOfRow(moxui::drawbot::Drawbot& drawbot, Row
         }
     }
     bool const isSelected = tree->IsRowSelected(row);
-    auto& chosenFont = isSelected ? boldFont : font;
-    if (!chosenFont)
-        chosenFont = drawbot.GetSupplier()->NewFont(GetFontName(0), GetFontSize(0),
-                                                    isSelected ? "Bold" : "");
-    surface.DrawString(GetColor(moxui::skins::ThemeColor::kText), *chosenFont,
-                       TruncateString(*chosenFont, NameOf(*folder),
-                                      cell.width - (origin.x - cell.x),
+    auto const font = drawbot.GetSupplier()->NewFont(GetFontName(0), GetFontSize(0),
+                                                     isSelected ? "Bold" : "");
+    surface.DrawString(GetColor(moxui::skins::ThemeColor::kText), *font,
+                       TruncateString(*font, NameOf(*folder), cell.width - (origin.x - cell.x),
                                       moxui::drawbot::TruncationMode::End),
                        origin);
     surface.PopClip();

@@ -25,7 +25,6 @@ public:
     /// Shown, it names the selection's project and has its folders fetched.
     void UI_Show(bool show) override;
     void UI_SizeChanged(moxcore::geom::RectT<float> const& rect) override;
-    void UI_ThemeChanged() override;
 
 private:
     using FolderPtr = std::shared_ptr<QuilloFolder>;
@@ -53,10 +52,7 @@ private:
     std::shared_ptr<FolderTree> rows;
     std::shared_ptr<NodePath> path;  // to the selection
     std::shared_ptr<CurrentViewIDNotifyingPropertyHost> const currentViewID;
-    // For drawing; made when they are needed.
-    boost::intrusive_ptr<moxui::drawbot::ImageInterface> folderImage;
-    boost::intrusive_ptr<moxui::drawbot::FontInterface> font;
-    boost::intrusive_ptr<moxui::drawbot::FontInterface> boldFont;
+    boost::intrusive_ptr<moxui::drawbot::ImageInterface> folderImage;  // from the first drawing on
 };
 
 // Both bases have these.

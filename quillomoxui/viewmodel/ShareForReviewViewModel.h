@@ -56,7 +56,9 @@ public:
     void SetUser(std::shared_ptr<QuilloUser> const& user) override;
 
     /// Signs in; the user follows when the service has said who it is. The view is left to whoever
-    /// watches IsLoggedIn.
+    /// watches IsLoggedIn. With the developer's switch "QuilloNative.UseQuilloCppSdk" set to false,
+    /// the tree comes from the older client library instead and follows the service's changes;
+    /// IsLoggedIn is left alone then, and the view is moved on here.
     virtual void Login();
 
     /// Signs out and forgets the user's tree. The view stays.

@@ -11,6 +11,7 @@
 #include "quillomoxui/model/QuilloFolder.h"
 #include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/model/QuilloUser.h"
+#include "quillomoxui/model/client/QuilloClientIntegration.h"
 #include "quillomoxui/model/operations/ReviewLinks.h"
 #include "quillomoxui/model/operations/UploadToFolder.h"
 #include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
@@ -19,6 +20,7 @@
 
 namespace quillomoxui {
 
+using model::QuilloClientIntegration;
 using model::QuilloCppSdkIntegration;
 using moxcore::filesupport::File;
 using moxcore::string::AsciiToUTF16;
@@ -47,6 +49,20 @@ UTF16String ToText(Guid const& id) {
     return StdToUTF16String(id.AsStdString());
 }
 
+/// Uploads and review links take the SDK's client whichever backend fills the tree, so that one
+/// signs in first; both use the sign-in that is kept.
+void LoginToClientLibrary(std::weak_ptr<ShareForReviewViewModel> const& weak) {
+    QuilloCppSdkIntegration::SignIn([weak](bool loggedIn) {
+        if (!loggedIn) return;
+        QuilloClientIntegration::GetCurrentUser([weak](std::shared_ptr<QuilloUser> const& user) {
+            auto const self = weak.lock();
+            if (!self) return;
+            self->SetUser(user);
+            self->SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);
+        });
+    });
+}
+
 }  // namespace
 
 void ShareForReviewViewModel::StartShareForReviewPopup() {
@@ -71,7 +87,7 @@ void ShareForReviewViewModel::StartShareForReviewPopup() {
 
 void ShareForReviewViewModel::Login() {
     std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    if (!IsSwitchedOn(kUseQuilloCppSdk, true)) return;
+    if (!IsSwitchedOn(kUseQuilloCppSdk, true)) return LoginToClientLibrary(weak);
     QuilloCppSdkIntegration::SignIn([weak](bool loggedIn) {
         auto const self = weak.lock();
         if (!self || !loggedIn) return;
@@ -83,7 +99,8 @@ void ShareForReviewViewModel::Login() {
 }
 
 void ShareForReviewViewModel::Logout() {
-    if (IsSwitchedOn(kUseQuilloCppSdk, true)) QuilloCppSdkIntegration::SignOut();
+    if (!IsSwitchedOn(kUseQuilloCppSdk, true)) QuilloClientIntegration::SignOut();
+    QuilloCppSdkIntegration::SignOut();
     SetIsLoggedIn(false);
     SetUser(std::make_shared<QuilloUser>());
 }

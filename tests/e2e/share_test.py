@@ -8,7 +8,7 @@ import shutil
 import socket
 import subprocess
 
-from programs import ACCOUNT, BIN, PATIENCE, RIVER, EndToEnd, Service, encode
+from programs import ACCOUNT, BIN, PATIENCE, RIVER, EndToEnd, Service, call, encode, names_in
 
 
 class ShareTests(EndToEnd):
@@ -146,6 +146,58 @@ class ShareTests(EndToEnd):
                            ("The Long River", "project"), ("Editorial", "folder")):
             place = next(child for child in place["children"] if child["name"] == name)
             self.assertEqual(place["type"], kind)
+
+    def test_the_client_library_shares_and_follows_changes(self):
+        service = self.service()
+        client = ("--backend", "client")
+        first = self.share(self.clip, *client, "--to", f"{RIVER}/VFX", service=service)
+        self.check_link(first)
+        self.assertEqual(first["folder_path"], f"{RIVER}/VFX")
+        second = self.share(self.clip, service=service)
+        self.assertEqual((second["version"], second["link"]), (2, first["link"]))
+        self.assertEqual(self.host("locations", "--depth", "3", *client, service=service)[0],
+                         self.host("locations", "--depth", "3", service=service)[0])
+
+        watch = self.start_host("locations", "--watch", "--json", *client, service=service)
+        printed = json.JSONDecoder()
+        text = ""
+
+        def next_places():
+            nonlocal text
+            while True:
+                try:
+                    places, end = printed.raw_decode(text)
+                    text = text[end:].lstrip()
+                    return places
+                except json.JSONDecodeError:
+                    line = watch.process.stdout.readline()
+                    self.assertTrue(line, "the host has ended")
+                    text += line
+
+        account = next(place for place in next_places()["children"] if place["name"] == ACCOUNT)
+        made = call(service, "POST", f"/v1/accounts/{account['id']}/workspaces", {"name": "Trailers"})
+        self.assertIn("Trailers", names_in(next_places()))
+        workspace = f"/v1/workspaces/{made['workspace']['id']}"
+        call(service, "PATCH", workspace, {"name": "Teasers"})
+        names = names_in(next_places())
+        self.assertIn("Teasers", names)
+        self.assertNotIn("Trailers", names)
+        service.stop()
+        service = self.service("--port", service.url.rsplit(":", 1)[1])
+        call(service, "DELETE", workspace)
+        self.assertNotIn("Teasers", names_in(next_places()))
+        watch.process.terminate()
+        self.assertEqual(watch.finish()[0], 130)
+
+    def test_a_kept_sign_in_that_the_service_has_lost(self):
+        service = self.service()
+        for backend in ("sdk", "client"):
+            self.host("locations", "--depth", "1", "--backend", backend, service=service)
+            service.stop()
+            shutil.rmtree(self.directory / "service")
+            service = self.service("--port", service.url.rsplit(":", 1)[1])
+            out, _ = self.host("locations", "--depth", "1", "--backend", backend, service=service)
+            self.assertIn(ACCOUNT, out)
 
     def test_signing_in_and_out_and_the_trace(self):
         service = self.service()

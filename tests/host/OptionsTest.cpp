@@ -26,7 +26,9 @@ TEST(Options, TakesTheWholeCommandLineOfAShare) {
 }
 
 TEST(Options, MakesTheDataDirectoryAbsolute) {
-    auto const options = ParseOptions({"locations", "--data", "state", "--depth", "2"});
+    auto const options = ParseOptions(
+        {"locations", "--data", "state", "--depth", "2", "--watch", "--backend", "client"});
+    EXPECT_EQ(options.backend, Backend::Client);
     EXPECT_EQ(options.data, std::filesystem::current_path() / "state");
     EXPECT_EQ(options.depth, 2);
 }
@@ -58,6 +60,9 @@ TEST(Options, RefusesWhatItDoesNotUnderstandAndSaysWhy) {
         {{"locations", "--depth", "2x"}, "not \"2x\""},
         {{"locations", "--depth", "99999999999"}, "not \"99999999999\""},
         {{"sign-in", "--json"}, "--json is no option of sign-in"},
+        {{"share", "a.mp4", "--backend", "SDK"}, "sdk or client, not \"SDK\""},
+        {{"locations", "--watch"}, "--watch needs --backend client"},
+        {{"locations", "--backend=sdk", "--watch"}, "--watch needs --backend client"},
         {{"trace", "--data="}, "--data is empty"},
     };
     for (auto const& row : rows) {

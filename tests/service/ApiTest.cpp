@@ -41,6 +41,10 @@ TEST_F(ApiTest, LetsNobodyInWithoutAToken) {
         {"POST", "/v1/projects/" + client.project + "/review-links"},
         {"POST", "/v1/review-links/" + unknown + "/assets"},
         {"DELETE", "/v1/uploads/" + unknown},
+        {"POST", "/v1/accounts"},
+        {"PATCH", "/v1/folders/" + client.folder},
+        {"DELETE", "/v1/projects/" + client.project},
+        {"GET", "/v1/events"},
         {"GET", "/v1/no-such-route"},
         {"GET", "/v1"},
     };

@@ -36,6 +36,15 @@ public:
     }
     void Finish() const { ::shutdown(socket_, SHUT_WR); }
 
+    /// Reads until what came ends with `end`, or the other side has ended.
+    std::string ReadTo(std::string_view end) const {
+        std::string answer;
+        char byte = 0;
+        while (!answer.ends_with(end) && ::recv(socket_, &byte, 1, 0) > 0)
+            answer += byte;
+        return answer;
+    }
+
     std::string ReadAll() const {
         std::string answer;
         char buffer[4096];

@@ -13,23 +13,37 @@ namespace quilloservice::test {
 /// A service in this process, on a free port and a directory of its own.
 class RunningService {
 public:
-    explicit RunningService(Options options = {}) {
-        options.dataDirectory = directory_.path();
-        options.trustLocalUser = true;
-        service_ = std::make_unique<Service>(options);
-        thread_ = std::thread([this] { service_->Run(); });
+    explicit RunningService(Options options = {}) : options_(std::move(options)) {
+        options_.dataDirectory = directory_.path();
+        options_.trustLocalUser = true;
+        Start();
     }
-    ~RunningService() {
-        service_->Stop();
-        thread_.join();
-    }
+    ~RunningService() { Stop(); }
     RunningService(const RunningService&) = delete;
     RunningService& operator=(const RunningService&) = delete;
 
     [[nodiscard]] int port() const { return service_->port(); }
 
+    /// Ends it and starts another on the same data.
+    void Restart() {
+        Stop();
+        Start();
+    }
+
 private:
+    void Start() {
+        service_ = std::make_unique<Service>(options_);
+        thread_ = std::thread([this] { service_->Run(); });
+    }
+
+    void Stop() {
+        service_->Stop();
+        thread_.join();
+        service_.reset();
+    }
+
     TempDirectory directory_;
+    Options options_;
     std::unique_ptr<Service> service_;
     std::thread thread_;
 };

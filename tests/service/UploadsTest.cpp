@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "service/ApiError.h"
+#include "service/ChangeFeed.h"
 #include "service/DataDirectory.h"
 #include "service/Nodes.h"
 #include "service/SampleData.h"
@@ -59,7 +60,7 @@ protected:
 
     /// What a new process would find: everything in memory is gone.
     void Restart() {
-        uploads = std::make_unique<Uploads>(directory, store, [this] { return now; });
+        uploads = std::make_unique<Uploads>(directory, store, changes, [this] { return now; });
         uploads->Recover();
     }
 
@@ -105,6 +106,7 @@ protected:
     test::TempDirectory temp;
     DataDirectory directory{temp.path()};
     Store store{directory.StorePath()};
+    ChangeFeed changes{store};
     std::int64_t now = 1'000'000;
     std::string user = SampleUserId();
     std::string folder;

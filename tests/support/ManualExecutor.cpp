@@ -2,6 +2,7 @@
 
 #include <map>
 #include <mutex>
+#include <thread>
 
 namespace testsupport {
 
@@ -81,6 +82,13 @@ ManualExecutor::~ManualExecutor() {
 
 std::size_t ManualExecutor::RunDue() {
     return AdvanceBy(std::chrono::microseconds(0));
+}
+
+void ManualExecutor::RunUntil(std::function<bool()> const& done) {
+    while (!done()) {
+        RunDue();
+        std::this_thread::yield();
+    }
 }
 
 std::size_t ManualExecutor::AdvanceBy(std::chrono::microseconds time) {

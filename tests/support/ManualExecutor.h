@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -26,6 +27,9 @@ public:
     /// Lets `time` pass: runs each function that becomes due, in order, with the clock at the time
     /// for which it was asked; returns how many ran.
     std::size_t AdvanceBy(std::chrono::microseconds time);
+
+    /// Runs what is due until `done`; what other threads do comes meanwhile.
+    void RunUntil(std::function<bool()> const& done);
 
     /// For each function that waits, how long it still has to, soonest first.
     [[nodiscard]] std::vector<std::chrono::milliseconds> Waiting() const;

@@ -137,6 +137,14 @@ void ScriptedTransport::ReportSent(std::size_t index, std::uint64_t bytes) {
     At(index).onBytesSent(bytes);
 }
 
+void ScriptedTransport::SendBody(std::size_t index, std::string const& bytes) {
+    try {
+        At(index).onBody(bytes);
+    } catch (...) {
+        line->PromiseAt(index)->SetException(std::current_exception());
+    }
+}
+
 void ScriptedTransport::SetResponder(Responder responder) {
     line->SetResponder(std::move(responder));
 }

@@ -63,6 +63,9 @@ public:
     /// Tells the request how much of its body is on the way.
     void ReportSent(std::size_t index, std::uint64_t bytes);
 
+    /// Has a piece of the request's answer come, for one that takes its body as it comes.
+    void SendBody(std::size_t index, std::string const& bytes);
+
     /// Answers the requests sent from now on; an empty one leaves them to the test. It may throw:
     /// the request then fails with that.
     void SetResponder(Responder responder);

@@ -158,6 +158,37 @@ TEST(CurlTransport, WhatThrowsWhileABodyIsSentFailsTheRequest) {
     EXPECT_THROW(static_cast<void>(future.Get()), std::domain_error);
 }
 
+TEST(CurlTransport, HandsOnASuccessfulBodyAsItComesAndKeepsOthers) {
+    struct Row {
+        std::string answer, handedOn, kept;
+    };
+    for (Row const& row : {Row{"HTTP/1.1 200 OK\r\n\r\n0123456789", "0123456789", ""},
+                           Row{"HTTP/1.1 404 Not Found\r\n\r\nnone", "", "none"}}) {
+        CannedServer const server(row.answer, false);
+        CurlTransport transport;
+        std::string handedOn;
+        auto const response =
+            transport
+                .Send({.method = "GET",
+                       .url = server.Url(),
+                       .maxAnswerBytes = 8,
+                       .onBody = [&](std::string_view bytes) { handedOn += bytes; }})
+                .Get();
+        EXPECT_EQ(handedOn, row.handedOn);
+        EXPECT_EQ(response->body, row.kept);
+    }
+}
+
+TEST(CurlTransport, WhatThrowsWhileABodyComesEndsTheRequest) {
+    CannedServer const server("HTTP/1.1 200 OK\r\n\r\nbody", true);
+    CurlTransport transport;
+    auto const future =
+        transport.Send({.method = "GET", .url = server.Url(), .onBody = [](std::string_view) {
+                            throw moxcore::async::CancelledException();
+                        }});
+    EXPECT_THROW(static_cast<void>(future.Get()), moxcore::async::CancelledException);
+}
+
 TEST(CurlTransport, ItsEndCancelsWhatIsUnderWayAndAllThatComesLater) {
     CannedServer const server("", true);
     CurlTransport transport;

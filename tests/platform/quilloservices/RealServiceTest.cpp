@@ -4,7 +4,11 @@
 #include <atomic>
 
 #include "moxcore/config/Error.h"
+#include "moxcore/filesupport/CommonDirs.h"
+#include "moxcore/messaging/Station.h"
+#include "quilloauth/AuthManager.h"
 #include "quilloauth/AuthSession.h"
+#include "quilloclient/ServiceDatastore.h"
 #include "quillocommon/ServiceAddress.h"
 #include "quillosdk/QuilloClient.h"
 #include "quillosdk/RetryPolicy.h"
@@ -94,6 +98,29 @@ protected:
     std::shared_ptr<QuilloClient> client;
 };
 
+/// Counts what is posted at a station.
+class MessageCount final : public moxcore::messaging::Listener {
+public:
+    explicit MessageCount(moxcore::utility::ImmutableString station) : station(std::move(station)) {
+        AddRawListener(this->station, this);
+    }
+    ~MessageCount() override { RemoveRawListener(station, this); }
+
+    void ListenToMessage(moxcore::messaging::Message const&) override {
+        ++count;
+        count.notify_all();
+    }
+
+    void WaitFor(std::size_t wanted) const {
+        for (auto seen = count.load(); seen < wanted; seen = count)
+            count.wait(seen);
+    }
+
+private:
+    moxcore::utility::ImmutableString const station;
+    std::atomic<std::size_t> count = 0;
+};
+
 constexpr std::size_t kMegabytes = std::size_t{1} << 20;
 
 TEST_F(RealServiceTest, SharesAMovie) {
@@ -127,6 +154,36 @@ TEST_F(RealServiceTest, SharesAMovie) {
                     .Then([](auto const& future) { return future.GetException() != nullptr; })
                     .Get());
     EXPECT_EQ(failures.All().size(), 1u);
+}
+
+TEST_F(RealServiceTest, HearsOfAChangeAlsoAfterTheServiceWasKilled) {
+    Serve();
+    moxcore::filesupport::commondirs::SetUserRoot(directory.Text());
+    quilloauth::jwt::InitializeAuthManager("test", "", {}, "");
+    auto const datastore = quillo::ServiceDatastore::Create();
+    auto const user = datastore->GetCurrentUser();
+    ASSERT_FALSE(user.Get()->GetName().empty());
+    auto const folder = moxcore::utility::Guid(FirstProject().rootAsset.id->AsString());
+    auto const list = datastore->GetAssetList(folder).Get();
+    auto const before = list->GetCount();
+
+    MessageCount heard(datastore->GetStationID());
+    auto const token = auth->GetAccessToken().Get();
+    for (std::size_t added = 1; added <= 2; ++added) {
+        auto const answer = Transport::Get()->Send(
+            {.method = "POST",
+             .url = service->Address() + "/v1/folders/" + folder.AsStdString() + "/children",
+             .headers = {{"Authorization", "Bearer " + token}},
+             .body = std::make_shared<std::string const>(R"({"name":"Added"})")});
+        ASSERT_EQ(answer.Get()->status, 201);
+        heard.WaitFor(added);
+        EXPECT_EQ(list->GetCount(), before + added);
+        if (added == 2) break;
+        service->Kill();
+        service->Restart();
+    }
+    datastore->SignOutJwt();
+    datastore->SignOutOAuth2();
 }
 
 TEST_F(RealServiceTest, ResumesACutUpload) {

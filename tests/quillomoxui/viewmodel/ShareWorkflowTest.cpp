@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "moxcore/debug/DebugDatabase.h"
+#include "quilloclient/ServiceDatastore.h"
 #include "quillomoxui/model/QuilloAccount.h"
 #include "quillomoxui/model/QuilloFolder.h"
 #include "quillomoxui/model/QuilloProject.h"
@@ -308,6 +309,40 @@ TEST_F(WorkflowTest, LoginSetsTheUserThatTheServiceNames) {
     EXPECT_TRUE(viewModel->GetIsLoggedIn());
     ShareForReviewViewModel onTheStack;
     EXPECT_THROW(onTheStack.Login(), std::bad_weak_ptr);
+}
+
+TEST_F(WorkflowTest, WithTheClientLibraryLoginMovesTheViewAndSharesAsEver) {
+    auto& switches = moxcore::debug::DebugDatabase::Instance();
+    switches.SetEntry("QuilloNative.UseQuilloCppSdk", false);
+    quillo::QuilloDatastore::SetDatastore(quillo::ServiceDatastore::Create());
+    ServeTree();
+    viewModel->StartShareForReviewPopup();
+    viewModel->Login();
+    executor.RunUntil([&] {
+        return viewModel->GetUser() != user && !viewModel->GetUser()->GetAccounts().empty();
+    });
+    user = viewModel->GetUser();
+    EXPECT_EQ(UTF16to8(user->GetName()), "Jane");
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::ReviewInQuillo);
+    EXPECT_FALSE(viewModel->GetIsLoggedIn());
+
+    project = user->GetAccounts().at(0)->GetWorkspaces().at(1)->GetProjects().at(1);
+    folder = project->GetRootFolder();
+    On("POST /v1/projects/" + project->GetID().AsStdString() + "/review-links",
+       std::string(R"({"review_link":{"id":")") + kLink + R"(","url":")" + kUrl + R"("}})", 201);
+    Share();
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
+    EXPECT_EQ(host.data[assetdata::kUploadFolderGuid], folder->GetID().AsStdString());
+
+    viewModel->Logout();
+    EXPECT_TRUE(viewModel->GetUser()->GetID().IsNull());
+    EXPECT_FALSE(model::QuilloCppSdkIntegration::GetQuilloClient());
+    user->FetchChildren();
+    executor.AdvanceBy(std::chrono::minutes(10));
+    EXPECT_EQ(user->GetFetchChildrenState(), FetchChildrenState::Fetching)
+        << "the datastore is signed out as well";
+    quillo::QuilloDatastore::SetDatastore(nullptr);
+    switches.RemoveEntry("QuilloNative.UseQuilloCppSdk");
 }
 
 TEST_F(WorkflowTest, AViewModelThatIsGoneHearsNothingOfItsShare) {

@@ -16,33 +16,12 @@ using Sdk = model::QuilloCppSdkIntegration;
 using moxcore::string::UTF16to8;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-std::string Id(int number) {
-    auto const digits = std::to_string(number);
-    return "00000000-0000-0000-0000-" + std::string(12 - digits.size(), '0') + digits;
-}
-
-std::string Record(int id, std::string const& name, std::string const& more = {}) {
-    return R"({"id":")" + Id(id) + R"(","name":")" + name + "\"" + more + "}";
-}
+using testsupport::Id;
+using testsupport::Record;
 
 class BackendTest : public ServiceTest {
 protected:
-    BackendTest() {
-        On("GET /v1/me", R"({"user":)" + Record(1, "Jane") + "}");
-        On("GET /v1/accounts", R"({"accounts":[)" + Record(2, "Studio") + "]}");
-        On("GET /v1/accounts/" + Id(2) + "/workspaces",
-           R"({"workspaces":[)" + Record(3, "promos") + "," + Record(4, "Archive") + "]}");
-        On("GET /v1/workspaces/" + Id(3) + "/projects",
-           R"({"projects":[)" +
-               Record(5, "Spot 10",
-                      R"(,"root_folder":)" + Record(6, "root", R"(,"type":"folder")")) +
-               "," +
-               Record(7, "spot 9",
-                      R"(,"root_folder":)" + Record(8, "root", R"(,"type":"folder")")) +
-               "]}");
-        On("GET /v1/workspaces/" + Id(4) + "/projects", R"({"projects":[]})");
-    }
+    BackendTest() { ServeTree(); }
 
     /// The root that the service's answer makes; null when it makes none.
     std::shared_ptr<QuilloUser> CurrentUser() {
@@ -50,13 +29,6 @@ protected:
         Sdk::GetCurrentUser([&](std::shared_ptr<QuilloUser> const& received) { user = received; });
         executor.AdvanceBy(std::chrono::minutes(10));
         return user;
-    }
-
-    static std::vector<std::string> Names(NodeVector<QuilloNode> const& nodes) {
-        std::vector<std::string> names;
-        for (auto const& node : nodes)
-            names.push_back(UTF16to8(node->GetName()));
-        return names;
     }
 };
 

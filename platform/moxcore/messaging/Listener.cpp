@@ -1,0 +1,7 @@
+#include "moxcore/messaging/Listener.h"
+
+namespace moxcore::messaging {
+
+Listener::~Listener() = default;
+
+}  // namespace moxcore::messaging

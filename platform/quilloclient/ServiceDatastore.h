@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstddef>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "moxcore/async/Future.h"
+#include "quilloclient/EventStream.h"
+#include "quilloclient/ListCache.h"
+#include "quilloclient/QuilloDatastore.h"
+#include "quilloclient/SerialExecutor.h"
+#include "quillosdk/Session.h"
+
+namespace quillo {
+
+/// The datastore over the service's wire: the sign-in, the cache of lists, and the stream of events
+/// that says which of them to read again. While there is no stream, lists are read again a few at a
+/// time, one after the other. Everything happens on the executor.
+class QUILLOSERVICES_API ServiceDatastore final
+    : public QuilloDatastore,
+      public std::enable_shared_from_this<ServiceDatastore> {
+public:
+    [[nodiscard]] static std::shared_ptr<ServiceDatastore> Create();
+    ~ServiceDatastore() override;
+    ServiceDatastore(ServiceDatastore const&) = delete;
+    ServiceDatastore& operator=(ServiceDatastore const&) = delete;
+
+    void SignIn() override;
+    [[nodiscard]] Result<QuilloUser> GetCurrentUser() override;
+    [[nodiscard]] Result<QuilloAccountList> GetAccountList() override;
+    [[nodiscard]] Result<QuilloTeamList> GetTeamList(Guid const& accountID) override;
+    [[nodiscard]] Result<QuilloProjectList> GetProjectList(Guid const& teamID) override;
+    [[nodiscard]] Result<QuilloAssetList> GetAssetList(Guid const& folderID) override;
+    [[nodiscard]] ImmutableString GetStationID() const override { return station; }
+    void SignOutJwt() override;
+    void SignOutOAuth2() override;
+
+private:
+    using Token = moxcore::async::Future<std::string>;
+    using Key = ListCache::Key;
+
+    /// What needs a session: run once there is one, or told why there is none.
+    struct Waiting {
+        std::function<void()> work;
+        std::function<void(std::exception_ptr const&)> fail;
+    };
+
+    enum class State { SignedOut, SigningIn, SignedIn };
+
+    ServiceDatastore();
+
+    void Post(std::function<void(ServiceDatastore&)> work);
+    void BeginSignIn();
+    void OnToken(unsigned signIn, Token const& token);
+    void OpenSession(std::string const& token);
+    void OnNoSession(std::exception_ptr const& exception);
+    void EndSession();
+    void WhenSignedIn(Waiting waiting);
+    template <class List>
+    [[nodiscard]] Result<List> GetList(Key const& key);
+    void StartStream();
+    void AskForUser(std::shared_ptr<RefPromise<QuilloUser>> const& promise, bool isRepeated);
+    void OnUser(std::shared_ptr<RefPromise<QuilloUser>> const& promise,
+                quillosdk::Answer const& answer);
+    void OnEvent(Event const& event);
+    void OnLive(bool live);
+    void SchedulePoll();
+    void Announce(Key const& key) const;
+
+    std::shared_ptr<SerialExecutor> const executor = std::make_shared<SerialExecutor>();
+    ImmutableString const station;
+
+    // The executor's:
+    State state = State::SignedOut;
+    unsigned signIns = 0;  // grows with each sign-in and sign-out; answers of earlier ones are late
+    std::vector<Waiting> waiting;                 // while signing in
+    std::shared_ptr<quillosdk::Session> session;  // null: there is none
+    std::shared_ptr<ListCache> cache;             // the session's
+    std::shared_ptr<EventStream> stream;          // the session's
+    bool hasFollowed = false;                     // the session's stream has been live
+    bool isLive = false;
+    bool isPollScheduled = false;
+};
+
+}  // namespace quillo

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "moxcore/classref/InterfaceRef.h"
+
+namespace quillo {
+class QuilloUser;
+}
+
+namespace quillomoxui {
+
+class QuilloUser;
+
+namespace model {
+
+/// The backend on the older client library: fills the location tree from its datastore, which holds
+/// the sign-in and the lists, and follows it when they change. Any thread; callbacks come on the
+/// datastore's executor.
+class QuilloClientIntegration {
+public:
+    QuilloClientIntegration() = delete;
+
+    // What hears of changes: DatastoreListener.h. The tree's adapters: ClientNodes.h.
+    class DatastoreListener;
+    class QuilloClientUser;
+    class QuilloClientAccount;
+    class QuilloClientWorkspace;
+    class QuilloClientProject;
+    class QuilloClientFolder;
+    class QuilloClientFile;
+    class QuilloClientVersionStack;
+
+    /// Signs the datastore out. Nodes that there are stay as they are.
+    static void SignOut();
+
+    /// Hands a new root of the tree, with the signed-in user's ID and name, to `callback`. The user
+    /// is asked for once in the process: every call hears of that one. Nothing is called when the
+    /// request has failed.
+    static void GetCurrentUser(
+        std::function<void(std::shared_ptr<QuilloUser> const&)> const& callback);
+
+    /// A new root of the tree for the client library's user. It asks for nothing by itself.
+    [[nodiscard]] static std::shared_ptr<QuilloUser> GetUserFromClient(
+        moxcore::classref::InterfaceRef<quillo::QuilloUser> const& user);
+};
+
+}  // namespace model
+}  // namespace quillomoxui

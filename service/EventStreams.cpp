@@ -1,0 +1,203 @@
+#include "service/EventStreams.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "service/ChangeFeed.h"
+#include "service/Sessions.h"
+#include "service/Text.h"
+
+namespace quilloservice {
+
+using nlohmann::json;
+
+namespace {
+
+constexpr std::int64_t kBatch = 256;
+// A client that takes nothing for so many heartbeats has gone.
+constexpr int kStalledHeartbeats = 2;
+
+std::string Event(std::int64_t number, std::string_view name, const json& data) {
+    return "id: " + std::to_string(number) + "\nevent: " + std::string(name) +
+           "\ndata: " + data.dump() + "\n\n";
+}
+
+std::string ChangedEvent(const Change& change) {
+    json data = {{"list", change.list}};
+    if (change.parent) data["of"] = *change.parent;
+    return Event(change.number, "changed", data);
+}
+
+/// Throws away what the client sends; false when it has gone.
+bool Drain(int socket) {
+    char buffer[512];
+    for (;;) {
+        ssize_t count = ::recv(socket, buffer, sizeof(buffer), MSG_DONTWAIT);
+        if (count > 0 || (count < 0 && errno == EINTR)) continue;
+        return count < 0 && errno == EAGAIN;
+    }
+}
+
+/// Sends what the socket takes of `text`; false when the connection is broken.
+bool SendSome(int socket, std::string& text) {
+    while (!text.empty()) {
+        ssize_t count = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return errno == EAGAIN;
+        text.erase(0, static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+}  // namespace
+
+EventStreams::EventStreams(ChangeFeed& changes, const Sessions& sessions,
+                           std::chrono::milliseconds heartbeat)
+    : changes_(changes),
+      sessions_(sessions),
+      heartbeat_(heartbeat),
+      wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    changes.Listen([this] { Wake(); });
+    thread_ = std::thread([this] { Run(); });
+}
+
+EventStreams::~EventStreams() {
+    {
+        std::scoped_lock lock(mutex_);
+        stopping_ = true;
+    }
+    Wake();
+    thread_.join();
+    for (const Stream& stream : streams_)
+        ::close(stream.socket);
+    for (const Stream& stream : newcomers_)
+        ::close(stream.socket);
+    ::close(wakeUp_);
+}
+
+bool EventStreams::Reserve() {
+    if (reserved_.fetch_add(1) < kMostStreams) return true;
+    --reserved_;
+    return false;
+}
+
+void EventStreams::Take(int socket, const Follower& follower) {
+    {
+        std::scoped_lock lock(mutex_);
+        newcomers_.push_back({.socket = socket, .follower = follower, .position = 0});
+    }
+    Wake();
+}
+
+void EventStreams::Wake() const {
+    ::eventfd_write(wakeUp_, 1);
+}
+
+void EventStreams::Run() {
+    std::vector<pollfd> sources;
+    for (;;) {
+        sources.assign(1, {wakeUp_, POLLIN, 0});
+        for (const Stream& stream : streams_) {
+            short events = stream.outbox.empty() ? POLLIN : POLLIN | POLLOUT;
+            sources.push_back({stream.socket, events, 0});
+        }
+        // Looked at each half a heartbeat, and sent after as long: none comes later than a whole
+        // one.
+        ::poll(sources.data(), sources.size(), static_cast<int>(heartbeat_.count() / 2));
+
+        auto source = sources.begin();
+        eventfd_t ignored = 0;
+        bool woken = source->revents != 0 && ::eventfd_read(wakeUp_, &ignored) == 0;
+        Time now = std::chrono::steady_clock::now();
+        for (Stream& stream : streams_) {
+            short events = (++source)->revents;
+            if ((events & ~POLLOUT) != 0 && !Drain(stream.socket)) stream.over = true;
+            stream.behind |= woken;
+        }
+        if (woken && !TakeNewcomers(now)) return;
+        for (Stream& stream : streams_)
+            Serve(stream, now);
+        reserved_ -= std::erase_if(streams_, [](const Stream& stream) {
+            if (stream.over) ::close(stream.socket);
+            return stream.over;
+        });
+    }
+}
+
+/// False when there is to be an end.
+bool EventStreams::TakeNewcomers(Time now) {
+    std::vector<Stream> newcomers;
+    {
+        std::scoped_lock lock(mutex_);
+        if (stopping_) return false;
+        newcomers.swap(newcomers_);
+    }
+    for (Stream& stream : newcomers) {
+        stream.lastSent = now;
+        Greet(streams_.emplace_back(std::move(stream)));
+    }
+    return true;
+}
+
+void EventStreams::Greet(Stream& stream) const {
+    try {
+        const std::optional<std::string>& last = stream.follower.lastEventId;
+        std::optional<std::int64_t> number = last ? ParseNumber(*last) : std::nullopt;
+        bool resumes = number && changes_.Reaches(*number);
+        stream.position = resumes ? *number : changes_.Position();
+        stream.outbox =
+            Event(stream.position, last && !resumes ? "reset" : "ready", json::object());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quillo-service: %s\n", error.what());
+        stream.over = true;
+    }
+}
+
+void EventStreams::Serve(Stream& stream, Time now) {
+    if (stream.over) return;
+    bool quiet = now - stream.lastSent >= heartbeat_ / 2;
+    try {
+        if (stream.outbox.empty() && (stream.behind || quiet)) {
+            if (!MayFollow(stream)) {
+                stream.over = true;
+                return;
+            }
+            if (stream.behind) AddChanges(stream);
+            if (stream.outbox.empty() && quiet) stream.outbox = ": nothing new\n\n";
+        }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quillo-service: %s\n", error.what());
+        stream.over = true;  // its client comes back and misses nothing
+        return;
+    }
+    std::size_t before = stream.outbox.size();
+    if (!SendSome(stream.socket, stream.outbox)) stream.over = true;
+    if (stream.outbox.size() < before) stream.lastSent = now;
+    if (!stream.outbox.empty() && now - stream.lastSent >= kStalledHeartbeats * heartbeat_) {
+        stream.over = true;
+    }
+    // More than one batch, or changes while the last one was on its way.
+    if (stream.outbox.empty() && stream.behind && !stream.over) Wake();
+}
+
+void EventStreams::AddChanges(Stream& stream) const {
+    auto changes = changes_.After(stream.position, stream.follower.user, kBatch);
+    for (const Change& change : changes) {
+        stream.outbox += ChangedEvent(change);
+        stream.position = change.number;
+    }
+    stream.behind = changes.size() == static_cast<std::size_t>(kBatch);
+}
+
+bool EventStreams::MayFollow(const Stream& stream) const {
+    return sessions_.Find(stream.follower.token).has_value();
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <list>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace quilloservice {
+
+class ChangeFeed;
+class Sessions;
+
+/// The clients that follow the changes of their lists (server-sent events), all on one thread of
+/// its own, so that they take none from the requests. A stream ends when its client goes or stops
+/// reading, and when its token is not valid any more. Any thread.
+class EventStreams {
+public:
+    /// More than these are refused, so that requests always find a descriptor.
+    static constexpr std::size_t kMostStreams = 512;
+    static constexpr std::chrono::milliseconds kHeartbeat{15'000};
+
+    /// Who follows, and from where.
+    struct Follower {
+        std::string user;
+        std::string token;
+        std::optional<std::string> lastEventId;  ///< nothing: from now on
+    };
+
+    /// Something is sent at least each `heartbeat`.
+    EventStreams(ChangeFeed& changes, const Sessions& sessions,
+                 std::chrono::milliseconds heartbeat = kHeartbeat);
+    ~EventStreams();
+    EventStreams(const EventStreams&) = delete;
+    EventStreams& operator=(const EventStreams&) = delete;
+
+    /// A place for one stream, to be filled by Take; false when there is none left.
+    bool Reserve();
+
+    /// Takes over the socket, on which the answer's head has been sent.
+    void Take(int socket, const Follower& follower);
+
+private:
+    using Time = std::chrono::steady_clock::time_point;
+
+    struct Stream {
+        int socket;
+        Follower follower;
+        std::int64_t position;  ///< the number of the last change that is sent or in `outbox`
+        std::string outbox{};   ///< what the socket has not taken yet
+        bool behind = true;     ///< there may be changes after `position`
+        Time lastSent{};
+        bool over = false;
+    };
+
+    void Run();
+    void Wake() const;
+    bool TakeNewcomers(Time now);
+    void Serve(Stream& stream, Time now);
+    void AddChanges(Stream& stream) const;
+    [[nodiscard]] bool MayFollow(const Stream& stream) const;
+    void Greet(Stream& stream) const;
+
+    const ChangeFeed& changes_;
+    const Sessions& sessions_;
+    const std::chrono::milliseconds heartbeat_;
+    const int wakeUp_;  ///< an eventfd
+    std::atomic<std::size_t> reserved_ = 0;
+    std::list<Stream> streams_;  // the thread's
+
+    std::mutex mutex_;
+    std::vector<Stream> newcomers_;  // mutex_
+    bool stopping_ = false;          // mutex_
+    std::thread thread_;
+};
+
+}  // namespace quilloservice

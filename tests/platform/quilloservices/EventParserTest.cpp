@@ -1,0 +1,51 @@
+#include "quilloclient/EventParser.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "moxcore/config/Error.h"
+
+namespace {
+
+using quillo::Event;
+using quillo::EventParser;
+using testing::ElementsAre;
+
+/// The events in `stream` as "id/type/data", fed in pieces of `size` bytes.
+std::vector<std::string> Parse(std::string const& stream, std::size_t size) {
+    std::vector<std::string> events;
+    EventParser parser([&](Event const& event) {
+        events.push_back(event.id + "/" + event.type + "/" + event.data);
+    });
+    for (std::size_t at = 0; at < stream.size(); at += size)
+        parser.Feed(std::string_view(stream).substr(at, size));
+    return events;
+}
+
+TEST(EventParserTest, ReadsEventsInWhateverPiecesTheyCome) {
+    std::string const stream =
+        ": a comment\n"
+        "id: 1\nevent: ready\ndata: {}\n\n"
+        "data:first\ndata: second\ndata:  third\n\n"  // no type; the ID stays
+        "event: nothing\n\n"                          // without data: none
+        "id: 2\r\nevent: changed\r\nretry: 5\r\ndata\r\ndata: x\r\n\r\n"
+        "data: last\r\r"
+        "data: never ended";
+    for (std::size_t size = 1; size <= stream.size(); ++size)
+        EXPECT_THAT(Parse(stream, size),
+                    ElementsAre("1/ready/{}", "1//first\nsecond\n third", "2/changed/x", "2//last"))
+            << size;
+}
+
+TEST(EventParserTest, RefusesWhatHasNoEnd) {
+    std::string const line(100'000, 'x');
+    EXPECT_THROW(Parse(line, 1000), moxcore::config::ResultException);
+    std::string event;
+    while (event.size() < 100'000)
+        event += "data: " + std::string(1000, 'x') + "\n";
+    EXPECT_THROW(Parse(event, 1000), moxcore::config::ResultException);
+}
+
+}  // namespace
