@@ -29,7 +29,7 @@ PopupSectionHeaderViewImpl::PopupSectionHeaderViewImpl(UTF16String const& text,
     SetSpacing(3);
     icon->SetImageSupplyFunction(iconHandler);
     label->SetText(text);
-    for (boost::intrusive_ptr<moxui::ui::UI_SubView> const child :
+    for (boost::intrusive_ptr<moxui::ui::UI_SubView> const& child :
          {boost::intrusive_ptr<moxui::ui::UI_SubView>(icon),
           boost::intrusive_ptr<moxui::ui::UI_SubView>(label)}) {
         child->UI_Show(true);

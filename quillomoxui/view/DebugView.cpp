@@ -54,7 +54,7 @@ DebugView::DebugView(std::shared_ptr<ShareForReviewViewModel> const& viewModel)
             .BindValueChanged(WeakBindMemberFunction(userName.get(), &UI_StaticText::SetText)));
     userName->SetText(AsciiToUTF16("--empty--"));
 
-    for (boost::intrusive_ptr<UI_SubView> const child :
+    for (boost::intrusive_ptr<UI_SubView> const& child :
          std::initializer_list<boost::intrusive_ptr<UI_SubView>>{
              title, shareButton, loginButton, logoutButton, traceButton, userNameCaption,
              userName})

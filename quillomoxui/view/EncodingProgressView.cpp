@@ -64,7 +64,7 @@ EncodingProgressView::EncodingProgressView(
                       .BindValueChanged(WeakBindMemberFunction(
                           this, &EncodingProgressView::OnReviewLinkChanged)));
 
-    for (boost::intrusive_ptr<UI_SubView> const child :
+    for (boost::intrusive_ptr<UI_SubView> const& child :
          std::initializer_list<boost::intrusive_ptr<UI_SubView>>{
              title, linkCaption, linkBox, status, progressBar, cancelButton})
         AddShown(*this, child);
