@@ -35,10 +35,10 @@ public:
         : FetchChildrenQueue(kLimit, std::chrono::duration_cast<std::chrono::seconds>(kWindow)) {}
 
     moxcore::async::Future<void> RequestChildren(quillocommon::Guid const&,
-                                                 Continuation const& continuation) const override {
+                                                 Continuation continuation) const override {
         CheckWindow();
         moxcore::async::Promise<std::shared_ptr<quillosdk::GetChildAssetsResponse>> promise;
-        auto sent = promise.GetFuture().Then(continuation);
+        auto sent = promise.GetFuture().Then(std::move(continuation));
         unanswered.push_back(std::move(promise));
         return sent;
     }

@@ -8,6 +8,7 @@
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "quilloauth/AuthManager.h"
 #include "quillocommon/ServiceAddress.h"
 #include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
@@ -80,7 +81,10 @@ Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& displa
     viewModel = std::make_shared<quillomoxui::ShareForReviewViewModel>();
 }
 
-Session::~Session() = default;
+Session::~Session() {
+    // A service of the host's own ends with the session, and must hear of a sign-out before that.
+    if (embedded) quilloauth::jwt::AwaitSignOuts();
+}
 
 void Session::UseEmbeddedService(Options const& options) {
     serviceLock = loop.Await(locks.Take("service", [this] {

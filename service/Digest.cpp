@@ -1,6 +1,8 @@
 #include "service/Digest.h"
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
+#include <openssl/hmac.h>
 #include <openssl/rand.h>
 #include <xxhash.h>
 
@@ -75,6 +77,19 @@ std::string Sha256(std::string_view bytes) {
     Digest digest;
     digest.Update(bytes);
     return digest.Value();
+}
+
+std::string HmacSha256(std::string_view key, std::string_view text) {
+    unsigned char value[EVP_MAX_MD_SIZE];
+    unsigned int size = 0;
+    Check(HMAC(EVP_sha256(), key.data(), static_cast<int>(key.size()),
+               reinterpret_cast<const unsigned char*>(text.data()), text.size(), value,
+               &size) != nullptr);
+    return {reinterpret_cast<const char*>(value), size};
+}
+
+bool IsSameSecret(std::string_view one, std::string_view other) {
+    return one.size() == other.size() && CRYPTO_memcmp(one.data(), other.data(), one.size()) == 0;
 }
 
 std::string RandomBytes(std::size_t count) {

@@ -42,6 +42,12 @@ private:
 /// SHA-256 of `bytes`, raw.
 std::string Sha256(std::string_view bytes);
 
+/// HMAC-SHA-256 of `text`, raw.
+std::string HmacSha256(std::string_view key, std::string_view text);
+
+/// Whether two secrets are equal; how long that takes does not tell where they differ.
+bool IsSameSecret(std::string_view one, std::string_view other);
+
 /// `count` bytes from the system's secure random source.
 std::string RandomBytes(std::size_t count);
 

@@ -2,11 +2,13 @@
 
 #include <string>
 
+#include "service/Clock.h"
 #include "service/Options.h"
 
 namespace quilloservice {
 
 class Api;
+class AuthorizationCodes;
 class DataDirectory;
 class EventStreams;
 class Places;
@@ -17,7 +19,9 @@ class Uploads;
 
 // Each adds the routes of one section of docs/service-api.md. What is passed outlives `api`.
 
-void AddSignInRoutes(Api& api, Sessions& sessions, bool trustLocalUser);
+void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes, bool trustLocalUser);
+void AddAuthorizeRoutes(Api& api, const Store& store, AuthorizationCodes& codes,
+                        const Clock& clock);
 void AddLocationRoutes(Api& api, const Store& store);
 void AddPlaceRoutes(Api& api, Places& places);
 void AddEventRoutes(Api& api, EventStreams& streams);

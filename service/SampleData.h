@@ -12,6 +12,9 @@ enum class SampleSize { None, Small, Large };
 /// The user whom a service that trusts the local user signs in.
 std::string SampleUserId();
 
+/// With what every sample user signs in in the browser.
+inline constexpr const char* kSamplePassword = "review";
+
 /// Fills an empty store, in one transaction; does nothing to one that has a user. The same IDs and
 /// names every time.
 void MakeSampleData(Store& store, SampleSize size);

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "service/Api.h"
+#include "service/AuthorizationCodes.h"
 #include "service/ChangeFeed.h"
 #include "service/Clock.h"
 #include "service/DataDirectory.h"
@@ -50,6 +51,7 @@ struct Service::Parts {
         : directory(options.dataDirectory),
           store(directory.StorePath()),
           sessions(store, SystemTime),
+          codes(sessions, SystemTime),
           changes(store),
           places(store, changes),
           uploads(directory, store, changes, SystemTime),
@@ -60,7 +62,8 @@ struct Service::Parts {
         uploads.Recover();
         port = Listen(server, directory, options);
         address = AddressOf(options.host, port);
-        AddSignInRoutes(api, sessions, options.trustLocalUser);
+        AddSignInRoutes(api, sessions, codes, options.trustLocalUser);
+        AddAuthorizeRoutes(api, store, codes, SystemTime);
         AddLocationRoutes(api, store);
         AddPlaceRoutes(api, places);
         AddEventRoutes(api, events);
@@ -73,6 +76,7 @@ struct Service::Parts {
     DataDirectory directory;
     Store store;
     Sessions sessions;
+    AuthorizationCodes codes;
     ChangeFeed changes;
     Places places;
     Uploads uploads;

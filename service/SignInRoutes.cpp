@@ -4,8 +4,10 @@
 
 #include "service/Api.h"
 #include "service/ApiError.h"
+#include "service/AuthorizationCodes.h"
 #include "service/Call.h"
 #include "service/LocalCaller.h"
+#include "service/OAuthFields.h"
 #include "service/Routes.h"
 #include "service/SampleData.h"
 #include "service/Sessions.h"
@@ -16,39 +18,19 @@ using nlohmann::json;
 
 namespace {
 
-/// An answer of RFC 6749's form.
-struct OAuthError {
-    std::string error;
-    std::string description;
-};
-
-class Form {
-public:
-    explicit Form(Call& call) {
-        if (!call.Header("Content-Type")
-                 .value_or("")
-                 .starts_with("application/x-www-form-urlencoded")) {
-            throw OAuthError{"invalid_request", "The body has to be a form."};
+TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes, bool trustLocalUser) {
+    OAuthFields form = OAuthFields::InBody(call);
+    const std::string& client = form.Require("client_id");
+    const std::string& grant = form.Require("grant_type");
+    if (grant == "authorization_code") {
+        auto pair = codes.Redeem(form.Require("code"), {client, form.Require("redirect_uri"),
+                                                        form.Require("code_verifier")});
+        if (!pair) {
+            throw OAuthError{"invalid_grant",
+                             "The code is not valid any more, or was issued for something else."};
         }
-        httplib::detail::parse_query_text(call.ReadSmallBody(), fields_);
+        return *pair;
     }
-
-    [[nodiscard]] const std::string& Field(const std::string& name) const {
-        auto [first, last] = fields_.equal_range(name);
-        if (first == last || first->second.empty() || std::next(first) != last) {
-            throw OAuthError{"invalid_request", name + " has to be given once."};
-        }
-        return first->second;
-    }
-
-private:
-    httplib::Params fields_;
-};
-
-TokenPair Grant(Call& call, Sessions& sessions, bool trustLocalUser) {
-    Form form(call);
-    const std::string& client = form.Field("client_id");
-    const std::string& grant = form.Field("grant_type");
     if (grant == "urn:quillo:grant-type:local-user") {
         if (!trustLocalUser || !IsLocalProgram(call)) {
             throw OAuthError{"unauthorized_client",
@@ -58,7 +40,7 @@ TokenPair Grant(Call& call, Sessions& sessions, bool trustLocalUser) {
         return sessions.SignIn(SampleUserId(), client);
     }
     if (grant == "refresh_token") {
-        auto pair = sessions.Refresh(form.Field("refresh_token"), client);
+        auto pair = sessions.Refresh(form.Require("refresh_token"), client);
         if (!pair) throw OAuthError{"invalid_grant", "The refresh token is not valid any more."};
         return *pair;
     }
@@ -80,10 +62,10 @@ void InOAuthForm(Call& call, const std::function<void()>& answer) {
 
 }  // namespace
 
-void AddSignInRoutes(Api& api, Sessions& sessions, bool trustLocalUser) {
-    api.Add({"POST", "/oauth/token", [&sessions, trustLocalUser](Call& call) {
+void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes, bool trustLocalUser) {
+    api.Add({"POST", "/oauth/token", [&sessions, &codes, trustLocalUser](Call& call) {
                  InOAuthForm(call, [&] {
-                     TokenPair pair = Grant(call, sessions, trustLocalUser);
+                     TokenPair pair = Grant(call, sessions, codes, trustLocalUser);
                      call.Answer(200, {{"access_token", pair.access},
                                        {"token_type", "Bearer"},
                                        {"expires_in", Sessions::kAccessSeconds},
@@ -92,7 +74,7 @@ void AddSignInRoutes(Api& api, Sessions& sessions, bool trustLocalUser) {
              }});
     api.Add({"POST", "/oauth/revoke", [&sessions](Call& call) {
                  InOAuthForm(call, [&] {
-                     sessions.Revoke(Form(call).Field("token"));
+                     sessions.Revoke(OAuthFields::InBody(call).Require("token"));
                      call.Answer(200, json::object());
                  });
              }});

@@ -8,6 +8,7 @@
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "quilloauth/AuthSession.h"
+#include "quilloauth/TokenRequests.h"
 #include "quillosdk/QuilloClient.h"
 
 namespace quilloauth::jwt {
@@ -86,6 +87,10 @@ Response Login(std::string const& /*userID*/) {
 Response Logout() {
     auto const session = TheCurrent().Get();
     return session ? session->Logout() : Response();
+}
+
+void AwaitSignOuts() {
+    AwaitRevocations();
 }
 
 }  // namespace quilloauth::jwt

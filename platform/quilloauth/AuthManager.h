@@ -43,4 +43,8 @@ QUILLOSERVICES_API quillocommon::Response Login(std::string const& userID);
 /// can be reached. Does not wait for it. Fails only when the tokens' file cannot be removed.
 QUILLOSERVICES_API quillocommon::Response Logout();
 
+/// Sleeps until the service has been told of the sign-outs under way, two seconds at most. The end
+/// of the process does so by itself; only a host that takes the service down before that calls it.
+QUILLOSERVICES_API void AwaitSignOuts();
+
 }  // namespace quilloauth::jwt

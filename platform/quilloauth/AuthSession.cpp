@@ -88,14 +88,13 @@ void AuthSession::HandOut(std::shared_ptr<TokenPromise> const& promise) {
 
 void AuthSession::Renew(std::string const& address, Tokens const& old) {
     Renewal const renewal{address, old, CurrentSession()};
-    static_cast<void>(RequestRefresh(clientID, old.refresh)
-                          .Then([weak = weak_from_this(), renewal](Future<Grant> const& granted) {
-                              auto const self = weak.lock();
-                              if (!self) return;
-                              self->worker.Post([session = self.get(), renewal, granted] {
-                                  session->OnRenewed(renewal, granted);
-                              });
-                          }));
+    RequestRefresh(clientID, old.refresh)
+        .OnComplete([weak = weak_from_this(), renewal](Future<Grant> const& granted) {
+            auto const self = weak.lock();
+            if (!self) return;
+            self->worker.Post(
+                [session = self.get(), renewal, granted] { session->OnRenewed(renewal, granted); });
+        });
 }
 
 void AuthSession::OnRenewed(Renewal const& renewal, Future<Grant> const& granted) {

@@ -1,6 +1,8 @@
 #include "quilloauth/TokenRequests.h"
 
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -18,23 +20,29 @@ using quillosdk::HttpRequest;
 /// Someone waits for a sign-in.
 constexpr quillosdk::RetryLimits kLimits{.attempts = 5, .patience = std::chrono::seconds(30)};
 
+/// How long whoever closes waits for a service that does not answer.
+constexpr std::chrono::seconds kPatienceAtEnd{2};
+
 using Form = std::vector<std::pair<std::string, std::string>>;
 
-Answer PostForm(char const* path, Form const& fields) {
-    auto const address = quillocommon::GetServiceAddress();
-    if (address.empty())
+Answer Send(HttpRequest const& request) {
+    return quillosdk::Transport::Get()->Send(request);
+}
+
+Answer PostForm(char const* path, Form const& fields, Answer (*send)(HttpRequest const&) = Send) {
+    auto url = quillocommon::UrlAtService(path);
+    if (url.empty())
         return Answer::CreateFailed(quillosdk::kBadRequest,
                                     "no service address is set (QUILLO_SERVICE_URL)", nullptr);
     std::string body;
     for (auto const& [name, value] : fields)
         body += (body.empty() ? "" : "&") + name + "=" + quillocommon::PercentEncode(value);
     HttpRequest const request{.method = "POST",
-                              .url = address + path,
+                              .url = std::move(url),
                               .headers = {{"Content-Type", "application/x-www-form-urlencoded"}},
                               .body = std::make_shared<std::string const>(std::move(body))};
-    return quillosdk::SendWithRetries(
-        [request] { return quillosdk::Transport::Get()->Send(request); },
-        std::make_shared<quillosdk::RetryPolicy>(kLimits));
+    return quillosdk::SendWithRetries([request, send] { return send(request); },
+                                      std::make_shared<quillosdk::RetryPolicy>(kLimits));
 }
 
 moxcore::async::Future<Grant> RequestGrant(Form const& fields) {
@@ -47,6 +55,51 @@ moxcore::async::Future<Grant> RequestGrant(Form const& fields) {
         return Tokens{std::move(granted.accessToken), std::move(granted.refreshToken),
                       moxcore::threads::Now() + std::chrono::seconds(granted.expiresInSeconds)};
     });
+}
+
+/// The revocations that are on their way: not those that wait to be repeated, so that a service
+/// that is down holds nobody up.
+class RevocationsUnderWay {
+public:
+    void Add(Answer const& answer) {
+        {
+            std::lock_guard lock(mutex);
+            ++count;
+        }
+        answer.OnComplete([this](Answer const&) {
+            std::lock_guard lock(mutex);
+            if (--count == 0) none.notify_all();
+        });
+    }
+
+    void Await() {
+        std::unique_lock lock(mutex);
+        none.wait_for(lock, kPatienceAtEnd, [this] { return count == 0; });
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable none;
+    int count = 0;  // guarded by mutex
+};
+
+/// Never destroyed: answers may still come while the process ends, which waits for them.
+RevocationsUnderWay& TheRevocations() {
+    struct AwaitAtExit {
+        RevocationsUnderWay& revocations;
+        ~AwaitAtExit() { revocations.Await(); }
+    };
+    static auto& revocations = *new RevocationsUnderWay;
+    // What is made first ends last: the transport must still run while its answers are waited for.
+    static_cast<void>(quillosdk::Transport::Get());
+    static AwaitAtExit const awaitAtExit{revocations};
+    return revocations;
+}
+
+Answer SendRevocation(HttpRequest const& request) {
+    auto answer = Send(request);
+    TheRevocations().Add(answer);
+    return answer;
 }
 
 }  // namespace
@@ -64,7 +117,11 @@ moxcore::async::Future<Grant> RequestRefresh(std::string const& clientID,
 }
 
 void RequestRevocation(std::string const& refreshToken) {
-    static_cast<void>(PostForm("/oauth/revoke", {{"token", refreshToken}}));
+    static_cast<void>(PostForm("/oauth/revoke", {{"token", refreshToken}}, SendRevocation));
+}
+
+void AwaitRevocations() {
+    TheRevocations().Await();
 }
 
 quillosdk::Task SignInTask() {

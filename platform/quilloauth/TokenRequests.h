@@ -28,8 +28,12 @@ using Grant = std::variant<Tokens, GrantRefused>;
 [[nodiscard]] moxcore::async::Future<Grant> RequestRefresh(std::string const& clientID,
                                                            std::string const& refreshToken);
 
-/// Ends the session of `refreshToken` at the service, as far as that can be reached.
+/// Ends the session of `refreshToken` at the service, as far as that can be reached. The end of the
+/// process waits for what is on its way then; see AwaitRevocations.
 void RequestRevocation(std::string const& refreshToken);
+
+/// Sleeps until the revocations that are on their way have been answered, two seconds at most.
+void AwaitRevocations();
 
 /// What the grants are asked for, in messages.
 [[nodiscard]] quillosdk::Task SignInTask();

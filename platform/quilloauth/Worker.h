@@ -26,7 +26,7 @@ public:
     template <class T>
     [[nodiscard]] bool WaitFor(moxcore::async::Future<T> const& future) {
         auto const done = std::make_shared<Gate>();
-        static_cast<void>(future.Then([done](moxcore::async::Future<T> const&) { done->Open(); }));
+        future.OnComplete([done](moxcore::async::Future<T> const&) { done->Open(); });
         return done->Wait(stopping.get_token());
     }
 

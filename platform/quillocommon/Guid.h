@@ -20,6 +20,8 @@ public:
     [[nodiscard]] static Guid CreateUnique();
 
     /// The lower-case 8-4-4-4-12 form.
+    using Text = moxcore::utility::Guid::Text;
+    [[nodiscard]] Text AsText() const { return bytes.AsText(); }
     [[nodiscard]] std::string AsString() const { return bytes.AsStdString(); }
 
     [[nodiscard]] bool IsNull() const { return bytes.IsNull(); }

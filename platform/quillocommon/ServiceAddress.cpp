@@ -30,6 +30,14 @@ public:
         return address;
     }
 
+    [[nodiscard]] std::string Followed(std::string_view path) const {
+        std::lock_guard lock(mutex);
+        if (address.empty()) return {};
+        std::string url;
+        url.reserve(address.size() + path.size());
+        return url.append(address).append(path);
+    }
+
     bool Set(std::string const& url) {
         auto const wanted = AddressIn(url);
         if (!wanted) return false;
@@ -53,6 +61,10 @@ Address& TheAddress() {
 
 std::string GetServiceAddress() {
     return TheAddress().Get();
+}
+
+std::string UrlAtService(std::string_view path) {
+    return TheAddress().Followed(path);
 }
 
 bool SetServiceAddress(std::string const& url) {

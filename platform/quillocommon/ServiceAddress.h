@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "quillocommon/Export.h"
 
@@ -15,5 +16,8 @@ namespace quillocommon {
 /// Takes `url` for every request made from now on, less any "/" at its end. False, and nothing
 /// changes, when it is no http or https URL or holds a user, a path or a query.
 QUILLOSERVICES_API bool SetServiceAddress(std::string const& url);
+
+/// The address followed by `path`, in one piece; empty without an address.
+[[nodiscard]] std::string UrlAtService(std::string_view path);
 
 }  // namespace quillocommon

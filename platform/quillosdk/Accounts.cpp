@@ -12,15 +12,15 @@ Accounts::Accounts(std::shared_ptr<Session> session) : session(std::move(session
 
 moxcore::async::Future<std::shared_ptr<GetCurrentUserResponse>> Accounts::GetCurrentUser(
     GetCurrentUserRequest const&) {
-    return Deliver<GetCurrentUserResponse>(
-        session->SendWithRetries({.method = "GET", .url = "/v1/me"}),
+    return FetchWithRetries<GetCurrentUserResponse>(
+        *session, {.method = "GET", .url = "/v1/me"},
         {quillocommon::Step::ReadUser, "read who is signed in"}, &ReadUser);
 }
 
 moxcore::async::Future<std::shared_ptr<GetCurrentUserAccountListResponse>>
 Accounts::GetCurrentUserAccountList(GetCurrentUserAccountListRequest const&) {
-    return Deliver<GetCurrentUserAccountListResponse>(
-        session->SendWithRetries({.method = "GET", .url = "/v1/accounts"}),
+    return FetchWithRetries<GetCurrentUserAccountListResponse>(
+        *session, {.method = "GET", .url = "/v1/accounts"},
         {quillocommon::Step::ReadLocations, "read the accounts"}, &ReadAccounts);
 }
 

@@ -30,18 +30,24 @@ bool HasControlCharacter(std::string_view text) {
                        [](unsigned char c) { return (c < 0x20 && c != '\t') || c == 0x7F; });
 }
 
+void Check(HeaderFields const& headers) {
+    for (auto const& [name, value] : headers) {
+        if (HasControlCharacter(name) || HasControlCharacter(value))
+            throw moxcore::config::ResultException(
+                kBadRequest, "the header " + name + " holds a control character");
+    }
+}
+
 }  // namespace
 
 CurlExchange::CurlExchange(HttpRequest newRequest)
     : easy(curl_easy_init()), request(std::move(newRequest)) {
-    using moxcore::config::ResultException;
     if (!easy) throw std::bad_alloc();
     auto const url = quillocommon::ParseUrl(request.url);
-    if (!url) throw ResultException(kBadRequest, "the address is no http or https URL");
-    for (auto const& [name, value] : request.headers) {
-        if (HasControlCharacter(name) || HasControlCharacter(value))
-            throw ResultException(kBadRequest, "the header " + name + " holds a control character");
-    }
+    if (!url)
+        throw moxcore::config::ResultException(kBadRequest, "the address is no http or https URL");
+    if (request.commonHeaders) Check(*request.commonHeaders);
+    Check(request.headers);
     SetUpConnection(url->IsLoopback());
     SetUpRequest();
 }
@@ -91,12 +97,17 @@ void CurlExchange::SetUpRequest() {
                          [](auto const& h) { return UpperCase(h.first) == "CONTENT-TYPE"; }))
             AddHeader("Content-Type:");  // none, rather than curl's guess
     }
-    for (auto const& [name, value] : request.headers) {
+    if (request.commonHeaders) AddHeaders(*request.commonHeaders);
+    AddHeaders(request.headers);
+    curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
+}
+
+void CurlExchange::AddHeaders(HeaderFields const& fields) {
+    for (auto const& [name, value] : fields) {
         std::string line = name;
         line.append(value.empty() ? ";" : ": ").append(value);
         AddHeader(line);
     }
-    curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
 }
 
 void CurlExchange::AddHeader(std::string const& line) {

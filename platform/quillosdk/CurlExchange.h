@@ -40,6 +40,7 @@ private:
 
     void SetUpConnection(bool loopback);
     void SetUpRequest();
+    void AddHeaders(HeaderFields const& fields);
     void AddHeader(std::string const& line);
     [[nodiscard]] bool HasSucceeded() const;
     void ReadHeaderLine(std::string_view line);

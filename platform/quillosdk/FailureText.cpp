@@ -43,7 +43,7 @@ char const* AdviceForResult(moxcore::config::Result result) {
 }
 
 std::string Beginning(Task const& task) {
-    return "Could not " + task.description + ": ";
+    return std::string("Could not ").append(task.description).append(": ");
 }
 
 }  // namespace

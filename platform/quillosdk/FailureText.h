@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <string>
+#include <string_view>
 
 #include "quillocommon/Failures.h"
 #include "quillosdk/Transport.h"
@@ -14,7 +15,9 @@ namespace quillosdk {
 /// What was to be done, for messages and for whoever listens to failures.
 struct Task {
     quillocommon::Step step;
-    std::string description;     ///< completes "Could not ...": "read the projects of a workspace"
+    std::string_view
+        description;             ///< completes "Could not ...": "read the projects of a workspace".
+                                 ///< Of a text that lasts as long as any copy of this.
     bool pacedByCaller = false;  ///< too many requests are no failure: the caller tries again
 };
 

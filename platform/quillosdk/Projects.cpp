@@ -4,6 +4,7 @@
 
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/Deliver.h"
+#include "quillosdk/PathTo.h"
 #include "quillosdk/Session.h"
 
 namespace quillosdk {
@@ -12,9 +13,9 @@ Projects::Projects(std::shared_ptr<Session> session) : session(std::move(session
 
 moxcore::async::Future<std::shared_ptr<GetProjectsByWorkspaceResponse>>
 Projects::GetProjectsByWorkspace(GetProjectsByWorkspaceRequest const& request) {
-    return Deliver<GetProjectsByWorkspaceResponse>(
-        session->Send({.method = "GET",
-                       .url = "/v1/workspaces/" + request.workspaceID.AsString() + "/projects"}),
+    return Fetch<GetProjectsByWorkspaceResponse>(
+        *session,
+        {.method = "GET", .url = PathTo("/v1/workspaces/", request.workspaceID, "/projects")},
         {quillocommon::Step::ReadLocations, "read the projects of a workspace", true},
         &ReadProjects);
 }

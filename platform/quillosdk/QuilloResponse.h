@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -9,7 +10,7 @@
 namespace quillosdk {
 
 /// Names, in upper case, and values of an answer's headers.
-using Headers = std::map<std::string, std::string>;
+using Headers = std::map<std::string, std::string, std::less<>>;
 
 /// The service's answer to a request, whatever its status. Read-only once delivered; any thread.
 class QUILLOSERVICES_API QuilloResponse {

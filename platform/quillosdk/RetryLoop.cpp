@@ -16,8 +16,8 @@ public:
     [[nodiscard]] Answer GetFuture() const { return promise.GetFuture(); }
 
     void Attempt() {
-        static_cast<void>(send().Then(
-            [self = shared_from_this()](Answer const& answer) { self->OnAnswer(answer); }));
+        send().OnComplete(
+            [self = shared_from_this()](Answer const& answer) { self->OnAnswer(answer); });
     }
 
 private:

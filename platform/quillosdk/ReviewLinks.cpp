@@ -9,6 +9,7 @@
 #include "moxcore/string/Conversions.h"
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/Deliver.h"
+#include "quillosdk/PathTo.h"
 #include "quillosdk/RetryPolicy.h"
 #include "quillosdk/Session.h"
 
@@ -68,7 +69,7 @@ moxcore::async::Future<std::shared_ptr<CreateReviewLinkResponse>> ReviewLinks::C
     post.headers.emplace_back("Idempotency-Key", key);
     Task task{quillocommon::Step::CreateReviewLink, "create a review link"};
     auto created =
-        Deliver<CreateReviewLinkResponse>(session->SendWithRetries(post), task, &ReadReviewLink);
+        FetchWithRetries<CreateReviewLinkResponse>(*session, post, task, &ReadReviewLink);
     return created.Then([open = openCreations, what = std::move(what), key,
                          task](auto const& future) {
         if (IsUndecided(future)) open->Keep(what, key);
@@ -88,9 +89,9 @@ ReviewLinks::AddAssetsToReviewLink(AddAssetsToReviewLinkRequest const& request) 
     auto assetIDs = nlohmann::json::array();
     for (auto const& id : request.assetIDs)
         assetIDs.push_back(id.AsString());
-    auto const answer = session->SendWithRetries(
-        PostJson("/v1/review-links/" + request.linkID.AsString() + "/assets",
-                 {{"asset_ids", std::move(assetIDs)}}));
+    auto const answer =
+        session->SendWithRetries(PostJson(PathTo("/v1/review-links/", request.linkID, "/assets"),
+                                          {{"asset_ids", std::move(assetIDs)}}));
 
     return answer.Then([](Answer const& arrived) {
         Task const task{quillocommon::Step::AddToReviewLink, "add the movie to the review link"};

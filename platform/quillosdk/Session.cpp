@@ -40,10 +40,11 @@ RejectedHandler& TheRejectedHandler() {
     return handler;
 }
 
-/// Takes `token` out of an error's text: a service that repeats what it was sent must not carry it
-/// into what is shown and traced.
-void Redact(std::string& text, std::string const& token) {
-    if (token.empty()) return;
+/// Takes `token` out of the text of an error: a service that repeats what it was sent must not
+/// carry it into what is shown and traced.
+void Redact(Answer const& answer, std::string const& token) {
+    if (token.empty() || answer.GetException() || answer.Peek()->status < 400) return;
+    auto& text = answer.Peek()->body;
     for (auto at = text.find(token); at != std::string::npos; at = text.find(token, at))
         text.replace(at, token.size(), "...");
 }
@@ -52,7 +53,8 @@ void Redact(std::string& text, std::string const& token) {
 
 Session::Session(std::string const& clientID, TokenRefresher refresher)
     : userAgent("quillosdk (" + quillocommon::PercentEncode(clientID) + ")"),
-      refresher(std::move(refresher)) {}
+      refresher(std::move(refresher)),
+      identity(MakeIdentity({})) {}
 
 quillocommon::Response Session::UpdateAccessToken(std::string const& newToken) {
     bool const usable =
@@ -63,11 +65,10 @@ quillocommon::Response Session::UpdateAccessToken(std::string const& newToken) {
     std::vector<std::shared_ptr<TokenPromise>> served;
     {
         std::lock_guard lock(mutex);
-        token = newToken;
-        std::erase_if(waiters, [&](auto const& entry) {
-            auto const& [waiter, rejected] = entry;
-            if (rejected == newToken) return false;
-            served.push_back(waiter.lock());
+        identity = MakeIdentity(newToken);
+        std::erase_if(waiters, [&](Waiter const& waiter) {
+            if (waiter.rejected == newToken) return false;
+            served.push_back(waiter.promise.lock());
             return true;
         });
     }
@@ -81,27 +82,48 @@ void Session::SetTokenRejectedHandler(std::function<void(std::string const& toke
     TheRejectedHandler().Set(std::move(handler));
 }
 
+std::shared_ptr<Session::Identity const> Session::MakeIdentity(std::string const& token) const {
+    Identity made{token, {{"User-Agent", userAgent}}};
+    if (!token.empty()) made.headers.emplace_back("Authorization", "Bearer " + token);
+    return std::make_shared<Identity const>(std::move(made));
+}
+
+std::shared_ptr<Session::Identity const> Session::CurrentIdentity() {
+    std::lock_guard lock(mutex);
+    return identity;
+}
+
+void Session::Send(HttpRequest request, OnAnswer onAnswer) {
+    auto const sentAs = CurrentIdentity();
+    auto const sent = SendAs(sentAs, request);
+    sent.OnComplete([self = shared_from_this(), sentAs, request = std::move(request),
+                     onAnswer = std::move(onAnswer)](Answer const& answer) mutable {
+        Redact(answer, sentAs->token);
+        bool const rejected = !answer.GetException() && answer.Peek()->status == kUnauthorized;
+        if (!rejected) return onAnswer(answer);
+        self->AwaitOtherToken(sentAs->token)
+            .OnComplete(
+                [self, answer, request = std::move(request), onAnswer = std::move(onAnswer)](
+                    moxcore::async::Future<std::string> const& other) mutable {
+                    if (other.GetException()) return onAnswer(answer);
+                    auto const identity = self->MakeIdentity(other.Peek());
+                    SendAs(identity, request)
+                        .OnComplete([identity,
+                                     onAnswer = std::move(onAnswer)](Answer const& second) mutable {
+                            Redact(second, identity->token);
+                            onAnswer(second);
+                        });
+                });
+    });
+}
+
 Answer Session::Send(HttpRequest request) {
-    std::string sentToken;
-    {
-        std::lock_guard lock(mutex);
-        sentToken = token;
-    }
-    auto const promise = std::make_shared<AnswerPromise>();
-    auto const deliver = [promise](Answer const& answer) { Forward(answer, *promise); };
-    auto sent = SendWithToken(request, sentToken);
-    auto onFirst = [self = shared_from_this(), deliver, sentToken,
-                    request = std::move(request)](Answer const& answer) {
-        if (answer.GetException() || answer.Get()->status != kUnauthorized) return deliver(answer);
-        auto onToken = [self, deliver, answer,
-                        request](moxcore::async::Future<std::string> const& other) {
-            if (other.GetException()) return deliver(answer);
-            static_cast<void>(self->SendWithToken(request, other.Get()).Then(deliver));
-        };
-        static_cast<void>(self->AwaitOtherToken(sentToken).Then(std::move(onToken)));
-    };
-    static_cast<void>(sent.Then(std::move(onFirst)));
-    return promise->GetFuture();
+    AnswerPromise promise;
+    auto future = promise.GetFuture();
+    Send(std::move(request), [promise = std::move(promise)](Answer const& answer) mutable {
+        Forward(answer, promise);
+    });
+    return future;
 }
 
 Answer Session::SendWithRetries(HttpRequest const& request, std::shared_ptr<RetryPolicy> policy) {
@@ -109,19 +131,20 @@ Answer Session::SendWithRetries(HttpRequest const& request, std::shared_ptr<Retr
         [self = shared_from_this(), request] { return self->Send(request); }, std::move(policy));
 }
 
-Answer Session::SendWithToken(HttpRequest request, std::string const& sentToken) {
-    auto const address = quillocommon::GetServiceAddress();
-    if (address.empty())
+Answer Session::SendAs(std::shared_ptr<Identity const> const& identity,
+                       HttpRequest const& request) {
+    auto url = quillocommon::UrlAtService(request.url);
+    if (url.empty())
         return Answer::CreateFailed(kBadRequest, "no service address is set (QUILLO_SERVICE_URL)",
                                     nullptr);
-    request.url.insert(0, address);
-    request.headers.emplace_back("User-Agent", userAgent);
-    if (!sentToken.empty()) request.headers.emplace_back("Authorization", "Bearer " + sentToken);
-    return Transport::Get()->Send(std::move(request)).Then([sentToken](Answer const& answer) {
-        auto response = answer.Get();
-        if (response->status >= 400) Redact(response->body, sentToken);
-        return response;
-    });
+    return Transport::Get()->Send({.method = request.method,
+                                   .url = std::move(url),
+                                   .headers = request.headers,
+                                   .commonHeaders = {identity, &identity->headers},
+                                   .body = request.body,
+                                   .onBytesSent = request.onBytesSent,
+                                   .maxAnswerBytes = request.maxAnswerBytes,
+                                   .stallTimeout = request.stallTimeout});
 }
 
 moxcore::async::Future<std::string> Session::AwaitOtherToken(std::string const& rejected) {
@@ -130,14 +153,14 @@ moxcore::async::Future<std::string> Session::AwaitOtherToken(std::string const& 
     bool alreadyAsked = false;
     {
         std::lock_guard lock(mutex);
-        if (token != rejected) {
-            waiter->SetValue(token);
+        if (identity->token != rejected) {
+            waiter->SetValue(identity->token);
             return other;
         }
-        alreadyAsked = std::any_of(waiters.begin(), waiters.end(), [&](auto const& entry) {
-            return entry.second == rejected && !entry.first.expired();
+        alreadyAsked = std::any_of(waiters.begin(), waiters.end(), [&](Waiter const& each) {
+            return each.rejected == rejected && !each.promise.expired();
         });
-        waiters.emplace(waiter, rejected);
+        waiters.push_back({waiter, rejected});
     }
     moxcore::threads::GetIOBoundExecutor()->CallAsyncDelayed(
         [self = shared_from_this(), waiter] { self->StopWaiting(waiter); },
@@ -152,7 +175,9 @@ moxcore::async::Future<std::string> Session::AwaitOtherToken(std::string const& 
 void Session::StopWaiting(std::shared_ptr<TokenPromise> const& waiter) {
     {
         std::lock_guard lock(mutex);
-        if (waiters.erase(waiter) == 0) return;  // it has been served
+        auto const erased = std::erase_if(
+            waiters, [&](Waiter const& each) { return each.promise.lock() == waiter; });
+        if (erased == 0) return;  // it has been served
     }
     waiter->Cancel();
 }

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
+#include "moxcore/utility/UniqueFunction.h"
 #include "quillocommon/Response.h"
 #include "quillosdk/RetryLoop.h"
 #include "quillosdk/Transport.h"
@@ -25,9 +26,15 @@ public:
     quillocommon::Response UpdateAccessToken(std::string const& newToken);
     static void SetTokenRejectedHandler(std::function<void(std::string const& token)> handler);
 
+    /// Called once, with what has come of a request: the continuation of a complete Answer.
+    using OnAnswer = moxcore::utility::UniqueFunction<void(Answer const&)>;
+
     /// Sends `request`, whose url is a path at the service, with the token. When the service
     /// rejects that, asks for another one and sends once more when it has come within ten seconds;
-    /// otherwise the rejection is the answer.
+    /// otherwise the rejection is the answer. `onAnswer` must not throw.
+    void Send(HttpRequest request, OnAnswer onAnswer);
+
+    /// The same, for who needs a future.
     [[nodiscard]] Answer Send(HttpRequest request);
 
     /// The same, repeated as `policy` says.
@@ -39,7 +46,23 @@ private:
     /// Kept by a request that waits for another token.
     using TokenPromise = moxcore::async::Promise<std::string>;
 
-    [[nodiscard]] Answer SendWithToken(HttpRequest request, std::string const& sentToken);
+    /// A request that waits. Its promise is its timer's: what continues it holds the session, which
+    /// must not hold it in turn.
+    struct Waiter {
+        std::weak_ptr<TokenPromise> promise;
+        std::string rejected;
+    };
+
+    /// Who asks, as every request tells it until the token changes.
+    struct Identity {
+        std::string token;
+        HeaderFields headers;
+    };
+
+    [[nodiscard]] std::shared_ptr<Identity const> MakeIdentity(std::string const& token) const;
+    [[nodiscard]] std::shared_ptr<Identity const> CurrentIdentity();
+    [[nodiscard]] static Answer SendAs(std::shared_ptr<Identity const> const& identity,
+                                       HttpRequest const& request);
     [[nodiscard]] moxcore::async::Future<std::string> AwaitOtherToken(std::string const& rejected);
     void StopWaiting(std::shared_ptr<TokenPromise> const& waiter);
 
@@ -47,10 +70,8 @@ private:
     TokenRefresher const refresher;
 
     std::mutex mutex;
-    std::string token;  // guarded by mutex
-    // Who waits, with the token that was rejected. Guarded by mutex. Each is owned by its timer:
-    // what continues it holds this session, which must not hold it in turn.
-    std::map<std::weak_ptr<TokenPromise>, std::string, std::owner_less<>> waiters;
+    std::shared_ptr<Identity const> identity;  // guarded by mutex
+    std::vector<Waiter> waiters;               // guarded by mutex; in the order of their coming
 };
 
 }  // namespace quillosdk

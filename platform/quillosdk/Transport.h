@@ -16,11 +16,15 @@
 
 namespace quillosdk {
 
+/// Names and values of a request's headers.
+using HeaderFields = std::vector<std::pair<std::string, std::string>>;
+
 /// One HTTP request. Its headers may hold a token: never print or trace a request.
 struct HttpRequest {
     std::string method;
     std::string url;
-    std::vector<std::pair<std::string, std::string>> headers;
+    HeaderFields headers;
+    std::shared_ptr<HeaderFields const> commonHeaders;   ///< sent before those; null: none
     std::shared_ptr<std::string const> body;             ///< null: none
     std::function<void(std::uint64_t)> onBytesSent;      ///< body bytes sent so far; may be empty.
                                                          ///< What it throws fails the request.

@@ -83,7 +83,7 @@ std::string PathIn(HttpResponse const& response) {
 TusUpload::TusUpload(std::shared_ptr<Session> session, UploadRequest newRequest, std::string key)
     : session(std::move(session)),
       request(std::move(newRequest)),
-      task{quillocommon::Step::Upload, "upload " + Sanitise(FileName(request.Path()))},
+      description("upload " + Sanitise(FileName(request.Path()))),
       policy(std::make_shared<RetryPolicy>(kLimits)),
       key(std::move(key)) {}
 
@@ -125,9 +125,9 @@ void TusUpload::SendFrom(std::uint64_t offset) {
     NoteOffset(offset);
     if (offset == file->Size()) return AskForAsset();
     if (!ahead || aheadOffset != offset) ahead = ReadChunk(offset);
-    static_cast<void>(ahead.Then([self = shared_from_this()](ChunkFuture const& chunk) {
+    ahead.OnComplete([self = shared_from_this()](ChunkFuture const& chunk) {
         self->Guard([&] { self->SendChunk(*chunk.Get()); });
-    }));
+    });
 }
 
 void TusUpload::SendChunk(Chunk const& chunk) {
@@ -260,9 +260,9 @@ void TusUpload::Guard(Step step) {
 }
 
 void TusUpload::After(Answer const& answer, void (TusUpload::*step)(Answer const&)) {
-    static_cast<void>(answer.Then([self = shared_from_this(), step](Answer const& arrived) {
+    answer.OnComplete([self = shared_from_this(), step](Answer const& arrived) {
         self->Guard([&] { (self.get()->*step)(arrived); });
-    }));
+    });
 }
 
 HttpRequest TusUpload::RequestTo(char const* method, std::string path) const {

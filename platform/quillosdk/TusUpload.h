@@ -64,7 +64,8 @@ private:
 
     std::shared_ptr<Session> const session;
     UploadRequest const request;
-    Task const task;
+    std::string const description;
+    Task const task{quillocommon::Step::Upload, description};
     std::shared_ptr<RetryPolicy> policy;
     moxcore::async::Promise<std::shared_ptr<UploadResponse>> promise;
 

@@ -4,6 +4,7 @@
 
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/Deliver.h"
+#include "quillosdk/PathTo.h"
 #include "quillosdk/Session.h"
 
 namespace quillosdk {
@@ -12,9 +13,9 @@ Workspaces::Workspaces(std::shared_ptr<Session> session) : session(std::move(ses
 
 moxcore::async::Future<std::shared_ptr<GetWorkspacesByAccountResponse>>
 Workspaces::GetWorkspacesByAccount(GetWorkspacesByAccountRequest const& request) {
-    return Deliver<GetWorkspacesByAccountResponse>(
-        session->Send({.method = "GET",
-                       .url = "/v1/accounts/" + request.accountID.AsString() + "/workspaces"}),
+    return Fetch<GetWorkspacesByAccountResponse>(
+        *session,
+        {.method = "GET", .url = PathTo("/v1/accounts/", request.accountID, "/workspaces")},
         {quillocommon::Step::ReadLocations, "read the workspaces of an account", true},
         &ReadWorkspaces);
 }

@@ -35,7 +35,9 @@ void PopupMainView::UI_Draw(moxui::drawbot::Drawbot* drawbot) const {
     StrokeAroundChildren(*drawbot, *this, frameColor, frameWidth);
 }
 
-void PopupMainView::UI_ThemeChanged() { frameColor = FrameColor(); }
+void PopupMainView::UI_ThemeChanged() {
+    frameColor = FrameColor();
+}
 
 boost::intrusive_ptr<PopupSectionView> InsertSection(
     PopupMainView& mainView, std::size_t index,

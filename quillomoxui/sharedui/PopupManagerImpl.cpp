@@ -9,7 +9,9 @@ using moxui::controls::UI_TouchPopupContainer;
 
 PopupManager::~PopupManager() = default;
 
-std::shared_ptr<PopupManager> CreatePopupManager() { return std::make_shared<PopupManagerImpl>(); }
+std::shared_ptr<PopupManager> CreatePopupManager() {
+    return std::make_shared<PopupManagerImpl>();
+}
 
 PopupManagerImpl::PopupManagerImpl()
     : mainView(new PopupMainView), self(std::make_shared<PopupManagerImpl*>(this)) {
@@ -90,7 +92,8 @@ void PopupManagerImpl::ArrangeChildren() {
 void PopupManagerImpl::OnPopupClosed() {
     // A function may let go of this manager.
     CommitFunctions const functions = notifyOnCommit;
-    for (auto const& function : functions) (*function)();
+    for (auto const& function : functions)
+        (*function)();
 }
 
 }  // namespace quillomoxui

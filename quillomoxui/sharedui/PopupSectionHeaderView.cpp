@@ -29,9 +29,8 @@ PopupSectionHeaderViewImpl::PopupSectionHeaderViewImpl(UTF16String const& text,
     SetSpacing(3);
     icon->SetImageSupplyFunction(iconHandler);
     label->SetText(text);
-    for (boost::intrusive_ptr<moxui::ui::UI_SubView> const& child :
-         {boost::intrusive_ptr<moxui::ui::UI_SubView>(icon),
-          boost::intrusive_ptr<moxui::ui::UI_SubView>(label)}) {
+    for (auto const& child :
+         std::initializer_list<boost::intrusive_ptr<moxui::ui::UI_SubView>>{icon, label}) {
         child->UI_Show(true);
         ChildPushBack(child);
     }
@@ -39,7 +38,9 @@ PopupSectionHeaderViewImpl::PopupSectionHeaderViewImpl(UTF16String const& text,
 
 PopupSectionHeaderViewImpl::~PopupSectionHeaderViewImpl() = default;
 
-void PopupSectionHeaderViewImpl::SetLabelText(UTF16String const& text) { label->SetText(text); }
+void PopupSectionHeaderViewImpl::SetLabelText(UTF16String const& text) {
+    label->SetText(text);
+}
 
 void PopupSectionHeaderViewImpl::SetIconImageSupplyFunction(PictureSupplyHandler const& handler) {
     icon->SetImageSupplyFunction(handler);
@@ -50,6 +51,8 @@ void PopupSectionHeaderViewImpl::UI_Draw(moxui::drawbot::Drawbot* drawbot) const
     PopupSectionHeaderView::UI_Draw(drawbot);
 }
 
-void PopupSectionHeaderViewImpl::UI_ThemeChanged() { backgroundColor = BackgroundColor(); }
+void PopupSectionHeaderViewImpl::UI_ThemeChanged() {
+    backgroundColor = BackgroundColor();
+}
 
 }  // namespace quillomoxui

@@ -26,7 +26,9 @@ boost::intrusive_ptr<PopupSectionHeaderView> PopupSectionView::GetHeaderView() c
     return header;
 }
 
-boost::intrusive_ptr<UI_SubView> PopupSectionView::GetContentView() const { return content; }
+boost::intrusive_ptr<UI_SubView> PopupSectionView::GetContentView() const {
+    return content;
+}
 
 void PopupSectionView::SetContentView(boost::intrusive_ptr<UI_SubView> const& view) {
     ChildRequestRemove(content);
@@ -42,7 +44,9 @@ void PopupSectionView::UI_Draw(moxui::drawbot::Drawbot* drawbot) const {
     StrokeAroundChildren(*drawbot, *this, frameColor, frameWidth);
 }
 
-void PopupSectionView::UI_ThemeChanged() { TakeColors(); }
+void PopupSectionView::UI_ThemeChanged() {
+    TakeColors();
+}
 
 void PopupSectionView::TakeColors() {
     using moxui::skins::HalcynGrayColor;

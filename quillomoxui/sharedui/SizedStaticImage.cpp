@@ -2,7 +2,9 @@
 
 namespace quillomoxui {
 
-SizedStaticImage::SizedStaticImage() { UI_SetNodeID("FixedSizeStaticImage"); }
+SizedStaticImage::SizedStaticImage() {
+    UI_SetNodeID("FixedSizeStaticImage");
+}
 
 SizedStaticImage::~SizedStaticImage() = default;
 

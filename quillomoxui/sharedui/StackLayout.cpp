@@ -17,7 +17,8 @@ void PlaceInStack(StackDirection direction, PaddingT<float> const& padding, floa
     auto const breadth = down ? &RectT<float>::width : &RectT<float>::height;
 
     float largest = 0;
-    for (auto const& rect : rects) largest = std::max(largest, rect.*breadth);
+    for (auto const& rect : rects)
+        largest = std::max(largest, rect.*breadth);
 
     float position = down ? padding.top : padding.left;
     for (auto& rect : rects) {

@@ -14,8 +14,8 @@ namespace quillomoxui {
 
 enum class StackDirection { Down, Right };
 
-/// Lines `rects` up one after another, with `padding` before the first and `spacing` after each that
-/// is not empty. Across, each becomes as large as the largest.
+/// Lines `rects` up one after another, with `padding` before the first and `spacing` after each
+/// that is not empty. Across, each becomes as large as the largest.
 void PlaceInStack(StackDirection direction, moxui::ui::PaddingT<float> const& padding,
                   float spacing, std::vector<moxcore::geom::RectT<float>>& rects);
 

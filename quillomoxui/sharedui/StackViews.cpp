@@ -14,7 +14,8 @@ moxcore::geom::PointT<float> StackViewBase::UI_GetRecommendedSize(moxui::drawbot
     auto const viewRects = GetViewRects();
     std::vector<RectT<float>> rects;
     rects.reserve(viewRects.size());
-    for (auto const& [view, rect] : viewRects) rects.push_back(rect);
+    for (auto const& [view, rect] : viewRects)
+        rects.push_back(rect);
     return StackSize(rects, padding);
 }
 
@@ -31,7 +32,8 @@ StackViewBase::ViewRects StackViewBase::PlaceChildren(StackDirection direction) 
         rects.push_back({0, 0, size.x, size.y});
     }
     PlaceInStack(direction, padding, spacing, rects);
-    for (std::size_t i = 0; i < rects.size(); ++i) viewRects[i].rect = rects[i];
+    for (std::size_t i = 0; i < rects.size(); ++i)
+        viewRects[i].rect = rects[i];
     return viewRects;
 }
 
@@ -44,7 +46,9 @@ void StackViewBase::LayOut(StackDirection direction, RectT<float> const& rect) {
 VStackView::VStackView() = default;
 VStackView::~VStackView() = default;
 
-void VStackView::UI_SetLocalRectF(RectT<float> const& rect) { LayOut(StackDirection::Down, rect); }
+void VStackView::UI_SetLocalRectF(RectT<float> const& rect) {
+    LayOut(StackDirection::Down, rect);
+}
 
 StackViewBase::ViewRects VStackView::GetViewRects() const {
     return PlaceChildren(StackDirection::Down);
@@ -53,7 +57,9 @@ StackViewBase::ViewRects VStackView::GetViewRects() const {
 HStackView::HStackView() = default;
 HStackView::~HStackView() = default;
 
-void HStackView::UI_SetLocalRectF(RectT<float> const& rect) { LayOut(StackDirection::Right, rect); }
+void HStackView::UI_SetLocalRectF(RectT<float> const& rect) {
+    LayOut(StackDirection::Right, rect);
+}
 
 StackViewBase::ViewRects HStackView::GetViewRects() const {
     return PlaceChildren(StackDirection::Right);

@@ -54,10 +54,8 @@ DebugView::DebugView(std::shared_ptr<ShareForReviewViewModel> const& viewModel)
             .BindValueChanged(WeakBindMemberFunction(userName.get(), &UI_StaticText::SetText)));
     userName->SetText(AsciiToUTF16("--empty--"));
 
-    for (boost::intrusive_ptr<UI_SubView> const& child :
-         std::initializer_list<boost::intrusive_ptr<UI_SubView>>{
-             title, shareButton, loginButton, logoutButton, traceButton, userNameCaption,
-             userName})
+    for (auto const& child : std::initializer_list<boost::intrusive_ptr<UI_SubView>>{
+             title, shareButton, loginButton, logoutButton, traceButton, userNameCaption, userName})
         AddShown(*this, child);
 }
 
@@ -80,9 +78,17 @@ void DebugView::UI_SizeChanged(moxcore::geom::RectT<float> const& rect) {
     traceButton->UI_SetLocalRectF({width - kMargin - 120, 152, 120, 24});
 }
 
-void DebugView::OnShareClicked(moxui::ui::Message*) { ViewModel().ProcessAssetForReview(); }
-void DebugView::OnLoginClicked(moxui::ui::Message*) { ViewModel().Login(); }
-void DebugView::OnLogoutClicked(moxui::ui::Message*) { ViewModel().Logout(); }
-void DebugView::OnTraceClicked(moxui::ui::Message*) { ViewModel().Debug_TraceToConsole(); }
+void DebugView::OnShareClicked(moxui::ui::Message*) {
+    ViewModel().ProcessAssetForReview();
+}
+void DebugView::OnLoginClicked(moxui::ui::Message*) {
+    ViewModel().Login();
+}
+void DebugView::OnLogoutClicked(moxui::ui::Message*) {
+    ViewModel().Logout();
+}
+void DebugView::OnTraceClicked(moxui::ui::Message*) {
+    ViewModel().Debug_TraceToConsole();
+}
 
 }  // namespace quillomoxui::view

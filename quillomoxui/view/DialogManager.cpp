@@ -20,25 +20,27 @@ boost::intrusive_ptr<UI_Node> ParentRoot() {
 boost::intrusive_ptr<UI_Button> AsButton(boost::intrusive_ptr<UI_Node> const& node) {
     auto* const button = dynamic_cast<UI_Button*>(node.get());
     if (!button)
-        ThrowFatalError(
-            "$$$/moxcore/utility/Error/InvalidTypeConversion=Invalid type conversion.");
+        ThrowFatalError("$$$/moxcore/utility/Error/InvalidTypeConversion=Invalid type conversion.");
     return button;
 }
 
 }  // namespace
 
-std::shared_ptr<PopupManager> CreateDialogManager() { return std::make_shared<DialogManager>(); }
+std::shared_ptr<PopupManager> CreateDialogManager() {
+    return std::make_shared<DialogManager>();
+}
 
 DialogManager::DialogManager() : mainView(new PopupMainView) {}
 
-DialogManager::~DialogManager() { DialogManager::DestructWindow(); }
+DialogManager::~DialogManager() {
+    DialogManager::DestructWindow();
+}
 
 void DialogManager::SetPopupGlobalLoc(moxcore::geom::PointT<float> const&) {}
 
 boost::intrusive_ptr<PopupSectionView> DialogManager::InsertPopupSection(
     unsigned long index, boost::intrusive_ptr<moxui::ui::UI_SubView> const& content) {
-    auto const size =
-        content ? content->UI_GetLocalRectF(false) : moxcore::geom::RectT<float>();
+    auto const size = content ? content->UI_GetLocalRectF(false) : moxcore::geom::RectT<float>();
     auto section = InsertSection(*mainView, index, content, size.width > 0 || size.height > 0);
     ArrangeChildren();
     return section;

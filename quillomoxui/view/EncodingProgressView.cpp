@@ -29,7 +29,8 @@ UTF16String StatusText(ShareForReviewViewID id) {
             return Text(
                 "$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/UploadInProgress="
                 "Upload in Progress...");
-        default: return {};
+        default:
+            return {};
     }
 }
 
@@ -58,14 +59,13 @@ EncodingProgressView::EncodingProgressView(
     cancelButton->UI_SetEnabled(true);
 
     RetainBinding(static_cast<EncodingProgressNotifyingPropertyHost&>(*viewModel)
-                      .BindValueChanged(WeakBindMemberFunction(
-                          this, &EncodingProgressView::OnProgressChanged)));
+                      .BindValueChanged(
+                          WeakBindMemberFunction(this, &EncodingProgressView::OnProgressChanged)));
     RetainBinding(static_cast<ReviewLinkURLNotifyingPropertyHost&>(*viewModel)
                       .BindValueChanged(WeakBindMemberFunction(
                           this, &EncodingProgressView::OnReviewLinkChanged)));
 
-    for (boost::intrusive_ptr<UI_SubView> const& child :
-         std::initializer_list<boost::intrusive_ptr<UI_SubView>>{
+    for (auto const& child : std::initializer_list<boost::intrusive_ptr<UI_SubView>>{
              title, linkCaption, linkBox, status, progressBar, cancelButton})
         AddShown(*this, child);
 }

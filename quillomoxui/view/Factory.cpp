@@ -12,17 +12,24 @@ namespace quillomoxui::view::factory {
 boost::intrusive_ptr<PopupBaseView> CreateView(
     ShareForReviewViewID id, std::shared_ptr<ShareForReviewViewModel> const& viewModel) {
     switch (id) {
-        case ShareForReviewViewID::DebugView: return new DebugView(viewModel);
+        case ShareForReviewViewID::DebugView:
+            return new DebugView(viewModel);
         case ShareForReviewViewID::SelectProject:
-        case ShareForReviewViewID::SelectFolder: return new LocationPickerView(viewModel);
-        case ShareForReviewViewID::ReviewInQuillo: return new ReviewInQuilloView(viewModel);
-        case ShareForReviewViewID::SigninPrompt: return new SigninPromptView(viewModel);
-        case ShareForReviewViewID::CopyLinkSection: return new CopyLinkSectionView(viewModel);
+        case ShareForReviewViewID::SelectFolder:
+            return new LocationPickerView(viewModel);
+        case ShareForReviewViewID::ReviewInQuillo:
+            return new ReviewInQuilloView(viewModel);
+        case ShareForReviewViewID::SigninPrompt:
+            return new SigninPromptView(viewModel);
+        case ShareForReviewViewID::CopyLinkSection:
+            return new CopyLinkSectionView(viewModel);
         case ShareForReviewViewID::WaitingInQueue:
         case ShareForReviewViewID::EncodingProgress:
-        case ShareForReviewViewID::UploadInProgress: return new EncodingProgressView(viewModel);
+        case ShareForReviewViewID::UploadInProgress:
+            return new EncodingProgressView(viewModel);
         case ShareForReviewViewID::None:
-        case ShareForReviewViewID::Initial: break;
+        case ShareForReviewViewID::Initial:
+            break;
     }
     return nullptr;
 }

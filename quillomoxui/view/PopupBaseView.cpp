@@ -32,9 +32,13 @@ void PopupBaseView::RegisterMouseNotifications(boost::intrusive_ptr<UI_Node> con
         0);
 }
 
-void PopupBaseView::SetPreShowPopupMenu() { TellPopupOfMenu(true); }
+void PopupBaseView::SetPreShowPopupMenu() {
+    TellPopupOfMenu(true);
+}
 
-void PopupBaseView::SetPostShowPopupMenu() { TellPopupOfMenu(false); }
+void PopupBaseView::SetPostShowPopupMenu() {
+    TellPopupOfMenu(false);
+}
 
 void PopupBaseView::TellPopupOfMenu(bool showing) {
     for (auto node = UI_GetParentNode(); node; node = node->UI_GetParentNode()) {

@@ -41,8 +41,8 @@ ReviewInQuilloView::ReviewInQuilloView(std::shared_ptr<ShareForReviewViewModel> 
     RetainBinding(static_cast<ActiveAssetNameNotifyingPropertyHost&>(*viewModel)
                       .BindValueChanged(WeakBindMemberFunction(workflowLabel.get(),
                                                                &WorkflowLabel::SetLabelText)));
-    locationCaption->SetText(Text(
-        "$$$/Vistrel/quillomoxui/view/QuilloShare/ReviewInQuilloView/Location=Location:"));
+    locationCaption->SetText(
+        Text("$$$/Vistrel/quillomoxui/view/QuilloShare/ReviewInQuilloView/Location=Location:"));
 
     auto const user = viewModel->GetUser();
     RetainBinding(static_cast<SelectionPathNotifyingPropertyHost&>(*user).BindValueChanged(
@@ -96,13 +96,14 @@ void ReviewInQuilloView::UI_SizeChanged(moxcore::geom::RectT<float> const& rect)
 
 boost::intrusive_ptr<UI_Popup> ReviewInQuilloView::CreatePresetPicker(
     std::vector<std::string> const& items, long selected) {
-    auto const heading =
-        Text("$$$/Vistrel/quillomoxui/view/QuilloShare/PresetSettingsPopup/Heading=Preset Settings");
+    auto const heading = Text(
+        "$$$/Vistrel/quillomoxui/view/QuilloShare/PresetSettingsPopup/Heading=Preset Settings");
     boost::intrusive_ptr<UI_Popup> picker(new UI_Popup(0, false));
     picker->SetPickerMeasureStrategy(moxui::controls::PickerMeasureStrategy::WidestItem);
     picker->SetButtonChromeType(moxui::controls::ButtonChromeType::Quiet);
     picker->AddHeading(heading);
-    for (auto const& item : items) picker->AddItem(moxcore::string::UTF8to16(item));
+    for (auto const& item : items)
+        picker->AddItem(moxcore::string::UTF8to16(item));
     picker->SetValue(static_cast<int>(selected));
     picker->UI_SetAccessibleName(heading);
     moxcore::utility::RefCountedWeakPtr<PopupBaseView> const weakSelf(this);

@@ -22,9 +22,9 @@ SigninPromptView::SigninPromptView(std::shared_ptr<ShareForReviewViewModel> cons
     description->SetText(Text(
         "$$$/Vistrel/quillomoxui/view/QuilloShare/SigninPromptView/SignintoQuilloLongDescription="
         "Sign in to Quillo to create a review link to share with your team members."));
-    signinButton->SetText(Text(
-        "$$$/Vistrel/quillomoxui/view/QuilloShare/ReviewInQuilloView/SignintoQuillo="
-        "Sign in to Quillo"));
+    signinButton->SetText(
+        Text("$$$/Vistrel/quillomoxui/view/QuilloShare/ReviewInQuilloView/SignintoQuillo="
+             "Sign in to Quillo"));
     signinButton->SetFontStyleName("Bold");
     signinButton->UI_SetEnabled(true);
 
@@ -32,8 +32,8 @@ SigninPromptView::SigninPromptView(std::shared_ptr<ShareForReviewViewModel> cons
                       .BindValueChanged(WeakBindMemberFunction(workflowLabel.get(),
                                                                &WorkflowLabel::SetLabelText)));
     RetainBinding(static_cast<IsLoggedInNotifyingPropertyHost&>(*viewModel)
-                      .BindValueChanged(WeakBindMemberFunction(
-                          this, &SigninPromptView::OnIsLoggedInChanged)));
+                      .BindValueChanged(
+                          WeakBindMemberFunction(this, &SigninPromptView::OnIsLoggedInChanged)));
     signinButton->NotifyWhenChanged(
         WeakBindMemberFunction(this, &SigninPromptView::OnLoginClicked));
 
@@ -67,7 +67,9 @@ void SigninPromptView::UI_SetLocalRectF(moxcore::geom::RectT<float> const& rect)
         {rect.width - 15 - buttonSize.x, 100 - buttonSize.y, buttonSize.x, buttonSize.y});
 }
 
-void SigninPromptView::OnLoginClicked(moxui::ui::Message*) { ViewModel().Login(); }
+void SigninPromptView::OnLoginClicked(moxui::ui::Message*) {
+    ViewModel().Login();
+}
 
 void SigninPromptView::OnIsLoggedInChanged(bool loggedIn) {
     if (loggedIn) ViewModel().SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);

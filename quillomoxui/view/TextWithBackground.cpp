@@ -40,10 +40,9 @@ void TextWithBackground::UI_SetLocalRectF(RectT<float> const& rect) {
 void TextWithBackground::UI_Draw(moxui::drawbot::Drawbot* drawbot) const {
     auto const path = drawbot->GetSupplier()->NewPath();
     FormRoundedRect(*path, Grown(UI_GetLocalRectF(false), -0.5F), 2);
-    drawbot->GetSurface()->FillPath(
-        moxui::skins::utilities::GetHalcynGrayColor(GetThemeProvider(),
-                                                    moxui::skins::HalcynGrayColor::Level0),
-        *path);
+    drawbot->GetSurface()->FillPath(moxui::skins::utilities::GetHalcynGrayColor(
+                                        GetThemeProvider(), moxui::skins::HalcynGrayColor::Level0),
+                                    *path);
     UI_ControlView::UI_Draw(drawbot);
 }
 

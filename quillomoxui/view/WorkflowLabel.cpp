@@ -16,13 +16,14 @@ WorkflowLabel::WorkflowLabel(PictureSupplyHandler const& assetTypeIcon)
     : title(new moxui::controls::UI_StaticText),
       name(new moxui::controls::UI_StaticText),
       icon(new SizedStaticImage),
-      moreMenu(new moxui::controls::UI_PicturePopup(
-          BindImageSupplyFunction("MoreSmallList_18", &moxui::utility::GetResourceManager))) {
-    title->SetText(Text(
-        "$$$/Vistrel/quillomoxui/view/QuilloShare/ReviewInQuilloView/ShareForReview="
-        "Share for review:"));
+      moreMenu(new moxui::controls::UI_PicturePopup) {
+    title->SetText(
+        Text("$$$/Vistrel/quillomoxui/view/QuilloShare/ReviewInQuilloView/ShareForReview="
+             "Share for review:"));
     title->SetFontStyleName("Bold");
     icon->SetImageSupplyFunction(assetTypeIcon);
+    moreMenu->SetImageSupplyFunction(
+        BindImageSupplyFunction("MoreSmallList_18", &moxui::utility::GetResourceManager));
     moreMenu->SetButtonChromeType(moxui::controls::ButtonChromeType::Quiet);
     moreMenu->AddItem(AsciiToUTF16("Create new link"));
     moreMenu->AddItem(AsciiToUTF16("Sign out of Quillo"));
@@ -36,7 +37,9 @@ WorkflowLabel::WorkflowLabel(PictureSupplyHandler const& assetTypeIcon)
 
 WorkflowLabel::~WorkflowLabel() = default;
 
-void WorkflowLabel::SetLabelText(UTF16String const& text) { name->SetText(text); }
+void WorkflowLabel::SetLabelText(UTF16String const& text) {
+    name->SetText(text);
+}
 
 moxcore::geom::PointT<float> WorkflowLabel::UI_GetRecommendedSize(moxui::drawbot::Drawbot*) const {
     return {310, 20};

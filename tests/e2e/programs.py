@@ -10,6 +10,7 @@ import shutil
 import subprocess
 import tempfile
 import unittest
+import urllib.error
 import urllib.request
 
 BIN = pathlib.Path(os.environ["QUILLO_BIN"])
@@ -137,11 +138,25 @@ class EndToEnd(unittest.TestCase):
             self.assertNotIn(secret, self.output)
         self.assertEqual(processes_of(str(self.directory)), [])
 
+    @property
+    def tokens(self):
+        """The text of the file that keeps the tokens."""
+        kept = self.state / "config" / "quillo-tokens.json"
+        return kept.read_text() if kept.exists() else ""
+
     def note_secrets(self):
-        tokens = self.state / "config" / "quillo-tokens.json"
-        if tokens.exists():
-            self.secrets.update(re.findall(r'"(?:access|refresh)\w*":\s*"([^"]+)"',
-                                           tokens.read_text()))
+        self.secrets.update(re.findall(r'"(?:access|refresh)\w*":\s*"([^"]+)"', self.tokens))
+
+    @staticmethod
+    def status_with(token, service):
+        """How the service answers a request that carries the token."""
+        request = urllib.request.Request(service.url + "/v1/me",
+                                         headers={"Authorization": f"Bearer {token}"})
+        try:
+            with urllib.request.urlopen(request, timeout=PATIENCE) as answer:
+                return answer.status
+        except urllib.error.HTTPError as error:
+            return error.code
 
     def service(self, *arguments, trusting=True):
         service = Service(self.directory / "service", *arguments, trusting=trusting)

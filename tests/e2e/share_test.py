@@ -198,19 +198,3 @@ class ShareTests(EndToEnd):
             service = self.service("--port", service.url.rsplit(":", 1)[1])
             out, _ = self.host("locations", "--depth", "1", "--backend", backend, service=service)
             self.assertIn(ACCOUNT, out)
-
-    def test_signing_in_and_out_and_the_trace(self):
-        service = self.service()
-        tokens = self.state / "config" / "quillo-tokens.json"
-        self.assertIn("as Robin Ellery", self.host("sign-in", service=service)[0])
-        self.assertEqual(tokens.stat().st_mode & 0o777, 0o600)
-        kept = tokens.read_text()
-        self.assertIn(service.url, kept)
-        self.assertEqual(len(self.secrets), 2)
-
-        out, _ = self.host("trace", service=service)
-        self.assertRegex(out, r'(?m)^            Proj :  "Paper Lanterns"  [0-9a-f-]{36}$')
-        self.assertRegex(out, r"nodes count = \d+")
-
-        self.assertIn("Signed out", self.host("sign-out", service=service)[0])
-        self.assertNotIn(service.url, tokens.read_text() if tokens.exists() else "")

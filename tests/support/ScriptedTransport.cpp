@@ -9,6 +9,7 @@
 
 namespace testsupport {
 
+using quillosdk::HeaderFields;
 using quillosdk::HttpRequest;
 using quillosdk::HttpResponse;
 using Promise = moxcore::async::Promise<std::shared_ptr<HttpResponse>>;
@@ -73,7 +74,10 @@ private:
 };
 
 std::string HeaderOf(HttpRequest const& request, std::string const& name) {
-    for (auto const& [header, value] : request.headers) {
+    HeaderFields fields = request.headers;
+    if (request.commonHeaders)
+        fields.insert(fields.end(), request.commonHeaders->begin(), request.commonHeaders->end());
+    for (auto const& [header, value] : fields) {
         if (header == name) return value;
     }
     return {};

@@ -49,13 +49,12 @@ UTF16String UTF8to16(std::string_view utf8) {
     if (IsAscii(utf8)) return UTF16String(utf8.begin(), utf8.end());
 
     auto const length = LengthForIcu(utf8.size());
-    std::int32_t needed = 0;
+    UTF16String text(utf8.size(), 0);  // no character has more units than bytes
+    std::int32_t units = 0;
     UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8WithSub(nullptr, 0, &needed, utf8.data(), length, kReplacement, nullptr, &status);
-    UTF16String text(static_cast<std::size_t>(needed), 0);
-    status = U_ZERO_ERROR;
-    u_strFromUTF8WithSub(icu::Char16Ptr(text.data()), needed, nullptr, utf8.data(), length,
+    u_strFromUTF8WithSub(icu::Char16Ptr(text.data()), length, &units, utf8.data(), length,
                          kReplacement, nullptr, &status);
+    text.resize(static_cast<std::size_t>(units));
     return text;
 }
 

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <ostream>
 #include <system_error>
+#include <utility>
 
 namespace moxcore::utility {
 namespace {
@@ -17,6 +18,15 @@ constexpr std::string_view kDigits = "0123456789abcdef";
 /// read and written, so neither searches the form for them.
 constexpr std::array<std::uint8_t, 16> kPlaces = {0,  2,  4,  6,  9,  11, 14, 16,
                                                   19, 21, 24, 26, 28, 30, 32, 34};
+
+/// Calls `each` with the number of every byte and the place of its digits, which are constants.
+template <class Each>
+constexpr void ForEachByte(Each each) {
+    [&]<std::size_t... byte>(std::index_sequence<byte...>) {
+        (each(byte, std::size_t{kPlaces[byte]}), ...);
+    }
+    (std::make_index_sequence<kPlaces.size()>());
+}
 
 constexpr std::uint8_t kNoDigit = 0xFF;
 
@@ -40,12 +50,12 @@ Guid::Guid(std::string_view text) noexcept {
         if (text[hyphen] != '-') return;
     std::array<std::uint8_t, 16> parsed{};
     unsigned seen = 0;  // all digits' bits; more than four of them when one was none
-    for (std::size_t i = 0; i < parsed.size(); ++i) {
-        unsigned const high = kDigitValues[static_cast<unsigned char>(text[kPlaces[i]])];
-        unsigned const low = kDigitValues[static_cast<unsigned char>(text[kPlaces[i] + 1])];
+    ForEachByte([&](std::size_t byte, std::size_t place) {
+        unsigned const high = kDigitValues[static_cast<unsigned char>(text[place])];
+        unsigned const low = kDigitValues[static_cast<unsigned char>(text[place + 1])];
         seen |= high | low;
-        parsed[i] = static_cast<std::uint8_t>(high << 4 | low);
-    }
+        parsed[byte] = static_cast<std::uint8_t>(high << 4 | low);
+    });
     if (seen <= 0xF) bytes = parsed;
 }
 
@@ -61,13 +71,19 @@ Guid Guid::CreateUnique() {
     return guid;
 }
 
-std::string Guid::AsStdString() const {
-    std::string text(kForm);
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        text[kPlaces[i]] = kDigits[bytes[i] >> 4];
-        text[kPlaces[i] + 1u] = kDigits[bytes[i] & 0x0F];
-    }
+Guid::Text Guid::AsText() const noexcept {
+    Text text{};
+    std::copy(kForm.begin(), kForm.end(), text.begin());
+    ForEachByte([&](std::size_t byte, std::size_t place) {
+        text[place] = kDigits[bytes[byte] >> 4];
+        text[place + 1] = kDigits[bytes[byte] & 0x0F];
+    });
     return text;
+}
+
+std::string Guid::AsStdString() const {
+    auto const text = AsText();
+    return {text.begin(), text.end()};
 }
 
 std::ostream& operator<<(std::ostream& out, Guid const& guid) {

@@ -28,6 +28,8 @@ public:
     [[nodiscard]] constexpr bool IsNull() const noexcept { return *this == Guid(); }
 
     /// The lower-case 8-4-4-4-12 form.
+    using Text = std::array<char, 36>;
+    [[nodiscard]] Text AsText() const noexcept;
     [[nodiscard]] std::string AsStdString() const;
 
     [[nodiscard]] constexpr std::array<std::uint8_t, 16> const& Bytes() const noexcept {

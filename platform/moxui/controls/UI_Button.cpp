@@ -10,10 +10,11 @@ using backend::PushButton;
 
 UI_Button::UI_Button(std::unique_ptr<backend::Peer> peer) : UI_ControlView(std::move(peer)) {
     // The peer ends the connection before this goes.
-    QObject::connect(GetPeer().GetWidgetAs<PushButton>(), &QPushButton::clicked, [this] {
-        boost::intrusive_ptr<UI_Button> const alive(this);
-        OnPressed();
-    });
+    QObject::connect(GetPeer().GetWidgetAs<PushButton>(), &QPushButton::clicked,
+                     GetPeer().Context(), [this] {
+                         boost::intrusive_ptr<UI_Button> const alive(this);
+                         OnPressed();
+                     });
 }
 
 UI_Button::~UI_Button() = default;

@@ -83,7 +83,7 @@ private:
 
 UI_PicturePopup::UI_PicturePopup() : menu(new Menu(*GetPeer().GetWidgetAs<QAbstractButton>())) {
     menu->popup = this;
-    QObject::connect(menu, &QMenu::triggered, [this](QAction* action) {
+    QObject::connect(menu, &QMenu::triggered, GetPeer().Context(), [this](QAction* action) {
         value = static_cast<int>(menu->actions().indexOf(action));
         NotifyChanged();
     });

@@ -29,7 +29,7 @@ std::function<void()> ForPopup(DropDown* widget, UI_Popup::MenuFunction function
 
 UI_Popup::UI_Popup(int, bool) : UI_ControlView(backend::MakePeer<DropDown>()) {
     // The peer ends the connection before this goes.
-    QObject::connect(WidgetOf(*this), &QComboBox::activated, [this](int row) {
+    QObject::connect(WidgetOf(*this), &QComboBox::activated, GetPeer().Context(), [this](int row) {
         SetValue(row);
         NotifyChanged();
     });

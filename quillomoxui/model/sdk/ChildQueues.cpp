@@ -1,6 +1,7 @@
 #include "quillomoxui/model/sdk/ChildQueues.h"
 
 #include <chrono>
+#include <utility>
 
 #include "quillosdk/QuilloClient.h"
 
@@ -13,12 +14,12 @@ using std::chrono::seconds;
 /// Has `send` issue a request on the shared client and continues its answer on whichever thread
 /// brings it. Without a client the request has failed before it began.
 template <class Continuation, class Send>
-moxcore::async::Future<void> Request(Continuation const& continuation, Send const& send) {
+moxcore::async::Future<void> Request(Continuation continuation, Send const& send) {
     auto const client = QuilloCppSdkIntegration::GetQuilloClient();
     if (!client)
         return moxcore::async::Future<void>::CreateFailed(moxcore::config::kUnknownFailure,
                                                           "nobody is signed in", nullptr);
-    return send(*client).Then(continuation);
+    return send(*client).Then(std::move(continuation));
 }
 
 }  // namespace
@@ -27,8 +28,8 @@ QuilloCppSdkIntegration::FetchAccountChildrenQueue::FetchAccountChildrenQueue()
     : FetchChildrenQueue(200, seconds(60)) {}
 
 moxcore::async::Future<void> QuilloCppSdkIntegration::FetchAccountChildrenQueue::RequestChildren(
-    quillocommon::Guid const& parentID, Continuation const& continuation) const {
-    return Request(continuation, [&](quillosdk::QuilloClient& client) {
+    quillocommon::Guid const& parentID, Continuation continuation) const {
+    return Request(std::move(continuation), [&](quillosdk::QuilloClient& client) {
         return client.GetWorkspaces().GetWorkspacesByAccount(
             quillosdk::GetWorkspacesByAccountRequest(parentID));
     });
@@ -44,8 +45,8 @@ QuilloCppSdkIntegration::FetchWorkspaceChildrenQueue::FetchWorkspaceChildrenQueu
     : FetchChildrenQueue(1000, seconds(1)) {}
 
 moxcore::async::Future<void> QuilloCppSdkIntegration::FetchWorkspaceChildrenQueue::RequestChildren(
-    quillocommon::Guid const& parentID, Continuation const& continuation) const {
-    return Request(continuation, [&](quillosdk::QuilloClient& client) {
+    quillocommon::Guid const& parentID, Continuation continuation) const {
+    return Request(std::move(continuation), [&](quillosdk::QuilloClient& client) {
         return client.GetProjects().GetProjectsByWorkspace(
             quillosdk::GetProjectsByWorkspaceRequest(parentID));
     });
@@ -61,8 +62,8 @@ QuilloCppSdkIntegration::FetchFolderChildrenQueue::FetchFolderChildrenQueue()
     : FetchChildrenQueue(60, seconds(60)) {}
 
 moxcore::async::Future<void> QuilloCppSdkIntegration::FetchFolderChildrenQueue::RequestChildren(
-    quillocommon::Guid const& parentID, Continuation const& continuation) const {
-    return Request(continuation, [&](quillosdk::QuilloClient& client) {
+    quillocommon::Guid const& parentID, Continuation continuation) const {
+    return Request(std::move(continuation), [&](quillosdk::QuilloClient& client) {
         return client.GetAssets().GetChildAssets(quillosdk::GetChildAssetsRequest(parentID));
     });
 }

@@ -21,7 +21,7 @@ class QuilloCppSdkIntegration::FetchAccountChildrenQueue final
 public:
     FetchAccountChildrenQueue();
     moxcore::async::Future<void> RequestChildren(quillocommon::Guid const& parentID,
-                                                 Continuation const& continuation) const override;
+                                                 Continuation continuation) const override;
     std::vector<quillosdk::Workspace> const& GetChildrenList(
         std::shared_ptr<quillosdk::GetWorkspacesByAccountResponse> const& response) const override;
 };
@@ -34,7 +34,7 @@ class QuilloCppSdkIntegration::FetchWorkspaceChildrenQueue final
 public:
     FetchWorkspaceChildrenQueue();
     moxcore::async::Future<void> RequestChildren(quillocommon::Guid const& parentID,
-                                                 Continuation const& continuation) const override;
+                                                 Continuation continuation) const override;
     std::vector<quillosdk::Project> const& GetChildrenList(
         std::shared_ptr<quillosdk::GetProjectsByWorkspaceResponse> const& response) const override;
 };
@@ -46,7 +46,7 @@ class QuilloCppSdkIntegration::FetchFolderChildrenQueue final
 public:
     FetchFolderChildrenQueue();
     moxcore::async::Future<void> RequestChildren(quillocommon::Guid const& parentID,
-                                                 Continuation const& continuation) const override;
+                                                 Continuation continuation) const override;
     std::vector<quillosdk::Asset> const& GetChildrenList(
         std::shared_ptr<quillosdk::GetChildAssetsResponse> const& response) const override;
 };

@@ -1,6 +1,7 @@
 #include "quillomoxui/model/sdk/FetchChildrenQueue.h"
 
 #include <algorithm>
+#include <charconv>
 #include <string>
 
 #include "moxcore/config/Error.h"
@@ -17,6 +18,14 @@ constexpr int kTooManyRequests = 429;
 constexpr std::chrono::seconds kWakeUpInterval{5};
 constexpr int kShortestWindow = 1000;  // milliseconds; a shorter one would be none in whole seconds
 
+/// As std::stoi, which takes five times as long for what is nothing but a number.
+int ToInt(std::string const& text) {
+    int number = 0;
+    auto const* const end = text.data() + text.size();
+    auto const [rest, error] = std::from_chars(text.data(), end, number);
+    return rest == end && error == std::errc() ? number : std::stoi(text);
+}
+
 }  // namespace
 
 #define QUEUE_TEMPLATE template <class Request, class Response, class ChildVector>
@@ -32,15 +41,18 @@ QUEUE_TEMPLATE
 QUEUE::~FetchChildrenQueue() = default;
 
 QUEUE_TEMPLATE
-void QUEUE::Push(std::shared_ptr<QuilloNode> const& node, Callback const& callback) {
+void QUEUE::Push(std::shared_ptr<QuilloNode> const& node, Callback callback) {
+    auto request = std::make_shared<RequestData>(node, std::move(callback));
     std::lock_guard lock(mutex);
-    pending.push_back({node, callback, {}});
+    pending.push_back(std::move(request));
     Start(std::chrono::seconds(0));
 }
 
 QUEUE_TEMPLATE
 void QUEUE::Start(std::chrono::seconds delay) {
-    auto const due = moxcore::threads::Now() + delay;
+    using moxcore::threads::TimePoint;
+    // Each answer asks for a run at once, and the clock is not asked for that.
+    auto const due = delay.count() == 0 ? TimePoint::min() : moxcore::threads::Now() + delay;
     if (scheduledFor && *scheduledFor <= due) return;
     scheduledFor = due;
     executor->CallAsyncDelayed(
@@ -61,7 +73,7 @@ void QUEUE::RunScheduled(std::uint64_t run) {
 
 QUEUE_TEMPLATE
 void QUEUE::FetchMany() {
-    std::vector<RequestData> sendable;
+    std::vector<RequestPointer> sendable;
     {
         std::lock_guard lock(mutex);
         auto const now = moxcore::threads::Now();
@@ -80,8 +92,8 @@ void QUEUE::FetchMany() {
 QUEUE_TEMPLATE
 void QUEUE::RetireStale(moxcore::threads::TimePoint now) {
     // By sending order, so the first that is young enough ends the search.
-    while (!inFlight.empty() && now - inFlight.front().sentTime > window) {
-        recentLog.push_back(inFlight.front().sentTime);
+    while (!inFlight.empty() && now - inFlight.front()->sentTime > window) {
+        recentLog.push_back(inFlight.front()->sentTime);
         inFlight.pop_front();
     }
 }
@@ -93,38 +105,35 @@ void QUEUE::ForgetExpired(moxcore::threads::TimePoint now) {
 }
 
 QUEUE_TEMPLATE
-auto QUEUE::TakeSendable() -> std::vector<RequestData> {
-    std::vector<RequestData> sendable;
+auto QUEUE::TakeSendable() -> std::vector<RequestPointer> {
+    std::vector<RequestPointer> sendable;
     while (!pending.empty() &&
            static_cast<std::int64_t>(recentLog.size() + inFlight.size()) < limit) {
-        RequestData request = std::move(pending.front());
+        auto const& request = sendable.emplace_back(std::move(pending.front()));
         pending.pop_front();
-        request.sentTime = moxcore::threads::Now();
-        inFlight.push_back({request.node, nullptr, request.sentTime});
-        sendable.push_back(std::move(request));
+        request->sentTime = moxcore::threads::Now();
+        inFlight.push_back(request);
     }
     return sendable;
 }
 
 QUEUE_TEMPLATE
-moxcore::async::Future<void> QUEUE::FetchOne(RequestData const& request) {
-    auto const node = request.node.lock();
+moxcore::async::Future<void> QUEUE::FetchOne(RequestPointer const& request) {
+    auto const node = request->node.lock();
     if (!node)
         return moxcore::async::Future<void>::CreateFailed(kExpiredFolderPointer,
                                                           "expired folder pointer", nullptr);
     return RequestChildren(ToServiceGuid(node->GetID()),
-                           [weak = std::weak_ptr(Share(this)), node = request.node,
-                            callback = request.callback](Answer const& answer) {
+                           [weak = std::weak_ptr(Share(this)), request](Answer const& answer) {
                                if (auto const queue = weak.lock())
-                                   queue->HandleAnswer(node, callback, answer);
+                                   queue->HandleAnswer(*request, answer);
                            });
 }
 
 QUEUE_TEMPLATE
-void QUEUE::HandleAnswer(std::weak_ptr<QuilloNode> const& node, Callback const& callback,
-                         Answer const& answer) {
+void QUEUE::HandleAnswer(RequestData const& request, Answer const& answer) {
     if (moxcore::config::ExtractResultFromException(answer.GetException()) < 0) return;
-    auto const response = answer.Get();
+    auto const& response = answer.Peek();
     try {
         SetRateLimit(response);
     } catch (std::exception const&) {
@@ -136,10 +145,10 @@ void QUEUE::HandleAnswer(std::weak_ptr<QuilloNode> const& node, Callback const& 
         throw;
     }
     if (response->IsSuccessful()) {
-        callback(GetChildrenList(response));
-        Pop(node.lock());
+        request.callback(GetChildrenList(response));
+        Pop(request.node.lock());
     } else if (response->GetHTTPStatusCode() == kTooManyRequests) {
-        Retry(node.lock(), callback);
+        Retry(request.node.lock(), request.callback);
     }
 }
 
@@ -151,22 +160,23 @@ void QUEUE::Pop(std::shared_ptr<QuilloNode> const& node) {
 }
 
 QUEUE_TEMPLATE
-void QUEUE::Retry(std::shared_ptr<QuilloNode> const& node, Callback const& callback) {
+void QUEUE::Retry(std::shared_ptr<QuilloNode> const& node, Callback callback) {
+    auto request = std::make_shared<RequestData>(node, std::move(callback));
     std::lock_guard lock(mutex);
     Retire(node);
-    pending.push_front({node, callback, {}});
+    pending.push_front(std::move(request));
     Start(std::chrono::seconds(0));
 }
 
 QUEUE_TEMPLATE
 void QUEUE::Retire(std::shared_ptr<QuilloNode> const& node) {
     auto const found =
-        std::find_if(inFlight.begin(), inFlight.end(), [&](RequestData const& request) {
-            return node ? !request.node.owner_before(node) && !node.owner_before(request.node)
-                        : request.node.expired();
+        std::find_if(inFlight.begin(), inFlight.end(), [&](RequestPointer const& request) {
+            return node ? !request->node.owner_before(node) && !node.owner_before(request->node)
+                        : request->node.expired();
         });
     if (found == inFlight.end()) return;
-    recentLog.push_back(found->sentTime);
+    recentLog.push_back((*found)->sentTime);
     inFlight.erase(found);
 }
 
@@ -176,8 +186,8 @@ void QUEUE::SetRateLimit(std::shared_ptr<quillosdk::QuilloResponse> const& respo
     auto const limitHeader = headers.find("X-RATELIMIT-LIMIT");
     auto const windowHeader = headers.find("X-RATELIMIT-WINDOW");
     if (limitHeader == headers.end() || windowHeader == headers.end()) return;
-    int const announcedLimit = std::stoi(limitHeader->second);
-    int const announcedWindow = std::stoi(windowHeader->second);
+    int const announcedLimit = ToInt(limitHeader->second);
+    int const announcedWindow = ToInt(windowHeader->second);
     if (announcedLimit <= 0 || announcedWindow < kShortestWindow) return;
 
     std::lock_guard lock(mutex);

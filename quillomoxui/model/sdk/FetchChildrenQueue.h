@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <list>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -15,6 +14,7 @@
 #include "moxcore/threads/AsyncExecutor.h"
 #include "moxcore/threads/Clock.h"
 #include "moxcore/utility/EnableSharedAs.h"
+#include "moxcore/utility/UniqueFunction.h"
 #include "quillocommon/Guid.h"
 #include "quillomoxui/model/QuilloNode.h"
 #include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
@@ -36,20 +36,20 @@ class QuilloCppSdkIntegration::FetchChildrenQueue
 public:
     using Callback = std::function<void(ChildVector const&)>;
     using Answer = moxcore::async::Future<std::shared_ptr<Response>>;
-    using Continuation = std::function<void(Answer const&)>;
+    using Continuation = moxcore::utility::UniqueFunction<void(Answer const&)>;
 
     ~FetchChildrenQueue() override;
 
     /// Sends one request through the shared client and attaches `continuation` to its answer.
-    virtual moxcore::async::Future<void> RequestChildren(
-        quillocommon::Guid const& parentID, Continuation const& continuation) const = 0;
+    virtual moxcore::async::Future<void> RequestChildren(quillocommon::Guid const& parentID,
+                                                         Continuation continuation) const = 0;
 
     [[nodiscard]] virtual ChildVector const& GetChildrenList(
         std::shared_ptr<Response> const& response) const = 0;
 
     /// Queues a request for the children of `node`, which the queue does not keep alive. `callback`
     /// receives them.
-    void Push(std::shared_ptr<QuilloNode> const& node, Callback const& callback);
+    void Push(std::shared_ptr<QuilloNode> const& node, Callback callback);
 
     /// The pacing step: gives up what was never answered, forgets what has left the window, and
     /// sends what there is room for.
@@ -59,7 +59,7 @@ public:
     void Pop(std::shared_ptr<QuilloNode> const& node);
 
     /// Retires the request as Pop does and queues it anew, before all others.
-    void Retry(std::shared_ptr<QuilloNode> const& node, Callback const& callback);
+    void Retry(std::shared_ptr<QuilloNode> const& node, Callback callback);
 
     /// Takes over the limit and the window that the answer announces, if it does. Throws what
     /// std::stoi throws when they are no numbers.
@@ -69,15 +69,16 @@ protected:
     FetchChildrenQueue(std::int64_t initialLimit, std::chrono::seconds initialWindow);
 
 private:
+    /// Shared by the list that it is in and by the continuation of its answer.
     struct RequestData {
-        std::weak_ptr<QuilloNode> node;
-        Callback callback;
-        moxcore::threads::TimePoint sentTime;  ///< once it is under way
+        std::weak_ptr<QuilloNode> const node;
+        Callback const callback;
+        moxcore::threads::TimePoint sentTime;  ///< guarded by the queue's mutex; once under way
     };
+    using RequestPointer = std::shared_ptr<RequestData>;
 
-    [[nodiscard]] moxcore::async::Future<void> FetchOne(RequestData const& request);
-    void HandleAnswer(std::weak_ptr<QuilloNode> const& node, Callback const& callback,
-                      Answer const& answer);
+    [[nodiscard]] moxcore::async::Future<void> FetchOne(RequestPointer const& request);
+    void HandleAnswer(RequestData const& request, Answer const& answer);
     void RunScheduled(std::uint64_t run);
 
     // With the mutex held:
@@ -85,15 +86,16 @@ private:
     void Retire(std::shared_ptr<QuilloNode> const& node);
     void RetireStale(moxcore::threads::TimePoint now);
     void ForgetExpired(moxcore::threads::TimePoint now);
-    [[nodiscard]] std::vector<RequestData> TakeSendable();
+    [[nodiscard]] std::vector<RequestPointer> TakeSendable();
 
     std::shared_ptr<moxcore::threads::AsyncExecutor> const executor;
 
-    std::mutex mutex;                                         // guards all below
-    std::optional<moxcore::threads::TimePoint> scheduledFor;  // the one run that is to come
+    std::mutex mutex;  // guards all below
+    std::optional<moxcore::threads::TimePoint>
+        scheduledFor;  // the one run that is to come; the clock's least time: as soon as can be
     std::uint64_t scheduledRun = 0;  // its number; others find themselves out of date
-    std::deque<RequestData> pending;
-    std::list<RequestData> inFlight;  // in sending order
+    std::deque<RequestPointer> pending;
+    std::deque<RequestPointer> inFlight;  // in sending order
     std::deque<moxcore::threads::TimePoint>
         recentLog;  // sent times of what was retired, in that order
     std::int64_t limit;

@@ -8,11 +8,13 @@ namespace quillomoxui::model {
 // The two identifier types meet in their string form only.
 
 [[nodiscard]] inline quillocommon::Guid ToServiceGuid(moxcore::utility::Guid const& id) {
-    return quillocommon::Guid(id.AsStdString());
+    auto const text = id.AsText();
+    return quillocommon::Guid({text.data(), text.size()});
 }
 
 [[nodiscard]] inline moxcore::utility::Guid FromServiceGuid(quillocommon::Guid const& id) {
-    return moxcore::utility::Guid(id.AsString());
+    auto const text = id.AsText();
+    return moxcore::utility::Guid({text.data(), text.size()});
 }
 
 }  // namespace quillomoxui::model

@@ -11,9 +11,9 @@
 #include <QWheelEvent>
 
 #include "moxcore/string/Conversions.h"
+#include "moxui/backend/HostWidget.h"
 #include "moxui/controls/UI_PicturePopup.h"
 #include "moxui/controls/UI_TouchPopupContainer.h"
-#include "moxui/backend/HostWidget.h"
 #include "support/TestWindow.h"
 
 namespace moxui::controls {
@@ -168,7 +168,7 @@ TEST_F(PopupTest, AMenuOfManyEntriesStaysOnTheScreenAndScrolls) {
     Key(Qt::Key_End);
     EXPECT_TRUE(list->viewport()->rect().contains(list->visualRect(list->currentIndex())));
     asked.clear();
-    testsupport::PictureOf(*menu);
+    static_cast<void>(testsupport::PictureOf(*menu));
     EXPECT_THAT(asked, ::testing::Contains(999));
     EXPECT_LT(asked.size(), 100U) << "only what is seen";
     Key(Qt::Key_Return);
@@ -182,8 +182,7 @@ TEST_F(PopupTest, WhoeverHearsTheMenuMayChangeItsEntriesOrLetGoOfThePopup) {
         shown.AddItem(AsciiToUTF16("a"));
         shown.AddItem(AsciiToUTF16("b"));
     });
-    popup->SetPostShowPopupMenuFunction(
-        [](UI_Popup& shown) { shown.AddItem(AsciiToUTF16("c")); });
+    popup->SetPostShowPopupMenuFunction([](UI_Popup& shown) { shown.AddItem(AsciiToUTF16("c")); });
     Key(Qt::Key_Space);
     Key(Qt::Key_End);
     Key(Qt::Key_Return);

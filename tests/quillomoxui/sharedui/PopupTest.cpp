@@ -7,8 +7,8 @@
 #include "moxui/controls/UI_PictureSupplyMessage.h"
 #include "moxui/controls/UI_TouchPopupContainer.h"
 #include "quillomoxui/sharedui/BindImageSupplyFunction.h"
-#include "quillomoxui/sharedui/PopupManager.h"
 #include "quillomoxui/sharedui/PopupMainView.h"
+#include "quillomoxui/sharedui/PopupManager.h"
 #include "quillomoxui/sharedui/RecommendedSize.h"
 #include "quillomoxui/sharedui/ShareForReviewScreenManager.h"
 #include "quillomoxui/sharedui/SizedStaticImage.h"
@@ -66,9 +66,9 @@ TEST(PopupSections, AreInsertedInPlaceAndMaximizedOneAtATime) {
 }
 
 TEST(PopupSections, AHeaderShowsItsIconAndLabelAboveTheContent) {
-    boost::intrusive_ptr<PopupSectionView> const section(new PopupSectionView(
-        new Sized(50, 10), moxcore::string::AsciiToUTF16("Review"),
-        BindImageSupplyFunction("S_Copy_16", &utility::GetResourceManager)));
+    boost::intrusive_ptr<PopupSectionView> const section(
+        new PopupSectionView(new Sized(50, 10), moxcore::string::AsciiToUTF16("Review"),
+                             BindImageSupplyFunction("S_Copy_16", &utility::GetResourceManager)));
     section->GetHeaderView()->UI_Show(true);
     auto const bare = GetRecommendedSize(section->GetHeaderView());
     section->GetHeaderView()->SetLabelText(moxcore::string::AsciiToUTF16("Review of the whole"));
@@ -117,7 +117,8 @@ TEST(Images, AHandlerNamesItsPictureAndTheResourceManagerOfTheMoment) {
     EXPECT_EQ(image->UI_GetRecommendedSize(nullptr), (moxcore::geom::PointT<float>{}));
 
     moxui::controls::UI_PictureSupplyMessage message;
-    EXPECT_THROW((*BindImageSupplyFunction("S_Copy_16", nullptr))(&message), std::bad_function_call);
+    EXPECT_THROW((*BindImageSupplyFunction("S_Copy_16", nullptr))(&message),
+                 std::bad_function_call);
 }
 
 /// The window of a popup that is shown; null when there is none.

@@ -12,8 +12,12 @@ using Rect = moxcore::geom::RectT<float>;
 using Padding = moxui::ui::PaddingT<float>;
 using Rects = std::vector<Rect>;
 
-Rect Swapped(Rect const& rect) { return {rect.y, rect.x, rect.height, rect.width}; }
-Padding Swapped(Padding const& p) { return {p.left, p.top, p.right, p.bottom}; }
+Rect Swapped(Rect const& rect) {
+    return {rect.y, rect.x, rect.height, rect.width};
+}
+Padding Swapped(Padding const& p) {
+    return {p.left, p.top, p.right, p.bottom};
+}
 
 TEST(StackLayout, PlacesChildrenOneAfterAnother) {
     struct Case {
@@ -65,7 +69,8 @@ TEST(StackLayout, PlacesChildrenOneAfterAnother) {
 
         // To the right it is the same with the axes exchanged.
         Rects across;
-        for (auto const& rect : sizes) across.push_back(Swapped(rect));
+        for (auto const& rect : sizes)
+            across.push_back(Swapped(rect));
         PlaceInStack(StackDirection::Right, Swapped(padding), spacing, across);
         for (std::size_t i = 0; i < across.size(); ++i)
             EXPECT_EQ(Swapped(across[i]), placed[i]) << what << ", to the right, " << i;

@@ -6,20 +6,23 @@
 #include <QTest>
 
 #include "moxcore/string/Conversions.h"
-#include "moxui/controls/UI_Divider.h"
 #include "moxui/controls/UI_HotTextButton.h"
 #include "moxui/controls/UI_HotTextURL.h"
 #include "moxui/controls/UI_Popup.h"
 #include "moxui/controls/UI_ProgressBar.h"
 #include "moxui/controls/UI_StaticText.h"
 #include "moxui/controls/UI_TextButton.h"
+#include "quillomoxui/model/QuilloAccount.h"
 #include "quillomoxui/model/QuilloFolder.h"
+#include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/model/QuilloUser.h"
+#include "quillomoxui/model/QuilloWorkspace.h"
 #include "quillomoxui/view/Factory.h"
 #include "quillomoxui/view/PopupBaseView.h"
 #include "quillomoxui/view/TextWithBackground.h"
 #include "quillomoxui/view/WorkflowLabel.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
+#include "tests/support/ManualExecutor.h"
 #include "tests/support/TestWindow.h"
 #include "tests/support/Views.h"
 
@@ -63,11 +66,21 @@ protected:
     /// What stands in the text control after `caption`, in the order of the children.
     bool Shows(std::string const& text) { return FindText<UI_StaticText>(*view, text) != nullptr; }
 
+    /// The notices that are to be seen, as a screen reader tells them.
+    static std::vector<std::string> Toasts() {
+        std::vector<std::string> texts;
+        for (auto const* const widget : QApplication::topLevelWidgets())
+            if (widget->isVisible() && widget->windowType() == Qt::ToolTip)
+                texts.push_back(widget->accessibleName().toStdString());
+        return texts;
+    }
+
     void Click(moxui::ui::UI_Node const& node) {
         QTest::mouseClick(&WidgetOf(node), Qt::LeftButton);
         RunEvents();
     }
 
+    testsupport::ManualExecutor executor;
     std::shared_ptr<Model> model = std::make_shared<Model>();
     testsupport::TestWindow window;
     boost::intrusive_ptr<PopupBaseView> view;
@@ -120,10 +133,10 @@ TEST_F(ShareViewsTest, AWorkflowLabelKeepsLongTextsInTheirPlaces) {
 }
 
 TEST_F(ShareViewsTest, TheProgressViewTellsTheStatusOfItsMoment) {
-    for (auto const& [id, status] : std::vector<std::pair<ID, char const*>>{
-             {ID::WaitingInQueue, "Waiting in queue..."},
-             {ID::EncodingProgress, "Encoding in Progress..."},
-             {ID::UploadInProgress, "Upload in Progress..."}}) {
+    for (auto const& [id, status] :
+         std::vector<std::pair<ID, char const*>>{{ID::WaitingInQueue, "Waiting in queue..."},
+                                                 {ID::EncodingProgress, "Encoding in Progress..."},
+                                                 {ID::UploadInProgress, "Upload in Progress..."}}) {
         Show(id);
         EXPECT_TRUE(Shows(status)) << status;
         auto* const bar = QAccessible::queryAccessibleInterface(
@@ -165,22 +178,30 @@ TEST_F(ShareViewsTest, CopyLinkPutsTheLinkOnTheClipboardAndSaysSo) {
     QGuiApplication::clipboard()->setText("before");
     Click(*FindText<UI_TextButton>(*view, "Copy link"));
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "http://127.0.0.1/r/<abc>&d");
-    int toasts = 0;
-    for (auto const* const top : QApplication::topLevelWidgets())
-        for (auto const* const child : top->findChildren<QWidget*>())
-            toasts += child->isVisible() && child->property("text") == QString("Copied");
-    EXPECT_EQ(toasts, 1);
+    EXPECT_THAT(Toasts(), testing::ElementsAre("Copied"));
+    executor.AdvanceBy(std::chrono::seconds(60));
+    RunEvents();
+    EXPECT_THAT(Toasts(), testing::IsEmpty());
 }
 
-/// A user with a folder "Dailies" in the project "Pilot", with nothing above it.
+/// A user whose tree holds one folder, "Dailies", below one of each kind.
 class ReviewViewTest : public ShareViewsTest {
 protected:
     ReviewViewTest() {
         folder->SetName(AsciiToUTF16("Dailies"));
+        root->SetFolders({folder});
+        project->SetRootFolder(root);
+        workspace->SetProjects({project});
+        account->SetWorkspaces({workspace});
+        user->SetAccounts({account});
         model->SetUser(user);
     }
     std::shared_ptr<QuilloUser> user = std::make_shared<QuilloUser>();
-    std::shared_ptr<QuilloFolder> folder = std::make_shared<QuilloFolder>(nullptr);
+    std::shared_ptr<QuilloAccount> account = std::make_shared<QuilloAccount>(user);
+    std::shared_ptr<QuilloWorkspace> workspace = std::make_shared<QuilloWorkspace>(account);
+    std::shared_ptr<QuilloProject> project = std::make_shared<QuilloProject>(workspace);
+    std::shared_ptr<QuilloFolder> root = std::make_shared<QuilloFolder>(project);
+    std::shared_ptr<QuilloFolder> folder = std::make_shared<QuilloFolder>(root);
 };
 
 TEST_F(ReviewViewTest, TheLocationLeadsToThePickersStepThatIsDue) {
@@ -276,7 +297,8 @@ TEST_F(ShareViewsTest, AViewLeavesNoBindingBehind) {
     };
     for (auto const id : {ID::DebugView, ID::ReviewInQuillo, ID::SigninPrompt, ID::CopyLinkSection,
                           ID::EncodingProgress}) {
-        for (int i = 0; i < 1000; ++i) view = factory::CreateView(id, model);
+        for (int i = 0; i < 1000; ++i)
+            view = factory::CreateView(id, model);
         EXPECT_GT(bindings(), 0U) << int(id);
         // What is still on its way to the views reaches none of them.
         view.reset();
@@ -286,11 +308,12 @@ TEST_F(ShareViewsTest, AViewLeavesNoBindingBehind) {
 }
 
 TEST_F(ShareViewsTest, NoControlThatCanBeReachedIsWithoutANameForScreenReaders) {
+    model->SetReviewLinkURL(AsciiToUTF16("http://127.0.0.1/r/abc"));
     for (auto const id : {ID::DebugView, ID::ReviewInQuillo, ID::SigninPrompt, ID::CopyLinkSection,
                           ID::EncodingProgress}) {
         Show(id);
         for (auto* const widget : WidgetOf(*view).findChildren<QWidget*>()) {
-            if (!(widget->focusPolicy() & Qt::TabFocus)) continue;
+            if (!(widget->focusPolicy() & Qt::TabFocus) || !widget->isVisible()) continue;
             auto* const accessible = QAccessible::queryAccessibleInterface(widget);
             ASSERT_NE(accessible, nullptr);
             EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())

@@ -1,9 +1,11 @@
 #include "moxui/backend/detail/Accessibility.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QMenu>
 
+#include "moxui/backend/detail/DropDown.h"
 #include "moxui/backend/detail/PushButton.h"
 #include "moxui/backend/detail/ViewWidget.h"
 
@@ -100,6 +102,50 @@ private:
                    : QtRole(button.role);
     }
     [[nodiscard]] PushButton& Button() const { return *static_cast<PushButton*>(widget()); }
+};
+
+/// A drop-down menu. Qt's own says what is chosen in place of the name that it was given.
+class AccessibleDropDown : public QAccessibleWidget {
+public:
+    explicit AccessibleDropDown(DropDown* dropDown)
+        : QAccessibleWidget(dropDown, QAccessible::ComboBox) {}
+
+    QString text(QAccessible::Text kind) const override {
+        auto const given = QAccessibleWidget::text(kind);
+        bool const isChoice =
+            kind == QAccessible::Value || (kind == QAccessible::Name && given.isEmpty());
+        return isChoice ? Shown().currentText() : given;
+    }
+    QAccessible::State state() const override {
+        auto state = QAccessibleWidget::state();
+        state.expandable = true;
+        state.expanded = Shown().view()->isVisible();
+        state.hasPopup = true;
+        return state;
+    }
+
+    int childCount() const override { return 1; }
+    QAccessibleInterface* child(int index) const override {
+        return index == 0 ? QAccessible::queryAccessibleInterface(Shown().view()) : nullptr;
+    }
+    int indexOfChild(QAccessibleInterface const* child) const override {
+        return child && child->object() == Shown().view() ? 0 : -1;
+    }
+
+    QStringList actionNames() const override {
+        return QStringList{showMenuAction(), pressAction()} + QAccessibleWidget::actionNames();
+    }
+    void doAction(QString const& name) override {
+        if (name != showMenuAction() && name != pressAction())
+            QAccessibleWidget::doAction(name);
+        else if (Shown().view()->isVisible())
+            Shown().hidePopup();
+        else
+            Shown().showPopup();
+    }
+
+private:
+    DropDown& Shown() const { return *static_cast<DropDown*>(widget()); }
 };
 
 QAccessibleInterface* MakeInterface(QString const&, QObject* object) {

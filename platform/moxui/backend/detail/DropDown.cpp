@@ -8,6 +8,7 @@
 #include <QScrollBar>
 #include <algorithm>
 
+#include "moxui/backend/detail/Accessibility.h"
 #include "moxui/backend/detail/Chevron.h"
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/ListStyle.h"
@@ -45,6 +46,7 @@ protected:
 }  // namespace
 
 DropDown::DropDown() : entries(new MenuModel(this)), delegate(new MenuDelegate(*entries, this)) {
+    TellAssistiveToolsAboutViews();
     setStyle(&ListStyle::Get());
     auto* const list = new MenuList;
     setModel(entries);

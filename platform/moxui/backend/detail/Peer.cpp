@@ -8,13 +8,10 @@
 namespace moxui::backend {
 
 Peer::~Peer() {
+    context.reset();  // hiding the widget must tell the node nothing more
     if (!widget) return;
     if (link) link->node = nullptr;
     if (ownership == Ownership::Host) return;
-    // Nothing that the controls connected is heard any more. What Qt connected, to hear of the
-    // widget's end, is left to it.
-    widget->blockSignals(true);
-    widget->disconnect(widget);
     widget->hide();
     widget->setParent(nullptr);
     if (QCoreApplication::instance())

@@ -3,6 +3,7 @@
 #include <QPointer>
 #include <QWidget>
 #include <memory>
+#include <optional>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -40,6 +41,11 @@ public:
     }
 
     void SetNode(ui::UI_Node* newNode);
+
+    /// The context of connections to what belongs to the node: they end with it, though the widget
+    /// lives on for a moment.
+    [[nodiscard]] QObject* Context() { return &*context; }
+
     [[nodiscard]] ui::UI_Node* GetNode() const { return node; }
 
     /// Puts the widget into `parent`'s, or into none.
@@ -65,6 +71,7 @@ private:
     NodeLink* link = nullptr;  // a part of widget
     ui::UI_Node* node = nullptr;
     Ownership ownership;
+    std::optional<QObject> context{std::in_place};
     std::vector<std::pair<int, std::shared_ptr<ui::UI_Node::MouseEventFunction>>> mouseFunctions;
 };
 

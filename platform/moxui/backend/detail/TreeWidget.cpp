@@ -95,8 +95,7 @@ void TreeWidget::ShowAppended() {
 
 void TreeWidget::DeleteAllRows() {
     QScopedValueRollback const program(programs, programs + 1);
-    openingTop = nullptr;
-    openingNext = nullptr;
+    StopOpening();
     rows.Clear();
     FitColumns();
 }
@@ -290,11 +289,11 @@ void TreeWidget::OpenAllBelow(Row& row) {
     expand(rows.IndexOf(row));
     openingTop = &row;
     openingNext = TreeModel::NextBelow(row, row);
-    OpenSlice();
+    // A timer and no posted event: what the user does in the meantime comes first.
+    openingTimer.start(0, this);
 }
 
 void TreeWidget::OpenSlice() {
-    if (!openingTop) return;
     ShowAppended();
     QScopedValueRollback const program(programs, programs + 1);
     bool hasOpened = false;
@@ -307,11 +306,20 @@ void TreeWidget::OpenSlice() {
         }
         openingNext = TreeModel::NextBelow(*openingTop, row);
     }
-    if (openingNext)
-        QMetaObject::invokeMethod(
-            this, [this] { OpenSlice(); }, Qt::QueuedConnection);
+    if (!openingNext) StopOpening();
+}
+
+void TreeWidget::StopOpening() {
+    openingTimer.stop();
+    openingTop = nullptr;
+    openingNext = nullptr;
+}
+
+void TreeWidget::timerEvent(QTimerEvent* event) {
+    if (event->timerId() == openingTimer.timerId())
+        OpenSlice();
     else
-        openingTop = nullptr;
+        QTreeView::timerEvent(event);
 }
 
 void TreeWidget::resizeEvent(QResizeEvent* event) {
@@ -376,6 +384,10 @@ void TreeWidget::scrollTo(QModelIndex const& index, ScrollHint hint) {
     auto* const bar = horizontalScrollBar();
     int const before = bar->value();
     QTreeView::scrollTo(index, hint);
+    // Qt leaves the last line of pixels out.
+    int const hidden = visualRect(index).bottom() + 1 - viewport()->height();
+    if (hint == EnsureVisible && hidden > 0)
+        verticalScrollBar()->setValue(verticalScrollBar()->value() + hidden);
     // The view sees to the height only; the row's beginning must be seen, too, with some room for
     // its name.
     int const start = (TreeModel::LevelOf(*TreeModel::RowAt(index)) - 1) * indentation();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QBasicTimer>
 #include <QTreeView>
 #include <functional>
 #include <vector>
@@ -52,6 +53,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
     bool viewportEvent(QEvent* event) override;
     void scrollTo(QModelIndex const& index, ScrollHint hint) override;
     void selectionChanged(QItemSelection const& selected,
@@ -68,6 +70,7 @@ private:
     void GoLeft(QModelIndex const& current);
     void OpenAllBelow(Row& row);
     void OpenSlice();
+    void StopOpening();
     void FitColumns();
     void SetHovered(QModelIndex const& index);
     void ShowNameOf(QModelIndex const& index, QPoint const& globalPosition);
@@ -78,6 +81,7 @@ private:
     int programs = 0;  // how many operations of the program are under way
     bool willShowAppended = false;
     // The rows below `openingTop` are being opened, `openingNext` is the next one; null when none.
+    QBasicTimer openingTimer;
     RowPtr openingTop;
     Row* openingNext = nullptr;
 };

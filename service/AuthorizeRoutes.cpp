@@ -1,0 +1,144 @@
+#include <httplib.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "service/Api.h"
+#include "service/AuthorizationCodes.h"
+#include "service/AuthorizationRequest.h"
+#include "service/Call.h"
+#include "service/Digest.h"
+#include "service/FormTokens.h"
+#include "service/OAuthFields.h"
+#include "service/Routes.h"
+#include "service/SampleData.h"
+#include "service/SignInPage.h"
+#include "service/Store.h"
+#include "service/Text.h"
+
+namespace quilloservice {
+
+namespace {
+
+constexpr const char* kPath = "/oauth/authorize";
+constexpr std::string_view kCookie = "quillo_browser=";
+constexpr std::size_t kCookieDigits = 64;
+
+/// The secret that this browser has been given, empty when it has none.
+std::string BrowserOf(const Call& call) {
+    std::string cookies = call.Header("Cookie").value_or("");
+    auto at = cookies.find(kCookie);
+    if (at == std::string::npos) return {};
+    std::string secret = cookies.substr(at + kCookie.size(), kCookieDigits);
+    bool wellFormed = secret.size() == kCookieDigits &&
+                      secret.find_first_not_of("0123456789abcdef") == std::string::npos;
+    return wellFormed ? secret : std::string();
+}
+
+std::string GiveBrowserASecret(Call& call) {
+    std::string secret = ToHex(RandomBytes(kCookieDigits / 2));
+    call.response.set_header("Set-Cookie", std::string(kCookie) + secret + "; Path=" + kPath +
+                                               "; HttpOnly; SameSite=Strict");
+    return secret;
+}
+
+/// Who may sign in; the sample user first.
+std::vector<User> ListUsers(const Store& store) {
+    return store.Read([](Database& database) {
+        Statement row =
+            database.Query("SELECT id, name FROM users ORDER BY id <> ?, name", SampleUserId());
+        std::vector<User> users;
+        while (row.Next())
+            users.push_back({row.Text(0), row.Text(1)});
+        return users;
+    });
+}
+
+/// The end point to which programs send their users' browsers. Any thread.
+class AuthorizeEndpoint {
+public:
+    AuthorizeEndpoint(const Store& store, AuthorizationCodes& codes, const Clock& clock)
+        : store_(store), codes_(codes), tokens_(clock) {}
+
+    void Show(Call& call) const {
+        Answer(call, [&] {
+            AuthorizationRequest request =
+                ReadAuthorizationRequest(OAuthFields(call.request.params));
+            std::string browser = BrowserOf(call);
+            if (browser.empty()) browser = GiveBrowserASecret(call);
+            AnswerForm(call, 200, {request, tokens_.Make(browser, request), ListUsers(store_)});
+        });
+    }
+
+    void Decide(Call& call) const {
+        Answer(call, [&] {
+            OAuthFields fields = OAuthFields::InBody(call);
+            AuthorizationRequest request = ReadAuthorizationRequest(fields);
+            std::string browser = BrowserOf(call);
+            const std::string& token = fields.Require("form_token");
+            if (browser.empty() || !tokens_.IsGood(token, browser, request)) {
+                throw UntrustedRequest{"This page is too old, or is not one of this service."};
+            }
+            if (fields.Require("decision") != "allow") {
+                throw RefusedRequest{
+                    LocationOfError(request, "access_denied", "The user has denied the access.")};
+            }
+            Allow(call, request, fields);
+        });
+    }
+
+private:
+    void Allow(Call& call, const AuthorizationRequest& request, const OAuthFields& fields) const {
+        std::vector<User> users = ListUsers(store_);
+        std::string chosen = fields.Find("user").value_or("");
+        bool known = std::any_of(users.begin(), users.end(),
+                                 [&](const User& user) { return user.id == chosen; });
+        if (known && fields.Find("password") == kSamplePassword) {
+            return Redirect(call, LocationOfCode(request, codes_.Issue(chosen, request)));
+        }
+        AnswerForm(call, 403, {request, *fields.Find("form_token"), users, chosen, true});
+    }
+
+    static void AnswerForm(Call& call, int status, const signinpage::Form& form) {
+        call.AnswerPage(status, signinpage::RenderForm(form), signinpage::FormPolicy(form.request));
+    }
+
+    /// Runs `answer` and turns what it throws into a page or a redirect.
+    static void Answer(Call& call, const std::function<void()>& answer) {
+        call.response.set_header("Cache-Control", "no-store");
+        call.response.set_header("X-Frame-Options", "DENY");
+        try {
+            answer();
+        } catch (const RefusedRequest& refused) {
+            Redirect(call, refused.location);
+        } catch (const UntrustedRequest& untrusted) {
+            AnswerRefusal(call, untrusted.reason);
+        } catch (const OAuthError& error) {
+            AnswerRefusal(call, error.description);
+        }
+    }
+
+    static void Redirect(Call& call, const std::string& location) {
+        call.response.set_header("Referrer-Policy", "no-referrer");
+        call.response.set_redirect(location, 303);
+    }
+
+    static void AnswerRefusal(Call& call, const std::string& reason) {
+        call.AnswerPage(400, signinpage::RenderRefusal(reason), signinpage::RefusalPolicy());
+    }
+
+    const Store& store_;
+    AuthorizationCodes& codes_;
+    FormTokens tokens_;
+};
+
+}  // namespace
+
+void AddAuthorizeRoutes(Api& api, const Store& store, AuthorizationCodes& codes,
+                        const Clock& clock) {
+    auto endpoint = std::make_shared<AuthorizeEndpoint>(store, codes, clock);
+    api.Add({"GET", kPath, [endpoint](Call& call) { endpoint->Show(call); }});
+    api.Add({"POST", kPath, [endpoint](Call& call) { endpoint->Decide(call); }});
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <httplib.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace quilloservice {
+
+class Call;
+
+/// An error of RFC 6749's kind.
+struct OAuthError {
+    std::string error;
+    std::string description;
+};
+
+/// The parameters of an OAuth request. One that is empty counts as absent, as RFC 6749 wants it.
+class OAuthFields {
+public:
+    explicit OAuthFields(httplib::Params fields) : fields_(std::move(fields)) {}
+
+    /// The fields of the form in the request's body. Throws OAuthError when it is none, and what
+    /// ReadSmallBody does.
+    static OAuthFields InBody(Call& call);
+
+    /// Throws OAuthError when the field is absent, or there twice.
+    [[nodiscard]] const std::string& Require(const std::string& name) const;
+
+    /// Throws OAuthError when the field is there twice.
+    [[nodiscard]] std::optional<std::string> Find(const std::string& name) const;
+
+private:
+    httplib::Params fields_;
+};
+
+}  // namespace quilloservice

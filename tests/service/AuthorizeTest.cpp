@@ -1,0 +1,256 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "tests/service/ApiClient.h"
+#include "tests/service/RunningService.h"
+
+namespace quilloservice {
+namespace {
+
+using httplib::Headers;
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+using Fields = std::map<std::string, std::string>;
+
+constexpr const char* kForm = "application/x-www-form-urlencoded";
+constexpr const char* kRedirect = "http://127.0.0.1:5000/cb?app=1";
+// The example of RFC 7636, appendix B.
+constexpr const char* kVerifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
+constexpr const char* kChallenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
+
+constexpr const char* kStateBack = "&state=a&b";  // the test's client decodes what it is sent
+
+/// What stands in `text` between `before` and `after`; empty when it is not there.
+std::string Between(const std::string& text, const std::string& before, const std::string& after) {
+    auto begin = text.find(before);
+    if (begin == std::string::npos) return {};
+    begin += before.size();
+    return text.substr(begin, text.find(after, begin) - begin);
+}
+
+class AuthorizeTest : public testing::Test {
+protected:
+    static Fields Request(const Fields& changes = {}) {
+        Fields fields{{"response_type", "code"},      {"client_id", "The \"Editor\""},
+                      {"redirect_uri", kRedirect},    {"state", "a&b"},
+                      {"code_challenge", kChallenge}, {"code_challenge_method", "S256"}};
+        for (const auto& [name, value] : changes)
+            fields[name] = value;
+        return fields;
+    }
+
+    static std::string Query(const Fields& fields) {
+        return httplib::detail::params_to_query_str({fields.begin(), fields.end()});
+    }
+
+    httplib::Result Get(const Fields& fields, const Headers& headers = {}) {
+        return http.Get("/oauth/authorize?" + Query(fields), headers);
+    }
+
+    /// Opens the page and sends its form, with `changes` to what it would send, as the browser
+    /// does that has `cookie`; empty: the one that it has just been given.
+    httplib::Result Submit(const Fields& changes, std::string cookie = {}) {
+        auto page = Get(Request());
+        if (cookie.empty()) cookie = CookieOf(page);
+        Fields fields = Request({{"form_token", TokenOf(page)},
+                                 {"user", Between(page->body, "<option value=\"", "\"")},
+                                 {"password", "review"},
+                                 {"decision", "allow"}});
+        for (const auto& [name, value] : changes)
+            fields[name] = value;
+        return http.Post("/oauth/authorize", {{"Cookie", cookie}}, Query(fields), kForm);
+    }
+
+    static std::string CookieOf(const httplib::Result& page) {
+        std::string cookie = page->get_header_value("Set-Cookie");
+        return cookie.substr(0, cookie.find(';'));
+    }
+
+    static std::string TokenOf(const httplib::Result& page) {
+        return Between(page->body, "name=\"form_token\" value=\"", "\"");
+    }
+
+    httplib::Result Redeem(const std::string& code, const Fields& changes = {}) {
+        Fields fields{{"grant_type", "authorization_code"},
+                      {"client_id", "The \"Editor\""},
+                      {"redirect_uri", kRedirect},
+                      {"code_verifier", kVerifier},
+                      {"code", code}};
+        for (const auto& [name, value] : changes)
+            fields[name] = value;
+        return http.Post("/oauth/token", Query(fields), kForm);
+    }
+
+    static void ExpectGuarded(const httplib::Result& answer) {
+        EXPECT_EQ(answer->get_header_value("Cache-Control"), "no-store");
+        EXPECT_EQ(answer->get_header_value("X-Frame-Options"), "DENY");
+        EXPECT_EQ(answer->get_header_value("Referrer-Policy"), "no-referrer");
+        EXPECT_EQ(answer->get_header_value_count("Referrer-Policy"), 1u);
+    }
+
+    test::RunningService service;
+    httplib::Client http{"127.0.0.1", service.port()};
+};
+
+TEST_F(AuthorizeTest, SignsInWhomItsUserChoosesAndGivesTheCodeForTokensOnce) {
+    auto page = Get(Request());
+    ASSERT_EQ(page->status, 200);
+    ExpectGuarded(page);
+    EXPECT_THAT(page->get_header_value("Content-Security-Policy"),
+                HasSubstr("form-action 'self' http://127.0.0.1:5000"));
+    EXPECT_THAT(page->body, HasSubstr("The &quot;Editor&quot;"));
+    EXPECT_THAT(page->get_header_value("Set-Cookie"), HasSubstr("HttpOnly; SameSite=Strict"));
+
+    std::string alex = Between(page->body, "</option>\n<option value=\"", "\"");
+    auto answer = Submit({{"user", alex}});
+    ASSERT_EQ(answer->status, 303);
+    ExpectGuarded(answer);
+    std::string location = answer->get_header_value("Location");
+    EXPECT_THAT(location, StartsWith(std::string(kRedirect) + "&code="));
+    EXPECT_THAT(location, testing::EndsWith(kStateBack));
+    std::string code = Between(location, "code=", "&");
+
+    auto granted = Redeem(code);
+    ASSERT_EQ(granted->status, 200);
+    EXPECT_EQ(granted->get_header_value("Cache-Control"), "no-store");
+    Headers signedIn{{"Authorization",
+                      "Bearer " + json::parse(granted->body)["access_token"].get<std::string>()}};
+    EXPECT_EQ(json::parse(http.Get("/v1/me", signedIn)->body)["user"]["name"], "Alex Moreau");
+
+    auto again = Redeem(code);
+    EXPECT_EQ(again->status, 400);
+    EXPECT_EQ(json::parse(again->body)["error"], "invalid_grant");
+    EXPECT_EQ(http.Get("/v1/me", signedIn)->status, 401);
+}
+
+TEST_F(AuthorizeTest, NeverSendsTheBrowserToWhomItDoesNotTrust) {
+    const Fields rows[] = {
+        {{"client_id", ""}},
+        {{"client_id", std::string(101, 'a')}},
+        {{"client_id", std::string("a\0b", 3)}},
+        {{"client_id", "\xFF"}},
+        {{"redirect_uri", ""}},
+        {{"redirect_uri", "http://evil.example/cb"}},
+        {{"redirect_uri", "http://localhost:5000/cb"}},
+    };
+    auto expectRefused = [](const httplib::Result& answer) {
+        EXPECT_EQ(answer->status, 400);
+        EXPECT_FALSE(answer->has_header("Location"));
+        EXPECT_THAT(answer->body, HasSubstr("cannot go on"));
+        ExpectGuarded(answer);
+    };
+    for (const Fields& row : rows) {
+        SCOPED_TRACE(row.begin()->second);
+        // An error that would be told by a redirect does not change it.
+        Fields broken = row;
+        broken["response_type"] = "token";
+        expectRefused(Get(Request(row)));
+        expectRefused(Get(Request(broken)));
+        expectRefused(Submit(row));
+    }
+    expectRefused(http.Get("/oauth/authorize"));
+    expectRefused(http.Get("/oauth/authorize?client_id=b&" + Query(Request())));
+    expectRefused(http.Get("/oauth/authorize?redirect_uri=b&" + Query(Request())));
+    EXPECT_THAT(Get(Request({{"redirect_uri", "<script>"}}))->body, Not(HasSubstr("<script>")));
+}
+
+TEST_F(AuthorizeTest, TellsTheProgramOfItsOtherErrors) {
+    struct Row {
+        Fields changes;
+        std::string extra;
+        const char* error;
+    };
+    const Row rows[] = {
+        {{{"response_type", ""}}, "", "invalid_request"},
+        {{{"response_type", "token"}}, "", "unsupported_response_type"},
+        {{{"code_challenge", ""}}, "", "invalid_request"},
+        {{{"code_challenge", std::string(kChallenge) + "="}}, "", "invalid_request"},
+        {{{"code_challenge", "too short"}}, "", "invalid_request"},
+        {{{"code_challenge_method", ""}}, "", "invalid_request"},
+        {{{"code_challenge_method", "plain"}}, "", "invalid_request"},
+        {{}, "&code_challenge=x", "invalid_request"},
+        {{}, "&response_type=token", "invalid_request"},
+    };
+    for (const Row& row : rows) {
+        auto answer = http.Get("/oauth/authorize?" + Query(Request(row.changes)) + row.extra);
+        EXPECT_EQ(answer->status, 303);
+        std::string location = answer->get_header_value("Location");
+        EXPECT_THAT(location, StartsWith(kRedirect + std::string("&error=") + row.error + "&"));
+        EXPECT_THAT(location, testing::EndsWith(kStateBack));
+    }
+    // A state that is none is not sent back.
+    for (const std::string& state : {std::string("a\r\nb"), std::string(1025, 'a')}) {
+        EXPECT_THAT(Get(Request({{"state", state}}))->get_header_value("Location"),
+                    testing::AllOf(HasSubstr("error=invalid_request"), Not(HasSubstr("state="))));
+    }
+}
+
+TEST_F(AuthorizeTest, KeepsTheFormAfterAWrongPassword) {
+    auto answer = Submit({{"password", "wrong"}});
+    EXPECT_EQ(answer->status, 403);
+    EXPECT_THAT(answer->body, HasSubstr("not the password"));
+    EXPECT_THAT(answer->body, Not(HasSubstr("value=\"wrong\"")));
+    EXPECT_FALSE(TokenOf(answer).empty());
+    EXPECT_EQ(Submit({{"user", "somebody"}})->status, 403);
+    EXPECT_EQ(Submit({{"password", ""}})->status, 403);
+
+    // What the page then shows can be sent in turn.
+    auto page = Get(Request());
+    std::string cookie = CookieOf(page);
+    Fields wrong = Request({{"form_token", TokenOf(page)}, {"decision", "allow"}});
+    auto kept = http.Post("/oauth/authorize", {{"Cookie", cookie}}, Query(wrong), kForm);
+    EXPECT_EQ(Submit({{"form_token", TokenOf(kept)}}, cookie)->status, 303);
+}
+
+TEST_F(AuthorizeTest, TellsTheProgramWhenItsUserDenies) {
+    auto answer = Submit({{"decision", "deny"}, {"password", ""}});
+    EXPECT_EQ(answer->status, 303);
+    EXPECT_THAT(answer->get_header_value("Location"),
+                testing::AllOf(HasSubstr("&error=access_denied&"), testing::EndsWith(kStateBack),
+                               Not(HasSubstr("code="))));
+}
+
+TEST_F(AuthorizeTest, TakesAFormThatThisBrowserWasShownForThisRequestOnly) {
+    const std::string secret(64, 'a');
+    const std::pair<Fields, std::string> rows[] = {
+        {{}, "quillo_browser=" + secret},
+        {{}, "other=1"},
+        {{}, "quillo_browser="},
+        {{{"form_token", ""}}, ""},
+        {{{"form_token", "1.00"}}, ""},
+        {{{"state", "another"}}, ""},
+        {{{"client_id", "another"}}, ""},
+        {{{"redirect_uri", "http://127.0.0.1:5001/cb"}}, ""},
+        {{{"code_challenge", std::string(43, 'A')}}, ""},
+        {{{"decision", ""}}, ""},
+    };
+    for (const auto& [changes, cookie] : rows) {
+        auto answer = Submit(changes, cookie);
+        EXPECT_EQ(answer->status, 400) << cookie << testing::PrintToString(changes);
+        EXPECT_FALSE(answer->has_header("Location"));
+    }
+    // A browser keeps its secret, so that several pages can be open in it.
+    auto first = Get(Request());
+    auto second = Get(Request(), {{"Cookie", "a=b; " + CookieOf(first)}});
+    EXPECT_FALSE(second->has_header("Set-Cookie"));
+    EXPECT_EQ(Submit({{"form_token", TokenOf(second)}}, CookieOf(first))->status, 303);
+}
+
+TEST_F(AuthorizeTest, GivesTokensForTheWholeClaimOnly) {
+    std::string code = Between(Submit({})->get_header_value("Location"), "code=", "&");
+    for (const char* missing : {"code", "redirect_uri", "code_verifier", "client_id"}) {
+        auto answer = Redeem(code, {{missing, ""}});
+        EXPECT_EQ(answer->status, 400) << missing;
+        EXPECT_EQ(json::parse(answer->body)["error"], "invalid_request");
+    }
+    auto refused = Redeem(code, {{"code_verifier", std::string(43, 'A')}});
+    EXPECT_EQ(json::parse(refused->body)["error"], "invalid_grant");
+}
+
+}  // namespace
+}  // namespace quilloservice
