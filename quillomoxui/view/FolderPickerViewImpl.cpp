@@ -93,7 +93,7 @@ void FolderPickerViewImpl::TakeFocus() {
 void FolderPickerViewImpl::UI_Show(bool show) {
     if (show) {
         FollowSelection();
-        SetHeaderNames(ProjectOf(GetSelection()));
+        SetHeaderNames(path->GetProject());
         rows->FetchAhead();
     }
     SelectionBaseView::UI_Show(show);

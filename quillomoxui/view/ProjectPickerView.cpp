@@ -74,7 +74,7 @@ void ProjectPickerView::OnProposedAccountChanged(std::shared_ptr<QuilloAccount> 
 }
 
 void ProjectPickerView::PopulateWorkspaceSections(NodeVector<QuilloWorkspace> const& workspaces) {
-    scrollWanted = std::max(scrollWanted, scrollView->GetScrollPosition().y);
+    KeepScrollPosition();
     moxcore::utility::Guid focused;
     for (auto const& section : sections)
         if (auto const project = section->GetFocusedProject(); !project.IsNull()) focused = project;
@@ -95,11 +95,29 @@ void ProjectPickerView::PopulateWorkspaceSections(NodeVector<QuilloWorkspace> co
         section->FocusWhenThere(focused);
         sections.push_back(section);
         AddShown(*content, section);
+        moxcore::utility::RefCountedWeakPtr<WorkspaceSectionView> const weakSection(section.get());
         projectsBindings.push_back(
-            static_cast<ProjectsNotifyingPropertyHost&>(*workspace).BindValueChanged(
-                WeakBindMemberFunction(section.get(), &WorkspaceSectionView::OnProjectsChanged)));
+            static_cast<ProjectsNotifyingPropertyHost&>(*workspace)
+                .BindValueChanged([weakSelf, weakSection](NodeVector<QuilloProject> const& list) {
+                    auto const self = weakSelf.Lock();
+                    auto const alive = weakSection.Lock();
+                    if (self && alive) self->OnProjectsChanged(*alive, list);
+                }));
     }
     OnChildSizeChanged();
+}
+
+void ProjectPickerView::OnProjectsChanged(WorkspaceSectionView& section,
+                                          NodeVector<QuilloProject> const& projects) {
+    KeepScrollPosition();
+    // A row that had the keyboard's focus passes it on, and whatever gets it is scrolled to.
+    isPlacing = true;
+    section.OnProjectsChanged(projects);
+    isPlacing = false;
+}
+
+void ProjectPickerView::KeepScrollPosition() {
+    scrollWanted = std::max(scrollWanted, scrollView->GetScrollPosition().y);
 }
 
 void ProjectPickerView::OnChildSizeChanged() {
@@ -125,9 +143,9 @@ void ProjectPickerView::UI_SizeChanged(moxcore::geom::RectT<float> const& rect) 
         {kMargin, kMargin, rect.width - 2 * kMargin, layout.SizeOf(*accountSelector).y});
     constexpr float kGap = 3;
     float y = kGap;
+    isPlacing = true;
     for (auto const& section : sections)
         y += layout.PlaceAt(*section, 0, y).y + kGap;
-    isPlacing = true;
     scrollView->SetContentRect({0, 0, 340, y});
     if (scrollWanted > 0) {
         scrollView->SetScrollPosition({0, scrollWanted});

@@ -31,7 +31,10 @@ public:
 private:
     void OnProposedAccountChanged(std::shared_ptr<QuilloAccount> const& account);
     void PopulateWorkspaceSections(NodeVector<QuilloWorkspace> const& workspaces);
+    void OnProjectsChanged(WorkspaceSectionView& section,
+                           NodeVector<QuilloProject> const& projects);
     void OnChildSizeChanged();
+    void KeepScrollPosition();
     void OnScrolled();
     void ShowRowsInView();
 
@@ -45,7 +48,7 @@ private:
     std::vector<std::shared_ptr<BindingHandle>> projectsBindings;  // of the sections
     bool layoutIsDue = false;
     bool isPlacing = false;  // what scrolls meanwhile is not the user
-    /// Where the list was scrolled to before it was made anew; its rows come later.
+    /// Where the list was scrolled to before rows were made anew, which are placed later.
     float scrollWanted = 0;
 };
 

@@ -45,9 +45,6 @@ void WorkspaceSectionView::OnProjectsChanged(NodeVector<QuilloProject> const& pr
     for (auto const& project : projects) {
         items.emplace_back(new ProjectListItem(project, proposedSelection, currentViewID));
         AddShown(*this, items.back());
-        if (focusWanted.IsNull() || project->GetID() != focusWanted) continue;
-        items.back()->UI_SetFocus();
-        focusWanted = {};
     }
     if (sizeChanged) sizeChanged();
 }
@@ -89,6 +86,14 @@ void WorkspaceSectionView::UI_SetLocalRectF(moxcore::geom::RectT<float> const& r
         items[placedCount]->UI_SetLocalRectF(
             {kMargin, firstRowTop + kRowStep * static_cast<float>(placedCount), kRowWidth,
              kRowHeight});
+    // Not before: what gets the focus is scrolled into view.
+    if (focusWanted.IsNull()) return;
+    for (auto const& item : items) {
+        if (item->GetProject()->GetID() != focusWanted) continue;
+        item->UI_SetFocus();
+        focusWanted = {};
+        return;
+    }
 }
 
 }  // namespace quillomoxui::view

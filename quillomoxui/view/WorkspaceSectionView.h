@@ -35,7 +35,7 @@ public:
 
     /// The ID of the project whose row has the keyboard's focus; null when none has.
     [[nodiscard]] moxcore::utility::Guid GetFocusedProject() const;
-    /// Gives the focus to the row of that project, if it is among the next ones.
+    /// Gives the focus to the row of that project once it is in its place.
     void FocusWhenThere(moxcore::utility::Guid const& projectID) { focusWanted = projectID; }
 
     [[nodiscard]] moxcore::geom::PointT<float> UI_GetRecommendedSize(
