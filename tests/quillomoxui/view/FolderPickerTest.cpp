@@ -93,7 +93,7 @@ TEST_F(FolderPickerTest, TheTreeIsWorkedByKeyboard) {
              {{Qt::Key_End}, "B"},
              {{Qt::Key_Home}, "root of Spring"},
              {{Qt::Key_B}, "B"},
-             {{Qt::Key_Up, Qt::Key_Left}, "A"}}) {
+             {{Qt::Key_Up, Qt::Key_Left, Qt::Key_Left}, "A"}}) {
         PressKeys(keys);
         EXPECT_EQ(Proposed(), proposed);
     }
@@ -256,7 +256,7 @@ TEST_F(RefetchTest, WhatIsOpenAndWhereItIsScrolledToStay) {
     RunEvents();
     auto const tree = Find<moxui::controls::UI_MultiColumnTree>(*view);
     PressKeys({Qt::Key_End, Qt::Key_Home});
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i <= 100; ++i)
         QTest::keyClick(&Tree(), Qt::Key_Down);
     PressKeys({Qt::Key_Right});
     auto const scrolled = tree->GetScrollPosition().y;

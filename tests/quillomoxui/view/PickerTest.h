@@ -114,9 +114,11 @@ protected:
     moxui::controls::UI_TextButton& Button(char const* id) {
         return dynamic_cast<moxui::controls::UI_TextButton&>(*view->UI_ChildGetFromID(id));
     }
-    /// Presses a key where the focus is.
+    /// Presses a key where the focus is, in an open menu if there is one.
     static void Key(Qt::Key key) {
-        QTest::keyClick(QApplication::focusWidget(), key);
+        auto* const menu = QApplication::activePopupWidget();
+        auto* const inMenu = menu && menu->focusWidget() ? menu->focusWidget() : menu;
+        QTest::keyClick(inMenu ? inMenu : QApplication::focusWidget(), key);
         RunEvents();
     }
     static void Click(moxui::ui::UI_Node const& node) {
