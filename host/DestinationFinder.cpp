@@ -67,24 +67,12 @@ std::string Describe(QuilloNode const& node) {
 
 }  // namespace
 
-std::string NameOf(QuilloNode const& node) {
-    return moxcore::string::UTF16to8(node.GetName());
-}
-
-std::vector<Node> WayTo(DestinationFinder::Folder const& folder) {
-    std::vector<Node> way;
-    for (Node node = folder; node && node->GetParent(); node = node->GetParent())
-        if (!As<QuilloProject>(node->GetParent())) way.push_back(node);
-    std::reverse(way.begin(), way.end());
-    return way;
-}
-
 DestinationFinder::DestinationFinder(Session& session,
                                      std::shared_ptr<quillomoxui::QuilloUser> user)
     : session(session), user(std::move(user)) {}
 
 NodeVector<QuilloNode> DestinationFinder::ChildrenOf(Node const& parent) {
-    auto children = session.ChildrenOf(parent);
+    auto children = session.AwaitLists(session.Lists().ChildrenOf(parent));
     seen.insert(seen.end(), children.begin(), children.end());
     return children;
 }
@@ -115,16 +103,9 @@ DestinationFinder::Folder DestinationFinder::FindByNames(std::vector<std::string
 }
 
 DestinationFinder::Folder DestinationFinder::FindByWay(std::vector<Guid> const& way) {
-    Node place = user;
-    for (auto const& id : way) {
-        auto const children = ChildrenOf(place);
-        auto const found = std::find_if(children.begin(), children.end(),
-                                        [&id](auto const& child) { return child->GetID() == id; });
-        if (found == children.end()) return nullptr;
-        place = *found;
-        if (auto const project = As<QuilloProject>(place)) place = project->GetRootFolder();
-    }
-    return As<QuilloFolder>(place);
+    auto const place = session.AwaitLists(quillohost::FindByWay(session.Lists(), user, way));
+    seen.insert(seen.end(), place.above.begin(), place.above.end());
+    return place.folder;
 }
 
 bool DestinationFinder::Holds(Folder const& folder, Guid const& id) {

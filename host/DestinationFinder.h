@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "host/FolderWay.h"
 #include "host/Session.h"
 #include "moxcore/utility/Guid.h"
-#include "quillomoxui/model/QuilloFolder.h"
 
 namespace quillohost {
 
@@ -44,12 +44,5 @@ private:
     std::shared_ptr<quillomoxui::QuilloUser> const user;
     std::vector<Node> seen;
 };
-
-/// From the account down to `folder`, without the project's root folder: what leads there.
-[[nodiscard]] std::vector<std::shared_ptr<quillomoxui::QuilloNode>> WayTo(
-    DestinationFinder::Folder const& folder);
-
-/// The node's name in UTF-8.
-[[nodiscard]] std::string NameOf(quillomoxui::QuilloNode const& node);
 
 }  // namespace quillohost

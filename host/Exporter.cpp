@@ -49,10 +49,18 @@ fs::path WithSuffix(fs::path path, char const* suffix) {
     return path;
 }
 
+Movie const& NotAt(fs::path const& output, Movie const& movie) {
+    std::error_code error;  // one of them does not exist
+    if (!fs::equivalent(movie.file, output, error)) return movie;
+    throw Failure(ExitCode::Export, "The movie lies where it would be exported to, \"" +
+                                        movie.file.string() +
+                                        "\"; move it, or share it under another name (--name).");
+}
+
 }  // namespace
 
 Exporter::Exporter(Movie const& movie, fs::path const& output, Progress onProgress)
-    : movie(movie),
+    : movie(NotAt(output, movie)),
       output(output),
       unfinished(WithSuffix(output, kUnfinished)),
       onProgress(std::move(onProgress)),
@@ -139,6 +147,12 @@ void Exporter::Finish(ExportedFile exported) {
     }
     exported.file = output;
     promise.SetValue(std::move(exported));
+}
+
+std::string WhereItIsKept(fs::path const& exported) {
+    std::error_code error;
+    if (!fs::exists(exported, error)) return "";
+    return " The exported movie is kept: \"" + exported.string() + "\".";
 }
 
 }  // namespace quillohost

@@ -29,6 +29,7 @@ public:
     /// How far it is, 0 to 1; on the main thread. Not called when the movie's duration is unknown.
     using Progress = std::function<void(double)>;
 
+    /// A Failure (Export) when `output` is the movie itself, or ffmpeg is missing.
     Exporter(Movie const& movie, std::filesystem::path const& output, Progress onProgress);
     ~Exporter();
     Exporter(Exporter const&) = delete;
@@ -60,5 +61,9 @@ private:
     std::shared_ptr<Exporter*> self;  // for calls that may come when this is gone
     std::unique_ptr<ChildProcess> ffmpeg;
 };
+
+/// For the end of a failure's line: that the exported movie is kept, and where. Empty when it is
+/// not.
+[[nodiscard]] std::string WhereItIsKept(std::filesystem::path const& exported);
 
 }  // namespace quillohost

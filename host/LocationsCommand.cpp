@@ -46,11 +46,11 @@ ordered_json Describe(Session& session, Node const& node, int levels) {
                            {"type", TypeOf(node)},
                            {"children", ordered_json::array()}};
     if (levels == 0) return described;
-    auto const children = session.ChildrenOf(ParentOfChildren(node));
+    auto const children = session.AwaitLists(session.Lists().ChildrenOf(ParentOfChildren(node)));
     // All at once, so that the library may have as many on their way as the service allows.
     if (levels > 1)
         for (auto const& child : children)
-            session.StartFetching(ParentOfChildren(child));
+            ChildLists::StartFetching(ParentOfChildren(child));
     for (auto const& child : children)
         described["children"].push_back(Describe(session, child, levels - 1));
     return described;

@@ -2,8 +2,8 @@
 
 #include <exception>
 #include <functional>
-#include <thread>
 
+#include "host/SignalThread.h"
 #include "moxcore/async/Future.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 
@@ -37,10 +37,8 @@ public:
     void Fail(std::exception_ptr newFailure);
 
 private:
-    void HandleSignals();
-
     std::exception_ptr failure;  // main thread
-    std::thread signalThread;
+    SignalThread signals;
 };
 
 }  // namespace quillohost

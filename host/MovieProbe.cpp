@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <system_error>
 
@@ -48,6 +49,15 @@ char const* OtherKind(std::string const& format) {
     return nullptr;
 }
 
+/// Of "30000/1001", for instance; none of "0/0".
+std::optional<double> FrameRate(std::string const& fraction) {
+    char* rest = nullptr;
+    double const pictures = std::strtod(fraction.c_str(), &rest);
+    double const seconds = *rest == '/' ? std::strtod(rest + 1, nullptr) : 1;
+    if (pictures > 0 && seconds > 0) return pictures / seconds;
+    return std::nullopt;
+}
+
 }  // namespace
 
 fs::path FindFfmpegProgram(std::string const& name) {
@@ -71,10 +81,11 @@ MovieProbe::MovieProbe(fs::path const& path) : given(path) {
     movie.file = ReadableFile(path);
     ffprobe = std::make_unique<ChildProcess>(
         FindFfmpegProgram("ffprobe"),
-        std::vector<std::string>{
-            "-v", "error", "-protocol_whitelist", "file", "-of", "json", "-show_entries",
-            "format=format_name,duration:stream=codec_type:stream_disposition=attached_pic",
-            FfmpegFileName(movie.file)},
+        std::vector<std::string>{"-v", "error", "-protocol_whitelist", "file", "-of", "json",
+                                 "-show_entries",
+                                 "format=format_name,duration:stream=codec_type,avg_frame_rate:"
+                                 "stream_disposition=attached_pic",
+                                 FfmpegFileName(movie.file)},
         ChildProcess::Input::Nothing,
         ChildProcess::Hooks{
             .onOutput = [this](auto& line) { report += line; },
@@ -102,7 +113,10 @@ Movie MovieProbe::ReadReport() const {
         auto const kind = stream.value("codec_type", "");
         bool const isCover =
             stream.contains("disposition") && stream["disposition"].value("attached_pic", 0) != 0;
-        found.hasPicture |= kind == "video" && !isCover;
+        if (kind == "video" && !isCover && !found.hasPicture) {
+            found.hasPicture = true;
+            found.frameRate = FrameRate(stream.value("avg_frame_rate", ""));
+        }
         found.hasSound |= kind == "audio";
     }
     if (!found.hasPicture && !found.hasSound) Refuse(given, "it has neither picture nor sound.");

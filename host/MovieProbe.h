@@ -11,8 +11,9 @@ namespace quillohost {
 
 /// A movie that can be exported. At least one of picture and sound is there.
 struct Movie {
-    std::filesystem::path file;      ///< canonical
-    std::optional<double> duration;  ///< in seconds; none when its file does not tell
+    std::filesystem::path file;       ///< canonical
+    std::optional<double> duration;   ///< in seconds; none when its file does not tell
+    std::optional<double> frameRate;  ///< pictures in a second; none when its file does not tell
     bool hasPicture = false;
     bool hasSound = false;
 };
@@ -33,6 +34,9 @@ class MovieProbe {
 public:
     /// A Failure (Export) at once when `path` is no file that can be read.
     explicit MovieProbe(std::filesystem::path const& path);
+
+    /// The canonical path of the file.
+    [[nodiscard]] std::filesystem::path const& File() const { return movie.file; }
 
     /// Completes on the main thread; fails with a Failure (Export) when the file is no movie.
     [[nodiscard]] moxcore::async::Future<Movie> Result() const { return promise.GetFuture(); }

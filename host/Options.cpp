@@ -4,6 +4,7 @@
 #include <charconv>
 #include <functional>
 #include <string_view>
+#include <system_error>
 
 #include "host/Failure.h"
 #include "host/LocationPath.h"
@@ -13,11 +14,13 @@ namespace quillohost {
 char const* const kHelp =
     R"(quillo-host: shares a movie for review
 
-usage: quillo-host share MOVIE [--name NAME] [--to PATH] [--json]
+usage: quillo-host [MOVIE]
+       quillo-host share MOVIE [--name NAME] [--to PATH] [--json]
        quillo-host locations [--depth N] [--json] [--watch]
        quillo-host sign-in | sign-out | trace
        quillo-host --help | --version
 
+              without a command: opens a window that shows MOVIE and shares it
   share       exports MOVIE, uploads it and prints the link under which it can be reviewed;
               shared again, it becomes the next version under the same link
   locations   prints the places to share to
@@ -33,6 +36,11 @@ usage: quillo-host share MOVIE [--name NAME] [--to PATH] [--json]
                  the older client library, which follows changes
   --service URL  the service's address (a quillo-service that runs as long as the command does)
   --data DIR     where the host keeps its state (the user's XDG directories)
+
+For developers of the window:
+
+  --events FILE    write what its windows show, a line with a JSON object for each change
+  --watchdog FILE  write at its end what its events took of the thread that must not block
 
 Progress and errors go to standard error. Exit status: 0 done, 2 usage, 3 sign-in or no service,
 4 location, 5 export, 6 upload, 7 link, 130 interrupted, 1 anything else.
@@ -63,6 +71,12 @@ struct OptionRule {
 
 [[noreturn]] void Refuse(std::string const& message) {
     throw Failure(ExitCode::Usage, message + " (quillo-host --help tells more)");
+}
+
+/// A file that is written to; `option` is what the user has said.
+std::filesystem::path OutputFile(char const* option, std::string const& value) {
+    if (value.empty()) Refuse(std::string(option) + " is empty; name a file");
+    return std::filesystem::absolute(value);
 }
 
 void TakeName(Options& options, std::string const& value) {
@@ -108,6 +122,14 @@ std::vector<OptionRule> const& Rules() {
         {"--backend", {Command::Share, Command::Locations, Command::Trace}, true, TakeBackend},
         {"--service", {}, true, [](Options& options, auto& value) { options.service = value; }},
         {"--data", {}, true, TakeDirectory},
+        {"--events",
+         {Command::Editor},
+         true,
+         [](Options& options, auto& value) { options.events = OutputFile("--events", value); }},
+        {"--watchdog",
+         {Command::Editor},
+         true,
+         [](Options& options, auto& value) { options.watchdog = OutputFile("--watchdog", value); }},
     };
     return rules;
 }
@@ -141,8 +163,10 @@ void TakeOption(Options& options, std::string const& commandName,
 }
 
 void TakeMovie(Options& options, std::string const& commandName, std::string const& word) {
-    if (options.command != Command::Share) Refuse(commandName + " takes no \"" + word + "\"");
-    if (!options.movie.empty()) Refuse("share takes one movie; \"" + word + "\" is a second one");
+    if (options.command != Command::Share && options.command != Command::Editor)
+        Refuse(commandName + " takes no \"" + word + "\"");
+    if (!options.movie.empty())
+        Refuse(commandName + " takes one movie; \"" + word + "\" is a second one");
     if (word.empty()) Refuse("the movie's name is empty");
     options.movie = word;
 }
@@ -150,18 +174,18 @@ void TakeMovie(Options& options, std::string const& commandName, std::string con
 }  // namespace
 
 Options ParseOptions(std::vector<std::string> const& arguments) {
-    if (arguments.empty()) Refuse("name a command: share, locations, sign-in, sign-out or trace");
     if (std::find(arguments.begin(), arguments.end(), "--help") != arguments.end()) return {};
 
-    std::string const& commandName = arguments.front();
-    auto const* const rule = std::find_if(std::begin(kCommands), std::end(kCommands),
-                                          [&](auto& r) { return r.name == commandName; });
-    if (rule == std::end(kCommands)) Refuse("there is no command \"" + commandName + "\"");
+    auto const* const rule = std::find_if(
+        std::begin(kCommands), std::end(kCommands),
+        [&](auto& each) { return !arguments.empty() && each.name == arguments.front(); });
+    bool const isCommand = rule != std::end(kCommands);
+    std::string const commandName = isCommand ? std::string(rule->name) : "the window";
 
     Options options;
-    options.command = rule->command;
+    options.command = isCommand ? rule->command : Command::Editor;
     bool optionsEnded = false;
-    for (std::size_t i = 1; i < arguments.size(); ++i) {
+    for (std::size_t i = isCommand ? 1 : 0; i < arguments.size(); ++i) {
         std::string const& word = arguments[i];
         if (!optionsEnded && word == kEndOfOptions)
             optionsEnded = true;
@@ -174,6 +198,10 @@ Options ParseOptions(std::vector<std::string> const& arguments) {
         Refuse("share needs the name of a movie");
     if (options.watch && options.backend != Backend::Client)
         Refuse("--watch needs --backend client: the SDK does not tell of changes");
+    // Most likely a command that is misspelt; a window would come up to say so.
+    if (std::error_code error; options.command == Command::Editor && !options.movie.empty() &&
+                               !std::filesystem::exists(options.movie, error))
+        Refuse("there is no command and no movie \"" + options.movie.string() + "\"");
     return options;
 }
 

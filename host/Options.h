@@ -7,7 +7,7 @@
 
 namespace quillohost {
 
-enum class Command { Share, Locations, SignIn, SignOut, Trace, Help, Version };
+enum class Command { Editor, Share, Locations, SignIn, SignOut, Trace, Help, Version };
 
 /// What fills the library's tree of places.
 enum class Backend { Sdk, Client };
@@ -15,12 +15,14 @@ enum class Backend { Sdk, Client };
 /// What the command line says.
 struct Options {
     Command command = Command::Help;
-    std::filesystem::path movie;         ///< as given
+    std::filesystem::path movie;         ///< as given; may be empty for the editor
     std::optional<std::string> name;     ///< never empty
     std::vector<std::string> to;         ///< names from the account down; empty: not given
     std::optional<std::string> service;  ///< address; absent: a service of the host's own
     std::optional<std::filesystem::path> data;
     Backend backend = Backend::Sdk;
+    std::optional<std::filesystem::path> events;    ///< where the editor tells what it shows
+    std::optional<std::filesystem::path> watchdog;  ///< where the editor tells how long it blocked
     int depth = 4;
     bool watch = false;
     bool json = false;

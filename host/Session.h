@@ -1,19 +1,18 @@
 #pragma once
 
-#include <filesystem>
+#include <functional>
 #include <initializer_list>
 #include <memory>
-#include <optional>
-#include <string>
 #include <vector>
 
-#include "host/EmbeddedService.h"
+#include "host/ChildLists.h"
+#include "host/FailureInbox.h"
 #include "host/KeyLocks.h"
 #include "host/MainLoop.h"
 #include "host/Options.h"
 #include "host/ProgressDisplay.h"
+#include "host/ServiceConnection.h"
 #include "quillocommon/Failures.h"
-#include "quillomoxui/model/QuilloNode.h"
 #include "quillomoxui/model/QuilloUser.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
 
@@ -34,13 +33,8 @@ public:
     [[nodiscard]] MainLoop& Loop() const { return loop; }
     [[nodiscard]] ProgressDisplay& Display() const { return display; }
     [[nodiscard]] KeyLocks const& Locks() const { return locks; }
-    [[nodiscard]] std::string const& Address() const { return address; }
-
-    /// Where the state of a service of the host's own lies; none when the options name a service.
-    [[nodiscard]] std::optional<std::filesystem::path> EmbeddedData() const;
-
-    /// A name for the service that stays the same when one of the host's own changes its port.
-    [[nodiscard]] std::string ServiceName() const;
+    [[nodiscard]] ServiceConnection const& Service() const { return service; }
+    [[nodiscard]] ChildLists& Lists() { return lists; }
 
     /// Signs in and returns the user. A Failure (SignIn) when that is impossible.
     std::shared_ptr<quillomoxui::QuilloUser> SignIn();
@@ -48,14 +42,13 @@ public:
     /// Signs out: the token is forgotten. A Failure (SignIn) when that is impossible.
     void SignOut();
 
-    /// Has the children of `node` fetched unless they have been, or are on their way.
-    static void StartFetching(std::shared_ptr<quillomoxui::QuilloNode> const& node);
-
-    /// The children of `node`, which are fetched when they have not been, once they are there. They
-    /// may be replaced in the tree later, so hold on to those that are still needed, and to the
-    /// nodes above them. A Failure (Location) when the list cannot be had.
-    quillomoxui::NodeVector<quillomoxui::QuilloNode> ChildrenOf(
-        std::shared_ptr<quillomoxui::QuilloNode> const& node);
+    /// The value of `future`, which waits for lists of the tree; throws what it fails with, and a
+    /// Failure (SignIn) when the session has ended meanwhile.
+    template <class T>
+    T AwaitLists(moxcore::async::Future<T> const& future) {
+        WaitUntil(kSignInSteps, [&future] { return future.IsComplete(); });
+        return future.Get();
+    }
 
     /// As MainLoop::WaitUntil; also throws, as a Failure of its kind, the first failure of one of
     /// `steps` that has been reported in this session.
@@ -63,30 +56,25 @@ public:
                    std::function<bool()> const& done);
 
     /// Puts a failure behind those that have been reported.
-    void AddFailure(quillocommon::Failure const& failure) { failures->push_back(failure); }
+    void AddFailure(quillocommon::Failure const& failure) { failures.push_back(failure); }
 
 private:
-    void UseEmbeddedService(Options const& options);
+    static constexpr std::initializer_list<quillocommon::Step> kSignInSteps{
+        quillocommon::Step::SignIn, quillocommon::Step::ReadUser};
+
     [[nodiscard]] quillocommon::Failure const* FindFailure(
         std::initializer_list<quillocommon::Step> steps) const;
-    [[nodiscard]] std::size_t CountFailures(quillocommon::Step step) const;
     [[noreturn]] void Throw(quillocommon::Failure const& failure) const;
 
     MainLoop& loop;
     ProgressDisplay& display;
     Backend const backend;
     KeyLocks const locks;
-    std::shared_ptr<KeyLocks::Lock> serviceLock;
-    std::unique_ptr<EmbeddedService> embedded;
-    std::filesystem::path embeddedData;
-    std::string address;
+    std::vector<quillocommon::Failure> failures;  // those reported, first reported first
+    FailureInbox inbox;
+    ServiceConnection service;
+    ChildLists lists;
     std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
-    /// Shared with calls that are on their way to the main thread.
-    std::shared_ptr<std::vector<quillocommon::Failure>> failures;
-    std::shared_ptr<quillocommon::FailureSubscription> subscription;
 };
-
-/// Where the host keeps files of its own.
-[[nodiscard]] std::filesystem::path HostDataFile(std::string const& name);
 
 }  // namespace quillohost

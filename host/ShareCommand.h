@@ -13,6 +13,7 @@
 #include "host/MovieProbe.h"
 #include "host/Options.h"
 #include "host/Session.h"
+#include "host/SharedAsset.h"
 
 namespace quillohost {
 
@@ -41,28 +42,27 @@ public:
     Result Run();
 
     /// What the user must do for the link to open; empty when it opens as it is.
-    [[nodiscard]] std::string HowToOpen(std::string const& link) const;
+    [[nodiscard]] std::string HowToOpen(std::string const& link) const {
+        return session.Service().HowToOpen(link);
+    }
 
 private:
     using Folder = DestinationFinder::Folder;
 
-    void NameAsset();
-    void ConnectStore();
+    void ConnectLibrary();
     [[nodiscard]] Folder FindDestination(DestinationFinder& finder);
-    void ForgetUnfinishedShare();
     void ForgetLostShare(DestinationFinder& finder);
-    void TakeLock(std::string const& key);
-    [[nodiscard]] ExportedFile Export();
+    void TakeLocks();
+    [[nodiscard]] ExportedFile Export(Movie const& movie);
     void Upload(ExportedFile const& exported);
-    [[nodiscard]] std::string Stored(char const* key);
 
     Options const& options;
     ProgressDisplay& display;
     MainLoop& loop;
-    Movie const movie;
+    MovieProbe const probe;  // works while the session begins
     Session session;
-    AssetStore store;
-    AssetStore::Asset const asset;
+    std::shared_ptr<AssetStore> store;
+    SharedAsset asset;
     std::vector<std::shared_ptr<KeyLocks::Lock>> locks;
     std::optional<std::filesystem::path> exportRequest;  // where the library wants the file
     bool linkIsShown = false;                            // the library has taken the last step

@@ -5,21 +5,29 @@
 #include "moxcore/debug/Trace.h"
 
 namespace quillohost {
-namespace {
-
-constexpr char const* kCategory = "QuilloNative";
-constexpr int kLevel = 5;
-
-}  // namespace
 
 void Trace(Session& session) {
-    moxcore::debug::SetTraceSink(
-        [](int, std::string const&, std::string const& text) { std::fputs(text.c_str(), stdout); });
-    moxcore::debug::SetTraceLevel(kCategory, kLevel);
-    for (auto const& account : session.ChildrenOf(session.SignIn()))
-        for (auto const& workspace : session.ChildrenOf(account))
-            static_cast<void>(session.ChildrenOf(workspace));
-    session.ViewModel().Debug_TraceToConsole();
+    auto const childrenOf = [&session](ChildLists::Node const& node) {
+        return session.AwaitLists(session.Lists().ChildrenOf(node));
+    };
+    for (auto const& account : childrenOf(session.SignIn()))
+        for (auto const& workspace : childrenOf(account))
+            static_cast<void>(childrenOf(workspace));
+    PrintTrace(session.ViewModel());
+}
+
+void WantTrace() {
+    constexpr int kLevel = 5;
+    moxcore::debug::SetTraceLevel("QuilloNative", kLevel);
+}
+
+void PrintTrace(quillomoxui::ShareForReviewViewModel& viewModel) {
+    WantTrace();
+    moxcore::debug::SetTraceSink([](int, std::string const&, std::string const& text) {
+        std::fputs(text.c_str(), stdout);
+        std::fflush(stdout);
+    });
+    viewModel.Debug_TraceToConsole();
     moxcore::debug::SetTraceSink(nullptr);
 }
 

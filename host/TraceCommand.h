@@ -4,8 +4,14 @@
 
 namespace quillohost {
 
-/// Switches the library's trace on, to standard output, signs in, waits for the tree down to the
-/// projects and has the library trace all that it holds. A Failure as in Session. Main thread.
+/// Signs in, has the tree fetched down to the projects and prints what the library holds to
+/// standard output.
 void Trace(Session& session);
+
+/// Switches the library's traces for developers on: they go to standard error.
+void WantTrace();
+
+/// Prints what the library holds at this moment to standard output.
+void PrintTrace(quillomoxui::ShareForReviewViewModel& viewModel);
 
 }  // namespace quillohost

@@ -1,4 +1,4 @@
-// quillo-host on the command line.
+// quillo-host: a window, or a command.
 
 #include <cstdio>
 #include <exception>
@@ -8,6 +8,7 @@
 
 #include "host/DestinationFinder.h"
 #include "host/Failure.h"
+#include "host/HostFiles.h"
 #include "host/LocationsCommand.h"
 #include "host/MainLoop.h"
 #include "host/OneLine.h"
@@ -16,8 +17,7 @@
 #include "host/Session.h"
 #include "host/ShareCommand.h"
 #include "host/TraceCommand.h"
-#include "moxcore/filesupport/CommonDirs.h"
-#include "moxcore/string/Conversions.h"
+#include "host/editor/RunEditor.h"
 
 namespace {
 
@@ -52,26 +52,15 @@ void Share(Options const& options, MainLoop& loop, ProgressDisplay& display) {
 
 void SignIn(Session& session) {
     auto const user = session.SignIn();
-    Print("Signed in to " + session.Address() + " as " + OneLine(NameOf(*user)) + ".\n");
+    Print("Signed in to " + session.Service().Address() + " as " + OneLine(NameOf(*user)) + ".\n");
 }
 
 void SignOut(Session& session) {
     session.SignOut();
-    Print("Signed out of " + session.Address() + ".\n");
+    Print("Signed out of " + session.Service().Address() + ".\n");
 }
 
-void UseDataDirectory(Options const& options) {
-    using namespace moxcore;
-    filesupport::commondirs::SetApplicationName(string::AsciiToUTF16("quillo-host"));
-    if (options.data)
-        filesupport::commondirs::SetUserRoot(string::UTF8to16(options.data->string()));
-}
-
-void Run(Options const& options) {
-    if (options.command == Command::Help) return Print(kHelp);
-    if (options.command == Command::Version) return Print("quillo-host " QUILLO_HOST_VERSION "\n");
-
-    UseDataDirectory(options);
+void RunCommand(Options const& options) {
     MainLoop loop;
     ProgressDisplay display;
     if (options.command == Command::Share) return Share(options, loop, display);
@@ -84,6 +73,19 @@ void Run(Options const& options) {
     SignOut(session);
 }
 
+int Run(Options const& options) {
+    if (options.command == Command::Help) {
+        Print(kHelp);
+    } else if (options.command == Command::Version) {
+        Print("quillo-host " QUILLO_HOST_VERSION "\n");
+    } else {
+        UseDataDirectory(options);
+        if (options.command == Command::Editor) return editor::RunEditor(options);
+        RunCommand(options);
+    }
+    return static_cast<int>(ExitCode::Done);
+}
+
 int Report(std::string const& message, ExitCode exitCode) {
     std::fprintf(stderr, "quillo-host: %s\n", OneLine(message).c_str());
     return static_cast<int>(exitCode);
@@ -93,8 +95,7 @@ int Report(std::string const& message, ExitCode exitCode) {
 
 int main(int argc, char** argv) {
     try {
-        Run(ParseOptions({argv + 1, argv + argc}));
-        return static_cast<int>(ExitCode::Done);
+        return Run(ParseOptions({argv + 1, argv + argc}));
     } catch (Failure const& failure) {
         return Report(failure.what(), failure.GetExitCode());
     } catch (std::exception const& exception) {

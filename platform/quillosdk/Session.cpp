@@ -137,14 +137,10 @@ Answer Session::SendAs(std::shared_ptr<Identity const> const& identity,
     if (url.empty())
         return Answer::CreateFailed(kBadRequest, "no service address is set (QUILLO_SERVICE_URL)",
                                     nullptr);
-    return Transport::Get()->Send({.method = request.method,
-                                   .url = std::move(url),
-                                   .headers = request.headers,
-                                   .commonHeaders = {identity, &identity->headers},
-                                   .body = request.body,
-                                   .onBytesSent = request.onBytesSent,
-                                   .maxAnswerBytes = request.maxAnswerBytes,
-                                   .stallTimeout = request.stallTimeout});
+    HttpRequest sent = request;
+    sent.url = std::move(url);
+    sent.commonHeaders = {identity, &identity->headers};
+    return Transport::Get()->Send(std::move(sent));
 }
 
 moxcore::async::Future<std::string> Session::AwaitOtherToken(std::string const& rejected) {

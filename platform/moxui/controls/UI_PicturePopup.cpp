@@ -92,7 +92,6 @@ UI_PicturePopup::UI_PicturePopup() : menu(new Menu(*GetPeer().GetWidgetAs<QAbstr
 UI_PicturePopup::~UI_PicturePopup() {
     if (!GetPeer().GetWidget()) return;
     menu->hide();
-    menu->disconnect();
     menu->popup = nullptr;
 }
 

@@ -273,6 +273,21 @@ TEST_F(ScreenManagerTest, ClosingThePopupAndTheViewModelsNoneMeetInTheMiddle) {
     EXPECT_EQ(PopupWindow(), nullptr);
 }
 
+TEST_F(ScreenManagerTest, AViewTellsThePopupThatItIsInOfItsMenus) {
+    auto const view = ViewAfter(ID::ReviewInQuillo);
+    auto const popup = boost::dynamic_pointer_cast<moxui::controls::UI_TouchPopupContainer>(
+        view->UI_GetRootNode());
+    ASSERT_NE(popup, nullptr);
+    view->SetPreShowPopupMenu();
+    EXPECT_TRUE(popup->GetPopupMenuShowing());
+    view->SetPostShowPopupMenu();
+    EXPECT_FALSE(popup->GetPopupMenuShowing());
+
+    ViewAfter(ID::SigninPrompt);
+    view->SetPreShowPopupMenu();
+    EXPECT_FALSE(popup->GetPopupMenuShowing()) << "it is in no popup any more";
+}
+
 TEST_F(ScreenManagerTest, NothingFollowsTheViewModelOnceItIsGone) {
     ViewAfter(ID::SigninPrompt);
     screenManager.reset();

@@ -119,17 +119,17 @@ public:
     QAccessible::State state() const override {
         auto state = QAccessibleWidget::state();
         state.expandable = true;
-        state.expanded = Shown().view()->isVisible();
+        state.expanded = Shown().IsOpen();
         state.hasPopup = true;
         return state;
     }
 
     int childCount() const override { return 1; }
     QAccessibleInterface* child(int index) const override {
-        return index == 0 ? QAccessible::queryAccessibleInterface(Shown().view()) : nullptr;
+        return index == 0 ? QAccessible::queryAccessibleInterface(&Shown().List()) : nullptr;
     }
     int indexOfChild(QAccessibleInterface const* child) const override {
-        return child && child->object() == Shown().view() ? 0 : -1;
+        return child && child->object() == &Shown().List() ? 0 : -1;
     }
 
     QStringList actionNames() const override {
@@ -138,7 +138,7 @@ public:
     void doAction(QString const& name) override {
         if (name != showMenuAction() && name != pressAction())
             QAccessibleWidget::doAction(name);
-        else if (Shown().view()->isVisible())
+        else if (Shown().IsOpen())
             Shown().hidePopup();
         else
             Shown().showPopup();
@@ -151,6 +151,8 @@ private:
 QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
     if (auto* const view = qobject_cast<ViewWidget*>(object)) return new AccessibleView(view);
     if (auto* const button = qobject_cast<PushButton*>(object)) return new AccessibleButton(button);
+    if (auto* const dropDown = dynamic_cast<DropDown*>(object))
+        return new AccessibleDropDown(dropDown);
     return nullptr;
 }
 

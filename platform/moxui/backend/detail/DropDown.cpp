@@ -48,22 +48,29 @@ protected:
 DropDown::DropDown() : entries(new MenuModel(this)), delegate(new MenuDelegate(*entries, this)) {
     TellAssistiveToolsAboutViews();
     setStyle(&ListStyle::Get());
-    auto* const list = new MenuList;
     setModel(entries);
-    setView(list);
-    list->setItemDelegate(delegate);
-    list->setUniformItemSizes(true);
-    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    list->verticalScrollBar()->setStyle(&ListStyle::Get());
-    list->window()->setStyle(&ListStyle::Get());
-    list->window()->installEventFilter(this);
     setFont(ThemeFont(""));
     setMaxVisibleItems(kEntriesSeen);
 }
 
 DropDown::~DropDown() {
-    view()->window()->removeEventFilter(this);
+    if (list) list->window()->removeEventFilter(this);
     notices.HasClosed();
+}
+
+QAbstractItemView& DropDown::List() {
+    if (list) return *list;
+    auto* const made = new MenuList;
+    list = made;
+    setView(made);
+    made->setItemDelegate(delegate);
+    made->setUniformItemSizes(true);
+    made->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    made->verticalScrollBar()->setStyle(&ListStyle::Get());
+    made->window()->setStyle(&ListStyle::Get());
+    made->window()->installEventFilter(this);
+    made->window()->setFont(font());
+    return *made;
 }
 
 void DropDown::ShowEntry(int row) {
@@ -83,14 +90,14 @@ void DropDown::showPopup() {
     boost::intrusive_ptr<ui::UI_Node> const alive(node);
     notices.WillOpen();
     if (node && isVisible() && isEnabled()) {
-        ApplyTheme(*view()->window());
+        ApplyTheme(*List().window());
         int const frame = 2 * WholeSize(Size::LineWidth);
         int const bar = count() > kEntriesSeen ? WholeSize(Size::ScrollBar) : 0;
-        view()->setMinimumWidth(std::min(delegate->WidestEntry(font()) + bar + frame,
-                                         screen()->availableSize().width()));
+        List().setMinimumWidth(std::min(delegate->WidestEntry(font()) + bar + frame,
+                                        screen()->availableSize().width()));
         QComboBox::showPopup();
     }
-    if (!view()->isVisible()) notices.HasClosed();
+    if (!IsOpen()) notices.HasClosed();
     update();
 }
 
@@ -101,13 +108,13 @@ void DropDown::hidePopup() {
         QScopedValueRollback const hiding(isHiding, true);
         QComboBox::hidePopup();
     }
-    if (!view()->isVisible()) notices.HasClosed();
+    if (!IsOpen()) notices.HasClosed();
     update();
 }
 
 bool DropDown::eventFilter(QObject* watched, QEvent* event) {
     // A click elsewhere closes the menu without hidePopup.
-    bool const isMenu = watched == view()->window();
+    bool const isMenu = list && watched == list->window();
     if (isMenu && event->type() == QEvent::Hide && !isHiding) {
         notices.HasClosed();
         update();
@@ -145,7 +152,13 @@ void DropDown::resizeEvent(QResizeEvent* event) {
 }
 
 void DropDown::changeEvent(QEvent* event) {
-    QComboBox::changeEvent(event);
+    // Qt would make a list of its own, to tell it.
+    bool const isForTheList =
+        event->type() == QEvent::StyleChange || event->type() == QEvent::FontChange;
+    if (list || !isForTheList)
+        QComboBox::changeEvent(event);
+    else
+        QWidget::changeEvent(event);
     if (event->type() == QEvent::FontChange) Refit();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractItemView>
 #include <QComboBox>
 
 #include "moxui/backend/detail/MenuDelegate.h"
@@ -26,6 +27,11 @@ public:
 
     MenuNotices notices;
 
+    /// The menu's list, made when it is first needed: most popups are closed without anybody having
+    /// opened their menus.
+    [[nodiscard]] QAbstractItemView& List();
+    [[nodiscard]] bool IsOpen() const { return list && list->isVisible(); }
+
     void showPopup() override;
     void hidePopup() override;
 
@@ -45,6 +51,7 @@ private:
 
     MenuModel* entries;
     MenuDelegate* delegate;
+    QAbstractItemView* list = nullptr;
     FittedText shown;  // the chosen entry's text
     controls::ButtonChromeType chrome = controls::ButtonChromeType::Push;
     bool isHiding = false;

@@ -27,23 +27,26 @@ std::vector<QWidget*> FocusableBelow(QWidget const& ancestor) {
 }
 
 std::vector<QWidget*> TabStopsBelow(QWidget const& ancestor) {
-    auto stops = FocusableBelow(ancestor);
-    std::vector<QWidget*> leftOut;
-    for (auto* const widget : stops) {
+    auto const focusable = FocusableBelow(ancestor);
+    std::vector<QWidget const*> rows;
+    for (auto const* const widget : focusable)
+        if (auto const* const list = dynamic_cast<ScrollWidget const*>(widget))
+            for (auto const* const row : list->Rows())
+                rows.push_back(row);
+    std::sort(rows.begin(), rows.end());
+
+    std::vector<QWidget*> stops;
+    for (auto* const widget : focusable) {
         auto const* const list = dynamic_cast<ScrollWidget const*>(widget);
-        if (!list) continue;
-        auto const* const stop = list->RowForTab();
-        for (auto* const row : list->Rows())
-            if (row != stop) leftOut.push_back(row);
-        if (!FocusableBelow(*list).empty()) leftOut.push_back(widget);
+        if (!list) {
+            if (!std::binary_search(rows.begin(), rows.end(), widget)) stops.push_back(widget);
+        } else if (auto* const row = list->RowForTab()) {
+            // In the list's place: its own may be scrolled off.
+            stops.push_back(row);
+        } else if (list->CanScroll() && FocusableBelow(*list).empty()) {
+            stops.push_back(widget);
+        }
     }
-    std::sort(leftOut.begin(), leftOut.end());
-    stops.erase(std::remove_if(stops.begin(), stops.end(),
-                               [&](QWidget* widget) {
-                                   return std::binary_search(leftOut.begin(), leftOut.end(),
-                                                             widget);
-                               }),
-                stops.end());
     return stops;
 }
 

@@ -9,8 +9,8 @@ namespace moxui::backend {
 /// reading order.
 [[nodiscard]] std::vector<QWidget*> FocusableBelow(QWidget const& ancestor);
 
-/// Those among them at which Tab stops: the rows of a list are one stop, and a list is none beside
-/// its rows.
+/// Those among them at which Tab stops: the rows of a list are one stop, and a list is one only
+/// where it scrolls and holds none.
 [[nodiscard]] std::vector<QWidget*> TabStopsBelow(QWidget const& ancestor);
 
 }  // namespace moxui::backend

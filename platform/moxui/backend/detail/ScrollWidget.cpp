@@ -41,6 +41,10 @@ void ScrollWidget::PlaceContent() {
     scrollContentsBy(0, 0);
 }
 
+bool ScrollWidget::CanScroll() const {
+    return verticalScrollBar()->maximum() > 0 || horizontalScrollBar()->maximum() > 0;
+}
+
 std::vector<QWidget*> ScrollWidget::Rows() const {
     if (!widget()) return {};
     auto rows = FocusableBelow(*widget());

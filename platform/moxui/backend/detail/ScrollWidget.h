@@ -21,6 +21,8 @@ public:
     /// Puts the content where the scroll bars say.
     void PlaceContent();
 
+    [[nodiscard]] bool CanScroll() const;
+
     /// The rows (views that are list items) in it that can have the focus, from the top.
     [[nodiscard]] std::vector<QWidget*> Rows() const;
     /// Of these, the one at which Tab stops: the one that had the focus last, or the first; null

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "host/Options.h"
+
+namespace quillohost {
+
+/// Has the host and the library keep their files where the options say. Call before either writes
+/// any.
+void UseDataDirectory(Options const& options);
+
+/// Where the host keeps files of its own.
+[[nodiscard]] std::filesystem::path HostDataFile(std::string const& name);
+
+}  // namespace quillohost

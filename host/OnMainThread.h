@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+
+#include "moxcore/async/Future.h"
+#include "moxcore/threads/AsyncCallFromMainThread.h"
+
+namespace quillohost {
+
+/// Calls `continuation` with `future` on the main thread, never inside this call, once it is
+/// complete; not when `owner` has gone by then. Any thread.
+template <class T, class Owner, class Continuation>
+void OnMainThread(moxcore::async::Future<T> const& future, std::weak_ptr<Owner> const& owner,
+                  Continuation continuation) {
+    static_cast<void>(future.Then([owner, continuation](auto const& complete) {
+        moxcore::threads::AsyncCallFromMainThread(
+            [owner, continuation, complete] {
+                if (auto const alive = owner.lock()) continuation(complete);
+            },
+            0);
+    }));
+}
+
+}  // namespace quillohost

@@ -1,0 +1,82 @@
+#include "host/editor/Destinations.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/OnMainThread.h"
+#include "quillomoxui/viewmodel/AssetDataKeys.h"
+
+namespace quillohost::editor {
+
+using moxcore::utility::Guid;
+using quillomoxui::FetchChildrenState;
+using quillomoxui::QuilloUser;
+
+Destinations::Destinations(std::shared_ptr<quillomoxui::ShareForReviewViewModel> newViewModel,
+                           std::function<void(std::string const&)> newTell)
+    : viewModel(std::move(newViewModel)), tell(std::move(newTell)) {
+    userBinding = viewModel->UserNotifyingPropertyHost::BindValueChanged(
+        [this](auto const& changed) { OnUserChanged(changed); });
+}
+
+void Destinations::Restore(std::shared_ptr<SharedAsset> const& newAsset) {
+    asset = newAsset;
+    RestoreSelection();
+}
+
+std::vector<Guid> Destinations::WayTo(Guid const& folder) const {
+    auto const found = ways.find(folder.AsStdString());
+    return found == ways.end() ? std::vector<Guid>() : found->second;
+}
+
+void Destinations::OnUserChanged(std::shared_ptr<QuilloUser> const& changed) {
+    user = changed;
+    selectionBinding = user->SelectionPathNotifyingPropertyHost::BindValueChanged([this](auto&) {
+        if (auto const folder = user->GetSelection())
+            ways[folder->GetID().AsStdString()] = IDsOf(quillohost::WayTo(folder));
+    });
+    RestoreSelection();
+}
+
+void Destinations::RestoreSelection() {
+    attempt.reset();
+    if (!asset || !user || user->GetID().IsNull()) return;
+    auto const way = asset->Way();
+    if (way.empty()) return;
+    attempt = std::make_shared<int>();
+    auto const before = user->GetSelection();
+    OnMainThread(FindByWay(lists, user, way), std::weak_ptr(attempt), [=, this](auto const& found) {
+        if (user->GetSelection() != before) return;  // the user has been quicker
+        try {
+            OnPlaceFound(found.Get());
+        } catch (std::exception const& exception) {
+            tell(exception.what());
+        }
+    });
+}
+
+void Destinations::OnPlaceFound(Place const& found) {
+    if (!found.folder) return tell("The folder that this movie was shared to last is gone.");
+    bool const isNews = found.folder->GetFetchChildrenState() == FetchChildrenState::NotFetched;
+    place = found;
+    user->SetSelection(place.folder);
+    // A list that was read before may be older than what has been shared since.
+    if (isNews) CheckThatItIsThere(place);
+}
+
+void Destinations::CheckThatItIsThere(Place const& shared) {
+    OnMainThread(lists.ChildrenOf(shared.folder), std::weak_ptr(attempt), [this](auto const& list) {
+        if (list.GetException()) return;  // unknown; what failed is told by others
+        auto const stack = asset->Stored(quillomoxui::assetdata::kVersionStackGuid);
+        auto const children = list.Get();
+        if (std::any_of(children.begin(), children.end(),
+                        [&](auto const& child) { return child->GetID() == Guid(stack); }))
+            return;
+        tell(
+            "The service no longer has what was shared of this movie; it will be "
+            "shared anew.");
+        asset->ForgetShares();
+    });
+}
+
+}  // namespace quillohost::editor

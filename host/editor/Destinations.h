@@ -1,0 +1,54 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/FolderWay.h"
+#include "host/SharedAsset.h"
+#include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
+
+namespace quillohost::editor {
+
+/// Where movies are shared to: selects, for the movie that is to be shared, the folder that it was
+/// shared to last, as soon as somebody is signed in, and knows the way to each folder that was
+/// selected. Main thread.
+class Destinations {
+public:
+    using Guid = moxcore::utility::Guid;
+
+    /// `tell` hears what the user should know.
+    Destinations(std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel,
+                 std::function<void(std::string const&)> tell);
+
+    /// From now on `asset` is to be shared. A folder that is selected stays so when the asset was
+    /// never shared.
+    void Restore(std::shared_ptr<SharedAsset> const& asset);
+
+    /// A share begins: what is stored with the asset is left alone from now on.
+    void Settle() { attempt.reset(); }
+
+    /// From the account down to a folder that was selected, by IDs; empty when it was not.
+    [[nodiscard]] std::vector<Guid> WayTo(Guid const& folder) const;
+
+private:
+    void OnUserChanged(std::shared_ptr<quillomoxui::QuilloUser> const& user);
+    void RestoreSelection();
+    void OnPlaceFound(Place const& found);
+    void CheckThatItIsThere(Place const& found);
+
+    std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
+    std::function<void(std::string const&)> tell;
+    std::shared_ptr<SharedAsset> asset;
+    std::shared_ptr<quillomoxui::QuilloUser> user;
+    std::map<std::string, std::vector<Guid>> ways;  // by the folder's ID as text
+    Place place;                                    // keeps the selection where it is in the tree
+    std::shared_ptr<int> attempt;                   // what is looked for is dropped with it
+    ChildLists lists;
+    std::shared_ptr<quillomoxui::BindingHandle> userBinding;
+    std::shared_ptr<quillomoxui::BindingHandle> selectionBinding;
+};
+
+}  // namespace quillohost::editor

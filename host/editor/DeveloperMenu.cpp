@@ -1,0 +1,46 @@
+#include "host/editor/DeveloperMenu.h"
+
+#include "host/TraceCommand.h"
+#include "moxcore/debug/DebugDatabase.h"
+
+namespace quillohost::editor {
+namespace {
+
+struct Switch {
+    char const* key;
+    bool byDefault;
+    char const* text;
+};
+
+constexpr Switch kSwitches[] = {
+    {"QuilloNative.UseQuilloCppSdk", true, "Talk to the Service Through the &SDK"},
+    {"UnifiedHeader.ShowQuilloNativeShareButtonDebugView", false,
+     "Share Button Opens the &Debug View"},
+    {"UnifiedHeader.ShowQuilloNativeShareButtonCopyLinkView", false,
+     "Share Button Opens the &Copy Link View"},
+    {"UnifiedHeader.ShowQuilloNativeShareButtonEncodingProgressView", false,
+     "Share Button Opens the &Progress View"},
+};
+
+}  // namespace
+
+DeveloperMenu::DeveloperMenu(Sharing& sharing) : QMenu("&Developer") {
+    setToolTipsVisible(true);
+    auto& database = moxcore::debug::DebugDatabase::Instance();
+    for (auto const& each : kSwitches) {
+        auto* const action = addAction(each.text);
+        action->setToolTip(each.key);
+        action->setCheckable(true);
+        action->setChecked(database.GetEntryAs<bool>(each.key, each.byDefault));
+        connect(action, &QAction::toggled, this,
+                [&database, key = each.key](bool on) { database.SetEntry(key, on); });
+    }
+    addSeparator();
+    addAction("&Show Debug View", this, [&sharing] {
+        WantTrace();
+        sharing.ShowDebugView();
+    });
+    addAction("&Trace to Console", this, [&sharing] { PrintTrace(sharing.ViewModel()); });
+}
+
+}  // namespace quillohost::editor

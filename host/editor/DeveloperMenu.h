@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QMenu>
+
+#include "host/editor/Sharing.h"
+
+namespace quillohost::editor {
+
+/// The library's developer switches, which are in force until the program ends, and its trace.
+class DeveloperMenu : public QMenu {
+public:
+    explicit DeveloperMenu(Sharing& sharing);
+};
+
+}  // namespace quillohost::editor

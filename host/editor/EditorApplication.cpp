@@ -1,0 +1,68 @@
+#include "host/editor/EditorApplication.h"
+
+#include <QThread>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <utility>
+
+#include "host/Failure.h"
+
+namespace quillohost::editor {
+namespace {
+
+/// Qt keeps these as long as the application lives, and takes out what it understands.
+struct ProgramArguments {
+    int count = 1;
+    char name[12] = "quillo-host";
+    char* values[2] = {name, nullptr};
+};
+
+ProgramArguments& Arguments() {
+    static ProgramArguments arguments;
+    return arguments;
+}
+
+/// Qt ends the process with a dump of its memory when it finds no display.
+void ExitWithoutDisplay(QtMsgType type, QMessageLogContext const&, QString const&) {
+    if (type != QtFatalMsg) return;
+    std::fputs(
+        "quillo-host: Cannot open a window: there is no display. Run it in a desktop session, or "
+        "name a command, which needs none; quillo-host --help lists them.\n",
+        stderr);
+    std::_Exit(static_cast<int>(ExitCode::Other));
+}
+
+/// Stands before the application's own construction.
+int& CountWhileWatchingForDisplay() {
+    qInstallMessageHandler(ExitWithoutDisplay);
+    return Arguments().count;
+}
+
+}  // namespace
+
+EditorApplication::EditorApplication(std::optional<std::filesystem::path> newWatchdogFile)
+    : QApplication(CountWhileWatchingForDisplay(), Arguments().values),
+      watchdogFile(std::move(newWatchdogFile)) {
+    qInstallMessageHandler(nullptr);
+    setApplicationDisplayName("quillo-host");
+    setStyle("Fusion");
+    // A popup or a dialog that closes last must not end the program.
+    setQuitOnLastWindowClosed(false);
+}
+
+EditorApplication::~EditorApplication() {
+    if (watchdogFile) std::ofstream(*watchdogFile) << watchdog.Report();
+}
+
+bool EditorApplication::notify(QObject* receiver, QEvent* event) {
+    if (!watchdogFile || thread() != QThread::currentThread())
+        return QApplication::notify(receiver, event);
+    watchdog.Begin(receiver->metaObject()->className(), event->type(), thread()->loopLevel(),
+                   Watchdog::Now());
+    bool const result = QApplication::notify(receiver, event);
+    watchdog.End(Watchdog::Now());
+    return result;
+}
+
+}  // namespace quillohost::editor

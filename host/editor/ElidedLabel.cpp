@@ -1,0 +1,39 @@
+#include "host/editor/ElidedLabel.h"
+
+#include <QEvent>
+#include <QPainter>
+
+namespace quillohost::editor {
+
+ElidedLabel::ElidedLabel(QString const& name, Qt::TextElideMode mode) : name(name), mode(mode) {
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+void ElidedLabel::SetText(QString const& newText) {
+    text = newText;
+    setAccessibleName(text.isEmpty() ? name : name + ": " + text);
+    updateGeometry();
+    update();
+}
+
+QSize ElidedLabel::sizeHint() const {
+    return {fontMetrics().horizontalAdvance(text), fontMetrics().height() + 4};
+}
+
+QSize ElidedLabel::minimumSizeHint() const {
+    return {40, sizeHint().height()};
+}
+
+void ElidedLabel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine,
+                     fontMetrics().elidedText(text, mode, width()));
+}
+
+bool ElidedLabel::event(QEvent* event) {
+    if (event->type() == QEvent::ToolTip)
+        setToolTip(fontMetrics().horizontalAdvance(text) > width() ? text.toHtmlEscaped() : "");
+    return QWidget::event(event);
+}
+
+}  // namespace quillohost::editor

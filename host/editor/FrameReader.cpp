@@ -1,0 +1,115 @@
+#include "host/editor/FrameReader.h"
+
+#include <signal.h>
+#include <sys/prctl.h>
+
+#include <QProcess>
+#include <optional>
+#include <utility>
+
+#include "host/MovieProbe.h"
+
+namespace quillohost::editor {
+namespace {
+
+QStringList Arguments(FrameReader::Request const& request) {
+    auto const fit =
+        QStringLiteral("scale=iw*sar:ih,scale=%1:%2:force_original_aspect_ratio=decrease,setsar=1")
+            .arg(request.bounds.width())
+            .arg(request.bounds.height());
+    return {"-nostdin",
+            "-hide_banner",
+            "-loglevel",
+            "error",
+            "-protocol_whitelist",
+            "file",
+            "-ss",
+            QString::number(request.seconds, 'f', 6),
+            "-i",
+            QString::fromStdString(FfmpegFileName(request.file)),
+            "-map",
+            "0:V:0",
+            "-frames:v",
+            "1",
+            "-vf",
+            fit,
+            "-f",
+            "image2pipe",
+            "-c:v",
+            "ppm",
+            "pipe:1"};
+}
+
+/// In the new process, before it becomes the program: it ends with the host, and takes the signals
+/// that the host has blocked for itself.
+void PrepareChild() {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+}  // namespace
+
+/// Lives on the reading thread.
+class FrameReader::Worker : public QObject {
+public:
+    Worker(FrameReader& reader, std::filesystem::path const& ffmpeg) : reader(reader) {
+        process.setParent(this);
+        process.setProgram(QString::fromStdString(ffmpeg.string()));
+        process.setChildProcessModifier(PrepareChild);
+        connect(&process, &QProcess::finished, this, [this] { OnFinished(); });
+        connect(&process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+            if (error == QProcess::FailedToStart) OnFinished();
+        });
+    }
+
+    void Ask(Request const& request) {
+        next = request;
+        if (process.state() == QProcess::NotRunning) Begin();
+    }
+
+private:
+    void Begin() {
+        current = *std::exchange(next, std::nullopt);
+        process.setArguments(Arguments(current));
+        process.start(QIODevice::ReadOnly);
+    }
+
+    void OnFinished() {
+        auto const frame = QImage::fromData(process.readAllStandardOutput(), "PPM")
+                               .convertToFormat(QImage::Format_RGB32);
+        auto const said = process.readAllStandardError().split('\n').front().toStdString();
+        QMetaObject::invokeMethod(&reader, [&to = reader, frame, said, request = current] {
+            if (!frame.isNull()) return to.hooks.onFrame(frame, request);
+            to.hooks.onFailure(
+                "Cannot show a picture of \"" + request.file.string() + "\": " +
+                (said.empty() ? "there is none here." : FfmpegComplaint(said, request.file)));
+        });
+        if (next) Begin();
+    }
+
+    FrameReader& reader;
+    QProcess process;
+    Request current;
+    std::optional<Request> next;
+};
+
+FrameReader::FrameReader(Hooks newHooks)
+    : hooks(std::move(newHooks)), worker(new Worker(*this, FindFfmpegProgram("ffmpeg"))) {
+    worker->moveToThread(&thread);
+    connect(&thread, &QThread::finished, worker, &QObject::deleteLater);
+    thread.setObjectName("frames");
+    thread.start();
+}
+
+FrameReader::~FrameReader() {
+    thread.quit();
+    thread.wait();
+}
+
+void FrameReader::Read(Request const& request) {
+    QMetaObject::invokeMethod(worker, [to = worker, request] { to->Ask(request); });
+}
+
+}  // namespace quillohost::editor

@@ -1,0 +1,305 @@
+#include "host/editor/MainWindow.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFile>
+#include <QFileDialog>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QStatusBar>
+#include <QToolBar>
+#include <system_error>
+#include <utility>
+
+#include "host/HostFiles.h"
+#include "host/OnMainThread.h"
+#include "host/OneLine.h"
+#include "host/editor/AppTheme.h"
+#include "host/editor/DeveloperMenu.h"
+#include "host/editor/Welcome.h"
+#include "moxui/backend/HostWidget.h"
+
+namespace quillohost::editor {
+namespace {
+
+namespace fs = std::filesystem;
+using Phase = Sharing::Phase;
+
+constexpr char const* kThemeKey = "theme";
+constexpr int kProgressSteps = 1000;
+
+QString NameOf(fs::path const& file) {
+    return QFile::decodeName(file.c_str());
+}
+
+fs::path PathOf(QString const& name) {
+    return fs::path(QFile::encodeName(name).toStdString());
+}
+
+/// What the window says of a share that goes on.
+char const* Describe(Phase phase) {
+    switch (phase) {
+        case Phase::Idle:
+            return "";
+        case Phase::Linking:
+            return "Making a link for";
+        case Phase::Exporting:
+            return "Exporting";
+        case Phase::Uploading:
+            return "Uploading";
+        case Phase::Finishing:
+            return "Finishing";
+    }
+    return "";
+}
+
+}  // namespace
+
+MainWindow::MainWindow(Options const& options, EventLog* log)
+    : log(log),
+      settings(NameOf(HostDataFile("editor.ini")), QSettings::IniFormat),
+      recentMovies(settings),
+      shareButton(new QPushButton("Share")),
+      title(new ElidedLabel("Movie", Qt::ElideMiddle)),
+      message(new ElidedLabel("Message", Qt::ElideRight)),
+      phaseLabel(new ElidedLabel("Share", Qt::ElideMiddle)),
+      progress(new QProgressBar),
+      pages(new QStackedWidget),
+      player(new Player([this](auto const& line) { Tell(line); })),
+      openAction(new QAction("&Open...", this)),
+      sampleAction(new QAction("Open the &Sample Clip", this)),
+      shareAction(new QAction("&Share for Review...", this)),
+      shareAgainAction(new QAction("Share a &New Version...", this)),
+      cancelAction(new QAction("&Cancel the Export", this)),
+      sharing(options, *shareButton,
+              {.tell = [this](auto const& line) { Tell(line); },
+               .onChanged = [this] { OnSharingChanged(); }}),
+      self(std::make_shared<MainWindow*>(this)) {
+    MakeToolBar();
+    MakeStatusBar();
+    MakeFileMenu();
+    MakeShareMenu();
+    MakeThemeMenu();
+    menuBar()->addMenu(new DeveloperMenu(sharing));
+    pages->addWidget(new Welcome({openAction, sampleAction}));
+    pages->addWidget(player);
+    setCentralWidget(pages);
+    setAcceptDrops(true);
+    setWindowTitle("quillo-host");
+    moxui::backend::SetMainTopLevelWindow(this);
+    OnSharingChanged();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::MakeToolBar() {
+    auto* const bar = addToolBar("Movie");
+    bar->setMovable(false);
+    bar->setContextMenuPolicy(Qt::PreventContextMenu);
+    bar->addWidget(title);
+    bar->addWidget(shareButton);
+    shareButton->setToolTip("Share the movie for review (Ctrl+Shift+E)");
+    connect(shareButton, &QPushButton::clicked, shareAction, &QAction::trigger);
+}
+
+void MainWindow::MakeStatusBar() {
+    progress->setRange(0, kProgressSteps);
+    progress->setFixedSize(120, 14);
+    progress->setTextVisible(false);
+    progress->setAccessibleName("Progress of the share");
+    statusBar()->setSizeGripEnabled(false);
+    statusBar()->addWidget(message, 3);
+    statusBar()->addPermanentWidget(phaseLabel, 1);
+    statusBar()->addPermanentWidget(progress);
+    auto& viewModel = sharing.ViewModel();
+    bindings.push_back(viewModel.EncodingProgressNotifyingPropertyHost::BindValueChanged(
+        [this](double done) { progress->setValue(static_cast<int>(done * kProgressSteps)); }));
+}
+
+void MainWindow::MakeFileMenu() {
+    auto* const menu = menuBar()->addMenu("&File");
+    menu->addAction(openAction);
+    openAction->setShortcut(QKeySequence::Open);
+    connect(openAction, &QAction::triggered, this, [this] { ChooseMovie(); });
+    recentMenu = menu->addMenu("Open &Recent");
+    connect(recentMenu, &QMenu::aboutToShow, this, [this] { FillRecentMenu(); });
+    menu->addAction(sampleAction);
+    connect(sampleAction, &QAction::triggered, this, [this] { OpenSampleClip(); });
+    menu->addSeparator();
+    menu->addAction("&Quit", QKeySequence::Quit, this, [this] { close(); });
+}
+
+void MainWindow::FillRecentMenu() {
+    recentMenu->clear();
+    for (auto const& movie : recentMovies.Get()) {
+        auto* const action = recentMenu->addAction(NameOf(movie).replace("&", "&&"), this,
+                                                   [this, movie] { Open(movie); });
+        std::error_code error;
+        action->setEnabled(fs::exists(movie, error));
+    }
+    bool const isEmpty = recentMenu->isEmpty();
+    recentMenu->addSeparator();
+    recentMenu->addAction("&Clear This List", this, [this] { recentMovies.Clear(); })
+        ->setEnabled(!isEmpty);
+}
+
+void MainWindow::MakeShareMenu() {
+    auto* const menu = menuBar()->addMenu("&Share");
+    menu->addAction(shareAction);
+    shareAction->setShortcut(QKeySequence("Ctrl+Shift+E"));
+    connect(shareAction, &QAction::triggered, this, [this] { sharing.OpenPopup(); });
+    menu->addAction(shareAgainAction);
+    connect(shareAgainAction, &QAction::triggered, this, [this] { sharing.ShareAgain(); });
+    menu->addAction(cancelAction);
+    connect(cancelAction, &QAction::triggered, this, [this] { sharing.CancelExport(); });
+    menu->addSeparator();
+    auto* const signOut =
+        menu->addAction("Sign &Out", this, [this] { sharing.ViewModel().Logout(); });
+    bindings.push_back(sharing.ViewModel().IsLoggedInNotifyingPropertyHost::BindValueChanged(
+        [signOut](bool isLoggedIn) { signOut->setEnabled(isLoggedIn); }));
+}
+
+void MainWindow::MakeThemeMenu() {
+    auto* const menu = menuBar()->addMenu("&View")->addMenu("&Theme");
+    auto* const group = new QActionGroup(this);
+    auto const inForce = settings.value(kThemeKey).toInt();
+    for (auto const& [choice, text] :
+         {std::pair(ThemeChoice::System, "As the &System"), std::pair(ThemeChoice::Dark, "&Dark"),
+          std::pair(ThemeChoice::Light, "&Light")}) {
+        auto const number = static_cast<int>(choice);
+        auto* const action = menu->addAction(text, this, [this, choice = choice, number] {
+            settings.setValue(kThemeKey, number);
+            UseTheme(choice);
+        });
+        action->setCheckable(true);
+        action->setChecked(number == inForce);
+        group->addAction(action);
+    }
+    UseTheme(static_cast<ThemeChoice>(inForce));
+}
+
+void MainWindow::ChooseMovie() {
+    auto const name = QFileDialog::getOpenFileName(
+        this, "Open a Movie", {},
+        "Movies (*.mov *.mp4 *.m4v *.mkv *.avi *.webm *.mxf *.wav *.mp3 *.m4a);;All files (*)");
+    if (!name.isEmpty()) Open(PathOf(name));
+}
+
+void MainWindow::OpenSampleClip() {
+    auto const file = HostDataFile("Sample clip.mov");
+    std::error_code error;
+    if (fs::exists(file, error)) return Open(file);
+    try {
+        sampleClip = std::make_unique<SampleClip>(file);
+    } catch (std::exception const& exception) {
+        return Tell(exception.what());
+    }
+    Tell("Making the sample clip...");
+    sampleAction->setEnabled(false);
+    OnMainThread(sampleClip->Result(), std::weak_ptr(self), [this](auto const& made) {
+        sampleAction->setEnabled(true);
+        try {
+            Open(made.Get());
+        } catch (std::exception const& exception) {
+            Tell(exception.what());
+        }
+    });
+}
+
+void MainWindow::Open(fs::path const& file) {
+    try {
+        probe = std::make_unique<MovieProbe>(file);
+    } catch (std::exception const& exception) {
+        return Tell(exception.what());
+    }
+    Tell("Opening \"" + file.string() + "\"...");
+    OnMainThread(probe->Result(), std::weak_ptr(self),
+                 [this, asked = probe.get()](auto const& found) {
+                     if (asked != probe.get()) return;  // another one was asked for meanwhile
+                     try {
+                         ShowMovie(found.Get());
+                     } catch (std::exception const& exception) {
+                         Tell(exception.what());
+                     }
+                 });
+}
+
+void MainWindow::ShowMovie(Movie const& movie) {
+    sharing.SetMovie(movie);
+    player->Show(movie);
+    pages->setCurrentWidget(player);
+    auto const name = NameOf(movie.file);
+    title->SetText(name);
+    setWindowTitle(NameOf(movie.file.filename()) + " - quillo-host");
+    recentMovies.Add(movie.file);
+    Tell("");
+    if (log) log->Write({{"movie", name}});
+}
+
+void MainWindow::Tell(std::string const& line) {
+    auto const text = QString::fromStdString(OneLine(line));
+    message->SetText(text);
+    if (log) log->Write({{"message", text}});
+}
+
+void MainWindow::OnSharingChanged() {
+    auto const phase = sharing.GetPhase();
+    bool const isBusy = phase != Phase::Idle;
+    shareButton->setEnabled(sharing.IsReady());
+    shareAction->setEnabled(sharing.IsReady());
+    shareAgainAction->setEnabled(sharing.CanShareAgain());
+    cancelAction->setEnabled(phase == Phase::Exporting);
+    phaseLabel->setVisible(isBusy);
+    progress->setVisible(isBusy);
+    if (isBusy)
+        phaseLabel->SetText(QString(Describe(phase)) + " \"" +
+                            QString::fromStdString(OneLine(sharing.GetSharedName())) + "\"");
+}
+
+bool MainWindow::MayClose() {
+    auto const phase = sharing.GetPhase();
+    if (phase == Phase::Idle) return true;
+    QMessageBox question(QMessageBox::Question, windowTitle(),
+                         QString("\"%1\" is still being shared. Stop the share and quit?")
+                             .arg(QString::fromStdString(OneLine(sharing.GetSharedName()))),
+                         QMessageBox::NoButton, this);
+    question.setTextFormat(Qt::PlainText);
+    question.setInformativeText(
+        phase == Phase::Uploading || phase == Phase::Finishing
+            ? "The movie's export is kept; share the movie again to upload it."
+            : "What has been exported so far is removed.");
+    auto* const stop = question.addButton("Stop and Quit", QMessageBox::DestructiveRole);
+    auto* const keep = question.addButton("Keep Sharing", QMessageBox::RejectRole);
+    question.setDefaultButton(keep);
+    question.setEscapeButton(keep);
+    question.exec();
+    return question.clickedButton() == stop;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (!MayClose()) return event->ignore();
+    event->accept();
+    QApplication::exit(0);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    auto const urls = event->mimeData()->urls();
+    if (urls.size() == 1 && urls.front().isLocalFile()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    event->acceptProposedAction();
+    Open(PathOf(event->mimeData()->urls().front().toLocalFile()));
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    // The desktop's theme has changed.
+    if (event->type() == QEvent::ThemeChange &&
+        settings.value(kThemeKey).toInt() == static_cast<int>(ThemeChoice::System))
+        UseTheme(ThemeChoice::System);
+    QMainWindow::changeEvent(event);
+}
+
+}  // namespace quillohost::editor

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QLabel>
+#include <QSlider>
+#include <QWidget>
+#include <functional>
+#include <optional>
+
+#include "host/editor/FrameClock.h"
+#include "host/editor/FrameReader.h"
+#include "host/editor/FrameView.h"
+
+namespace quillohost::editor {
+
+/// Shows a movie: one of its pictures, its time code, and a slider to go to another one. Main
+/// thread.
+class Player : public QWidget {
+public:
+    /// `tell` hears, in a line for the user, when a picture cannot be shown. A Failure (Export)
+    /// when ffmpeg is not installed.
+    explicit Player(std::function<void(std::string const&)> tell);
+
+    void Show(Movie const& newMovie);
+
+private:
+    void GoTo(int frame);
+    void ReadFrame();
+
+    std::optional<Movie> movie;
+    std::optional<FrameClock> clock;
+    FrameView* view;
+    QLabel* timeCode;
+    QSlider* slider;
+    QLabel* duration;
+    FrameReader reader;
+};
+
+}  // namespace quillohost::editor

@@ -1,0 +1,54 @@
+#include "host/editor/RunEditor.h"
+
+#include <csignal>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "host/Failure.h"
+#include "host/OneLine.h"
+#include "host/SignalThread.h"
+#include "host/editor/EditorApplication.h"
+#include "host/editor/EventLog.h"
+#include "host/editor/MainWindow.h"
+#include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "moxcore/threads/MainThread.h"
+#include "moxui/backend/HostWidget.h"
+
+namespace quillohost::editor {
+
+using moxcore::threads::MainThread;
+
+int RunEditor(Options const& options) {
+    signal(SIGPIPE, SIG_IGN);
+    SignalThread const signals([] {
+        moxcore::threads::AsyncCallFromMainThread(
+            [] { QApplication::exit(static_cast<int>(ExitCode::Interrupted)); }, 0);
+    });
+    EditorApplication application(options.watchdog);
+    moxui::backend::RunMainThreadQueueInQt();
+    auto const log = options.events ? std::make_unique<EventLog>(*options.events) : nullptr;
+
+    std::string epitaph;
+    int exitCode = 0;
+    {
+        MainWindow window(options, log.get());
+        MainThread::SetFailureHandler([&window](std::exception_ptr const& thrown) {
+            try {
+                std::rethrow_exception(thrown);
+            } catch (std::exception const& exception) {
+                window.Tell(exception.what());
+            }
+        });
+        window.resize(window.sizeHint());
+        window.show();
+        if (!options.movie.empty()) window.Open(options.movie);
+        exitCode = QApplication::exec();
+        MainThread::SetFailureHandler(nullptr);
+        epitaph = window.GetSharing().Epitaph();
+    }
+    if (!epitaph.empty()) std::fprintf(stderr, "quillo-host: %s\n", OneLine(epitaph).c_str());
+    return exitCode;
+}
+
+}  // namespace quillohost::editor

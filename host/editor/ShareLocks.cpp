@@ -1,0 +1,44 @@
+#include "host/editor/ShareLocks.h"
+
+#include <utility>
+
+#include "host/OnMainThread.h"
+
+namespace quillohost::editor {
+
+ShareLocks::ShareLocks(KeyLocks newLocks, Hooks newHooks)
+    : locks(std::move(newLocks)), hooks(std::move(newHooks)) {}
+
+void ShareLocks::Take(std::vector<std::string> const& wanted, std::function<void()> const& next) {
+    if (wanted != keys) {
+        Release();
+        keys = wanted;
+        attempt = std::make_shared<int>();
+    }
+    bool const isWaiting = then != nullptr;
+    then = next;
+    if (!isWaiting) TakeNext();
+}
+
+void ShareLocks::Release() {
+    attempt.reset();
+    held.clear();
+    keys.clear();
+    then = nullptr;
+}
+
+void ShareLocks::TakeNext() {
+    if (held.size() == keys.size()) return std::exchange(then, nullptr)();
+    OnMainThread(locks.Take(keys[held.size()], hooks.onWait), std::weak_ptr(attempt),
+                 [this](auto const& taken) {
+                     try {
+                         held.push_back(taken.Get());
+                     } catch (...) {
+                         Release();
+                         return hooks.onFailure(std::current_exception());
+                     }
+                     TakeNext();
+                 });
+}
+
+}  // namespace quillohost::editor

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/KeyLocks.h"
+
+namespace quillohost::editor {
+
+/// Several keys that are held together, taken without waiting for them in the call. Main thread.
+class ShareLocks {
+public:
+    struct Hooks {
+        std::function<void()> onWait;  ///< somebody else has one of them
+        std::function<void(std::exception_ptr)> onFailure;
+    };
+
+    ShareLocks(KeyLocks locks, Hooks hooks);
+
+    /// Calls `then` once it holds `keys` and no others: at once when it does already, else later.
+    /// What was waited for before is given up.
+    void Take(std::vector<std::string> const& keys, std::function<void()> const& then);
+
+    /// Lets go of all, and gives up what is waited for.
+    void Release();
+
+private:
+    void TakeNext();
+
+    KeyLocks locks;
+    Hooks hooks;
+    std::vector<std::string> keys;
+    std::vector<std::shared_ptr<KeyLocks::Lock>> held;  // of the first of `keys`
+    std::function<void()> then;
+    std::shared_ptr<int> attempt;  // what is waited for on its behalf is dropped with it
+};
+
+}  // namespace quillohost::editor

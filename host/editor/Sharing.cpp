@@ -1,0 +1,283 @@
+#include "host/editor/Sharing.h"
+
+#include <system_error>
+#include <utility>
+
+#include "host/AssetName.h"
+#include "host/Failure.h"
+#include "host/HostFiles.h"
+#include "host/OnMainThread.h"
+#include "host/editor/AssetIcon.h"
+#include "moxcore/string/Conversions.h"
+#include "moxui/backend/HostWidget.h"
+#include "quillomoxui/viewmodel/AssetDataKeys.h"
+
+namespace quillohost::editor {
+namespace {
+
+namespace fs = std::filesystem;
+using moxcore::string::UTF16String;
+using moxcore::string::UTF16to8;
+using moxcore::threads::AsyncCallFromMainThread;
+using quillocommon::Step;
+using quillomoxui::EncodingStatus;
+using quillomoxui::ShareForReviewViewID;
+namespace assetdata = quillomoxui::assetdata;
+
+/// Says what went wrong.
+std::string MessageOf(std::exception_ptr const& thrown) {
+    try {
+        std::rethrow_exception(thrown);
+    } catch (std::exception const& exception) {
+        return exception.what();
+    }
+}
+
+fs::file_time_type TimeOf(fs::path const& file) {
+    std::error_code error;  // gone meanwhile: the export will say so
+    return fs::last_write_time(file, error);
+}
+
+}  // namespace
+
+Sharing::Sharing(Options const& options, QWidget& anchorWidget, Hooks newHooks)
+    : hooks(std::move(newHooks)),
+      locks(HostDataFile("locks")),
+      service(options, locks,
+              {.onWait =
+                   [this] {
+                       hooks.tell(
+                           "Sharing has to wait for another quillo-host that uses the same state.");
+                   },
+               .onGone = [this](auto const& gone) { hooks.tell(MessageOf(gone)); }}),
+      store(std::make_shared<AssetStore>(HostDataFile("assets.sqlite"), service.ServiceName())),
+      viewModel(std::make_shared<quillomoxui::ShareForReviewViewModel>()),
+      anchor(moxui::backend::WrapWidget(&anchorWidget)),
+      popup(quillomoxui::CreatePopupManager()),
+      screens(quillomoxui::CreateShareForReviewScreenManager(viewModel, popup)),
+      destinations(viewModel, hooks.tell),
+      shareLocks(locks,
+                 {.onWait =
+                      [this] {
+                          hooks.tell(
+                              "Waiting for another quillo-host that shares this movie or "
+                              "name.");
+                      },
+                  .onFailure = [this](auto const& thrown) { hooks.tell(MessageOf(thrown)); }}),
+      failures([this](auto const& failure) { OnFailure(failure); }),
+      self(std::make_shared<Sharing*>(this)) {
+    popup->SetParent(anchor);
+    ConnectLibrary();
+    OnMainThread(service.Ready(), std::weak_ptr(self), [this](auto const& ready) {
+        if (auto const thrown = ready.GetException()) return hooks.tell(MessageOf(thrown));
+        isServiceReady = true;
+        hooks.onChanged();
+    });
+}
+
+Sharing::~Sharing() {
+    popup->DestructWindow();
+}
+
+void Sharing::ConnectLibrary() {
+    auto const later = [weak = std::weak_ptr(self)](auto call) {
+        AsyncCallFromMainThread(
+            [weak, call] {
+                if (auto const alive = weak.lock()) call(**alive);
+            },
+            0);
+    };
+    ConnectStore(
+        *viewModel, store, [this] { return NameActive(); },
+        [later](auto const& thrown) {
+            later([thrown](Sharing& sharing) { sharing.hooks.tell(MessageOf(thrown)); });
+        });
+    viewModel->SetAssetProcessingMethod([later](UTF16String const& output, UTF16String const&) {
+        later([path = UTF16to8(output)](Sharing& sharing) { sharing.OnExportRequested(path); });
+    });
+    bindings.push_back(viewModel->CurrentViewIDNotifyingPropertyHost::BindValueChanged(
+        [this](auto view) { OnViewChanged(view); }));
+    bindings.push_back(viewModel->EncodingStatusNotifyingPropertyHost::BindValueChanged(
+        [this](auto const& status) { OnStatusChanged(status); }));
+}
+
+void Sharing::SetMovie(Movie const& movie) {
+    open = std::make_shared<SharedAsset>(store, movie, DefaultAssetName(movie.file));
+    if (phase == Phase::Idle) {
+        ActivateOpen();
+        if (IsPopupOpen()) OpenPopup();
+    }
+    hooks.onChanged();
+}
+
+/// Nothing is being shared: the popup is the open movie's.
+void Sharing::ActivateOpen() {
+    shareLocks.Release();
+    active = open;
+    viewModel->SetActiveAssetName(moxcore::string::UTF8to16(active->GetName()));
+    viewModel->SetAssetTypeIcon(AssetIcon(active->GetMovie()));
+    Reset();
+    destinations.Restore(active);
+}
+
+/// Nothing has been shared yet, as far as the popup is concerned.
+void Sharing::Reset() {
+    viewModel->SetEncodingStatus({EncodingStatus::None});
+    viewModel->SetEncodingProgress(0);
+    viewModel->SetReviewLinkURL({});
+}
+
+bool Sharing::IsPopupOpen() const {
+    return viewModel->GetCurrentViewID() != ShareForReviewViewID::None;
+}
+
+void Sharing::OpenPopup() {
+    if (!IsReady()) return;
+    // What the link shows is not what the file is now.
+    if (CanShareAgain() && TimeOf(active->GetMovie().file) != sharedState) Reset();
+    WithLocks([this] {
+        if (phase == Phase::Idle) active->ForgetUnfinishedShare();
+        viewModel->StartShareForReviewPopup();
+    });
+}
+
+void Sharing::ShowDebugView() {
+    viewModel->EnableCurrentViewIDMessages(true);
+    viewModel->SetCurrentViewID(ShareForReviewViewID::DebugView);
+}
+
+bool Sharing::CanShareAgain() const {
+    return phase == Phase::Idle && active && active == open &&
+           viewModel->GetEncodingStatus().status == EncodingStatus::UploadComplete;
+}
+
+void Sharing::ShareAgain() {
+    Reset();
+    OpenPopup();
+}
+
+void Sharing::CancelExport() {
+    if (phase != Phase::Exporting) return;
+    exporter.reset();
+    Fail("The share of \"" + GetSharedName() + "\" was cancelled.");
+}
+
+std::string Sharing::Epitaph() const {
+    if (phase != Phase::Uploading && phase != Phase::Finishing) return "";
+    return "The share of \"" + GetSharedName() + "\" was stopped." + WhereItIsKept(exported);
+}
+
+/// The library asks for the asset's name when a location was chosen, and when a share begins.
+AssetStore::Asset Sharing::NameActive() {
+    auto const view = viewModel->GetCurrentViewID();
+    if (phase == Phase::Idle && view != ShareForReviewViewID::SelectProject &&
+        view != ShareForReviewViewID::SelectFolder) {
+        destinations.Settle();
+        SetPhase(Phase::Linking);
+    }
+    return active ? active->GetAsset() : AssetStore::Asset{};
+}
+
+void Sharing::WithLocks(std::function<void()> const& then) {
+    shareLocks.Take(active->LockKeys(viewModel->GetOutputFileName()), then);
+}
+
+void Sharing::OnViewChanged(ShareForReviewViewID view) {
+    if (view == ShareForReviewViewID::CopyLinkSection && phase == Phase::Finishing) Finish();
+    if (view == ShareForReviewViewID::None && phase == Phase::Idle) End();
+}
+
+void Sharing::OnStatusChanged(EncodingStatus const& status) {
+    if (status.status == EncodingStatus::UploadFailed && phase == Phase::Uploading)
+        Fail("The upload of \"" + GetSharedName() + "\" has failed; share it again." +
+             WhereItIsKept(exported));
+    if (status.status != EncodingStatus::UploadComplete || phase != Phase::Uploading) return;
+    SetPhase(Phase::Finishing);
+    // While the popup is closed the library shows no sign of the share's end but this: it deletes
+    // the exported file.
+    exportWatcher = std::make_unique<QFileSystemWatcher>(
+        QStringList(QString::fromStdString(exported.string())));
+    auto const look = [this] {
+        std::error_code error;
+        if (phase == Phase::Finishing && !fs::exists(exported, error)) Finish();
+    };
+    QObject::connect(exportWatcher.get(), &QFileSystemWatcher::fileChanged, look);
+    look();
+}
+
+void Sharing::OnFailure(quillocommon::Failure const& failure) {
+    auto const message = service.Explain(failure);
+    bool const endsShare = (failure.step == Step::CreateReviewLink && phase == Phase::Linking) ||
+                           (failure.step == Step::Upload && phase == Phase::Uploading) ||
+                           (failure.step == Step::AddToReviewLink && phase == Phase::Finishing);
+    if (!endsShare) return hooks.tell(message);
+    Fail(message + (phase == Phase::Linking ? "" : WhereItIsKept(exported)));
+}
+
+void Sharing::OnExportRequested(fs::path const& output) {
+    // Share was pressed twice before the link was there: it is exported already.
+    if (phase == Phase::Exporting) return viewModel->SetEncodingStatus({EncodingStatus::Encoding});
+    if (phase != Phase::Linking) return;
+    WithLocks([this, output] { Export(output); });
+}
+
+void Sharing::Export(fs::path const& output) {
+    SetPhase(Phase::Exporting);
+    exported = output;
+    sharedState = TimeOf(active->GetMovie().file);
+    viewModel->SetEncodingStatus({EncodingStatus::Encoding});
+    try {
+        exporter = std::make_unique<Exporter>(active->GetMovie(), output, [this](double fraction) {
+            viewModel->SetEncodingProgress(fraction);
+        });
+    } catch (std::exception const& exception) {
+        return Fail(exception.what());
+    }
+    // Called off, the exporter is gone, and its result with it.
+    auto const result = exporter->Result();
+    OnMainThread(result, std::weak_ptr(self), [this](auto const& done) {
+        if (!exporter) return;
+        exporter.reset();
+        if (auto const thrown = done.GetException()) return Fail(MessageOf(thrown));
+        SetPhase(Phase::Uploading);
+        viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+    });
+}
+
+void Sharing::Finish() {
+    exportWatcher.reset();
+    if (auto const way = destinations.WayTo(
+            moxcore::utility::Guid(active->Stored(assetdata::kUploadFolderGuid)));
+        !way.empty())
+        active->SetWay(way);
+    auto const hint = service.HowToOpen(active->Stored(assetdata::kReviewLinkURL));
+    hooks.tell("\"" + GetSharedName() + "\" is shared as version " +
+               std::to_string(active->Version()) + (hint.empty() ? "." : ". " + hint));
+    SetPhase(Phase::Idle);
+    if (!IsPopupOpen()) End();
+}
+
+/// The share has ended without a link to show: the popup goes back to where it can be tried again.
+void Sharing::Fail(std::string const& message) {
+    exportWatcher.reset();
+    hooks.tell(message);
+    SetPhase(Phase::Idle);
+    viewModel->SetEncodingStatus({EncodingStatus::UploadFailed});
+    if (IsPopupOpen())
+        OpenPopup();
+    else
+        End();
+}
+
+/// Nobody looks at a share that has ended.
+void Sharing::End() {
+    shareLocks.Release();
+    if (active != open) ActivateOpen();
+}
+
+void Sharing::SetPhase(Phase newPhase) {
+    phase = newPhase;
+    hooks.onChanged();
+}
+
+}  // namespace quillohost::editor

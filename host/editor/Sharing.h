@@ -1,0 +1,109 @@
+#pragma once
+
+#include <QFileSystemWatcher>
+#include <QWidget>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/Exporter.h"
+#include "host/FailureInbox.h"
+#include "host/Options.h"
+#include "host/ServiceConnection.h"
+#include "host/SharedAsset.h"
+#include "host/editor/Destinations.h"
+#include "host/editor/ShareLocks.h"
+#include "quillomoxui/sharedui/PopupManager.h"
+#include "quillomoxui/sharedui/ShareForReviewScreenManager.h"
+#include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
+
+namespace quillohost::editor {
+
+/// Shares the window's movies through the library's popup, one at a time. A share goes on when its
+/// popup is closed, and when another movie is opened meanwhile: the popup stays with the movie that
+/// is being shared until that has ended, and is then the new movie's. Main thread.
+class Sharing {
+public:
+    enum class Phase { Idle, Linking, Exporting, Uploading, Finishing };
+
+    struct Hooks {
+        std::function<void(std::string const&)> tell;  ///< one line for the user
+        std::function<void()> onChanged;               ///< what can be done, or the phase
+    };
+
+    /// The popup hangs from `anchorWidget`. Starts a service when the options name none. A Failure
+    /// when the options name no proper one, or the host's files cannot be used.
+    Sharing(Options const& options, QWidget& anchorWidget, Hooks hooks);
+
+    /// Ends an export, and removes what there is of its file.
+    ~Sharing();
+    Sharing(Sharing const&) = delete;
+    Sharing& operator=(Sharing const&) = delete;
+
+    /// The movie that is open in the window.
+    void SetMovie(Movie const& movie);
+
+    /// Whether the popup can be opened: there is a movie, and a service.
+    [[nodiscard]] bool IsReady() const { return open && isServiceReady; }
+    void OpenPopup();
+    void ShowDebugView();
+
+    /// Whether the movie has been shared since it was opened, so that the popup shows its link.
+    [[nodiscard]] bool CanShareAgain() const;
+    /// Opens the popup to share the movie as its next version.
+    void ShareAgain();
+
+    [[nodiscard]] Phase GetPhase() const { return phase; }
+    /// The name of the movie that is being shared.
+    [[nodiscard]] std::string const& GetSharedName() const { return active->GetName(); }
+    void CancelExport();
+
+    [[nodiscard]] quillomoxui::ShareForReviewViewModel& ViewModel() const { return *viewModel; }
+
+    /// For the end of the program: what the user must know of a share that ends with it; else
+    /// empty.
+    [[nodiscard]] std::string Epitaph() const;
+
+private:
+    void ConnectLibrary();
+    void ActivateOpen();
+    void Reset();
+    [[nodiscard]] bool IsPopupOpen() const;
+    [[nodiscard]] AssetStore::Asset NameActive();
+    void WithLocks(std::function<void()> const& then);
+    void OnViewChanged(quillomoxui::ShareForReviewViewID view);
+    void OnStatusChanged(quillomoxui::EncodingStatus const& status);
+    void OnFailure(quillocommon::Failure const& failure);
+    void OnExportRequested(std::filesystem::path const& output);
+    void Export(std::filesystem::path const& output);
+    void Finish();
+    void Fail(std::string const& message);
+    void End();
+    void SetPhase(Phase newPhase);
+
+    Hooks hooks;
+    KeyLocks const locks;
+    ServiceConnection service;
+    bool isServiceReady = false;
+    std::shared_ptr<AssetStore> store;
+    std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
+    boost::intrusive_ptr<moxui::ui::UI_Node> anchor;
+    std::shared_ptr<quillomoxui::PopupManager> popup;
+    std::shared_ptr<quillomoxui::ShareForReviewScreenManager> screens;
+    Destinations destinations;
+    ShareLocks shareLocks;
+    std::shared_ptr<SharedAsset> open;    // the window's; null: none
+    std::shared_ptr<SharedAsset> active;  // the popup's; null: none
+    Phase phase = Phase::Idle;
+    std::filesystem::path exported;
+    std::filesystem::file_time_type sharedState;  // of the movie's file, when it was exported
+    std::unique_ptr<Exporter> exporter;
+    std::unique_ptr<QFileSystemWatcher> exportWatcher;
+    FailureInbox failures;
+    std::vector<std::shared_ptr<quillomoxui::BindingHandle>> bindings;
+    std::shared_ptr<Sharing*> self;  // for calls that may come when this is gone
+};
+
+}  // namespace quillohost::editor
