@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QMetaEnum>
 #include <QWidget>
+#include <QWindow>
 
 #include "host/Failure.h"
 
@@ -50,6 +51,7 @@ void EventLog::Write(QJsonObject const& event) {
 
 bool EventLog::eventFilter(QObject*, QEvent* event) {
     switch (event->type()) {
+        case QEvent::Expose:
         case QEvent::Paint:
         case QEvent::Show:
         case QEvent::Hide:
@@ -72,10 +74,12 @@ bool EventLog::eventFilter(QObject*, QEvent* event) {
 void EventLog::WriteScreen() {
     isScheduled = false;
     QJsonArray screen;
-    for (auto* const window : QApplication::topLevelWidgets())
-        if (window->isVisible())
-            if (auto* const item = QAccessible::queryAccessibleInterface(window))
-                AddWithChildren(*item, screen);
+    for (auto* const window : QApplication::topLevelWidgets()) {
+        // Shown by the program, but not on the screen yet: it cannot be clicked.
+        if (!window->windowHandle() || !window->windowHandle()->isExposed()) continue;
+        if (auto* const item = QAccessible::queryAccessibleInterface(window))
+            AddWithChildren(*item, screen);
+    }
     if (screen == lastScreen) return;
     lastScreen = screen;
     Write({{"screen", screen}});

@@ -98,6 +98,7 @@ void MainWindow::MakeToolBar() {
     auto* const bar = addToolBar("Movie");
     bar->setMovable(false);
     bar->setContextMenuPolicy(Qt::PreventContextMenu);
+    bar->setContentsMargins(8, 2, 8, 2);
     bar->addWidget(title);
     bar->addWidget(shareButton);
     shareButton->setToolTip("Share the movie for review (Ctrl+Shift+E)");
@@ -110,6 +111,7 @@ void MainWindow::MakeStatusBar() {
     progress->setTextVisible(false);
     progress->setAccessibleName("Progress of the share");
     statusBar()->setSizeGripEnabled(false);
+    statusBar()->setContentsMargins(8, 0, 8, 2);
     statusBar()->addWidget(message, 3);
     statusBar()->addPermanentWidget(phaseLabel, 1);
     statusBar()->addPermanentWidget(progress);
