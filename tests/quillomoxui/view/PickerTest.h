@@ -86,11 +86,10 @@ protected:
     }
 
     QTreeView& Tree() {
-        return static_cast<QTreeView&>(
-            WidgetOf(*Find<moxui::controls::UI_MultiColumnTree>(*view)));
+        return static_cast<QTreeView&>(WidgetOf(*Find<moxui::controls::UI_MultiColumnTree>(*view)));
     }
-    /// The rows of the tree that are not in a closed one, each as deep as it has dots before it, the
-    /// selected one with a star after it.
+    /// The rows of the tree that are not in a closed one, each as deep as it has dots before it,
+    /// the selected one with a star after it.
     std::vector<std::string> TreeRows() {
         auto& tree = Tree();
         std::vector<std::string> rows;
@@ -131,7 +130,7 @@ protected:
     std::shared_ptr<QuilloAccount> acme, zeta;
     std::shared_ptr<QuilloWorkspace> promos;
     std::shared_ptr<QuilloProject> spring, summer;
-    testsupport::TestWindow window;
+    testsupport::TestWindow window{340, 392};
     boost::intrusive_ptr<LocationPickerView> view;
 };
 

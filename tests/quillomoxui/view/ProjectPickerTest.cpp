@@ -26,10 +26,10 @@ protected:
 };
 
 TEST_F(ProjectPickerTest, OnlyTheCurrentStepIsShown) {
-    for (auto const& [id, projects, folders] : std::vector<std::tuple<ID, bool, bool>>{
-             {ID::SelectProject, true, false},
-             {ID::SelectFolder, false, true},
-             {ID::ReviewInQuillo, false, false}}) {
+    for (auto const& [id, projects, folders] :
+         std::vector<std::tuple<ID, bool, bool>>{{ID::SelectProject, true, false},
+                                                 {ID::SelectFolder, false, true},
+                                                 {ID::ReviewInQuillo, false, false}}) {
         Show(ID::SelectProject);
         model->SetCurrentViewID(id);
         RunEvents();
@@ -79,9 +79,8 @@ TEST_F(ProjectPickerTest, ChoosingAnAccountShowsItsProjectsAndNoOthers) {
 
 TEST_F(ProjectPickerTest, APressProposesTheRootFolderUnlessAFolderOfTheProjectIsProposed) {
     auto const inside = Receive(summer->GetRootFolder(), {"Dailies"}).front();
-    for (auto const& [before, project, after] :
-         std::vector<std::tuple<std::shared_ptr<QuilloFolder>, char const*,
-                                std::shared_ptr<QuilloFolder>>>{
+    for (auto const& [before, project, after] : std::vector<
+             std::tuple<std::shared_ptr<QuilloFolder>, char const*, std::shared_ptr<QuilloFolder>>>{
              {nullptr, "Spring", spring->GetRootFolder()},
              {inside, "Spring", spring->GetRootFolder()},
              {inside, "Summer", inside}}) {
@@ -159,9 +158,13 @@ TEST_F(ProjectPickerTest, ALongListIsWorkedByKeyboardAndMadeAsItIsSeen) {
     Rows().front()->UI_SetFocus();
     EXPECT_GT(Rows().front()->ChildCount(), 0U);
     EXPECT_EQ(Rows().back()->ChildCount(), 0U);
-    for (auto const& [key, focused] : std::vector<std::pair<Qt::Key, std::string>>{
-             {Qt::Key_Down, "P1"}, {Qt::Key_End, "P499"}, {Qt::Key_Up, "P498"},
-             {Qt::Key_PageUp, "P488"}, {Qt::Key_PageDown, "P498"}, {Qt::Key_Home, "P0"}}) {
+    for (auto const& [key, focused] :
+         std::vector<std::pair<Qt::Key, std::string>>{{Qt::Key_Down, "P1"},
+                                                      {Qt::Key_End, "P499"},
+                                                      {Qt::Key_Up, "P498"},
+                                                      {Qt::Key_PageUp, "P487"},
+                                                      {Qt::Key_PageDown, "P498"},
+                                                      {Qt::Key_Home, "P0"}}) {
         Key(key);
         auto* const row = FocusedRow();
         ASSERT_NE(row, nullptr);
@@ -207,8 +210,9 @@ TEST_F(ProjectPickerTest, AListThatIsFetchedAgainStaysWhereItIs) {
 }
 
 TEST_F(ProjectPickerTest, AnyNameIsShownAndSafe) {
-    std::string const names[] = {std::string(200, 'W'), "\xF0\x9F\x8E\xAC Film", "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D",
-                                 "tab\tline\nend", "<b>bold</b> & more", ""};
+    std::string const names[] = {
+        std::string(200, 'W'), "\xF0\x9F\x8E\xAC Film", "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D",
+        "tab\tline\nend",      "<b>bold</b> & more",    ""};
     for (auto const& name : names) {
         ReceiveProjects(promos, {name});
         Show(ID::SelectProject);
