@@ -101,6 +101,7 @@ void MainWindow::MakeToolBar() {
     bar->setContentsMargins(8, 2, 8, 2);
     bar->addWidget(title);
     bar->addWidget(shareButton);
+    shareButton->setAccessibleName("Share for Review");
     shareButton->setToolTip("Share the movie for review (Ctrl+Shift+E)");
     connect(shareButton, &QPushButton::clicked, shareAction, &QAction::trigger);
 }
