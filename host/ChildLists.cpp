@@ -49,6 +49,9 @@ Future<ChildLists::Children> ChildLists::ChildrenOf(Node const& node) {
         return future;
     }
     StartFetching(node);
+    // The tree may have asked for this list by itself, and in vain, before anybody waited for it.
+    if (hasFailedUnawaited && node->GetFetchChildrenState() == FetchChildrenState::Fetching)
+        node->FetchChildren();
     requests.push_back(request);
     request->binding = node->FetchChildrenStateNotifyingPropertyHost::BindValueChanged(
         [this, weak = std::weak_ptr(request)](FetchChildrenState state) {
@@ -63,6 +66,7 @@ Future<ChildLists::Children> ChildLists::ChildrenOf(Node const& node) {
 void ChildLists::OnFailure(quillocommon::Failure const& failure) {
     if (failure.step != quillocommon::Step::ReadLocations) return;
     auto const waiting = requests;
+    hasFailedUnawaited = hasFailedUnawaited || waiting.empty();
     for (auto const& request : waiting) {
         if (request->IsAnswered()) continue;
         if (++request->attempts <= kAttempts) {

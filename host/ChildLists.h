@@ -36,6 +36,7 @@ private:
     void Remove(std::shared_ptr<Request> const& request);
 
     std::vector<std::shared_ptr<Request>> requests;  // not answered yet
+    bool hasFailedUnawaited = false;                 // a list failed that nobody awaited yet
     FailureInbox failures;
 };
 

@@ -35,6 +35,9 @@ public:
     /// A Failure (Export) at once when `path` is no file that can be read.
     explicit MovieProbe(std::filesystem::path const& path);
 
+    /// The canonical path of the file.
+    [[nodiscard]] std::filesystem::path const& File() const { return movie.file; }
+
     /// Completes on the main thread; fails with a Failure (Export) when the file is no movie.
     [[nodiscard]] moxcore::async::Future<Movie> Result() const { return promise.GetFuture(); }
 

@@ -6,6 +6,7 @@
 #include "host/Failure.h"
 #include "host/HostFiles.h"
 #include "host/LocationPath.h"
+#include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quillomoxui/model/QuilloProject.h"
@@ -14,7 +15,6 @@
 namespace quillohost {
 namespace {
 
-namespace fs = std::filesystem;
 namespace assetdata = quillomoxui::assetdata;
 using moxcore::string::UTF16String;
 using moxcore::string::UTF16to8;
@@ -23,26 +23,29 @@ using moxcore::utility::Guid;
 using quillocommon::Step;
 using quillomoxui::EncodingStatus;
 
-Movie Probe(fs::path const& file, MainLoop& loop) {
-    MovieProbe const probe(file);
-    return loop.Await(probe.Result());
-}
-
 }  // namespace
 
 ShareCommand::ShareCommand(Options const& options, MainLoop& loop, ProgressDisplay& display)
     : options(options),
       display(display),
       loop(loop),
-      movie(Probe(options.movie, loop)),
+      probe(options.movie),
       session(options, loop, display),
       store(std::make_shared<AssetStore>(HostDataFile("assets.sqlite"),
                                          session.Service().ServiceName())),
-      asset(store, movie, options.name.value_or(DefaultAssetName(movie.file))) {}
+      // Which asset it is hangs on the file alone; what kind of movie is awaited later.
+      asset(store, Movie{.file = probe.File()},
+            options.name.value_or(DefaultAssetName(probe.File()))) {
+    // What is no movie ends the share at once, wherever that has got to.
+    probe.Result().OnComplete([&loop](moxcore::async::Future<Movie> const& result) {
+        auto const refusal = result.GetException();
+        if (moxcore::config::ExtractResultFromException(refusal) < 0) loop.Fail(refusal);
+    });
+}
 
 ShareCommand::Result ShareCommand::Run() {
     auto& viewModel = session.ViewModel();
-    if (asset.GetName() != options.name.value_or(DefaultAssetName(movie.file)))
+    if (asset.GetName() != options.name.value_or(DefaultAssetName(probe.File())))
         display.Tell("The name is longer than a file's may be; it is shortened to \"" +
                      asset.GetName() + "\".");
     ConnectLibrary();
@@ -53,6 +56,7 @@ ShareCommand::Result ShareCommand::Run() {
     auto const user = session.SignIn();
     DestinationFinder finder(session, user);
     ForgetLostShare(finder);
+    auto const movie = loop.Await(probe.Result());
     auto const folder = FindDestination(finder);
     auto const way = WayTo(folder);
     std::vector<std::string> names;
@@ -71,7 +75,7 @@ ShareCommand::Result ShareCommand::Run() {
     viewModel.LocationPickerSelectionCommitted();
     viewModel.ProcessAssetForReview();
     session.WaitUntil({Step::CreateReviewLink}, [this] { return exportRequest.has_value(); });
-    result.exported = Export();
+    result.exported = Export(movie);
     Upload(result.exported);
     asset.SetWay(IDsOf(way));
 
@@ -120,10 +124,10 @@ void ShareCommand::TakeLocks() {
         })));
 }
 
-ExportedFile ShareCommand::Export() {
+ExportedFile ShareCommand::Export(Movie const& movie) {
     auto& viewModel = session.ViewModel();
     viewModel.SetEncodingStatus({EncodingStatus::Encoding});
-    display.Begin("Exporting", [this](double fractionPerSecond) {
+    display.Begin("Exporting", [&movie](double fractionPerSecond) {
         return FormatSpeed(fractionPerSecond * movie.duration.value_or(0));
     });
     Exporter const exporter(movie, *exportRequest, [this, &viewModel](double fraction) {

@@ -53,13 +53,13 @@ private:
     [[nodiscard]] Folder FindDestination(DestinationFinder& finder);
     void ForgetLostShare(DestinationFinder& finder);
     void TakeLocks();
-    [[nodiscard]] ExportedFile Export();
+    [[nodiscard]] ExportedFile Export(Movie const& movie);
     void Upload(ExportedFile const& exported);
 
     Options const& options;
     ProgressDisplay& display;
     MainLoop& loop;
-    Movie const movie;
+    MovieProbe const probe;  // works while the session begins
     Session session;
     std::shared_ptr<AssetStore> store;
     SharedAsset asset;

@@ -52,11 +52,16 @@ void DialogManager::MaximizePopupSection(boost::intrusive_ptr<PopupSectionView> 
 }
 
 void DialogManager::ShowWindow() {
+    auto const outer = dialog && dialog->UI_IsViewVisible() ? dialog : nullptr;
     if (!CreateDialogWindow()) return;
     mainView->UI_Show(true);
-    // Whoever is told of the end may let go of this manager.
     auto const shown = dialog;
     shown->ShowModal();
+    if (!outer || !outer->UI_IsViewVisible()) return;
+    // This was called while another dialog was shown, which has lent its content.
+    dialog = outer;
+    dialog->GetContentContainer()->ChildPushBack(mainView);
+    ArrangeChildren();
 }
 
 void DialogManager::AddNotifyOnCommit(std::function<void()> const&) {}

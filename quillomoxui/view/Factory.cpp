@@ -3,6 +3,7 @@
 #include "quillomoxui/view/CopyLinkSectionView.h"
 #include "quillomoxui/view/DebugView.h"
 #include "quillomoxui/view/EncodingProgressView.h"
+#include "quillomoxui/view/LocationPickerView.h"
 #include "quillomoxui/view/ReviewInQuilloView.h"
 #include "quillomoxui/view/SigninPromptView.h"
 
@@ -13,6 +14,9 @@ boost::intrusive_ptr<PopupBaseView> CreateView(
     switch (id) {
         case ShareForReviewViewID::DebugView:
             return new DebugView(viewModel);
+        case ShareForReviewViewID::SelectProject:
+        case ShareForReviewViewID::SelectFolder:
+            return new LocationPickerView(viewModel);
         case ShareForReviewViewID::ReviewInQuillo:
             return new ReviewInQuilloView(viewModel);
         case ShareForReviewViewID::SigninPrompt:
@@ -25,8 +29,6 @@ boost::intrusive_ptr<PopupBaseView> CreateView(
             return new EncodingProgressView(viewModel);
         case ShareForReviewViewID::None:
         case ShareForReviewViewID::Initial:
-        case ShareForReviewViewID::SelectProject:
-        case ShareForReviewViewID::SelectFolder:
             break;
     }
     return nullptr;

@@ -43,8 +43,7 @@ TEST(Options, RefusesWhatItDoesNotUnderstandAndSaysWhy) {
         char const* reason;
     };
     Row const rows[] = {
-        {{}, "name a command"},
-        {{"publish"}, "no command \"publish\""},
+        {{"publish"}, "no command and no movie \"publish\""},
         {{"share"}, "needs the name of a movie"},
         {{"share", ""}, "name is empty"},
         {{"share", "a.mp4", "b.mp4"}, "\"b.mp4\" is a second one"},

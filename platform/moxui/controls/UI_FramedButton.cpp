@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QStyle>
 #include <algorithm>
+#include <cmath>
 
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/PushButton.h"

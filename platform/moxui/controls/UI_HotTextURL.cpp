@@ -44,8 +44,8 @@ void UI_HotTextURL::OnPressed() {
     }
     if (auto const opener = TheOpener())
         opener(url);
-    else
-        QDesktopServices::openUrl(address);
+    else if (!QDesktopServices::openUrl(address))
+        moxcore::debug::Trace(1, "moxui", "The system has no browser to open a link in.");
 }
 
 }  // namespace moxui::controls

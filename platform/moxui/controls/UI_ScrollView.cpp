@@ -59,4 +59,8 @@ void UI_ScrollView::SetScrollPosition(moxcore::geom::PointT<float> const& positi
     widget->verticalScrollBar()->setValue(whole.y());
 }
 
+void UI_ScrollView::SetScrolledFunction(std::function<void()> function) {
+    if (auto* const widget = WidgetOf(*this)) widget->onScrolled = std::move(function);
+}
+
 }  // namespace moxui::controls

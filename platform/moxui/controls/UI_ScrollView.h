@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "moxui/controls/UI_ControlView.h"
 
 namespace moxui::controls {
@@ -34,6 +36,10 @@ public:
     /// nearest that can.
     [[nodiscard]] moxcore::geom::PointT<float> GetScrollPosition() const;
     void SetScrollPosition(moxcore::geom::PointT<float> const& position);
+
+    /// `function` runs when the content has been scrolled, by whomever, before it is drawn: the
+    /// moment to make what comes into view.
+    void SetScrolledFunction(std::function<void()> function);
 
 private:
     boost::intrusive_ptr<ui::UI_SubView> content;

@@ -51,6 +51,11 @@ void UI_SubView::UI_SetFocusable(bool focusable, AccessibleRole role) {
     if (auto* const view = dynamic_cast<backend::ViewWidget*>(widget)) view->role = role;
 }
 
+void UI_SubView::UI_SetAccessibleSelected(bool selected) {
+    if (auto* const view = dynamic_cast<backend::ViewWidget*>(GetPeer().GetWidget()))
+        view->SetSelected(selected);
+}
+
 bool UI_SubView::UI_HasFocus() const {
     auto const* const widget = GetPeer().GetWidget();
     return widget && widget->hasFocus();

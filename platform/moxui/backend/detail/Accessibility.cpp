@@ -41,7 +41,10 @@ public:
 
     QAccessible::State state() const override {
         auto state = QAccessibleWidget::state();
-        auto const role = static_cast<ViewWidget*>(widget())->role;
+        auto const& view = static_cast<ViewWidget const&>(*widget());
+        auto const role = view.role;
+        state.selectable = role == ui::AccessibleRole::ListItem;
+        state.selected = view.IsSelected();
         state.invisible |=
             role == ui::AccessibleRole::Decoration ||
             (role == ui::AccessibleRole::Image && widget()->accessibleName().isEmpty());

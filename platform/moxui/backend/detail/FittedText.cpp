@@ -36,6 +36,7 @@ int WholeUnits(qreal length) {
 }  // namespace
 
 void FittedText::SetText(moxcore::string::UTF16String const& text, bool severalLines) {
+    naturalSize = QSize();
     multiLine = severalLines;
     whole = ToQString(text);
     whole.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
@@ -47,14 +48,17 @@ void FittedText::SetText(moxcore::string::UTF16String const& text, bool severalL
 }
 
 QSize FittedText::NaturalSize(QFont const& font) const {
+    if (naturalSize.isValid() && measuredFont == font) return naturalSize;
     QFontMetricsF const metrics(font);
     auto const paragraphs = whole.split(u'\n');
     qreal width = 0;
     for (auto const& paragraph : paragraphs)
         width = std::max(width, metrics.horizontalAdvance(paragraph));
-    return {WholeUnits(width),
-            WholeUnits(metrics.height() +
-                       static_cast<qreal>(paragraphs.size() - 1) * metrics.lineSpacing())};
+    measuredFont = font;
+    naturalSize = {WholeUnits(width),
+                   WholeUnits(metrics.height() + static_cast<qreal>(paragraphs.size() - 1) *
+                                                     metrics.lineSpacing())};
+    return naturalSize;
 }
 
 void FittedText::Fit(QFont const& font, QSizeF const& room) {

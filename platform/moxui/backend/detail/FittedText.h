@@ -52,6 +52,10 @@ private:
     Qt::TextElideMode elideMode = Qt::ElideRight;
     bool multiLine = false;
     bool elided = false;
+
+    // The natural size and the font it is that of, kept since every layout asks for it.
+    mutable QFont measuredFont;
+    mutable QSize naturalSize;  // invalid while unknown
 };
 
 }  // namespace moxui::backend

@@ -7,11 +7,19 @@
 #include <vector>
 
 #include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/FittedText.h"
 #include "moxui/drawbot/MeasuringDrawbot.h"
 #include "moxui/skins/ThemeProvider.h"
 
 namespace moxui::backend {
 namespace {
+
+/// `text` as it is drawn: on one line, control characters as spaces.
+QString OnOneLine(moxcore::string::UTF16String const& text) {
+    FittedText line;
+    line.SetText(text);
+    return line.GetWhole();
+}
 
 class Path : public drawbot::PathInterface {
 public:
@@ -38,7 +46,7 @@ public:
     float GetHeight() const override { return static_cast<float>(metrics.height()); }
     float GetAscent() const override { return static_cast<float>(metrics.ascent()); }
     float MeasureWidth(moxcore::string::UTF16String const& text) const override {
-        return static_cast<float>(metrics.horizontalAdvance(ToQString(text)));
+        return static_cast<float>(metrics.horizontalAdvance(OnOneLine(text)));
     }
     float MeasureWrappedHeight(moxcore::string::UTF16String const& text,
                                float width) const override {
@@ -49,7 +57,7 @@ public:
     moxcore::string::UTF16String Truncate(moxcore::string::UTF16String const& text, float width,
                                           drawbot::TruncationMode mode) const override {
         return FromQString(
-            metrics.elidedText(ToQString(text), ToElideMode(mode), std::floor(width)));
+            metrics.elidedText(OnOneLine(text), ToElideMode(mode), std::floor(width)));
     }
 
     QFont font;
@@ -148,7 +156,7 @@ void QtDrawbot::DrawString(drawbot::ColorRGBA const& color, drawbot::FontInterfa
                            moxcore::geom::PointT<float> const& origin) {
     painter.setFont(QtFont(font));
     painter.setPen(ToQColor(color));
-    painter.drawText(QPointF(origin.x, origin.y), ToQString(text));
+    painter.drawText(QPointF(origin.x, origin.y), OnOneLine(text));
 }
 
 void QtDrawbot::PushClip(moxcore::geom::RectT<float> const& rect) {

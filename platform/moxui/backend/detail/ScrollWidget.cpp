@@ -103,6 +103,11 @@ bool ScrollWidget::MoveFocus(int key) {
     return true;
 }
 
+void ScrollWidget::scrollContentsBy(int dx, int dy) {
+    QScrollArea::scrollContentsBy(dx, dy);
+    if (node && onScrolled) onScrolled();
+}
+
 void ScrollWidget::keyPressEvent(QKeyEvent* event) {
     if (event->modifiers() & ~Qt::KeypadModifier) {
         event->ignore();

@@ -2,6 +2,7 @@
 
 #include <QPointer>
 #include <QScrollArea>
+#include <functional>
 #include <vector>
 
 #include "moxui/backend/detail/Peer.h"
@@ -13,6 +14,9 @@ namespace moxui::backend {
 class ScrollWidget : public QScrollArea, public NodeLink {
 public:
     ScrollWidget();
+
+    /// Runs when the content has been scrolled.
+    std::function<void()> onScrolled;
 
     /// Puts the content where the scroll bars say.
     void PlaceContent();
@@ -27,6 +31,7 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -10,10 +10,13 @@ namespace {
 constexpr QLatin1String kStart("<p style=\"white-space:pre-wrap\">");
 constexpr QLatin1String kEnd("</p>");
 
+/// What is longer must be wrapped, which Qt does with markup only.
+constexpr qsizetype kLongestLine = 80;
+
 }  // namespace
 
 QString AsPlainToolTip(QString const& text) {
-    if (!Qt::mightBeRichText(text)) return text;
+    if (text.size() <= kLongestLine && !Qt::mightBeRichText(text)) return text;
     return kStart + text.toHtmlEscaped() + kEnd;
 }
 

@@ -5,8 +5,8 @@
 
 namespace moxui::backend {
 
-/// `text` as a tooltip that is shown as it stands: Qt takes what looks like markup for markup, and
-/// a name may look like it.
+/// `text` as a tooltip that is shown as it stands, wrapped where it is long: Qt takes what looks
+/// like markup for markup, and a name may look like it.
 [[nodiscard]] QString AsPlainToolTip(QString const& text);
 /// The text that AsPlainToolTip was given.
 [[nodiscard]] QString FromPlainToolTip(QString const& toolTip);

@@ -1,9 +1,11 @@
 #include "moxui/backend/detail/ViewWidget.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <utility>
 
 #include "moxui/backend/detail/Accessibility.h"
 #include "moxui/backend/detail/FocusOrder.h"
@@ -15,6 +17,14 @@ namespace moxui::backend {
 
 ViewWidget::ViewWidget() {
     TellAssistiveToolsAboutViews();
+}
+
+void ViewWidget::SetSelected(bool selected) {
+    if (std::exchange(isSelected, selected) == selected) return;
+    QAccessible::State changed;
+    changed.selected = true;
+    QAccessibleStateChangeEvent event(this, changed);
+    QAccessible::updateAccessibility(&event);
 }
 
 void ViewWidget::Press() {

@@ -15,12 +15,19 @@ public:
 
     ui::AccessibleRole role = ui::AccessibleRole::Group;
 
+    /// Of several views, whether this is the one that is chosen; for assistive tools.
+    void SetSelected(bool selected);
+    [[nodiscard]] bool IsSelected() const { return isSelected; }
+
     /// What a press by an assistive tool does.
     void Press();
 
 protected:
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+
+private:
+    bool isSelected = false;
 };
 
 /// The widget of a window's topmost view: Tab goes through what it holds in reading order.

@@ -1,0 +1,144 @@
+#include "quillomoxui/view/NodePath.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "quillomoxui/model/QuilloAccount.h"
+#include "quillomoxui/model/QuilloProject.h"
+#include "quillomoxui/model/QuilloWorkspace.h"
+
+namespace quillomoxui::view {
+namespace {
+
+/// Binds `function` to the property of `node` that holds its children, if there are any that a path
+/// can go through.
+std::shared_ptr<BindingHandle> BindChildren(QuilloNode& node,
+                                            std::function<void()> const& function) {
+    auto const bind = [&](auto& property) {
+        return property.BindValueChanged([function](auto const&) { function(); });
+    };
+    if (auto* const user = dynamic_cast<QuilloUser*>(&node))
+        return bind(static_cast<AccountsNotifyingPropertyHost&>(*user));
+    if (auto* const account = dynamic_cast<QuilloAccount*>(&node))
+        return bind(static_cast<WorkspacesNotifyingPropertyHost&>(*account));
+    if (auto* const workspace = dynamic_cast<QuilloWorkspace*>(&node))
+        return bind(static_cast<ProjectsNotifyingPropertyHost&>(*workspace));
+    if (auto* const project = dynamic_cast<QuilloProject*>(&node))
+        return bind(static_cast<RootFolderNotifyingPropertyHost&>(*project));
+    if (auto* const folder = dynamic_cast<QuilloFolder*>(&node))
+        return bind(static_cast<FoldersNotifyingPropertyHost&>(*folder));
+    return nullptr;
+}
+
+bool Holds(NodeVector<QuilloNode> const& children, std::shared_ptr<QuilloNode> const& node) {
+    return std::find(children.begin(), children.end(), node) != children.end();
+}
+
+/// Of `children`, `node` itself or else the one that has taken its place; null when it is gone.
+std::shared_ptr<QuilloNode> Find(NodeVector<QuilloNode> const& children,
+                                 std::shared_ptr<QuilloNode> const& node) {
+    if (Holds(children, node)) return node;
+    auto const id = node->GetID();
+    if (id.IsNull()) return nullptr;
+    auto const found = std::find_if(children.begin(), children.end(),
+                                    [&](auto const& child) { return child->GetID() == id; });
+    return found == children.end() ? nullptr : *found;
+}
+
+}  // namespace
+
+NodeVector<QuilloNode> WithAncestors(std::shared_ptr<QuilloNode> node) {
+    NodeVector<QuilloNode> path;
+    for (; node; node = node->GetParent())
+        path.push_back(node);
+    return path;
+}
+
+NodePath::NodePath(std::shared_ptr<QuilloUser> const& user, std::function<void()> onReplaced)
+    : user(user), onReplaced(std::move(onReplaced)) {}
+
+NodePath::~NodePath() = default;
+
+void NodePath::Follow(std::shared_ptr<QuilloFolder> const& folder) {
+    if (folder == followed) return;
+    followed = folder;
+    kept = WithAncestors(folder);
+    state = State::Whole;
+    steps.clear();
+    steps.reserve(kept.size() + 1);
+    // A node that was replaced before anybody kept its way up ends below an account; what it says
+    // is all that is known.
+    if (!kept.empty() && std::dynamic_pointer_cast<QuilloAccount>(kept.back()))
+        steps.push_back({user});
+    for (auto node = kept.rbegin(); node != kept.rend(); ++node)
+        steps.push_back({*node});
+    for (std::size_t i = 1; i < steps.size(); ++i)
+        steps[i].isListed = Holds(steps[i - 1].node->GetChildNodes(), steps[i].node);
+    for (auto& step : steps)
+        Watch(step);
+}
+
+std::shared_ptr<QuilloFolder> NodePath::GetFolder() const {
+    return steps.empty() ? nullptr : std::dynamic_pointer_cast<QuilloFolder>(steps.back().node);
+}
+
+std::shared_ptr<QuilloProject> NodePath::GetProject() const {
+    for (auto const& step : steps)
+        if (auto project = std::dynamic_pointer_cast<QuilloProject>(step.node)) return project;
+    return nullptr;
+}
+
+void NodePath::Watch(Step& step) {
+    auto const update = [weakSelf = std::weak_ptr<NodePath>(Share(this))] {
+        if (auto const self = weakSelf.lock()) self->Update();
+    };
+    step.listBinding = BindChildren(*step.node, update);
+    // An empty list that comes changes nothing but this.
+    step.stateBinding =
+        static_cast<FetchChildrenStateNotifyingPropertyHost&>(*step.node)
+            .BindValueChanged([update](FetchChildrenState const&) { update(); });
+}
+
+void NodePath::Update() {
+    if (state == State::Broken || !UpdateSteps()) return;
+    auto const alive = Share(this);
+    onReplaced();
+}
+
+bool NodePath::UpdateSteps() {
+    bool hasChanged = std::exchange(state, State::Whole) != State::Whole;
+    for (std::size_t i = 1; i < steps.size(); ++i) {
+        auto& above = steps[i - 1];
+        auto& step = steps[i];
+        auto const children = above.node->GetChildNodes();
+        auto found = Find(children, step.node);
+        if (!found) {
+            bool const isGone =
+                above.isNew
+                    ? !children.empty() ||
+                          above.node->GetFetchChildrenState() == FetchChildrenState::Fetched
+                    : step.isListed;
+            if (!isGone) {
+                state = State::OnWay;
+                return true;
+            }
+            steps.erase(steps.begin() + static_cast<std::ptrdiff_t>(i), steps.end());
+            state = State::Broken;
+            return true;
+        }
+        above.isNew = false;
+        step.isListed = true;
+        if (found == step.node) continue;
+        hasChanged = true;
+        step.node = std::move(found);
+        step.isNew = true;
+        Watch(step);
+        auto const folder = std::dynamic_pointer_cast<QuilloFolder>(step.node);
+        if (folder && i + 1 < steps.size() &&
+            folder->GetFetchChildrenState() == FetchChildrenState::NotFetched)
+            folder->FetchChildren();
+    }
+    return hasChanged;
+}
+
+}  // namespace quillomoxui::view
