@@ -17,7 +17,9 @@ void ElidedLabel::SetText(QString const& newText) {
 }
 
 QSize ElidedLabel::sizeHint() const {
-    return {fontMetrics().horizontalAdvance(text), fontMetrics().height() + 4};
+    auto const margins = contentsMargins();
+    return {fontMetrics().horizontalAdvance(text) + margins.left() + margins.right(),
+            fontMetrics().height() + 4};
 }
 
 QSize ElidedLabel::minimumSizeHint() const {
@@ -26,13 +28,15 @@ QSize ElidedLabel::minimumSizeHint() const {
 
 void ElidedLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine,
-                     fontMetrics().elidedText(text, mode, width()));
+    painter.drawText(contentsRect(), Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine,
+                     fontMetrics().elidedText(text, mode, contentsRect().width()));
 }
 
 bool ElidedLabel::event(QEvent* event) {
     if (event->type() == QEvent::ToolTip)
-        setToolTip(fontMetrics().horizontalAdvance(text) > width() ? text.toHtmlEscaped() : "");
+        setToolTip(fontMetrics().horizontalAdvance(text) > contentsRect().width()
+                       ? text.toHtmlEscaped()
+                       : "");
     return QWidget::event(event);
 }
 

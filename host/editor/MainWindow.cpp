@@ -98,9 +98,11 @@ void MainWindow::MakeToolBar() {
     auto* const bar = addToolBar("Movie");
     bar->setMovable(false);
     bar->setContextMenuPolicy(Qt::PreventContextMenu);
-    bar->setContentsMargins(8, 2, 8, 2);
+    bar->setContentsMargins(0, 2, 8, 2);
+    title->setContentsMargins(10, 0, 10, 0);
     bar->addWidget(title);
     bar->addWidget(shareButton);
+    shareButton->setAccessibleName("Share for Review");
     shareButton->setToolTip("Share the movie for review (Ctrl+Shift+E)");
     connect(shareButton, &QPushButton::clicked, shareAction, &QAction::trigger);
 }
@@ -111,7 +113,7 @@ void MainWindow::MakeStatusBar() {
     progress->setTextVisible(false);
     progress->setAccessibleName("Progress of the share");
     statusBar()->setSizeGripEnabled(false);
-    statusBar()->setContentsMargins(8, 0, 8, 2);
+    message->setContentsMargins(8, 0, 0, 0);
     statusBar()->addWidget(message, 3);
     statusBar()->addPermanentWidget(phaseLabel, 1);
     statusBar()->addPermanentWidget(progress);

@@ -58,8 +58,8 @@ def wait_for_end(pid):
 class Running:
     """A program whose output is read line by line."""
 
-    def __init__(self, program, *arguments):
-        self.process = subprocess.Popen([BIN / program, *arguments], text=True,
+    def __init__(self, program, *arguments, environment=None):
+        self.process = subprocess.Popen([BIN / program, *arguments], text=True, env=environment,
                                         stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                         stderr=subprocess.PIPE)
 

@@ -44,6 +44,7 @@ TEST_F(MovieProbeTest, TellsWhatIsInAMovieWhateverItsName) {
         auto const movie = Probe(file);
         EXPECT_TRUE(movie.hasPicture && !movie.hasSound) << name;
         EXPECT_NEAR(movie.duration.value_or(0), 1, 0.1) << name;
+        EXPECT_EQ(movie.frameRate, 25) << name;
     }
 }
 

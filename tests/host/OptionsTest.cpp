@@ -33,6 +33,14 @@ TEST(Options, MakesTheDataDirectoryAbsolute) {
     EXPECT_EQ(options.depth, 2);
 }
 
+TEST(Options, OpensTheWindowWithoutACommand) {
+    EXPECT_EQ(ParseOptions({}).command, Command::Editor);
+    auto const options = ParseOptions({"--data", "/tmp/state", "--watchdog=times", "/"});
+    EXPECT_EQ(options.command, Command::Editor);
+    EXPECT_EQ(options.movie, "/");
+    EXPECT_EQ(options.watchdog, std::filesystem::current_path() / "times");
+}
+
 TEST(Options, HelpWinsOverWhateverElseIsSaid) {
     EXPECT_EQ(ParseOptions({"share", "--nonsense", "--help"}).command, Command::Help);
 }
@@ -44,6 +52,9 @@ TEST(Options, RefusesWhatItDoesNotUnderstandAndSaysWhy) {
     };
     Row const rows[] = {
         {{"publish"}, "no command and no movie \"publish\""},
+        {{"/", "b.mp4"}, "the window takes one movie"},
+        {{"--name", "x"}, "--name is no option of the window"},
+        {{"--events="}, "--events is empty"},
         {{"share"}, "needs the name of a movie"},
         {{"share", ""}, "name is empty"},
         {{"share", "a.mp4", "b.mp4"}, "\"b.mp4\" is a second one"},
