@@ -45,9 +45,6 @@ ShareCommand::ShareCommand(Options const& options, MainLoop& loop, ProgressDispl
 
 ShareCommand::Result ShareCommand::Run() {
     auto& viewModel = session.ViewModel();
-    if (asset.GetName() != options.name.value_or(DefaultAssetName(probe.File())))
-        display.Tell("The name is longer than a file's may be; it is shortened to \"" +
-                     asset.GetName() + "\".");
     ConnectLibrary();
     TakeLocks();
     asset.ForgetUnfinishedShare();

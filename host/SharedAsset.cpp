@@ -1,10 +1,7 @@
 #include "host/SharedAsset.h"
 
-#include <climits>
 #include <utility>
 
-#include "host/AssetName.h"
-#include "host/Exporter.h"
 #include "moxcore/string/Conversions.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
@@ -17,17 +14,13 @@ using moxcore::string::UTF16to8;
 using moxcore::string::UTF8to16;
 using moxcore::utility::Guid;
 
-/// What an exported file's name must leave room for in a directory entry.
-constexpr std::size_t kLongestName = NAME_MAX - std::char_traits<char>::length(".mp4") -
-                                     std::char_traits<char>::length(Exporter::kUnfinished);
-
 }  // namespace
 
 SharedAsset::SharedAsset(std::shared_ptr<AssetStore> newStore, Movie newMovie,
                          std::string const& newName)
     : store(std::move(newStore)),
       movie(std::move(newMovie)),
-      name(Shorten(newName, kLongestName)),
+      name(newName),
       asset(store->AssetOf(movie.file)) {}
 
 std::string SharedAsset::Stored(char const* key) const {

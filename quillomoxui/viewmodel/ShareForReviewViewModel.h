@@ -103,7 +103,8 @@ public:
     /// The step after the upload: puts the asset on its link, deletes the file, shows the link.
     void FinalizeUpload();
 
-    /// The active asset's name as a file name, with ".mp4".
+    /// The active asset's name as a file name, with ".mp4": without what may not stand in one, and
+    /// cut to 240 bytes of UTF-8, so that there is room for a host's suffix.
     [[nodiscard]] UTF16String GetOutputFileName();
 
     /// Where the host is to export to, in the user's cache directory.

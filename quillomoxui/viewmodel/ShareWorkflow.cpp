@@ -30,6 +30,10 @@ using moxcore::utility::Guid;
 
 namespace {
 
+/// In bytes of UTF-8. File systems take 255; a host may put a suffix behind the name of a file that
+/// is not finished.
+constexpr std::size_t kLongestFileName = 240;
+
 constexpr char kUseQuilloCppSdk[] = "QuilloNative.UseQuilloCppSdk";
 
 /// Views that a developer can have the popup open on, in the order in which the switches are tried.
@@ -194,10 +198,11 @@ void ShareForReviewViewModel::ProcessAssetForReview_Internal() {
 }
 
 UTF16String ShareForReviewViewModel::GetOutputFileName() {
+    using namespace moxcore::utility::FileUtils;
     constexpr unsigned short kHyphen = 0x2D;
-    return moxcore::utility::FileUtils::ReplaceIllegalFileNameCharacters(GetActiveAssetName(),
-                                                                         kHyphen) +
-           AsciiToUTF16(".mp4");
+    auto const extension = AsciiToUTF16(".mp4");
+    auto const legal = ReplaceIllegalFileNameCharacters(GetActiveAssetName(), kHyphen);
+    return ShortenFileName(legal, kLongestFileName - extension.size()) + extension;
 }
 
 UTF16String ShareForReviewViewModel::GetOutputFileFullPath() {

@@ -16,4 +16,17 @@ string::UTF16String ReplaceIllegalFileNameCharacters(string::UTF16String const& 
     return legal;
 }
 
+string::UTF16String ShortenFileName(string::UTF16String const& name, std::size_t bytes) {
+    std::size_t end = 0;
+    while (end < name.size()) {
+        bool const isPair = (name[end] & 0xFC00) == 0xD800 && end + 1 < name.size() &&
+                            (name[end + 1] & 0xFC00) == 0xDC00;
+        std::size_t const size = isPair ? 4 : name[end] < 0x80 ? 1 : name[end] < 0x800 ? 2 : 3;
+        if (size > bytes) break;
+        bytes -= size;
+        end += isPair ? 2 : 1;
+    }
+    return name.substr(0, end);
+}
+
 }  // namespace moxcore::utility::FileUtils

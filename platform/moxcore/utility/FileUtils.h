@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "moxcore/Export.h"
 #include "moxcore/string/UTF16String.h"
 
@@ -10,5 +12,10 @@ namespace moxcore::utility::FileUtils {
 /// one. Any thread.
 [[nodiscard]] MOXCORE_API string::UTF16String ReplaceIllegalFileNameCharacters(
     string::UTF16String const& name, unsigned short replacement);
+
+/// The beginning of `name` that takes at most `bytes` bytes of UTF-8, which is what the systems
+/// that count bytes keep names in. Never half a character. Any thread.
+[[nodiscard]] MOXCORE_API string::UTF16String ShortenFileName(string::UTF16String const& name,
+                                                              std::size_t bytes);
 
 }  // namespace moxcore::utility::FileUtils

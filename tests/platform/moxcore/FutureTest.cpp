@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <latch>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <thread>
@@ -107,6 +110,48 @@ TEST(Future, ContinuesInTheOrderAttachedAndOnTheCompletingThread) {
     completing.join();
     EXPECT_EQ(order, (std::vector{1, 2}));
     EXPECT_EQ(ranOn, completingThread);
+}
+
+TEST(Future, RunsEachContinuationOnceWhoeverIsFirst) {
+    constexpr int kRounds = 200;
+    constexpr int kPerThread = 20;
+    for (int round = 0; round < kRounds; ++round) {
+        Promise<int> promise;
+        std::atomic<int> calls = 0;
+        std::latch start(3);
+        auto const attach = [&, future = promise.GetFuture()] {
+            start.arrive_and_wait();
+            for (int i = 0; i < kPerThread; ++i)
+                future.OnComplete([&calls](Future<int> const& done) { calls += done.Peek(); });
+        };
+        {
+            std::jthread const first(attach);
+            std::jthread const second(attach);
+            start.arrive_and_wait();
+            promise.SetValue(1);
+        }
+        ASSERT_EQ(calls, 2 * kPerThread);
+    }
+}
+
+TEST(Future, LetsGoOfWhatAContinuationHolds) {
+    auto const watched = std::make_shared<int>();
+    Future<int> next;
+    {
+        testsupport::ManualExecutor executor;
+        Promise<int> promise;
+        // Held alone, so no copy can have been made.
+        next = promise.GetFuture().Then([held = std::make_unique<std::shared_ptr<int>>(watched)](
+                                            Future<int> const& done) { return done.Get(); });
+        auto const onExecutor = promise.GetFuture().Then(
+            executor.Executor(), [watched](Future<int> const& done) { return done.Get(); });
+        EXPECT_EQ(watched.use_count(), 3);
+        promise.SetValue(1);
+        EXPECT_EQ(watched.use_count(), 2) << "the one that has run";
+        EXPECT_FALSE(onExecutor.IsComplete());
+        next = onExecutor;
+    }
+    EXPECT_EQ(Outcome(next), "cancelled") << "the executor has dropped it";
 }
 
 TEST(Future, HandsTheExecutorOn) {

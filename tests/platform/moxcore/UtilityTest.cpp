@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <memory>
 #include <sstream>
 #include <unordered_set>
 #include <vector>
@@ -8,6 +10,7 @@
 #include "moxcore/string/Conversions.h"
 #include "moxcore/utility/FileUtils.h"
 #include "moxcore/utility/Guid.h"
+#include "moxcore/utility/UniqueFunction.h"
 
 using namespace moxcore;
 using utility::Guid;
@@ -52,6 +55,45 @@ TEST(Guid, CreatesUniqueOnesOfVersion4) {
     EXPECT_EQ(distinct.size(), 500u);
 }
 
+/// A function of `size` bytes that counts what lives of it.
+template <std::size_t size>
+struct Counted {
+    explicit Counted(int& alive) : alive(&alive) { ++alive; }
+    Counted(Counted&& other) noexcept : alive(other.alive), calls(other.calls) { ++*alive; }
+    Counted& operator=(Counted&&) = delete;
+    ~Counted() { --*alive; }
+    int operator()(std::unique_ptr<int> argument) { return *argument + ++calls; }
+
+    int* alive;
+    int calls = 0;
+    std::array<char, size> ballast{};
+};
+
+template <std::size_t size>
+void TestUniqueFunction() {
+    using Function = utility::UniqueFunction<int(std::unique_ptr<int>)>;
+    int alive = 0;
+    {
+        Function function = Counted<size>(alive);
+        EXPECT_EQ(alive, 1);
+        EXPECT_EQ(function(std::make_unique<int>(10)), 11);
+        Function other = std::move(function);
+        EXPECT_EQ(alive, 1);
+        EXPECT_FALSE(function);
+        EXPECT_EQ(other(std::make_unique<int>(10)), 12) << "it is the same one";
+        function = Counted<size>(alive);
+        other = std::move(function);
+        EXPECT_EQ(alive, 1) << "the one before is gone";
+        EXPECT_EQ(other(std::make_unique<int>(10)), 11);
+    }
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(UniqueFunction, HasOneOwnerInPlaceOrNot) {
+    TestUniqueFunction<1>();
+    TestUniqueFunction<500>();
+}
+
 TEST(FileUtils, ReplacesWhatMayNotStandInAFileName) {
     for (auto const& [name, legal] : std::vector<std::pair<std::string, std::string>>{
              {"Spot 1.mp4", "Spot 1.mp4"},
@@ -63,6 +105,26 @@ TEST(FileUtils, ReplacesWhatMayNotStandInAFileName) {
         EXPECT_EQ(string::UTF16to8(utility::FileUtils::ReplaceIllegalFileNameCharacters(
                       string::UTF8to16(name), '_')),
                   legal);
+}
+
+TEST(FileUtils, ShortensBetweenTwoCharacters) {
+    struct Row {
+        char const* name;
+        std::size_t bytes;
+        char const* shortened;
+    };
+    constexpr Row kRows[] = {
+        {"short", 5, "short"}, {"longer", 5, "longe"}, {"é", 1, ""},   {"aé", 2, "a"},
+        {"aéb", 3, "aé"},      {"予告", 5, "予"},      {"🎬🎬", 7, "🎬"}, {"🎬🎬", 8, "🎬🎬"},
+    };
+    for (auto const& row : kRows)
+        EXPECT_EQ(string::UTF16to8(
+                      utility::FileUtils::ShortenFileName(string::UTF8to16(row.name), row.bytes)),
+                  row.shortened)
+            << row.name << " " << row.bytes;
+    // Half a pair is written as U+FFFD.
+    EXPECT_EQ(utility::FileUtils::ShortenFileName({0xD83C, 'a'}, 2).size(), 0u);
+    EXPECT_EQ(utility::FileUtils::ShortenFileName({0xD83C, 'a'}, 3).size(), 1u);
 }
 
 TEST(DebugDatabase, AnswersTheFallbackForWhatIsAbsentOrOfAnotherType) {

@@ -165,6 +165,17 @@ TEST_F(WorkflowTest, TheLinkIsNamedAfterTheOutputFile) {
     EXPECT_THAT(bodies, ElementsAre("{\"name\":\"A-B- -\xC3\xA9-.mp4\"}"));
 }
 
+TEST_F(WorkflowTest, ANameThatIsTooLongForAFileIsCutAndItsMovieShared) {
+    std::string name;
+    for (int i = 0; i < 150; ++i)
+        name += "🎬";
+    viewModel->SetActiveAssetName(UTF8to16(name));
+    Share();
+    EXPECT_EQ(viewModel->GetEncodingStatus().status, EncodingStatus::UploadComplete);
+    auto const exported = std::filesystem::path(host.exports.back()).filename().string();
+    EXPECT_EQ(exported, name.substr(0, 236) + ".mp4");
+}
+
 // Each step of a first share fails once; sharing again must put the movie on the link.
 TEST_F(WorkflowTest, AShareThatFailedHalfWayIsCompletedByTheNextOne) {
     struct {
