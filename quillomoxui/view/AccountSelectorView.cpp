@@ -11,8 +11,8 @@ AccountSelectorView::AccountSelectorView(
     std::shared_ptr<ProposedAccountNotifyingPropertyHost> const& proposedAccount)
     : UI_Popup(0, false), proposedAccount(proposedAccount) {
     UI_SetAccessibleName(Text("$$$/Vistrel/quillomoxui/view/LocationPicker/Account=Account"));
-    NotifyWhenChanged(utility::WeakBindMemberFunction(
-        this, &AccountSelectorView::OnProposedAccountChanged));
+    NotifyWhenChanged(
+        utility::WeakBindMemberFunction(this, &AccountSelectorView::OnProposedAccountChanged));
 }
 
 AccountSelectorView::~AccountSelectorView() = default;

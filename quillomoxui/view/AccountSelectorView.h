@@ -1,7 +1,7 @@
 #pragma once
 
-#include "moxui/controls/UI_Popup.h"
 #include "moxcore/utility/Guid.h"
+#include "moxui/controls/UI_Popup.h"
 #include "quillomoxui/properties/NamedPropertyHosts.h"
 
 namespace quillomoxui::view {

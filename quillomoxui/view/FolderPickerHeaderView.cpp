@@ -59,8 +59,7 @@ void FolderPickerHeaderView::UI_SetLocalRectF(moxcore::geom::RectT<float> const&
     float const workspaceHeight = layout.SizeOf(*workspaceName).y;
     float free = rect.height - projectHeight - 2;
     if (workspaceName->UI_IsViewVisible()) free -= workspaceHeight;
-    projectName->UI_SetLocalRectF(
-        {textLeft, free * 0.5F, rect.width - textLeft, projectHeight});
+    projectName->UI_SetLocalRectF({textLeft, free * 0.5F, rect.width - textLeft, projectHeight});
     workspaceName->UI_SetLocalRectF(
         {textLeft, free * 0.5F + projectHeight, rect.width - textLeft, workspaceHeight});
 }
@@ -68,8 +67,7 @@ void FolderPickerHeaderView::UI_SetLocalRectF(moxcore::geom::RectT<float> const&
 bool FolderPickerHeaderView::UI_DoPointerEvent(moxui::ui::UI_Node*,
                                                moxui::ui::PointerEvent const& event) {
     FollowHover(event, *this, hovered);
-    if (IsPrimaryPress(event))
-        currentViewID->SetCurrentViewID(ShareForReviewViewID::SelectProject);
+    if (IsPrimaryPress(event)) currentViewID->SetCurrentViewID(ShareForReviewViewID::SelectProject);
     return false;
 }
 

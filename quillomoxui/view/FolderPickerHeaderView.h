@@ -18,8 +18,7 @@ public:
     [[nodiscard]] moxcore::geom::PointT<float> UI_GetRecommendedSize(
         moxui::drawbot::Drawbot* drawbot) const override;
     void UI_SetLocalRectF(moxcore::geom::RectT<float> const& rect) override;
-    bool UI_DoPointerEvent(moxui::ui::UI_Node* node,
-                           moxui::ui::PointerEvent const& event) override;
+    bool UI_DoPointerEvent(moxui::ui::UI_Node* node, moxui::ui::PointerEvent const& event) override;
     void UI_Draw(moxui::drawbot::Drawbot* drawbot) const override;
 
 private:

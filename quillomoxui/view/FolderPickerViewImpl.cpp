@@ -20,9 +20,8 @@ bool IsRootFolder(QuilloFolder const& folder) {
 
 /// A project's root folder has no name of its own that a user would know.
 UTF16String NameOf(QuilloFolder const& folder) {
-    return IsRootFolder(folder)
-               ? Text("$$$/Vistrel/quillomoxui/view/LocationPicker/Assets=Assets")
-               : folder.GetName();
+    return IsRootFolder(folder) ? Text("$$$/Vistrel/quillomoxui/view/LocationPicker/Assets=Assets")
+                                : folder.GetName();
 }
 
 std::shared_ptr<QuilloProject> ProjectOf(std::shared_ptr<QuilloFolder> const& folder) {
@@ -52,8 +51,7 @@ FolderPickerViewImpl::FolderPickerViewImpl(
         if (auto const self = weakSelf.Lock()) self->OnPathReplaced();
     });
 
-    tree->UI_SetAccessibleName(
-        Text("$$$/Vistrel/quillomoxui/view/LocationPicker/Folders=Folders"));
+    tree->UI_SetAccessibleName(Text("$$$/Vistrel/quillomoxui/view/LocationPicker/Folders=Folders"));
     tree->SetSingleSelection(true);
     tree->SetEmptySelectionSupported(false);
     tree->SetDrawCellFunction([weakSelf](moxui::drawbot::Drawbot* drawbot, RowPtr const& row, int,
@@ -168,8 +166,7 @@ void FolderPickerViewImpl::OnPathReplaced() {
 
     auto const folder = path->GetFolder();
     // What the user has proposed meanwhile stays.
-    if (User().GetProposedSelection() == path->GetFollowed())
-        User().SetProposedSelection(folder);
+    if (User().GetProposedSelection() == path->GetFollowed()) User().SetProposedSelection(folder);
     if (!folder && currentViewID->GetCurrentViewID() == ShareForReviewViewID::SelectFolder)
         currentViewID->SetCurrentViewID(ShareForReviewViewID::SelectProject);
 }
@@ -182,8 +179,7 @@ void FolderPickerViewImpl::SetHeaderNames(std::shared_ptr<QuilloProject> const& 
 
 void FolderPickerViewImpl::SelectionChangedCallback(std::vector<RowPtr> const& selected) {
     if (selected.size() != 1) return;
-    if (auto const folder = rows->GetFolder(selected.front()))
-        User().SetProposedSelection(folder);
+    if (auto const folder = rows->GetFolder(selected.front())) User().SetProposedSelection(folder);
 }
 
 void FolderPickerViewImpl::RowDisclosureChangedCallback(RowPtr const& row, bool open) {
@@ -209,8 +205,8 @@ void FolderPickerViewImpl::OnDrawCellOfRow(moxui::drawbot::Drawbot& drawbot, Row
         }
     }
     bool const isSelected = tree->IsRowSelected(row);
-    auto const font = drawbot.GetSupplier()->NewFont(GetFontName(0), GetFontSize(0),
-                                                     isSelected ? "Bold" : "");
+    auto const font =
+        drawbot.GetSupplier()->NewFont(GetFontName(0), GetFontSize(0), isSelected ? "Bold" : "");
     surface.DrawString(GetColor(moxui::skins::ThemeColor::kText), *font,
                        TruncateString(*font, NameOf(*folder), cell.width - (origin.x - cell.x),
                                       moxui::drawbot::TruncationMode::End),

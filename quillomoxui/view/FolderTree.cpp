@@ -131,16 +131,17 @@ void FolderTree::PutFolder(Entry& entry, FolderPtr const& folder) {
     Watch(entry);
     // An empty list that comes changes nothing but the state.
     if (hasRowsBelow)
-        entry.stateBinding = static_cast<FetchChildrenStateNotifyingPropertyHost&>(*folder)
-                                 .BindValueChanged(OnChangeOf(entry));
+        entry.stateBinding =
+            static_cast<FetchChildrenStateNotifyingPropertyHost&>(*folder).BindValueChanged(
+                OnChangeOf(entry));
     if (fetchesAhead) Fetch(*folder);
     haveRowsChanged = true;
     MakeDue(entry);
 }
 
 void FolderTree::Watch(Entry& entry) {
-    entry.listBinding =
-        static_cast<FoldersNotifyingPropertyHost&>(*entry.folder).BindValueChanged(OnChangeOf(entry));
+    entry.listBinding = static_cast<FoldersNotifyingPropertyHost&>(*entry.folder)
+                            .BindValueChanged(OnChangeOf(entry));
 }
 
 void FolderTree::OnListChanged(QuilloFolder const* folder) {
@@ -194,8 +195,7 @@ bool FolderTree::TakeIn(Entry& entry, TimePoint end) {
 
     auto& children = entry.children;
     std::size_t known = 0;
-    while (known < children.size() && known < list.size() &&
-           children[known]->folder == list[known])
+    while (known < children.size() && known < list.size() && children[known]->folder == list[known])
         ++known;
     if (known == children.size()) {
         for (; known < list.size(); ++known)

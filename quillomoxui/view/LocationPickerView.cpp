@@ -25,8 +25,8 @@ bool HoldsFocus(moxui::ui::UI_Container const& view) {
 
 LocationPickerView::LocationPickerView(std::shared_ptr<ShareForReviewViewModel> const& viewModel)
     : PopupBaseView(viewModel),
-      header(new moxui::controls::UI_StaticText(Text(
-          "$$$/Vistrel/quillomoxui/view/LocationPicker/Header=Select a location on Quillo"))),
+      header(new moxui::controls::UI_StaticText(
+          Text("$$$/Vistrel/quillomoxui/view/LocationPicker/Header=Select a location on Quillo"))),
       topDivider(new moxui::controls::UI_Divider),
       bottomDivider(new moxui::controls::UI_Divider),
       cancelButton(new moxui::controls::UI_TextButton(
@@ -52,8 +52,7 @@ LocationPickerView::LocationPickerView(std::shared_ptr<ShareForReviewViewModel> 
     cancelButton->UI_SetNodeID(kCancelButtonID);
     cancelButton->NotifyWhenChanged(
         WeakBindMemberFunction(this, &LocationPickerView::OnCancelBtnClicked));
-    chooseButton->SetText(
-        Text("$$$/Vistrel/quillomoxui/view/LocationPicker/ChooseBtn=Choose"));
+    chooseButton->SetText(Text("$$$/Vistrel/quillomoxui/view/LocationPicker/ChooseBtn=Choose"));
     chooseButton->SetFontStyleName("Bold");
     chooseButton->UI_SetNodeID(kCommitButtonID);
     chooseButton->UI_SetEnabled(false);

@@ -94,9 +94,8 @@ void NodePath::Watch(Step& step) {
     };
     step.listBinding = BindChildren(*step.node, update);
     // An empty list that comes changes nothing but this.
-    step.stateBinding =
-        static_cast<FetchChildrenStateNotifyingPropertyHost&>(*step.node)
-            .BindValueChanged([update](FetchChildrenState const&) { update(); });
+    step.stateBinding = static_cast<FetchChildrenStateNotifyingPropertyHost&>(*step.node)
+                            .BindValueChanged([update](FetchChildrenState const&) { update(); });
 }
 
 void NodePath::Update() {
@@ -113,11 +112,10 @@ bool NodePath::UpdateSteps() {
         auto const children = above.node->GetChildNodes();
         auto found = Find(children, step.node);
         if (!found) {
-            bool const isGone =
-                above.isNew
-                    ? !children.empty() ||
-                          above.node->GetFetchChildrenState() == FetchChildrenState::Fetched
-                    : step.isListed;
+            bool const isGone = above.isNew
+                                    ? !children.empty() || above.node->GetFetchChildrenState() ==
+                                                               FetchChildrenState::Fetched
+                                    : step.isListed;
             if (!isGone) {
                 state = State::OnWay;
                 return true;

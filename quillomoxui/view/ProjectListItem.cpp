@@ -17,8 +17,8 @@ ProjectListItem::ProjectListItem(
     UI_SetFocusable(true, moxui::ui::AccessibleRole::ListItem);
     UI_SetAccessibleName(project->GetName());
     if (!proposedSelection) return;
-    RetainBinding(proposedSelection->BindValueChanged(utility::WeakBindMemberFunction(
-        this, &ProjectListItem::UpdateProjectSelectionState)));
+    RetainBinding(proposedSelection->BindValueChanged(
+        utility::WeakBindMemberFunction(this, &ProjectListItem::UpdateProjectSelectionState)));
 }
 
 ProjectListItem::~ProjectListItem() = default;

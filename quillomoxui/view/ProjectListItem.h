@@ -12,9 +12,10 @@ namespace quillomoxui::view {
 class ProjectListItem : public moxui::controls::UI_ControlView, public utility::BindingTarget {
 public:
     /// `project` is not null; without one of the hosts a press does nothing.
-    ProjectListItem(std::shared_ptr<QuilloProject> const& project,
-                    std::shared_ptr<ProposedSelectionNotifyingPropertyHost> const& proposedSelection,
-                    std::shared_ptr<CurrentViewIDNotifyingPropertyHost> const& currentViewID);
+    ProjectListItem(
+        std::shared_ptr<QuilloProject> const& project,
+        std::shared_ptr<ProposedSelectionNotifyingPropertyHost> const& proposedSelection,
+        std::shared_ptr<CurrentViewIDNotifyingPropertyHost> const& currentViewID);
     ~ProjectListItem() override;
 
     [[nodiscard]] std::shared_ptr<QuilloProject> const& GetProject() const { return project; }
@@ -28,8 +29,7 @@ public:
     [[nodiscard]] moxcore::geom::PointT<float> UI_GetRecommendedSize(
         moxui::drawbot::Drawbot* drawbot) const override;
     void UI_SetLocalRectF(moxcore::geom::RectT<float> const& rect) override;
-    bool UI_DoPointerEvent(moxui::ui::UI_Node* node,
-                           moxui::ui::PointerEvent const& event) override;
+    bool UI_DoPointerEvent(moxui::ui::UI_Node* node, moxui::ui::PointerEvent const& event) override;
     void UI_Draw(moxui::drawbot::Drawbot* drawbot) const override;
 
 private:

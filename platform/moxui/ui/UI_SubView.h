@@ -31,8 +31,8 @@ public:
     /// screen reader calls it by `role`. For views that draw themselves: a ready-made control does
     /// this by itself.
     void UI_SetFocusable(bool focusable, AccessibleRole role);
-    /// Tells assistive tools whether the view, one of several (AccessibleRole::ListItem), is the one
-    /// that is chosen.
+    /// Tells assistive tools whether the view, one of several (AccessibleRole::ListItem), is the
+    /// one that is chosen.
     void UI_SetAccessibleSelected(bool selected);
     [[nodiscard]] bool UI_HasFocus() const;
     void UI_SetFocus();

@@ -11,8 +11,7 @@ class FolderPickerTest : public PickerTest {
 protected:
     FolderPickerTest() : root(spring->GetRootFolder()) {
         model->SetAssetDataMethods([](auto&, auto&) { return true; },
-                                   [](auto&&...) { return false; },
-                                   [](auto&&...) { return true; });
+                                   [](auto&&...) { return false; }, [](auto&&...) { return true; });
     }
 
     static int Fetches(std::shared_ptr<QuilloFolder> const& folder) {
@@ -69,11 +68,11 @@ TEST_F(FolderPickerTest, TheWayToTheSelectionIsOpen) {
         std::shared_ptr<QuilloFolder> proposed, selected;
         std::vector<std::string> rows;
     };
-    for (auto const& [proposed, selected, rows] : std::vector<Case>{
-             {root, nullptr, {"Assets*", ".A", ".B"}},
-             {c, nullptr, {"Assets", ".A", "..C*", ".B"}},
-             {nullptr, d, {"Assets", ".A", "..C", "...D*", ".B"}},
-             {d, root, {"Assets", ".A", "..C", "...D*", ".B"}}}) {
+    for (auto const& [proposed, selected, rows] :
+         std::vector<Case>{{root, nullptr, {"Assets*", ".A", ".B"}},
+                           {c, nullptr, {"Assets", ".A", "..C*", ".B"}},
+                           {nullptr, d, {"Assets", ".A", "..C", "...D*", ".B"}},
+                           {d, root, {"Assets", ".A", "..C", "...D*", ".B"}}}) {
         user->SetSelection(selected);
         user->SetProposedSelection(proposed);
         Show(ID::SelectFolder);
@@ -141,7 +140,8 @@ TEST_F(FolderPickerTest, OneViewServesProjectAfterProject) {
     ReceiveTree();
     Receive(summer->GetRootFolder(), {"Z"});
     Show(ID::SelectProject);
-    for (auto const& [project, rows] : std::vector<std::pair<char const*, std::vector<std::string>>>{
+    for (auto const& [project, rows] :
+         std::vector<std::pair<char const*, std::vector<std::string>>>{
              {"Spring", {"Assets*", ".A", ".B"}},
              {"Summer", {"Assets*", ".Z"}},
              {"Spring", {"Assets*", ".A", ".B"}}}) {
@@ -185,11 +185,11 @@ TEST_F(RefetchTest, AProposalThatIsGoneFallsBackToWhatIsLeft) {
         std::string proposed;
         std::vector<std::string> rows;
     };
-    for (auto const& [top, belowA, proposed, rows] : std::vector<Case>{
-             {{"A", "B"}, {}, "A", {"Assets", ".A*", ".B"}},
-             {{"A", "B"}, {"X"}, "A", {"Assets", ".A*", "..X", ".B"}},
-             {{"B"}, {}, "root of Spring", {"Assets*", ".B"}},
-             {{}, {}, "root of Spring", {"Assets*"}}}) {
+    for (auto const& [top, belowA, proposed, rows] :
+         std::vector<Case>{{{"A", "B"}, {}, "A", {"Assets", ".A*", ".B"}},
+                           {{"A", "B"}, {"X"}, "A", {"Assets", ".A*", "..X", ".B"}},
+                           {{"B"}, {}, "root of Spring", {"Assets*", ".B"}},
+                           {{}, {}, "root of Spring", {"Assets*"}}}) {
         ReceiveTree();
         ShowFolders(d);
         auto const folders = Receive(root, top);

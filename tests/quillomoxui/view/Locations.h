@@ -17,8 +17,7 @@ namespace quillomoxui {
 /// A node with a name of its own and an ID that is the same for every node of that name: what a
 /// backend makes when it fetches a list again.
 template <class Node>
-std::shared_ptr<Node> MakeNode(std::string const& name,
-                               std::shared_ptr<QuilloNode> const& parent) {
+std::shared_ptr<Node> MakeNode(std::string const& name, std::shared_ptr<QuilloNode> const& parent) {
     std::shared_ptr<Node> node;
     node = std::make_shared<Node>(parent);
     node->SetInitialName(moxcore::string::UTF8to16(name));
@@ -65,8 +64,8 @@ inline NodeVector<QuilloProject> ReceiveProjects(std::shared_ptr<QuilloWorkspace
     return projects;
 }
 
-inline NodeVector<QuilloWorkspace> ReceiveWorkspaces(
-    std::shared_ptr<QuilloAccount> const& account, std::vector<std::string> const& names) {
+inline NodeVector<QuilloWorkspace> ReceiveWorkspaces(std::shared_ptr<QuilloAccount> const& account,
+                                                     std::vector<std::string> const& names) {
     NodeVector<QuilloWorkspace> workspaces;
     for (auto const& name : names)
         workspaces.push_back(MakeNode<QuilloWorkspace>(name, account));

@@ -56,8 +56,8 @@ QSize FittedText::NaturalSize(QFont const& font) const {
         width = std::max(width, metrics.horizontalAdvance(paragraph));
     measuredFont = font;
     naturalSize = {WholeUnits(width),
-                   WholeUnits(metrics.height() + static_cast<qreal>(paragraphs.size() - 1) *
-                                                     metrics.lineSpacing())};
+                   WholeUnits(metrics.height() +
+                              static_cast<qreal>(paragraphs.size() - 1) * metrics.lineSpacing())};
     return naturalSize;
 }
 
