@@ -22,7 +22,7 @@ Peer::~Peer() {
 
 void Peer::SetNode(ui::UI_Node* newNode) {
     node = newNode;
-    if (link) link->node = newNode;
+    if (link && widget) link->node = newNode;  // it goes with the widget
 }
 
 void Peer::SetParent(Peer* parent) {
