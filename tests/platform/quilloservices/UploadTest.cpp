@@ -43,9 +43,11 @@ std::string Movie(std::size_t size) {
 class UploadTest : public testing::Test {
 protected:
     UploadTest() {
+        RetryPolicy::SetRandomSource([] { return 0.5; });
         static_cast<void>(client.UpdateAccessToken("secret"));
         transport.SetResponder([this](HttpRequest const& request) { return tus.Answer(request); });
     }
+    ~UploadTest() override { RetryPolicy::SetRandomSource({}); }
 
     using Future = moxcore::async::Future<std::shared_ptr<UploadResponse>>;
 
