@@ -35,7 +35,8 @@ public:
         if (address.empty()) return {};
         std::string url;
         url.reserve(address.size() + path.size());
-        return url.append(address).append(path);
+        url.append(address).append(path);
+        return url;
     }
 
     bool Set(std::string const& url) {

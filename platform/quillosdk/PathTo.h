@@ -14,7 +14,8 @@ namespace quillosdk {
     auto const text = id.AsText();
     std::string path;
     path.reserve(things.size() + text.size() + part.size());
-    return path.append(things).append(text.data(), text.size()).append(part);
+    path.append(things).append(text.data(), text.size()).append(part);
+    return path;
 }
 
 }  // namespace quillosdk

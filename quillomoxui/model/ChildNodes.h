@@ -13,6 +13,7 @@ namespace quillomoxui {
 /// particular order. None may be null.
 template <class Node>
 [[nodiscard]] NodeVector<Node> SortNodes(NodeVector<Node> const& nodes) {
+    if (nodes.size() < 2) return nodes;
     std::vector<UTF16String> names;
     names.reserve(nodes.size());
     std::vector<UTF16String const*> references;
