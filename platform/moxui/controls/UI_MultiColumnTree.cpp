@@ -27,7 +27,10 @@ TreeWidget* WidgetWith(UI_MultiColumnTree const& tree, UI_MultiColumnTree::RowPt
 UI_MultiColumnTree::UI_MultiColumnTree(int columnCount)
     : UI_ControlView(backend::MakePeer<TreeWidget>(columnCount)) {}
 
-UI_MultiColumnTree::~UI_MultiColumnTree() = default;
+UI_MultiColumnTree::~UI_MultiColumnTree() {
+    // An assistive tool may ask the widget, which lives on for a moment.
+    if (auto* const widget = WidgetOf(*this)) widget->Model().name = nullptr;
+}
 
 void UI_MultiColumnTree::SetSingleSelection(bool single) {
     if (auto* const widget = WidgetOf(*this))

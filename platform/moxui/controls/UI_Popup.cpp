@@ -36,7 +36,10 @@ UI_Popup::UI_Popup(int, bool) : UI_ControlView(backend::MakePeer<DropDown>()) {
 }
 
 UI_Popup::~UI_Popup() {
-    if (auto* const widget = WidgetOf(*this)) widget->hidePopup();
+    auto* const widget = WidgetOf(*this);
+    if (!widget) return;
+    widget->hidePopup();
+    widget->Entries().picture = nullptr;
 }
 
 void UI_Popup::AddHeading(moxcore::string::UTF16String const& text) {

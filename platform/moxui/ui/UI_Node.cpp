@@ -1,5 +1,7 @@
 #include "moxui/ui/UI_Node.h"
 
+#include <QAbstractScrollArea>
+
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/Peer.h"
 #include "moxui/backend/detail/Theme.h"
@@ -73,7 +75,10 @@ drawbot::SupplierInterface const* UI_Node::UI_GetDrawSupplier() const {
 void UI_Node::UI_Draw(drawbot::Drawbot*) const {}
 
 void UI_Node::UI_Invalidate() {
-    if (auto* const widget = peer->GetWidget()) widget->update();
+    auto* const widget = peer->GetWidget();
+    if (!widget) return;
+    auto* const area = qobject_cast<QAbstractScrollArea*>(widget);
+    (area ? area->viewport() : widget)->update();
 }
 
 bool UI_Node::UI_DoPointerEvent(UI_Node*, PointerEvent const&) {

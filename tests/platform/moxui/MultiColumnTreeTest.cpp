@@ -315,6 +315,15 @@ TEST_F(MultiColumnTreeTest, AScreenReaderHearsNamesLevelsAndStates) {
     EXPECT_FALSE(rowNamed("dog")->state().expandable);
 }
 
+TEST_F(MultiColumnTreeTest, IsDrawnAnewWhenItIsToldToBe) {
+    Fill();
+    Drawn();
+    cells.clear();
+    tree->UI_Invalidate();
+    RunEvents();
+    EXPECT_EQ(cells.size(), 3U);
+}
+
 TEST_F(MultiColumnTreeTest, MayGoWhileItTellsOfSomething) {
     Fill();
     tree->SelectRow(ant, true, true, true);

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QListView>
+#include <QScopeGuard>
 #include <QScreen>
 #include <QTest>
 #include <QWheelEvent>
@@ -98,9 +99,14 @@ TEST_F(PopupTest, TheKeysOfTheMenuPassOverWhatCannotBeChosen) {
     popup->AddHeading(AsciiToUTF16("First heading"));
     AddItems({"able", "baker", "charlie"});
     popup->AddHeading(AsciiToUTF16("Second heading"));
-    AddItems({"dog", "easy"});
+    AddItems({"cat", "easy"});
     popup->EnableItem(6, false);
     popup->SetValue(2);
+    // However slow the machine is, letters that are typed one after the other belong together.
+    auto const restore = qScopeGuard([interval = QApplication::keyboardInputInterval()] {
+        QApplication::setKeyboardInputInterval(interval);
+    });
+    QApplication::setKeyboardInputInterval(1'000'000);
     struct Case {
         std::vector<Qt::Key> keys;
         int chosen;
@@ -114,8 +120,7 @@ TEST_F(PopupTest, TheKeysOfTheMenuPassOverWhatCannotBeChosen) {
              {{Qt::Key_End, Qt::Key_Up}, 3},
              {{Qt::Key_PageDown}, 5},
              {{Qt::Key_PageUp}, 1},
-             {{Qt::Key_C}, 3},
-             {{Qt::Key_B, Qt::Key_A}, 2},
+             {{Qt::Key_C, Qt::Key_A}, 5},
          }) {
         popup->SetValue(2);
         chosen.clear();
@@ -124,8 +129,6 @@ TEST_F(PopupTest, TheKeysOfTheMenuPassOverWhatCannotBeChosen) {
             Key(key);
         Key(Qt::Key_Return);
         EXPECT_THAT(chosen, ElementsAre(expected)) << keys.front();
-        // The list of an open menu forgets what was typed only after a while.
-        QApplication::setKeyboardInputInterval(0);
     }
     popup->EnableAllItems();
     Key(Qt::Key_Space);

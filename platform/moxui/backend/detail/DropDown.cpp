@@ -94,7 +94,7 @@ void DropDown::showPopup() {
         int const frame = 2 * WholeSize(Size::LineWidth);
         int const bar = count() > kEntriesSeen ? WholeSize(Size::ScrollBar) : 0;
         List().setMinimumWidth(std::min(delegate->WidestEntry(font()) + bar + frame,
-                                        screen()->availableSize().width()));
+                                        screen()->availableSize().width() / 2));
         QComboBox::showPopup();
     }
     if (!IsOpen()) notices.HasClosed();

@@ -16,15 +16,13 @@
 #include "moxui/backend/detail/QtDrawbot.h"
 #include "moxui/backend/detail/Theme.h"
 #include "moxui/backend/detail/ToolTip.h"
+#include "moxui/controls/UI_ControlView.h"
 
 namespace moxui::backend {
 namespace {
 
 namespace Key = skins::ThemeColor;
 using Size = skins::ThemeSize;
-
-/// How many rows are opened before the event loop goes on.
-constexpr int kRowsOpenedAtOnce = 2000;
 
 }  // namespace
 
@@ -95,7 +93,7 @@ void TreeWidget::ShowAppended() {
 
 void TreeWidget::DeleteAllRows() {
     QScopedValueRollback const program(programs, programs + 1);
-    StopOpening();
+    opener.Stop();
     rows.Clear();
     FitColumns();
 }
@@ -187,7 +185,8 @@ QRect TreeWidget::CellRect(QModelIndex const& index, int column, QRect const& ro
 void TreeWidget::drawRow(QPainter* painter, QStyleOptionViewItem const& option,
                          QModelIndex const& index) const {
     if (!node) return;
-    auto const color = [](int key) { return ToQColor(skins::ThemeProvider::Get().GetColor(key)); };
+    auto const& colors = static_cast<controls::UI_ControlView const&>(*node);
+    auto const color = [&](int key) { return ToQColor(colors.GetColor(key)); };
     auto const* const row = TreeModel::RowAt(index);
     QRect const place(0, option.rect.y(), viewport()->width(), option.rect.height());
     bool const isSelected = selectionModel()->isSelected(index);
@@ -283,43 +282,13 @@ void TreeWidget::keyPressEvent(QKeyEvent* event) {
 
 void TreeWidget::OpenAllBelow(Row& row) {
     // A key that is held comes again and again.
-    if (openingTop) return;
+    if (opener.IsOpening()) return;
     ShowAppended();
     if (row.GetChildCount() == 0) return;
+    RowPtr const kept(&row);
     expand(rows.IndexOf(row));
-    openingTop = &row;
-    openingNext = TreeModel::NextBelow(row, row);
-    // A timer and no posted event: what the user does in the meantime comes first.
-    openingTimer.start(0, this);
-}
-
-void TreeWidget::OpenSlice() {
-    ShowAppended();
-    QScopedValueRollback const program(programs, programs + 1);
-    bool hasOpened = false;
-    for (int i = 0; openingNext && i < kRowsOpenedAtOnce; ++i) {
-        auto& row = *openingNext;
-        if (row.GetChildCount() > 0 && !TreeModel::IsOpen(row)) {
-            // While a layout is due anyway, the view only takes note of what is open.
-            if (!std::exchange(hasOpened, true)) scheduleDelayedItemsLayout();
-            expand(rows.IndexOf(row));
-        }
-        openingNext = TreeModel::NextBelow(*openingTop, row);
-    }
-    if (!openingNext) StopOpening();
-}
-
-void TreeWidget::StopOpening() {
-    openingTimer.stop();
-    openingTop = nullptr;
-    openingNext = nullptr;
-}
-
-void TreeWidget::timerEvent(QTimerEvent* event) {
-    if (event->timerId() == openingTimer.timerId())
-        OpenSlice();
-    else
-        QTreeView::timerEvent(event);
+    // Whoever hears of it may delete the rows.
+    if (TreeModel::LevelOf(row) > 0) opener.Start(row);
 }
 
 void TreeWidget::resizeEvent(QResizeEvent* event) {

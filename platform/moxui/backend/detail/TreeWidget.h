@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QBasicTimer>
 #include <QTreeView>
 #include <functional>
 #include <vector>
 
 #include "moxui/backend/detail/Peer.h"
 #include "moxui/backend/detail/TreeModel.h"
+#include "moxui/backend/detail/TreeOpener.h"
 
 namespace moxui::backend {
 
@@ -38,6 +38,9 @@ public:
     [[nodiscard]] std::vector<RowPtr> SelectedRows() const;
     void ScrollToRow(Row& row, ScrollHint hint);
 
+    /// Has it laid out by the event loop.
+    void ScheduleLayout() { scheduleDelayedItemsLayout(); }
+
     /// How far it is scrolled; the tree is laid out for it.
     [[nodiscard]] QPoint ScrollPosition();
     void SetScrollPosition(QPoint const& position);
@@ -53,7 +56,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
-    void timerEvent(QTimerEvent* event) override;
     bool viewportEvent(QEvent* event) override;
     void scrollTo(QModelIndex const& index, ScrollHint hint) override;
     void selectionChanged(QItemSelection const& selected,
@@ -69,8 +71,6 @@ private:
     void GoRight(QModelIndex const& current);
     void GoLeft(QModelIndex const& current);
     void OpenAllBelow(Row& row);
-    void OpenSlice();
-    void StopOpening();
     void FitColumns();
     void SetHovered(QModelIndex const& index);
     void ShowNameOf(QModelIndex const& index, QPoint const& globalPosition);
@@ -80,10 +80,7 @@ private:
     QPersistentModelIndex hovered;
     int programs = 0;  // how many operations of the program are under way
     bool willShowAppended = false;
-    // The rows below `openingTop` are being opened, `openingNext` is the next one; null when none.
-    QBasicTimer openingTimer;
-    RowPtr openingTop;
-    Row* openingNext = nullptr;
+    TreeOpener opener{*this};
 };
 
 }  // namespace moxui::backend
