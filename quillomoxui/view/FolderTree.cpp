@@ -70,6 +70,7 @@ void FolderTree::SetRoot(FolderPtr const& root) {
 void FolderTree::ReplaceRoot(FolderPtr const& root) {
     if (entries.empty() || entries.front()->folder == root) return;
     PutFolder(*entries.front(), root);
+    Attend(*entries.front());
     Schedule();
 }
 
@@ -125,34 +126,31 @@ void FolderTree::PutFolder(Entry& entry, FolderPtr const& folder) {
     if (place != last) byFolder.erase(place);
     byFolder.emplace(folder.get(), &entry);
 
-    bool const hasRowsBelow = !entry.children.empty();
-    if (hasRowsBelow && entry.kept.empty()) entry.kept = WithAncestors(entry.folder);
+    if (!entry.children.empty() && entry.kept.empty()) entry.kept = WithAncestors(entry.folder);
     entry.folder = folder;
-    Watch(entry);
-    // An empty list that comes changes nothing but the state.
-    if (hasRowsBelow)
-        entry.stateBinding =
-            static_cast<FetchChildrenStateNotifyingPropertyHost&>(*folder).BindValueChanged(
-                OnChangeOf(entry));
-    if (fetchesAhead) Fetch(*folder);
+    entry.listBinding.reset();
+    entry.stateBinding.reset();
     haveRowsChanged = true;
-    MakeDue(entry);
 }
 
-void FolderTree::Watch(Entry& entry) {
-    entry.listBinding = static_cast<FoldersNotifyingPropertyHost&>(*entry.folder)
-                            .BindValueChanged(OnChangeOf(entry));
+/// Has the folder of `entry` watched, fetched if that is due, and its list looked at.
+void FolderTree::Attend(Entry& entry) {
+    if (!entry.listBinding)
+        entry.listBinding = static_cast<FoldersNotifyingPropertyHost&>(*entry.folder)
+                                .BindValueChanged(OnChangeOf(entry));
+    // An empty list that comes changes nothing but the state.
+    if (!entry.kept.empty() && !entry.stateBinding)
+        entry.stateBinding = static_cast<FetchChildrenStateNotifyingPropertyHost&>(*entry.folder)
+                                 .BindValueChanged(OnChangeOf(entry));
+    if (fetchesAhead) Fetch(*entry.folder);
+    if (!std::exchange(entry.isDue, true)) due.push_back(&entry);
 }
 
 void FolderTree::OnListChanged(QuilloFolder const* folder) {
     auto const [first, last] = byFolder.equal_range(folder);
     for (auto place = first; place != last; ++place)
-        if (place->second->row) MakeDue(*place->second);
+        if (place->second->row) Attend(*place->second);
     Schedule();
-}
-
-void FolderTree::MakeDue(Entry& entry) {
-    if (!std::exchange(entry.isDue, true)) due.push_back(&entry);
 }
 
 void FolderTree::Schedule() {
@@ -206,7 +204,9 @@ bool FolderTree::TakeIn(Entry& entry, TimePoint end) {
                           })) {
         for (; known < list.size(); ++known) {
             if (known % kRowsPerLook == 0 && steady_clock::now() >= end) return false;
-            if (children[known]->folder != list[known]) PutFolder(*children[known], list[known]);
+            if (children[known]->folder == list[known]) continue;
+            PutFolder(*children[known], list[known]);
+            Attend(*children[known]);
         }
     } else {
         Merge(entry, list);
@@ -271,9 +271,7 @@ void FolderTree::MakeAllRowsAnew() {
 void FolderTree::MakeRow(Entry& entry, RowPtr const& parent) {
     entry.row = tree->CreateAndAppendRow(parent, true, entry.isOpen);
     byRow[entry.row.get()] = &entry;
-    if (!entry.listBinding) Watch(entry);
-    if (fetchesAhead) Fetch(*entry.folder);
-    MakeDue(entry);
+    Attend(entry);
     haveRowsChanged = true;
 }
 

@@ -58,9 +58,8 @@ private:
     Entry& NewEntry(FolderPtr const& folder);
     void PutFolder(Entry& entry, FolderPtr const& folder);
     [[nodiscard]] auto OnChangeOf(Entry const& entry);
-    void Watch(Entry& entry);
+    void Attend(Entry& entry);
     void OnListChanged(QuilloFolder const* folder);
-    void MakeDue(Entry& entry);
     void Schedule();
     void Work();
     bool TakeIn(Entry& entry, TimePoint end);

@@ -1,0 +1,158 @@
+#include "quillomoxui/sharedui/SelectLocationDialog.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QPointer>
+#include <QTest>
+#include <QTimer>
+
+#include "moxui/backend/HostWidget.h"
+#include "moxworkspace/workspace/WorkspaceUtils.h"
+#include "tests/quillomoxui/view/Locations.h"
+#include "tests/support/TestWindow.h"
+
+namespace quillomoxui::sharedui {
+namespace {
+
+using moxworkspace::workspace::WorkspaceUtils;
+using testsupport::RunEvents;
+
+/// What a call was answered with.
+struct Outcome {
+    int answers = 0;
+    moxcore::utility::Guid folderID;
+    std::string path;
+    bool hasReturned = false;
+
+    friend bool operator==(Outcome const&, Outcome const&) = default;
+};
+
+class SelectLocationDialogTest : public testing::Test {
+protected:
+    SelectLocationDialogTest() { WorkspaceUtils::SetModalDialogParentNode(parent); }
+    ~SelectLocationDialogTest() override { WorkspaceUtils::SetModalDialogParentNode(nullptr); }
+
+    /// A user who has one project.
+    static std::shared_ptr<QuilloUser> MakeUser() {
+        auto const user = std::make_shared<QuilloUser>();
+        auto const account = MakeNode<QuilloAccount>("Acme", user);
+        user->SetAccounts({account});
+        ReceiveProjects(ReceiveWorkspaces(account, {"Promos"}).front(), {"Spring"});
+        return user;
+    }
+
+    /// Asks a user for a location; `step` runs while the dialog is shown.
+    Outcome Ask(std::function<void()> const& step) {
+        Outcome outcome;
+        QTimer::singleShot(0, [&] {
+            RunEvents();
+            QPointer<QWidget> const dialog = Dialog();
+            step();
+            RunEvents();
+            if (dialog && dialog->isVisible()) {
+                ADD_FAILURE() << "The dialog has not ended.";
+                dialog->hide();
+            }
+            // The dialog's loop does not see that it is to end while another one runs inside it.
+            QMetaObject::invokeMethod(
+                qApp, [] {}, Qt::QueuedConnection);
+        });
+        auto user = MakeUser();
+        ShowSelectLocationDialogCentered(user, [&](auto const& folderID, auto const& path) {
+            EXPECT_FALSE(outcome.hasReturned);
+            ++outcome.answers;
+            outcome.folderID = folderID;
+            outcome.path = moxcore::string::UTF16to8(path);
+        });
+        outcome.hasReturned = true;
+        RunEvents();
+        // Nothing of the dialog is left that would keep the user.
+        std::weak_ptr<QuilloUser> const released = user;
+        user.reset();
+        EXPECT_TRUE(released.expired());
+        return outcome;
+    }
+    Outcome const cancelled{1, {}, "", true};
+    Outcome const chosen{1, MakeNode<QuilloFolder>("root of Spring", nullptr)->GetID(),
+                         "Promos/Spring", true};
+
+    static QWidget* Dialog() { return QApplication::activeModalWidget(); }
+    static void Press(char const* id) {
+        for (auto* const button : Dialog()->findChildren<QWidget*>(id))
+            if (button->isVisible()) return QTest::mouseClick(button, Qt::LeftButton);
+        ADD_FAILURE() << "There is no button " << id << " to be seen.";
+    }
+    static void Cancel() { Press("LocationPickerCancel"); }
+    static void Choose() { Press("LocationPickerCommit"); }
+    /// Goes to the first project and on to its folders, by keyboard.
+    static void PickProject() {
+        auto* row = Dialog()->focusWidget();
+        for (int i = 0; i < 3 && row->accessibleName() != "Spring"; ++i) {
+            QTest::keyClick(row, Qt::Key_Tab);
+            row = Dialog()->focusWidget();
+        }
+        EXPECT_EQ(row->accessibleName(), "Spring");
+        QTest::keyClick(row, Qt::Key_Return);
+        RunEvents();
+    }
+
+    testsupport::TestWindow window;
+    boost::intrusive_ptr<moxui::ui::UI_Node> parent = moxui::backend::WrapWidget(&window.Widget());
+};
+
+TEST_F(SelectLocationDialogTest, AnswersOnceHoweverItEnds) {
+    auto const close = [] { Dialog()->close(); };
+    auto const escape = [] { QTest::keyClick(Dialog(), Qt::Key_Escape); };
+    auto const choose = [] {
+        PickProject();
+        Choose();
+    };
+    auto const chooseByKeyboard = [] {
+        PickProject();
+        QTest::keyClick(Dialog()->focusWidget(), Qt::Key_Return);
+    };
+    struct Case {
+        char const* name;
+        std::function<void()> step;
+        bool chooses;
+    };
+    for (auto const& [name, step, chooses] : std::vector<Case>{{"cancel", &Cancel, false},
+                                                               {"close", close, false},
+                                                               {"escape", escape, false},
+                                                               {"choose", choose, true},
+                                                               {"Enter", chooseByKeyboard, true},
+                                                               {"nothing to choose",
+                                                                [] {
+                                                                    Choose();
+                                                                    Cancel();
+                                                                },
+                                                                false}}) {
+        EXPECT_EQ(Ask(step), chooses ? chosen : cancelled) << name;
+        EXPECT_EQ(Dialog(), nullptr) << name;
+    }
+}
+
+TEST_F(SelectLocationDialogTest, WithoutAWindowToBeShownOverItIsCancelled) {
+    WorkspaceUtils::SetModalDialogParentNode(nullptr);
+    EXPECT_EQ(Ask([] {}), cancelled);
+}
+
+TEST_F(SelectLocationDialogTest, OneThatIsAskedFromAnotherReturnsFirst) {
+    for (bool const innerChooses : {false, true}) {
+        Outcome inner;
+        auto const outer = Ask([&] {
+            PickProject();
+            inner = Ask([&] {
+                PickProject();
+                innerChooses ? Choose() : Cancel();
+            });
+            Choose();
+        });
+        EXPECT_EQ(inner, innerChooses ? chosen : cancelled);
+        EXPECT_EQ(outer, chosen);
+    }
+}
+
+}  // namespace
+}  // namespace quillomoxui::sharedui
