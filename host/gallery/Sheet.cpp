@@ -40,27 +40,32 @@ Sheet::Sheet(Kind const& kind) {
         column = std::max(column, sizes.back().x);
     }
     column += kGapAcross;
-    auto const left = [&](State state) {
-        return kMargin + kNames + column * static_cast<float>(state);
+    std::vector<State> states;  // that any of them has
+    for (auto const state : kStates)
+        if (std::any_of(kind.specimens.begin(), kind.specimens.end(),
+                        [state](auto const& specimen) { return Has(specimen, state); }))
+            states.push_back(state);
+    auto const left = [&](std::size_t place) {
+        return kMargin + kNames + column * static_cast<float>(place);
     };
 
-    for (auto const state : kStates)
-        AddText(NameOf(state), left(state), kMargin, true);
+    for (std::size_t place = 0; place < states.size(); ++place)
+        AddText(NameOf(states[place]), left(place), kMargin, true);
     float y = kMargin + kHeader;
     for (std::size_t i = 0; i < sizes.size(); ++i) {
         auto const& specimen = kind.specimens[i];
         AddText(specimen.name, kMargin, y, false);
-        for (auto const state : kStates) {
-            if (!Has(specimen, state)) continue;
+        for (std::size_t place = 0; place < states.size(); ++place) {
+            if (!Has(specimen, states[place])) continue;
             auto const view = specimen.make();
             ChildPushBack(view);
-            view->UI_SetLocalRectF({left(state), y, sizes[i].x, sizes[i].y});
+            view->UI_SetLocalRectF({left(place), y, sizes[i].x, sizes[i].y});
             view->UI_Show(true);
-            cells.push_back({specimen, state, view});
+            cells.push_back({specimen, states[place], view});
         }
         y += std::max(sizes[i].y, 16.0F) + kGapDown;
     }
-    UI_SetLocalRectF({0, 0, left(State::Checked) + column, y + kMargin});
+    UI_SetLocalRectF({0, 0, left(states.size()), y + kMargin});
     UI_Show(true);
 }
 

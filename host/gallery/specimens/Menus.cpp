@@ -37,14 +37,17 @@ Kind Menus() {
                   return popup;
               },
           .pressed = false},
-         {.name = "Menu of commands", .make = [] {
-              boost::intrusive_ptr<UI_PicturePopup> popup(new UI_PicturePopup);
-              popup->SetImageSupplyFunction(Icon("MoreSmallList_18"));
-              popup->UI_SetAccessibleName(UTF8to16("More"));
-              popup->AddItem(UTF8to16("Create new link"));
-              popup->AddItem(UTF8to16("Sign out"));
-              return popup;
-          }}}};
+         {.name = "Menu of commands",
+          .make =
+              [] {
+                  boost::intrusive_ptr<UI_PicturePopup> popup(new UI_PicturePopup);
+                  popup->SetImageSupplyFunction(Icon("MoreSmallList_18"));
+                  popup->UI_SetAccessibleName(UTF8to16("More"));
+                  popup->AddItem(UTF8to16("Create new link"));
+                  popup->AddItem(UTF8to16("Sign out"));
+                  return popup;
+              },
+          .pressed = false}}};
 }
 
 }  // namespace quillogallery

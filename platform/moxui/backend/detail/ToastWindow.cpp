@@ -1,9 +1,8 @@
 #include "moxui/backend/detail/ToastWindow.h"
 
 #include <QAccessible>
-#include <QGuiApplication>
 #include <QPainter>
-#include <QScreen>
+#include <QWindow>
 
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/Placement.h"
@@ -46,6 +45,9 @@ void ToastWindow::ShowOver(QWidget const* owner, QString const& newText) {
 
     MakeTransient(*this, owner);
     show();
+    // Qt 6.4 forgets this one flag while it makes a window on X11.
+    for (bool const on : {false, true})
+        windowHandle()->setFlag(Qt::WindowTransparentForInput, on);
     raise();
     update();
     // Qt tells of no window of this kind by itself.
