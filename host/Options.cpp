@@ -36,6 +36,7 @@ usage: quillo-host [MOVIE]
                  the older client library, which follows changes
   --service URL  the service's address (a quillo-service that runs as long as the command does)
   --data DIR     where the host keeps its state (the user's XDG directories)
+  --browser P    the program that shows the sign-in page, run as "P URL" (the desktop's browser)
 
 For developers of the window:
 
@@ -103,6 +104,11 @@ void TakeDirectory(Options& options, std::string const& value) {
     options.data = std::filesystem::absolute(value);
 }
 
+void TakeBrowser(Options& options, std::string const& value) {
+    if (value.empty()) Refuse("--browser is empty; name a program");
+    options.browser = value;
+}
+
 std::vector<OptionRule> const& Rules() {
     static std::vector<OptionRule> const rules = {
         {"--name", {Command::Share}, true, TakeName},
@@ -122,6 +128,10 @@ std::vector<OptionRule> const& Rules() {
         {"--backend", {Command::Share, Command::Locations, Command::Trace}, true, TakeBackend},
         {"--service", {}, true, [](Options& options, auto& value) { options.service = value; }},
         {"--data", {}, true, TakeDirectory},
+        {"--browser",
+         {Command::Editor, Command::Share, Command::Locations, Command::SignIn, Command::Trace},
+         true,
+         TakeBrowser},
         {"--events",
          {Command::Editor},
          true,

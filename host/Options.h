@@ -21,6 +21,7 @@ struct Options {
     std::optional<std::string> service;  ///< address; absent: a service of the host's own
     std::optional<std::filesystem::path> data;
     Backend backend = Backend::Sdk;
+    std::optional<std::string> browser;             ///< program; absent: the desktop's own
     std::optional<std::filesystem::path> events;    ///< where the editor tells what it shows
     std::optional<std::filesystem::path> watchdog;  ///< where the editor tells how long it blocked
     int depth = 4;

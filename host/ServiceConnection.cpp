@@ -6,7 +6,9 @@
 #include "host/HostFiles.h"
 #include "host/OnMainThread.h"
 #include "moxcore/string/Conversions.h"
+#include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quilloauth/AuthManager.h"
+#include "quilloauth/Browser.h"
 #include "quillocommon/ServiceAddress.h"
 #include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 
@@ -16,6 +18,16 @@ using moxcore::string::AsciiToUTF16;
 
 ServiceConnection::ServiceConnection(Options const& options, KeyLocks const& locks, Hooks newHooks)
     : hooks(std::move(newHooks)), self(std::make_shared<ServiceConnection*>(this)) {
+    quilloauth::SetBrowserOpener(
+        [program = options.browser.value_or(quilloauth::kDesktopOpener),
+         weak = std::weak_ptr(self)](auto const& url, auto const& onFailure) {
+            moxcore::threads::AsyncCallFromMainThread(
+                [weak] {
+                    if (auto const alive = weak.lock()) (*alive)->hooks.onBrowser();
+                },
+                0);
+            quilloauth::OpenWithProgram(program, url, onFailure);
+        });
     if (options.service) {
         Use(*options.service);
         return;
@@ -33,6 +45,7 @@ ServiceConnection::ServiceConnection(Options const& options, KeyLocks const& loc
 }
 
 ServiceConnection::~ServiceConnection() {
+    quilloauth::SetBrowserOpener({});
     // A service of the host's own ends here, and must hear of a sign-out before that.
     if (embedded) quilloauth::jwt::AwaitSignOuts();
 }
@@ -78,7 +91,9 @@ std::string ServiceConnection::HowToOpen(std::string const& link) const {
 std::string ServiceConnection::Explain(quillocommon::Failure const& failure) const {
     using quillocommon::Step;
     bool const isSignIn = failure.step == Step::SignIn || failure.step == Step::ReadUser;
-    if (!isSignIn || failure.httpStatus != 0) return failure.message;
+    bool const answered =
+        failure.httpStatus != 0 || failure.result == quilloauth::jwt::kNotSignedIn;
+    if (!isSignIn || answered) return failure.message;
     return failure.message + " The service is expected at " + address + "; is it running?";
 }
 

@@ -15,12 +15,16 @@
 
 namespace quillohost {
 
+/// What the user is told when the browser is opened.
+inline constexpr char kSignInInBrowser[] = "Waiting for you to sign in in the browser";
+
 /// The service that the library talks to: the one that the options name, or one of the host's own.
 /// Of the hosts that share a data directory, one at a time runs a service there. Main thread.
 class ServiceConnection {
 public:
     struct Hooks {
         std::function<void()> onWait;  ///< another host runs the service; called in the constructor
+        std::function<void()> onBrowser;  ///< the browser is being opened for the user to sign in
         std::function<void(std::exception_ptr)> onGone;  ///< a service of the host's own has ended
     };
 

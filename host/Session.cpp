@@ -6,15 +6,16 @@
 #include "host/HostFiles.h"
 #include "moxcore/debug/DebugDatabase.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "quilloauth/AuthManager.h"
 
 namespace quillohost {
 namespace {
 
 using quillocommon::Step;
 
-/// Whether the service has refused the user's session rather than not answered.
-bool IsRefusal(quillocommon::Failure const& failure) {
-    return failure.httpStatus == 400 || failure.httpStatus == 401;
+/// Whether the session that was kept is over, which the service has told.
+bool IsSessionOver(quillocommon::Failure const& failure) {
+    return failure.result == quilloauth::jwt::kSessionOver || failure.httpStatus == 401;
 }
 
 ExitCode ExitCodeOf(Step step) {
@@ -38,7 +39,6 @@ ExitCode ExitCodeOf(Step step) {
 Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& display)
     : loop(loop),
       display(display),
-      backend(options.backend),
       locks(HostDataFile("locks")),
       inbox([this](auto const& failure) { failures.push_back(failure); }),
       service(options, locks,
@@ -46,10 +46,11 @@ Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& displa
                    [&display] {
                        display.Tell("Waiting for another quillo-host that uses the same state.");
                    },
+               .onBrowser = [&display] { display.Tell(kSignInInBrowser); },
                .onGone = [&loop](auto const& gone) { loop.Fail(gone); }}) {
     loop.Await(service.Ready());
     moxcore::debug::DebugDatabase::Instance().SetEntry("QuilloNative.UseQuilloCppSdk",
-                                                       backend == Backend::Sdk);
+                                                       options.backend == Backend::Sdk);
     viewModel = std::make_shared<quillomoxui::ShareForReviewViewModel>();
 }
 
@@ -61,11 +62,11 @@ std::shared_ptr<quillomoxui::QuilloUser> Session::SignIn() {
     auto const isSignedIn = [this] { return !viewModel->GetUser()->GetID().IsNull(); };
     viewModel->Login();
     loop.WaitUntil([&] { return isSignedIn() || FindFailure(kSignInSteps); });
-    if (!isSignedIn() && IsRefusal(*FindFailure(kSignInSteps))) {
-        // The session that was kept is over, and forgotten now: sign in as if there had been none.
-        // The client library does so by itself.
+    if (!isSignedIn() && IsSessionOver(*FindFailure(kSignInSteps))) {
         failures.clear();
-        if (backend == Backend::Sdk) viewModel->Login();
+        // It is forgotten now. A sign-in that finds out goes on as if there had been none; one
+        // that had ended by then has to be made again. The client library does so by itself.
+        if (viewModel->GetIsLoggedIn()) viewModel->Login();
     }
     WaitUntil(kSignInSteps, isSignedIn);
     return viewModel->GetUser();

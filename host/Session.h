@@ -68,7 +68,6 @@ private:
 
     MainLoop& loop;
     ProgressDisplay& display;
-    Backend const backend;
     KeyLocks const locks;
     std::vector<quillocommon::Failure> failures;  // those reported, first reported first
     FailureInbox inbox;

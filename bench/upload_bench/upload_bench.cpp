@@ -97,7 +97,7 @@ class Bench {
 public:
     explicit Bench(fs::path const& scratch)
         : service(scratch / "data"),
-          auth(std::make_shared<quilloauth::AuthSession>("bench",
+          auth(std::make_shared<quilloauth::AuthSession>("bench", "http://127.0.0.1/",
                                                          (scratch / "tokens.json").string())) {
         quillocommon::SetServiceAddress(service.Address());
         static_cast<void>(auth->Login());

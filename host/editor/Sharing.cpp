@@ -49,6 +49,7 @@ Sharing::Sharing(Options const& options, QWidget& anchorWidget, Hooks newHooks)
                        hooks.tell(
                            "Sharing has to wait for another quillo-host that uses the same state.");
                    },
+               .onBrowser = [this] { hooks.tell(kSignInInBrowser); },
                .onGone = [this](auto const& gone) { hooks.tell(MessageOf(gone)); }}),
       store(std::make_shared<AssetStore>(HostDataFile("assets.sqlite"), service.ServiceName())),
       viewModel(std::make_shared<quillomoxui::ShareForReviewViewModel>()),

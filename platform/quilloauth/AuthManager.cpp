@@ -58,11 +58,11 @@ Current& TheCurrent() {
 
 }  // namespace
 
-void InitializeAuthManager(std::string const& clientID, std::string const& /*redirectURI*/,
+void InitializeAuthManager(std::string const& clientID, std::string const& redirectURI,
                            quillosdk::EnvironmentType /*environment*/,
                            std::string const& /*scope*/) {
     try {
-        TheCurrent().Set(std::make_shared<AuthSession>(clientID, TokenPath()));
+        TheCurrent().Set(std::make_shared<AuthSession>(clientID, redirectURI, TokenPath()));
     } catch (moxcore::config::ResultException const& exception) {
         TheCurrent().Set(nullptr);
         quillocommon::ReportFailure({quillocommon::Step::SignIn, exception.GetResult(), 0,
@@ -82,6 +82,10 @@ Future<std::string> GetAccessToken() {
 Response Login(std::string const& /*userID*/) {
     auto const session = TheCurrent().Get();
     return session ? session->Login() : Response(kNotSignedIn);
+}
+
+void CancelLogin() {
+    if (auto const session = TheCurrent().Get()) session->CancelLogin();
 }
 
 Response Logout() {

@@ -21,7 +21,13 @@ inline constexpr std::int32_t kSessionExists = static_cast<std::int32_t>(0xBB590
 /// change it.
 inline constexpr std::int32_t kNotSignedIn = static_cast<std::int32_t>(0xBB590002);
 
-/// Names the application to the service. Call before anything else here.
+/// What GetAccessToken fails with when the session that was kept turns out to have been ended by
+/// the service: it is forgotten, and a Login begins another.
+inline constexpr std::int32_t kSessionOver = static_cast<std::int32_t>(0xBB590003);
+
+/// Names the application to the service: its OAuth client ID, and its redirect URI, which is
+/// http://127.0.0.1/PATH for a sign-in in the browser to come back; the port is chosen anew each
+/// time. Call before anything else here.
 QUILLOSERVICES_API void InitializeAuthManager(std::string const& clientID,
                                               std::string const& redirectURI,
                                               quillosdk::EnvironmentType environment,
@@ -30,17 +36,24 @@ QUILLOSERVICES_API void InitializeAuthManager(std::string const& clientID,
 /// The session's access token, renewed first when it has run out or was rejected. Completes on a
 /// worker thread of its own, which is also the future's executor: attach what takes its time
 /// (Login) there, `token.Then(token.GetExecutor(), ...)`, for a token that is there already would
-/// have it run on the attaching thread. Fails with kNotSignedIn when there is no session, is
-/// cancelled when the process ends first.
+/// have it run on the attaching thread. Fails with kNotSignedIn or kSessionOver when there is no
+/// session, is cancelled when the process ends first.
 [[nodiscard]] QUILLOSERVICES_API moxcore::async::Future<std::string> GetAccessToken();
 
 /// Signs `userID` in with the service; waits until that has ended, so never call it on the main
-/// thread. Answers kSessionExists (a failure in form) once there is a session, another failure when
-/// there is none.
+/// thread. A service that trusts the user of this machine is asked to first; when it does not, the
+/// user signs in in the browser, and this waits for up to ten minutes. One sign-in waits at a time:
+/// a further one takes the place of the first, which answers kNotSignedIn. Answers kSessionExists
+/// (a failure in form) once there is a session, another failure when there is none.
 QUILLOSERVICES_API quillocommon::Response Login(std::string const& userID);
 
-/// Ends the session: the tokens are forgotten here at once, and the service is told as far as it
-/// can be reached. Does not wait for it. Fails only when the tokens' file cannot be removed.
+/// Ends a Login that waits for the browser, which then answers kNotSignedIn: the user has begun
+/// anew, or thought better of it. Nothing happens when there is none. Never waits.
+QUILLOSERVICES_API void CancelLogin();
+
+/// Ends the session, and a Login that waits for the browser: the tokens are forgotten here at once,
+/// and the service is told as far as it can be reached. Does not wait for it. Fails only when the
+/// tokens' file cannot be removed.
 QUILLOSERVICES_API quillocommon::Response Logout();
 
 /// Sleeps until the service has been told of the sign-outs under way, two seconds at most. The end

@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "moxcore/async/Future.h"
 #include "moxcore/config/Error.h"
 #include "moxcore/threads/AsyncExecutor.h"
 #include "quilloauth/AuthManager.h"
@@ -50,8 +51,10 @@ std::exception_ptr NotSignedIn(std::string const& why) {
 
 }  // namespace
 
-AuthSession::AuthSession(std::string clientID, std::string tokenPath)
-    : clientID(std::move(clientID)), store(std::move(tokenPath)) {}
+AuthSession::AuthSession(std::string clientID, std::string redirectURI, std::string tokenPath)
+    : clientID(std::move(clientID)),
+      redirectURI(std::move(redirectURI)),
+      store(std::move(tokenPath)) {}
 
 AuthSession::~AuthSession() {
     Stop();
@@ -88,7 +91,7 @@ void AuthSession::HandOut(std::shared_ptr<TokenPromise> const& promise) {
 
 void AuthSession::Renew(std::string const& address, Tokens const& old) {
     Renewal const renewal{address, old, CurrentSession()};
-    RequestRefresh(clientID, old.refresh)
+    RequestRefresh(address, clientID, old.refresh)
         .OnComplete([weak = weak_from_this(), renewal](Future<Grant> const& granted) {
             auto const self = weak.lock();
             if (!self) return;
@@ -127,7 +130,7 @@ void AuthSession::OnRenewalRefused(Renewal const& renewal, GrantRefused const& r
     } else if (IsUsable(renewal.old, std::chrono::seconds(0))) {
         return Give(renewal.address, renewal.old.access);
     }
-    auto const result = isOver ? jwt::kNotSignedIn : std::int32_t{quillosdk::kRefused};
+    auto const result = isOver ? jwt::kSessionOver : std::int32_t{quillosdk::kRefused};
     quillocommon::ReportFailure({kStep, result, refused.httpStatus, refused.message});
     FailAll(renewal.address, std::make_exception_ptr(ResultException(result, refused.message)));
 }
@@ -155,7 +158,7 @@ bool AuthSession::Keep(std::string const& address, Tokens const& tokens, unsigne
         saved = !isOver && store.Save(address, tokens);
     }
     if (isOver) {
-        RequestRevocation(tokens.refresh);
+        RequestRevocation(address, tokens.refresh);
         return false;
     }
     if (!saved)
@@ -174,27 +177,57 @@ unsigned AuthSession::CurrentSession() const {
 Response AuthSession::Login() {
     auto const address = quillocommon::GetServiceAddress();
     auto const session = CurrentSession();
-    auto const granted = RequestLocalUserGrant(clientID);
-    if (!worker.WaitFor(granted)) return Response(jwt::kNotSignedIn);
-    if (auto const exception = granted.GetException()) {
+    try {
+        auto const grant = AskForGrant(address, session);
+        if (auto const* tokens = std::get_if<Tokens>(&grant))
+            return Response(Keep(address, *tokens, session) ? jwt::kSessionExists
+                                                            : jwt::kNotSignedIn);
+        auto const& refused = std::get<GrantRefused>(grant);
+        quillocommon::ReportFailure(
+            {kStep, jwt::kNotSignedIn, refused.httpStatus, refused.message});
+        return Response(jwt::kNotSignedIn);
+    } catch (...) {
+        auto const exception = std::current_exception();
         ReportException(SignInTask(), exception);
         auto const result = moxcore::config::ExtractResultFromException(exception);
         return Response(result < 0 ? result : jwt::kNotSignedIn);
     }
-    auto const grant = granted.Get();
-    if (auto const* refused = std::get_if<GrantRefused>(&grant)) {
-        bool const wantsBrowser =
-            refused->code == "unauthorized_client" || refused->code == "unsupported_grant_type";
-        quillocommon::ReportFailure(
-            {kStep, jwt::kNotSignedIn, refused->httpStatus,
-             wantsBrowser ? "Could not sign in: this service wants a sign-in in the browser, which "
-                            "this version does not offer; use a service that trusts the users of "
-                            "this machine."
-                          : refused->message});
-        return Response(jwt::kNotSignedIn);
+}
+
+Grant AuthSession::AskForGrant(std::string const& address, unsigned session) {
+    auto const grant = Await(RequestLocalUserGrant(address, clientID));
+    auto const* refused = std::get_if<GrantRefused>(&grant);
+    bool const wantsBrowser = refused && (refused->code == "unauthorized_client" ||
+                                          refused->code == "unsupported_grant_type");
+    if (!wantsBrowser) return grant;
+    return Await(RequestCodeGrant(address, clientID, AskInBrowser(address, session)));
+}
+
+Grant AuthSession::Await(Future<Grant> const& granted) {
+    if (!worker.WaitFor(granted)) throw moxcore::async::CancelledException();
+    return granted.Get();
+}
+
+AuthorizationCode AuthSession::AskInBrowser(std::string const& address, unsigned session) {
+    auto const signIn = std::make_shared<BrowserSignIn>(clientID, address, redirectURI);
+    std::weak_ptr<BrowserSignIn> earlier = signIn;
+    {
+        std::lock_guard lock(browserMutex);
+        browserSignIn.swap(earlier);
     }
-    return Response(Keep(address, std::get<Tokens>(grant), session) ? jwt::kSessionExists
-                                                                    : jwt::kNotSignedIn);
+    if (auto const waiting = earlier.lock()) waiting->Cancel();
+    if (CurrentSession() != session) signIn->Cancel();
+    std::stop_callback const onStop(worker.GetStopToken(), [&signIn] { signIn->Cancel(); });
+    return signIn->Run();
+}
+
+void AuthSession::CancelLogin() {
+    std::shared_ptr<BrowserSignIn> waiting;
+    {
+        std::lock_guard lock(browserMutex);
+        waiting = browserSignIn.lock();
+    }
+    if (waiting) waiting->Cancel();
 }
 
 Response AuthSession::Logout() {
@@ -207,7 +240,8 @@ Response AuthSession::Logout() {
         tokens = store.Load(address);
         forgotten = store.Forget(address);
     }
-    if (tokens) RequestRevocation(tokens->refresh);
+    CancelLogin();  // one that is not there yet finds out by the count
+    if (tokens) RequestRevocation(address, tokens->refresh);
     if (forgotten) return {};
     quillocommon::ReportFailure({kStep, moxcore::config::kUnknownFailure, 0,
                                  "Could not sign out: the file that keeps the sign-in cannot be "

@@ -21,13 +21,14 @@ namespace quilloauth {
 class QUILLOSERVICES_API AuthSession : public std::enable_shared_from_this<AuthSession> {
 public:
     /// Keeps its tokens in the file at `tokenPath` (UTF-8).
-    AuthSession(std::string clientID, std::string tokenPath);
+    AuthSession(std::string clientID, std::string redirectURI, std::string tokenPath);
     ~AuthSession();
     AuthSession(AuthSession const&) = delete;
     AuthSession& operator=(AuthSession const&) = delete;
 
     [[nodiscard]] moxcore::async::Future<std::string> GetAccessToken();
     [[nodiscard]] quillocommon::Response Login();
+    void CancelLogin();
     [[nodiscard]] quillocommon::Response Logout();
 
     /// The service has rejected `token`: it is not handed out again.
@@ -46,6 +47,11 @@ private:
         unsigned session;
     };
 
+    // Of Login, which has begun in `session`: these wait, and throw when nothing has come of it.
+    [[nodiscard]] Grant Await(moxcore::async::Future<Grant> const& granted);
+    [[nodiscard]] Grant AskForGrant(std::string const& address, unsigned session);
+    [[nodiscard]] AuthorizationCode AskInBrowser(std::string const& address, unsigned session);
+
     // On the worker.
     void HandOut(std::shared_ptr<TokenPromise> const& promise);
     void Renew(std::string const& address, Tokens const& old);
@@ -62,10 +68,14 @@ private:
     [[nodiscard]] unsigned CurrentSession() const;
 
     std::string const clientID;
+    std::string const redirectURI;
     TokenStore store;
 
     mutable std::mutex mutex;   // held while the store changes
     unsigned sessionCount = 0;  // guarded by mutex; grows with each Logout
+
+    std::mutex browserMutex;                     // held for no longer than it takes to copy
+    std::weak_ptr<BrowserSignIn> browserSignIn;  // guarded by browserMutex; the one that waits
 
     std::string rejected;  // the worker's: the token rejected last
     std::map<std::string, std::vector<std::shared_ptr<TokenPromise>>>

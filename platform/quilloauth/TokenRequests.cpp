@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "quillocommon/ServiceAddress.h"
 #include "quillocommon/Url.h"
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/RetryLoop.h"
@@ -29,24 +28,24 @@ Answer Send(HttpRequest const& request) {
     return quillosdk::Transport::Get()->Send(request);
 }
 
-Answer PostForm(char const* path, Form const& fields, Answer (*send)(HttpRequest const&) = Send) {
-    auto url = quillocommon::UrlAtService(path);
-    if (url.empty())
-        return Answer::CreateFailed(quillosdk::kBadRequest,
-                                    "no service address is set (QUILLO_SERVICE_URL)", nullptr);
+Answer PostForm(std::string const& url, Form const& fields,
+                Answer (*send)(HttpRequest const&) = Send) {
     std::string body;
     for (auto const& [name, value] : fields)
         body += (body.empty() ? "" : "&") + name + "=" + quillocommon::PercentEncode(value);
     HttpRequest const request{.method = "POST",
-                              .url = std::move(url),
+                              .url = url,
                               .headers = {{"Content-Type", "application/x-www-form-urlencoded"}},
                               .body = std::make_shared<std::string const>(std::move(body))};
     return quillosdk::SendWithRetries([request, send] { return send(request); },
                                       std::make_shared<quillosdk::RetryPolicy>(kLimits));
 }
 
-moxcore::async::Future<Grant> RequestGrant(Form const& fields) {
-    return PostForm("/oauth/token", fields).Then([](Answer const& answer) -> Grant {
+moxcore::async::Future<Grant> RequestGrant(std::string const& address, Form const& fields) {
+    if (address.empty())
+        return moxcore::async::Future<Grant>::CreateFailed(
+            quillosdk::kBadRequest, "no service address is set (QUILLO_SERVICE_URL)", nullptr);
+    return PostForm(address + "/oauth/token", fields).Then([](Answer const& answer) -> Grant {
         auto const response = answer.Get();
         if (response->status != 200)
             return GrantRefused{response->status, quillosdk::ReadServiceError(response->body).code,
@@ -104,20 +103,33 @@ Answer SendRevocation(HttpRequest const& request) {
 
 }  // namespace
 
-moxcore::async::Future<Grant> RequestLocalUserGrant(std::string const& clientID) {
+moxcore::async::Future<Grant> RequestLocalUserGrant(std::string const& address,
+                                                    std::string const& clientID) {
     return RequestGrant(
-        {{"client_id", clientID}, {"grant_type", "urn:quillo:grant-type:local-user"}});
+        address, {{"client_id", clientID}, {"grant_type", "urn:quillo:grant-type:local-user"}});
 }
 
-moxcore::async::Future<Grant> RequestRefresh(std::string const& clientID,
+moxcore::async::Future<Grant> RequestCodeGrant(std::string const& address,
+                                               std::string const& clientID,
+                                               AuthorizationCode const& code) {
+    return RequestGrant(address, {{"client_id", clientID},
+                                  {"grant_type", "authorization_code"},
+                                  {"code", code.code},
+                                  {"redirect_uri", code.redirectURI},
+                                  {"code_verifier", code.verifier}});
+}
+
+moxcore::async::Future<Grant> RequestRefresh(std::string const& address,
+                                             std::string const& clientID,
                                              std::string const& refreshToken) {
-    return RequestGrant({{"client_id", clientID},
-                         {"grant_type", "refresh_token"},
-                         {"refresh_token", refreshToken}});
+    return RequestGrant(address, {{"client_id", clientID},
+                                  {"grant_type", "refresh_token"},
+                                  {"refresh_token", refreshToken}});
 }
 
-void RequestRevocation(std::string const& refreshToken) {
-    static_cast<void>(PostForm("/oauth/revoke", {{"token", refreshToken}}, SendRevocation));
+void RequestRevocation(std::string const& address, std::string const& refreshToken) {
+    static_cast<void>(
+        PostForm(address + "/oauth/revoke", {{"token", refreshToken}}, SendRevocation));
 }
 
 void AwaitRevocations() {

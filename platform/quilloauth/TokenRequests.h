@@ -4,13 +4,15 @@
 #include <variant>
 
 #include "moxcore/async/Future.h"
+#include "quilloauth/BrowserSignIn.h"
 #include "quilloauth/TokenStore.h"
 #include "quillosdk/FailureText.h"
 
 namespace quilloauth {
 
-// The requests to the service's token end points (OAuth 2.0). They are repeated as RetryPolicy says
-// and complete on the transport's thread. Any thread.
+// The requests to the token end points (OAuth 2.0) of the service at an address, which is named
+// with each: a secret goes to the service that it is for, whatever address is set meanwhile. They
+// are repeated as RetryPolicy says and complete on the transport's thread. Any thread.
 
 /// The service has refused to grant tokens.
 struct GrantRefused {
@@ -22,15 +24,22 @@ struct GrantRefused {
 using Grant = std::variant<Tokens, GrantRefused>;
 
 /// Asks for tokens for the user of this machine, which only a service that trusts him grants.
-[[nodiscard]] moxcore::async::Future<Grant> RequestLocalUserGrant(std::string const& clientID);
+[[nodiscard]] moxcore::async::Future<Grant> RequestLocalUserGrant(std::string const& address,
+                                                                  std::string const& clientID);
+
+/// Asks for tokens for the user who has allowed it in the browser.
+[[nodiscard]] moxcore::async::Future<Grant> RequestCodeGrant(std::string const& address,
+                                                             std::string const& clientID,
+                                                             AuthorizationCode const& code);
 
 /// Asks for fresh tokens.
-[[nodiscard]] moxcore::async::Future<Grant> RequestRefresh(std::string const& clientID,
+[[nodiscard]] moxcore::async::Future<Grant> RequestRefresh(std::string const& address,
+                                                           std::string const& clientID,
                                                            std::string const& refreshToken);
 
 /// Ends the session of `refreshToken` at the service, as far as that can be reached. The end of the
 /// process waits for what is on its way then; see AwaitRevocations.
-void RequestRevocation(std::string const& refreshToken);
+void RequestRevocation(std::string const& address, std::string const& refreshToken);
 
 /// Sleeps until the revocations that are on their way have been answered, two seconds at most.
 void AwaitRevocations();

@@ -10,6 +10,8 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "quilloauth/Descriptor.h"
+
 namespace quilloauth {
 namespace {
 
@@ -17,28 +19,15 @@ using nlohmann::json;
 
 constexpr mode_t kOwnerOnly = 0600;
 
-class Descriptor {
-public:
-    Descriptor(std::string const& path, int flags)
-        : descriptor(open(path.c_str(), flags | O_CLOEXEC | O_NOFOLLOW, kOwnerOnly)) {}
-    ~Descriptor() {
-        if (descriptor >= 0) close(descriptor);
-    }
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-
-    [[nodiscard]] bool IsOpen() const { return descriptor >= 0; }
-    [[nodiscard]] int Get() const { return descriptor; }
-
-private:
-    int descriptor;
-};
+Descriptor Open(std::string const& path, int flags) {
+    return Descriptor(open(path.c_str(), flags | O_CLOEXEC | O_NOFOLLOW, kOwnerOnly));
+}
 
 /// Keeps other threads and processes out between reading the file and replacing it. Where locking
 /// is not to be had it is done without: the worst is a sign-in more.
 class Lock {
 public:
-    explicit Lock(std::string const& path) : file(path + ".lock", O_RDWR | O_CREAT) {
+    explicit Lock(std::string const& path) : file(Open(path + ".lock", O_RDWR | O_CREAT)) {
         while (file.IsOpen() && flock(file.Get(), LOCK_EX) != 0 && errno == EINTR) {
         }
     }
@@ -48,7 +37,7 @@ private:
 };
 
 std::string ReadAll(std::string const& path) {
-    Descriptor const file(path, O_RDONLY);
+    auto const file = Open(path, O_RDONLY);
     struct stat status {};
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return {};
     if ((status.st_mode & 077) != 0) fchmod(file.Get(), kOwnerOnly);
@@ -88,7 +77,7 @@ bool WriteServices(std::string const& path, json services) {
     unlink(temporary.c_str());  // of a process that was killed; it may be anyone's to read
     bool written = false;
     {
-        Descriptor const file(temporary, O_WRONLY | O_CREAT | O_EXCL);
+        auto const file = Open(temporary, O_WRONLY | O_CREAT | O_EXCL);
         written = file.IsOpen() && WriteAll(file.Get(), text + "\n") && fsync(file.Get()) == 0;
     }
     if (written && std::rename(temporary.c_str(), path.c_str()) == 0) return true;

@@ -30,6 +30,9 @@ public:
         return done->Wait(stopping.get_token());
     }
 
+    /// Asks to end what waits on the thread once Stop is called.
+    [[nodiscard]] std::stop_token GetStopToken() const { return stopping.get_token(); }
+
     /// Ends the waits, lets the function that runs come to its end, and drops the others.
     void Stop();
 

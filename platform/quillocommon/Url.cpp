@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <sstream>
 
 namespace quillocommon {
 namespace {
@@ -24,6 +25,15 @@ std::string LowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
     return text;
+}
+
+/// A part of a query without its "+" and "%20".
+std::string Decode(std::string text) {
+    std::replace(text.begin(), text.end(), '+', ' ');
+    int size = 0;
+    CurlText const decoded(
+        curl_easy_unescape(nullptr, text.c_str(), static_cast<int>(text.size()), &size));
+    return decoded ? std::string(decoded.get(), static_cast<std::size_t>(size)) : std::string();
 }
 
 }  // namespace
@@ -55,6 +65,17 @@ std::optional<Url> ParseUrl(std::string const& text, std::string const& base) {
     parts.hasQuery = query.has_value();
     parts.hasFragment = Part(url.get(), CURLUPART_FRAGMENT).has_value();
     return parts;
+}
+
+std::vector<std::pair<std::string, std::string>> ParseQuery(std::string const& query) {
+    std::vector<std::pair<std::string, std::string>> parameters;
+    std::istringstream parts(query);
+    for (std::string part; std::getline(parts, part, '&');) {
+        auto const sign = std::min(part.find('='), part.size());
+        parameters.emplace_back(Decode(part.substr(0, sign)),
+                                Decode(part.substr(std::min(sign + 1, part.size()))));
+    }
+    return parameters;
 }
 
 std::string PercentEncode(std::string const& text) {

@@ -2,6 +2,10 @@
 
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
+
+#include "quillocommon/Export.h"
 
 namespace quillocommon {
 
@@ -23,6 +27,10 @@ struct Url {
 /// The parts of `text`, which may be relative to `base` when there is one. None when it is no http
 /// or https URL.
 [[nodiscard]] std::optional<Url> ParseUrl(std::string const& text, std::string const& base = {});
+
+/// The parameters of a query ("a=1&b=%202", as forms send it), decoded, in their order.
+[[nodiscard]] QUILLOSERVICES_API std::vector<std::pair<std::string, std::string>> ParseQuery(
+    std::string const& query);
 
 /// `text` with everything but letters, digits and "-._~" percent-encoded.
 [[nodiscard]] std::string PercentEncode(std::string const& text);

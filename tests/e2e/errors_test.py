@@ -125,10 +125,6 @@ class ErrorTests(EndToEnd):
         for address in ("ftp://127.0.0.1", "127.0.0.1:80", "http://user@127.0.0.1", "http://h/path"):
             self.assertIn(address, self.refusal(2, "locations", "--service", address))
 
-    def test_a_service_that_wants_a_browser(self):
-        service = self.service(trusting=False)
-        self.assertIn("sign-in in the browser", self.refusal(3, "sign-in", service=service))
-
     def test_its_own_service_is_in_use(self):
         service = Service(self.state / "service")
         self.addCleanup(service.stop)

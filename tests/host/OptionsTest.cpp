@@ -14,7 +14,7 @@ using Arguments = std::vector<std::string>;
 TEST(Options, TakesTheWholeCommandLineOfAShare) {
     auto const options = ParseOptions({"share", "--name=a=b", "--to", R"(Acme/Films\/Ads/Spring)",
                                        "--json", "--service", "http://127.0.0.1:1", "--data",
-                                       "/tmp/state", "--", "--movie.mp4"});
+                                       "/tmp/state", "--browser", "firefox", "--", "--movie.mp4"});
 
     EXPECT_EQ(options.command, Command::Share);
     EXPECT_EQ(options.name, "a=b");
@@ -22,6 +22,7 @@ TEST(Options, TakesTheWholeCommandLineOfAShare) {
     EXPECT_TRUE(options.json);
     EXPECT_EQ(options.service, "http://127.0.0.1:1");
     EXPECT_EQ(options.data, "/tmp/state");
+    EXPECT_EQ(options.browser, "firefox");
     EXPECT_EQ(options.movie, "--movie.mp4");
 }
 
@@ -74,6 +75,8 @@ TEST(Options, RefusesWhatItDoesNotUnderstandAndSaysWhy) {
         {{"locations", "--watch"}, "--watch needs --backend client"},
         {{"locations", "--backend=sdk", "--watch"}, "--watch needs --backend client"},
         {{"trace", "--data="}, "--data is empty"},
+        {{"sign-in", "--browser="}, "--browser is empty"},
+        {{"sign-out", "--browser", "x"}, "--browser is no option of sign-out"},
     };
     for (auto const& row : rows) {
         try {

@@ -77,8 +77,8 @@ protected:
         return names;
     }
 
-    /// Signs in on the sign-in's own thread and waits for what that answers.
-    static bool SignIn() {
+    /// Begins to sign in on the sign-in's own thread: what that answers first.
+    static std::future<bool> BeginSignIn() {
         struct Answer {
             std::promise<bool> first;
             std::atomic<bool> isGiven{false};
@@ -87,8 +87,10 @@ protected:
         model::QuilloCppSdkIntegration::SignIn([answer](bool loggedIn) {
             if (!answer->isGiven.exchange(true)) answer->first.set_value(loggedIn);
         });
-        return answer->first.get_future().get();
+        return answer->first.get_future();
     }
+
+    static bool SignIn() { return BeginSignIn().get(); }
 
     testsupport::ManualExecutor executor;
     testsupport::FailureLog failures;

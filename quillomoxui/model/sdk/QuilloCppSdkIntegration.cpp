@@ -118,6 +118,8 @@ void QuilloCppSdkIntegration::SignIn(std::function<void(bool)> const& onLoggedIn
         std::lock_guard lock(State().mutex);
         State().sOnClientLoggedInChanged.swap(callback);
     }
+    // Whoever signs in again has lost the page that the one before has opened.
+    quilloauth::jwt::CancelLogin();
     // On the sign-in's own thread even when the token is there by now: the login may wait for a
     // person.
     auto const token = quilloauth::jwt::GetAccessToken();

@@ -23,6 +23,7 @@ using quilloauth::Tokens;
 using quilloauth::TokenStore;
 using quilloauth::jwt::kNotSignedIn;
 using quilloauth::jwt::kSessionExists;
+using quilloauth::jwt::kSessionOver;
 using testing::HasSubstr;
 
 mode_t ModeOf(std::filesystem::path const& path) {
@@ -125,7 +126,8 @@ protected:
     testsupport::TemporaryDirectory directory;
     std::string const path = (directory.Path() / "tokens.json").string();
     TokenStore store{path};  // of another process
-    std::shared_ptr<AuthSession> session = std::make_shared<AuthSession>("the editor", path);
+    std::shared_ptr<AuthSession> session =
+        std::make_shared<AuthSession>("the editor", "http://127.0.0.1/back", path);
 };
 
 TEST_F(AuthTest, WithoutASessionThereIsNoTokenAndNothingIsAskedFor) {
@@ -170,7 +172,6 @@ TEST_F(AuthTest, ASignInThatFailsSaysWhy) {
         char const* says;
     };
     constexpr Row kRows[] = {
-        {400, R"({"error":"unauthorized_client"})", kNotSignedIn, 1, "does not offer"},
         {400, R"({"error":"invalid_request","error_description":"Which?"})", kNotSignedIn, 1,
          "400 (Which?)"},
         {200, R"({"access_token":"secret-a"})", quillosdk::kMalformedAnswer, 1, "no refresh_token"},
@@ -237,9 +238,9 @@ TEST_F(AuthTest, ARenewalThatFailsCostsTheSessionOnlyWhenTheServiceHasEndedIt) {
     };
     constexpr Row kRows[] = {
         {30, "invalid_client", 0, true},
-        {30, "invalid_grant", kNotSignedIn, false},
+        {30, "invalid_grant", kSessionOver, false},
         {-1, "invalid_client", quillosdk::kRefused, true},
-        {-1, "invalid_grant", kNotSignedIn, false},
+        {-1, "invalid_grant", kSessionOver, false},
     };
     std::size_t told = 0;
     for (auto const& row : kRows) {

@@ -40,7 +40,7 @@ protected:
         service.emplace(directory.Path() / "data", switches);
         ASSERT_TRUE(quillocommon::SetServiceAddress(service->Address()));
         auth = std::make_shared<quilloauth::AuthSession>(
-            "test", (directory.Path() / "tokens.json").string());
+            "test", "http://127.0.0.1/", (directory.Path() / "tokens.json").string());
         client = std::make_shared<QuilloClient>(QuilloConfig("test"), [this](auto const&) {
             static_cast<void>(auth->GetAccessToken().Then([this](auto const& token) {
                 static_cast<void>(client->UpdateAccessToken(token.Get()));

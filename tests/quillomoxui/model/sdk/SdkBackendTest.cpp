@@ -8,6 +8,7 @@
 #include "quilloauth/AuthManager.h"
 #include "quillomoxui/model/sdk/SdkNodes.h"
 #include "tests/quillomoxui/SignedIn.h"
+#include "tests/support/FakeBrowser.h"
 
 namespace quillomoxui {
 namespace {
@@ -15,7 +16,9 @@ namespace {
 using Sdk = model::QuilloCppSdkIntegration;
 using moxcore::string::UTF16to8;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testsupport::Id;
 using testsupport::Record;
 
@@ -53,6 +56,23 @@ TEST_F(BackendTest, TheTreeFillsItselfDownToTheRootFolders) {
     EXPECT_EQ(project->GetRootFolder()->GetID().AsStdString(), Id(6));
     EXPECT_EQ(project->GetRootFolder()->GetParent(), project);
     EXPECT_EQ(project->GetRootFolder()->GetFetchChildrenState(), FetchChildrenState::NotFetched);
+    EXPECT_TRUE(failures.All().empty());
+}
+
+TEST_F(BackendTest, SigningInAgainOpensTheBrowserAnewInPlaceOfThePageThatWasLost) {
+    testsupport::FakeBrowser browser;
+    On("POST /oauth/token", R"({"error":"unauthorized_client"})", 400);
+    static_cast<void>(BeginSignIn());
+    auto const lost = browser.NextPage();
+    auto signedIn = BeginSignIn();
+    auto const page = browser.NextPage();
+    GrantTokens();
+    EXPECT_THAT(testsupport::FakeBrowser::Visit(lost.ReturnAddress("c0de")),
+                Not(HasSubstr("Thank you")));
+    EXPECT_THAT(testsupport::FakeBrowser::Visit(page.ReturnAddress("c0de")),
+                HasSubstr("Thank you"));
+    EXPECT_TRUE(signedIn.get());
+    EXPECT_TRUE(CurrentUser());
     EXPECT_TRUE(failures.All().empty());
 }
 

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "quilloauth/LoopbackListener.h"
+#include "quillocommon/Export.h"
+
+namespace quilloauth {
+
+/// What a service gives for a user who has allowed it, and what it is redeemed with. Secret.
+struct AuthorizationCode {
+    std::string code;
+    std::string redirectURI;
+    std::string verifier;
+};
+
+/// Asks the user in the system's browser (OAuth 2.0's authorization code with PKCE, and a redirect
+/// to a port of this machine, which is open until Run returns). Once.
+class QUILLOSERVICES_API BrowserSignIn : public std::enable_shared_from_this<BrowserSignIn> {
+public:
+    /// For the application `clientID` at the service at `address`. `redirectURI` is the
+    /// application's, http://127.0.0.1/... : the browser comes back to its path, on a free port. A
+    /// ResultException when that is no such address, a std::system_error when there is no port.
+    BrowserSignIn(std::string clientID, std::string address, std::string const& redirectURI);
+
+    /// Opens the browser and waits until it comes back, ten minutes at most. A ResultException
+    /// (kNotSignedIn) when nobody has allowed it, CancelledException after Cancel.
+    [[nodiscard]] AuthorizationCode Run();
+
+    /// Has Run end, also one that is called later. Any thread.
+    void Cancel();
+
+private:
+    struct Cancelled {};
+    struct Failed {
+        std::string why;
+    };
+    struct Allowed {
+        std::string code;
+    };
+    using Outcome = std::variant<Cancelled, Failed, Allowed>;
+
+    /// Ends the wait, unless it has ended: the first outcome counts.
+    void End(Outcome newOutcome);
+    [[nodiscard]] bool HasEnded();
+    void Open();
+    [[nodiscard]] LoopbackListener::Page OnReturn(std::string const& query);
+    [[nodiscard]] std::string PageAddress() const;
+
+    std::string const clientID;
+    std::string const address;
+    std::string const state;
+    std::string const verifier;
+    LoopbackListener listener;
+
+    std::mutex mutex;
+    std::optional<Outcome> outcome;  // guarded by mutex
+};
+
+}  // namespace quilloauth

@@ -1,0 +1,148 @@
+#include "quilloauth/LoopbackListener.h"
+
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace quilloauth {
+namespace {
+
+constexpr int kBacklog = 16;
+constexpr std::size_t kMostConnections = 16;
+constexpr std::size_t kLongestHead = 16 * 1024;
+constexpr std::string_view kEndOfHead = "\r\n\r\n";
+
+[[noreturn]] void ThrowErrno(char const* what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+Descriptor Checked(int number, char const* what) {
+    if (number < 0) ThrowErrno(what);
+    return Descriptor(number);
+}
+
+/// Binds to a free port and returns it.
+std::uint16_t Listen(int socket) {
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof place;
+    auto* const generic = reinterpret_cast<sockaddr*>(&place);
+    if (bind(socket, generic, size) != 0 || listen(socket, kBacklog) != 0 ||
+        getsockname(socket, generic, &size) != 0)
+        ThrowErrno("no port can be opened");
+    return ntohs(place.sin_port);
+}
+
+std::string Render(LoopbackListener::Page const& page) {
+    std::string const body =
+        std::string("<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n") +
+        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+        "<meta name=\"color-scheme\" content=\"light dark\">\n<title>" +
+        page.heading + "</title>\n</head>\n<body>\n<h1>" + page.heading + "</h1>\n<p>" + page.text +
+        "</p>\n</body>\n</html>\n";
+    return "HTTP/1.1 " + std::to_string(page.status) +
+           " \r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: " +
+           std::to_string(body.size()) +
+           "\r\nConnection: close\r\nCache-Control: no-store\r\nReferrer-Policy: no-referrer\r\n"
+           "X-Content-Type-Options: nosniff\r\nX-Frame-Options: DENY\r\n"
+           "Content-Security-Policy: default-src 'none'; frame-ancestors 'none'\r\n\r\n" +
+           body;
+}
+
+}  // namespace
+
+/// A browser's connection, until its one request is answered.
+struct LoopbackListener::Connection {
+    Descriptor socket;
+    std::string received{};
+
+    /// Takes what has arrived; false when no more will.
+    bool Receive() {
+        std::array<char, 4096> piece{};
+        auto const count = recv(socket.Get(), piece.data(), piece.size(), 0);
+        if (count < 0) return errno == EAGAIN || errno == EINTR;
+        received.append(piece.data(), static_cast<std::size_t>(count));
+        return count > 0;
+    }
+
+    /// A page is smaller than what an empty socket takes at once.
+    void Send(std::string const& answer) const {
+        static_cast<void>(send(socket.Get(), answer.data(), answer.size(), MSG_NOSIGNAL));
+        shutdown(socket.Get(), SHUT_WR);
+    }
+};
+
+LoopbackListener::LoopbackListener(std::string path)
+    : path(std::move(path)),
+      port(Checked(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0),
+                   "no socket can be made")),
+      wake(Checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "no event can be made")),
+      address("http://127.0.0.1:" + std::to_string(Listen(port.Get())) + this->path) {}
+
+LoopbackListener::~LoopbackListener() = default;
+
+void LoopbackListener::Stop() {
+    eventfd_write(wake.Get(), 1);
+}
+
+void LoopbackListener::Serve(Handler const& handler) {
+    Descriptor const listening = std::exchange(port, Descriptor());
+    std::vector<Connection> connections;
+    for (;;) {
+        std::vector<pollfd> files{{wake.Get(), POLLIN, 0}, {listening.Get(), POLLIN, 0}};
+        for (auto const& connection : connections)
+            files.push_back({connection.socket.Get(), POLLIN, 0});
+        if (poll(files.data(), files.size(), -1) < 0) continue;
+        if (files[0].revents != 0) return;
+
+        std::vector<Connection> kept;
+        for (std::size_t i = 0; i < connections.size(); ++i) {
+            auto& connection = connections[i];
+            bool const open = files[i + 2].revents == 0 || connection.Receive();
+            bool const whole = connection.received.find(kEndOfHead) != std::string::npos;
+            if (whole)
+                connection.Send(Respond(connection.received, handler));
+            else if (open && connection.received.size() <= kLongestHead)
+                kept.push_back(std::move(connection));
+        }
+        connections = std::move(kept);
+
+        if (files[1].revents == 0) continue;
+        Descriptor accepted(
+            accept4(listening.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (accepted.IsOpen())
+            connections.push_back({std::move(accepted)});
+        else if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED)
+            ThrowErrno("no connection can be taken");
+        if (connections.size() > kMostConnections) connections.erase(connections.begin());
+    }
+}
+
+std::string LoopbackListener::Respond(std::string const& head, Handler const& handler) const {
+    std::string_view rest = std::string_view(head).substr(0, head.find("\r\n"));
+    auto const word = [&rest] {
+        auto const end = std::min(rest.find(' '), rest.size());
+        auto const taken = rest.substr(0, end);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+        return taken;
+    };
+    auto const method = word();
+    auto const target = word();
+    auto const version = word();
+    auto const mark = std::min(target.find('?'), target.size());
+    if (method != "GET" || target.substr(0, mark) != path || !version.starts_with("HTTP/1."))
+        return Render({404, "Nothing here", "This is not a page that anybody is waiting for."});
+    return Render(handler(std::string(target.substr(std::min(mark + 1, target.size())))));
+}
+
+}  // namespace quilloauth

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "quilloauth/Descriptor.h"
+#include "quillocommon/Export.h"
+
+namespace quilloauth {
+
+/// Listens on a free port of 127.0.0.1 for a browser that is sent back to this program, and answers
+/// it with pages. Nobody can hold it up: connections are served side by side, the oldest of too
+/// many is closed, and a request's head has a bound.
+class QUILLOSERVICES_API LoopbackListener {
+public:
+    /// What the browser shows.
+    struct Page {
+        int status = 200;
+        char const* heading = "";  ///< HTML, as is `text`
+        char const* text = "";
+    };
+
+    /// Answers a GET of this listener's address; `query` is what stands behind the "?".
+    using Handler = std::function<Page(std::string const& query)>;
+
+    /// Begins to listen; `path` begins with "/" and is the only one that there is, anything else is
+    /// answered 404. Throws std::system_error.
+    explicit LoopbackListener(std::string path);
+    ~LoopbackListener();
+    LoopbackListener(LoopbackListener const&) = delete;
+    LoopbackListener& operator=(LoopbackListener const&) = delete;
+
+    /// "http://127.0.0.1:PORT/path". Any thread.
+    [[nodiscard]] std::string const& Address() const { return address; }
+
+    /// Serves on this thread until Stop, which the handler may call: its page still goes out. The
+    /// port is closed when this returns. Once.
+    /// Throws std::system_error when connections cannot be taken any more.
+    void Serve(Handler const& handler);
+
+    /// Has Serve return, also one that is called later. Any thread.
+    void Stop();
+
+private:
+    struct Connection;
+
+    [[nodiscard]] std::string Respond(std::string const& head, Handler const& handler) const;
+
+    std::string const path;
+    Descriptor port;  // until Serve
+    Descriptor const wake;
+    std::string address;
+};
+
+}  // namespace quilloauth
