@@ -5,8 +5,9 @@
 
 Shares a movie from the window, on an X server of its own, with a service that lets each answer wait. Prints the
 longest events, by the class that received them and their type (a number of QEvent::Type: 43 runs the main thread's
-queue and what was posted to a thread, 12 and 206 draw, 17 shows a window). "worked" is the time in which the thread
-had a processor; the rest of "longest" another program had it, or the thread waited.
+queue and what was posted to a thread, 77 and 206 draw). "too long" counts those that took more than 16 ms, "worked" is
+the part of the longest in which the thread had a processor; for the rest another program had it, or the thread waited.
+The longest of the main thread's queue is the host's own: it starts ffmpeg for the export.
 """
 
 import json
@@ -14,7 +15,6 @@ import os
 import pathlib
 import sys
 
-FRAME_MS = 16
 SHOWN = 12
 
 os.environ["QUILLO_BIN"] = str(pathlib.Path(sys.argv[1]).resolve())
@@ -44,12 +44,11 @@ class Share(WindowTest):
         window.key("Escape")
         self.close(window)
         events = json.loads(report.read_text())
-        print(f"{'receiver':40} {'type':>5} {'count':>6} {'longest':>8} {'worked':>8}   (ms)")
+        print(f"{'receiver':40} {'type':>5} {'count':>6} {'too long':>8} {'longest':>8} "
+              f"{'worked':>8}   (ms)")
         for event in events[:SHOWN]:
             print(f"{event['receiver']:40} {event['type']:5} {event['count']:6} "
-                  f"{event['longest_ms']:8.1f} {event['worked_ms']:8.1f}")
-        long = sum(event["worked_ms"] > FRAME_MS for event in events)
-        print(f"{long} kinds of events worked longer than {FRAME_MS} ms at once")
+                  f"{event['too_long']:8} {event['longest_ms']:8.1f} {event['worked_ms']:8.1f}")
 
 
 if __name__ == "__main__":
