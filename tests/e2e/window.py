@@ -45,6 +45,7 @@ class Window(Running):
     def __init__(self, screen, directory, *arguments):
         self.screen = screen
         self.items = []
+        self.changes = 0
         self.messages = []
         self.changed = threading.Condition()
         events = directory / "events"
@@ -61,6 +62,7 @@ class Window(Running):
             while (event := json.loads(lines.readline())) != "end":
                 with self.changed:
                     self.items = event.get("screen", self.items)
+                    self.changes += 1
                     if "message" in event:
                         self.messages.append(event["message"])
                     self.changed.notify_all()
@@ -129,11 +131,14 @@ class Window(Running):
         self.see(role, name)
         seen = []
         while (now := self.wait(self.focused, "focus"))[0] != role or not fnmatchcase(now[1], name):
-            if now in seen:
+            if len(seen) > 50:
                 raise AssertionError(f"{key} does not lead to {role} {name!r}, but to {seen}")
             seen.append(now)
+            before = self.changes
             self.key(key)
-            self.wait(lambda: self.focused() not in (None, seen[-1]), f"focus after {now}")
+            # A view that is made anew at that moment takes the focus back to its beginning.
+            self.wait(lambda: self.focused() not in (None, seen[-1]) or self.changes > before + 1,
+                      f"focus after {now}")
 
     def press(self, role, name, key="Tab"):
         """Works a control by the keyboard alone."""
