@@ -41,6 +41,7 @@ QPalette PaletteOf(ThemeProvider const& theme) {
     palette.setColor(QPalette::PlaceholderText, color(ThemeColor::kDisabledText));
     palette.setColor(QPalette::Highlight, color(ThemeColor::kFocus));
     palette.setColor(QPalette::HighlightedText, gray(HalcynGrayColor::Level0));
+    palette.setColor(QPalette::Mid, gray(HalcynGrayColor::Level5));
     palette.setColor(QPalette::Link, color(ThemeColor::kLink));
     for (auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, color(ThemeColor::kDisabledText));

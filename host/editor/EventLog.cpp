@@ -13,7 +13,7 @@
 namespace quillohost::editor {
 namespace {
 
-QJsonObject Describe(QAccessibleInterface const& item) {
+QJsonObject Describe(QAccessibleInterface const& item, bool hasFocus) {
     auto const state = item.state();
     auto const place = item.rect();
     QJsonObject described{
@@ -25,17 +25,21 @@ QJsonObject Describe(QAccessibleInterface const& item) {
         {"width", place.width()},
         {"height", place.height()},
     };
-    if (state.focused) described["focused"] = true;
+    if (state.focused && hasFocus) described["focused"] = true;
     if (state.disabled) described["disabled"] = true;
     if (state.checked) described["checked"] = true;
     return described;
 }
 
-void AddWithChildren(QAccessibleInterface& item, QJsonArray& items) {
+/// `hasFocus`: of the widget that `item` is a part of. A list's current row calls itself focused
+/// when the list is not.
+void AddWithChildren(QAccessibleInterface& item, bool hasFocus, QJsonArray& items) {
     if (!item.isValid() || item.state().invisible) return;
-    items.append(Describe(item));
+    if (auto const* const widget = qobject_cast<QWidget*>(item.object()))
+        hasFocus = widget->hasFocus();
+    items.append(Describe(item, hasFocus));
     for (int i = 0; i < item.childCount(); ++i)
-        if (auto* const child = item.child(i)) AddWithChildren(*child, items);
+        if (auto* const child = item.child(i)) AddWithChildren(*child, hasFocus, items);
 }
 
 }  // namespace
@@ -78,7 +82,7 @@ void EventLog::WriteScreen() {
         // Shown by the program, but not on the screen yet: it cannot be clicked.
         if (!window->windowHandle() || !window->windowHandle()->isExposed()) continue;
         if (auto* const item = QAccessible::queryAccessibleInterface(window))
-            AddWithChildren(*item, screen);
+            AddWithChildren(*item, false, screen);
     }
     if (screen == lastScreen) return;
     lastScreen = screen;

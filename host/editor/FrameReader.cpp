@@ -64,6 +64,12 @@ public:
         });
     }
 
+    ~Worker() override {
+        process.disconnect(this);
+        process.kill();
+        process.waitForFinished();
+    }
+
     void Ask(Request const& request) {
         next = request;
         if (process.state() == QProcess::NotRunning) Begin();

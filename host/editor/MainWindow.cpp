@@ -113,6 +113,7 @@ void MainWindow::MakeStatusBar() {
     progress->setTextVisible(false);
     progress->setAccessibleName("Progress of the share");
     statusBar()->setSizeGripEnabled(false);
+    statusBar()->setContentsMargins(0, 0, 8, 0);
     message->setContentsMargins(8, 0, 0, 0);
     statusBar()->addWidget(message, 3);
     statusBar()->addPermanentWidget(phaseLabel, 1);

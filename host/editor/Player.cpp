@@ -6,6 +6,24 @@
 #include <utility>
 
 namespace quillohost::editor {
+namespace {
+
+/// The style's own slider is hardly to be seen on a dark ground.
+constexpr char const* kSliderLook = R"(
+QSlider { min-height: 20px; }
+QSlider::groove:horizontal { height: 4px; border-radius: 2px; background: palette(mid); }
+QSlider::sub-page:horizontal { border-radius: 2px; background: palette(highlight); }
+QSlider::sub-page:horizontal:disabled { background: palette(mid); }
+QSlider::handle:horizontal {
+    width: 12px; margin: -5px 0; border-radius: 7px; border: 1px solid palette(window);
+    background: palette(text);
+}
+QSlider::handle:horizontal:hover { background: palette(link); }
+QSlider::handle:horizontal:focus { border: 2px solid palette(highlight); }
+QSlider::handle:horizontal:disabled { background: palette(mid); }
+)";
+
+}  // namespace
 
 Player::Player(std::function<void(std::string const&)> tell)
     : view(new FrameView([this] { ReadFrame(); })),
@@ -37,6 +55,7 @@ Player::Player(std::function<void(std::string const&)> tell)
     timeCode->setAccessibleName("Time code");
     duration->setAccessibleName("Duration");
     slider->setAccessibleName("Position");
+    slider->setStyleSheet(kSliderLook);
     slider->setEnabled(false);
     connect(slider, &QSlider::valueChanged, this, [this](int frame) { GoTo(frame); });
 }

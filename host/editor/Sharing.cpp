@@ -10,6 +10,7 @@
 #include "host/editor/AssetIcon.h"
 #include "moxcore/string/Conversions.h"
 #include "moxui/backend/HostWidget.h"
+#include "quillomoxui/model/QuilloUser.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
 namespace quillohost::editor {
@@ -98,6 +99,8 @@ void Sharing::ConnectLibrary() {
     });
     bindings.push_back(viewModel->CurrentViewIDNotifyingPropertyHost::BindValueChanged(
         [this](auto view) { OnViewChanged(view); }));
+    bindings.push_back(viewModel->UserNotifyingPropertyHost::BindValueChanged(
+        [this](auto const& user) { OnUserChanged(*user); }));
     bindings.push_back(viewModel->EncodingStatusNotifyingPropertyHost::BindValueChanged(
         [this](auto const& status) { OnStatusChanged(status); }));
 }
@@ -186,6 +189,18 @@ void Sharing::WithLocks(std::function<void()> const& then) {
 void Sharing::OnViewChanged(ShareForReviewViewID view) {
     if (view == ShareForReviewViewID::CopyLinkSection && phase == Phase::Finishing) Finish();
     if (view == ShareForReviewViewID::None && phase == Phase::Idle) End();
+}
+
+/// The popup shows the places of the user that there was when its view was made, and somebody who
+/// has just signed in comes a moment after the view.
+void Sharing::OnUserChanged(quillomoxui::QuilloUser const& user) {
+    auto const view = viewModel->GetCurrentViewID();
+    bool const showsPlaces = view == ShareForReviewViewID::ReviewInQuillo ||
+                             view == ShareForReviewViewID::SelectProject ||
+                             view == ShareForReviewViewID::SelectFolder;
+    if (user.GetID().IsNull() || !showsPlaces) return;
+    viewModel->SetCurrentViewID(ShareForReviewViewID::Initial);
+    viewModel->SetCurrentViewID(view);
 }
 
 void Sharing::OnStatusChanged(EncodingStatus const& status) {

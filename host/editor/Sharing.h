@@ -74,6 +74,7 @@ private:
     [[nodiscard]] AssetStore::Asset NameActive();
     void WithLocks(std::function<void()> const& then);
     void OnViewChanged(quillomoxui::ShareForReviewViewID view);
+    void OnUserChanged(quillomoxui::QuilloUser const& user);
     void OnStatusChanged(quillomoxui::EncodingStatus const& status);
     void OnFailure(quillocommon::Failure const& failure);
     void OnExportRequested(std::filesystem::path const& output);

@@ -35,6 +35,7 @@ void Watchdog::End(Times now) {
     auto& same = seen[{event.receiver, event.type}];
     ++same.count;
     Times const took{now.wall - event.begun.wall, now.worked - event.begun.worked};
+    if (took.wall > kFrame) ++same.tooLong;
     if (took.wall > same.longest.wall) same.longest = took;
 }
 
@@ -48,6 +49,7 @@ std::string Watchdog::Report() const {
         report.push_back({{"receiver", event.first},
                           {"type", event.second},
                           {"count", measured.count},
+                          {"too_long", measured.tooLong},
                           {"longest_ms", Milliseconds(measured.longest.wall)},
                           {"worked_ms", Milliseconds(measured.longest.worked)}});
     return report.dump(1) + '\n';

@@ -30,9 +30,12 @@ public:
     void Begin(char const* receiver, int eventType, int loop, Times now);
     void End(Times now);
 
+    /// The time of a picture on a usual screen: what takes longer is seen as a halt.
+    static constexpr std::chrono::milliseconds kFrame{16};
+
     /// What was measured, the longest first, as a JSON array: the receiver, the event's type by its
-    /// number in QEvent::Type, how many there were, and of the longest its milliseconds on the wall
-    /// and those in which the thread worked.
+    /// number in QEvent::Type, how many there were and how many took longer than kFrame, and of the
+    /// longest its milliseconds on the wall and those in which the thread worked.
     [[nodiscard]] std::string Report() const;
 
 private:
@@ -45,6 +48,7 @@ private:
     };
     struct Seen {
         std::uint64_t count = 0;
+        std::uint64_t tooLong = 0;
         Times longest;
     };
 

@@ -66,6 +66,12 @@ TEST_F(FrameReaderTest, LeavesOutWhatIsOvertaken) {
     EXPECT_LT(frames.size(), 20U);
 }
 
+TEST_F(FrameReaderTest, EndsWhileItReads) {
+    auto const movie = Movie();
+    FrameReader ending({.onFrame = [](auto&, auto&) { ADD_FAILURE(); }, .onFailure = nullptr});
+    ending.Read({movie, 0, QSize(256, 256)});
+}
+
 TEST_F(FrameReaderTest, SaysWhyThereIsNoPicture) {
     Read(directory.Path() / "missing.mov", 0);
     ASSERT_TRUE(WaitUntil([this] { return !failures.empty(); }));

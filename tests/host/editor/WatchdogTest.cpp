@@ -18,12 +18,13 @@ protected:
     }
     void End() { watchdog.End(now); }
 
-    /// What is reported, as "receiver count longest/worked ...".
+    /// What is reported, as "receiver count (too long) longest/worked ...".
     std::string Reported() {
         std::string text;
         for (auto const& each : nlohmann::json::parse(watchdog.Report()))
             text += each["receiver"].get<std::string>() + ' ' +
-                    std::to_string(each["count"].get<int>()) + ' ' +
+                    std::to_string(each["count"].get<int>()) + " (" +
+                    std::to_string(each["too_long"].get<int>()) + ") " +
                     std::to_string(each["longest_ms"].get<int>()) + '/' +
                     std::to_string(each["worked_ms"].get<int>()) + ' ';
         return text;
@@ -41,7 +42,7 @@ TEST_F(WatchdogTest, KeepsTheLongestOfEachKindTheLongestFirst) {
         End();
         Pass(100ms);  // between events nothing is measured
     }
-    EXPECT_EQ(Reported(), "view 1 20/2 button 2 7/2 ");
+    EXPECT_EQ(Reported(), "view 1 (1) 20/2 button 2 (0) 7/2 ");
 }
 
 TEST_F(WatchdogTest, CountsAnEventThatAnotherSendsAsPartOfThat) {
@@ -52,7 +53,7 @@ TEST_F(WatchdogTest, CountsAnEventThatAnotherSendsAsPartOfThat) {
     End();
     Pass(1ms);
     End();
-    EXPECT_EQ(Reported(), "button 1 7/0 ");
+    EXPECT_EQ(Reported(), "button 1 (0) 7/0 ");
 }
 
 TEST_F(WatchdogTest, LeavesOutTheTimeOfAnInnerLoopButNotWhatItHandles) {
@@ -67,7 +68,7 @@ TEST_F(WatchdogTest, LeavesOutTheTimeOfAnInnerLoopButNotWhatItHandles) {
     Begin("button", 1);
     Pass(2ms);
     End();
-    EXPECT_EQ(Reported(), "row 1 4/0 button 1 2/0 ");
+    EXPECT_EQ(Reported(), "row 1 (0) 4/0 button 1 (0) 2/0 ");
 }
 
 }  // namespace

@@ -1,0 +1,172 @@
+"""The window of quillo-host on a screen of its own, driven by the mouse and the keyboard."""
+
+import json
+import os
+import pathlib
+import subprocess
+import threading
+import time
+from fnmatch import fnmatchcase
+
+from programs import PATIENCE, EndToEnd, Running
+
+
+class Screen:
+    """An X server without a monitor, and without a window manager."""
+
+    def __init__(self):
+        reading, writing = os.pipe()
+        # The process is this object's; it is ended by stop().
+        self.process = subprocess.Popen(  # pylint: disable=consider-using-with
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x960x24", "-nolisten", "tcp"],
+            pass_fds=[writing], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(writing)
+        with os.fdopen(reading) as number:
+            self.name = f":{number.readline().strip()}"
+        self.environment = {**os.environ, "DISPLAY": self.name, "QT_QPA_PLATFORM": "xcb"}
+
+    def stop(self):
+        self.process.terminate()
+        self.process.wait(PATIENCE)
+
+    def run(self, *command):
+        """What the command, which uses the screen, prints."""
+        return subprocess.run(command, env=self.environment, check=True, text=True,
+                              stdout=subprocess.PIPE, timeout=PATIENCE).stdout
+
+    def clipboard(self):
+        return self.run("xclip", "-selection", "clipboard", "-out")
+
+
+class Window(Running):
+    """A quillo-host with a window. What its windows show is known from the lines that it writes for
+    each change, and is waited for."""
+
+    def __init__(self, screen, directory, *arguments):
+        self.screen = screen
+        self.items = []
+        self.changes = 0
+        self.messages = []
+        self.changed = threading.Condition()
+        events = directory / "events"
+        os.mkfifo(events)
+        # Open for both: it neither waits for the window nor ends with it.
+        self.pipe = os.open(events, os.O_RDWR)
+        super().__init__("quillo-host", *arguments, "--events", events,
+                         environment=screen.environment)
+        self.reader = threading.Thread(target=self.read)
+        self.reader.start()
+
+    def read(self):
+        with os.fdopen(self.pipe, encoding="utf8", closefd=False) as lines:
+            while (event := json.loads(lines.readline())) != "end":
+                with self.changed:
+                    self.items = event.get("screen", self.items)
+                    self.changes += 1
+                    if "message" in event:
+                        self.messages.append(event["message"])
+                    self.changed.notify_all()
+
+    def stop_reading(self):
+        if self.reader.is_alive():
+            os.write(self.pipe, b'"end"\n')
+            self.reader.join()
+            os.close(self.pipe)
+
+    def finish(self):
+        result = super().finish()
+        self.stop_reading()
+        return result
+
+    def abandon(self):
+        super().abandon()
+        self.stop_reading()
+
+    def wait(self, find, what):
+        """Returns what `find` does, once that is something."""
+        deadline = time.monotonic() + PATIENCE
+        with self.changed:
+            while not (found := find()):
+                if not self.changed.wait(deadline - time.monotonic()) or not self.reader.is_alive():
+                    raise AssertionError(f"no {what}: {self.items} {self.messages}")
+            return found
+
+    def find(self, role, name):
+        """The item whose name matches the pattern `name`, if it can be used."""
+        return next((item for item in self.items if item["role"] == role and
+                     fnmatchcase(item["name"], name) and not item.get("disabled")), None)
+
+    def see(self, role, name):
+        return self.wait(lambda: self.find(role, name), f"{role} {name!r}")
+
+    def see_gone(self, role, name):
+        self.wait(lambda: not self.find(role, name), f"end of {role} {name!r}")
+
+    def hear(self, text):
+        """The first message that holds `text`."""
+        return self.wait(lambda: next((line for line in self.messages if text in line), None),
+                         f"message {text!r}")
+
+    def activate(self):
+        """Gives the window the keyboard, as a window manager would."""
+        self.screen.run("xdotool", "search", "--sync", "--onlyvisible", "--name", "quillo-host",
+                        "windowfocus")
+        self.wait(self.focused, "focus")
+
+    def click(self, role, name):
+        item = self.see(role, name)
+        x, y = item["x"] + item["width"] // 2, item["y"] + item["height"] // 2
+        self.screen.run("xdotool", "mousemove", str(x), str(y), "click", "1")
+
+    def key(self, *keys):
+        self.screen.run("xdotool", "key", *keys)
+
+    def focused(self):
+        """What the keys go to, the innermost of it, by role and name."""
+        return next(((item["role"], item["name"]) for item in reversed(self.items)
+                     if item.get("focused")), None)
+
+    def go_to(self, role, name, key="Tab"):
+        """Presses the key until the item has the keyboard's focus."""
+        self.see(role, name)
+        seen = []
+        while (now := self.wait(self.focused, "focus"))[0] != role or not fnmatchcase(now[1], name):
+            if len(seen) > 50:
+                raise AssertionError(f"{key} does not lead to {role} {name!r}, but to {seen}")
+            seen.append(now)
+            before = self.changes
+            self.key(key)
+            # A view that is made anew at that moment takes the focus back to its beginning.
+            self.wait(lambda: self.focused() not in (None, seen[-1]) or self.changes > before + 1,
+                      f"focus after {now}")
+
+    def press(self, role, name, key="Tab"):
+        """Works a control by the keyboard alone."""
+        self.go_to(role, name, key)
+        self.key("Return")
+
+
+class WindowTest(EndToEnd):
+    """A screen, and windows on it."""
+
+    def setUp(self):
+        super().setUp()
+        self.screen = Screen()
+        self.addCleanup(self.screen.stop)
+
+    def window(self, *arguments, service=None):
+        where = ["--service", service.url] if service else []
+        place = pathlib.Path(self.directory, f"window {time.monotonic_ns()}")
+        place.mkdir()
+        window = Window(self.screen, place, "--data", self.state, *where, *arguments)
+        self.addCleanup(window.abandon)
+        return window
+
+    def close(self, window, expect=0):
+        """Ends the window as the user does; what it printed."""
+        window.key("ctrl+q")
+        code, out, err = window.finish()
+        self.output += out + err
+        self.note_secrets()
+        self.assertEqual(code, expect, err)
+        return err

@@ -1,0 +1,202 @@
+"""Sharing from the editor's window: with the mouse, with the keyboard, and what comes in between."""
+
+import os
+import signal
+import urllib.request
+
+from programs import PATIENCE, RIVER, Running, encode, processes_of
+from window import WindowTest
+
+
+class WindowTests(WindowTest):
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.long = encode(cls.movies / "Long.mov", 60, size="640x360")
+
+    def copied_link(self, window):
+        """What "Copy link" has put into the clipboard; it opens."""
+        window.see("AlertMessage", "Copied")
+        link = self.screen.clipboard()
+        with urllib.request.urlopen(link, timeout=PATIENCE) as answer:
+            self.assertEqual(answer.status, 200)
+        self.assertEqual(self.exported_files(), [])
+        return link
+
+    def sign_in(self, window):
+        """Opens the popup and signs in, with the mouse."""
+        window.click("Button", "Share for Review")
+        window.click("Button", "Sign in to Quillo")
+        window.see("Button", "Share")
+
+    def begin_export(self, service=None):
+        """A window that exports a movie; its popup is open."""
+        window = self.window(self.long, service=service)
+        self.sign_in(window)
+        self.choose_location(window)
+        window.click("Button", "Share")
+        window.see("StaticText", "Encoding in Progress...")
+        return window
+
+    def choose_location(self, window):
+        window.click("Link", "Select Quillo Location...")
+        window.see("ListItem", "*")
+        window.click("ComboBox", "Account")
+        window.click("ListItem", "Northlight Pictures")
+        window.click("ListItem", "The Long River")
+        window.click("TreeItem", "Editorial")
+        window.click("Button", "Choose")
+        window.see("Link", "Feature Films/The Long River/Editorial")
+
+    def test_shares_with_the_mouse(self):
+        service = self.service()
+        window = self.window(self.clip, service=service)
+        self.sign_in(window)
+        self.choose_location(window)
+        window.click("Button", "Share")
+        window.click("Button", "Copy link")
+        link = self.copied_link(window)
+        self.assertTrue(link.startswith(service.url + "/r/"))
+        window.hear("is shared as version 1")
+
+        # The same movie once more, as the next version.
+        window.key("Escape")
+        window.click("MenuItem", "Share")
+        window.click("MenuItem", "Share a New Version...")
+        window.click("Button", "Share")
+        window.hear("is shared as version 2")
+        window.click("Button", "Copy link")
+        self.assertEqual(self.copied_link(window), link)
+        window.key("Escape")
+        self.close(window)
+        # A command goes on from there.
+        self.assertEqual(self.share(self.clip, service=service)["link"], link)
+
+    def test_shares_with_the_keyboard_alone(self):
+        window = self.window(self.clip, service=self.service("--latency", "50"))
+        window.see("Button", "Share for Review")
+        window.activate()
+        window.key("ctrl+shift+e")
+        window.press("Button", "Sign in to Quillo")
+        window.press("Link", "Select Quillo Location...")
+        window.see("ListItem", "*")
+        window.go_to("ComboBox", "Account")
+        window.key("Down")
+        window.press("ListItem", "Northlight Pictures", "Down")
+        window.go_to("ListItem", "*")
+        window.press("ListItem", "The Long River", "Down")
+        window.go_to("TreeItem", "*")
+        window.go_to("TreeItem", "Editorial", "Down")
+        window.press("Button", "Choose")
+        window.press("Button", "Share")
+        window.press("Button", "Copy link")
+        self.copied_link(window)
+        window.hear("is shared as version 1")
+        window.key("Escape")
+        window.see_gone("Button", "Copy link")
+        self.assertEqual(window.focused(), ("Button", "Share for Review"))
+        self.close(window)
+
+    def test_a_movie_goes_where_it_was_shared_last(self):
+        service = self.service()
+        before = self.share(self.clip, "--to", f"{RIVER}/VFX/Shot 2", service=service)
+        window = self.window(self.clip, service=service)
+        self.sign_in(window)
+        window.see("Link", "Feature Films/The Long River/VFX/Shot 2")
+        window.click("Button", "Share")
+        window.hear("is shared as version 2")
+        window.click("Button", "Copy link")
+        self.assertEqual(self.copied_link(window), before["link"])
+        window.key("Escape")
+        self.close(window)
+
+    def test_a_share_goes_on_when_another_movie_is_opened(self):
+        service = self.service()
+        earlier = self.window(self.clip, service=service)
+        earlier.see("Slider", "Position")
+        earlier.activate()
+        self.close(earlier)
+
+        window = self.begin_export(service)
+        window.key("Escape")
+        window.see_gone("StaticText", "Encoding in Progress...")
+        window.click("MenuItem", "File")
+        window.click("MenuItem", "Open Recent")
+        window.click("MenuItem", f"*{self.clip.name}")
+        window.see("Client", f"Movie: *{self.clip.name}")
+        # The popup stays with the movie that is being shared, and then is the other one's.
+        window.click("Button", "Share for Review")
+        window.see("StaticText", "*in Progress...")
+        window.key("Escape")
+        window.hear('"Long" is shared as version 1')
+        window.see_gone("StaticText", "*in Progress...")
+        window.click("Button", "Share for Review")
+        window.see("Button", "Share")
+        window.see("StaticText", self.clip.stem)
+        window.click("Button", "Share")
+        window.hear('"Clip" is shared as version 1')
+        window.key("Escape")
+        self.close(window)
+
+    def test_closing_during_a_share_asks_and_leaves_nothing_behind(self):
+        window = self.begin_export()
+        window.key("Escape")
+        window.key("ctrl+q")
+        window.click("Button", "Keep Sharing")
+        window.see_gone("Button", "Keep Sharing")
+        window.activate()
+        window.see("Client", 'Share: Exporting "Long"')
+        window.key("ctrl+q")
+        window.click("Button", "Stop and Quit")
+        code, out, err = window.finish()
+        self.assertEqual((code, out, err), (0, "", ""))
+        self.assertEqual(self.exported_files(), [])
+        self.assertEqual(processes_of(str(self.state)), [])
+
+    def test_an_export_is_called_off(self):
+        window = self.begin_export()
+        window.key("Escape")
+        window.click("MenuItem", "Share")
+        window.click("MenuItem", "Cancel the Export")
+        window.hear('"Long" was cancelled')
+        self.assertEqual(self.exported_files(), [])
+        window.process.send_signal(signal.SIGTERM)
+        self.assertEqual(window.finish(), (130, "", ""))
+
+    def test_a_signal_ends_an_export(self):
+        window = self.begin_export()
+        window.process.send_signal(signal.SIGTERM)
+        self.assertEqual(window.finish(), (130, "", ""))
+        self.assertEqual(self.exported_files(), [])
+        self.assertEqual(processes_of(str(self.state)), [])
+
+    def test_what_is_exported_is_kept_when_its_upload_ends_with_the_window(self):
+        service = self.service("--latency", "300")
+        window = self.begin_export(service)
+        window.see("StaticText", "Upload in Progress...")
+        window.process.send_signal(signal.SIGTERM)
+        code, _, err = window.finish()
+        kept = self.state / "cache" / "Long.mp4"
+        self.assertEqual(code, 130)
+        self.assertIn(f'The share of "Long" was stopped. The exported movie is kept: "{kept}".', err)
+        self.assertTrue(kept.exists())
+
+    def test_a_movie_that_is_none(self):
+        text = self.directory / "notes.txt"
+        text.write_text("no movie")
+        window = self.window(text)
+        window.hear("it is no movie that ffmpeg can read")
+        window.click("Button", "Open the Sample Clip")
+        window.see("Client", "Movie: *Sample clip.mov")
+        window.activate()
+        self.close(window)
+
+    def test_without_a_display(self):
+        environment = {name: value for name, value in os.environ.items()
+                       if name not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")}
+        host = Running("quillo-host", "--data", self.state, environment=environment)
+        code, out, err = host.finish()
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn("there is no display", err)
+        self.assertEqual(err.count("\n"), 1)
