@@ -35,23 +35,24 @@ find_package(PkgConfig REQUIRED)
 # Both ends of an upload use it, and it comes without a CMake package.
 pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET GLOBAL libxxhash)
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor -Woverloaded-virtual
+# What only GCC knows of.
+set(QUILLO_GCC "$<CXX_COMPILER_ID:GNU>")
+
+add_compile_options(-Wall -Wextra -Wpedantic $<${QUILLO_GCC}:-Wshadow=local> -Wnon-virtual-dtor -Woverloaded-virtual
                     -Wno-missing-field-initializers -Werror)
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # GCC 12 misreads std::make_shared of a class with a virtual base as reaching past the object.
-  add_compile_options(-Wno-array-bounds)
-endif()
+# GCC 12 misreads std::make_shared of a class with a virtual base as reaching past the object.
+add_compile_options($<${QUILLO_GCC}:-Wno-array-bounds>)
 if(QUILLO_SANITIZE)
   # The headers under test are our own; a sanitizer makes GCC's flow analysis see paths that cannot be.
   add_compile_options(-fsanitize=${QUILLO_SANITIZE} -fno-omit-frame-pointer
-                      -Wno-maybe-uninitialized)
+                      $<${QUILLO_GCC}:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${QUILLO_SANITIZE})
   if(QUILLO_SANITIZE MATCHES "undefined")
     add_compile_options(-fno-sanitize-recover=undefined)
   endif()
   if(QUILLO_SANITIZE MATCHES "thread")
     # GCC warns that it cannot follow fences; none of our code uses them.
-    add_compile_options(-Wno-tsan)
+    add_compile_options($<${QUILLO_GCC}:-Wno-tsan>)
   endif()
 endif()
 
