@@ -5,6 +5,7 @@
 
 #include "host/AssetName.h"
 #include "host/Failure.h"
+#include "host/FolderWay.h"
 #include "host/HostFiles.h"
 #include "host/OnMainThread.h"
 #include "host/editor/AssetIcon.h"
@@ -194,11 +195,13 @@ void Sharing::OnViewChanged(ShareForReviewViewID view) {
 /// The popup shows the places of the user that there was when its view was made, and somebody who
 /// has just signed in comes a moment after the view.
 void Sharing::OnUserChanged(quillomoxui::QuilloUser const& user) {
+    if (user.GetID().IsNull()) return;
+    hooks.tell("Signed in as " + NameOf(user) + ".");
     auto const view = viewModel->GetCurrentViewID();
     bool const showsPlaces = view == ShareForReviewViewID::ReviewInQuillo ||
                              view == ShareForReviewViewID::SelectProject ||
                              view == ShareForReviewViewID::SelectFolder;
-    if (user.GetID().IsNull() || !showsPlaces) return;
+    if (!showsPlaces) return;
     viewModel->SetCurrentViewID(ShareForReviewViewID::Initial);
     viewModel->SetCurrentViewID(view);
 }

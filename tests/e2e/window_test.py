@@ -28,6 +28,7 @@ class WindowTests(WindowTest):
         """Opens the popup and signs in, with the mouse."""
         window.click("Button", "Share for Review")
         window.click("Button", "Sign in to Quillo")
+        window.hear("Signed in as ")
         window.see("Button", "Share")
 
     def begin_export(self, service=None):
@@ -79,6 +80,7 @@ class WindowTests(WindowTest):
         window.activate()
         window.key("ctrl+shift+e")
         window.press("Button", "Sign in to Quillo")
+        window.hear("Signed in as ")
         window.press("Link", "Select Quillo Location...")
         window.see("ListItem", "*")
         window.go_to("ComboBox", "Account")

@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QTest>
 
+#include "moxcore/string/Conversions.h"
 #include "moxcore/threads/MainThread.h"
 #include "moxui/backend/HostWidget.h"
 #include "moxui/controls/UI_TextButton.h"
@@ -51,14 +52,18 @@ protected:
                                           ui::DPISelectionType::OwnScreen, true);
     }
 
+    boost::intrusive_ptr<UI_TextButton> Add(float x, char const* text) {
+        boost::intrusive_ptr<UI_TextButton> inside(new UI_TextButton);
+        inside->SetText(moxcore::string::UTF8to16(text));
+        popup->GetContainer()->ChildPushBack(inside);
+        inside->UI_SetLocalRectF({x, 10, 50, 20});
+        inside->UI_Show(true);
+        return inside;
+    }
+
     void Open() {
-        for (float const x : {70.0F, 10.0F}) {  // the one on the right comes first
-            boost::intrusive_ptr<UI_TextButton> const inside(new UI_TextButton);
-            popup->GetContainer()->ChildPushBack(inside);
-            inside->UI_SetLocalRectF({x, 10, 50, 20});
-            inside->UI_Show(true);
-            buttons.insert(buttons.begin(), inside);
-        }
+        auto const right = Add(70, "");  // comes first
+        buttons = {Add(10, ""), right};
         popup->StartPopup();
         popup->SetContentSize({460, 134, 200, 120});
         popup->Refresh();
@@ -94,6 +99,35 @@ TEST_F(TouchPopup, IsShownWhereItWasAskedForAndMovesAlong) {
     EXPECT_TRUE(screen.contains(WidgetOf(*popup).frameGeometry()));
     EXPECT_LT(content().y, static_cast<float>(host.y()));
     EXPECT_EQ(commits, 0);
+}
+
+/// What the keys go to survives that the content is made anew.
+TEST_F(TouchPopup, KeepsTheFocusOnAControlThatIsMadeAnew) {
+    Open();
+    struct Case {
+        char const* focused;
+        std::vector<char const*> anew;
+        std::size_t expected;
+    };
+    for (auto const& [focused, anew, expected] :
+         std::vector<Case>{{"Share", {"More", "Share"}, 1},
+                           {"Share", {"Share", "More", "Copy"}, 0},
+                           {"Share", {"More", "Copy"}, 0}}) {
+        SCOPED_TRACE(testing::PrintToString(anew));
+        auto const fill = [this](std::vector<char const*> const& texts) {
+            popup->GetContainer()->ChildRemoveAll();
+            buttons.clear();
+            for (auto const* const text : texts)
+                buttons.push_back(Add(10 + 60 * static_cast<float>(buttons.size()), text));
+            popup->StartPopup();
+            RunEvents();
+        };
+        fill({focused});
+        QTest::keyClick(&WidgetOf(*popup), Qt::Key_Tab);
+        ASSERT_TRUE(WidgetOf(*buttons[0]).hasFocus());
+        fill(anew);
+        EXPECT_TRUE(WidgetOf(*buttons[expected]).hasFocus());
+    }
 }
 
 TEST_F(TouchPopup, TheUserDismissesItInEachOfTheseWays) {

@@ -47,6 +47,7 @@ void PopupWindow::Start() {
     if (!started) {
         started = true;
         focus.RememberFor(*this);
+        memory.Forget();
         qApp->installEventFilter(this);
         if (!asked.IsEmpty()) Show();
     }
@@ -138,7 +139,8 @@ void PopupWindow::Show() {
 void PopupWindow::TakeFocus() {
     if (!started || !isActiveWindow() || !LastInputWasKey()) return;
     auto const* const focused = QApplication::focusWidget();
-    if (!focused || focused == this) FocusFirst(Qt::TabFocusReason);
+    if (focused && focused != this) return;
+    if (!memory.Restore(Qt::TabFocusReason)) FocusFirst(Qt::TabFocusReason);
 }
 
 QPoint PopupWindow::AnchorCorner() const {

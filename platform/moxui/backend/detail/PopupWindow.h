@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "moxcore/geom/Rect.h"
+#include "moxui/backend/detail/FocusMemory.h"
 #include "moxui/backend/detail/FocusReturn.h"
 #include "moxui/backend/detail/ViewWidget.h"
 
@@ -27,7 +28,8 @@ public:
 
     /// Asks for a place of the content on the screen.
     void SetContentRect(moxcore::geom::RectT<float> const& rect);
-    /// Shows the popup, once there is a place for it.
+    /// Shows the popup, once there is a place for it. Called again with other content in it, puts
+    /// the keyboard's focus back on the control that had it, where that is there again.
     void Start();
     /// Hides it.
     void Stop();
@@ -56,6 +58,7 @@ private:
     QPoint anchorCorner;  // when the place was asked for
     moxcore::geom::RectT<float> asked;
     FocusReturn focus;
+    FocusMemory memory{*this};
     bool started = false;
     bool away = false;              // the user works with another program
     unsigned long menuPressAt = 0;  // timestamp of the last press that was for a menu
