@@ -9,6 +9,7 @@
 #include "moxcore/string/Conversions.h"
 #include "quilloauth/AuthSession.h"
 #include "quilloauth/TokenRequests.h"
+#include "quillosdk/AnswerReader.h"
 #include "quillosdk/QuilloClient.h"
 
 namespace quilloauth::jwt {
@@ -52,6 +53,8 @@ Current& TheCurrent() {
         ~StopAtExit() { current.Set(nullptr); }
     };
     static Current& current = *new Current;
+    // What is made first ends last: who is handed a token on the worker may send and read at once.
+    quillosdk::PrepareToRead();
     static StopAtExit const stopAtExit{current};
     return current;
 }
