@@ -24,7 +24,7 @@ constexpr Switch kSwitches[] = {
 
 }  // namespace
 
-DeveloperMenu::DeveloperMenu(Sharing& sharing) : QMenu("&Developer") {
+DeveloperMenu::DeveloperMenu(Sharing& sharing, QWidget& parent) : QMenu("&Developer", &parent) {
     setToolTipsVisible(true);
     auto& database = moxcore::debug::DebugDatabase::Instance();
     for (auto const& each : kSwitches) {

@@ -9,7 +9,8 @@ namespace quillohost::editor {
 /// The library's developer switches, which are in force until the program ends, and its trace.
 class DeveloperMenu : public QMenu {
 public:
-    explicit DeveloperMenu(Sharing& sharing);
+    /// `parent` owns it; `sharing` must outlive it.
+    DeveloperMenu(Sharing& sharing, QWidget& parent);
 };
 
 }  // namespace quillohost::editor

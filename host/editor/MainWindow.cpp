@@ -82,7 +82,7 @@ MainWindow::MainWindow(Options const& options, EventLog* log)
     MakeFileMenu();
     MakeShareMenu();
     MakeThemeMenu();
-    menuBar()->addMenu(new DeveloperMenu(sharing));
+    menuBar()->addMenu(new DeveloperMenu(sharing, *menuBar()));
     pages->addWidget(new Welcome({openAction, sampleAction}));
     pages->addWidget(player);
     setCentralWidget(pages);

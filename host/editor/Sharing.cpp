@@ -196,14 +196,16 @@ void Sharing::OnViewChanged(ShareForReviewViewID view) {
 /// has just signed in comes a moment after the view.
 void Sharing::OnUserChanged(quillomoxui::QuilloUser const& user) {
     if (user.GetID().IsNull()) return;
-    hooks.tell("Signed in as " + NameOf(user) + ".");
     auto const view = viewModel->GetCurrentViewID();
     bool const showsPlaces = view == ShareForReviewViewID::ReviewInQuillo ||
                              view == ShareForReviewViewID::SelectProject ||
                              view == ShareForReviewViewID::SelectFolder;
-    if (!showsPlaces) return;
-    viewModel->SetCurrentViewID(ShareForReviewViewID::Initial);
-    viewModel->SetCurrentViewID(view);
+    if (showsPlaces) {
+        // Unseen, so that the popup stays as large as it is: a press beside it would close it.
+        viewModel->SetInitialCurrentViewID(ShareForReviewViewID::Initial);
+        viewModel->SetCurrentViewID(view);
+    }
+    hooks.tell("Signed in as " + NameOf(user) + ".");
 }
 
 void Sharing::OnStatusChanged(EncodingStatus const& status) {
