@@ -41,7 +41,7 @@ class Share(WindowTest):
         window.click("Button", "Share")
         window.click("Button", "Copy link")
         window.see("AlertMessage", "Copied")
-        window.key("Escape")
+        window.dismiss("Button", "Copy link")
         self.close(window)
         events = json.loads(report.read_text())
         print(f"{'receiver':40} {'type':>5} {'count':>6} {'too long':>8} {'longest':>8} "

@@ -119,6 +119,12 @@ class Window(Running):
     def key(self, *keys):
         self.screen.run("xdotool", "key", *keys)
 
+    def dismiss(self, role, name):
+        """Closes the popup, in which there is this item; the keys go to the window again."""
+        self.key("Escape")
+        self.see_gone(role, name)
+        self.wait(self.focused, "focus")
+
     def focused(self):
         """What the keys go to, the innermost of it, by role and name."""
         return next(((item["role"], item["name"]) for item in reversed(self.items)

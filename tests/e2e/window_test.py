@@ -62,14 +62,14 @@ class WindowTests(WindowTest):
         window.hear("is shared as version 1")
 
         # The same movie once more, as the next version.
-        window.key("Escape")
+        window.dismiss("Button", "Copy link")
         window.click("MenuItem", "Share")
         window.click("MenuItem", "Share a New Version...")
         window.click("Button", "Share")
         window.hear("is shared as version 2")
         window.click("Button", "Copy link")
         self.assertEqual(self.copied_link(window), link)
-        window.key("Escape")
+        window.dismiss("Button", "Copy link")
         self.close(window)
         # A command goes on from there.
         self.assertEqual(self.share(self.clip, service=service)["link"], link)
@@ -95,8 +95,7 @@ class WindowTests(WindowTest):
         window.press("Button", "Copy link")
         self.copied_link(window)
         window.hear("is shared as version 1")
-        window.key("Escape")
-        window.see_gone("Button", "Copy link")
+        window.dismiss("Button", "Copy link")
         self.assertEqual(window.focused(), ("Button", "Share for Review"))
         self.close(window)
 
@@ -110,7 +109,7 @@ class WindowTests(WindowTest):
         window.hear("is shared as version 2")
         window.click("Button", "Copy link")
         self.assertEqual(self.copied_link(window), before["link"])
-        window.key("Escape")
+        window.dismiss("Button", "Copy link")
         self.close(window)
 
     def test_a_share_goes_on_when_another_movie_is_opened(self):
@@ -121,8 +120,7 @@ class WindowTests(WindowTest):
         self.close(earlier)
 
         window = self.begin_export(service)
-        window.key("Escape")
-        window.see_gone("StaticText", "Encoding in Progress...")
+        window.dismiss("StaticText", "Encoding in Progress...")
         window.click("MenuItem", "File")
         window.click("MenuItem", "Open Recent")
         window.click("MenuItem", f"*{self.clip.name}")
@@ -130,20 +128,19 @@ class WindowTests(WindowTest):
         # The popup stays with the movie that is being shared, and then is the other one's.
         window.click("Button", "Share for Review")
         window.see("StaticText", "*in Progress...")
-        window.key("Escape")
+        window.dismiss("StaticText", "*in Progress...")
         window.hear('"Long" is shared as version 1')
-        window.see_gone("StaticText", "*in Progress...")
         window.click("Button", "Share for Review")
         window.see("Button", "Share")
         window.see("StaticText", self.clip.stem)
         window.click("Button", "Share")
         window.hear('"Clip" is shared as version 1')
-        window.key("Escape")
+        window.dismiss("Button", "Copy link")
         self.close(window)
 
     def test_closing_during_a_share_asks_and_leaves_nothing_behind(self):
         window = self.begin_export()
-        window.key("Escape")
+        window.dismiss("StaticText", "Encoding in Progress...")
         window.key("ctrl+q")
         window.click("Button", "Keep Sharing")
         window.see_gone("Button", "Keep Sharing")
@@ -158,7 +155,7 @@ class WindowTests(WindowTest):
 
     def test_an_export_is_called_off(self):
         window = self.begin_export()
-        window.key("Escape")
+        window.dismiss("StaticText", "Encoding in Progress...")
         window.click("MenuItem", "Share")
         window.click("MenuItem", "Cancel the Export")
         window.hear('"Long" was cancelled')
