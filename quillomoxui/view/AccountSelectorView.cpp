@@ -33,6 +33,7 @@ void AccountSelectorView::PopulateAccountSelector() {
         if (accounts[i]->GetID() == proposed) value = static_cast<int>(i);
     }
     SetValue(value);
+    if (accounts.empty()) return;
 
     // A list that was fetched again has new objects: what is shown must follow the one in it.
     if (proposed.IsNull()) return;

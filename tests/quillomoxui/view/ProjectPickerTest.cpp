@@ -45,10 +45,13 @@ TEST_F(ProjectPickerTest, TheFirstAccountIsProposedUnlessOneIs) {
         EXPECT_EQ(user->GetProposedAccount(), proposed);
         EXPECT_EQ(Find<UI_Popup>(*view)->GetValue(), proposed == acme ? 0 : 1);
     }
-    user->SetProposedAccount(nullptr);
     user->SetAccounts({});
-    Show(ID::SelectProject);
-    EXPECT_EQ(user->GetProposedAccount(), nullptr);
+    for (auto const& left : {zeta, std::shared_ptr<QuilloAccount>()}) {
+        user->SetProposedAccount(left);
+        Show(ID::SelectProject);
+        EXPECT_EQ(user->GetProposedAccount(), left);
+        EXPECT_EQ(Find<UI_Popup>(*view)->GetValue(), 0);
+    }
     EXPECT_THAT(ProjectNames(), IsEmpty());
 }
 
