@@ -84,7 +84,8 @@ using NodeVector = std::vector<std::shared_ptr<Node>>;
     BY_VALUE(EncodingProgress, double)                                       \
     BY_REFERENCE(AssetTypeIcon, PictureSupplyHandler)
 
-// The template's code for each of these types is in the library, once.
+// The template's code for each of these types is in the library, once; exported by name, because a
+// template of a type that is hidden elsewhere would be hidden, too.
 #define QUILLO_PROPERTY_TYPES(BY_VALUE, BY_REFERENCE)                  \
     BY_REFERENCE(moxcore::utility::Guid)                               \
     BY_REFERENCE(UTF16String)                                          \
@@ -106,8 +107,9 @@ using NodeVector = std::vector<std::shared_ptr<Node>>;
     BY_REFERENCE(EncodingStatus)                                       \
     BY_VALUE(double)
 
-#define QUILLO_EXTERN_BY_VALUE(T) extern template class NotifyingPropertyHost<T, T>;
-#define QUILLO_EXTERN_BY_REFERENCE(T) extern template class NotifyingPropertyHost<T, T const&>;
+#define QUILLO_EXTERN_BY_VALUE(T) extern template class QUILLO_API NotifyingPropertyHost<T, T>;
+#define QUILLO_EXTERN_BY_REFERENCE(T) \
+    extern template class QUILLO_API NotifyingPropertyHost<T, T const&>;
 QUILLO_PROPERTY_TYPES(QUILLO_EXTERN_BY_VALUE, QUILLO_EXTERN_BY_REFERENCE)
 QUILLO_NAMED_PROPERTIES(QUILLO_NAMED_PROPERTY_BY_VALUE, QUILLO_NAMED_PROPERTY_BY_REFERENCE)
 #undef QUILLO_EXTERN_BY_VALUE

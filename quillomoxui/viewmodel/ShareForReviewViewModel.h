@@ -145,6 +145,6 @@ private:
 };
 
 /// The view's name for developers; "(unknown ShareForReviewViewID value)" for one that has none.
-[[nodiscard]] UTF16String const& ShareForReviewViewIDAsString(ShareForReviewViewID id);
+[[nodiscard]] QUILLO_API UTF16String const& ShareForReviewViewIDAsString(ShareForReviewViewID id);
 
 }  // namespace quillomoxui
