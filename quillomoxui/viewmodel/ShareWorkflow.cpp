@@ -143,7 +143,9 @@ void ShareForReviewViewModel::ProcessAssetForReview() {
     }
     WriteAssetData(assetdata::kUploadFolderGuid, ToText(folder->GetID()));
 
-    bool const hasVersionStack = !ReadAssetGuid(assetdata::kVersionStackGuid).IsNull();
+    UTF16String stack;
+    bool const hasVersionStack = ReadAssetData(assetdata::kVersionStackGuid, stack) &&
+                                 !Guid(UTF16toStdString(stack)).IsNull();
     if (!hasVersionStack)
         WriteAssetData(assetdata::kVersionStackGuid, ToText(Guid::CreateUnique()));
     // A stack that an earlier, failed share left behind is as new as one made here: it is on no
@@ -240,14 +242,19 @@ void ShareForReviewViewModel::FinalizeUpload() {
     auto const assetID = ReadAssetGuid(assetdata::kUploadedAssetGuid);
     auto const linkID = ReadAssetGuid(assetdata::kReviewLinkGuid);
     std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    model::AddAssetToLink(assetID, linkID, [weak](bool ok) {
+    model::AddAssetToLink(assetID, linkID, [weak, added = CopyFields()](bool ok) {
         auto const self = weak.lock();
         if (!self || !ok) return;
+        bool isCurrent = false;
         {
             std::lock_guard lock(self->mutex);
-            self->fields.isNewVersionStack = false;
+            isCurrent = self->fields.processingID == added.processingID;
+            if (isCurrent) self->fields.isNewVersionStack = false;
         }
-        self->DeleteOutputFileAndShowLink();
+        if (isCurrent) return self->DeleteOutputFileAndShowLink();
+        // The next share has begun meanwhile: what is shown, and what there is to do, is its own.
+        if (self->CopyFields().outputFilePath != added.outputFilePath)
+            File(added.outputFilePath, 0).Delete();
     });
 }
 

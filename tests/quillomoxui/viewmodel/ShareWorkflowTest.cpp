@@ -39,11 +39,12 @@ std::string const kAddToLink = std::string("POST /v1/review-links/") + kLink + "
 struct Host {
     std::map<std::string, std::string> data;
     std::vector<std::string> exports;
+    Guid asset{"bbbbbbbb-0000-0000-0000-000000000001"};
 
     void Connect(ShareForReviewViewModel& viewModel) {
         viewModel.SetAssetDataMethods(
-            [](Guid& first, Guid& second) {
-                first = Guid("bbbbbbbb-0000-0000-0000-000000000001");
+            [this](Guid& first, Guid& second) {
+                first = asset;
                 second = Guid("bbbbbbbb-0000-0000-0000-000000000002");
                 return true;
             },
@@ -213,6 +214,31 @@ TEST_F(WorkflowTest, AShareThatFailedHalfWayIsCompletedByTheNextOne) {
         EXPECT_EQ(Requests(kAddToLink).size(), addedBefore + 1);
         EXPECT_FALSE(IsExportKept());
     }
+}
+
+TEST_F(WorkflowTest, AnAnswerThatComesLateLeavesTheNextShareAlone) {
+    Ignore(kAddToLink);
+    Share("one");
+    auto const late = IndicesOf(kAddToLink).front();
+    auto const first = host.exports.back();
+    AllowLinks();
+
+    host.asset = Guid::CreateUnique();
+    host.data.clear();
+    viewModel->SetActiveAssetName(UTF8to16("Other"));
+    viewModel->ProcessAssetForReview();
+    viewModel->SetEncodingStatus({EncodingStatus::Encoding});
+    std::ofstream(host.exports.back()) << "two";
+    transport.Answer(late, 200, R"({"added":1})");
+    EXPECT_FALSE(std::filesystem::exists(first));
+    EXPECT_TRUE(IsExportKept());
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::EncodingProgress);
+
+    viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+    executor.AdvanceBy(std::chrono::hours(1));
+    EXPECT_EQ(Requests(kAddToLink).size(), 2u);
+    EXPECT_FALSE(IsExportKept());
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
 }
 
 TEST_F(WorkflowTest, ALinkWithoutItsURLIsMadeAnewAndGetsTheMovie) {
