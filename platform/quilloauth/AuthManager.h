@@ -40,11 +40,12 @@ QUILLOSERVICES_API void InitializeAuthManager(std::string const& clientID,
 /// session, is cancelled when the process ends first.
 [[nodiscard]] QUILLOSERVICES_API moxcore::async::Future<std::string> GetAccessToken();
 
-/// Signs `userID` in with the service; waits until that has ended, so never call it on the main
-/// thread. A service that trusts the user of this machine is asked to first; when it does not, the
-/// user signs in in the browser, and this waits for up to ten minutes. One sign-in waits at a time:
-/// a further one takes the place of the first, which answers kNotSignedIn. Answers kSessionExists
-/// (a failure in form) once there is a session, another failure when there is none.
+/// Signs in with the service, which tells who the user is: `userID` is not looked at. Waits until
+/// that has ended, so never call it on the main thread. A service that trusts the user of this
+/// machine is asked to first; when it does not, the user signs in in the browser, and this waits
+/// for up to ten minutes. One sign-in waits at a time: a further one takes the place of the first,
+/// which answers kNotSignedIn. Answers kSessionExists (a failure in form) once there is a session,
+/// another failure when there is none.
 QUILLOSERVICES_API quillocommon::Response Login(std::string const& userID);
 
 /// Ends a Login that waits for the browser, which then answers kNotSignedIn: the user has begun

@@ -17,8 +17,6 @@ class PopupSectionView;
 /// A window that shows a column of sections. Main thread.
 class QUILLO_API PopupManager {
 public:
-    virtual ~PopupManager();
-
     /// Kept, and read by no manager there is: a popup hangs from its parent, a dialog stands where
     /// the toolkit puts it.
     virtual void SetPopupGlobalLoc(moxcore::geom::PointT<float> const& location) = 0;
@@ -52,6 +50,8 @@ public:
 
     /// The host's node that a popup hangs from; held weakly.
     virtual void SetParent(boost::intrusive_ptr<moxui::ui::UI_Node> const& parent) = 0;
+
+    virtual ~PopupManager();
 };
 
 /// A popup that hangs from a node of the host's. Main thread.

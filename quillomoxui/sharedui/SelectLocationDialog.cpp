@@ -59,6 +59,9 @@ public:
 
 private:
     void Serve(std::shared_ptr<Request> const& request) {
+        // A callback that asks again does so when its own picker has ended, and with it the
+        // messages.
+        viewModel->EnableCurrentViewIDMessages(true);
         viewModel->SelectLocationAPI(
             request->user, [request](moxcore::utility::Guid const& folderID,
                                      UTF16String const& path) { request->Answer(folderID, path); });
@@ -69,7 +72,6 @@ private:
         Serve(request);
         // The picker has heard of another step meanwhile, and must hear of its own again.
         viewModel->SetInitialCurrentViewID(ShareForReviewViewID::None);
-        viewModel->EnableCurrentViewIDMessages(true);
         viewModel->SetCurrentViewID(viewID);
         dialogManager->MaximizePopupSection(request->section.Lock());
     }

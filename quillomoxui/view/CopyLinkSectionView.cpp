@@ -52,6 +52,7 @@ CopyLinkSectionView::CopyLinkSectionView(std::shared_ptr<ShareForReviewViewModel
     AddShown(*this, copyButton);
     AddShown(*this, workflowLabel);
     AddShown(*this, settingsButton);
+    UI_Show(true);
 }
 
 CopyLinkSectionView::~CopyLinkSectionView() = default;

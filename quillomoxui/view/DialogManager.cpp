@@ -82,8 +82,9 @@ void DialogManager::SetButtons(boost::intrusive_ptr<moxui::ui::UI_SubView> const
     auto const cancel = view->UI_ChildGetFromID(cancelID);
     auto const commit = view->UI_ChildGetFromID(commitID);
     if (!cancel || !commit) return;
-    cancelButton = AsButton(cancel);
+    auto const newCancelButton = AsButton(cancel);
     commitButton = AsButton(commit);
+    cancelButton = newCancelButton;
 }
 
 void DialogManager::SetParent(boost::intrusive_ptr<moxui::ui::UI_Node> const&) {}

@@ -68,6 +68,7 @@ EncodingProgressView::EncodingProgressView(
     for (auto const& child : std::initializer_list<boost::intrusive_ptr<UI_SubView>>{
              title, linkCaption, linkBox, status, progressBar, cancelButton})
         AddShown(*this, child);
+    UI_Show(true);
 }
 
 EncodingProgressView::~EncodingProgressView() = default;

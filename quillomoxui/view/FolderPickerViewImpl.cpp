@@ -100,12 +100,13 @@ void FolderPickerViewImpl::UI_Show(bool show) {
 void FolderPickerViewImpl::UI_SizeChanged(moxcore::geom::RectT<float> const& rect) {
     SelectionBaseView::UI_SizeChanged(rect);
     constexpr float kHeaderHeight = 50;
+    bool const hadPlace = !tree->UI_GetLocalRectF(false).IsEmpty();
     header->UI_SetLocalRectF({rect.x, rect.y, rect.width, kHeaderHeight});
     tree->UI_SetLocalRectF(
         {rect.x, rect.y + kHeaderHeight, rect.width, rect.height - kHeaderHeight + 2});
     tree->SetColumnWidth(0, 4 * rect.width);
     // Nothing could be scrolled to before there was a place to see it in.
-    SetTreeSelection(GetSelection(), true);
+    if (!hadPlace) SetTreeSelection(GetSelection(), true);
 }
 
 FolderPickerViewImpl::FolderPtr FolderPickerViewImpl::GetSelection() const {

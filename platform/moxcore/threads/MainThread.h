@@ -27,8 +27,9 @@ public:
 
     /// `hook` is called, on the posting thread, each time the empty queue gets its first function
     /// (and here, when something is queued already): an event loop arranges there for RunPending to
-    /// be called. It must not block and must not run the queue itself. An empty function removes
-    /// it; a call of the one before may still be under way on another thread then.
+    /// be called. It must not block, run the queue or call back into what posts: it is called under
+    /// a lock of the poster's, a property's for instance. An empty function removes it; a call of
+    /// the one before may still be under way on another thread then.
     static void SetWakeUpHook(std::function<void()> hook);
 
     /// `handler` hears, on the main thread, what queued functions throw. Without one they are

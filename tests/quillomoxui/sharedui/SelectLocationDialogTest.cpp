@@ -42,8 +42,9 @@ protected:
         return user;
     }
 
-    /// Asks a user for a location; `step` runs while the dialog is shown.
-    Outcome Ask(std::function<void()> const& step) {
+    /// Asks a user for a location; `step` runs while the dialog is shown, `onAnswer` when it ends.
+    Outcome Ask(
+        std::function<void()> const& step, std::function<void()> const& onAnswer = [] {}) {
         Outcome outcome;
         QTimer::singleShot(0, [&] {
             RunEvents();
@@ -64,6 +65,7 @@ protected:
             ++outcome.answers;
             outcome.folderID = folderID;
             outcome.path = moxcore::string::UTF16to8(path);
+            onAnswer();
         });
         outcome.hasReturned = true;
         RunEvents();
@@ -152,6 +154,18 @@ TEST_F(SelectLocationDialogTest, OneThatIsAskedFromAnotherReturnsFirst) {
         EXPECT_EQ(inner, innerChooses ? chosen : cancelled);
         EXPECT_EQ(outer, chosen);
     }
+}
+
+TEST_F(SelectLocationDialogTest, TheAnswerMayAskAgain) {
+    Outcome again;
+    auto const refused = Ask(&Cancel, [&] {
+        again = Ask([] {
+            PickProject();
+            Choose();
+        });
+    });
+    EXPECT_EQ(again, chosen);
+    EXPECT_EQ(refused, cancelled);
 }
 
 }  // namespace
