@@ -8,14 +8,13 @@
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/PushButton.h"
 #include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/backend/detail/Theme.h"
 
 namespace moxui::controls {
 namespace {
 
 namespace Key = skins::ThemeColor;
 using skins::ThemeSize;
-
-constexpr qreal kOpacityOfDisabledPicture = 0.45;
 
 qreal Size(ThemeSize size) {
     return skins::ThemeProvider::Get().GetSize(size);
@@ -147,7 +146,7 @@ private:
         auto const place =
             QStyle::alignedRect(GetLabel().Direction(), Qt::AlignLeft | Qt::AlignVCenter,
                                 PictureSize(), Content().toRect());
-        if (!isEnabled()) painter.setOpacity(kOpacityOfDisabledPicture);
+        if (!isEnabled()) painter.setOpacity(backend::kOpacityOfDisabledPicture);
         static_cast<backend::QtImage const&>(*picture).Paint(painter, QRectF(place));
         painter.setOpacity(1);
     }

@@ -178,6 +178,8 @@ float ThemeProvider::GetSize(ThemeSize size) const {
             return 3;
         case ThemeSize::LineWidth:
             return 1;
+        case ThemeSize::FocusLine:
+            return 1.5F;
         case ThemeSize::RowHeight:
             return 22;
         case ThemeSize::RowMargin:
@@ -198,6 +200,14 @@ float ThemeProvider::GetSize(ThemeSize size) const {
             return 24;
         case ThemeSize::ScrollStep:
             return 20;
+        case ThemeSize::ToastText:
+            return 360;
+        case ThemeSize::ToastPaddingAcross:
+            return 16;
+        case ThemeSize::ToastPaddingDown:
+            return 10;
+        case ThemeSize::ToastAboveFoot:
+            return 32;
     }
     return 0;
 }

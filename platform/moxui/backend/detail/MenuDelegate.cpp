@@ -68,7 +68,7 @@ void MenuDelegate::paint(QPainter* painter, QStyleOptionViewItem const& option,
         int const side = WholeSize(Size::MenuPicture);
         QRect const place(option.rect.left() + WholeSize(Size::MenuPadding), option.rect.top(),
                           side, option.rect.height());
-        if (!canBeChosen) painter->setOpacity(0.5);
+        if (!canBeChosen) painter->setOpacity(kOpacityOfDisabledPicture);
         PaintPicture(*painter, QRectF(QStyle::visualRect(option.direction, option.rect, place)),
                      *picture);
         painter->setOpacity(1);

@@ -168,13 +168,29 @@ void QtDrawbot::PopClip() {
     painter.restore();
 }
 
+void PaintFrameLine(QPainter& painter, QRect const& place) {
+    auto const& theme = skins::ThemeProvider::Get();
+    auto const line = theme.GetSize(skins::ThemeSize::LineWidth);
+    // Its middle: half of a line on the rectangle itself would lie outside.
+    auto const middle = QRectF(place).adjusted(line / 2, line / 2, -line / 2, -line / 2);
+    painter.save();
+    painter.setBrush(Qt::NoBrush);
+    QPen pen(ToQColor(theme.GetColor(skins::ThemeColor::kControlBorder)), line);
+    pen.setJoinStyle(Qt::MiterJoin);
+    painter.setPen(pen);
+    painter.drawRect(middle);
+    painter.restore();
+}
+
 void PaintFocusRing(QPainter& painter, QRectF const& place) {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(
-        QPen(ToQColor(skins::ThemeProvider::Get().GetColor(skins::ThemeColor::kFocus)), 1.5));
-    painter.drawRoundedRect(place.adjusted(1, 1, -1, -1), 3, 3);
+    auto const& theme = skins::ThemeProvider::Get();
+    painter.setPen(QPen(ToQColor(theme.GetColor(skins::ThemeColor::kFocus)),
+                        theme.GetSize(skins::ThemeSize::FocusLine)));
+    auto const radius = theme.GetSize(skins::ThemeSize::CornerRadius);
+    painter.drawRoundedRect(place.adjusted(1, 1, -1, -1), radius, radius);
     painter.restore();
 }
 

@@ -44,6 +44,9 @@ private:
     QPainter& painter;
 };
 
+/// A line just within `place`, of the colour of a control's border.
+void PaintFrameLine(QPainter& painter, QRect const& place);
+
 /// Shows, around `place`, that it has the keyboard's focus.
 void PaintFocusRing(QPainter& painter, QRectF const& place);
 

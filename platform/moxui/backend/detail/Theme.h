@@ -14,6 +14,9 @@ class UI_Node;
 
 namespace moxui::backend {
 
+/// Of the picture of what cannot be used.
+inline constexpr qreal kOpacityOfDisabledPicture = 0.5;
+
 /// Counts the changes of the theme, from 1.
 [[nodiscard]] unsigned ThemeGeneration();
 
