@@ -112,7 +112,7 @@ private:
                 painter.setBrush(color);
                 painter.drawRoundedRect(frame, radius, radius);
             };
-            auto const ground = Color(isEnabled() ? Key::kButtonGround : Key::kControl);
+            auto const ground = Color(isEnabled() ? Key::kButtonGround : Key::kControlDisabled);
             auto const hovered = Color(Key::kButtonHovered);
             auto shade = Color(Key::kShade);
             fill(IsHovered() ? hovered : ground);

@@ -29,6 +29,7 @@ inline constexpr int kProgress = 10;            // the done part of a progress b
 inline constexpr int kIcon = 11;                // icons of one colour
 inline constexpr int kSelectedText = 12;        // text on the highlight
 inline constexpr int kShade = 13;               // laid over what is pressed
+inline constexpr int kControlDisabled = 14;     // a button's ground, of one that cannot be used
 inline constexpr int kButtonText = 5000015;     // a text button's label
 inline constexpr int kButtonGround = 5000016;   // a text button's ground
 inline constexpr int kButtonHovered = 5000017;  // ... under the pointer

@@ -206,7 +206,7 @@ void DropDown::paintEvent(QPaintEvent*) {
         auto const border = enabled ? ToQColor(colors.GetColor(Key::kControlBorder))
                                     : ToQColor(theme.GetGray(skins::HalcynGrayColor::Level4));
         painter.setPen(isFramed ? QPen(border) : QPen(Qt::NoPen));
-        painter.setBrush(ToQColor(colors.GetColor(!enabled   ? Key::kControl
+        painter.setBrush(ToQColor(colors.GetColor(!enabled   ? Key::kControlDisabled
                                                   : isOpen   ? Key::kControlPressed
                                                   : isActive ? Key::kButtonHovered
                                                              : Key::kButtonGround)));
