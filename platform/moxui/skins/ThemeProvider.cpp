@@ -175,7 +175,7 @@ float ThemeProvider::GetSize(ThemeSize size) const {
         case ThemeSize::ControlHeight:
             return 20;
         case ThemeSize::ControlPadding:
-            return 12;
+            return 16;
         case ThemeSize::ControlGap:
             return 5;
         case ThemeSize::CornerRadius:
