@@ -1,11 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QToolTip>
 #include <utility>
 #include <vector>
 
+#include "moxcore/string/Conversions.h"
 #include "moxui/controls/UI_ControlView.h"
+#include "moxui/controls/UI_StaticText.h"
 #include "moxui/skins/ThemeProvider.h"
 #include "support/Contrast.h"
+#include "support/Seen.h"
 #include "support/TestWindow.h"
 
 namespace moxui::skins {
@@ -88,6 +93,32 @@ TEST_F(ThemeTest, ViewsHearOfAnotherThemeAlsoWhenTheyComeIntoAWindowLater) {
     EXPECT_NE(outside->heard, text);
     window.Add(outside, {0, 0, 10, 10});
     EXPECT_EQ(outside->heard, text);
+}
+
+TEST_F(ThemeTest, ATooltipIsInTheThemesColoursAndNotInTheApplications) {
+    testsupport::TestWindow window;
+    auto const text = moxcore::string::AsciiToUTF16("A name that is too long for its place");
+    boost::intrusive_ptr<controls::UI_StaticText> const elided(new controls::UI_StaticText(text));
+    boost::intrusive_ptr<controls::UI_StaticText> const given(new controls::UI_StaticText);
+    given->UI_SetToolTip(text, 400);
+    window.Add(elided, {0, 0, 50, 20});
+    window.Add(given, {0, 30, 50, 20});
+    for (auto const kind : {ThemeKind::Light, ThemeKind::Dark}) {
+        ThemeProvider::SetTheme(kind);
+        auto const ground = ThemeProvider::Get().GetColor(Key::kControl);
+        for (auto const& view : {elided, given}) {
+            EXPECT_NE(testsupport::ToolTipOver(testsupport::WidgetOf(*view)), "");
+            int shown = 0;
+            for (auto* const tip : QApplication::topLevelWidgets()) {
+                if (!tip->isVisible() || tip->windowType() != Qt::ToolTip) continue;
+                ++shown;
+                EXPECT_EQ(testsupport::PictureOf(*tip).pixelColor(2, 2),
+                          QColor::fromRgbF(ground.red, ground.green, ground.blue));
+            }
+            EXPECT_EQ(shown, 1);
+        }
+    }
+    QToolTip::hideText();
 }
 
 TEST_F(ThemeTest, AColourOfAClientsOwnIsItsAlone) {
