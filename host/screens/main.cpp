@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QLocale>
 #include <QPushButton>
 #include <cstdio>
 #include <cstdlib>
@@ -130,6 +131,7 @@ int Run(int count, char** arguments) {
             return EXIT_FAILURE;
         }
         suffix += "-" + locale;
+        QGuiApplication::setLayoutDirection(QLocale(locale).textDirection());
     }
     using moxui::skins::ThemeKind;
     moxui::skins::ThemeProvider::SetTheme(theme == "dark" ? ThemeKind::Dark : ThemeKind::Light);

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QPixmap>
+#include <QTest>
 
 #include "moxcore/threads/MainThread.h"
 #include "moxui/backend/HostWidget.h"
@@ -13,6 +14,8 @@ TestWindow::TestWindow(int width, int height) {
     container = moxui::backend::FillWidget(&widget);
     widget.show();
     widget.activateWindow();
+    // Under a window system the focus comes when it pleases, and no sooner does a key find a view.
+    static_cast<void>(QTest::qWaitForWindowActive(&widget));
     RunEvents();
 }
 

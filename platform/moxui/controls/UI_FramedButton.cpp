@@ -8,14 +8,13 @@
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/PushButton.h"
 #include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/backend/detail/Theme.h"
 
 namespace moxui::controls {
 namespace {
 
 namespace Key = skins::ThemeColor;
 using skins::ThemeSize;
-
-constexpr qreal kOpacityOfDisabledPicture = 0.45;
 
 qreal Size(ThemeSize size) {
     return skins::ThemeProvider::Get().GetSize(size);
@@ -113,7 +112,7 @@ private:
                 painter.setBrush(color);
                 painter.drawRoundedRect(frame, radius, radius);
             };
-            auto const ground = Color(isEnabled() ? Key::kButtonGround : Key::kControl);
+            auto const ground = Color(isEnabled() ? Key::kButtonGround : Key::kControlDisabled);
             auto const hovered = Color(Key::kButtonHovered);
             auto shade = Color(Key::kShade);
             fill(IsHovered() ? hovered : ground);
@@ -147,7 +146,7 @@ private:
         auto const place =
             QStyle::alignedRect(GetLabel().Direction(), Qt::AlignLeft | Qt::AlignVCenter,
                                 PictureSize(), Content().toRect());
-        if (!isEnabled()) painter.setOpacity(kOpacityOfDisabledPicture);
+        if (!isEnabled()) painter.setOpacity(backend::kOpacityOfDisabledPicture);
         static_cast<backend::QtImage const&>(*picture).Paint(painter, QRectF(place));
         painter.setOpacity(1);
     }

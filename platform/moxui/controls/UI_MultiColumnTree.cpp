@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/QtDrawbot.h"
 #include "moxui/backend/detail/TreeWidget.h"
 
 namespace moxui::controls {
@@ -49,9 +48,9 @@ void UI_MultiColumnTree::SetDrawCellFunction(DrawCellFunction function) {
         widget->drawCell = nullptr;
         return;
     }
-    widget->drawCell = [function = std::move(function)](QPainter& painter, RowPtr const& row,
-                                                        int column, QRectF const& cell) {
-        backend::QtDrawbot drawbot(painter);
+    widget->drawCell = [function = std::move(function)](drawbot::Drawbot& drawbot,
+                                                        RowPtr const& row, int column,
+                                                        QRectF const& cell) {
         function(&drawbot, row, column, backend::FromQRectF(cell));
     };
 }

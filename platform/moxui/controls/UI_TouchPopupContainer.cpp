@@ -9,14 +9,11 @@ namespace {
 
 using backend::PopupWindow;
 
-/// Where the content begins, inside the frame.
-constexpr float kFrame = 1;
-
 class PopupContainer : public ui::OS_ViewContainer {
 public:
     PopupContainer() : OS_ViewContainer(backend::MakePeer<backend::RootWidget>()) {}
 
-    /// The frame is the window's.
+    /// The ground is the window's.
     void UI_ThemeChanged() override {
         if (auto const parent = UI_GetParentNode()) parent->UI_Invalidate();
     }
@@ -48,7 +45,7 @@ void UI_TouchPopupContainer::StartPopup() {
 
 void UI_TouchPopupContainer::SetContentSize(moxcore::geom::RectT<float> const& rect) {
     if (auto const container = GetContainer())
-        container->UI_SetLocalRectF({kFrame, kFrame, rect.width, rect.height});
+        container->UI_SetLocalRectF({0, 0, rect.width, rect.height});
     if (auto* const window = WindowOf(*this)) window->SetContentRect(rect);
 }
 

@@ -34,9 +34,9 @@ public:
     /// as it is; what has come into it is given the focus as on showing.
     void StartPopup();
 
-    /// Gives the content the size of `rect` and, with a frame of one unit around it, this place on
-    /// the screen. A place that would leave the screen is moved onto it: sideways, and above what
-    /// the popup hangs from when there is no room below.
+    /// Gives the content the size of `rect` and this place on the screen. What frame there is, the
+    /// content draws. A place that would leave the screen is moved onto it: sideways, and above
+    /// what the popup hangs from when there is no room below.
     void SetContentSize(moxcore::geom::RectT<float> const& rect);
 
     /// `function` runs each time the user dismisses the popup, after it was hidden; not when the

@@ -29,7 +29,7 @@ constexpr drawbot::ColorRGBA Rgb(unsigned value) {
 struct Colors {
     std::array<drawbot::ColorRGBA, 6> grays;
     drawbot::ColorRGBA text, disabledText, link, highlight, focus, control, controlHovered,
-        controlPressed, controlBorder, progress, icon, selectedText, shade;
+        controlPressed, controlDisabled, controlBorder, progress, icon, selectedText, shade;
 };
 
 constexpr Colors kDark{
@@ -43,6 +43,7 @@ constexpr Colors kDark{
     .control = Rgb(0x333333),
     .controlHovered = Rgb(0x3E3E3E),
     .controlPressed = Rgb(0x1D1D1D),
+    .controlDisabled = Rgb(0x333333),
     .controlBorder = Rgb(0x757575),
     .progress = Rgb(0x4B9CFF),
     .icon = Rgb(0xD0D0D0),
@@ -54,13 +55,14 @@ constexpr Colors kLight{
     .grays = {Rgb(0xE6E6E6), Rgb(0xF5F5F5), Rgb(0xDCDCDC), Rgb(0xCDCDCD), Rgb(0xB8B8B8),
               Rgb(0x8A8A8A)},
     .text = Rgb(0x222222),
-    .disabledText = Rgb(0x686868),
+    .disabledText = Rgb(0x646464),
     .link = Rgb(0x0B5CC4),
     .highlight = Rgb(0xD3E3F9),
     .focus = Rgb(0x1B6FE0),
     .control = Rgb(0xFDFDFD),
     .controlHovered = Rgb(0xEDEDED),
     .controlPressed = Rgb(0xD8D8D8),
+    .controlDisabled = Rgb(0xE4E4E4),
     .controlBorder = Rgb(0x858585),
     .progress = Rgb(0x1B6FE0),
     .icon = Rgb(0x464646),
@@ -137,6 +139,8 @@ drawbot::ColorRGBA ThemeProvider::GetColor(int key) const {
             return colors.selectedText;
         case ThemeColor::kShade:
             return colors.shade;
+        case ThemeColor::kControlDisabled:
+            return colors.controlDisabled;
         case ThemeColor::kButtonText:
             return colors.text;
         case ThemeColor::kButtonGround:
@@ -171,13 +175,15 @@ float ThemeProvider::GetSize(ThemeSize size) const {
         case ThemeSize::ControlHeight:
             return 20;
         case ThemeSize::ControlPadding:
-            return 12;
+            return 16;
         case ThemeSize::ControlGap:
             return 5;
         case ThemeSize::CornerRadius:
             return 3;
         case ThemeSize::LineWidth:
             return 1;
+        case ThemeSize::FocusLine:
+            return 1.5F;
         case ThemeSize::RowHeight:
             return 22;
         case ThemeSize::RowMargin:
@@ -198,6 +204,14 @@ float ThemeProvider::GetSize(ThemeSize size) const {
             return 24;
         case ThemeSize::ScrollStep:
             return 20;
+        case ThemeSize::ToastText:
+            return 360;
+        case ThemeSize::ToastPaddingAcross:
+            return 16;
+        case ThemeSize::ToastPaddingDown:
+            return 10;
+        case ThemeSize::ToastAboveFoot:
+            return 32;
     }
     return 0;
 }

@@ -29,6 +29,7 @@ inline constexpr int kProgress = 10;            // the done part of a progress b
 inline constexpr int kIcon = 11;                // icons of one colour
 inline constexpr int kSelectedText = 12;        // text on the highlight
 inline constexpr int kShade = 13;               // laid over what is pressed
+inline constexpr int kControlDisabled = 14;     // a button's ground, of one that cannot be used
 inline constexpr int kButtonText = 5000015;     // a text button's label
 inline constexpr int kButtonGround = 5000016;   // a text button's ground
 inline constexpr int kButtonHovered = 5000017;  // ... under the pointer
@@ -36,21 +37,26 @@ inline constexpr int kButtonHovered = 5000017;  // ... under the pointer
 
 /// What a theme measures, in units.
 enum class ThemeSize {
-    ControlHeight,   // of a button
-    ControlPadding,  // between a button's sides and what it shows
-    ControlGap,      // between a picture and the text beside it
-    CornerRadius,    // of a control's frame
-    LineWidth,       // of a frame or a divider
-    RowHeight,       // of a tree
-    RowMargin,       // above what a tree's cells show
-    RowIndentation,  // of a tree's row from its parent's; room for the row's arrow
-    MenuRowHeight,   // of a menu
-    MenuPadding,     // between a menu's sides, or those of its button, and what it shows
-    MenuPicture,     // the longest side of an entry's picture
-    Chevron,         // the longer side of the arrow that opens something
-    ScrollBar,       // across
-    ShortestThumb,   // of a scroll bar, along it
-    ScrollStep,      // of one press of an arrow
+    ControlHeight,       // of a button
+    ControlPadding,      // between a button's sides and what it shows
+    ControlGap,          // between a picture and the text beside it
+    CornerRadius,        // of a control's frame
+    LineWidth,           // of a frame or a divider
+    FocusLine,           // of the ring around what has the focus
+    RowHeight,           // of a tree
+    RowMargin,           // above what a tree's cells show
+    RowIndentation,      // of a tree's row from its parent's; room for the row's arrow
+    MenuRowHeight,       // of a menu
+    MenuPadding,         // between a menu's sides, or those of its button, and what it shows
+    MenuPicture,         // the longest side of an entry's picture
+    Chevron,             // the longer side of the arrow that opens something
+    ScrollBar,           // across
+    ShortestThumb,       // of a scroll bar, along it
+    ScrollStep,          // of one press of an arrow
+    ToastText,           // across, of the longest line of a notice
+    ToastPaddingAcross,  // between a notice's sides and its text
+    ToastPaddingDown,    // between a notice's top and foot and its text
+    ToastAboveFoot,      // between a notice and the foot of the window that it is shown over
 };
 
 /// Every colour, font and size of the toolkit. Main thread.

@@ -91,10 +91,8 @@ void UI_Node::UI_AddCustomMouseEventFunction(std::shared_ptr<MouseEventFunction>
 }
 
 void UI_Node::UI_SetToolTip(moxcore::string::UTF16String const& text, int delay) {
-    if (auto* const widget = peer->GetWidget()) {
-        widget->setToolTip(backend::AsPlainToolTip(backend::ToQString(text)));
-        backend::SetToolTipDelay(*widget, delay);
-    }
+    if (auto* const widget = peer->GetWidget())
+        backend::SetToolTip(*widget, backend::ToQString(text), delay);
 }
 
 moxcore::string::UTF16String UI_Node::UI_GetToolTip() const {

@@ -197,6 +197,20 @@ TEST(Button, IsDrawnInColoursOfItsOwnInAnyTheme) {
     }
 }
 
+TEST(Button, WithoutABorderIsSeenAlsoWhenItIsDisabled) {
+    TestWindow window;
+    auto const button = MakeCallToAction();
+    window.Add(button, {10, 10, 80, 20});
+    button->UI_SetDisabled(true);
+    for (auto const theme : {skins::ThemeKind::Light, skins::ThemeKind::Dark}) {
+        skins::ThemeProvider::SetTheme(theme);
+        auto const picture = testsupport::PictureOf(window.Widget());
+        auto const color =
+            skins::ThemeProvider::Get().GetColor(skins::ThemeColor::kControlDisabled);
+        EXPECT_EQ(picture.pixelColor(15, 20), QColor::fromRgbF(color.red, color.green, color.blue));
+    }
+}
+
 TEST(Button, ShowsItsTextAsItStandsAndWholeWhereThereIsRoom) {
     TestWindow window;
     for (char const* const text :

@@ -87,7 +87,7 @@ TEST_F(TouchPopup, IsShownWhereItWasAskedForAndMovesAlong) {
     Open();
     auto const content = [&] { return popup->GetContainer()->UI_LocalToGlobalF({0, 0, 200, 120}); };
     EXPECT_EQ(content(), (moxcore::geom::RectT<float>{460, 134, 200, 120}));
-    EXPECT_EQ(WidgetOf(*popup).frameGeometry(), QRect(459, 133, 202, 122));
+    EXPECT_EQ(WidgetOf(*popup).frameGeometry(), QRect(460, 134, 200, 120));
 
     host.move(host.x() + 30, host.y() + 40);
     RunEvents();
@@ -312,8 +312,6 @@ TEST_F(TouchPopup, IsInTheThemesColours) {
     ThemeProvider::SetTheme(ThemeKind::Light);
     RunEvents();
     EXPECT_NE(at(100, 100), dark);
-    for (auto const& [x, y] : {std::pair{0, 60}, {100, 0}, {201, 60}, {100, 121}})
-        EXPECT_NE(at(x, y), at(100, 100)) << "the frame at " << x << ", " << y;
     ThemeProvider::SetTheme(ThemeKind::Dark);
 }
 

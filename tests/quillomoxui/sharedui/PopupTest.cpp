@@ -6,6 +6,7 @@
 #include "moxui/backend/HostWidget.h"
 #include "moxui/controls/UI_PictureSupplyMessage.h"
 #include "moxui/controls/UI_TouchPopupContainer.h"
+#include "moxui/skins/ThemeProvider.h"
 #include "quillomoxui/sharedui/BindImageSupplyFunction.h"
 #include "quillomoxui/sharedui/PopupMainView.h"
 #include "quillomoxui/sharedui/PopupManager.h"
@@ -158,9 +159,9 @@ TEST_F(PopupManagerTest, HangsTheSectionsUnderItsParent) {
     ASSERT_NE(popup, nullptr);
     auto const mainView = WidgetOf(*section).parentWidget();
     EXPECT_EQ(mainView->size(), QSize(202, 82));
-    auto const right = mainView->mapToGlobal(QPoint(mainView->width(), 0));
-    auto const below = button.mapToGlobal(QPoint(button.width(), button.height() + 4));
-    EXPECT_LE((right - below).manhattanLength(), 2);
+    EXPECT_EQ(popup->size(), mainView->size());
+    EXPECT_EQ(popup->mapToGlobal(QPoint(popup->width(), 0)),
+              button.mapToGlobal(QPoint(button.width(), button.height() + 4)));
 
     content->size = {100, 40};
     manager->MaximizePopupSection(section);
@@ -175,6 +176,26 @@ TEST_F(PopupManagerTest, HangsTheSectionsUnderItsParent) {
     manager->ShowWindow();
     manager->MaximizePopupSection(nullptr);
     EXPECT_EQ(PopupWindow(), nullptr);
+}
+
+TEST_F(PopupManagerTest, HasOneLineAroundItInBothThemes) {
+    using namespace moxui::skins;
+    manager->SetParent(anchor);
+    manager->InsertPopupSection(0, new Sized(200, 80));
+    manager->ShowWindow();
+    for (auto const kind : {ThemeKind::Light, ThemeKind::Dark}) {
+        ThemeProvider::SetTheme(kind);
+        RunEvents();
+        auto const picture = testsupport::PictureOf(*PopupWindow());
+        auto const gray = [](HalcynGrayColor level) {
+            auto const color = ThemeProvider::Get().GetGray(level);
+            return QColor::fromRgbF(color.red, color.green, color.blue);
+        };
+        for (auto const& [x, y] : {std::pair{0, 40}, {201, 40}, {100, 0}, {100, 81}})
+            EXPECT_EQ(picture.pixelColor(x, y), gray(HalcynGrayColor::Level4)) << x << ", " << y;
+        for (auto const& [x, y] : {std::pair{1, 40}, {200, 40}, {100, 1}, {100, 80}})
+            EXPECT_EQ(picture.pixelColor(x, y), gray(HalcynGrayColor::Level1)) << x << ", " << y;
+    }
 }
 
 TEST_F(PopupManagerTest, TellsOfEveryClosingByTheUserInTheOrderOfAdding) {

@@ -17,11 +17,13 @@
 #include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/model/QuilloUser.h"
 #include "quillomoxui/model/QuilloWorkspace.h"
+#include "quillomoxui/sharedui/CallToActionButton.h"
 #include "quillomoxui/view/Factory.h"
 #include "quillomoxui/view/PopupBaseView.h"
 #include "quillomoxui/view/TextWithBackground.h"
 #include "quillomoxui/view/WorkflowLabel.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
+#include "tests/support/Contrast.h"
 #include "tests/support/ManualExecutor.h"
 #include "tests/support/TestWindow.h"
 #include "tests/support/Views.h"
@@ -117,6 +119,17 @@ TEST_F(ShareViewsTest, TheSignInPromptSignsInAndMovesOnOnceSomebodyIs) {
     model->SetIsLoggedIn(false);
     RunEvents();
     EXPECT_EQ(model->GetCurrentViewID(), ID::SigninPrompt);
+}
+
+TEST_F(ShareViewsTest, TheCallToActionStandsOutAsFarAsItsGivenColoursDo) {
+    // White on the blue of the product's: the one text that is below 4.5.
+    boost::intrusive_ptr<sharedui::CallToActionButton> const button(
+        new sharedui::CallToActionButton);
+    namespace Key = moxui::skins::ThemeColor;
+    for (int const ground : {Key::kButtonGround, Key::kButtonHovered})
+        EXPECT_NEAR(
+            testsupport::Contrast(button->GetColor(Key::kButtonText), button->GetColor(ground)),
+            3.95, 0.01);
 }
 
 TEST_F(ShareViewsTest, AWorkflowLabelKeepsLongTextsInTheirPlaces) {

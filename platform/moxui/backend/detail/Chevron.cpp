@@ -12,7 +12,8 @@ void PaintChevron(QPainter& painter, QPointF const& centre, ChevronDirection dir
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(color, 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.translate(centre);
-    if (direction == ChevronDirection::Right) painter.rotate(-90);
+    if (direction != ChevronDirection::Down)
+        painter.rotate(direction == ChevronDirection::Right ? -90 : 90);
     qreal const half = skins::ThemeProvider::Get().GetSize(skins::ThemeSize::Chevron) / 2;
     std::array const points{QPointF(-half, -half / 2), QPointF(0, half / 2),
                             QPointF(half, -half / 2)};

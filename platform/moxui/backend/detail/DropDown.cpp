@@ -206,7 +206,7 @@ void DropDown::paintEvent(QPaintEvent*) {
         auto const border = enabled ? ToQColor(colors.GetColor(Key::kControlBorder))
                                     : ToQColor(theme.GetGray(skins::HalcynGrayColor::Level4));
         painter.setPen(isFramed ? QPen(border) : QPen(Qt::NoPen));
-        painter.setBrush(ToQColor(colors.GetColor(!enabled   ? Key::kControl
+        painter.setBrush(ToQColor(colors.GetColor(!enabled   ? Key::kControlDisabled
                                                   : isOpen   ? Key::kControlPressed
                                                   : isActive ? Key::kButtonHovered
                                                              : Key::kButtonGround)));
@@ -216,7 +216,7 @@ void DropDown::paintEvent(QPaintEvent*) {
 
     int const padding = WholeSize(Size::MenuPadding);
     if (auto const picture = entries->Picture(currentIndex())) {
-        if (!enabled) painter.setOpacity(0.5);
+        if (!enabled) painter.setOpacity(kOpacityOfDisabledPicture);
         auto const place = Visual(QRect(padding, 0, WholeSize(Size::MenuPicture), height()));
         PaintPicture(painter, QRectF(place), *picture);
         painter.setOpacity(1);

@@ -4,7 +4,6 @@
 #include <QHelpEvent>
 #include <QStyle>
 #include <QTextLayout>
-#include <QToolTip>
 #include <algorithm>
 #include <cmath>
 
@@ -121,8 +120,7 @@ void FittedText::Paint(QPainter& painter, QRectF const& place, Qt::Alignment ali
 
 bool FittedText::ShowWholeAsToolTip(QEvent const& event, QWidget& widget) const {
     if (event.type() != QEvent::ToolTip || !elided || !widget.toolTip().isEmpty()) return false;
-    QToolTip::showText(static_cast<QHelpEvent const&>(event).globalPos(), AsPlainToolTip(whole),
-                       &widget, widget.rect());
+    ShowToolTip(static_cast<QHelpEvent const&>(event).globalPos(), whole, widget, widget.rect());
     return true;
 }
 

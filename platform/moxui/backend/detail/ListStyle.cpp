@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/QtDrawbot.h"
 #include "moxui/backend/detail/Theme.h"
 
 namespace moxui::backend {
@@ -165,11 +166,7 @@ void ListStyle::drawPrimitive(PrimitiveElement element, QStyleOption const* opti
         return;
     }
     if (element == PE_Frame || element == PE_FrameMenu) {
-        painter->save();
-        painter->setBrush(Qt::NoBrush);
-        painter->setPen(Color(Key::kControlBorder));
-        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
-        painter->restore();
+        PaintFrameLine(*painter, option->rect);
         return;
     }
     WidgetStyle::drawPrimitive(element, option, painter, widget);

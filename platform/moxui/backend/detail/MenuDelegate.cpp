@@ -1,9 +1,9 @@
 #include "moxui/backend/detail/MenuDelegate.h"
 
+#include <QAbstractItemView>
 #include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
-#include <QToolTip>
 #include <algorithm>
 
 #include "moxui/backend/detail/Conversions.h"
@@ -68,7 +68,7 @@ void MenuDelegate::paint(QPainter* painter, QStyleOptionViewItem const& option,
         int const side = WholeSize(Size::MenuPicture);
         QRect const place(option.rect.left() + WholeSize(Size::MenuPadding), option.rect.top(),
                           side, option.rect.height());
-        if (!canBeChosen) painter->setOpacity(0.5);
+        if (!canBeChosen) painter->setOpacity(kOpacityOfDisabledPicture);
         PaintPicture(*painter, QRectF(QStyle::visualRect(option.direction, option.rect, place)),
                      *picture);
         painter->setOpacity(1);
@@ -82,14 +82,12 @@ void MenuDelegate::paint(QPainter* painter, QStyleOptionViewItem const& option,
     painter->restore();
 }
 
-bool MenuDelegate::helpEvent(QHelpEvent* event, QAbstractItemView*,
+bool MenuDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
                              QStyleOptionViewItem const& option, QModelIndex const& index) {
     if (event->type() != QEvent::ToolTip) return false;
     auto const text = Fitted(option, index.row()).first;
-    if (text.IsElided())
-        QToolTip::showText(event->globalPos(), AsPlainToolTip(text.GetWhole()));
-    else
-        QToolTip::hideText();
+    ShowToolTip(event->globalPos(), text.IsElided() ? text.GetWhole() : QString(),
+                *view->viewport(), option.rect);
     return true;
 }
 

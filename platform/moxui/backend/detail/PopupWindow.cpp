@@ -16,12 +16,6 @@
 #include "moxui/skins/ThemeProvider.h"
 
 namespace moxui::backend {
-namespace {
-
-constexpr float kFrame = 1;
-
-}  // namespace
-
 PopupWindow::PopupWindow(QWidget* anchor) : anchor(anchor) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
     WatchInput();
@@ -106,11 +100,9 @@ void PopupWindow::closeEvent(QCloseEvent* event) {
 }
 
 void PopupWindow::paintEvent(QPaintEvent*) {
-    auto const& theme = skins::ThemeProvider::Get();
-    QPainter painter(this);
-    painter.fillRect(rect(), ToQColor(theme.GetColor(skins::ThemeColor::kGround)));
-    painter.setPen(QPen(ToQColor(theme.GetColor(skins::ThemeColor::kControlBorder)), kFrame));
-    painter.drawRect(QRectF(rect()).adjusted(kFrame / 2, kFrame / 2, -kFrame / 2, -kFrame / 2));
+    // The frame is its content's to draw.
+    QPainter(this).fillRect(
+        rect(), ToQColor(skins::ThemeProvider::Get().GetColor(skins::ThemeColor::kGround)));
 }
 
 void PopupWindow::Dismiss() {
@@ -120,12 +112,11 @@ void PopupWindow::Dismiss() {
 }
 
 void PopupWindow::Place() {
-    auto const window = moxcore::geom::Grown(asked, kFrame);
     auto const anchorRect = FromQRectF(QRectF(AnchorOnScreen()));
     auto const screens = AvailableScreens();
     if (screens.empty()) return;
     setGeometry(ToWholeUnits(
-        PlacePopup(window, anchorRect, ScreenOf(anchor ? anchorRect : window, screens))));
+        PlacePopup(asked, anchorRect, ScreenOf(anchor ? anchorRect : asked, screens))));
 }
 
 void PopupWindow::Show() {

@@ -131,24 +131,38 @@ QtDrawbot::QtDrawbot(QPainter& painter) : painter(painter) {
     painter.setRenderHint(QPainter::Antialiasing);
 }
 
+void QtDrawbot::Mirror(qreal width) {
+    mirrorWidth = width;
+}
+
+QRectF QtDrawbot::Placed(QRectF const& rect) const {
+    return mirrorWidth ? QRectF(*mirrorWidth - rect.right(), rect.y(), rect.width(), rect.height())
+                       : rect;
+}
+
+QPainterPath QtDrawbot::Placed(drawbot::PathInterface const& path) const {
+    auto const& drawn = static_cast<Path const&>(path).path;
+    return mirrorWidth ? QTransform(-1, 0, 0, 1, *mirrorWidth, 0).map(drawn) : drawn;
+}
+
 void QtDrawbot::PaintRect(drawbot::ColorRGBA const& color,
                           moxcore::geom::RectT<float> const& rect) {
-    painter.fillRect(ToQRectF(rect), ToQColor(color));
+    painter.fillRect(Placed(ToQRectF(rect)), ToQColor(color));
 }
 
 void QtDrawbot::FillPath(drawbot::ColorRGBA const& color, drawbot::PathInterface const& path) {
-    painter.fillPath(static_cast<Path const&>(path).path, ToQColor(color));
+    painter.fillPath(Placed(path), ToQColor(color));
 }
 
 void QtDrawbot::StrokePath(drawbot::PenInterface const& pen, drawbot::PathInterface const& path) {
-    painter.strokePath(static_cast<Path const&>(path).path, static_cast<Pen const&>(pen).pen);
+    painter.strokePath(Placed(path), static_cast<Pen const&>(pen).pen);
 }
 
 void QtDrawbot::DrawImage(drawbot::ImageInterface const& image,
                           moxcore::geom::PointT<float> const& origin, float scale) {
     auto const size = image.GetSize();
     static_cast<QtImage const&>(image).Paint(
-        painter, QRectF(origin.x, origin.y, size.x * scale, size.y * scale));
+        painter, Placed(QRectF(origin.x, origin.y, size.x * scale, size.y * scale)));
 }
 
 void QtDrawbot::DrawString(drawbot::ColorRGBA const& color, drawbot::FontInterface const& font,
@@ -156,15 +170,33 @@ void QtDrawbot::DrawString(drawbot::ColorRGBA const& color, drawbot::FontInterfa
                            moxcore::geom::PointT<float> const& origin) {
     painter.setFont(QtFont(font));
     painter.setPen(ToQColor(color));
-    painter.drawText(QPointF(origin.x, origin.y), OnOneLine(text));
+    auto const line = OnOneLine(text);
+    qreal x = origin.x;
+    if (mirrorWidth)
+        x = *mirrorWidth - x - static_cast<Font const&>(font).metrics.horizontalAdvance(line);
+    painter.drawText(QPointF(x, origin.y), line);
 }
 
 void QtDrawbot::PushClip(moxcore::geom::RectT<float> const& rect) {
     painter.save();
-    painter.setClipRect(ToQRectF(rect), Qt::IntersectClip);
+    painter.setClipRect(Placed(ToQRectF(rect)), Qt::IntersectClip);
 }
 
 void QtDrawbot::PopClip() {
+    painter.restore();
+}
+
+void PaintFrameLine(QPainter& painter, QRect const& place) {
+    auto const& theme = skins::ThemeProvider::Get();
+    auto const line = theme.GetSize(skins::ThemeSize::LineWidth);
+    // Its middle: half of a line on the rectangle itself would lie outside.
+    auto const middle = QRectF(place).adjusted(line / 2, line / 2, -line / 2, -line / 2);
+    painter.save();
+    painter.setBrush(Qt::NoBrush);
+    QPen pen(ToQColor(theme.GetColor(skins::ThemeColor::kControlBorder)), line);
+    pen.setJoinStyle(Qt::MiterJoin);
+    painter.setPen(pen);
+    painter.drawRect(middle);
     painter.restore();
 }
 
@@ -172,9 +204,11 @@ void PaintFocusRing(QPainter& painter, QRectF const& place) {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(
-        QPen(ToQColor(skins::ThemeProvider::Get().GetColor(skins::ThemeColor::kFocus)), 1.5));
-    painter.drawRoundedRect(place.adjusted(1, 1, -1, -1), 3, 3);
+    auto const& theme = skins::ThemeProvider::Get();
+    painter.setPen(QPen(ToQColor(theme.GetColor(skins::ThemeColor::kFocus)),
+                        theme.GetSize(skins::ThemeSize::FocusLine)));
+    auto const radius = theme.GetSize(skins::ThemeSize::CornerRadius);
+    painter.drawRoundedRect(place.adjusted(1, 1, -1, -1), radius, radius);
     painter.restore();
 }
 

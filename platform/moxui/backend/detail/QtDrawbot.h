@@ -2,6 +2,8 @@
 
 #include <QFont>
 #include <QPainter>
+#include <QPainterPath>
+#include <optional>
 
 #include "moxui/drawbot/Drawbot.h"
 
@@ -25,6 +27,10 @@ class QtDrawbot : public drawbot::Drawbot, private drawbot::SurfaceInterface {
 public:
     explicit QtDrawbot(QPainter& painter);
 
+    /// What is drawn from now on goes where it would be seen in a mirror in the middle of `width`;
+    /// texts and pictures stay as they are.
+    void Mirror(qreal width);
+
     drawbot::SupplierInterface const* GetSupplier() const override { return &QtSupplier(); }
     drawbot::SurfaceInterface* GetSurface() override { return this; }
 
@@ -41,8 +47,15 @@ private:
     void PushClip(moxcore::geom::RectT<float> const& rect) override;
     void PopClip() override;
 
+    [[nodiscard]] QRectF Placed(QRectF const& rect) const;
+    [[nodiscard]] QPainterPath Placed(drawbot::PathInterface const& path) const;
+
     QPainter& painter;
+    std::optional<qreal> mirrorWidth;
 };
+
+/// A line just within `place`, of the colour of a control's border.
+void PaintFrameLine(QPainter& painter, QRect const& place);
 
 /// Shows, around `place`, that it has the keyboard's focus.
 void PaintFocusRing(QPainter& painter, QRectF const& place);

@@ -10,7 +10,7 @@
 
 namespace moxui::backend {
 
-void ApplyTheme(QWidget& widget) {
+QPalette ThemePalette() {
     auto const& theme = skins::ThemeProvider::Get();
     auto const color = [&](int key) { return ToQColor(theme.GetColor(key)); };
     namespace Key = skins::ThemeColor;
@@ -37,7 +37,11 @@ void ApplyTheme(QWidget& widget) {
     set(QPalette::Mid, Key::kControlBorder);
     set(QPalette::Dark, Key::kControlBorder);
     set(QPalette::Shadow, Key::kControlBorder);
-    widget.setPalette(palette);
+    return palette;
+}
+
+void ApplyTheme(QWidget& widget) {
+    widget.setPalette(ThemePalette());
     widget.setFont(ThemeFont(""));
 }
 

@@ -14,8 +14,13 @@ class UI_Node;
 
 namespace moxui::backend {
 
+/// Of the picture of what cannot be used.
+inline constexpr qreal kOpacityOfDisabledPicture = 0.5;
+
 /// Counts the changes of the theme, from 1.
 [[nodiscard]] unsigned ThemeGeneration();
+
+[[nodiscard]] QPalette ThemePalette();
 
 /// Puts the theme's palette and font on `widget`, whose children take them over from it, and not on
 /// the application, which is the host's.

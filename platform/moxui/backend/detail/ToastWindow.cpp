@@ -6,6 +6,7 @@
 
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/Placement.h"
+#include "moxui/backend/detail/QtDrawbot.h"
 #include "moxui/backend/detail/Screens.h"
 #include "moxui/backend/detail/Theme.h"
 #include "moxui/skins/ThemeProvider.h"
@@ -13,12 +14,15 @@
 namespace moxui::backend {
 namespace {
 
-constexpr int kWidestText = 360;
-constexpr int kPaddingAcross = 16;
-constexpr int kPaddingDown = 10;
-constexpr float kAboveFoot = 32;
+using Size = skins::ThemeSize;
 
 constexpr int kTextFlags = Qt::AlignCenter | Qt::TextWordWrap | Qt::TextWrapAnywhere;
+
+QMargins Padding() {
+    int const across = WholeSize(Size::ToastPaddingAcross);
+    int const down = WholeSize(Size::ToastPaddingDown);
+    return {across, down, across, down};
+}
 
 }  // namespace
 
@@ -35,12 +39,13 @@ void ToastWindow::ShowOver(QWidget const* owner, QString const& newText) {
     setAccessibleName(text);
     ApplyTheme(*this);
 
-    auto const size = TextPlace().size() + QSize(2 * kPaddingAcross, 2 * kPaddingDown);
+    auto const size = TextPlace().marginsAdded(Padding()).size();
     auto const screens = AvailableScreens();
     if (screens.empty()) return;
     auto const below = owner ? FromQRectF(QRectF(owner->geometry())) : screens.front();
     auto place = CentredOver({0, 0, float(size.width()), float(size.height())}, below);
-    place.y = below.y + below.height - place.height - kAboveFoot;
+    place.y = below.y + below.height - place.height -
+              skins::ThemeProvider::Get().GetSize(Size::ToastAboveFoot);
     setGeometry(ToWholeUnits(MovedInto(place, ScreenOf(below, screens))));
 
     MakeTransient(*this, owner);
@@ -61,15 +66,13 @@ void ToastWindow::paintEvent(QPaintEvent*) {
     auto const& theme = skins::ThemeProvider::Get();
     QPainter painter(this);
     painter.fillRect(rect(), ToQColor(theme.GetColor(skins::ThemeColor::kControl)));
-    painter.setPen(ToQColor(theme.GetColor(skins::ThemeColor::kControlBorder)));
-    painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
+    PaintFrameLine(painter, rect());
     painter.setPen(ToQColor(theme.GetColor(skins::ThemeColor::kText)));
-    painter.drawText(rect().adjusted(kPaddingAcross, kPaddingDown, -kPaddingAcross, -kPaddingDown),
-                     kTextFlags, text);
+    painter.drawText(rect().marginsRemoved(Padding()), kTextFlags, text);
 }
 
 QRect ToastWindow::TextPlace() const {
-    return fontMetrics().boundingRect(QRect(0, 0, kWidestText, 1), kTextFlags, text);
+    return fontMetrics().boundingRect(QRect(0, 0, WholeSize(Size::ToastText), 1), kTextFlags, text);
 }
 
 }  // namespace moxui::backend

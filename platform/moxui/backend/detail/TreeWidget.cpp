@@ -7,7 +7,6 @@
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
-#include <QToolTip>
 #include <algorithm>
 
 #include "moxui/backend/detail/Chevron.h"
@@ -41,8 +40,6 @@ public:
 TreeWidget::TreeWidget(int columnCount)
     : rows(columnCount), columnWidths(static_cast<std::size_t>(columnCount)) {
     setStyle(&ListStyle::Get());
-    // Cells are drawn from the left, as all views are laid out.
-    setLayoutDirection(Qt::LeftToRight);
     verticalScrollBar()->setStyle(&ListStyle::Get());
     horizontalScrollBar()->setStyle(&ListStyle::Get());
     setFrameShape(QFrame::NoFrame);
@@ -172,14 +169,19 @@ void TreeWidget::FitColumns() {
 }
 
 QRect TreeWidget::CellRect(QModelIndex const& index, int column, QRect const& row) const {
-    QRect cell(columnViewportPosition(column), row.y(), columnWidth(column), row.height());
+    QRect cell(header()->sectionPosition(column) - header()->offset(), row.y(), columnWidth(column),
+               row.height());
     cell.setTop(cell.top() + WholeSize(Size::RowMargin));
     if (column == 0)
         cell.setLeft(cell.left() + TreeModel::LevelOf(*TreeModel::RowAt(index)) * indentation());
-    // What lies before the tree's left edge is scrolled off; what lies behind its right one would
+    // What lies before the tree's first edge is scrolled off; what lies behind the other one would
     // be cut.
     cell.setRight(std::min(cell.right(), viewport()->width() - 1));
     return cell;
+}
+
+QRect TreeWidget::Visual(QRect const& place) const {
+    return QStyle::visualRect(layoutDirection(), viewport()->rect(), place);
 }
 
 void TreeWidget::drawRow(QPainter* painter, QStyleOptionViewItem const& option,
@@ -203,10 +205,12 @@ void TreeWidget::drawRow(QPainter* painter, QStyleOptionViewItem const& option,
     }
     if (rows.hasChildren(index)) {
         auto const cell = CellRect(index, 0, place);
-        auto const direction = isExpanded(index) ? ChevronDirection::Down : ChevronDirection::Right;
-        PaintChevron(*painter,
-                     QPointF(cell.left() - indentation() / 2.0, QRectF(place).center().y()),
-                     direction, color(isEnabled() ? Key::kIcon : Key::kDisabledText));
+        QRect const arrow(cell.left() - indentation(), place.y(), indentation(), place.height());
+        auto const direction = isExpanded(index) ? ChevronDirection::Down
+                               : isRightToLeft() ? ChevronDirection::Left
+                                                 : ChevronDirection::Right;
+        PaintChevron(*painter, QRectF(Visual(arrow)).center(), direction,
+                     color(isEnabled() ? Key::kIcon : Key::kDisabledText));
     }
     painter->restore();
 
@@ -214,7 +218,11 @@ void TreeWidget::drawRow(QPainter* painter, QStyleOptionViewItem const& option,
         auto const cell = CellRect(index, column, place);
         if (!drawCell || cell.width() <= 0) continue;
         painter->save();
-        drawCell(*painter, const_cast<Row*>(row), column, QRectF(cell));
+        {
+            QtDrawbot drawbot(*painter);
+            if (isRightToLeft()) drawbot.Mirror(viewport()->width());
+            drawCell(drawbot, const_cast<Row*>(row), column, QRectF(cell));
+        }
         painter->restore();
     }
     if (hasFocus() && currentIndex() == index) PaintFocusRing(*painter, QRectF(place));
@@ -236,7 +244,7 @@ void TreeWidget::OnExpanded(QModelIndex const& index, bool open) {
     function(row, open);
 }
 
-void TreeWidget::GoRight(QModelIndex const& current) {
+void TreeWidget::GoIn(QModelIndex const& current) {
     if (!rows.hasChildren(current)) return;
     if (isExpanded(current))
         setCurrentIndex(rows.index(0, 0, current));
@@ -244,7 +252,7 @@ void TreeWidget::GoRight(QModelIndex const& current) {
         expand(current);
 }
 
-void TreeWidget::GoLeft(QModelIndex const& current) {
+void TreeWidget::GoOut(QModelIndex const& current) {
     if (isExpanded(current) && rows.hasChildren(current))
         collapse(current);
     else if (current.parent().isValid())
@@ -260,10 +268,11 @@ void TreeWidget::keyPressEvent(QKeyEvent* event) {
     }
     switch (event->key()) {
         case Qt::Key_Right:
-            GoRight(current);
-            return;
         case Qt::Key_Left:
-            GoLeft(current);
+            if ((event->key() == Qt::Key_Left) == isRightToLeft())
+                GoIn(current);
+            else
+                GoOut(current);
             return;
         case Qt::Key_Asterisk:
             OpenAllBelow(*TreeModel::RowAt(current));
@@ -338,14 +347,9 @@ void TreeWidget::ShowNameOf(QModelIndex const& index, QPoint const& globalPositi
         // allowed for.
         int const width = QFontMetrics(ThemeFont("Bold")).horizontalAdvance(name) +
                           2 * WholeSize(Size::MenuPicture);
-        bool const isCut =
-            width > cell.width() || cell.left() < 0 || cell.right() >= viewport()->width();
-        if (isCut) toShow = AsPlainToolTip(name);
+        if (width > cell.width() || cell.left() < 0) toShow = name;
     }
-    if (toShow.isEmpty())
-        QToolTip::hideText();
-    else
-        QToolTip::showText(globalPosition, toShow, viewport(), visualRect(index));
+    ShowToolTip(globalPosition, toShow, *viewport(), visualRect(index));
 }
 
 void TreeWidget::scrollTo(QModelIndex const& index, ScrollHint hint) {

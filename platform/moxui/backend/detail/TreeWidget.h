@@ -7,12 +7,13 @@
 #include "moxui/backend/detail/Peer.h"
 #include "moxui/backend/detail/TreeModel.h"
 #include "moxui/backend/detail/TreeOpener.h"
+#include "moxui/drawbot/Drawbot.h"
 
 namespace moxui::backend {
 
 /// Qt's tree view over our rows. It draws rows in the theme's look and leaves their cells to
-/// `drawCell`; it calls the functions below for what the user does only, and none once its node is
-/// gone.
+/// `drawCell`, which draws as if everything went from left to right; it calls the functions below
+/// for what the user does only, and none once its node is gone.
 class TreeWidget : public QTreeView, public NodeLink {
 public:
     using Row = TreeModel::Row;
@@ -21,7 +22,7 @@ public:
     explicit TreeWidget(int columnCount);
     ~TreeWidget() override;
 
-    std::function<void(QPainter&, RowPtr const&, int column, QRectF const& cell)> drawCell;
+    std::function<void(drawbot::Drawbot&, RowPtr const&, int column, QRectF const& cell)> drawCell;
     std::function<void(std::vector<RowPtr> const&)> onSelection;
     std::function<void(RowPtr const&, bool open)> onDisclosure;
     std::function<void(RowPtr const&)> onActivated;
@@ -66,10 +67,13 @@ protected:
 private:
     class RowDelegate;
 
+    /// As if everything went from left to right.
     [[nodiscard]] QRect CellRect(QModelIndex const& index, int column, QRect const& row) const;
+    /// Where `place` is in the tree's own direction.
+    [[nodiscard]] QRect Visual(QRect const& place) const;
     void OnExpanded(QModelIndex const& index, bool open);
-    void GoRight(QModelIndex const& current);
-    void GoLeft(QModelIndex const& current);
+    void GoIn(QModelIndex const& current);
+    void GoOut(QModelIndex const& current);
     void OpenAllBelow(Row& row);
     void FitColumns();
     void SetHovered(QModelIndex const& index);
