@@ -3,10 +3,10 @@
 #include <vector>
 
 #include "moxui/drawbot/Drawbot.h"
+#include "quillomoxui/model/NodePath.h"
 #include "quillomoxui/view/FolderPickerHeaderView.h"
 #include "quillomoxui/view/FolderPickerView.h"
 #include "quillomoxui/view/FolderTree.h"
-#include "quillomoxui/view/NodePath.h"
 #include "quillomoxui/view/SelectionBaseView.h"
 
 namespace quillomoxui::view {
