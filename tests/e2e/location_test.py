@@ -107,6 +107,45 @@ class LocationTests(WindowTest):
         window.key("Escape")
         self.close(window)
 
+    def test_movies_that_were_never_shared_go_to_the_default_destination(self):
+        service = self.service()
+        window = self.window(self.clip, service=service)
+        window.see("Button", "Share for Review")
+        window.activate()
+        window.key("ctrl+comma")
+        window.see("Client", "Default destination: None")
+        window.click("Button", "Choose the Default Destination")
+        self.choose_account(window, OTHER_ACCOUNT)
+        window.click("ListItem", "Lighthouse Keepers")
+        window.click("TreeItem", "Interviews")
+        window.click("Button", "Choose")
+        path = f"{OTHER_ACCOUNT}/Documentaries/Lighthouse Keepers/Interviews"
+        window.see("Client", f"Default destination: {path}")
+        window.click("Button", "Close")
+        window.see_gone("Button", "Close")
+        window.click("Button", "Share for Review")
+        window.click("Button", "Sign in to Quillo")
+        window.see("Link", "Documentaries/Lighthouse Keepers/Interviews")
+        window.click("Button", "Share")
+        window.hear("is shared as version 1")
+        self.assertIn("Clip.mp4", names_in(self.find_place(path, service)))
+        window.key("Escape")
+        window.activate()
+        self.close(window)
+
+        # It is kept, until it is cleared.
+        window = self.window(service=service)
+        window.see("Button", "Open the Sample Clip")
+        window.activate()
+        window.key("ctrl+comma")
+        window.see("Client", f"Default destination: {path}")
+        window.click("Button", "Clear the Default Destination")
+        window.see("Client", "Default destination: None")
+        window.click("Button", "Close")
+        window.see_gone("Button", "Close")
+        window.activate()
+        self.close(window)
+
     def test_the_dialog_without_a_display(self):
         environment = {name: value for name, value in os.environ.items()
                        if name not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")}
