@@ -24,6 +24,8 @@ constexpr char const* kSchema = R"(
     CREATE TABLE IF NOT EXISTS ways (
         service TEXT, library TEXT, movie TEXT, way TEXT NOT NULL,
         PRIMARY KEY (service, library, movie));
+    CREATE TABLE IF NOT EXISTS default_destinations (
+        service TEXT PRIMARY KEY, way TEXT NOT NULL, path TEXT NOT NULL);
     CREATE TABLE IF NOT EXISTS versions (
         service TEXT, version_stack TEXT, count INTEGER NOT NULL,
         PRIMARY KEY (service, version_stack));
@@ -34,6 +36,21 @@ constexpr char const* kSchema = R"(
     throw Failure(ExitCode::Other, "Cannot use the host's store \"" + file.string() +
                                        "\": " + sqlite3_errmsg(database) +
                                        "; check its rights and the free space of its disk.");
+}
+
+std::string ToWords(std::vector<AssetStore::Guid> const& way) {
+    std::string words;
+    for (auto const& id : way)
+        words += id.AsStdString() + ' ';
+    return words;
+}
+
+std::vector<AssetStore::Guid> ToWay(std::string const& text) {
+    std::istringstream words(text);
+    std::vector<AssetStore::Guid> way;
+    for (std::string word; words >> word;)
+        way.emplace_back(word);
+    return way;
 }
 
 [[noreturn]] void Fail(sqlite3* database) {
@@ -73,9 +90,10 @@ public:
         }
     }
 
-    [[nodiscard]] std::string Text() const {
-        auto const* const text = reinterpret_cast<char const*>(sqlite3_column_text(statement, 0));
-        return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement, 0))};
+    [[nodiscard]] std::string Text(int column = 0) const {
+        auto const* const text =
+            reinterpret_cast<char const*>(sqlite3_column_text(statement, column));
+        return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
     }
 
     [[nodiscard]] std::int64_t Number() const { return sqlite3_column_int64(statement, 0); }
@@ -155,24 +173,38 @@ std::vector<moxcore::utility::Guid> AssetStore::ReadWay(Asset const& asset) {
     Statement found(database.get(),
                     "SELECT way FROM ways WHERE service = ? AND library = ? AND movie = ?", service,
                     asset.library, asset.movie);
-    std::vector<Guid> way;
-    if (!found.Next()) return way;
-    std::istringstream words(found.Text());
-    for (std::string word; words >> word;)
-        way.emplace_back(word);
-    return way;
+    return found.Next() ? ToWay(found.Text()) : std::vector<Guid>();
 }
 
 void AssetStore::WriteWay(Asset const& asset, std::vector<Guid> const& way) {
-    std::ostringstream words;
-    for (auto const& id : way)
-        words << id << ' ';
     std::lock_guard lock(mutex);
     Statement(database.get(),
               "INSERT INTO ways VALUES (?, ?, ?, ?) "
               "ON CONFLICT DO UPDATE SET way = excluded.way",
-              service, asset.library, asset.movie, words.str())
+              service, asset.library, asset.movie, ToWords(way))
         .Run();
+}
+
+std::optional<ChosenLocation> AssetStore::ReadDefaultDestination() {
+    std::lock_guard lock(mutex);
+    Statement found(database.get(), "SELECT way, path FROM default_destinations WHERE service = ?",
+                    service);
+    if (!found.Next()) return std::nullopt;
+    return ChosenLocation{ToWay(found.Text(0)), found.Text(1)};
+}
+
+void AssetStore::WriteDefaultDestination(ChosenLocation const& location) {
+    std::lock_guard lock(mutex);
+    Statement(database.get(),
+              "INSERT INTO default_destinations VALUES (?, ?, ?) "
+              "ON CONFLICT DO UPDATE SET way = excluded.way, path = excluded.path",
+              service, ToWords(location.way), location.path)
+        .Run();
+}
+
+void AssetStore::ForgetDefaultDestination() {
+    std::lock_guard lock(mutex);
+    Statement(database.get(), "DELETE FROM default_destinations WHERE service = ?", service).Run();
 }
 
 std::int64_t AssetStore::CountVersions(Guid const& versionStack) {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/ChosenLocation.h"
 #include "moxcore/utility/Guid.h"
 
 struct sqlite3;
@@ -47,6 +48,11 @@ public:
     /// when there is none.
     [[nodiscard]] std::vector<Guid> ReadWay(Asset const& asset);
     void WriteWay(Asset const& asset, std::vector<Guid> const& way);
+
+    /// Where movies go that were never shared, if the user has said so.
+    [[nodiscard]] std::optional<ChosenLocation> ReadDefaultDestination();
+    void WriteDefaultDestination(ChosenLocation const& location);
+    void ForgetDefaultDestination();
 
     /// How many versions of a version stack have been shared.
     [[nodiscard]] std::int64_t CountVersions(Guid const& versionStack);

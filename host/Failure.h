@@ -15,6 +15,7 @@ enum class ExitCode {
     Export = 5,
     Upload = 6,
     Link = 7,
+    Cancelled = 8,  ///< by the user, in a dialog
     Interrupted = 130,
 };
 

@@ -31,7 +31,9 @@ void MainLoop::WaitUntil(std::function<bool()> const& done) {
 void MainLoop::Fail(std::exception_ptr newFailure) {
     moxcore::threads::AsyncCallFromMainThread(
         [this, handedOver = std::move(newFailure)] {
-            if (!failure) failure = handedOver;
+            if (failure) return;
+            failure = handedOver;
+            if (failureHook) failureHook();
         },
         0);
 }

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <functional>
+#include <utility>
 
 #include "host/SignalThread.h"
 #include "moxcore/async/Future.h"
@@ -36,8 +37,13 @@ public:
     /// Has the wait that is under way, or the next one, throw `newFailure`. Any thread.
     void Fail(std::exception_ptr newFailure);
 
+    /// `hook` runs when there is a failure that no wait has thrown yet: for whoever waits in
+    /// another loop, such as an open dialog's. Empty for none.
+    void SetFailureHook(std::function<void()> hook) { failureHook = std::move(hook); }
+
 private:
-    std::exception_ptr failure;  // main thread
+    std::exception_ptr failure;         // main thread
+    std::function<void()> failureHook;  // main thread
     SignalThread signals;
 };
 

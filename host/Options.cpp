@@ -17,6 +17,7 @@ char const* const kHelp =
 usage: quillo-host [MOVIE]
        quillo-host share MOVIE [--name NAME] [--to PATH] [--json]
        quillo-host locations [--depth N] [--json] [--watch]
+       quillo-host choose-location [--json]
        quillo-host sign-in | sign-out | trace
        quillo-host --help | --version
 
@@ -24,6 +25,8 @@ usage: quillo-host [MOVIE]
   share       exports MOVIE, uploads it and prints the link under which it can be reviewed;
               shared again, it becomes the next version under the same link
   locations   prints the places to share to
+  choose-location
+              has a place chosen in a dialog, and prints its path and, on a second line, its ID
   trace       prints what the library holds, for developers
 
   --name NAME    the movie's name in the service (the file's name without its extension)
@@ -44,7 +47,7 @@ For developers of the window:
   --watchdog FILE  write at its end what its events took of the thread that must not block
 
 Progress and errors go to standard error. Exit status: 0 done, 2 usage, 3 sign-in or no service,
-4 location, 5 export, 6 upload, 7 link, 130 interrupted, 1 anything else.
+4 location, 5 export, 6 upload, 7 link, 8 cancelled in the dialog, 130 interrupted, 1 anything else.
 )";
 
 namespace {
@@ -57,9 +60,13 @@ struct CommandRule {
 };
 
 constexpr CommandRule kCommands[] = {
-    {"share", Command::Share},       {"locations", Command::Locations},
-    {"sign-in", Command::SignIn},    {"sign-out", Command::SignOut},
-    {"trace", Command::Trace},       {"--help", Command::Help},
+    {"share", Command::Share},
+    {"locations", Command::Locations},
+    {"choose-location", Command::ChooseLocation},
+    {"sign-in", Command::SignIn},
+    {"sign-out", Command::SignOut},
+    {"trace", Command::Trace},
+    {"--help", Command::Help},
     {"--version", Command::Version},
 };
 
@@ -118,22 +125,26 @@ std::vector<OptionRule> const& Rules() {
          [](Options& options, auto& value) { options.to = SplitLocationPath(value); }},
         {"--depth", {Command::Locations}, true, TakeDepth},
         {"--json",
-         {Command::Share, Command::Locations},
+         {Command::Share, Command::Locations, Command::ChooseLocation},
          false,
          [](Options& options, auto&) { options.json = true; }},
         {"--watch",
          {Command::Locations},
          false,
          [](Options& options, auto&) { options.watch = true; }},
-        {"--backend", {Command::Share, Command::Locations, Command::Trace}, true, TakeBackend},
+        {"--backend",
+         {Command::Share, Command::Locations, Command::ChooseLocation, Command::Trace},
+         true,
+         TakeBackend},
         {"--service", {}, true, [](Options& options, auto& value) { options.service = value; }},
         {"--data", {}, true, TakeDirectory},
         {"--browser",
-         {Command::Editor, Command::Share, Command::Locations, Command::SignIn, Command::Trace},
+         {Command::Editor, Command::Share, Command::Locations, Command::ChooseLocation,
+          Command::SignIn, Command::Trace},
          true,
          TakeBrowser},
         {"--events",
-         {Command::Editor},
+         {Command::Editor, Command::ChooseLocation},
          true,
          [](Options& options, auto& value) { options.events = OutputFile("--events", value); }},
         {"--watchdog",

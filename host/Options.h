@@ -7,7 +7,17 @@
 
 namespace quillohost {
 
-enum class Command { Editor, Share, Locations, SignIn, SignOut, Trace, Help, Version };
+enum class Command {
+    Editor,
+    Share,
+    Locations,
+    ChooseLocation,
+    SignIn,
+    SignOut,
+    Trace,
+    Help,
+    Version
+};
 
 /// What fills the library's tree of places.
 enum class Backend { Sdk, Client };

@@ -78,12 +78,16 @@ void Session::SignOut() {
     auto const told = std::make_shared<bool>(false);
     moxcore::threads::AsyncCallFromMainThread([told] { *told = true; }, 0);
     loop.WaitUntil([told] { return *told; });
-    if (auto const* failure = FindFailure({Step::SignIn})) Throw(*failure);
+    ThrowIfFailed({Step::SignIn});
 }
 
 void Session::WaitUntil(std::initializer_list<Step> steps, std::function<bool()> const& done) {
     loop.WaitUntil([&] { return done() || FindFailure(steps); });
-    if (!done()) Throw(*FindFailure(steps));
+    if (!done()) ThrowIfFailed(steps);
+}
+
+void Session::ThrowIfFailed(std::initializer_list<Step> steps) const {
+    if (auto const* failure = FindFailure(steps)) Throw(*failure);
 }
 
 quillocommon::Failure const* Session::FindFailure(std::initializer_list<Step> steps) const {

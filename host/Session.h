@@ -55,6 +55,10 @@ public:
     void WaitUntil(std::initializer_list<quillocommon::Step> steps,
                    std::function<bool()> const& done);
 
+    /// Throws, as a Failure of its kind, the first failure of one of `steps` that has been
+    /// reported.
+    void ThrowIfFailed(std::initializer_list<quillocommon::Step> steps) const;
+
     /// Puts a failure behind those that have been reported.
     void AddFailure(quillocommon::Failure const& failure) { failures.push_back(failure); }
 

@@ -17,6 +17,7 @@
 #include "host/Session.h"
 #include "host/ShareCommand.h"
 #include "host/TraceCommand.h"
+#include "host/editor/ChooseLocationCommand.h"
 #include "host/editor/RunEditor.h"
 
 namespace {
@@ -50,6 +51,13 @@ void Share(Options const& options, MainLoop& loop, ProgressDisplay& display) {
           '\n');
 }
 
+void ChooseLocation(Options const& options, MainLoop& loop, ProgressDisplay& display) {
+    auto const chosen = editor::ChooseLocation(options, loop, display);
+    auto const id = chosen.FolderID().AsStdString();
+    if (!options.json) return Print(OneLine(chosen.path) + '\n' + id + '\n');
+    Print(nlohmann::ordered_json{{"folder_id", id}, {"folder_path", chosen.path}}.dump(2) + '\n');
+}
+
 void SignIn(Session& session) {
     auto const user = session.SignIn();
     Print("Signed in to " + session.Service().Address() + " as " + OneLine(NameOf(*user)) + ".\n");
@@ -64,6 +72,7 @@ void RunCommand(Options const& options) {
     MainLoop loop;
     ProgressDisplay display;
     if (options.command == Command::Share) return Share(options, loop, display);
+    if (options.command == Command::ChooseLocation) return ChooseLocation(options, loop, display);
 
     Session session(options, loop, display);
     if (options.watch) WatchLocations(session, options, Print);

@@ -12,9 +12,10 @@ using moxcore::utility::Guid;
 using quillomoxui::FetchChildrenState;
 using quillomoxui::QuilloUser;
 
-Destinations::Destinations(std::shared_ptr<quillomoxui::ShareForReviewViewModel> newViewModel,
+Destinations::Destinations(std::shared_ptr<AssetStore> newStore,
+                           std::shared_ptr<quillomoxui::ShareForReviewViewModel> newViewModel,
                            std::function<void(std::string const&)> newTell)
-    : viewModel(std::move(newViewModel)), tell(std::move(newTell)) {
+    : store(std::move(newStore)), viewModel(std::move(newViewModel)), tell(std::move(newTell)) {
     userBinding = viewModel->UserNotifyingPropertyHost::BindValueChanged(
         [this](auto const& changed) { OnUserChanged(changed); });
 }
@@ -41,27 +42,44 @@ void Destinations::OnUserChanged(std::shared_ptr<QuilloUser> const& changed) {
 void Destinations::RestoreSelection() {
     attempt.reset();
     if (!asset || !user || user->GetID().IsNull()) return;
-    auto const way = asset->Way();
-    if (way.empty()) return;
+    auto way = asset->Way();
+    bool const isDefault = way.empty();
+    if (isDefault) {
+        auto const location = store->ReadDefaultDestination();
+        if (!location) return;
+        way = location->way;
+    }
     attempt = std::make_shared<int>();
     auto const before = user->GetSelection();
     OnMainThread(FindByWay(lists, user, way), std::weak_ptr(attempt), [=, this](auto const& found) {
         if (user->GetSelection() != before) return;  // the user has been quicker
         try {
-            OnPlaceFound(found.Get());
+            OnPlaceFound(found.Get(), isDefault);
         } catch (std::exception const& exception) {
             tell(exception.what());
         }
     });
 }
 
-void Destinations::OnPlaceFound(Place const& found) {
-    if (!found.folder) return tell("The folder that this movie was shared to last is gone.");
+void Destinations::OnDefaultChanged() {
+    if (!asset || !user || !asset->Way().empty()) return;
+    if (auto const selection = user->GetSelection()) {
+        if (!place.folder || place.folder->GetID() != selection->GetID()) return;
+        user->SetSelection(nullptr);
+    }
+    RestoreSelection();
+}
+
+void Destinations::OnPlaceFound(Place const& found, bool isDefault) {
+    if (!found.folder)
+        return tell(isDefault ? "The default destination is gone; choose another one in File > "
+                                "Preferences."
+                              : "The folder that this movie was shared to last is gone.");
     bool const isNews = found.folder->GetFetchChildrenState() == FetchChildrenState::NotFetched;
     place = found;
     user->SetSelection(place.folder);
     // A list that was read before may be older than what has been shared since.
-    if (isNews) CheckThatItIsThere(place);
+    if (isNews && !isDefault) CheckThatItIsThere(place);
 }
 
 void Destinations::CheckThatItIsThere(Place const& shared) {

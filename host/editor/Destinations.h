@@ -13,19 +13,24 @@
 namespace quillohost::editor {
 
 /// Where movies are shared to: selects, for the movie that is to be shared, the folder that it was
-/// shared to last, as soon as somebody is signed in, and knows the way to each folder that was
-/// selected. Main thread.
+/// shared to last, or the user's default when it never was, as soon as somebody is signed in, and
+/// knows the way to each folder that was selected. Main thread.
 class Destinations {
 public:
     using Guid = moxcore::utility::Guid;
 
     /// `tell` hears what the user should know.
-    Destinations(std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel,
+    Destinations(std::shared_ptr<AssetStore> store,
+                 std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel,
                  std::function<void(std::string const&)> tell);
 
     /// From now on `asset` is to be shared. A folder that is selected stays so when the asset was
-    /// never shared.
+    /// never shared and there is no default.
     void Restore(std::shared_ptr<SharedAsset> const& asset);
+
+    /// The default is another, or none any more: an asset that was never shared and for which the
+    /// user has chosen nothing goes there.
+    void OnDefaultChanged();
 
     /// A share begins: what is stored with the asset is left alone from now on.
     void Settle() { attempt.reset(); }
@@ -36,9 +41,10 @@ public:
 private:
     void OnUserChanged(std::shared_ptr<quillomoxui::QuilloUser> const& user);
     void RestoreSelection();
-    void OnPlaceFound(Place const& found);
+    void OnPlaceFound(Place const& found, bool isDefault);
     void CheckThatItIsThere(Place const& found);
 
+    std::shared_ptr<AssetStore> store;
     std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
     std::function<void(std::string const&)> tell;
     std::shared_ptr<SharedAsset> asset;

@@ -27,8 +27,8 @@ ProgramArguments& Arguments() {
 void ExitWithoutDisplay(QtMsgType type, QMessageLogContext const&, QString const&) {
     if (type != QtFatalMsg) return;
     std::fputs(
-        "quillo-host: Cannot open a window: there is no display. Run it in a desktop session, or "
-        "name a command, which needs none; quillo-host --help lists them.\n",
+        "quillo-host: Cannot open a window: there is no display. Run it in a desktop session; the "
+        "commands that quillo-host --help lists, but choose-location, need none.\n",
         stderr);
     std::_Exit(static_cast<int>(ExitCode::Other));
 }

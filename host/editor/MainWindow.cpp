@@ -18,6 +18,7 @@
 #include "host/OneLine.h"
 #include "host/editor/AppTheme.h"
 #include "host/editor/DeveloperMenu.h"
+#include "host/editor/Preferences.h"
 #include "host/editor/Welcome.h"
 #include "moxui/backend/HostWidget.h"
 
@@ -132,6 +133,9 @@ void MainWindow::MakeFileMenu() {
     connect(recentMenu, &QMenu::aboutToShow, this, [this] { FillRecentMenu(); });
     menu->addAction(sampleAction);
     connect(sampleAction, &QAction::triggered, this, [this] { OpenSampleClip(); });
+    menu->addSeparator();
+    menu->addAction("&Preferences...", QKeySequence("Ctrl+,"), this,
+                    [this] { Preferences(sharing, this).exec(); });
     menu->addSeparator();
     menu->addAction("&Quit", QKeySequence::Quit, this, [this] { close(); });
 }

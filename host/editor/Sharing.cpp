@@ -58,7 +58,7 @@ Sharing::Sharing(Options const& options, QWidget& anchorWidget, Hooks newHooks)
       anchor(moxui::backend::WrapWidget(&anchorWidget)),
       popup(quillomoxui::CreatePopupManager()),
       screens(quillomoxui::CreateShareForReviewScreenManager(viewModel, popup)),
-      destinations(viewModel, hooks.tell),
+      destinations(store, viewModel, hooks.tell),
       shareLocks(locks,
                  {.onWait =
                       [this] {
@@ -144,6 +144,18 @@ void Sharing::OpenPopup() {
         if (phase == Phase::Idle) active->ForgetUnfinishedShare();
         viewModel->StartShareForReviewPopup();
     });
+}
+
+std::optional<ChosenLocation> Sharing::DefaultDestination() const {
+    return store->ReadDefaultDestination();
+}
+
+void Sharing::SetDefaultDestination(std::optional<ChosenLocation> const& location) {
+    if (location)
+        store->WriteDefaultDestination(*location);
+    else
+        store->ForgetDefaultDestination();
+    if (phase == Phase::Idle) destinations.OnDefaultChanged();
 }
 
 void Sharing::ShowDebugView() {

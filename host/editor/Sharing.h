@@ -55,6 +55,16 @@ public:
     /// Opens the popup to share the movie as its next version.
     void ShareAgain();
 
+    [[nodiscard]] bool IsServiceReady() const { return isServiceReady; }
+    /// Where movies go that were never shared. A Failure when the host's files cannot be used.
+    [[nodiscard]] std::optional<ChosenLocation> DefaultDestination() const;
+    void SetDefaultDestination(std::optional<ChosenLocation> const& location);
+
+    /// One line for the user.
+    [[nodiscard]] std::string Explain(quillocommon::Failure const& failure) const {
+        return service.Explain(failure);
+    }
+
     [[nodiscard]] Phase GetPhase() const { return phase; }
     /// The name of the movie that is being shared.
     [[nodiscard]] std::string const& GetSharedName() const { return active->GetName(); }

@@ -30,8 +30,9 @@ QUILLO_API void ShowSelectLocationDialogCentered(
     moxcore::classref::InterfaceRef<quillo::QuilloUser> const& user,
     SelectLocationCallback const& callback);
 
-/// The same for a user of the location tree, whichever backend fills it. Not null.
-void ShowSelectLocationDialogCentered(std::shared_ptr<QuilloUser> const& user,
-                                      SelectLocationCallback const& callback);
+/// The same for a user of the location tree, whichever backend fills it. Not null. Its tree is
+/// fetched anew, and what is chosen is its selection when `callback` runs.
+QUILLO_API void ShowSelectLocationDialogCentered(std::shared_ptr<QuilloUser> const& user,
+                                                 SelectLocationCallback const& callback);
 
 }  // namespace quillomoxui::sharedui

@@ -1,10 +1,14 @@
 #include "quillomoxui/view/FolderPickerViewImpl.h"
 
+#include <utility>
+
+#include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "moxui/drawbot/Utilities.h"
 #include "moxui/ui/UI_NodeManager.h"
 #include "moxui/utility/ImageProvider.h"
 #include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/model/QuilloUser.h"
+#include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 #include "quillomoxui/utility/WeakBindMemberFunction.h"
 #include "quillomoxui/view/Layout.h"
 #include "quillomoxui/view/Texts.h"
@@ -93,6 +97,7 @@ void FolderPickerViewImpl::UI_Show(bool show) {
         FollowSelection();
         SetHeaderNames(path->GetProject());
         rows->FetchAhead();
+        FetchFirst(GetSelection());
     }
     SelectionBaseView::UI_Show(show);
 }
@@ -180,13 +185,33 @@ void FolderPickerViewImpl::SetHeaderNames(std::shared_ptr<QuilloProject> const& 
 
 void FolderPickerViewImpl::SelectionChangedCallback(std::vector<RowPtr> const& selected) {
     if (selected.size() != 1) return;
-    if (auto const folder = rows->GetFolder(selected.front())) User().SetProposedSelection(folder);
+    auto const folder = rows->GetFolder(selected.front());
+    if (!folder) return;
+    User().SetProposedSelection(folder);
+    FetchFirst(folder);
 }
 
 void FolderPickerViewImpl::RowDisclosureChangedCallback(RowPtr const& row, bool open) {
     if (!open || row->GetChildCount() == 0) return;
+    FetchFirst(rows->GetFolder(row));
     tree->ScrollRowIntoView(row->GetChildRow(row->GetChildCount() - 1), false, 0, false);
     tree->ScrollRowIntoView(row, false, 0, true);
+}
+
+void FolderPickerViewImpl::FetchFirst(FolderPtr const& folder) {
+    // Many rows may be opened at once: what matters is the last.
+    if (!folder || std::exchange(lookedAt, folder)) return;
+    moxcore::utility::RefCountedWeakPtr<FolderPickerViewImpl> const weakSelf(this);
+    moxcore::threads::AsyncCallFromMainThread(
+        [weakSelf] {
+            auto const self = weakSelf.Lock();
+            if (!self) return;
+            NodeVector<QuilloNode> nodes{std::exchange(self->lookedAt, nullptr)};
+            auto const children = nodes.front()->GetChildNodes();
+            nodes.insert(nodes.end(), children.begin(), children.end());
+            model::QuilloCppSdkIntegration::FetchFirst(nodes);
+        },
+        0);
 }
 
 void FolderPickerViewImpl::OnDrawCellOfRow(moxui::drawbot::Drawbot& drawbot, RowPtr const& row,

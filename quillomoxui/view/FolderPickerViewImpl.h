@@ -3,10 +3,10 @@
 #include <vector>
 
 #include "moxui/drawbot/Drawbot.h"
+#include "quillomoxui/model/NodePath.h"
 #include "quillomoxui/view/FolderPickerHeaderView.h"
 #include "quillomoxui/view/FolderPickerView.h"
 #include "quillomoxui/view/FolderTree.h"
-#include "quillomoxui/view/NodePath.h"
 #include "quillomoxui/view/SelectionBaseView.h"
 
 namespace quillomoxui::view {
@@ -40,6 +40,8 @@ private:
     void FollowSelection();
     void OnProposedSelectionChanged(FolderPtr const& proposed);
     void OnPathReplaced();
+    /// The user looks at `folder`: its list and those of its folders go before others that wait.
+    void FetchFirst(FolderPtr const& folder);
     void SetHeaderNames(std::shared_ptr<QuilloProject> const& project);
 
     void SelectionChangedCallback(std::vector<RowPtr> const& selected);
@@ -51,6 +53,7 @@ private:
     boost::intrusive_ptr<moxui::controls::UI_MultiColumnTree> tree;
     std::shared_ptr<FolderTree> rows;
     std::shared_ptr<NodePath> path;  // to the selection
+    FolderPtr lookedAt;              // until its list is asked for first
     std::shared_ptr<CurrentViewIDNotifyingPropertyHost> const currentViewID;
     boost::intrusive_ptr<moxui::drawbot::ImageInterface> folderImage;  // from the first drawing on
 };

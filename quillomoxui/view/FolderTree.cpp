@@ -5,7 +5,7 @@
 
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "moxcore/utility/Guid.h"
-#include "quillomoxui/view/NodePath.h"
+#include "quillomoxui/model/NodePath.h"
 
 namespace quillomoxui::view {
 

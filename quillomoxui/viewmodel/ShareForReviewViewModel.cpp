@@ -8,6 +8,7 @@
 #include "quillomoxui/model/QuilloUser.h"
 #include "quillomoxui/utility/ThrowFatalError.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
+#include "quillomoxui/viewmodel/SelectionKeeper.h"
 
 namespace quillomoxui {
 
@@ -26,6 +27,12 @@ void ShareForReviewViewModel::SetUser(std::shared_ptr<QuilloUser> const& user) {
             "$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/NoNullUser="
             "Contract violation: User property may not be set to null.");
     UserNotifyingPropertyHost::SetValue(user);
+    auto keeper = std::make_shared<SelectionKeeper>(user);
+    keeper->Start();
+    {
+        std::lock_guard lock(mutex);
+        selectionKeeper.swap(keeper);
+    }
     user->FetchChildren();
 }
 

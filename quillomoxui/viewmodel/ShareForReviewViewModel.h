@@ -10,6 +10,8 @@
 
 namespace quillomoxui {
 
+class SelectionKeeper;
+
 /// The one object that a host makes and drives: what the share popup shows, and the road of a share
 /// from the sign-in to the link that can be copied. Make it with std::make_shared and keep it until
 /// the share has ended; an operation that outlives it does nothing more.
@@ -52,7 +54,8 @@ public:
     ShareForReviewViewModel();
     ~ShareForReviewViewModel() override;
 
-    /// Replaces the user and has it fetch its tree. A null user breaks the contract.
+    /// Replaces the user and has it fetch its tree. Its selection stays in the tree from now on,
+    /// also when lists are fetched again. A null user breaks the contract.
     void SetUser(std::shared_ptr<QuilloUser> const& user) override;
 
     /// Signs in; the user follows when the service has said who it is. The view is left to whoever
@@ -90,8 +93,8 @@ public:
     void SetAssetDataMethods(GetAssetIDsMethod const& getIDs, GetAssetDataMethod const& getData,
                              SetAssetDataMethod const& setData);
 
-    /// The Share button: shares the active asset into the user's selection. Nothing happens without
-    /// one.
+    /// The Share button: shares the active asset into the user's selection. Without one that lies
+    /// in a project nothing happens but that those who listen for failures hear of it.
     void ProcessAssetForReview();
 
     /// The step after the link is there: has the host export the asset.
@@ -142,6 +145,7 @@ private:
 
     mutable std::mutex mutex;
     Fields fields;  // guarded by mutex, which is never held across a callback
+    std::shared_ptr<SelectionKeeper> selectionKeeper;  // of the user; guarded by mutex
 };
 
 /// The view's name for developers; "(unknown ShareForReviewViewID value)" for one that has none.

@@ -3,11 +3,13 @@
 
 #include <utility>
 
+#include "moxcore/config/Error.h"
 #include "moxcore/debug/DebugDatabase.h"
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/filesupport/File.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/utility/FileUtils.h"
+#include "quillocommon/Failures.h"
 #include "quillomoxui/model/QuilloFolder.h"
 #include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/model/QuilloUser.h"
@@ -51,6 +53,13 @@ bool IsSwitchedOn(char const* key, bool byDefault) {
 
 UTF16String ToText(Guid const& id) {
     return StdToUTF16String(id.AsStdString());
+}
+
+void ReportNowhereToShareTo() {
+    quillocommon::ReportFailure(
+        {quillocommon::Step::CreateReviewLink, moxcore::config::kUnknownFailure, 0,
+         "The movie was not shared: no location is chosen for it, or the one that was is gone; "
+         "choose a location."});
 }
 
 /// Uploads and review links take the SDK's client whichever backend fills the tree, so that one
@@ -127,9 +136,8 @@ void ShareForReviewViewModel::SetEncodingStatus(quillomoxui::EncodingStatus cons
 
 void ShareForReviewViewModel::ProcessAssetForReview() {
     auto const folder = GetUser()->GetSelection();
-    if (!folder) return;
-    auto const project = folder->FindSelfOrAncestorOfType<QuilloProject>();
-    if (!project) return;
+    auto const project = folder ? folder->FindSelfOrAncestorOfType<QuilloProject>() : nullptr;
+    if (!project) return ReportNowhereToShareTo();
 
     Guid first;
     Guid second;

@@ -1,8 +1,10 @@
 """The window of quillo-host on a screen of its own, driven by the mouse and the keyboard."""
 
+import ctypes
 import json
 import os
 import pathlib
+import struct
 import subprocess
 import threading
 import time
@@ -28,6 +30,20 @@ class Screen:
     def stop(self):
         self.process.terminate()
         self.process.wait(PATIENCE)
+
+    def close(self, window):
+        """Sends a window the message by which window managers have it closed."""
+        library = ctypes.CDLL("libX11.so.6")
+        library.XOpenDisplay.restype = ctypes.c_void_p
+        library.XInternAtom.restype = ctypes.c_ulong
+        display = ctypes.c_void_p(library.XOpenDisplay(self.name.encode()))
+        protocols, delete = (library.XInternAtom(display, name, False)
+                             for name in (b"WM_PROTOCOLS", b"WM_DELETE_WINDOW"))
+        # An XClientMessageEvent, padded to the size of an XEvent.
+        event = struct.pack("iLiPLLi4x5l", 33, 0, True, 0, window, protocols, 32, delete, 0, 0,
+                            0, 0).ljust(192, b"\0")
+        library.XSendEvent(display, ctypes.c_ulong(window), False, ctypes.c_long(0), event)
+        library.XCloseDisplay(display)
 
     def run(self, *command):
         """What the command, which uses the screen, prints."""
@@ -111,6 +127,12 @@ class Window(Running):
                         "windowfocus")
         self.wait(self.focused, "focus")
 
+    def close_box(self):
+        """Asks the window that is open to close, as a window manager's close box does."""
+        found = self.screen.run("xdotool", "search", "--sync", "--onlyvisible", "--class",
+                                "quillo-host")
+        self.screen.close(int(found.split()[-1]))
+
     def click(self, role, name):
         item = self.see(role, name)
         x, y = item["x"] + item["width"] // 2, item["y"] + item["height"] // 2
@@ -159,7 +181,8 @@ class WindowTest(EndToEnd):
         where = ["--service", service.url] if service else []
         place = pathlib.Path(self.directory, f"window {time.monotonic_ns()}")
         place.mkdir()
-        window = Window(self.screen, place, "--data", self.state, *where, *arguments)
+        # A command comes first.
+        window = Window(self.screen, place, *arguments, "--data", self.state, *where)
         self.addCleanup(window.abandon)
         return window
 

@@ -31,6 +31,8 @@ TEST_F(AssetStoreTest, RemembersWhatItWasToldForEachServiceApart) {
         store.Write(asset, "gone", "x");
         store.Forget(asset, "gone");
         store.WriteWay(asset, way);
+        store.WriteDefaultDestination({{stack}, "before"});
+        store.WriteDefaultDestination({way, "Acme/Films"});
         EXPECT_EQ(store.AddVersion(stack), 1);
         EXPECT_EQ(store.AddVersion(stack), 2);
     }
@@ -39,11 +41,20 @@ TEST_F(AssetStoreTest, RemembersWhatItWasToldForEachServiceApart) {
     EXPECT_EQ(again.Read(asset, "gone"), std::nullopt);
     EXPECT_EQ(again.ReadWay(asset), way);
     EXPECT_EQ(again.CountVersions(stack), 2);
+    auto const destination = again.ReadDefaultDestination();
+    ASSERT_TRUE(destination);
+    EXPECT_EQ(destination->way, way);
+    EXPECT_EQ(destination->path, "Acme/Films");
 
     AssetStore other(file, "two");
     EXPECT_EQ(other.Read(asset, "link"), std::nullopt);
     EXPECT_TRUE(other.ReadWay(asset).empty());
     EXPECT_EQ(other.CountVersions(stack), 0);
+    EXPECT_FALSE(other.ReadDefaultDestination());
+    other.ForgetDefaultDestination();
+    EXPECT_TRUE(again.ReadDefaultDestination());
+    again.ForgetDefaultDestination();
+    EXPECT_FALSE(again.ReadDefaultDestination());
 }
 
 TEST_F(AssetStoreTest, NamesAMovieByItsPathWhateverBytesThatHas) {

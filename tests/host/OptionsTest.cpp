@@ -70,6 +70,8 @@ TEST(Options, RefusesWhatItDoesNotUnderstandAndSaysWhy) {
         {{"locations", "--depth", "0"}, "whole number from 1, not \"0\""},
         {{"locations", "--depth", "2x"}, "not \"2x\""},
         {{"locations", "--depth", "99999999999"}, "not \"99999999999\""},
+        {{"choose-location", "--to", "A"}, "--to is no option of choose-location"},
+        {{"choose-location", "a.mp4"}, "choose-location takes no \"a.mp4\""},
         {{"sign-in", "--json"}, "--json is no option of sign-in"},
         {{"share", "a.mp4", "--backend", "SDK"}, "sdk or client, not \"SDK\""},
         {{"locations", "--watch"}, "--watch needs --backend client"},

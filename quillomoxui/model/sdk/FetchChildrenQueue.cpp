@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <string>
 
 #include "moxcore/config/Error.h"
@@ -166,6 +167,23 @@ void QUEUE::Retry(std::shared_ptr<QuilloNode> const& node, Callback callback) {
     Retire(node);
     pending.push_front(std::move(request));
     Start(std::chrono::seconds(0));
+}
+
+QUEUE_TEMPLATE
+void QUEUE::Prefer(NodeVector<QuilloNode> const& nodes) {
+    std::map<std::weak_ptr<QuilloNode>, std::size_t, std::owner_less<>> ranks;
+    for (auto const& node : nodes)
+        ranks.emplace(node, ranks.size());
+    auto const rankOf = [&](RequestPointer const& request) {
+        auto const found = ranks.find(request->node);
+        return found == ranks.end() ? ranks.size() : found->second;
+    };
+    std::lock_guard lock(mutex);
+    auto const others = std::stable_partition(
+        pending.begin(), pending.end(),
+        [&](RequestPointer const& request) { return rankOf(request) < ranks.size(); });
+    std::stable_sort(pending.begin(), others,
+                     [&](auto const& a, auto const& b) { return rankOf(a) < rankOf(b); });
 }
 
 QUEUE_TEMPLATE

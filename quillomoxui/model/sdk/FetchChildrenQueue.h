@@ -61,6 +61,10 @@ public:
     /// Retires the request as Pop does and queues it anew, before all others.
     void Retry(std::shared_ptr<QuilloNode> const& node, Callback callback);
 
+    /// Has what is queued for `nodes` sent before all else that is queued now, in this order: the
+    /// user looks at them. Nodes for which nothing is queued do not matter.
+    void Prefer(NodeVector<QuilloNode> const& nodes);
+
     /// Takes over the limit and the window that the answer announces, if it does. Throws what
     /// std::stoi throws when they are no numbers.
     void SetRateLimit(std::shared_ptr<quillosdk::QuilloResponse> const& response);

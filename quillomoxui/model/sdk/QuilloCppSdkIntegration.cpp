@@ -8,7 +8,9 @@
 #include "moxcore/string/Conversions.h"
 #include "moxcore/utility/Keychain.h"
 #include "quilloauth/AuthManager.h"
+#include "quillomoxui/model/sdk/ChildQueues.h"
 #include "quillomoxui/model/sdk/SdkNodes.h"
+#include "quillomoxui/model/sdk/WeakSingleton.h"
 #include "quillosdk/QuilloClient.h"
 
 namespace quillomoxui {
@@ -148,6 +150,10 @@ void QuilloCppSdkIntegration::GetCurrentUser(
             if (!response->IsSuccessful()) return;
             callback(std::make_shared<QuilloSdkUser>(response->GetUserObject()));
         }));
+}
+
+void QuilloCppSdkIntegration::FetchFirst(NodeVector<QuilloNode> const& folders) {
+    WeakSingleton<FetchFolderChildrenQueue>::Instance()->Prefer(folders);
 }
 
 }  // namespace model

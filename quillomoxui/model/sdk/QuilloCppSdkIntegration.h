@@ -5,6 +5,7 @@
 #include <string>
 
 #include "quillomoxui/Export.h"
+#include "quillomoxui/model/QuilloNode.h"
 #include "quillomoxui/properties/UTF16String.h"
 
 namespace quillosdk {
@@ -65,6 +66,10 @@ public:
     /// is called when nobody is signed in or the service does not say who.
     static void GetCurrentUser(
         std::function<void(std::shared_ptr<QuilloUser> const&)> const& callback);
+
+    /// The user looks at these folders: of the children that wait to be asked for, theirs are asked
+    /// for first, in this order. Folders of another backend do not matter.
+    static void FetchFirst(NodeVector<QuilloNode> const& folders);
 };
 
 }  // namespace model

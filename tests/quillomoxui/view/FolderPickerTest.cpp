@@ -1,3 +1,6 @@
+#include <QScrollBar>
+
+#include "moxui/controls/UI_HotTextButton.h"
 #include "tests/quillomoxui/view/PickerTest.h"
 
 namespace quillomoxui::view {
@@ -288,6 +291,34 @@ TEST_F(FolderPickerTest, AFolderThatWasSetAsideByNobodyIsLeftAlone) {
     ShowFolders(std::make_shared<CountingFolder>(nullptr));
     EXPECT_THAT(TreeRows(), IsEmpty());
     EXPECT_EQ(HeaderTexts(), ";;");
+}
+
+TEST_F(FolderPickerTest, AnyNameIsShownInTheTreeAndInThePathOfWhatIsChosen) {
+    std::string const plain[] = {std::string(200, 'W'), "\xF0\x9F\x8E\xAC Dailies",
+                                 "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D", "a/b & <b>c</b>", ""};
+    std::vector<std::pair<std::string, std::string>> rows{{"tab\tline\nbell\a", "tab line bell "}};
+    for (auto const& name : plain)
+        rows.emplace_back(name, name);
+    for (auto const& [name, shown] : rows) {
+        SCOPED_TRACE(name);
+        auto const folder = Receive(root, {name}).front();
+        ShowFolders(folder);
+        EXPECT_THAT(TreeRows(), ElementsAre("Assets", "." + shown + "*"));
+        EXPECT_GT(Tree().visualRect(Tree().currentIndex()).height(), 10);
+        EXPECT_EQ(Tree().horizontalScrollBar()->value(), 0);
+        Click(Button("LocationPickerCommit"));
+
+        auto const review = factory::CreateView(ID::ReviewInQuillo, model);
+        window.Add(review, {0, 0, 340, 105});
+        RunEvents();
+        auto const link = Find<moxui::controls::UI_HotTextButton>(*review);
+        EXPECT_EQ(UTF16to8(link->GetText()), "Promos/Spring/" + name);
+        EXPECT_EQ(UTF16to8(link->UI_GetToolTip()), "Promos/Spring/" + name);
+        auto const place = link->UI_GetLocalRectF(true);
+        EXPECT_LE(place.x + place.width, 340);
+        EXPECT_LT(place.height, 30) << "more than one line";
+        window.Container().ChildRemoveAll();
+    }
 }
 
 TEST_F(FolderPickerTest, LargeTreesAreWhole) {

@@ -249,12 +249,14 @@ TEST_F(WorkflowTest, ALinkWithoutItsURLIsMadeAnewAndGetsTheMovie) {
     EXPECT_EQ(Requests(kAddToLink).size(), 2u);
 }
 
-TEST_F(WorkflowTest, SharingNowhereDoesNothing) {
+TEST_F(WorkflowTest, SharingNowhereDoesNothingAndSaysSo) {
     auto const orphan = std::make_shared<QuilloFolder>(nullptr);
     for (auto const& selection : {std::shared_ptr<QuilloFolder>(), orphan}) {
         user->SetSelection(selection);
         viewModel->ProcessAssetForReview();
+        EXPECT_THAT(failures.All().back().message, testing::HasSubstr("choose a location"));
     }
+    EXPECT_EQ(failures.All().size(), 2U);
     EXPECT_THAT(host.data, IsEmpty());
     EXPECT_THAT(Requests("POST /v1"), IsEmpty());
 }
@@ -367,9 +369,21 @@ TEST_F(WorkflowTest, WithTheClientLibraryLoginMovesTheViewAndSharesAsEver) {
     folder = project->GetRootFolder();
     On("POST /v1/projects/" + project->GetID().AsStdString() + "/review-links",
        std::string(R"({"review_link":{"id":")") + kLink + R"(","url":")" + kUrl + R"("}})", 201);
+    user->SetSelection(folder);
+    testsupport::DrainMainThread();
+    // All lists change, and nobody keeps what there was.
+    auto const before = std::exchange(folder, nullptr);
+    project.reset();
+    user->FetchChildren();
+    executor.RunUntil([&] {
+        testsupport::DrainMainThread();
+        return user->GetSelection() != before;
+    });
+    folder = user->GetSelection();
+    ASSERT_TRUE(folder);
     Share();
     EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
-    EXPECT_EQ(host.data[assetdata::kUploadFolderGuid], folder->GetID().AsStdString());
+    EXPECT_EQ(host.data[assetdata::kUploadFolderGuid], before->GetID().AsStdString());
 
     viewModel->Logout();
     EXPECT_TRUE(viewModel->GetUser()->GetID().IsNull());

@@ -240,6 +240,39 @@ TEST_F(QueueTest, APushBringsTheNextRunForwardAndSchedulesNoSecond) {
     EXPECT_EQ(Sent(), 3u);
 }
 
+TEST_F(QueueTest, BrowsingThroughManyFoldersLosesNoneAndAsksFirstForWhatIsLookedAt) {
+    constexpr std::size_t kLimit = 60;
+    std::vector<moxcore::threads::TimePoint> sentTimes;
+    transport.SetResponder([&](auto const&) {
+        sentTimes.push_back(moxcore::threads::Now());
+        return quillosdk::HttpResponse{
+            200, {{"X-RATELIMIT-LIMIT", "60"}, {"X-RATELIMIT-WINDOW", "60000"}}, kNoAssets};
+    });
+    std::vector<std::shared_ptr<QuilloFolder>> folders;
+    for (int i = 0; i < 10; ++i) {
+        for (auto const& folder : PushFolders(50))
+            folders.push_back(folder);
+        executor.AdvanceBy(500ms);
+    }
+    ASSERT_EQ(Sent(), kLimit);
+    // One that was asked for already, one that never was and one of nobody's do not matter.
+    Sdk::FetchFirst({folders[250]});
+    Sdk::FetchFirst({folders[0], folders[499], MakeFolder(), folders[300],
+                     std::make_shared<QuilloFolder>(nullptr)});
+    executor.AdvanceBy(60s);
+    ASSERT_GT(Sent(), kLimit + 4);
+    for (std::size_t i = 0; auto const expected : {499, 300, 250, 60})
+        EXPECT_EQ(PathOf(kLimit + i++), PathOf(*folders[static_cast<std::size_t>(expected)]));
+
+    executor.AdvanceBy(10min);
+    EXPECT_EQ(Sent(), folders.size());
+    for (auto const& folder : folders)
+        EXPECT_EQ(folder->GetFetchChildrenState(), FetchChildrenState::Fetched);
+    for (std::size_t i = kLimit; i < sentTimes.size(); ++i)
+        ASSERT_GT(sentTimes[i] - sentTimes[i - kLimit], 60s) << "request " << i;
+    transport.SetResponder(nullptr);
+}
+
 TEST_F(QueueTest, NoWindowEverHoldsMoreThanTheLimit) {
     constexpr int kLimit = 7;
     constexpr auto kWindow = 3s;

@@ -7,7 +7,7 @@
 #include "quillomoxui/model/QuilloFolder.h"
 #include "quillomoxui/model/QuilloUser.h"
 
-namespace quillomoxui::view {
+namespace quillomoxui {
 
 /// `node` and all above it, from the bottom to the top. As long as the result is kept, they know
 /// their parents: a child does not keep its parent itself.
@@ -59,4 +59,4 @@ private:
     State state = State::Whole;
 };
 
-}  // namespace quillomoxui::view
+}  // namespace quillomoxui

@@ -1,4 +1,4 @@
-#include "quillomoxui/view/NodePath.h"
+#include "quillomoxui/model/NodePath.h"
 
 #include <algorithm>
 #include <utility>
@@ -7,7 +7,7 @@
 #include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/model/QuilloWorkspace.h"
 
-namespace quillomoxui::view {
+namespace quillomoxui {
 namespace {
 
 /// Binds `function` to the property of `node` that holds its children, if there are any that a path
@@ -139,4 +139,4 @@ bool NodePath::UpdateSteps() {
     return hasChanged;
 }
 
-}  // namespace quillomoxui::view
+}  // namespace quillomoxui

@@ -1,0 +1,52 @@
+#include "host/editor/ChooseLocationCommand.h"
+
+#include <memory>
+
+#include "host/Failure.h"
+#include "host/Session.h"
+#include "host/editor/AppTheme.h"
+#include "host/editor/EditorApplication.h"
+#include "host/editor/EventLog.h"
+#include "moxui/backend/HostWidget.h"
+
+namespace quillohost::editor {
+namespace {
+
+/// While a dialog is shown its own loop runs, which knows nothing of failures.
+class CloseOnFailure {
+public:
+    explicit CloseOnFailure(MainLoop& loop) : loop(loop) {
+        loop.SetFailureHook([] { QApplication::closeAllWindows(); });
+    }
+    ~CloseOnFailure() { loop.SetFailureHook({}); }
+    CloseOnFailure(CloseOnFailure const&) = delete;
+    CloseOnFailure& operator=(CloseOnFailure const&) = delete;
+
+private:
+    MainLoop& loop;
+};
+
+}  // namespace
+
+ChosenLocation ChooseLocation(Options const& options, MainLoop& loop, ProgressDisplay& display) {
+    using quillocommon::Step;
+    EditorApplication const application(std::nullopt);
+    moxui::backend::RunMainThreadQueueInQt();
+    auto const log = options.events ? std::make_unique<EventLog>(*options.events) : nullptr;
+    UseTheme(ThemeChoice::System);
+    Session session(options, loop, display);
+    display.Tell("Signing in to " + session.Service().Address());
+    auto const user = session.SignIn();
+    QWidget hidden;
+    std::optional<ChosenLocation> chosen;
+    {
+        CloseOnFailure const closer(loop);
+        chosen = AskForLocation(user, hidden);
+    }
+    loop.WaitUntil([] { return true; });  // throws what has closed the dialog
+    if (chosen) return *chosen;
+    session.ThrowIfFailed({Step::SignIn, Step::ReadUser, Step::ReadLocations});
+    throw Failure(ExitCode::Cancelled, "No location was chosen.");
+}
+
+}  // namespace quillohost::editor

@@ -1,0 +1,31 @@
+#include "host/editor/LocationDialog.h"
+
+#include "host/FolderWay.h"
+#include "host/LocationPath.h"
+#include "moxui/backend/HostWidget.h"
+#include "moxworkspace/workspace/WorkspaceUtils.h"
+#include "quillomoxui/sharedui/SelectLocationDialog.h"
+
+namespace quillohost::editor {
+
+using moxworkspace::workspace::WorkspaceUtils;
+
+std::optional<ChosenLocation> AskForLocation(std::shared_ptr<quillomoxui::QuilloUser> const& user,
+                                             QWidget& parent) {
+    std::optional<ChosenLocation> chosen;
+    auto const over = moxui::backend::WrapWidget(&parent);  // nobody else keeps it
+    WorkspaceUtils::SetModalDialogParentNode(over);
+    quillomoxui::sharedui::ShowSelectLocationDialogCentered(
+        user, [&](moxcore::utility::Guid const& folderID, auto const&) {
+            if (folderID.IsNull()) return;
+            auto const way = WayTo(user->GetSelection());
+            std::vector<std::string> names;
+            for (auto const& node : way)
+                names.push_back(NameOf(*node));
+            chosen = ChosenLocation{IDsOf(way), JoinLocationPath(names)};
+        });
+    WorkspaceUtils::SetModalDialogParentNode(nullptr);
+    return chosen;
+}
+
+}  // namespace quillohost::editor

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QDialog>
+#include <QPushButton>
+#include <memory>
+
+#include "host/FailureInbox.h"
+#include "host/editor/ElidedLabel.h"
+#include "host/editor/Sharing.h"
+
+namespace quillohost::editor {
+
+/// What the user can set: where movies go that were never shared. The choice takes effect at once.
+/// Main thread.
+class Preferences : public QDialog {
+public:
+    Preferences(Sharing& sharing, QWidget* parent);
+
+private:
+    void Show(std::string const& message);
+    void SetDestination(std::optional<ChosenLocation> const& location);
+    void SignInToChoose();
+    void Choose(std::shared_ptr<quillomoxui::QuilloUser> const& user);
+    void OnFailure(quillocommon::Failure const& failure);
+
+    Sharing& sharing;
+    ElidedLabel* destination;
+    ElidedLabel* message;
+    QPushButton* chooseButton;
+    QPushButton* clearButton;
+    /// Signs in for the location dialog, which has a tree of its own; while that is under way.
+    std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
+    std::shared_ptr<quillomoxui::BindingHandle> userBinding;
+    FailureInbox failures;
+    std::shared_ptr<Preferences*> self;  // for calls that may come when this is gone
+};
+
+}  // namespace quillohost::editor
