@@ -24,6 +24,7 @@ constexpr float kFrame = 1;
 
 PopupWindow::PopupWindow(QWidget* anchor) : anchor(anchor) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
+    setAttribute(Qt::WA_OpaquePaintEvent);
     WatchInput();
     if (anchor)
         connect(anchor, &QObject::destroyed, this, [this] {
@@ -108,9 +109,10 @@ void PopupWindow::closeEvent(QCloseEvent* event) {
 void PopupWindow::paintEvent(QPaintEvent*) {
     auto const& theme = skins::ThemeProvider::Get();
     QPainter painter(this);
-    painter.fillRect(rect(), ToQColor(theme.GetColor(skins::ThemeColor::kGround)));
-    painter.setPen(QPen(ToQColor(theme.GetColor(skins::ThemeColor::kControlBorder)), kFrame));
-    painter.drawRect(QRectF(rect()).adjusted(kFrame / 2, kFrame / 2, -kFrame / 2, -kFrame / 2));
+    auto const whole = QRectF(rect());
+    painter.fillRect(whole, ToQColor(theme.GetColor(skins::ThemeColor::kControlBorder)));
+    painter.fillRect(whole.adjusted(kFrame, kFrame, -kFrame, -kFrame),
+                     ToQColor(theme.GetColor(skins::ThemeColor::kGround)));
 }
 
 void PopupWindow::Dismiss() {

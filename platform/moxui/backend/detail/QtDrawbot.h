@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QPainter>
+#include <optional>
 
 #include "moxui/drawbot/Drawbot.h"
 
@@ -20,13 +21,16 @@ public:
     virtual void Paint(QPainter& painter, QRectF const& place) const = 0;
 };
 
-/// Draws on a painter, which the caller keeps alive.
+/// Draws on a painter, which the caller keeps alive, or on a widget that is being painted, for
+/// which it makes one with the first thing that is drawn.
 class QtDrawbot : public drawbot::Drawbot, private drawbot::SurfaceInterface {
 public:
     explicit QtDrawbot(QPainter& painter);
+    /// `origin` is where the drawing's coordinates begin in the widget.
+    QtDrawbot(QWidget& widget, QPoint const& origin);
 
     drawbot::SupplierInterface const* GetSupplier() const override { return &QtSupplier(); }
-    drawbot::SurfaceInterface* GetSurface() override { return this; }
+    drawbot::SurfaceInterface* GetSurface() override;
 
 private:
     void PaintRect(drawbot::ColorRGBA const& color,
@@ -41,7 +45,12 @@ private:
     void PushClip(moxcore::geom::RectT<float> const& rect) override;
     void PopClip() override;
 
-    QPainter& painter;
+    void FillRect(QRectF const& rect, QColor const& color);
+
+    QWidget* widget = nullptr;
+    QPoint origin;
+    std::optional<QPainter> own;
+    QPainter* painter = nullptr;  // null until it is needed
 };
 
 /// Shows, around `place`, that it has the keyboard's focus.
