@@ -7,13 +7,19 @@
 #include <QComboBox>
 #include <QFrame>
 #include <QLabel>
+#include <QMenu>
+#include <QPainter>
 #include <QPushButton>
+#include <QStandardItemModel>
 #include <QToolButton>
 #include <memory>
 
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/MainThread.h"
 #include "moxui/backend/HostWidget.h"
+#include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/skins/ThemeProvider.h"
+#include "moxui/utility/ResourceManager.h"
 #include "quillomoxui/sharedui/PopupManager.h"
 #include "quillomoxui/sharedui/ShareForReviewScreenManager.h"
 #include "quillomoxui/sharedui/StackViews.h"
@@ -25,16 +31,26 @@ using namespace quillomoxui;
 
 /// Runs what is queued, painting and destructions included.
 void Settle() {
-    do {
+    while (moxcore::threads::MainThread::RunPending() > 0) {
+    }
+    // What is shown in one round may be painted in the next.
+    for (int round = 0; round < 2; ++round)
         QCoreApplication::processEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    } while (moxcore::threads::MainThread::RunPending() > 0);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
+/// The window that the popup hangs from.
+class Editor : public QWidget {
+public:
+    Editor() {
+        resize(500, 300);
+        show();
+        Settle();
+    }
+};
+
 void OurForm(benchmark::State& state) {
-    QWidget window;
-    window.resize(500, 300);
-    window.show();
+    Editor window;
     auto const anchor = moxui::backend::WrapWidget(&window);
     auto const viewModel = std::make_shared<ShareForReviewViewModel>();
     viewModel->SetActiveAssetName(moxcore::string::AsciiToUTF16("Opening titles"));
@@ -51,34 +67,92 @@ void OurForm(benchmark::State& state) {
     }
 }
 
-/// The same texts and controls at the same places.
-void PlainForm(benchmark::State& state) {
-    QWidget window;
-    window.resize(500, 300);
-    window.show();
-    for (auto _ : state) {
-        auto* const popup = new QFrame(&window, Qt::Tool | Qt::FramelessWindowHint);
-        popup->setFrameShape(QFrame::Box);
-        auto const add = [popup](QWidget* widget, int x, int y, int width, int height) {
-            widget->setParent(popup);
-            widget->setGeometry(x, y, width, height);
-        };
-        add(new QLabel(QStringLiteral("<b>Share for review:</b>")), 15, 12, 120, 14);
-        add(new QLabel(QStringLiteral("Opening titles")), 160, 12, 120, 14);
-        auto* const more = new QToolButton;
-        more->setText(QStringLiteral("..."));
-        add(more, 307, 11, 18, 18);
-        add(new QLabel(QStringLiteral("Location:")), 15, 42, 60, 14);
-        auto* const link = new QPushButton(QStringLiteral("Select Quillo Location..."));
+/// The theme, as one puts it on plain widgets.
+struct Look {
+    QFont font, bold;
+    QPalette palette, link, blue;
+    QIcon more;
+
+    Look() {
+        auto const& theme = moxui::skins::ThemeProvider::Get();
+        font.setFamily(QString::fromStdString(theme.GetFontName(0)));
+        font.setPixelSize(static_cast<int>(theme.GetFontSize(0)));
+        bold = font;
+        bold.setBold(true);
+        palette = QPalette(QColor(0x33, 0x33, 0x33), QColor(0x24, 0x24, 0x24));
+        link = blue = palette;
+        link.setColor(QPalette::ButtonText, QColor(0x74, 0xB0, 0xFF));
+        blue.setColor(QPalette::Button, QColor(0x26, 0x7F, 0xEB));
+        blue.setColor(QPalette::ButtonText, Qt::white);
+
+        auto const picture = moxui::utility::GetResourceManager().GetImage("MoreSmallList_18");
+        QPixmap pixels(18, 18);
+        pixels.fill(Qt::transparent);
+        QPainter painter(&pixels);
+        static_cast<moxui::backend::QtImage const&>(*picture).Paint(painter, {0, 0, 18, 18});
+        more = QIcon(pixels);
+    }
+};
+
+/// The same texts, pictures and controls at the same places.
+class PlainPopup : public QFrame {
+public:
+    PlainPopup(QWidget* window, Look const& look)
+        : QFrame(window, Qt::Tool | Qt::FramelessWindowHint) {
+        setFrameShape(QFrame::Box);
+        setPalette(look.palette);
+        setFont(look.font);
+        auto* const title = AddText("Share for review:", {16, 13, 116, 16});
+        title->setFont(look.bold);
+        AddText("Opening titles", {162, 13, 111, 16});
+        auto* const more = new QToolButton(this);
+        more->setAutoRaise(true);
+        more->setIcon(look.more);
+        more->setIconSize({18, 18});
+        more->setPopupMode(QToolButton::InstantPopup);
+        auto* const menu = new QMenu(more);
+        menu->addAction(QStringLiteral("Create new link"));
+        menu->addAction(QStringLiteral("Sign out of Quillo"));
+        more->setMenu(menu);
+        more->setAccessibleName(QStringLiteral("More"));
+        more->setGeometry(305, 9, 24, 24);
+
+        AddText("Location:", {16, 43, 57, 16});
+        auto* const link = new QPushButton(QStringLiteral("Select Quillo Location..."), this);
         link->setFlat(true);
-        add(link, 77, 42, 240, 14);
-        auto* const presets = new QComboBox;
+        link->setPalette(look.link);
+        link->setCursor(Qt::PointingHandCursor);
+        link->setGeometry(73, 40, 259, 21);
+
+        auto* const presets = new QComboBox(this);
         for (char const* const text :
              {"Preset Settings", "", "Web 720", "Web 1080", "Web 4k", "ProRes 422"})
             presets->addItem(QLatin1String(text));
-        add(presets, 16, 70, 120, 20);
-        add(new QPushButton(QStringLiteral("Share")), 260, 70, 64, 20);
-        popup->setGeometry(100, 100, 342, 107);
+        static_cast<QStandardItemModel*>(presets->model())->item(0)->setEnabled(false);
+        presets->setCurrentIndex(3);
+        presets->setAccessibleName(QStringLiteral("Preset Settings"));
+        presets->setGeometry(17, 71, 124, 20);
+        auto* const share = new QPushButton(QStringLiteral("Share"), this);
+        share->setFont(look.bold);
+        share->setPalette(look.blue);
+        share->setGeometry(264, 71, 62, 20);
+    }
+
+private:
+    QLabel* AddText(char const* text, QRect const& place) {
+        auto* const label = new QLabel(QLatin1String(text), this);
+        label->setTextFormat(Qt::PlainText);
+        label->setGeometry(place);
+        return label;
+    }
+};
+
+void PlainForm(benchmark::State& state) {
+    Editor window;
+    Look const look;
+    for (auto _ : state) {
+        auto* const popup = new PlainPopup(&window, look);
+        popup->setGeometry(100, 100, 344, 109);
         popup->show();
         Settle();
         popup->hide();
@@ -118,6 +192,8 @@ BENCHMARK(StackOf)->Arg(10)->Arg(100)->Arg(1000)->Complexity(benchmark::oN);
 int main(int count, char** arguments) {
     qputenv("QT_NO_GLIB", "1");
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The offscreen platform warns, each time, that it cannot raise a window.
+    qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const&) {});
     QApplication const application(count, arguments);
     benchmark::Initialize(&count, arguments);
     benchmark::RunSpecifiedBenchmarks();

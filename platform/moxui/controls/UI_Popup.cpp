@@ -129,7 +129,7 @@ moxcore::geom::PointT<float> UI_Popup::UI_GetRecommendedSize(drawbot::Drawbot*) 
     auto const& entries = widget->Entries();
     int const text = measureStrategy == PickerMeasureStrategy::WidestItem
                          ? entries.WidestText(widget->font())
-                         : entries.Text(widget->currentIndex()).NaturalSize(widget->font()).width();
+                         : entries.Text(widget->ShownEntry()).NaturalSize(widget->font()).width();
     return {static_cast<float>(widget->WidthFor(text)),
             GetThemeProvider().GetSize(skins::ThemeSize::ControlHeight)};
 }

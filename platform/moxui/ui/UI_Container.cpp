@@ -11,7 +11,13 @@ namespace moxui::ui {
 UI_Container::UI_Container(std::unique_ptr<backend::Peer> peer) : UI_Node(std::move(peer)) {}
 
 UI_Container::~UI_Container() {
-    ChildRemoveAll();
+    for (auto& child : children) {
+        moxcore::utility::RefCountedWeakPtr<UI_Node> const weak(child.get());
+        child->parent = nullptr;
+        child->GetPeer().WillGoWithParent();
+        child.reset();
+        if (auto const alive = weak.Lock()) alive->GetPeer().SetParent(nullptr);
+    }
 }
 
 void UI_Container::ChildInsert(std::size_t index, boost::intrusive_ptr<UI_Node> const& child) {
@@ -31,7 +37,8 @@ void UI_Container::ChildInsert(std::size_t index, boost::intrusive_ptr<UI_Node> 
             widget->stackUnder(above);
     if (UI_GetDrawSupplier()) backend::TellOfTheme(*kept);
     auto const* const view = dynamic_cast<UI_SubView const*>(kept.get());
-    if (view && view->UI_IsViewVisible()) widget->show();
+    // Qt shows what nobody has hidden along with its parent.
+    if (view) widget->setVisible(view->UI_IsViewVisible());
 }
 
 void UI_Container::ChildPushBack(boost::intrusive_ptr<UI_Node> const& child) {

@@ -4,7 +4,6 @@
 
 #include <QAccessible>
 #include <QApplication>
-#include <QComboBox>
 #include <QListView>
 #include <QScopeGuard>
 #include <QScreen>
@@ -53,7 +52,9 @@ protected:
         QTest::keyClick(menu ? menu : &WidgetOf(*popup), key);
         RunEvents();
     }
-    QString Shown() { return static_cast<QComboBox&>(WidgetOf(*popup)).currentText(); }
+    QString Shown() {
+        return QAccessible::queryAccessibleInterface(&WidgetOf(*popup))->text(QAccessible::Value);
+    }
 
     TestWindow window;
     boost::intrusive_ptr<UI_Popup> popup{new UI_Popup(0, false)};
@@ -190,7 +191,7 @@ TEST_F(PopupTest, WhoeverHearsTheMenuMayChangeItsEntriesOrLetGoOfThePopup) {
     Key(Qt::Key_End);
     Key(Qt::Key_Return);
     EXPECT_THAT(chosen, ElementsAre(1));
-    EXPECT_EQ(static_cast<QComboBox&>(WidgetOf(*popup)).count(), 3);
+    EXPECT_EQ(popup->GetItemCount(), 3);
 
     auto const letGo = [this](UI_Popup& shown) {
         window.Container().ChildRequestRemove(&shown);

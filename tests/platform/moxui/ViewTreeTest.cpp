@@ -72,6 +72,12 @@ TEST(ViewTree, AViewIsSeenOnlyInAWindowAndWhileItIsShown) {
     EXPECT_FALSE(WidgetOf(*view).isVisible());
     EXPECT_TRUE(view->UI_IsViewVisible());
     EXPECT_EQ(view->UI_GetDrawSupplier(), nullptr);
+
+    auto const hidden = Make("hidden");
+    hidden->UI_Show(false);
+    view->ChildPushBack(hidden);
+    window.Container().ChildPushBack(view);
+    EXPECT_FALSE(WidgetOf(*hidden).isVisible()) << "its parent alone is shown";
 }
 
 TEST(ViewTree, KeepsFractionsAndRoundsThemOnTheScreenWithoutGaps) {

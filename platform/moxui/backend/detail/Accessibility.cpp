@@ -114,7 +114,7 @@ public:
         auto const given = QAccessibleWidget::text(kind);
         bool const isChoice =
             kind == QAccessible::Value || (kind == QAccessible::Name && given.isEmpty());
-        return isChoice ? Shown().currentText() : given;
+        return isChoice ? Shown().Entries().Text(Shown().ShownEntry()).GetWhole() : given;
     }
     QAccessible::State state() const override {
         auto state = QAccessibleWidget::state();

@@ -48,7 +48,6 @@ protected:
 DropDown::DropDown() : entries(new MenuModel(this)), delegate(new MenuDelegate(*entries, this)) {
     TellAssistiveToolsAboutViews();
     setStyle(&ListStyle::Get());
-    setModel(entries);
     setFont(ThemeFont(""));
     setMaxVisibleItems(kEntriesSeen);
 }
@@ -62,6 +61,8 @@ QAbstractItemView& DropDown::List() {
     if (list) return *list;
     auto* const made = new MenuList;
     list = made;
+    setModel(entries);
+    setCurrentIndex(ShownEntry());
     setView(made);
     made->setItemDelegate(delegate);
     made->setUniformItemSizes(true);
@@ -75,7 +76,7 @@ QAbstractItemView& DropDown::List() {
 
 void DropDown::ShowEntry(int row) {
     delegate->chosen = row;
-    setCurrentIndex(row);
+    if (list) setCurrentIndex(row);
     shown = entries->Text(row);
     Refit();
 }
@@ -174,7 +175,7 @@ QRect DropDown::Visual(QRect const& place) const {
 QRect DropDown::TextRoom() const {
     int const padding = WholeSize(Size::MenuPadding);
     int const gap = WholeSize(Size::ControlGap);
-    bool const hasPicture = entries->Picture(currentIndex()) != nullptr;
+    bool const hasPicture = entries->Picture(ShownEntry()) != nullptr;
     return Visual(rect().adjusted(padding + (hasPicture ? WholeSize(Size::MenuPicture) + gap : 0),
                                   0, -padding - WholeSize(Size::Chevron) - gap, 0));
 }
@@ -215,7 +216,7 @@ void DropDown::paintEvent(QPaintEvent*) {
     if (hasFocus()) PaintFocusRing(painter, QRectF(rect()));
 
     int const padding = WholeSize(Size::MenuPadding);
-    if (auto const picture = entries->Picture(currentIndex())) {
+    if (auto const picture = entries->Picture(ShownEntry())) {
         if (!enabled) painter.setOpacity(kOpacityOfDisabledPicture);
         auto const place = Visual(QRect(padding, 0, WholeSize(Size::MenuPicture), height()));
         PaintPicture(painter, QRectF(place), *picture);

@@ -20,6 +20,7 @@ public:
     [[nodiscard]] MenuModel const& Entries() const { return *entries; }
     /// Shows the entry at `row` as chosen; none for -1.
     void ShowEntry(int row);
+    [[nodiscard]] int ShownEntry() const { return delegate->chosen; }
     void SetChrome(controls::ButtonChromeType type);
 
     /// The room that the button needs beside a text of `textWidth`.

@@ -1,11 +1,13 @@
 #include "moxui/backend/detail/FittedText.h"
 
+#include <QCache>
 #include <QFontMetricsF>
 #include <QHelpEvent>
 #include <QStyle>
 #include <QTextLayout>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/ToolTip.h"
@@ -32,10 +34,21 @@ int WholeUnits(qreal length) {
     return static_cast<int>(std::ceil(length));
 }
 
+using Measured = std::pair<QFont, QString>;
+
+/// The sizes of the texts that were measured last: each layout asks for them several times, and a
+/// view that is shown again asks for the same.
+QCache<Measured, QSize>& KnownSizes() {
+    constexpr qsizetype kMostLetters = 50'000;
+    // Never destroyed: its fonts would outlive the application that they belong to otherwise.
+    static auto& sizes = *new QCache<Measured, QSize>(kMostLetters);
+    return sizes;
+}
+
 }  // namespace
 
 void FittedText::SetText(moxcore::string::UTF16String const& text, bool severalLines) {
-    naturalSize = QSize();
+    laidOut = false;
     multiLine = severalLines;
     whole = ToQString(text);
     whole.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
@@ -46,32 +59,56 @@ void FittedText::SetText(moxcore::string::UTF16String const& text, bool severalL
             c = u' ';
 }
 
+void FittedText::SetElideMode(Qt::TextElideMode mode) {
+    laidOut = false;
+    elideMode = mode;
+}
+
 QSize FittedText::NaturalSize(QFont const& font) const {
-    if (naturalSize.isValid() && measuredFont == font) return naturalSize;
+    Measured const key{font, whole};
+    if (auto const* const known = KnownSizes().object(key)) return *known;
     QFontMetricsF const metrics(font);
     auto const paragraphs = whole.split(u'\n');
     qreal width = 0;
     for (auto const& paragraph : paragraphs)
         width = std::max(width, metrics.horizontalAdvance(paragraph));
-    measuredFont = font;
-    naturalSize = {WholeUnits(width),
-                   WholeUnits(metrics.height() +
-                              static_cast<qreal>(paragraphs.size() - 1) * metrics.lineSpacing())};
-    return naturalSize;
+    QSize const size(WholeUnits(width),
+                     WholeUnits(metrics.height() +
+                                static_cast<qreal>(paragraphs.size() - 1) * metrics.lineSpacing()));
+    KnownSizes().insert(key, new QSize(size), whole.size() + 1);
+    return size;
 }
 
-void FittedText::Fit(QFont const& font, QSizeF const& room) {
+void FittedText::Fit(QFont const& newFont, QSizeF const& newRoom) {
+    laidOut = false;
+    font = newFont;
+    room = newRoom;
+}
+
+QString FittedText::GetFitted() const {
+    LayOut();
+    return lines.join(u'\n');
+}
+
+bool FittedText::IsElided() const {
+    LayOut();
+    return elided;
+}
+
+void FittedText::LayOut() const {
+    if (std::exchange(laidOut, true)) return;
     lines.clear();
     elided = false;
-    if (multiLine) {
-        Wrap(font, room);
+    if (multiLine) return Wrap();
+    if (NaturalSize(font).width() <= room.width()) {
+        lines.append(whole);
         return;
     }
     lines.append(QFontMetricsF(font).elidedText(whole, elideMode, room.width()));
     elided = lines.back() != whole;
 }
 
-void FittedText::Wrap(QFont const& font, QSizeF const& room) {
+void FittedText::Wrap() const {
     QFontMetricsF const metrics(font);
     auto const maxLines =
         std::max(1, static_cast<int>((room.height() + metrics.leading()) / metrics.lineSpacing()));
@@ -104,22 +141,26 @@ Qt::LayoutDirection FittedText::Direction() const {
 }
 
 void FittedText::Paint(QPainter& painter, QRectF const& place, Qt::Alignment alignment) const {
-    auto const lineSpacing = QFontMetricsF(painter.font()).lineSpacing();
-    QRectF line(place.x(), place.y(), place.width(), multiLine ? lineSpacing : place.height());
+    LayOut();
+    QFontMetricsF const metrics(painter.font());
+    auto const lineHeight = multiLine ? metrics.lineSpacing() : place.height();
+    auto baseline = place.y() + (lineHeight - std::ceil(metrics.height())) / 2 + metrics.ascent();
     for (auto const& text : lines) {
         auto const direction = DirectionOf(text);
+        auto const side = QStyle::visualAlignment(direction, alignment);
+        qreal left = place.x();
+        if (!(side & Qt::AlignLeft)) {
+            auto const free = place.width() - metrics.horizontalAdvance(text);
+            left += side & Qt::AlignHCenter ? free / 2 : free;
+        }
         painter.setLayoutDirection(direction);
-        painter.drawText(
-            line,
-            static_cast<int>(QStyle::visualAlignment(direction, alignment) | Qt::AlignVCenter) |
-                Qt::TextSingleLine | Qt::TextDontClip,
-            text);
-        line.translate(0, lineSpacing);
+        painter.drawText(QPointF(left, baseline), text);
+        baseline += lineHeight;
     }
 }
 
 bool FittedText::ShowWholeAsToolTip(QEvent const& event, QWidget& widget) const {
-    if (event.type() != QEvent::ToolTip || !elided || !widget.toolTip().isEmpty()) return false;
+    if (event.type() != QEvent::ToolTip || !IsElided() || !widget.toolTip().isEmpty()) return false;
     ShowToolTip(static_cast<QHelpEvent const&>(event).globalPos(), whole, widget, widget.rect());
     return true;
 }

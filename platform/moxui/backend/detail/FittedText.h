@@ -11,14 +11,14 @@
 
 namespace moxui::backend {
 
-/// A control's text as it is shown in the room that the control has for it. Fitted when the text,
-/// the font or the room changes, so that drawing it only draws. Main thread.
+/// A control's text as it is shown in the room that the control has for it. Laid out once for each
+/// text, font and room, when that is first asked for. Main thread.
 class FittedText {
 public:
     /// Takes `text` as it may be shown: control characters become spaces. In a text of several
     /// lines a line feed begins a new one.
     void SetText(moxcore::string::UTF16String const& text, bool multiLine = false);
-    void SetElideMode(Qt::TextElideMode mode) { elideMode = mode; }
+    void SetElideMode(Qt::TextElideMode mode);
 
     /// The whole text, as it may be shown.
     [[nodiscard]] QString const& GetWhole() const { return whole; }
@@ -26,12 +26,12 @@ public:
     /// Its size in `font`, unwrapped, in whole units; one line high when it is empty.
     [[nodiscard]] QSize NaturalSize(QFont const& font) const;
 
-    /// Lays it out in `room`; a room less high than a line counts as one line high.
+    /// Has it laid out in `room`; a room less high than a line counts as one line high.
     void Fit(QFont const& font, QSizeF const& room);
-    /// What there was room for, as it was laid out last.
-    [[nodiscard]] QString GetFitted() const { return lines.join(u'\n'); }
-    /// Whether something was left out.
-    [[nodiscard]] bool IsElided() const { return elided; }
+    /// What there is room for.
+    [[nodiscard]] QString GetFitted() const;
+    /// Whether something is left out.
+    [[nodiscard]] bool IsElided() const;
     /// From which side its script is read.
     [[nodiscard]] Qt::LayoutDirection Direction() const;
 
@@ -45,17 +45,19 @@ public:
     [[nodiscard]] bool ShowWholeAsToolTip(QEvent const& event, QWidget& widget) const;
 
 private:
-    void Wrap(QFont const& font, QSizeF const& room);
+    void LayOut() const;
+    void Wrap() const;
 
     QString whole;
-    QStringList lines;
+    QFont font;
+    QSizeF room;
     Qt::TextElideMode elideMode = Qt::ElideRight;
     bool multiLine = false;
-    bool elided = false;
 
-    // The natural size and the font it is that of, kept since every layout asks for it.
-    mutable QFont measuredFont;
-    mutable QSize naturalSize;  // invalid while unknown
+    // What `whole` is in `font` and `room`, once it has been laid out.
+    mutable bool laidOut = false;
+    mutable QStringList lines;
+    mutable bool elided = false;
 };
 
 }  // namespace moxui::backend

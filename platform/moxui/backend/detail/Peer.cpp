@@ -11,7 +11,7 @@ Peer::~Peer() {
     context.reset();  // hiding the widget must tell the node nothing more
     if (!widget) return;
     if (link) link->node = nullptr;
-    if (ownership == Ownership::Host) return;
+    if (ownership == Ownership::Host || (goesWithParent && widget->parentWidget())) return;
     widget->hide();
     widget->setParent(nullptr);
     if (QCoreApplication::instance())
@@ -26,6 +26,7 @@ void Peer::SetNode(ui::UI_Node* newNode) {
 }
 
 void Peer::SetParent(Peer* parent) {
+    goesWithParent = false;
     if (widget) widget->setParent(parent ? parent->GetWidget() : nullptr);
 }
 

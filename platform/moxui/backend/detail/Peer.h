@@ -27,6 +27,8 @@ public:
     explicit Peer(Widget* widget, Ownership ownership = Ownership::Node)
         : widget(widget), ownership(ownership) {
         if constexpr (std::is_base_of_v<NodeLink, Widget>) link = widget;
+        // Views are laid out by their parents; Qt would measure each one that is shown before that.
+        if (ownership == Ownership::Node) widget->setAttribute(Qt::WA_Resized);
     }
     /// The widget is destroyed by the event loop, once no event of its own is being handled.
     ~Peer();
@@ -51,6 +53,10 @@ public:
     /// Puts the widget into `parent`'s, or into none.
     void SetParent(Peer* parent);
 
+    /// The parent's node is going, and its widget with it: when this node goes now, too, its widget
+    /// is left where it is. Whoever lives on is taken out with SetParent.
+    void WillGoWithParent() { goesWithParent = true; }
+
     /// Runs the mouse-event functions and then the node's own handler. True when the event goes no
     /// further. What is disabled is not pressed.
     bool Deliver(ui::MouseEvent const& event);
@@ -71,6 +77,7 @@ private:
     NodeLink* link = nullptr;  // a part of widget
     ui::UI_Node* node = nullptr;
     Ownership ownership;
+    bool goesWithParent = false;
     std::optional<QObject> context{std::in_place};
     std::vector<std::pair<int, std::shared_ptr<ui::UI_Node::MouseEventFunction>>> mouseFunctions;
 };

@@ -18,6 +18,7 @@
 namespace moxui::backend {
 PopupWindow::PopupWindow(QWidget* anchor) : anchor(anchor) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
+    setAttribute(Qt::WA_OpaquePaintEvent);
     WatchInput();
     if (anchor)
         connect(anchor, &QObject::destroyed, this, [this] {

@@ -23,12 +23,22 @@ QString OnOneLine(moxcore::string::UTF16String const& text) {
 
 class Path : public drawbot::PathInterface {
 public:
-    void AddRect(moxcore::geom::RectT<float> const& rect) override { path.addRect(ToQRectF(rect)); }
+    void AddRect(moxcore::geom::RectT<float> const& rect) override {
+        rects.push_back(ToQRectF(rect));
+    }
     void AddRoundedRect(moxcore::geom::RectT<float> const& rect, float cornerRadius) override {
-        path.addRoundedRect(ToQRectF(rect), cornerRadius, cornerRadius);
+        curves.addRoundedRect(ToQRectF(rect), cornerRadius, cornerRadius);
     }
 
-    QPainterPath path;
+    [[nodiscard]] QPainterPath Whole() const {
+        auto path = curves;
+        for (auto const& rect : rects)
+            path.addRect(rect);
+        return path;
+    }
+
+    std::vector<QRectF> rects;
+    QPainterPath curves;
 };
 
 class Pen : public drawbot::PenInterface {
@@ -127,7 +137,7 @@ QFont const& QtFont(drawbot::FontInterface const& font) {
     return static_cast<Font const&>(font).font;
 }
 
-QtDrawbot::QtDrawbot(QPainter& painter) : painter(painter) {
+QtDrawbot::QtDrawbot(QPainter& painter) : painter(&painter) {
     painter.setRenderHint(QPainter::Antialiasing);
 }
 
@@ -140,50 +150,85 @@ QRectF QtDrawbot::Placed(QRectF const& rect) const {
                        : rect;
 }
 
-QPainterPath QtDrawbot::Placed(drawbot::PathInterface const& path) const {
-    auto const& drawn = static_cast<Path const&>(path).path;
-    return mirrorWidth ? QTransform(-1, 0, 0, 1, *mirrorWidth, 0).map(drawn) : drawn;
+QPainterPath QtDrawbot::Placed(QPainterPath const& path) const {
+    return mirrorWidth ? QTransform(-1, 0, 0, 1, *mirrorWidth, 0).map(path) : path;
+}
+
+QtDrawbot::QtDrawbot(QWidget& widget, QPoint const& origin) : widget(&widget), origin(origin) {}
+
+drawbot::SurfaceInterface* QtDrawbot::GetSurface() {
+    if (!painter) {
+        painter = &own.emplace(widget);
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->translate(origin);
+    }
+    return this;
+}
+
+void QtDrawbot::FillRect(QRectF const& rect, QColor const& color) {
+    auto const pixels = painter->deviceTransform().mapRect(rect);
+    bool const isSharp = pixels == QRectF(pixels.toRect());
+    if (isSharp) painter->setRenderHint(QPainter::Antialiasing, false);
+    painter->fillRect(rect, color);
+    if (isSharp) painter->setRenderHint(QPainter::Antialiasing);
 }
 
 void QtDrawbot::PaintRect(drawbot::ColorRGBA const& color,
                           moxcore::geom::RectT<float> const& rect) {
-    painter.fillRect(Placed(ToQRectF(rect)), ToQColor(color));
+    FillRect(Placed(ToQRectF(rect)), ToQColor(color));
 }
 
 void QtDrawbot::FillPath(drawbot::ColorRGBA const& color, drawbot::PathInterface const& path) {
-    painter.fillPath(Placed(path), ToQColor(color));
+    painter->fillPath(Placed(static_cast<Path const&>(path).Whole()), ToQColor(color));
 }
 
 void QtDrawbot::StrokePath(drawbot::PenInterface const& pen, drawbot::PathInterface const& path) {
-    painter.strokePath(Placed(path), static_cast<Pen const&>(pen).pen);
+    auto const& figure = static_cast<Path const&>(path);
+    auto const& qtPen = static_cast<Pen const&>(pen).pen;
+    if (!figure.curves.isEmpty() || qtPen.color().alpha() != 255) {
+        painter->strokePath(Placed(figure.Whole()), qtPen);
+        return;
+    }
+    // The frames around sections: four bars each, which take a tenth of the time of a path.
+    qreal const half = qtPen.widthF() / 2;
+    for (auto const& rect : figure.rects) {
+        auto const middle = Placed(rect);
+        auto const outer = middle.adjusted(-half, -half, half, half);
+        auto const inner = middle.adjusted(half, half, -half, -half);
+        for (auto const& bar : {QRectF(outer.topLeft(), QPointF(outer.right(), inner.top())),
+                                QRectF(QPointF(outer.left(), inner.bottom()), outer.bottomRight()),
+                                QRectF(QPointF(outer.left(), inner.top()), inner.bottomLeft()),
+                                QRectF(inner.topRight(), QPointF(outer.right(), inner.bottom()))})
+            FillRect(bar, qtPen.color());
+    }
 }
 
 void QtDrawbot::DrawImage(drawbot::ImageInterface const& image,
                           moxcore::geom::PointT<float> const& origin, float scale) {
     auto const size = image.GetSize();
     static_cast<QtImage const&>(image).Paint(
-        painter, Placed(QRectF(origin.x, origin.y, size.x * scale, size.y * scale)));
+        *painter, Placed(QRectF(origin.x, origin.y, size.x * scale, size.y * scale)));
 }
 
 void QtDrawbot::DrawString(drawbot::ColorRGBA const& color, drawbot::FontInterface const& font,
                            moxcore::string::UTF16String const& text,
                            moxcore::geom::PointT<float> const& origin) {
-    painter.setFont(QtFont(font));
-    painter.setPen(ToQColor(color));
+    painter->setFont(QtFont(font));
+    painter->setPen(ToQColor(color));
     auto const line = OnOneLine(text);
     qreal x = origin.x;
     if (mirrorWidth)
         x = *mirrorWidth - x - static_cast<Font const&>(font).metrics.horizontalAdvance(line);
-    painter.drawText(QPointF(x, origin.y), line);
+    painter->drawText(QPointF(x, origin.y), line);
 }
 
 void QtDrawbot::PushClip(moxcore::geom::RectT<float> const& rect) {
-    painter.save();
-    painter.setClipRect(Placed(ToQRectF(rect)), Qt::IntersectClip);
+    painter->save();
+    painter->setClipRect(Placed(ToQRectF(rect)), Qt::IntersectClip);
 }
 
 void QtDrawbot::PopClip() {
-    painter.restore();
+    painter->restore();
 }
 
 void PaintFrameLine(QPainter& painter, QRect const& place) {

@@ -22,17 +22,20 @@ public:
     virtual void Paint(QPainter& painter, QRectF const& place) const = 0;
 };
 
-/// Draws on a painter, which the caller keeps alive.
+/// Draws on a painter, which the caller keeps alive, or on a widget that is being painted, for
+/// which it makes one with the first thing that is drawn.
 class QtDrawbot : public drawbot::Drawbot, private drawbot::SurfaceInterface {
 public:
     explicit QtDrawbot(QPainter& painter);
+    /// `origin` is where the drawing's coordinates begin in the widget.
+    QtDrawbot(QWidget& widget, QPoint const& origin);
 
     /// What is drawn from now on goes where it would be seen in a mirror in the middle of `width`;
     /// texts and pictures stay as they are.
     void Mirror(qreal width);
 
     drawbot::SupplierInterface const* GetSupplier() const override { return &QtSupplier(); }
-    drawbot::SurfaceInterface* GetSurface() override { return this; }
+    drawbot::SurfaceInterface* GetSurface() override;
 
 private:
     void PaintRect(drawbot::ColorRGBA const& color,
@@ -47,10 +50,14 @@ private:
     void PushClip(moxcore::geom::RectT<float> const& rect) override;
     void PopClip() override;
 
+    void FillRect(QRectF const& rect, QColor const& color);
     [[nodiscard]] QRectF Placed(QRectF const& rect) const;
-    [[nodiscard]] QPainterPath Placed(drawbot::PathInterface const& path) const;
+    [[nodiscard]] QPainterPath Placed(QPainterPath const& path) const;
 
-    QPainter& painter;
+    QWidget* widget = nullptr;
+    QPoint origin;
+    std::optional<QPainter> own;
+    QPainter* painter = nullptr;  // null until it is needed
     std::optional<qreal> mirrorWidth;
 };
 

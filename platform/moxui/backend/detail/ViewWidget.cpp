@@ -49,12 +49,13 @@ bool ViewWidget::event(QEvent* event) {
 
 void ViewWidget::paintEvent(QPaintEvent*) {
     if (!node) return;
+    {
+        QtDrawbot drawbot(*this, node->GetPeer().origin);
+        node->UI_Draw(&drawbot);
+    }
+    if (!hasFocus()) return;
     QPainter painter(this);
-    QtDrawbot drawbot(painter);
-    painter.translate(node->GetPeer().origin);
-    node->UI_Draw(&drawbot);
-    painter.resetTransform();
-    if (hasFocus()) PaintFocusRing(painter, QRectF(rect()));
+    PaintFocusRing(painter, QRectF(rect()));
 }
 
 RootWidget::RootWidget() = default;
