@@ -3,7 +3,7 @@
 import json
 import os
 
-from programs import ACCOUNT, RIVER, Running, names_in
+from programs import ACCOUNT, RIVER, Running, call, names_in
 from window import WindowTest
 
 OTHER_ACCOUNT = "Harbour Street Studio"
@@ -104,7 +104,34 @@ class LocationTests(WindowTest):
         window.click("Button", "Share")
         window.hear("is shared as version 1")
         self.assertIn("Clip.mp4", names_in(self.find_place(f"{RIVER}/Deliverables", service)))
-        window.key("Escape")
+        window.see("Button", "Copy link")
+        window.dismiss("Button", "Copy link")
+        self.close(window)
+
+    def test_what_is_chosen_follows_the_changes_of_the_service(self):
+        service = self.service()
+        workspace = self.find_place(f"{ACCOUNT}/Feature Films", service)
+        window = self.window(self.clip, service=service)
+        window.see("Button", "Share for Review")
+        window.activate()
+        window.click("MenuItem", "Developer")
+        window.click("MenuItem", "Talk to the Service Through the SDK")
+        window.click("Button", "Share for Review")
+        window.click("Button", "Sign in to Quillo")
+        window.click("Link", "Select Quillo Location...")
+        self.choose_account(window, ACCOUNT)
+        window.click("ListItem", "The Long River")
+        window.click("TreeItem", "VFX")
+        window.click("Button", "Choose")
+        window.see("Link", "Feature Films/The Long River/VFX")
+        call(service, "PATCH", f"/v1/workspaces/{workspace['id']}", {"name": "Features"})
+        window.see("Link", "Features/The Long River/VFX")
+        window.click("Button", "Share")
+        window.hear("is shared as version 1")
+        landed = self.find_place(f"{ACCOUNT}/Features/The Long River/VFX", service)
+        self.assertIn("Clip.mp4", names_in(landed))
+        window.see("Button", "Copy link")
+        window.dismiss("Button", "Copy link")
         self.close(window)
 
     def test_movies_that_were_never_shared_go_to_the_default_destination(self):
@@ -129,8 +156,8 @@ class LocationTests(WindowTest):
         window.click("Button", "Share")
         window.hear("is shared as version 1")
         self.assertIn("Clip.mp4", names_in(self.find_place(path, service)))
-        window.key("Escape")
-        window.activate()
+        window.see("Button", "Copy link")
+        window.dismiss("Button", "Copy link")
         self.close(window)
 
         # It is kept, until it is cleared.
