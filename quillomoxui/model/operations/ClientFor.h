@@ -13,8 +13,9 @@ namespace quillomoxui::model {
 [[nodiscard]] inline std::shared_ptr<quillosdk::QuilloClient> ClientFor(quillocommon::Step step) {
     auto client = QuilloCppSdkIntegration::GetQuilloClient();
     if (!client)
-        quillocommon::ReportFailure({step, moxcore::config::kUnknownFailure, 0,
-                                     "Nobody is signed in; sign in and share again."});
+        quillocommon::ReportFailure(
+            {step, moxcore::config::kUnknownFailure, 0,
+             "Could not share: nobody is signed in; sign in and share again."});
     return client;
 }
 

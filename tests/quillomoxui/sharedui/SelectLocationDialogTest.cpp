@@ -135,6 +135,14 @@ TEST_F(SelectLocationDialogTest, AnswersOnceHoweverItEnds) {
     }
 }
 
+TEST_F(SelectLocationDialogTest, AThousandOfThemLeaveNoWidgetBehind) {
+    EXPECT_EQ(Ask(&Cancel), cancelled);
+    auto const widgets = QApplication::allWidgets().size();
+    for (int i = 0; i < 1000; ++i)
+        EXPECT_EQ(Ask(&Cancel), cancelled);
+    EXPECT_EQ(QApplication::allWidgets().size(), widgets);
+}
+
 TEST_F(SelectLocationDialogTest, WithoutAWindowToBeShownOverItIsCancelled) {
     WorkspaceUtils::SetModalDialogParentNode(nullptr);
     EXPECT_EQ(Ask([] {}), cancelled);

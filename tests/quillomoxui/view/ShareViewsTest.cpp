@@ -298,42 +298,5 @@ TEST_F(ShareViewsTest, TheDebugViewFollowsTheSignIn) {
     EXPECT_EQ(model->logouts, 1);
 }
 
-TEST_F(ShareViewsTest, AViewLeavesNoBindingBehind) {
-    auto const bindings = [&] {
-        return static_cast<ActiveAssetNameNotifyingPropertyHost&>(*model).GetBindingCount() +
-               static_cast<IsLoggedInNotifyingPropertyHost&>(*model).GetBindingCount() +
-               static_cast<ReviewLinkURLNotifyingPropertyHost&>(*model).GetBindingCount() +
-               static_cast<EncodingProgressNotifyingPropertyHost&>(*model).GetBindingCount() +
-               static_cast<NameNotifyingPropertyHost&>(*model->GetUser()).GetBindingCount() +
-               static_cast<SelectionPathNotifyingPropertyHost&>(*model->GetUser())
-                   .GetBindingCount();
-    };
-    for (auto const id : {ID::DebugView, ID::ReviewInQuillo, ID::SigninPrompt, ID::CopyLinkSection,
-                          ID::EncodingProgress}) {
-        for (int i = 0; i < 1000; ++i)
-            view = factory::CreateView(id, model);
-        EXPECT_GT(bindings(), 0U) << int(id);
-        // What is still on its way to the views reaches none of them.
-        view.reset();
-        EXPECT_EQ(bindings(), 0U) << int(id);
-        RunEvents();
-    }
-}
-
-TEST_F(ShareViewsTest, NoControlThatCanBeReachedIsWithoutANameForScreenReaders) {
-    model->SetReviewLinkURL(AsciiToUTF16("http://127.0.0.1/r/abc"));
-    for (auto const id : {ID::DebugView, ID::ReviewInQuillo, ID::SigninPrompt, ID::CopyLinkSection,
-                          ID::EncodingProgress}) {
-        Show(id);
-        for (auto* const widget : WidgetOf(*view).findChildren<QWidget*>()) {
-            if (!(widget->focusPolicy() & Qt::TabFocus) || !widget->isVisible()) continue;
-            auto* const accessible = QAccessible::queryAccessibleInterface(widget);
-            ASSERT_NE(accessible, nullptr);
-            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
-                << int(id) << " " << widget->metaObject()->className();
-        }
-    }
-}
-
 }  // namespace
 }  // namespace quillomoxui::view

@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "moxcore/debug/Trace.h"
 #include "moxcore/string/Conversions.h"
 #include "quillomoxui/model/QuilloAccount.h"
 #include "quillomoxui/model/QuilloUser.h"
 #include "quillomoxui/model/QuilloWorkspace.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
 #include "tests/support/DrainMainThread.h"
+#include "tests/support/TraceLog.h"
 
 namespace quillomoxui {
 namespace {
@@ -24,22 +24,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr char kNullGuid[] = "00000000-0000-0000-0000-000000000000";
-
-/// What is traced while it lives.
-class TraceLog {
-public:
-    explicit TraceLog(int level) {
-        moxcore::debug::SetTraceLevel("QuilloNative", level);
-        moxcore::debug::SetTraceSink(
-            [this](int, std::string const&, std::string const& text) { texts.push_back(text); });
-    }
-    ~TraceLog() {
-        moxcore::debug::SetTraceSink(nullptr);
-        moxcore::debug::SetTraceLevel("QuilloNative", -1);
-        testsupport::DrainMainThread();
-    }
-    std::vector<std::string> texts;
-};
 
 /// Counts how often it is walked over.
 struct Watched : QuilloWorkspace {
@@ -53,6 +37,7 @@ struct Watched : QuilloWorkspace {
 
 class TraceTest : public testing::Test {
 protected:
+    ~TraceTest() override { testsupport::DrainMainThread(); }
     TraceTest() {
         user->SetInitialName(UTF8to16("Jane"));
         account->SetInitialName(UTF8to16("Stu\xC3\xA9"));
@@ -70,12 +55,12 @@ protected:
 };
 
 TEST_F(TraceTest, WritesTheStateAndTheTree) {
-    TraceLog log(5);
+    testsupport::TraceLog log(5);
     viewModel->SetCurrentViewID(ShareForReviewViewID::UploadInProgress);
     viewModel->SetReviewLinkURL(UTF8to16("http://x/r/1"));
     viewModel->Debug_TraceToConsole();
     auto const line = [](std::string const& start) { return start + "  " + kNullGuid + "\n"; };
-    EXPECT_THAT(log.texts,
+    EXPECT_THAT(log.Take(),
                 ElementsAre("ShareForReviewViewModel\n"
                             "CurrentViewID :  (unknown ShareForReviewViewID value)\n"
                             "ReviewLinkURL :  http://x/r/1\n" +
@@ -85,14 +70,14 @@ TEST_F(TraceTest, WritesTheStateAndTheTree) {
 }
 
 TEST_F(TraceTest, SwitchedOffItIsSilentAndWalksTheTreeAllTheSame) {
-    TraceLog log(4);
+    testsupport::TraceLog log(4);
     workspace->visits = 0;
     viewModel->Debug_TraceToConsole();
-    EXPECT_THAT(log.texts, IsEmpty());
+    EXPECT_THAT(log.Take(), IsEmpty());
     EXPECT_GT(workspace->visits, 0);
     moxcore::debug::SetTraceLevel("QuilloNative", 5);
     viewModel->Debug_TraceToConsole();
-    EXPECT_EQ(log.texts.size(), 2u);
+    EXPECT_EQ(log.Take().size(), 2u);
 }
 
 TEST(ViewIDText, NamesTheViewsThatHaveAName) {

@@ -273,20 +273,43 @@ TEST_F(WorkflowTest, SignedOutAShareFailsAtTheStepThatNeedsTheService) {
     EXPECT_EQ(failures.All().back().step, quillocommon::Step::Upload);
 }
 
-TEST_F(WorkflowTest, TheShareGoesOnBehindAClosedPopupAndReopensWhereItIs) {
+TEST_F(WorkflowTest, ClosedAtAnyMomentThePopupReopensWhereTheShareIsAndTheShareGoesOn) {
+    struct {
+        char const* moment;
+        std::function<void()> reach;
+        std::uint32_t status;
+        View view;
+    } const moments[] = {
+        {"before", [&] { user->SetSelection(folder); }, EncodingStatus::None, View::ReviewInQuillo},
+        {"queued", [&] { viewModel->ProcessAssetForReview(); }, EncodingStatus::Queued,
+         View::WaitingInQueue},
+        {"exporting", [&] { viewModel->SetEncodingStatus({EncodingStatus::Encoding}); },
+         EncodingStatus::Encoding, View::EncodingProgress},
+        {"uploading",
+         [&] {
+             std::ofstream(host.exports.back()) << "movie";
+             viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+         },
+         EncodingStatus::Uploading, View::UploadInProgress},
+        {"failed", [&] { executor.AdvanceBy(std::chrono::hours(1)); }, EncodingStatus::UploadFailed,
+         View::ReviewInQuillo},
+        {"shared again", [&] { Share(); }, EncodingStatus::UploadComplete, View::CopyLinkSection},
+    };
+    On("POST /v1/uploads", R"({"error":{"code":"forbidden","message":"no"}})", 403);
     viewModel->StartShareForReviewPopup();
-    user->SetSelection(folder);
-    viewModel->ProcessAssetForReview();
-    viewModel->SetCurrentViewID(View::None);
-    Seen();
-    viewModel->SetEncodingStatus({EncodingStatus::Encoding});
-    std::ofstream(host.exports.back()) << "movie";
-    viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
-    executor.AdvanceBy(std::chrono::hours(1));
-    EXPECT_THAT(Seen(), IsEmpty());
+    for (auto const& one : moments) {
+        SCOPED_TRACE(one.moment);
+        viewModel->SetCurrentViewID(View::None);  // as the popup does when it is dismissed
+        Seen();
+        one.reach();
+        EXPECT_THAT(Seen(), IsEmpty()) << "the popup stays closed";
+        EXPECT_EQ(viewModel->GetEncodingStatus().status, one.status);
+        viewModel->StartShareForReviewPopup();
+        EXPECT_THAT(Seen(), ElementsAre(one.view));
+        if (one.status == EncodingStatus::UploadFailed) Ignore("POST /v1/uploads");
+    }
     EXPECT_FALSE(IsExportKept());
-    viewModel->StartShareForReviewPopup();
-    EXPECT_THAT(Seen(), ElementsAre(View::CopyLinkSection));
+    EXPECT_EQ(tus.uploads.size(), 1u);
 }
 
 TEST_F(WorkflowTest, ThePopupOpensOnTheViewThatTheStateCallsFor) {

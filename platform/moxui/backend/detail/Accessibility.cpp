@@ -7,6 +7,7 @@
 
 #include "moxui/backend/detail/DropDown.h"
 #include "moxui/backend/detail/PushButton.h"
+#include "moxui/backend/detail/ScrollWidget.h"
 #include "moxui/backend/detail/ViewWidget.h"
 
 namespace moxui::backend {
@@ -148,11 +149,33 @@ private:
     DropDown& Shown() const { return *static_cast<DropDown*>(widget()); }
 };
 
+/// A list of rows, to a screen reader; the focus is with the rows where there are some.
+class AccessibleScroll : public QAccessibleWidget {
+public:
+    explicit AccessibleScroll(ScrollWidget* scroll) : QAccessibleWidget(scroll) {}
+
+    QAccessible::Role role() const override {
+        return HasRows() ? QAccessible::List : QAccessible::Grouping;
+    }
+    QAccessible::State state() const override {
+        auto state = QAccessibleWidget::state();
+        state.focusable = !HasRows();
+        return state;
+    }
+
+private:
+    [[nodiscard]] bool HasRows() const {
+        return static_cast<ScrollWidget*>(widget())->RowForTab() != nullptr;
+    }
+};
+
 QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
     if (auto* const view = qobject_cast<ViewWidget*>(object)) return new AccessibleView(view);
     if (auto* const button = qobject_cast<PushButton*>(object)) return new AccessibleButton(button);
     if (auto* const dropDown = dynamic_cast<DropDown*>(object))
         return new AccessibleDropDown(dropDown);
+    if (auto* const scroll = dynamic_cast<ScrollWidget*>(object))
+        return new AccessibleScroll(scroll);
     return nullptr;
 }
 
