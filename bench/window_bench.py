@@ -34,7 +34,7 @@ class Share(WindowTest):
         report = self.directory / "watchdog"
         window = self.window(self.clip, "--watchdog", report, service=service)
         window.click("Button", "Share for Review")
-        window.click("Button", "Sign in to Quillo")
+        self.sign_in(window)
         window.see("Button", "Share")
         window.click("Link", "Feature Films/*")
         window.click("Button", "Cancel")

@@ -186,6 +186,11 @@ class WindowTest(EndToEnd):
         self.addCleanup(window.abandon)
         return window
 
+    def sign_in(self, window, work="click"):
+        """Signs in from the popup; who it is that shares is settled then."""
+        getattr(window, work)("Button", "Sign in to Quillo")
+        window.hear("Signed in as ")
+
     def close(self, window, expect=0):
         """Ends the window as the user does; what it printed."""
         window.key("ctrl+q")

@@ -24,16 +24,10 @@ class WindowTests(WindowTest):
         self.assertEqual(self.exported_files(), [])
         return link
 
-    def sign_in(self, window):
-        """Opens the popup and signs in, with the mouse."""
-        window.click("Button", "Share for Review")
-        window.click("Button", "Sign in to Quillo")
-        window.hear("Signed in as ")
-        window.see("Button", "Share")
-
     def begin_export(self, service=None):
         """A window that exports a movie; its popup is open."""
         window = self.window(self.long, service=service)
+        window.click("Button", "Share for Review")
         self.sign_in(window)
         self.choose_location(window)
         window.click("Button", "Share")
@@ -53,6 +47,7 @@ class WindowTests(WindowTest):
     def test_shares_with_the_mouse(self):
         service = self.service()
         window = self.window(self.clip, service=service)
+        window.click("Button", "Share for Review")
         self.sign_in(window)
         self.choose_location(window)
         window.click("Button", "Share")
@@ -79,8 +74,7 @@ class WindowTests(WindowTest):
         window.see("Button", "Share for Review")
         window.activate()
         window.key("ctrl+shift+e")
-        window.press("Button", "Sign in to Quillo")
-        window.hear("Signed in as ")
+        self.sign_in(window, "press")
         window.press("Link", "Select Quillo Location...")
         window.see("ListItem", "*")
         window.go_to("ComboBox", "Account")
@@ -103,6 +97,7 @@ class WindowTests(WindowTest):
         service = self.service()
         before = self.share(self.clip, "--to", f"{RIVER}/VFX/Shot 2", service=service)
         window = self.window(self.clip, service=service)
+        window.click("Button", "Share for Review")
         self.sign_in(window)
         window.see("Link", "Feature Films/The Long River/VFX/Shot 2")
         window.click("Button", "Share")
