@@ -1,6 +1,7 @@
 #include "quillomoxui/view/FolderTree.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 #include "moxcore/threads/AsyncCallFromMainThread.h"
@@ -13,8 +14,9 @@ using std::chrono::steady_clock;
 
 namespace {
 
-/// The longest that the event loop waits for one slice: half of a screen's frame.
-constexpr std::chrono::milliseconds kSlice{6};
+/// A quarter of a screen's frame: what the properties of the new rows' folders deliver, and the
+/// layout, come on top.
+constexpr std::chrono::milliseconds kSlice{4};
 /// After how many rows the clock is looked at.
 constexpr std::size_t kRowsPerLook = 32;
 

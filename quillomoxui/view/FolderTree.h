@@ -3,9 +3,9 @@
 #include <chrono>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 #include "moxui/controls/UI_MultiColumnTree.h"
@@ -73,8 +73,8 @@ private:
     std::function<void()> const onRowsChanged;
 
     std::vector<std::unique_ptr<Entry>> entries;  // all of them; the first is the root's
-    std::unordered_map<moxui::controls::UI_MultiColumnTreeRow const*, Entry*> byRow;
-    std::unordered_multimap<QuilloFolder const*, Entry*> byFolder;
+    std::map<moxui::controls::UI_MultiColumnTreeRow const*, Entry*> byRow;
+    std::multimap<QuilloFolder const*, Entry*> byFolder;
     std::deque<Entry*> due;  // those whose list or rows are to be looked at
     bool isScheduled = false;
     bool fetchesAhead = false;

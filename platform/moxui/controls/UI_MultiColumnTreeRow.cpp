@@ -1,6 +1,25 @@
 #include "moxui/controls/UI_MultiColumnTreeRow.h"
 
+#include <memory_resource>
+
 namespace moxui::controls {
+namespace {
+
+std::pmr::memory_resource& RowMemory() {
+    // Never destroyed: a row may be held until the process ends.
+    static auto& memory = *new std::pmr::unsynchronized_pool_resource;
+    return memory;
+}
+
+}  // namespace
+
+void* UI_MultiColumnTreeRow::operator new(std::size_t size) {
+    return RowMemory().allocate(size, alignof(UI_MultiColumnTreeRow));
+}
+
+void UI_MultiColumnTreeRow::operator delete(void* memory, std::size_t size) noexcept {
+    RowMemory().deallocate(memory, size, alignof(UI_MultiColumnTreeRow));
+}
 
 boost::intrusive_ptr<UI_MultiColumnTreeRow> UI_MultiColumnTreeRow::GetParentRow() const {
     bool const isAtTheTop = level <= 1;

@@ -17,13 +17,17 @@ namespace moxui::controls {
 /// key of an ordered map. A row that its tree has deleted has no parent and no children. Main
 /// thread, references included.
 ///
-/// Rows are made by the ten thousands: a row is one allocation, and its children are a list until
+/// Rows are made by the ten thousands: a row is one allocation, beside those of the rows made
+/// before it, since the view goes through all of them in one turn; its children are a list until
 /// somebody asks for one of them by its place.
 class MOXUI_API UI_MultiColumnTreeRow final
     : public boost::intrusive_ref_counter<UI_MultiColumnTreeRow, boost::thread_unsafe_counter> {
 public:
     UI_MultiColumnTreeRow(UI_MultiColumnTreeRow const&) = delete;
     UI_MultiColumnTreeRow& operator=(UI_MultiColumnTreeRow const&) = delete;
+
+    static void* operator new(std::size_t size);
+    static void operator delete(void* memory, std::size_t size) noexcept;
 
     /// Null for a row at the top.
     [[nodiscard]] boost::intrusive_ptr<UI_MultiColumnTreeRow> GetParentRow() const;

@@ -1,21 +1,29 @@
 #include "moxui/backend/detail/TreeOpener.h"
 
-#include <utility>
+#include <chrono>
 
 #include "moxui/backend/detail/TreeWidget.h"
 
 namespace moxui::backend {
 namespace {
 
-constexpr int kRowsAtOnce = 2000;
+/// A quarter of a screen's frame.
+constexpr std::chrono::milliseconds kSlice{4};
+/// After how many rows the clock is looked at.
+constexpr int kRowsPerLook = 64;
+constexpr int kMostAtOnce = 2000;
 
 }  // namespace
 
 void TreeOpener::Start(TreeModel::Row& row) {
     top = &row;
     next = TreeModel::NextBelow(row, row);
+    GoOn();
+}
+
+void TreeOpener::GoOn() {
     // A timer and no posted event: what the user does in the meantime comes first.
-    timer.start(0, this);
+    if (IsOpening()) timer.start(0, this);
 }
 
 void TreeOpener::Stop() {
@@ -26,17 +34,22 @@ void TreeOpener::Stop() {
 
 void TreeOpener::timerEvent(QTimerEvent*) {
     tree.ShowAppended();
-    bool hasOpened = false;
-    for (int i = 0; next && i < kRowsAtOnce; ++i) {
+    auto const end = std::chrono::steady_clock::now() + kSlice;
+    int opened = 0;
+    for (int i = 1; next && opened < kMostAtOnce; ++i) {
+        if (i % kRowsPerLook == 0 && std::chrono::steady_clock::now() >= end) break;
         auto& row = *next;
         if (row.GetChildCount() > 0 && !TreeModel::IsOpen(row)) {
             // While a layout is due anyway, the view only takes note of what is open.
-            if (!std::exchange(hasOpened, true)) tree.ScheduleLayout();
+            if (opened++ == 0) tree.ScheduleLayout();
             tree.Open(row);
         }
         next = TreeModel::NextBelow(*top, row);
     }
-    if (!next) Stop();
+    if (!next)
+        Stop();
+    else if (opened > 0)
+        timer.stop();
 }
 
 }  // namespace moxui::backend

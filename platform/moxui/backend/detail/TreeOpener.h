@@ -21,6 +21,9 @@ public:
     void Start(TreeModel::Row& row);
     /// Leaves the others closed.
     void Stop();
+    /// Called when the view has laid out what is open: only then are more rows opened, so that the
+    /// event loop runs between the two.
+    void GoOn();
 
 protected:
     void timerEvent(QTimerEvent* event) override;

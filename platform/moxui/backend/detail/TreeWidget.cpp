@@ -156,6 +156,11 @@ int TreeWidget::sizeHintForColumn(int column) const {
     return header()->sectionSize(column);
 }
 
+void TreeWidget::doItemsLayout() {
+    QTreeView::doItemsLayout();
+    opener.GoOn();
+}
+
 void TreeWidget::FitColumns() {
     // Names end where the tree does, so that a column needs more room than there is only for rows
     // that begin far from its edge.

@@ -50,6 +50,7 @@ public:
     void SetRowHeight(int height);
 
     int sizeHintForColumn(int column) const override;
+    void doItemsLayout() override;
 
 protected:
     void drawRow(QPainter* painter, QStyleOptionViewItem const& option,
