@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <algorithm>
 #include <array>
+#include <map>
 #include <vector>
 
 #include "moxui/backend/detail/Conversions.h"
@@ -217,9 +218,11 @@ float ThemeProvider::GetSize(ThemeSize size) const {
 }
 
 std::string ValidateFontName(std::string const& name) {
-    return QFontDatabase::hasFamily(QString::fromStdString(name))
-               ? name
-               : ThemeProvider::Get().GetFontName(0);
+    // Each heading of a list asks, and the system takes its time to answer.
+    static std::map<std::string, bool> known;
+    auto const [place, isNew] = known.try_emplace(name);
+    if (isNew) place->second = QFontDatabase::hasFamily(QString::fromStdString(name));
+    return place->second ? name : ThemeProvider::Get().GetFontName(0);
 }
 
 bool IsRunningV7OrBeyond() {
