@@ -1,49 +1,19 @@
 """Signing in to a service that trusts nobody on this machine: in a browser, through the user."""
 
 import os
-import pathlib
 import re
-import shlex
 import signal
 import socket
-import sys
 import unittest.mock
 import urllib.parse
 import urllib.request
 
-from programs import PATIENCE, EndToEnd, processes_of, wait_for_end
+from browsers import BrowserTest
+from programs import PATIENCE
+from window import WindowTest
 
-BROWSER = pathlib.Path(__file__).with_name("browser.py")
 
-
-class BrowserTests(EndToEnd):
-
-    def setUp(self):
-        super().setUp()
-        self.log = self.directory / "visited"
-        self.addCleanup(self.note_visits)  # before the check for leaks
-
-    def note_visits(self):
-        """What the addresses hold that only the browser may know."""
-        for query in (urllib.parse.urlsplit(url).query for url in self.visited()):
-            for name, value in urllib.parse.parse_qsl(query):
-                if name in ("state", "code", "code_challenge"):
-                    self.secrets.add(value)
-
-    def visited(self):
-        """Where the browsers have been, once they have ended."""
-        for pid in processes_of(str(self.log)):
-            wait_for_end(pid)
-        return self.log.read_text().splitlines() if self.log.exists() else []
-
-    def browser(self, user, name="browser"):
-        """A program that does with a page what `user` does."""
-        program = self.directory / "bin" / name
-        program.parent.mkdir(exist_ok=True)
-        program.write_text("#!/bin/sh\nexec " + shlex.join([sys.executable, str(BROWSER), user, str(self.log)]) +
-                           ' "$@"\n')
-        program.chmod(0o700)
-        return program
+class BrowserTests(BrowserTest):
 
     def sign_in(self, service, user="allow"):
         return self.host("sign-in", "--browser", self.browser(user), service=service)
@@ -116,3 +86,21 @@ class BrowserTests(EndToEnd):
                 self.assertIn("as Robin Ellery", self.sign_in(service)[0])
                 pages = [url for url in self.visited()[visits:] if "response_type=" in url]
                 self.assertEqual(len(pages), 1)
+
+
+class BrowserWindowTests(BrowserTest, WindowTest):
+
+    def test_the_popup_goes_on_when_the_user_comes_back(self):
+        service = self.service(trusting=False)
+        window = self.window(self.clip, "--browser", self.browser("deny"), service=service)
+        window.click("Button", "Share for Review")
+        window.click("Button", "Sign in to Quillo")
+        window.hear("the access was denied in the browser")
+        self.browser("crash")
+        window.click("Button", "Sign in to Quillo")
+        window.hear("ended with exit status 7")
+        self.browser("allow")
+        self.sign_in(window)
+        window.see("Link", "Select Quillo Location...")
+        window.dismiss("Button", "Share")
+        self.close(window)
