@@ -5,10 +5,15 @@
 namespace moxui::controls {
 namespace {
 
+/// Keeps what it has taken, for the next tree.
 std::pmr::memory_resource& RowMemory() {
+#ifdef __SANITIZE_ADDRESS__
+    return *std::pmr::new_delete_resource();  // a pool would hide what is used after its end
+#else
     // Never destroyed: a row may be held until the process ends.
     static auto& memory = *new std::pmr::unsynchronized_pool_resource;
     return memory;
+#endif
 }
 
 }  // namespace
