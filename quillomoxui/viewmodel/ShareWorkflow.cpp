@@ -245,25 +245,27 @@ void ShareForReviewViewModel::StartUpload() {
 }
 
 void ShareForReviewViewModel::FinalizeUpload() {
-    if (!CopyFields().isNewVersionStack) return DeleteOutputFileAndShowLink();
+    auto const now = CopyFields();
+    if (!now.isNewVersionStack) return DeleteOutputFileAndShowLink();
 
     auto const assetID = ReadAssetGuid(assetdata::kUploadedAssetGuid);
     auto const linkID = ReadAssetGuid(assetdata::kReviewLinkGuid);
     std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    model::AddAssetToLink(assetID, linkID, [weak, added = CopyFields()](bool ok) {
-        auto const self = weak.lock();
-        if (!self || !ok) return;
-        bool isCurrent = false;
-        {
-            std::lock_guard lock(self->mutex);
-            isCurrent = self->fields.processingID == added.processingID;
-            if (isCurrent) self->fields.isNewVersionStack = false;
-        }
-        if (isCurrent) return self->DeleteOutputFileAndShowLink();
-        // The next share has begun meanwhile: what is shown, and what there is to do, is its own.
-        if (self->CopyFields().outputFilePath != added.outputFilePath)
-            File(added.outputFilePath, 0).Delete();
-    });
+    model::AddAssetToLink(assetID, linkID,
+                          [weak, addedIn = now.processingID, path = now.outputFilePath](bool ok) {
+                              auto const self = weak.lock();
+                              if (!self || !ok) return;
+                              bool isCurrent = false;
+                              {
+                                  std::lock_guard lock(self->mutex);
+                                  isCurrent = self->fields.processingID == addedIn;
+                                  if (isCurrent) self->fields.isNewVersionStack = false;
+                              }
+                              if (isCurrent) return self->DeleteOutputFileAndShowLink();
+                              // The next share has begun meanwhile: what is shown, and what there
+                              // is to do, is its own.
+                              if (self->CopyFields().outputFilePath != path) File(path, 0).Delete();
+                          });
 }
 
 void ShareForReviewViewModel::DeleteOutputFileAndShowLink() {
