@@ -4,10 +4,10 @@
     bench/window_bench.py build/release/bin [latency in ms]
 
 Shares a movie from the window, on an X server of its own, with a service that lets each answer wait. Prints the
-longest events, by the class that received them and their type (a number of QEvent::Type: 43 runs the main thread's
-queue and what was posted to a thread, 77 and 206 draw). "too long" counts those that took more than 16 ms, "worked" is
-the part of the longest in which the thread had a processor; for the rest another program had it, or the thread waited.
-The longest of the main thread's queue is the host's own: it starts ffmpeg for the export.
+longest events, by the class that received them, or whose window did, and their type (a number of QEvent::Type: 43
+runs the main thread's queue and what was posted to a thread, 77 and 206 draw). "too long" counts those that took more
+than 16 ms, "worked" is the part of the longest in which the thread had a processor; for the rest another program had
+it, or the thread waited. The longest of the main thread's queue is the host's own: it starts ffmpeg for the export.
 """
 
 import json

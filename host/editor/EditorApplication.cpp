@@ -1,6 +1,8 @@
 #include "host/editor/EditorApplication.h"
 
 #include <QThread>
+#include <QWidget>
+#include <QWindow>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -33,6 +35,15 @@ void ExitWithoutDisplay(QtMsgType type, QMessageLogContext const&, QString const
     std::_Exit(static_cast<int>(ExitCode::Other));
 }
 
+/// The class of what receives an event; for a window, which Qt makes alike for all, of the widget
+/// that it is of.
+char const* ClassOf(QObject const& receiver) {
+    if (receiver.isWindowType())
+        for (auto const* const widget : QApplication::topLevelWidgets())
+            if (widget->windowHandle() == &receiver) return widget->metaObject()->className();
+    return receiver.metaObject()->className();
+}
+
 /// Stands before the application's own construction.
 int& CountWhileWatchingForDisplay() {
     qInstallMessageHandler(ExitWithoutDisplay);
@@ -58,8 +69,7 @@ EditorApplication::~EditorApplication() {
 bool EditorApplication::notify(QObject* receiver, QEvent* event) {
     if (!watchdogFile || thread() != QThread::currentThread())
         return QApplication::notify(receiver, event);
-    watchdog.Begin(receiver->metaObject()->className(), event->type(), thread()->loopLevel(),
-                   Watchdog::Now());
+    watchdog.Begin(ClassOf(*receiver), event->type(), thread()->loopLevel(), Watchdog::Now());
     bool const result = QApplication::notify(receiver, event);
     watchdog.End(Watchdog::Now());
     return result;
