@@ -13,7 +13,6 @@ namespace {
 constexpr int kBusyMilliseconds = 10'000;
 
 constexpr char const* kSchema = R"(
-    PRAGMA journal_mode = WAL;
     BEGIN IMMEDIATE;
     CREATE TABLE IF NOT EXISTS library (
         only INTEGER PRIMARY KEY CHECK (only = 1), guid TEXT NOT NULL);

@@ -67,27 +67,38 @@ TEST_F(AssetStoreTest, NamesAMovieByItsPathWhateverBytesThatHas) {
     EXPECT_EQ(AssetStore(file, "two").AssetOf("/films/\xFF'.mov").movie, movie.movie);
 }
 
-TEST_F(AssetStoreTest, IsSharedByProcessesThatWriteAtOnce) {
-    constexpr int kProcesses = 4;
-    constexpr int kWrites = 25;
+/// Also by those that find no store yet, and of which one makes it.
+TEST_F(AssetStoreTest, IsSharedByProcessesThatBeginAndWriteAtOnce) {
+    constexpr int kProcesses = 8;
+    constexpr int kWrites = 3;
     Guid const stack = Guid::CreateUnique();
-    for (int i = 0; i < kProcesses; ++i) {
-        if (fork() != 0) continue;
-        try {
-            AssetStore store(file, "one");
-            for (int write = 0; write < kWrites; ++write)
-                store.AddVersion(stack);
-            _exit(0);
-        } catch (...) {
-            _exit(1);
+    for (int round = 0; round < 30; ++round) {
+        auto const shared = directory.Path() / std::to_string(round);
+        int gate[2];
+        ASSERT_EQ(pipe(gate), 0);
+        for (int i = 0; i < kProcesses; ++i) {
+            if (fork() != 0) continue;
+            close(gate[1]);
+            char opened = 0;
+            bool const waited = read(gate[0], &opened, 1) == 0;
+            try {
+                AssetStore store(shared, "one");
+                for (int write = 0; write < kWrites; ++write)
+                    store.AddVersion(stack);
+                _exit(waited ? 0 : 1);
+            } catch (...) {
+                _exit(1);
+            }
         }
+        close(gate[0]);
+        close(gate[1]);
+        for (int i = 0; i < kProcesses; ++i) {
+            int status = 0;
+            ASSERT_GT(wait(&status), 0);
+            EXPECT_EQ(status, 0);
+        }
+        EXPECT_EQ(AssetStore(shared, "one").CountVersions(stack), kProcesses * kWrites);
     }
-    for (int i = 0; i < kProcesses; ++i) {
-        int status = 0;
-        ASSERT_GT(wait(&status), 0);
-        EXPECT_EQ(status, 0);
-    }
-    EXPECT_EQ(AssetStore(file, "one").CountVersions(stack), kProcesses * kWrites);
 }
 
 TEST_F(AssetStoreTest, SaysWhichFileCannotBeUsed) {
