@@ -1,0 +1,169 @@
+#include <gmock/gmock.h>
+
+#include "moxcore/debug/DebugDatabase.h"
+#include "quilloclient/ServiceDatastore.h"
+#include "quillomoxui/viewmodel/AssetDataKeys.h"
+#include "tests/quillomoxui/viewmodel/WorkflowTest.h"
+
+namespace quillomoxui {
+namespace {
+
+using View = ShareForReviewViewID;
+using moxcore::string::UTF16to8;
+using moxcore::string::UTF8to16;
+using moxcore::utility::Guid;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST_F(WorkflowTest, ThePopupOpensOnTheViewThatTheStateCallsFor) {
+    struct {
+        std::uint32_t status;
+        View view;
+    } const cases[] = {{0, View::ReviewInQuillo},   {1, View::WaitingInQueue},
+                       {2, View::EncodingProgress}, {4, View::ReviewInQuillo},
+                       {6, View::UploadInProgress}, {8, View::ReviewInQuillo}};
+    for (auto const& one : cases) {
+        viewModel->SetEncodingStatus({one.status});
+        viewModel->SetCurrentViewID(View::None);
+        viewModel->SetCurrentViewID(View::SelectFolder);
+        EXPECT_EQ(viewModel->GetCurrentViewID(), View::None) << one.status;
+        viewModel->StartShareForReviewPopup();
+        EXPECT_EQ(viewModel->GetCurrentViewID(), one.view) << one.status;
+    }
+    viewModel->SetUser(std::make_shared<QuilloUser>());
+    viewModel->StartShareForReviewPopup();
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::SigninPrompt);
+
+    auto& switches = moxcore::debug::DebugDatabase::Instance();
+    std::pair<std::string, View> const debugViews[] = {
+        {"UnifiedHeader.ShowQuilloNativeShareButtonEncodingProgressView", View::EncodingProgress},
+        {"UnifiedHeader.ShowQuilloNativeShareButtonCopyLinkView", View::CopyLinkSection},
+        {"UnifiedHeader.ShowQuilloNativeShareButtonDebugView", View::DebugView},
+    };
+    for (auto const& [key, view] : debugViews) {  // each goes before those already on
+        switches.SetEntry(key, true);
+        viewModel->StartShareForReviewPopup();
+        EXPECT_EQ(viewModel->GetCurrentViewID(), view);
+    }
+    for (auto const& entry : debugViews)
+        switches.RemoveEntry(entry.first);
+}
+
+TEST_F(WorkflowTest, ARepeatedStatusShowsItsViewAgain) {
+    viewModel->SetEncodingStatus({EncodingStatus::Queued});
+    viewModel->SetCurrentViewID(View::ReviewInQuillo);
+    viewModel->SetEncodingStatus({EncodingStatus::Queued});
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::WaitingInQueue);
+    EncodingStatusNotifyingPropertyHost& property = *viewModel;
+    property.SetEncodingStatus({EncodingStatus::Encoding});
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::EncodingProgress);
+}
+
+TEST_F(WorkflowTest, LoginSetsTheUserThatTheServiceNames) {
+    On("GET /v1/me", std::string(R"({"user":{"id":")") + kProject + R"(","name":"Jane"}})");
+    On("GET /v1/accounts", R"({"accounts":[]})");
+    std::promise<void> arrived;
+    auto const binding = viewModel->UserNotifyingPropertyHost::BindValueChanged(
+        [&](std::shared_ptr<QuilloUser> const& now) {
+            if (UTF16to8(now->GetName()) == "Jane") arrived.set_value();
+        });
+    viewModel->Login();
+    moxcore::threads::MainThread::RunUntil([has = arrived.get_future().share()] {
+        return has.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    });
+    EXPECT_TRUE(viewModel->GetIsLoggedIn());
+    ShareForReviewViewModel onTheStack;
+    EXPECT_THROW(onTheStack.Login(), std::bad_weak_ptr);
+}
+
+TEST_F(WorkflowTest, WithTheClientLibraryLoginMovesTheViewAndSharesAsEver) {
+    auto& switches = moxcore::debug::DebugDatabase::Instance();
+    switches.SetEntry("QuilloNative.UseQuilloCppSdk", false);
+    quillo::QuilloDatastore::SetDatastore(quillo::ServiceDatastore::Create());
+    ServeTree();
+    viewModel->StartShareForReviewPopup();
+    viewModel->Login();
+    executor.RunUntil([&] {
+        return viewModel->GetUser() != user && !viewModel->GetUser()->GetAccounts().empty();
+    });
+    user = viewModel->GetUser();
+    EXPECT_EQ(UTF16to8(user->GetName()), "Jane");
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::ReviewInQuillo);
+    EXPECT_FALSE(viewModel->GetIsLoggedIn());
+
+    project = user->GetAccounts().at(0)->GetWorkspaces().at(1)->GetProjects().at(1);
+    folder = project->GetRootFolder();
+    On("POST /v1/projects/" + project->GetID().AsStdString() + "/review-links",
+       std::string(R"({"review_link":{"id":")") + kLink + R"(","url":")" + kUrl + R"("}})", 201);
+    user->SetSelection(folder);
+    testsupport::DrainMainThread();
+    // All lists change, and nobody keeps what there was.
+    auto const before = std::exchange(folder, nullptr);
+    project.reset();
+    user->FetchChildren();
+    executor.RunUntil([&] {
+        testsupport::DrainMainThread();
+        return user->GetSelection() != before;
+    });
+    folder = user->GetSelection();
+    ASSERT_TRUE(folder);
+    Share();
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
+    EXPECT_EQ(host.data[assetdata::kUploadFolderGuid], before->GetID().AsStdString());
+
+    viewModel->Logout();
+    EXPECT_TRUE(viewModel->GetUser()->GetID().IsNull());
+    EXPECT_FALSE(model::QuilloCppSdkIntegration::GetQuilloClient());
+    user->FetchChildren();
+    executor.AdvanceBy(std::chrono::minutes(10));
+    EXPECT_EQ(user->GetFetchChildrenState(), FetchChildrenState::Fetching)
+        << "the datastore is signed out as well";
+    quillo::QuilloDatastore::SetDatastore(nullptr);
+    switches.RemoveEntry("QuilloNative.UseQuilloCppSdk");
+}
+
+TEST_F(WorkflowTest, ThePickerOfTheSharePopupStoresTheFolderAndReturns) {
+    viewModel->StartShareForReviewPopup();
+    viewModel->LocationPickerSelectionCommitted();
+    EXPECT_THAT(host.data, IsEmpty());
+    user->SetSelection(folder);
+    viewModel->SetCurrentViewID(View::SelectFolder);
+    viewModel->LocationPickerSelectionCommitted();
+    EXPECT_EQ(host.data[assetdata::kUploadFolderGuid], kFolder);
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::ReviewInQuillo);
+    viewModel->SetCurrentViewID(View::SelectFolder);
+    viewModel->LocationPickerCancelled();
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::ReviewInQuillo);
+}
+
+TEST_F(WorkflowTest, ThePickerAloneTellsItsCallerOnceAndStoresNothing) {
+    project->SetRootFolder(folder);
+    workspace->SetInitialName(UTF8to16("Promos"));
+    project->SetInitialName(UTF8to16("Spot"));
+    struct {
+        bool choose;
+        std::shared_ptr<QuilloFolder> selection;
+        std::string id, path;
+    } const cases[] = {
+        {true, folder, kFolder, "Promos/Spot"},
+        {true, nullptr, Guid().AsStdString(), ""},
+        {false, folder, Guid().AsStdString(), ""},
+    };
+    for (auto const& one : cases) {
+        std::vector<std::string> log;
+        auto const picker = std::make_shared<ShareForReviewViewModel>();
+        host.Connect(*picker);
+        picker->SelectLocationAPI(user, [&](Guid const& id, UTF16String const& path) {
+            EXPECT_EQ(picker->GetCurrentViewID(), View::None);
+            log.push_back(id.AsStdString() + " " + UTF16to8(path));
+        });
+        EXPECT_EQ(picker->GetCurrentViewID(), View::SelectProject);
+        user->SetSelection(one.selection);
+        one.choose ? picker->LocationPickerSelectionCommitted() : picker->LocationPickerCancelled();
+        EXPECT_THAT(log, ElementsAre(one.id + " " + one.path));
+    }
+    EXPECT_THAT(host.data, IsEmpty());
+}
+
+}  // namespace
+}  // namespace quillomoxui
