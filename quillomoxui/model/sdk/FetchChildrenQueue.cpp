@@ -39,11 +39,8 @@ QUEUE::FetchChildrenQueue(std::int64_t initialLimit, std::chrono::seconds initia
       window(initialWindow) {}
 
 QUEUE_TEMPLATE
-QUEUE::~FetchChildrenQueue() = default;
-
-QUEUE_TEMPLATE
 void QUEUE::Push(std::shared_ptr<QuilloNode> const& node, Callback callback) {
-    auto request = std::make_shared<RequestData>(node, std::move(callback));
+    auto request = std::make_shared<RequestData>(RequestData{node, std::move(callback), {}});
     std::lock_guard lock(mutex);
     pending.push_back(std::move(request));
     Start(std::chrono::seconds(0));
@@ -162,7 +159,7 @@ void QUEUE::Pop(std::shared_ptr<QuilloNode> const& node) {
 
 QUEUE_TEMPLATE
 void QUEUE::Retry(std::shared_ptr<QuilloNode> const& node, Callback callback) {
-    auto request = std::make_shared<RequestData>(node, std::move(callback));
+    auto request = std::make_shared<RequestData>(RequestData{node, std::move(callback), {}});
     std::lock_guard lock(mutex);
     Retire(node);
     pending.push_front(std::move(request));

@@ -38,7 +38,7 @@ public:
     using Answer = moxcore::async::Future<std::shared_ptr<Response>>;
     using Continuation = moxcore::utility::UniqueFunction<void(Answer const&)>;
 
-    ~FetchChildrenQueue() override;
+    ~FetchChildrenQueue() override = default;
 
     /// Sends one request through the shared client and attaches `continuation` to its answer.
     virtual moxcore::async::Future<void> RequestChildren(quillocommon::Guid const& parentID,
