@@ -7,13 +7,19 @@
 namespace moxui::backend {
 
 FocusMemory::FocusMemory(QWidget& window) : window(window) {
-    QObject::connect(qApp, &QApplication::focusChanged, &window, [this](QWidget*, QWidget* now) {
+    auto const onFocusChanged = [this](QWidget*, QWidget* now) {
         if (!now || !this->window.isAncestorOf(now)) return;
         if (auto const* const control = QAccessible::queryAccessibleInterface(now)) {
             role = control->role();
             name = control->text(QAccessible::Name);
         }
-    });
+    };
+    connection = QObject::connect(qApp, &QApplication::focusChanged, &window, onFocusChanged);
+}
+
+FocusMemory::~FocusMemory() {
+    // The window that this is a member of gives the focus away only later, while it is destroyed.
+    QObject::disconnect(connection);
 }
 
 bool FocusMemory::Restore(Qt::FocusReason reason) const {

@@ -10,6 +10,9 @@ namespace moxui::backend {
 class FocusMemory {
 public:
     explicit FocusMemory(QWidget& window);
+    ~FocusMemory();
+    FocusMemory(FocusMemory const&) = delete;
+    FocusMemory& operator=(FocusMemory const&) = delete;
 
     /// Gives the focus to the control of that role and name; whether there is one.
     bool Restore(Qt::FocusReason reason) const;
@@ -20,6 +23,7 @@ private:
     QWidget& window;
     QAccessible::Role role = QAccessible::NoRole;
     QString name;
+    QMetaObject::Connection connection;
 };
 
 }  // namespace moxui::backend
