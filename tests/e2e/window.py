@@ -10,7 +10,7 @@ import threading
 import time
 from fnmatch import fnmatchcase
 
-from programs import PATIENCE, EndToEnd, Running
+from programs import ACCOUNT, PATIENCE, EndToEnd, Running
 
 
 class Screen:
@@ -190,6 +190,21 @@ class WindowTest(EndToEnd):
         """Signs in from the popup; who it is that shares is settled then."""
         getattr(window, work)("Button", "Sign in to Quillo")
         window.hear("Signed in as ")
+
+    def go_to_folders_by_keyboard(self, window):
+        """Opens the popup, signs in, and goes on to the folders of a project, all by keys."""
+        window.see("Button", "Share for Review")
+        window.activate()
+        window.key("ctrl+shift+e")
+        self.sign_in(window, "press")
+        window.press("Link", "Select Quillo Location...")
+        window.see("ListItem", "*")
+        window.go_to("ComboBox", "Account")
+        window.key("Down")
+        window.press("ListItem", ACCOUNT, "Down")
+        window.go_to("ListItem", "*")
+        window.press("ListItem", "The Long River", "Down")
+        window.go_to("TreeItem", "*")
 
     def close(self, window, expect=0):
         """Ends the window as the user does; what it printed."""
