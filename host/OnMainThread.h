@@ -8,11 +8,14 @@
 namespace quillohost {
 
 /// Calls `continuation` with `future` on the main thread, never inside this call, once it is
-/// complete; not when `owner` has gone by then. Any thread.
+/// complete; not when `owner` has gone by then. A result whose owner has gone when it comes is let
+/// go of on the thread that it comes on, so that it holds nothing until the main thread has time.
+/// Any thread.
 template <class T, class Owner, class Continuation>
 void OnMainThread(moxcore::async::Future<T> const& future, std::weak_ptr<Owner> const& owner,
                   Continuation continuation) {
     static_cast<void>(future.Then([owner, continuation](auto const& complete) {
+        if (owner.expired()) return;
         moxcore::threads::AsyncCallFromMainThread(
             [owner, continuation, complete] {
                 if (auto const alive = owner.lock()) continuation(complete);

@@ -11,14 +11,15 @@ namespace {
 
 class ShareLocksTest : public testing::Test {
 protected:
-    /// Takes what somebody else could have.
+    /// Takes what somebody else could have, once it is free.
     [[nodiscard]] std::shared_ptr<KeyLocks::Lock> TakeElsewhere(char const* key) {
         return KeyLocks(file).Take(key, [] {}).Get();
     }
-    [[nodiscard]] bool IsFree(char const* key) {
-        bool isFree = true;
-        static_cast<void>(KeyLocks(file).Take(key, [&] { isFree = false; }));
-        return isFree;
+    /// Somebody who asks stays in the queue and has the key for a moment once it is let go of.
+    [[nodiscard]] bool IsHeld(char const* key) {
+        bool isHeld = false;
+        static_cast<void>(KeyLocks(file).Take(key, [&] { isHeld = true; }));
+        return isHeld;
     }
     void Take(std::vector<std::string> const& keys) {
         locks.Take(keys, [this] { ++taken; });
@@ -38,11 +39,12 @@ TEST_F(ShareLocksTest, HoldsAllKeysUntilTheyAreReleased) {
     Take({"movie", "name"});
     testsupport::DrainMainThread();
     EXPECT_EQ(taken, 1);
-    EXPECT_FALSE(IsFree("movie") || IsFree("name"));
+    EXPECT_TRUE(IsHeld("movie") && IsHeld("name"));
     Take({"movie", "name"});
     EXPECT_EQ(taken, 2) << "they are held already";
     locks.Release();
-    EXPECT_TRUE(IsFree("movie") && IsFree("name"));
+    EXPECT_NE(TakeElsewhere("movie"), nullptr);
+    EXPECT_NE(TakeElsewhere("name"), nullptr);
     EXPECT_EQ(waits, 0);
 }
 
@@ -54,7 +56,7 @@ TEST_F(ShareLocksTest, WaitsForAKeyWithoutBlocking) {
     EXPECT_EQ(waits, 1);
     elsewhere = nullptr;
     WaitUntilTaken();
-    EXPECT_FALSE(IsFree("name"));
+    EXPECT_TRUE(IsHeld("name"));
 }
 
 TEST_F(ShareLocksTest, GivesUpWhatItWaitsForWhenOtherKeysAreWanted) {
@@ -67,7 +69,7 @@ TEST_F(ShareLocksTest, GivesUpWhatItWaitsForWhenOtherKeysAreWanted) {
     // The lock that is not wanted any more comes, and is let go of.
     EXPECT_NE(TakeElsewhere("movie"), nullptr);
     testsupport::DrainMainThread();
-    EXPECT_FALSE(IsFree("another movie"));
+    EXPECT_TRUE(IsHeld("another movie"));
 }
 
 }  // namespace
