@@ -25,7 +25,9 @@ json Require(const httplib::Result& result, const std::string& what) {
 
 ApiClient::ApiClient(int port) : http("127.0.0.1", port) {
     http.set_keep_alive(true);
+    // As long as a busy machine may take to bring many megabytes to the disk.
     http.set_read_timeout(60);
+    http.set_write_timeout(60);
     json pair = Require(
         http.Post("/oauth/token", "client_id=test&grant_type=urn:quillo:grant-type:local-user",
                   "application/x-www-form-urlencoded"),

@@ -66,11 +66,10 @@ TEST_F(ServiceProcessTest, ListsOnlyWholeMoviesWhereverItIsKilled) {
             client.Get("/v1/folders/" + client.folder + "/children")["assets"].size();
         EXPECT_LE(offset, sent);
         EXPECT_EQ(listedNow, listed + (offset == content.size() ? 1 : 0));
-        EXPECT_EQ(
-            client
-                .Append(upload, offset, content.substr(offset), {{"Quillo-Content-SHA256", sha256}})
-                ->status,
-            204);
+        auto rest = client.Append(upload, offset, content.substr(offset),
+                                  {{"Quillo-Content-SHA256", sha256}});
+        ASSERT_TRUE(rest) << httplib::to_string(rest.error());
+        EXPECT_EQ(rest->status, 204);
         json asset = client.Get(upload + "/asset");
         EXPECT_EQ(asset["sha256"], sha256);
         std::string link = client.CreateLink();

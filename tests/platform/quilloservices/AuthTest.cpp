@@ -142,7 +142,8 @@ TEST_F(AuthTest, SignsTheLocalUserInFromTheThreadThatToldThatNobodyIs) {
     transport.SetResponder([&](auto const&) {
         return quillosdk::HttpResponse{200, {}, Granted(1)};
     });
-    auto const result = session->GetAccessToken().Then([this](auto const& token) {
+    auto const nobody = session->GetAccessToken();
+    auto const result = nobody.Then(nobody.GetExecutor(), [this](auto const& token) {
         EXPECT_TRUE(token.GetException());
         EXPECT_EQ(session->Login().GetResult(), kSessionExists);
         return session->GetAccessToken();

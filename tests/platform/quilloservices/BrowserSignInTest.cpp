@@ -312,8 +312,9 @@ TEST_F(BrowserSignInTest, ASignOutBeforeTheBrowserOpensKeepsItShut) {
 }
 
 TEST_F(BrowserSignInTest, TheEndDoesNotWaitForTheUser) {
-    auto const login = session->GetAccessToken().Then(
-        [this](auto const&) { return session->Login().GetResult(); });
+    auto const nobody = session->GetAccessToken();
+    auto const login = nobody.Then(nobody.GetExecutor(),
+                                   [this](auto const&) { return session->Login().GetResult(); });
     auto const page = browser.NextPage();  // the session's own thread waits now
     auto const behind = session->GetAccessToken();
     session->Stop();
