@@ -17,7 +17,7 @@ UTF16String QuilloAccount::GetTypeAbbreviation() const {
 }
 
 void QuilloAccount::SetWorkspaces(NodeVector<QuilloWorkspace> const& workspaces) {
-    WorkspacesNotifyingPropertyHost::SetValue(SortNodes(workspaces));
+    WorkspacesNotifyingPropertyHost::ReplaceValue(SortNodes(workspaces));
     FetchChildrenOfEach(workspaces);
 }
 

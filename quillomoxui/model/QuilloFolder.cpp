@@ -18,15 +18,15 @@ UTF16String QuilloFolder::GetTypeAbbreviation() const {
 }
 
 void QuilloFolder::SetFolders(NodeVector<QuilloFolder> const& folders) {
-    FoldersNotifyingPropertyHost::SetValue(SortNodes(folders));
+    FoldersNotifyingPropertyHost::ReplaceValue(SortNodes(folders));
 }
 
 void QuilloFolder::SetVersionStacks(NodeVector<QuilloVersionStack> const& versionStacks) {
-    VersionStacksNotifyingPropertyHost::SetValue(SortNodes(versionStacks));
+    VersionStacksNotifyingPropertyHost::ReplaceValue(SortNodes(versionStacks));
 }
 
 void QuilloFolder::SetFiles(NodeVector<QuilloFile> const& files) {
-    FilesNotifyingPropertyHost::SetValue(SortNodes(files));
+    FilesNotifyingPropertyHost::ReplaceValue(SortNodes(files));
 }
 
 }  // namespace quillomoxui

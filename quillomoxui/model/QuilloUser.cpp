@@ -35,7 +35,7 @@ void QuilloUser::SetSelection(std::shared_ptr<QuilloFolder> const& folder) {
 }
 
 void QuilloUser::SetAccounts(NodeVector<QuilloAccount> const& accounts) {
-    AccountsNotifyingPropertyHost::SetValue(SortNodes(accounts));
+    AccountsNotifyingPropertyHost::ReplaceValue(SortNodes(accounts));
     FetchChildrenOfEach(accounts);
 }
 

@@ -17,7 +17,7 @@ UTF16String QuilloWorkspace::GetTypeAbbreviation() const {
 }
 
 void QuilloWorkspace::SetProjects(NodeVector<QuilloProject> const& projects) {
-    ProjectsNotifyingPropertyHost::SetValue(SortNodes(projects));
+    ProjectsNotifyingPropertyHost::ReplaceValue(SortNodes(projects));
     FetchChildrenOfEach(projects);
 }
 

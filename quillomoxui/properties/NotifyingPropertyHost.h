@@ -59,6 +59,9 @@ protected:
 
     [[nodiscard]] T GetValue() const;
 
+    /// As SetValue, for a value that nobody else needs: a list of a hundred thousand is not copied.
+    void ReplaceValue(T newValue);
+
     /// Stores `newValue` and tells nobody.
     void SetInitialValue(Arg newValue);
 
@@ -70,7 +73,7 @@ private:
     /// snapshot with one reference.
     using Bindings = std::vector<std::shared_ptr<Callback>>;
 
-    /// Queues one delivery of `newValue` to `receivers`, which may be null.
+    /// Queues one delivery of `newValue` to `receivers`.
     void DispatchBindings(T newValue, std::shared_ptr<Bindings const> receivers);
 
     T value{};  // guarded by PropertyMutex(this)

@@ -45,12 +45,20 @@ void NotifyingPropertyHost<T, Arg>::SetInitialValue(Arg newValue) {
 
 template <class T, class Arg>
 void NotifyingPropertyHost<T, Arg>::SetValue(Arg newValue) {
-    T replaced = newValue;  // swapped with the old value, which thus dies after the lock
+    ReplaceValue(newValue);
+}
+
+template <class T, class Arg>
+void NotifyingPropertyHost<T, Arg>::ReplaceValue(T newValue) {
+    // `newValue` then holds the old value, which thus dies after the lock.
     std::lock_guard lock(PropertyMutex(this));
-    if (value == replaced) return;
-    std::swap(value, replaced);
+    if (value == newValue) return;
+    std::swap(value, newValue);
     // Posted under the lock, so that deliveries keep the order of the changes.
-    DispatchBindings(value, bindings);
+    if (bindings)
+        DispatchBindings(value, bindings);
+    else  // every change is one turn of the main thread's queue, watched or not
+        moxcore::threads::AsyncCallFromMainThread([] {}, 0);
 }
 
 template <class T, class Arg>
@@ -98,11 +106,6 @@ std::size_t NotifyingPropertyHost<T, Arg>::GetBindingCount() const {
 template <class T, class Arg>
 void NotifyingPropertyHost<T, Arg>::DispatchBindings(T newValue,
                                                      std::shared_ptr<Bindings const> receivers) {
-    if (!receivers) {
-        // Every change is one turn of the main thread's queue, watched or not.
-        moxcore::threads::AsyncCallFromMainThread([] {}, 0);
-        return;
-    }
     moxcore::threads::AsyncCallFromMainThread(
         [newValue = std::move(newValue), receivers = std::move(receivers)] {
             for (auto const& receiver : *receivers)

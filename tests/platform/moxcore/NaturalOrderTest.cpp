@@ -95,6 +95,28 @@ TEST(NaturalOrder, AgreesWithTheComparisonOnAnyNames) {
     }
 }
 
+TEST(NaturalOrder, AgreesWithTheComparisonOnNamesOfAsciiAlone) {
+    std::mt19937 random(20240301);
+    Names pieces{{}};
+    for (unsigned short unit = ' '; unit <= '~'; ++unit)
+        pieces.push_back({unit});
+    // Numbers as long as they may be, and what only the collator can make keys of.
+    for (UTF16String const& rare : {UTF16String(), UTF16String(300, '0'), UTF16String(254, '9'),
+                                    UTF16String{'\t'}, UTF16String(255, '9')}) {
+        pieces.push_back(rare);
+        Names names;
+        for (int i = 0; i < 400; ++i) {
+            UTF16String name;
+            for (auto length = random() % 6; length > 0; --length)
+                name += random() % 3 == 0
+                            ? UTF16String{static_cast<unsigned short>('0' + random() % 3)}
+                            : pieces[random() % pieces.size()];
+            names.push_back(name);
+        }
+        ExpectInOrder(names);
+    }
+}
+
 TEST(NaturalOrder, LooksPastWhatLongNamesHaveInCommon) {
     UTF16String const common(200'000, 'x');
     Names names(4, common);
