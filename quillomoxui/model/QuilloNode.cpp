@@ -1,5 +1,7 @@
 #include "quillomoxui/model/QuilloNode.h"
 
+#include <utility>
+
 #include "quillomoxui/model/QuilloAccount.h"
 #include "quillomoxui/model/QuilloProject.h"
 
@@ -8,6 +10,11 @@ namespace quillomoxui {
 QuilloNode::QuilloNode(std::shared_ptr<QuilloNode> const& parent) : parent(parent) {}
 
 QuilloNode::~QuilloNode() = default;
+
+void QuilloNode::SetInitialIdentity(moxcore::utility::Guid const& id, UTF16String name) {
+    SetInitialID(id);
+    NameNotifyingPropertyHost::SetInitialValue(std::move(name));
+}
 
 void QuilloNode::FetchChildren() {
     SetFetchChildrenState(FetchChildrenState::Fetching);

@@ -20,6 +20,10 @@ public:
     explicit QuilloNode(std::shared_ptr<QuilloNode> const& parent);
     ~QuilloNode() override;
 
+    /// Gives the node its ID and its name while it is being made: nobody can have bound to it, so
+    /// nobody is told.
+    void SetInitialIdentity(moxcore::utility::Guid const& id, UTF16String name);
+
     /// The children there are at the moment, as they stand in the child properties.
     [[nodiscard]] virtual NodeVector<QuilloNode> GetChildNodes() const = 0;
 

@@ -63,7 +63,7 @@ protected:
     void ReplaceValue(T newValue);
 
     /// Stores `newValue` and tells nobody.
-    void SetInitialValue(Arg newValue);
+    void SetInitialValue(T newValue);
 
 private:
     class BindingHandleImpl;

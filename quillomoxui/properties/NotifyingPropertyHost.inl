@@ -37,10 +37,10 @@ T NotifyingPropertyHost<T, Arg>::GetValue() const {
 }
 
 template <class T, class Arg>
-void NotifyingPropertyHost<T, Arg>::SetInitialValue(Arg newValue) {
-    T replaced = newValue;  // swapped with the old value, which thus dies after the lock
+void NotifyingPropertyHost<T, Arg>::SetInitialValue(T newValue) {
+    // `newValue` then holds the old value, which thus dies after the lock.
     std::lock_guard lock(PropertyMutex(this));
-    if (!(value == replaced)) std::swap(value, replaced);
+    if (!(value == newValue)) std::swap(value, newValue);
 }
 
 template <class T, class Arg>

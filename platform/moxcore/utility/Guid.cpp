@@ -28,19 +28,40 @@ constexpr void ForEachByte(Each each) {
     (std::make_index_sequence<kPlaces.size()>());
 }
 
-constexpr std::uint8_t kNoDigit = 0xFF;
-
-/// The value of each character as a hexadecimal digit.
-constexpr std::array<std::uint8_t, 256> kDigitValues = [] {
-    std::array<std::uint8_t, 256> values{};
-    values.fill(kNoDigit);
-    for (std::uint8_t value = 0; value < 16; ++value) {
-        auto const digit = static_cast<unsigned char>(kDigits[value]);
-        values[digit] = value;
-        if (value >= 10) values[digit - 'a' + 'A'] = value;
+/// Eight characters in a number, the first one lowest.
+std::uint64_t Load(char const* first, char const* second) {
+    std::uint64_t characters = 0;
+    for (int i = 0; i < 4; ++i) {
+        characters |= std::uint64_t{static_cast<unsigned char>(first[i])} << 8 * i;
+        characters |= std::uint64_t{static_cast<unsigned char>(second[i])} << (32 + 8 * i);
     }
-    return values;
-}();
+    return characters;
+}
+
+constexpr std::uint64_t Each(std::uint8_t byte) {
+    return byte * std::uint64_t{0x0101010101010101};
+}
+
+/// Whether all of the characters are hexadecimal digits. Adding a number to a character, which is
+/// below 0x80, carries into its highest bit when it is so large at least.
+bool AreDigits(std::uint64_t characters) {
+    std::uint64_t const lower = characters | Each(0x20);
+    auto const atLeast = [](std::uint64_t of, char least) {
+        return of + Each(static_cast<std::uint8_t>(0x80 - least));
+    };
+    std::uint64_t const decimal = atLeast(characters, '0') & ~atLeast(characters, '9' + 1);
+    std::uint64_t const letter = atLeast(lower, 'a') & ~atLeast(lower, 'f' + 1);
+    return ((characters | ~(decimal | letter)) & Each(0x80)) == 0;
+}
+
+/// The four bytes that eight digits stand for, the first one lowest. A tree of locations has
+/// hundreds of thousands of Guids read, so all are made at once.
+std::uint32_t BytesOf(std::uint64_t digits) {
+    std::uint64_t const values = (digits & Each(0x0F)) + 9 * (digits >> 6 & Each(1));
+    std::uint64_t bytes = (values << 4 | values >> 8) & 0x00FF00FF00FF00FF;
+    bytes = (bytes | bytes >> 8) & 0x0000FFFF0000FFFF;
+    return static_cast<std::uint32_t>(bytes | bytes >> 16);
+}
 
 }  // namespace
 
@@ -48,15 +69,12 @@ Guid::Guid(std::string_view text) noexcept {
     if (text.size() != kForm.size()) return;
     for (std::size_t const hyphen : {8, 13, 18, 23})
         if (text[hyphen] != '-') return;
-    std::array<std::uint8_t, 16> parsed{};
-    unsigned seen = 0;  // all digits' bits; more than four of them when one was none
-    ForEachByte([&](std::size_t byte, std::size_t place) {
-        unsigned const high = kDigitValues[static_cast<unsigned char>(text[place])];
-        unsigned const low = kDigitValues[static_cast<unsigned char>(text[place + 1])];
-        seen |= high | low;
-        parsed[byte] = static_cast<std::uint8_t>(high << 4 | low);
-    });
-    if (seen <= 0xF) bytes = parsed;
+    char const* const c = text.data();
+    std::array<std::uint64_t, 4> const digits = {Load(c, c + 4), Load(c + 9, c + 14),
+                                                 Load(c + 19, c + 24), Load(c + 28, c + 32)};
+    if (!std::ranges::all_of(digits, AreDigits)) return;
+    for (std::size_t byte = 0; byte < bytes.size(); ++byte)
+        bytes[byte] = static_cast<std::uint8_t>(BytesOf(digits[byte / 4]) >> 8 * (byte % 4));
 }
 
 Guid Guid::CreateUnique() {

@@ -12,11 +12,9 @@ using quillo::QuilloDatastore;
 
 namespace {
 
-/// Nobody can have bound to a node that is still being made, so nobody is told.
 template <class Entry>
 void Initialize(QuilloNode& node, Entry const& entry) {
-    node.SetInitialID(entry.GetID());
-    node.SetInitialName(moxcore::string::UTF8to16(entry.GetName()));
+    node.SetInitialIdentity(entry.GetID(), moxcore::string::UTF8to16(entry.GetName()));
 }
 
 std::shared_ptr<QuilloDatastore> Datastore() {

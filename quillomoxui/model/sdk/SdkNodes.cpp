@@ -12,10 +12,8 @@ namespace quillomoxui::model {
 
 namespace {
 
-/// Nobody can have bound to a node that is still being made, so nobody is told.
 void Initialize(QuilloNode& node, quillocommon::Guid const& id, std::string const& name) {
-    node.SetInitialID(FromServiceGuid(id));
-    node.SetInitialName(moxcore::string::StdToUTF16String(name));
+    node.SetInitialIdentity(FromServiceGuid(id), moxcore::string::StdToUTF16String(name));
 }
 
 void Initialize(QuilloNode& node, quillosdk::Asset const& record) {

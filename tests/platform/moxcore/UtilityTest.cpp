@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cctype>
 #include <memory>
 #include <sstream>
 #include <unordered_set>
@@ -39,6 +40,21 @@ TEST(Guid, ParsesOnlyTheCanonicalForm) {
         std::ostringstream written;
         written << guid;
         EXPECT_EQ(written.str(), parsed);
+    }
+}
+
+TEST(Guid, KnowsADigitWhereverItStands) {
+    std::string const text = "11111111-1111-1111-1111-111111111111";
+    for (std::size_t place = 0; place < text.size(); ++place) {
+        if (text[place] == '-') continue;
+        for (int c = 0; c < 256; ++c) {
+            auto changed = text;
+            changed[place] = static_cast<char>(c);
+            bool const isDigit = c < 0x80 && std::isxdigit(c) != 0;
+            auto const parsed = Guid(changed).AsStdString();
+            EXPECT_EQ(Guid(changed).IsNull(), !isDigit) << c << " at " << place;
+            EXPECT_EQ(parsed[place], isDigit ? std::tolower(c) : '0') << c << " at " << place;
+        }
     }
 }
 
