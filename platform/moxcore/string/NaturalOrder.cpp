@@ -110,8 +110,8 @@ private:
     /// The collator takes longer numbers apart.
     static constexpr std::ptrdiff_t kMostDigits = 254;
 
-    /// False, with nothing done, when some name needs the collator. That takes ten times as long,
-    /// and few folders hold names that need it.
+    /// False, with nothing done, when some name needs the collator, which takes several times as
+    /// long.
     bool AppendAscii(std::vector<UTF16String const*> const& names) {
         auto const& weights = AsciiWeights::Get();
         auto* byte = bytes.get();
@@ -225,6 +225,7 @@ std::vector<std::size_t> NaturalOrder(std::vector<UTF16String const*> const& nam
         std::size_t const first = NaturalStringLessThan(*names[1], *names[0]) ? 1 : 0;
         return {first, 1 - first};
     }
+
     std::vector<Entry> entries(names.size());
     for (std::size_t index = 0; index < names.size(); ++index)
         entries[index].index = static_cast<std::uint32_t>(index);
