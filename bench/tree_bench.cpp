@@ -25,6 +25,7 @@
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "quillocommon/ServiceAddress.h"
+#include "quillomoxui/model/ChildNodes.h"
 #include "quillomoxui/model/sdk/SdkNodes.h"
 #include "quillosdk/Transport.h"
 #include "tests/support/DrainMainThread.h"
@@ -309,6 +310,47 @@ void SampleTree(benchmark::State& state) {
     state.counters["nodes"] = static_cast<double>(nodes);
 }
 
+/// The records of the folders below `node`, one list for each node that has some.
+void CollectRecords(std::shared_ptr<QuilloNode> const& node,
+                    std::vector<std::vector<quillosdk::Asset>>& lists) {
+    std::vector<quillosdk::Asset> records;
+    for (auto const& child : node->GetChildNodes()) {
+        CollectRecords(child, lists);
+        if (std::dynamic_pointer_cast<QuilloFolder>(child))
+            records.push_back({quillocommon::Guid(child->GetID().AsStdString()),
+                               moxcore::string::UTF16to8(child->GetName()), "folder"});
+    }
+    if (!records.empty()) lists.push_back(std::move(records));
+}
+
+/// What would be left of SampleTree if all requests and their answers cost nothing: the folders'
+/// nodes made and each list of them sorted.
+void SampleTreeNodesAlone(benchmark::State& state) {
+    std::vector<std::vector<quillosdk::Asset>> lists;
+    {
+        auto const player = std::make_shared<Player>(Sample());
+        player->Rewind();
+        quillosdk::Transport::Set(player);
+        testsupport::ManualExecutor executor;
+        CollectRecords(FetchTree(executor), lists);
+        quillosdk::Transport::Set(nullptr);
+    }
+    std::vector<NodeVector<QuilloFolder>> kept;
+    kept.reserve(lists.size());
+    for (auto _ : state) {
+        for (auto const& records : lists) {
+            NodeVector<QuilloFolder> folders;
+            folders.reserve(records.size());
+            for (auto const& record : records)
+                folders.push_back(std::make_shared<Sdk::QuilloSdkFolder>(record, nullptr));
+            kept.push_back(SortNodes(folders));
+        }
+        state.PauseTiming();
+        kept.clear();
+        state.ResumeTiming();
+    }
+}
+
 void SampleTreeLeastWork(benchmark::State& state) {
     LeastWork leastWork(Sample());
     for (auto _ : state)
@@ -358,6 +400,7 @@ void SiblingsLeastWork(benchmark::State& state) {
 }  // namespace
 
 BENCHMARK(SampleTree)->Unit(benchmark::kMillisecond);
+BENCHMARK(SampleTreeNodesAlone)->Unit(benchmark::kMillisecond);
 BENCHMARK(SampleTreeLeastWork)->Unit(benchmark::kMillisecond);
 BENCHMARK(Siblings)
     ->RangeMultiplier(10)
