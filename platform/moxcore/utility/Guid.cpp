@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <ostream>
 #include <system_error>
-#include <utility>
 
 namespace moxcore::utility {
 namespace {
@@ -14,19 +13,9 @@ namespace {
 constexpr std::string_view kForm = "00000000-0000-0000-0000-000000000000";
 constexpr std::string_view kDigits = "0123456789abcdef";
 
-/// Where the two digits of each byte stand. A tree of locations has hundreds of thousands of Guids
-/// read and written, so neither searches the form for them.
+/// Where the two digits of each byte stand.
 constexpr std::array<std::uint8_t, 16> kPlaces = {0,  2,  4,  6,  9,  11, 14, 16,
                                                   19, 21, 24, 26, 28, 30, 32, 34};
-
-/// Calls `each` with the number of every byte and the place of its digits, which are constants.
-template <class Each>
-constexpr void ForEachByte(Each each) {
-    [&]<std::size_t... byte>(std::index_sequence<byte...>) {
-        (each(byte, std::size_t{kPlaces[byte]}), ...);
-    }
-    (std::make_index_sequence<kPlaces.size()>());
-}
 
 /// Eight characters in a number, the first one lowest.
 std::uint64_t Load(char const* first, char const* second) {
@@ -38,6 +27,7 @@ std::uint64_t Load(char const* first, char const* second) {
     return characters;
 }
 
+/// `byte` in each of eight bytes.
 constexpr std::uint64_t Each(std::uint8_t byte) {
     return byte * std::uint64_t{0x0101010101010101};
 }
@@ -92,10 +82,10 @@ Guid Guid::CreateUnique() {
 Guid::Text Guid::AsText() const noexcept {
     Text text{};
     std::copy(kForm.begin(), kForm.end(), text.begin());
-    ForEachByte([&](std::size_t byte, std::size_t place) {
-        text[place] = kDigits[bytes[byte] >> 4];
-        text[place + 1] = kDigits[bytes[byte] & 0x0F];
-    });
+    for (std::size_t byte = 0; byte < bytes.size(); ++byte) {
+        text[kPlaces[byte]] = kDigits[bytes[byte] >> 4];
+        text[kPlaces[byte] + std::size_t{1}] = kDigits[bytes[byte] & 0x0F];
+    }
     return text;
 }
 
