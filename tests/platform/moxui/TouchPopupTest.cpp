@@ -218,6 +218,24 @@ TEST_F(TouchPopup, WhoComesByKeyboardFindsTheFirstControlFocused) {
     EXPECT_TRUE(buttons[1]->UI_HasFocus() || buttons[2]->UI_HasFocus());
 }
 
+/// A click may open it before the window system has told that the host has the focus.
+TEST_F(TouchPopup, GivesTheFocusToItsAnchorsWindowWhereNoneHadItOrThatIsGone) {
+    for (bool const gone : {false, true}) {
+        QWidget other;
+        other.show();
+        other.activateWindow();
+        RunEvents();
+        if (!gone) other.close();
+        ASSERT_EQ(QApplication::activeWindow(), gone ? &other : nullptr);
+        Open();
+        ASSERT_TRUE(WidgetOf(*popup).isActiveWindow());
+        other.close();
+        QTest::keyClick(&WidgetOf(*popup), Qt::Key_Escape);
+        RunEvents();
+        EXPECT_TRUE(field.hasFocus()) << gone;
+    }
+}
+
 TEST_F(TouchPopup, WhatBelongsToItDoesNotDismissIt) {
     Open();
     auto& window = WidgetOf(*popup);

@@ -40,7 +40,7 @@ void DialogWindow::setVisible(bool visible) {
     }
     bool const focused = FocusReturn::IsWith(*this);
     QDialog::setVisible(false);
-    if (focused) focus.GiveBack();
+    if (focused) focus.GiveBack(parentWindow);
     if (node && onShown) onShown(false);
 }
 

@@ -17,10 +17,13 @@ bool FocusReturn::IsWith(QWidget const& other) {
     return focused && BelongsTo(*focused, other);
 }
 
-void FocusReturn::GiveBack() const {
-    if (!window || !window->isVisible()) return;
-    window->activateWindow();
-    if (widget && widget->isVisible()) widget->setFocus(Qt::PopupFocusReason);
+void FocusReturn::GiveBack(QWidget* otherwise) const {
+    if (window && window->isVisible()) {
+        window->activateWindow();
+        if (widget && widget->isVisible()) widget->setFocus(Qt::PopupFocusReason);
+    } else if (otherwise && otherwise->isVisible()) {
+        otherwise->activateWindow();
+    }
 }
 
 bool BelongsTo(QWindow const& window, QWidget const& owner) {

@@ -16,8 +16,10 @@ public:
     /// meanwhile, another program's window for instance, keeps it.
     [[nodiscard]] static bool IsWith(QWidget const& window);
 
-    /// Gives the focus back to where it was, if that can be seen.
-    void GiveBack() const;
+    /// Gives the focus back to where it was. If no window of this program had it then, as in one
+    /// that was clicked while the window system was still handing it over, or if that window is
+    /// gone, the window of `otherwise` (which may be null) gets it.
+    void GiveBack(QWidget* otherwise) const;
 
 private:
     QPointer<QWidget> window;

@@ -58,7 +58,7 @@ void PopupWindow::Stop() {
     qApp->removeEventFilter(this);
     bool const focused = FocusReturn::IsWith(*this);
     hide();
-    if (focused) focus.GiveBack();
+    if (focused) focus.GiveBack(anchor);
 }
 
 bool PopupWindow::event(QEvent* event) {
