@@ -168,6 +168,21 @@ TEST_F(Dialog, LiesOverItsParentAndOnTheScreenWithTheFocusInIt) {
         QGuiApplication::primaryScreen()->geometry().contains(WidgetOf(*dialog).geometry()));
 }
 
+TEST_F(Dialog, GivesTheFocusToItsParentWhereNoWindowHadIt) {
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    RunEvents();
+    other.close();
+    ASSERT_EQ(QApplication::activeWindow(), nullptr);
+    ShowAnd([this] {
+        RunEvents();
+        EXPECT_TRUE(WidgetOf(*dialog).isActiveWindow());
+        dialog->Close();
+    });
+    EXPECT_TRUE(window.Widget().isActiveWindow());
+}
+
 TEST_F(Dialog, AnotherMayBeShownMeanwhile) {
     Result inner = Result::Committed;
     auto const outer = ShowAnd([&] {

@@ -16,9 +16,9 @@ public:
     /// meanwhile, another program's window for instance, keeps it.
     [[nodiscard]] static bool IsWith(QWidget const& window);
 
-    /// Gives the focus back to where it was. If no window of this program had it then, as in one
-    /// that was clicked while the window system was still handing it over, or if that window is
-    /// gone, the window of `otherwise` (which may be null) gets it.
+    /// Gives the focus back to where it was. If no window of this program had it then, as right
+    /// after a click for which the window system has not yet handed it over, or if that window is
+    /// no longer to be seen, the window of `otherwise` (which may be null) gets it.
     void GiveBack(QWidget* otherwise) const;
 
 private:
