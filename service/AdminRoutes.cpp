@@ -1,5 +1,3 @@
-#include <httplib.h>
-
 #include "service/AdminPage.h"
 #include "service/Api.h"
 #include "service/Call.h"
@@ -13,9 +11,9 @@ namespace quilloservice {
 void AddAdminRoutes(Api& api, Sessions& sessions, bool trustLocalUser) {
     api.Add({"GET", "/admin", [&sessions, trustLocalUser](Call& call) {
                  // It holds a token: nobody else is to read it, from here or from a cache.
-                 call.response.set_header("Cache-Control", "no-store");
-                 call.response.set_header("Cross-Origin-Resource-Policy", "same-origin");
-                 call.response.set_header("Cross-Origin-Opener-Policy", "same-origin");
+                 call.response.SetHeader("Cache-Control", "no-store");
+                 call.response.SetHeader("Cross-Origin-Resource-Policy", "same-origin");
+                 call.response.SetHeader("Cross-Origin-Opener-Policy", "same-origin");
                  if (!trustLocalUser || !IsLocalProgram(call)) {
                      return call.AnswerPage(403, adminpage::RenderRefused(),
                                             adminpage::SecurityPolicy());

@@ -1,25 +1,23 @@
 #include "service/Api.h"
 
-#include <httplib.h>
-
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <random>
-#include <thread>
 
 #include "service/ApiError.h"
 #include "service/Call.h"
-#include "service/Connection.h"
 #include "service/Database.h"
-#include "service/HttpServer.h"
 #include "service/Text.h"
+#include "service/TusProtocol.h"
 #include "service/Uuid.h"
 
 namespace quilloservice {
 
 namespace {
 
-constexpr std::string_view kEveryPath = R"([\s\S]*)";
+constexpr std::array kMethods = {"GET", "HEAD", "POST", "PUT", "PATCH", "DELETE"};
 
 bool IsUnder(std::string_view path, std::string_view root) {
     return path.starts_with(root) && (path.size() == root.size() || path[root.size()] == '/');
@@ -49,17 +47,19 @@ std::optional<std::vector<std::string>> MatchPath(std::string_view pattern, std:
     return ids;
 }
 
-/// Throws when it is not certain where the request's body ends.
-void CheckFraming(const Call& call) {
-    auto length = call.NumberHeader("Content-Length");
-    auto encoding = call.Header("Transfer-Encoding");
-    if (encoding && (*encoding != "chunked" || length)) {
-        throw ApiError::BadRequest("The body's length is not clear from the headers.");
-    }
-    if (call.Header("Content-Encoding").value_or("identity") != "identity" ||
-        call.request.is_multipart_form_data()) {
+void CheckBodyForm(const Call& call) {
+    std::string encoding = call.Header("Content-Encoding").value_or("identity");
+    std::string_view type = call.request.Header("Content-Type").value_or("");
+    constexpr std::string_view parts = "multipart/";
+    if (!http::EqualsIgnoringCase(encoding, "identity") ||
+        http::EqualsIgnoringCase(type.substr(0, parts.size()), parts)) {
         throw ApiError::BadRequest("Bodies are taken neither compressed nor in parts.");
     }
+}
+
+/// Only reads, from the store and from memory.
+bool IsQuick(std::string_view method) {
+    return method == "GET" || method == "HEAD" || method == "OPTIONS";
 }
 
 bool ComesTrue(double probability) {
@@ -68,45 +68,16 @@ bool ComesTrue(double probability) {
     return std::uniform_real_distribution<double>(0, 1)(random) < probability;
 }
 
-}  // namespace
-
-Api::Api(HttpServer& server, const Sessions& sessions, std::optional<RateLimit> limit,
-         const FaultOptions& faults)
-    : sessions_(sessions), limiter_(limit), faults_(faults) {
-    std::string every(kEveryPath);
-    auto withBody = [this](const httplib::Request& request, httplib::Response& response,
-                           const httplib::ContentReader& reader) {
-        Call call(request, response, &reader);
-        Handle(call);
-    };
-    auto withoutBody = [this](const httplib::Request& request, httplib::Response& response) {
-        Call call(request, response, nullptr);
-        Handle(call);
-    };
-    server.Get(every, withoutBody);
-    server.Options(every, withoutBody);
-    server.Delete(every, withoutBody);
-    server.Post(every, withBody);
-    server.Put(every, withBody);
-    server.Patch(every, withBody);
-    // What httplib refuses by itself, such as a request line that is none.
-    server.set_error_handler([](const httplib::Request& request, httplib::Response& response) {
-        if (!response.body.empty()) return;
-        Call(request, response, nullptr)
-            .AnswerError(response.status, "bad_request", "The request cannot be understood.");
-    });
-}
-
-void Api::Add(Route route) {
-    routes_.push_back(std::move(route));
-}
-
-void Api::Handle(Call& call) {
-    if (faults_.latency.count() > 0) std::this_thread::sleep_for(faults_.latency);
+/// Runs `work` and turns what it throws into the answer. Returns whether it threw nothing.
+template <typename Work>
+bool Guard(Call& call, Work&& work) {
     try {
-        CheckFraming(call);
-        Dispatch(call);
+        work();
+        return true;
     } catch (const ApiError& error) {
+        if (error.retryAfter > 0) {
+            call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
+        }
         call.AnswerError(error.status, error.code, error.what());
     } catch (const DatabaseError& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
@@ -120,25 +91,87 @@ void Api::Handle(Call& call) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
         call.AnswerError(500, "internal", "The service failed.");
     }
-    call.Settle();
+    return false;
 }
 
-void Api::Dispatch(Call& call) {
+}  // namespace
+
+Api::Api(const Sessions& sessions, const Options& options)
+    : sessions_(sessions),
+      limiter_(options.limit),
+      failRate_(options.faults.failRate),
+      allowedOrigin_(options.allowOrigin) {}
+
+void Api::Add(Route route) {
+    routes_.push_back(std::move(route));
+}
+
+http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
+    auto call = std::make_shared<Call>(std::move(exchange));
+    std::string method = call->request.method;
+    const Route* route = nullptr;
+    bool admitted = Guard(*call, [&] {
+        AllowOrigin(*call);
+        bool speaksTus = IsUnder(call->request.path, "/v1/uploads");
+        if (speaksTus) method = tus::EffectiveMethod(*call);
+        if (method == "OPTIONS") {
+            AnswerOptions(*call);
+        } else {
+            if (speaksTus) tus::SayVersion(*call);
+            route = &Admit(*call, method);
+            CheckBodyForm(*call);
+        }
+    });
+    if (!admitted || route == nullptr) {
+        return {.quick = true, .finish = [](bool) {}};
+    }
+    if (route->sink) {
+        std::shared_ptr<BodySink> sink;
+        if (!Guard(*call, [&] { sink = route->sink(*call); })) {
+            return {.quick = true, .finish = [](bool) {}};
+        }
+        return {
+            .body = http::Action::Body::Stream,
+            .open = [call, sink] { return Guard(*call, [&] { sink->Open(); }); },
+            .take = [call, sink](auto piece) { return Guard(*call, [&] { sink->Take(piece); }); },
+            .finish = [call,
+                       sink](bool complete) { Guard(*call, [&] { sink->Finish(complete); }); }};
+    }
+    bool quick = IsQuick(method);
+    return {
+        .body = quick || method == "DELETE" ? http::Action::Body::None : http::Action::Body::Small,
+        .quick = quick,
+        .finish = [call, route](bool complete) {
+            Guard(*call, [&] {
+                if (!complete) throw ApiError::BadRequest("The body ended early.");
+                route->handler(*call);
+            });
+        }};
+}
+
+void Api::Refuse(http::Exchange& exchange, int status, std::string_view code,
+                 std::string_view message) {
+    // The exchange is the caller's, and outlives the call.
+    Call call(std::shared_ptr<http::Exchange>(&exchange, [](http::Exchange*) {}));
+    call.AnswerError(status, code, message);
+}
+
+const Api::Route& Api::Admit(Call& call, const std::string& method) {
     const std::string& path = call.request.path;
-    std::string method = call.request.method;
     bool restricted = IsUnder(path, "/v1");
-    if (restricted && ComesTrue(faults_.failRate)) {
+    if (restricted && ComesTrue(failRate_)) {
         throw ApiError(500, "internal", "The service was told to fail now and then.");
     }
-    // The tus protocol has this for clients that cannot send PATCH.
-    if (method == "POST" && IsUnder(path, "/v1/uploads")) {
-        method = call.Header("X-HTTP-Method-Override").value_or(method);
-    }
     const Route* route = Match(method, path, call.ids);
-    if (restricted && !(route && route->open)) call.identity = Authorize(call);
-    if (!route) throw ApiError::NotFound("There is nothing at this address.");
+    if (restricted) call.identity = Authorize(call);
+    if (route == nullptr) {
+        std::string allowed = AllowedMethods(path);
+        if (allowed.empty()) throw ApiError::NotFound("There is nothing at this address.");
+        call.response.SetHeader("Allow", allowed);
+        throw ApiError(405, "method_not_allowed", "This address takes " + allowed + " only.");
+    }
     if (route->kind) Count(call, *route->kind);
-    route->handler(call);
+    return *route;
 }
 
 const Api::Route* Api::Match(const std::string& method, const std::string& path,
@@ -153,27 +186,57 @@ const Api::Route* Api::Match(const std::string& method, const std::string& path,
     return method == "HEAD" ? Match("GET", path, ids) : nullptr;
 }
 
-Identity Api::Authorize(Call& call) const {
-    constexpr std::string_view scheme = "Bearer ";
-    std::string header = call.Header("Authorization").value_or("");
-    if (header.starts_with(scheme)) {
-        if (auto identity = sessions_.Find(std::string_view(header).substr(scheme.size()))) {
-            return *identity;
-        }
+std::string Api::AllowedMethods(const std::string& path) const {
+    std::string allowed;
+    for (const char* method : kMethods) {
+        std::vector<std::string> ignored;
+        if (Match(method, path, ignored)) allowed += std::string(method) + ", ";
     }
-    call.response.set_header("WWW-Authenticate", "Bearer");
+    return allowed.empty() ? allowed : allowed + "OPTIONS";
+}
+
+/// OPTIONS needs no token: browsers' clients ask before they send theirs.
+void Api::AnswerOptions(Call& call) const {
+    const std::string& path = call.request.path;
+    std::string allowed = AllowedMethods(path);
+    if (path == "*") allowed = "GET, HEAD, POST, PATCH, DELETE, OPTIONS";
+    if (allowed.empty()) throw ApiError::NotFound("There is nothing at this address.");
+    call.response.status = 204;
+    call.response.SetHeader("Allow", allowed);
+    if (IsUnder(path, "/v1/uploads")) tus::Describe(call);
+    if (!call.response.HasHeader("Access-Control-Allow-Origin")) return;
+    call.response.SetHeader("Access-Control-Allow-Methods", allowed);
+    call.response.SetHeader("Access-Control-Allow-Headers", tus::kRequestHeaders);
+    call.response.SetHeader("Access-Control-Max-Age", "7200");
+}
+
+/// Lets pages of the allowed origin use the interface (CORS).
+void Api::AllowOrigin(Call& call) const {
+    if (allowedOrigin_.empty()) return;
+    call.response.SetHeader("Vary", "Origin");
+    if (call.Header("Origin") != allowedOrigin_) return;
+    call.response.SetHeader("Access-Control-Allow-Origin", allowedOrigin_);
+    call.response.SetHeader("Access-Control-Expose-Headers", tus::kAnswerHeaders);
+}
+
+Identity Api::Authorize(Call& call) const {
+    std::string token = call.BearerToken();
+    if (!token.empty()) {
+        if (auto identity = sessions_.Find(token)) return *identity;
+    }
+    call.response.SetHeader("WWW-Authenticate", "Bearer");
     throw ApiError(401, "unauthorized", "This needs an access token that is valid.");
 }
 
 void Api::Count(Call& call, RequestKind kind) {
     auto decision = limiter_.Admit(call.identity.session, kind, std::chrono::steady_clock::now());
-    call.response.set_header("X-RATELIMIT-LIMIT", std::to_string(decision.limit.requests));
-    call.response.set_header("X-RATELIMIT-WINDOW", std::to_string(decision.limit.window.count()));
+    call.response.SetHeader("X-RATELIMIT-LIMIT", std::to_string(decision.limit.requests));
+    call.response.SetHeader("X-RATELIMIT-WINDOW", std::to_string(decision.limit.window.count()));
     if (decision.admitted) return;
     auto wait = std::chrono::ceil<std::chrono::seconds>(decision.retryAfter).count();
-    std::string seconds = std::to_string(std::max<std::int64_t>(1, wait));
-    call.response.set_header("Retry-After", seconds);
-    throw ApiError(429, "rate_limited", "Too many requests; try again in " + seconds + " s.");
+    int seconds = static_cast<int>(std::max<std::int64_t>(1, wait));
+    throw ApiError(429, "rate_limited",
+                   "Too many requests; try again in " + std::to_string(seconds) + " s.", seconds);
 }
 
 }  // namespace quilloservice

@@ -1,53 +1,64 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "service/BodySink.h"
 #include "service/Options.h"
 #include "service/RateLimiter.h"
 #include "service/Sessions.h"
+#include "service/http/Exchange.h"
 
 namespace quilloservice {
 
 class Call;
-class HttpServer;
 
 /// The service's routes. Every request passes through here, and what holds for all of them is done
-/// here once: no route under /v1 is reached without a token unless it says so, requests are
-/// counted, and whatever a route throws becomes an error of the wire's form. Routes are added
-/// before the server listens; after that any thread.
-class Api {
+/// here once: no route under /v1 is reached without a token unless it says so, and no body is read
+/// before; requests are counted; whatever a route throws becomes an error of the wire's form.
+/// Routes are added before the server listens; after that any thread.
+class Api : public http::Application {
 public:
     using Handler = std::function<void(Call&)>;
+    using Opener = std::function<std::unique_ptr<BodySink>(Call&)>;
 
     struct Route {
         std::string method;  ///< HEAD goes to GET where it has no route of its own
         /// "/v1/folders/{id}/children": an {id} matches UUIDs only, a {rest} at the end anything.
         /// Of several that match the one added first counts.
         std::string path;
-        Handler handler;
+        Handler handler{};
         std::optional<RequestKind> kind{};  ///< counted as this
-        bool open = false;                  ///< under /v1: reached without a token
+        Opener sink{};                      ///< in place of `handler`: takes the body in pieces
     };
 
-    Api(HttpServer& server, const Sessions& sessions, std::optional<RateLimit> limit,
-        const FaultOptions& faults);
+    Api(const Sessions& sessions, const Options& options);
 
     void Add(Route route);
 
+    // http::Application
+    http::Action Begin(std::shared_ptr<http::Exchange> exchange) override;
+    void Refuse(http::Exchange& exchange, int status, std::string_view code,
+                std::string_view message) override;
+
 private:
-    void Handle(Call& call);
-    void Dispatch(Call& call);
+    const Route& Admit(Call& call, const std::string& method);
     const Route* Match(const std::string& method, const std::string& path,
                        std::vector<std::string>& ids) const;
+    [[nodiscard]] std::string AllowedMethods(const std::string& path) const;
+    void AnswerOptions(Call& call) const;
+    void AllowOrigin(Call& call) const;
     Identity Authorize(Call& call) const;
     void Count(Call& call, RequestKind kind);
 
     const Sessions& sessions_;
     RateLimiter limiter_;
-    FaultOptions faults_;
+    double failRate_;
+    std::string allowedOrigin_;
     std::vector<Route> routes_;
 };
 

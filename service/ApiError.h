@@ -9,8 +9,12 @@ namespace quilloservice {
 /// a message for the developer at the other end. Holds nothing secret; it goes out as it is.
 class ApiError : public std::runtime_error {
 public:
-    ApiError(int httpStatus, std::string errorCode, const std::string& message)
-        : std::runtime_error(message), status(httpStatus), code(std::move(errorCode)) {}
+    ApiError(int httpStatus, std::string errorCode, const std::string& message,
+             int retrySeconds = 0)
+        : std::runtime_error(message),
+          status(httpStatus),
+          code(std::move(errorCode)),
+          retryAfter(retrySeconds) {}
 
     static ApiError BadRequest(const std::string& message) { return {400, "bad_request", message}; }
     static ApiError Forbidden(const std::string& message) { return {403, "forbidden", message}; }
@@ -28,6 +32,7 @@ public:
 
     int status;
     std::string code;
+    int retryAfter;  ///< seconds after which it may go better; 0: not known
 };
 
 }  // namespace quilloservice

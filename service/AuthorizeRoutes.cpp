@@ -1,5 +1,3 @@
-#include <httplib.h>
-
 #include <algorithm>
 #include <memory>
 
@@ -37,8 +35,8 @@ std::string BrowserOf(const Call& call) {
 
 std::string GiveBrowserASecret(Call& call) {
     std::string secret = ToHex(RandomBytes(kCookieDigits / 2));
-    call.response.set_header("Set-Cookie", std::string(kCookie) + secret + "; Path=" + kPath +
-                                               "; HttpOnly; SameSite=Strict");
+    call.response.SetHeader("Set-Cookie", std::string(kCookie) + secret + "; Path=" + kPath +
+                                              "; HttpOnly; SameSite=Strict");
     return secret;
 }
 
@@ -63,7 +61,7 @@ public:
     void Show(Call& call) const {
         Answer(call, [&] {
             AuthorizationRequest request =
-                ReadAuthorizationRequest(OAuthFields(call.request.params));
+                ReadAuthorizationRequest(OAuthFields(call.request.parameters));
             std::string browser = BrowserOf(call);
             if (browser.empty()) browser = GiveBrowserASecret(call);
             AnswerForm(call, 200, {request, tokens_.Make(browser, request), ListUsers(store_)});
@@ -105,8 +103,8 @@ private:
 
     /// Runs `answer` and turns what it throws into a page or a redirect.
     static void Answer(Call& call, const std::function<void()>& answer) {
-        call.response.set_header("Cache-Control", "no-store");
-        call.response.set_header("X-Frame-Options", "DENY");
+        call.response.SetHeader("Cache-Control", "no-store");
+        call.response.SetHeader("X-Frame-Options", "DENY");
         try {
             answer();
         } catch (const RefusedRequest& refused) {
@@ -119,8 +117,8 @@ private:
     }
 
     static void Redirect(Call& call, const std::string& location) {
-        call.response.set_header("Referrer-Policy", "no-referrer");
-        call.response.set_redirect(location, 303);
+        call.response.SetHeader("Referrer-Policy", "no-referrer");
+        call.response.Redirect(303, location);
     }
 
     static void AnswerRefusal(Call& call, const std::string& reason) {

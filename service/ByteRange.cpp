@@ -3,12 +3,13 @@
 #include <algorithm>
 
 #include "service/Text.h"
+#include "service/http/Request.h"
 
 namespace quilloservice {
 
 RangeRequest ParseRange(std::string_view header, std::int64_t size) {
     constexpr std::string_view unit = "bytes=";
-    if (!header.starts_with(unit)) return {};
+    if (!http::EqualsIgnoringCase(header.substr(0, unit.size()), unit)) return {};
     header.remove_prefix(unit.size());
     std::size_t dash = header.find('-');
     if (dash == std::string_view::npos) return {};

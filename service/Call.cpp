@@ -1,12 +1,10 @@
 #include "service/Call.h"
 
-#include <httplib.h>
-
+#include <algorithm>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "service/ApiError.h"
-#include "service/Connection.h"
-#include "service/HttpServer.h"
 #include "service/Text.h"
 #include "service/Uuid.h"
 
@@ -16,66 +14,58 @@ using nlohmann::json;
 
 namespace {
 
-constexpr std::size_t kSmallBody = 64 * 1024;
 constexpr std::size_t kLongestName = 1024;
+
+bool IsAllDigits(std::string_view text) {
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
 
 }  // namespace
 
-std::optional<std::string> Call::Header(const std::string& name) const {
-    auto count = request.get_header_value_count(name);
-    if (count == 0) return std::nullopt;
-    if (count > 1) throw ApiError::BadRequest("The header " + name + " is there twice.");
-    return request.get_header_value(name);
+std::optional<std::string> Call::Header(std::string_view name) const {
+    auto value = request.Header(name);
+    return value ? std::optional(std::string(*value)) : std::nullopt;
 }
 
-std::optional<std::int64_t> Call::NumberHeader(const std::string& name) const {
-    auto text = Header(name);
+std::optional<std::int64_t> Call::NumberHeader(std::string_view name) const {
+    auto text = request.Header(name);
     if (!text) return std::nullopt;
-    auto number = ParseNumber(*text);
-    if (!number) {
-        throw ApiError::BadRequest("The header " + name + " has to be a whole number from 0 up.");
+    if (!IsAllDigits(*text)) {
+        throw ApiError::BadRequest("The header " + std::string(name) +
+                                   " has to be a whole number from 0 up.");
     }
-    return number;
+    return ParseNumber(*text).value_or(std::numeric_limits<std::int64_t>::max());
 }
 
-std::optional<std::string> Call::UuidHeader(const std::string& name) const {
+std::optional<std::string> Call::UuidHeader(std::string_view name) const {
     auto text = Header(name);
     if (text && !IsUuid(*text)) {
-        throw ApiError::BadRequest("The header " + name + " has to be a lower-case UUID.");
+        throw ApiError::BadRequest("The header " + std::string(name) +
+                                   " has to be a lower-case UUID.");
     }
     return text;
 }
 
-bool Call::ReadBody(const std::function<bool(std::string_view)>& take) {
-    bodyTouched_ = true;
-    if (reader_ == nullptr) return true;
-    bodyRead_ = (*reader_)([&](const char* data, std::size_t size) { return take({data, size}); });
-    return bodyRead_;
+std::string Call::BearerToken() const {
+    constexpr std::string_view scheme = "Bearer";
+    std::string_view header = request.Header("Authorization").value_or("");
+    std::size_t blank = std::min(header.find(' '), header.size());
+    if (!http::EqualsIgnoringCase(header.substr(0, blank), scheme)) return {};
+    std::size_t token = header.find_first_not_of(' ', blank);
+    return token == std::string_view::npos ? std::string() : std::string(header.substr(token));
 }
 
-std::string Call::ReadSmallBody() {
-    std::string body;
-    bool complete = ReadBody([&](std::string_view bytes) {
-        if (body.size() + bytes.size() > kSmallBody) {
-            throw ApiError::TooLarge("The body is larger than 64 KiB.");
-        }
-        body += bytes;
-        return true;
-    });
-    if (!complete) throw ApiError::BadRequest("The body ended early.");
-    return body;
+json Call::ReadJson() const {
+    json object = json::parse(body(), nullptr, /*allow_exceptions=*/false);
+    if (!object.is_object()) throw ApiError::BadRequest("The body has to be a JSON object.");
+    return object;
 }
 
-json Call::ReadJson() {
-    json body = json::parse(ReadSmallBody(), nullptr, /*allow_exceptions=*/false);
-    if (!body.is_object()) throw ApiError::BadRequest("The body has to be a JSON object.");
-    return body;
-}
-
-std::string Call::ReadName() {
-    json body = ReadJson();
-    auto name = body.find("name");
-    if (name == body.end() || !name->is_string()) {
+std::string Call::ReadName() const {
+    json object = ReadJson();
+    auto name = object.find("name");
+    if (name == object.end() || !name->is_string()) {
         throw ApiError::BadRequest("\"name\" is missing or no string.");
     }
     auto text = name->get<std::string>();
@@ -87,34 +77,25 @@ std::string Call::ReadName() {
 
 void Call::Answer(int status, const json& body) {
     response.status = status;
-    response.set_content(body.dump(-1, ' ', false, json::error_handler_t::replace),
-                         "application/json");
+    response.SetBody(body.dump(-1, ' ', false, json::error_handler_t::replace), "application/json");
 }
 
 void Call::AnswerPage(int status, const std::string& html, const std::string& policy) {
     response.status = status;
-    response.set_header("Content-Security-Policy", policy);
-    response.set_header("Referrer-Policy", "no-referrer");
-    response.set_header("X-Content-Type-Options", "nosniff");
-    response.set_content(html, "text/html; charset=utf-8");
+    response.SetHeader("Content-Security-Policy", policy);
+    response.SetHeader("Referrer-Policy", "no-referrer");
+    response.SetHeader("X-Content-Type-Options", "nosniff");
+    response.SetBody(html, "text/html; charset=utf-8");
 }
 
 void Call::AnswerError(int status, std::string_view code, std::string_view message) {
-    Answer(status, {{"error", {{"code", code}, {"message", message}}}});
-}
-
-void Call::Settle() {
-    if (bodyRead_) return;
-    bool announced = request.has_header("Transfer-Encoding") ||
-                     request.get_header_value("Content-Length") != "0";
-    if (!announced) return;
-    auto length = ParseNumber(request.get_header_value("Content-Length"));
-    bool small = length && *length <= static_cast<std::int64_t>(kSmallBody);
-    if (reader_ != nullptr && !bodyTouched_ && small) {
-        if (ReadBody([](std::string_view) { return true; })) return;
+    // What was said of the thing asked for is not true of the error.
+    for (const char* header :
+         {"ETag", "Cache-Control", "Last-Modified", "Accept-Ranges", "Content-Disposition"}) {
+        response.RemoveHeader(header);
     }
-    response.set_header("Connection", "close");
-    HttpServer::ThisConnection().CloseAfterAnswer();
+    response.content.reset();
+    Answer(status, {{"error", {{"code", code}, {"message", message}}}});
 }
 
 }  // namespace quilloservice

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
+#include <memory>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
@@ -9,49 +9,45 @@
 #include <vector>
 
 #include "service/Sessions.h"
-
-namespace httplib {
-struct Request;
-struct Response;
-class ContentReader;
-}  // namespace httplib
+#include "service/http/Exchange.h"
 
 namespace quilloservice {
 
-/// One request on its way through a route, with what the router found out about it. Belongs to the
-/// connection's thread.
+/// One request on its way through a route, with what the router found out about it. One thread at a
+/// time.
 class Call {
 public:
-    Call(const httplib::Request& httpRequest, httplib::Response& httpResponse,
-         const httplib::ContentReader* bodyReader)
-        : request(httpRequest), response(httpResponse), reader_(bodyReader) {}
+    explicit Call(std::shared_ptr<http::Exchange> exchange)
+        : request(exchange->request),
+          response(exchange->response),
+          exchange_(std::move(exchange)) {}
 
-    const httplib::Request& request;
-    httplib::Response& response;
+    const http::Request& request;
+    http::Response& response;
     std::vector<std::string> ids;  ///< the path's {id}s, each a UUID
     Identity identity;             ///< who asks, on a route that needs a token
 
     /// The header's value, nothing when it is absent. Throws ApiError 400 when it is given twice.
-    [[nodiscard]] std::optional<std::string> Header(const std::string& name) const;
+    [[nodiscard]] std::optional<std::string> Header(std::string_view name) const;
 
-    /// The header's value as a non-negative number. Throws ApiError 400 when it is none.
-    [[nodiscard]] std::optional<std::int64_t> NumberHeader(const std::string& name) const;
+    /// The header's value as a number from 0 up; one that is too large for its type is the largest
+    /// there is. Throws ApiError 400 when it is no number.
+    [[nodiscard]] std::optional<std::int64_t> NumberHeader(std::string_view name) const;
 
     /// The header's value as a UUID. Throws ApiError 400 when it is none.
-    [[nodiscard]] std::optional<std::string> UuidHeader(const std::string& name) const;
+    [[nodiscard]] std::optional<std::string> UuidHeader(std::string_view name) const;
 
-    /// Hands the body to `take` in pieces for as long as that returns true. Returns whether the
-    /// body came to its end.
-    bool ReadBody(const std::function<bool(std::string_view)>& take);
+    /// The token of an Authorization header of the scheme Bearer, empty when there is none.
+    [[nodiscard]] std::string BearerToken() const;
 
-    /// The whole body. Throws ApiError 413 past 64 KiB.
-    std::string ReadSmallBody();
+    /// The body, up to 64 KiB; of the routes that get it as a whole.
+    [[nodiscard]] const std::string& body() const { return exchange_->body; }
 
     /// The body, which has to be a JSON object. Throws ApiError.
-    nlohmann::json ReadJson();
+    [[nodiscard]] nlohmann::json ReadJson() const;
 
     /// The "name" of the body, which has to be a JSON object. Throws ApiError.
-    std::string ReadName();
+    [[nodiscard]] std::string ReadName() const;
 
     void Answer(int status, const nlohmann::json& body);
 
@@ -60,14 +56,11 @@ public:
 
     void AnswerError(int status, std::string_view code, std::string_view message);
 
-    /// Reads what is left of the body when it is small; otherwise has the connection end after the
-    /// answer, so that the body is not taken for the next request.
-    void Settle();
+    /// What ends the client's connection: see http::Exchange::abort.
+    [[nodiscard]] const std::function<void()>& abort() const { return exchange_->abort; }
 
 private:
-    const httplib::ContentReader* reader_;
-    bool bodyTouched_ = false;
-    bool bodyRead_ = false;
+    std::shared_ptr<http::Exchange> exchange_;
 };
 
 }  // namespace quilloservice

@@ -3,13 +3,17 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <map>
 #include <nlohmann/json.hpp>
 
+#include "service/ApiError.h"
 #include "service/ChangeFeed.h"
 #include "service/Sessions.h"
 #include "service/Text.h"
@@ -23,6 +27,13 @@ namespace {
 constexpr std::int64_t kBatch = 256;
 // A client that takes nothing for so many heartbeats has gone.
 constexpr int kStalledHeartbeats = 2;
+
+/// As many as the process has descriptors for, beside those that requests need.
+std::size_t MostStreams() {
+    rlimit descriptors{};
+    ::getrlimit(RLIMIT_NOFILE, &descriptors);
+    return std::min<std::size_t>(EventStreams::kMostStreams, descriptors.rlim_cur / 8);
+}
 
 std::string Event(std::int64_t number, std::string_view name, const json& data) {
     return "id: " + std::to_string(number) + "\nevent: " + std::string(name) +
@@ -58,12 +69,39 @@ bool SendSome(int socket, std::string& text) {
 
 }  // namespace
 
+/// Who has how many streams. Outlives its owner, for places that are in an answer on its way.
+struct EventStreams::Places {
+    const std::size_t most = MostStreams();
+    std::mutex mutex;
+    std::map<std::int64_t, std::size_t> ofSession;  // mutex
+    std::size_t count = 0;                          // mutex
+};
+
+class EventStreams::Place {
+public:
+    Place(std::shared_ptr<Places> places, std::int64_t session)
+        : places_(std::move(places)), session_(session) {}
+    ~Place() {
+        std::scoped_lock lock(places_->mutex);
+        --places_->count;
+        auto own = places_->ofSession.find(session_);
+        if (--own->second == 0) places_->ofSession.erase(own);
+    }
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
+
+private:
+    std::shared_ptr<Places> places_;
+    std::int64_t session_;
+};
+
 EventStreams::EventStreams(ChangeFeed& changes, const Sessions& sessions,
                            std::chrono::milliseconds heartbeat)
     : changes_(changes),
       sessions_(sessions),
       heartbeat_(heartbeat),
-      wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+      wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      places_(std::make_shared<Places>()) {
     changes.Listen([this] { Wake(); });
     thread_ = std::thread([this] { Run(); });
 }
@@ -82,16 +120,27 @@ EventStreams::~EventStreams() {
     ::close(wakeUp_);
 }
 
-bool EventStreams::Reserve() {
-    if (reserved_.fetch_add(1) < kMostStreams) return true;
-    --reserved_;
-    return false;
+std::shared_ptr<EventStreams::Place> EventStreams::Reserve(std::int64_t session) {
+    std::scoped_lock lock(places_->mutex);
+    if (places_->count >= places_->most) {
+        throw ApiError(503, "unavailable",
+                       "As many clients as the service takes follow its changes.", 10);
+    }
+    std::size_t& own = places_->ofSession[session];
+    if (own >= kMostStreamsOfASession) {
+        throw ApiError(429, "rate_limited",
+                       "This session has as many streams of events as it may: 8.", 10);
+    }
+    ++own;
+    ++places_->count;
+    return std::make_shared<Place>(places_, session);
 }
 
-void EventStreams::Take(int socket, const Follower& follower) {
+void EventStreams::Take(int socket, const Follower& follower, std::shared_ptr<Place> place) {
     {
         std::scoped_lock lock(mutex_);
-        newcomers_.push_back({.socket = socket, .follower = follower, .position = 0});
+        newcomers_.push_back(
+            {.socket = socket, .follower = follower, .place = std::move(place), .position = 0});
     }
     Wake();
 }
@@ -124,7 +173,7 @@ void EventStreams::Run() {
         if (woken && !TakeNewcomers(now)) return;
         for (Stream& stream : streams_)
             Serve(stream, now);
-        reserved_ -= std::erase_if(streams_, [](const Stream& stream) {
+        std::erase_if(streams_, [](const Stream& stream) {
             if (stream.over) ::close(stream.socket);
             return stream.over;
         });

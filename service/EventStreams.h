@@ -1,9 +1,9 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -22,6 +22,8 @@ class EventStreams {
 public:
     /// More than these are refused, so that requests always find a descriptor.
     static constexpr std::size_t kMostStreams = 512;
+    /// So that no session takes them all.
+    static constexpr std::size_t kMostStreamsOfASession = 8;
     static constexpr std::chrono::milliseconds kHeartbeat{15'000};
 
     /// Who follows, and from where.
@@ -31,6 +33,9 @@ public:
         std::optional<std::string> lastEventId;  ///< nothing: from now on
     };
 
+    /// The right to one stream, given back at its end. May outlive the streams.
+    class Place;
+
     /// Something is sent at least each `heartbeat`.
     EventStreams(ChangeFeed& changes, const Sessions& sessions,
                  std::chrono::milliseconds heartbeat = kHeartbeat);
@@ -38,18 +43,21 @@ public:
     EventStreams(const EventStreams&) = delete;
     EventStreams& operator=(const EventStreams&) = delete;
 
-    /// A place for one stream, to be filled by Take; false when there is none left.
-    bool Reserve();
+    /// A place for a stream of the session, to be filled by Take. Throws ApiError 429 or 503 when
+    /// the session, or all of them, have as many as they may.
+    std::shared_ptr<Place> Reserve(std::int64_t session);
 
     /// Takes over the socket, on which the answer's head has been sent.
-    void Take(int socket, const Follower& follower);
+    void Take(int socket, const Follower& follower, std::shared_ptr<Place> place);
 
 private:
+    struct Places;
     using Time = std::chrono::steady_clock::time_point;
 
     struct Stream {
         int socket;
         Follower follower;
+        std::shared_ptr<Place> place;
         std::int64_t position;  ///< the number of the last change that is sent or in `outbox`
         std::string outbox{};   ///< what the socket has not taken yet
         bool behind = true;     ///< there may be changes after `position`
@@ -69,7 +77,7 @@ private:
     const Sessions& sessions_;
     const std::chrono::milliseconds heartbeat_;
     const int wakeUp_;  ///< an eventfd
-    std::atomic<std::size_t> reserved_ = 0;
+    const std::shared_ptr<Places> places_;
     std::list<Stream> streams_;  // the thread's
 
     std::mutex mutex_;

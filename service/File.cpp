@@ -16,6 +16,9 @@ namespace {
 
 [[noreturn]] void Fail(const std::string& doing) {
     if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG) throw ApiError::StorageFull();
+    if (errno == EMFILE || errno == ENFILE) {
+        throw ApiError(503, "unavailable", "The service has too many files open.", 5);
+    }
     throw std::system_error(errno, std::generic_category(), doing);
 }
 

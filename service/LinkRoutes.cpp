@@ -14,18 +14,10 @@ using nlohmann::json;
 
 namespace {
 
-/// Whether `text` is a host with an optional port, and nothing that could turn a link elsewhere.
-bool IsHost(std::string_view text) {
-    return !text.empty() && text.size() <= 255 && std::all_of(text.begin(), text.end(), [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-               c == '.' || c == '-' || c == ':' || c == '[' || c == ']';
-    });
-}
-
 /// Where the link leads: to the service under the name by which this client reached it.
 std::string LinkUrl(const Call& call, const std::string& address, const std::string& link) {
-    std::string host = call.Header("Host").value_or("");
-    return (IsHost(host) ? "http://" + host : address) + "/r/" + link;
+    const std::string& host = call.request.host;
+    return (host.empty() ? address : "http://" + host) + "/r/" + link;
 }
 
 std::vector<std::string> ReadAssetIds(const json& body) {

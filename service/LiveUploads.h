@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -9,6 +10,8 @@
 #include "service/Digest.h"
 
 namespace quilloservice {
+
+class UploadAppend;
 
 /// The uploads that grew in this process: who is appending, and the running checksum of the whole
 /// movie, so that publishing need not read the file again. Any thread.
@@ -48,10 +51,15 @@ public:
     /// Nothing when another request holds the lease of this upload.
     std::optional<Lease> TryAcquire(const std::string& id);
 
+    /// The append that holds the lease, where there is one and it was named.
+    std::shared_ptr<UploadAppend> Holder(const std::string& id);
+    void SetHolder(const std::string& id, const std::shared_ptr<UploadAppend>& append);
+
 private:
     struct Entry {
         Progress progress;  // the lease's holder
         bool leased = false;
+        std::weak_ptr<UploadAppend> holder{};
     };
 
     std::mutex mutex_;

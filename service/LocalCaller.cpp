@@ -1,7 +1,5 @@
 #include "service/LocalCaller.h"
 
-#include <httplib.h>
-
 #include <string>
 
 #include "service/Call.h"
@@ -26,8 +24,8 @@ bool NamesLoopback(const std::string& hostHeader) {
 }  // namespace
 
 bool IsLocalProgram(const Call& call) {
-    return IsLoopbackAddress(call.request.remote_addr) && !call.Header("Origin") &&
-           NamesLoopback(call.Header("Host").value_or(""));
+    return IsLoopbackAddress(call.request.remoteAddress) && !call.Header("Origin") &&
+           NamesLoopback(call.request.host);
 }
 
 }  // namespace quilloservice

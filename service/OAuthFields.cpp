@@ -1,31 +1,38 @@
 #include "service/OAuthFields.h"
 
 #include "service/Call.h"
+#include "service/http/UrlEncoding.h"
 
 namespace quilloservice {
 
-OAuthFields OAuthFields::InBody(Call& call) {
-    if (!call.Header("Content-Type")
-             .value_or("")
-             .starts_with("application/x-www-form-urlencoded")) {
+OAuthFields OAuthFields::InBody(const Call& call) {
+    std::string_view type = call.request.Header("Content-Type").value_or("");
+    constexpr std::string_view form = "application/x-www-form-urlencoded";
+    if (!http::EqualsIgnoringCase(type.substr(0, form.size()), form)) {
         throw OAuthError{"invalid_request", "The body has to be a form."};
     }
-    httplib::Params fields;
-    httplib::detail::parse_query_text(call.ReadSmallBody(), fields);
-    return OAuthFields(std::move(fields));
+    return OAuthFields(http::ParseForm(call.body()));
+}
+
+std::vector<const std::string*> OAuthFields::Values(const std::string& name) const {
+    std::vector<const std::string*> values;
+    for (const auto& [key, value] : fields_) {
+        if (key == name) values.push_back(&value);
+    }
+    return values;
 }
 
 const std::string& OAuthFields::Require(const std::string& name) const {
-    auto [first, last] = fields_.equal_range(name);
-    if (first == last || first->second.empty() || std::next(first) != last) {
+    auto values = Values(name);
+    if (values.size() != 1 || values.front()->empty()) {
         throw OAuthError{"invalid_request", name + " has to be given once."};
     }
-    return first->second;
+    return *values.front();
 }
 
 std::optional<std::string> OAuthFields::Find(const std::string& name) const {
-    auto [first, last] = fields_.equal_range(name);
-    if (first == last || (first->second.empty() && std::next(first) == last)) return std::nullopt;
+    auto values = Values(name);
+    if (values.empty() || (values.size() == 1 && values.front()->empty())) return std::nullopt;
     return Require(name);
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <httplib.h>
-
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
+
+#include "service/http/Request.h"
 
 namespace quilloservice {
 
@@ -19,11 +20,10 @@ struct OAuthError {
 /// The parameters of an OAuth request. One that is empty counts as absent, as RFC 6749 wants it.
 class OAuthFields {
 public:
-    explicit OAuthFields(httplib::Params fields) : fields_(std::move(fields)) {}
+    explicit OAuthFields(http::Fields fields) : fields_(std::move(fields)) {}
 
-    /// The fields of the form in the request's body. Throws OAuthError when it is none, and what
-    /// ReadSmallBody does.
-    static OAuthFields InBody(Call& call);
+    /// The fields of the form in the request's body. Throws OAuthError when it is none.
+    static OAuthFields InBody(const Call& call);
 
     /// Throws OAuthError when the field is absent, or there twice.
     [[nodiscard]] const std::string& Require(const std::string& name) const;
@@ -32,7 +32,9 @@ public:
     [[nodiscard]] std::optional<std::string> Find(const std::string& name) const;
 
 private:
-    httplib::Params fields_;
+    [[nodiscard]] std::vector<const std::string*> Values(const std::string& name) const;
+
+    http::Fields fields_;
 };
 
 }  // namespace quilloservice

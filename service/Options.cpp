@@ -18,6 +18,7 @@ usage: quillo-service --data DIR [options]
   --host ADDR                the address to listen on (127.0.0.1)
   --sample small|large|none  what a new store is filled with (small)
   --trust-local-user         sign in the sample user when asked from this machine, without a browser
+  --allow-origin ORIGIN      let the pages of ORIGIN use the service from a browser (CORS)
   --limit N/SECONDS          at most N requests of each kind in SECONDS, instead of the kinds' own limits
   --stop-with-stdin          stop when standard input reaches its end
   --help                     print this
@@ -60,6 +61,19 @@ SampleSize ParseSample(const std::string& text) {
     throw UsageError("--sample takes small, large or none, not \"" + text + "\"");
 }
 
+/// An origin as browsers send it, since it is compared with that.
+std::string ParseOrigin(const std::string& text) {
+    std::size_t scheme = text.starts_with("https://") ? 8 : text.starts_with("http://") ? 7 : 0;
+    std::string host = text.substr(scheme);
+    if (scheme == 0 || host.empty() ||
+        host.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789.-:[]") != std::string::npos) {
+        throw UsageError(
+            "--allow-origin takes an origin, for example https://review.example, not \"" + text +
+            "\"");
+    }
+    return text;
+}
+
 double ParseRate(const std::string& text) {
     double rate = 0;
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rate);
@@ -84,6 +98,7 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
         {"--host", [&](auto& text) { options.host = text; }},
         {"--port",
          [&](auto& text) { options.port = static_cast<int>(NumberIn("--port", text, 0, 65535)); }},
+        {"--allow-origin", [&](auto& text) { options.allowOrigin = ParseOrigin(text); }},
         {"--sample", [&](auto& text) { options.sample = ParseSample(text); }},
         {"--limit", [&](auto& text) { options.limit = ParseLimit(text); }},
         {"--latency",

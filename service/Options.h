@@ -9,6 +9,7 @@
 
 #include "service/RateLimiter.h"
 #include "service/SampleData.h"
+#include "service/http/Limits.h"
 
 namespace quilloservice {
 
@@ -27,6 +28,8 @@ struct Options {
     SampleSize sample = SampleSize::Small;
     bool trustLocalUser = false;
     bool stopWithStdin = false;
+    std::string allowOrigin;  ///< of pages that may use the interface; empty: none
+    http::Limits http{};      ///< but the number of connections, which follows from the system's
     std::optional<RateLimit> limit;
     FaultOptions faults;
     bool help = false;

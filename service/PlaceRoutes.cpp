@@ -1,5 +1,3 @@
-#include <httplib.h>
-
 #include <nlohmann/json.hpp>
 
 #include "service/Api.h"

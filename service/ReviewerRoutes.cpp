@@ -1,8 +1,4 @@
-#include <httplib.h>
-
-#include <algorithm>
 #include <memory>
-#include <vector>
 
 #include "service/Api.h"
 #include "service/ApiError.h"
@@ -14,15 +10,14 @@
 #include "service/ReviewPage.h"
 #include "service/Routes.h"
 #include "service/Text.h"
+#include "service/http/Preconditions.h"
 
 namespace quilloservice {
 
 namespace {
 
-constexpr std::size_t kReadBytes = 256 * 1024;
-
 void AnswerPage(Call& call, int status, const std::string& html) {
-    call.response.set_header("Cache-Control", "no-cache");
+    call.response.SetHeader("Cache-Control", "no-cache");
     call.AnswerPage(status, html, reviewpage::SecurityPolicy());
 }
 
@@ -42,51 +37,63 @@ const MovieVersion* FindVersion(const ReviewContent& content, const std::string&
     return nullptr;
 }
 
-/// The part of the movie that the request's Range and If-Range headers ask for.
-RangeRequest ReadRange(const Call& call, const MovieVersion& movie, const std::string& tag) {
-    auto range = call.Header("Range");
-    if (!range || call.Header("If-Range").value_or(tag) != tag) return {};
-    return ParseRange(*range, movie.bytes);
-}
+/// A part of a movie's file.
+class FilePart : public http::Content {
+public:
+    FilePart(const std::string& path, const ByteRange& part)
+        : file_(path, File::Mode::Read), offset_(part.first) {}
+
+    std::size_t Read(char* buffer, std::size_t size) override {
+        std::size_t count = file_.ReadAt(offset_, buffer, size);
+        offset_ += static_cast<std::int64_t>(count);
+        return count;
+    }
+
+private:
+    File file_;
+    std::int64_t offset_;
+};
 
 void AnswerMovie(Call& call, const MovieVersion& movie, const DataDirectory& directory) {
-    httplib::Response& response = call.response;
+    http::Response& response = call.response;
     std::string tag = "\"" + movie.sha256 + "\"";
-    response.set_header("ETag", tag);
-    response.set_header("Cache-Control", "private, max-age=3600");
-    if (call.Header("If-None-Match") == tag) {
-        response.status = 304;
-        return;
+    response.SetHeader("ETag", tag);
+    response.SetHeader("Cache-Control", "private, max-age=3600");
+    switch (http::CheckPreconditions(call.request, tag)) {
+        case http::Precondition::NotModified:
+            response.status = 304;
+            return;
+        case http::Precondition::Failed:
+            throw ApiError(412, "precondition_failed", "The movie is another one.");
+        case http::Precondition::Holds:
+            break;
     }
-    response.set_header("Accept-Ranges", "bytes");
-    response.set_header("X-Content-Type-Options", "nosniff");
-    response.set_header("Content-Security-Policy", "default-src 'none'; sandbox");
-    RangeRequest range = ReadRange(call, movie, tag);
+    response.SetHeader("Accept-Ranges", "bytes");
+    response.SetHeader("X-Content-Type-Options", "nosniff");
+    response.SetHeader("Content-Security-Policy", "default-src 'none'; sandbox");
+    RangeRequest range;
+    if (auto header = http::ApplicableRange(call.request, tag)) {
+        range = ParseRange(*header, movie.bytes);
+    }
     std::string size = std::to_string(movie.bytes);
     if (range.unsatisfiable) {
-        response.set_header("Content-Range", "bytes */" + size);
+        response.SetHeader("Content-Range", "bytes */" + size);
         throw ApiError(416, "range_not_satisfiable", "The movie has " + size + " bytes.");
     }
     ByteRange part = range.part.value_or(ByteRange{0, movie.bytes});
     response.status = range.part ? 206 : 200;
     if (range.part) {
-        response.set_header("Content-Range", "bytes " + std::to_string(part.first) + "-" +
-                                                 std::to_string(part.first + part.length - 1) +
-                                                 "/" + size);
+        response.SetHeader("Content-Range", "bytes " + std::to_string(part.first) + "-" +
+                                                std::to_string(part.first + part.length - 1) + "/" +
+                                                size);
     }
-    std::string disposition = call.request.has_param("download") ? "attachment" : "inline";
-    response.set_header("Content-Disposition",
-                        disposition + "; filename*=UTF-8''" + PercentEncode(movie.name));
+    std::string disposition = call.request.HasParameter("download") ? "attachment" : "inline";
+    response.SetHeader("Content-Disposition",
+                       disposition + "; filename*=UTF-8''" + PercentEncode(movie.name));
 
-    auto file = std::make_shared<File>(directory.MoviePath(movie.asset), File::Mode::Read);
-    auto buffer = std::make_shared<std::vector<char>>(kReadBytes);
-    response.set_content_provider(
-        static_cast<std::size_t>(part.length), SafeMediaType(movie.mediaType),
-        [file, buffer, part](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
-            std::size_t count = file->ReadAt(part.first + static_cast<std::int64_t>(offset),
-                                             buffer->data(), std::min(length, buffer->size()));
-            return count > 0 && sink.write(buffer->data(), count);
-        });
+    response.SetHeader("Content-Type", SafeMediaType(movie.mediaType));
+    response.content = std::make_unique<FilePart>(directory.MoviePath(movie.asset), part);
+    response.contentLength = part.length;
 }
 
 }  // namespace
@@ -95,8 +102,7 @@ void AddReviewerRoutes(Api& api, const ReviewLinks& links, const DataDirectory& 
     api.Add({"GET", "/r/{id}", [&links](Call& call) {
                  auto content = links.Find(call.ids[0]);
                  if (!content) return AnswerPage(call, 404, reviewpage::RenderNotFound());
-                 AnswerPage(call, 200,
-                            reviewpage::Render(*content, call.request.get_param_value("v")));
+                 AnswerPage(call, 200, reviewpage::Render(*content, call.request.Parameter("v")));
              }});
     api.Add({"GET", "/r/{id}/assets/{id}", [&links, &directory](Call& call) {
                  auto content = links.Find(call.ids[0]);
@@ -109,13 +115,13 @@ void AddReviewerRoutes(Api& api, const ReviewLinks& links, const DataDirectory& 
                  if (!content || content->movies.empty()) {
                      return AnswerPage(call, 404, reviewpage::RenderNotFound());
                  }
-                 call.response.set_header("Cache-Control", "no-cache");
-                 call.response.set_redirect("/r/" + content->id + "/assets/" +
-                                            content->movies.front().front().asset);
+                 call.response.SetHeader("Cache-Control", "no-cache");
+                 call.response.Redirect(
+                     302, "/r/" + content->id + "/assets/" + content->movies.front().front().asset);
              }});
     api.Add({"GET", "/r/{rest}",
              [](Call& call) { AnswerPage(call, 404, reviewpage::RenderNotFound()); }});
-    api.Add({"GET", "/healthz", [](Call& call) { call.response.set_content("ok", "text/plain"); }});
+    api.Add({"GET", "/healthz", [](Call& call) { call.response.SetBody("ok", "text/plain"); }});
 }
 
 }  // namespace quilloservice

@@ -1,5 +1,7 @@
 #include "service/Service.h"
 
+#include <sys/resource.h>
+
 #include <stdexcept>
 
 #include "service/Api.h"
@@ -8,7 +10,6 @@
 #include "service/Clock.h"
 #include "service/DataDirectory.h"
 #include "service/EventStreams.h"
-#include "service/HttpServer.h"
 #include "service/Options.h"
 #include "service/Places.h"
 #include "service/ReviewLinks.h"
@@ -17,12 +18,13 @@
 #include "service/Sessions.h"
 #include "service/Store.h"
 #include "service/Uploads.h"
+#include "service/http/Server.h"
 
 namespace quilloservice {
 
 namespace {
 
-int Listen(HttpServer& server, const DataDirectory& directory, const Options& options) {
+int Listen(http::Server& server, const DataDirectory& directory, const Options& options) {
     int port = -1;
     if (options.port != 0) {
         port = server.Bind(options.host, options.port);
@@ -37,6 +39,15 @@ int Listen(HttpServer& server, const DataDirectory& directory, const Options& op
     }
     directory.RememberPort(port);
     return port;
+}
+
+http::Limits HttpLimits(const Options& options) {
+    http::Limits limits = options.http;
+    rlimit descriptors{};
+    ::getrlimit(RLIMIT_NOFILE, &descriptors);
+    limits.connections = http::ConnectionsWithin(descriptors.rlim_cur);
+    limits.latency = options.faults.latency;
+    return limits;
 }
 
 std::string AddressOf(const std::string& host, int port) {
@@ -57,7 +68,8 @@ struct Service::Parts {
           uploads(directory, store, changes, SystemTime),
           links(store),
           events(changes, sessions),
-          api(server, sessions, options.limit, options.faults) {
+          api(sessions, options),
+          server(api, HttpLimits(options)) {
         MakeSampleData(store, options.sample);
         uploads.Recover();
         port = Listen(server, directory, options);
@@ -82,8 +94,8 @@ struct Service::Parts {
     Uploads uploads;
     ReviewLinks links;
     EventStreams events;
-    HttpServer server;
     Api api;
+    http::Server server;
     int port = 0;
     std::string address;
 };
@@ -101,11 +113,11 @@ int Service::port() const {
 }
 
 void Service::Run() {
-    parts_->server.listen_after_bind();
+    parts_->server.Run();
 }
 
 void Service::Stop() {
-    parts_->server.StopServing();
+    parts_->server.Stop();
 }
 
 }  // namespace quilloservice

@@ -1,5 +1,3 @@
-#include <httplib.h>
-
 #include <nlohmann/json.hpp>
 
 #include "service/Api.h"
@@ -49,7 +47,7 @@ TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes, bool 
 
 /// Runs `answer`, with errors in the token end points' own form.
 void InOAuthForm(Call& call, const std::function<void()>& answer) {
-    call.response.set_header("Cache-Control", "no-store");
+    call.response.SetHeader("Cache-Control", "no-store");
     try {
         answer();
     } catch (const OAuthError& error) {

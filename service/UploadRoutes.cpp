@@ -1,5 +1,3 @@
-#include <httplib.h>
-
 #include <memory>
 #include <mutex>
 #include <nlohmann/json.hpp>
@@ -8,10 +6,10 @@
 #include "service/Api.h"
 #include "service/ApiError.h"
 #include "service/Call.h"
-#include "service/Connection.h"
-#include "service/HttpServer.h"
 #include "service/Routes.h"
 #include "service/Text.h"
+#include "service/TusProtocol.h"
+#include "service/UploadAppend.h"
 #include "service/UploadMetadata.h"
 #include "service/Uploads.h"
 
@@ -21,77 +19,42 @@ using nlohmann::json;
 
 namespace {
 
-constexpr const char* kTusVersion = "1.0.0";
-
-/// Cuts each upload's connection once, for tests of clients: in the middle of a body, or, when the
-/// place to cut lies at or past the upload's end, in place of the last answer. Any thread.
+/// Says where each upload's connection is to be cut, once, for tests of clients. Any thread.
 class DropFault {
 public:
-    DropFault(const Uploads& uploads, std::optional<std::int64_t> afterBytes)
-        : uploads_(uploads), afterBytes_(afterBytes) {}
+    explicit DropFault(std::optional<std::int64_t> afterBytes) : afterBytes_(afterBytes) {}
 
-    /// Runs `append` with the body that the service gets to see of `body`, which begins at `start`.
-    std::int64_t Around(const Call& call, std::int64_t start, const BodyReader& body,
-                        const std::function<std::int64_t(const BodyReader&)>& append) {
-        if (!afterBytes_) return append(body);
-        const std::string& upload = call.ids[0];
-        std::int64_t length = uploads_.Get(call.identity.user, upload).length;
-        if (*afterBytes_ < length) return AppendCut(upload, start, body, append);
-        std::int64_t offset = append(body);
-        if (offset == length && Strikes(upload)) HttpServer::ThisConnection().Cut();
-        return offset;
+    /// How much of `size` bytes at `offset` the service gets to see; nothing: all of them.
+    std::optional<std::size_t> CutWithin(const UploadRecord& upload, std::int64_t offset,
+                                         std::size_t size) {
+        if (!afterBytes_ || *afterBytes_ >= upload.length) return std::nullopt;
+        std::int64_t room = *afterBytes_ - offset;
+        if (room <= 0 || room > static_cast<std::int64_t>(size) || !Strikes(upload.id)) {
+            return std::nullopt;
+        }
+        return static_cast<std::size_t>(room);
+    }
+
+    /// Whether the last answer is to be lost: the place to cut lies at or past the upload's end.
+    bool CutsLastAnswer(const UploadRecord& upload) {
+        return afterBytes_ && *afterBytes_ >= upload.length && Strikes(upload.id);
     }
 
 private:
-    std::int64_t AppendCut(const std::string& upload, std::int64_t start, const BodyReader& body,
-                           const std::function<std::int64_t(const BodyReader&)>& append) {
-        bool struck = false;
-        std::int64_t total = start;
-        BodyReader cutBody = [&](const auto& take) {
-            return body([&](std::string_view bytes) {
-                std::int64_t room = *afterBytes_ - total;
-                total += static_cast<std::int64_t>(bytes.size());
-                if (room <= 0 || total < *afterBytes_ || !Strikes(upload)) return take(bytes);
-                struck = true;
-                take(bytes.substr(0, static_cast<std::size_t>(room)));
-                return false;
-            });
-        };
-        try {
-            return append(cutBody);
-        } catch (...) {
-            // Only now, so that the client finds what was kept when it comes back.
-            if (struck) HttpServer::ThisConnection().Cut();
-            throw;
-        }
-    }
-
     bool Strikes(const std::string& upload) {
         std::scoped_lock lock(mutex_);
         return struck_.insert(upload).second;
     }
 
-    const Uploads& uploads_;
     std::optional<std::int64_t> afterBytes_;
     std::mutex mutex_;
     std::set<std::string> struck_;  // mutex_
 };
 
-void TellProtocol(Call& call) {
-    call.response.set_header("Tus-Version", kTusVersion);
-    call.response.set_header("Tus-Extension", "creation,checksum");
-    call.response.set_header("Tus-Checksum-Algorithm", "sha1,sha256,xxh128");
-    call.response.set_header("Tus-Max-Size", std::to_string(Uploads::kMaxBytes));
-}
-
 /// `answer` for clients that speak the protocol's version only.
 Api::Handler InProtocol(Api::Handler answer) {
     return [answer = std::move(answer)](Call& call) {
-        call.response.set_header("Tus-Resumable", kTusVersion);
-        if (call.Header("Tus-Resumable") != kTusVersion) {
-            TellProtocol(call);
-            throw ApiError(412, "protocol_version", "Tus-Resumable has to be 1.0.0.");
-        }
+        tus::RequireVersion(call);
         answer(call);
     };
 }
@@ -141,34 +104,72 @@ void Create(Call& call, Uploads& uploads) {
     NewUpload upload = ReadUploadMetadata(call.Header("Upload-Metadata").value_or(""), length);
     std::string id = uploads.Create(call.identity.user, upload, call.UuidHeader("Idempotency-Key"));
     call.response.status = 201;
-    call.response.set_header("Location", "/v1/uploads/" + id);
+    call.response.SetHeader("Location", "/v1/uploads/" + id);
 }
 
 void Head(Call& call, const Uploads& uploads) {
-    call.response.set_header("Cache-Control", "no-store");
     UploadRecord upload = uploads.Get(call.identity.user, call.ids[0]);
+    call.response.SetHeader("Cache-Control", "no-store");
     call.response.status = 200;
-    call.response.set_header("Upload-Offset", std::to_string(upload.confirmed));
-    call.response.set_header("Upload-Length", std::to_string(upload.length));
-    call.response.set_header("Upload-Metadata", upload.metadata);
+    call.response.SetHeader("Upload-Offset", std::to_string(upload.confirmed));
+    call.response.SetHeader("Upload-Length", std::to_string(upload.length));
+    call.response.SetHeader("Upload-Metadata", upload.metadata);
 }
 
-void Append(Call& call, Uploads& uploads, DropFault& fault) {
+/// The body of a PATCH, on its way into its upload.
+class AppendSink : public BodySink {
+public:
+    AppendSink(Call& call, Uploads& uploads, DropFault& fault)
+        : call_(call),
+          uploads_(uploads),
+          fault_(fault),
+          request_{.offset = RequiredNumber(call, "Upload-Offset"),
+                   .bodyLength = call.request.bodyLength,
+                   .checksum = ReadChecksum(call),
+                   .contentSha256 = ReadContentSha256(call)} {}
+
+    void Open() override {
+        append_ = uploads_.BeginAppend(call_.identity.user, call_.ids[0], request_, call_.abort());
+        offset_ = request_.offset;
+    }
+
+    void Take(std::string_view piece) override {
+        if (auto seen = fault_.CutWithin(append_->upload(), offset_, piece.size())) {
+            // As a connection that breaks there: what came before it is kept or not, and only then
+            // does the client notice.
+            call_.response.cut = true;
+            append_->Take(piece.substr(0, *seen));
+            append_->Finish(false);
+        }
+        append_->Take(piece);
+        offset_ += static_cast<std::int64_t>(piece.size());
+    }
+
+    void Finish(bool complete) override {
+        std::int64_t offset = append_->Finish(complete);
+        call_.response.status = 204;
+        call_.response.SetHeader("Upload-Offset", std::to_string(offset));
+        if (offset == append_->upload().length && fault_.CutsLastAnswer(append_->upload())) {
+            call_.response.cut = true;
+        }
+    }
+
+private:
+    Call& call_;
+    Uploads& uploads_;
+    DropFault& fault_;
+    AppendRequest request_;
+    std::shared_ptr<UploadAppend> append_;
+    std::int64_t offset_ = 0;
+};
+
+std::unique_ptr<BodySink> OpenAppend(Call& call, Uploads& uploads, DropFault& fault) {
+    tus::RequireVersion(call);
     if (call.Header("Content-Type") != "application/offset+octet-stream") {
         throw ApiError(415, "unsupported_media_type",
                        "Content-Type has to be application/offset+octet-stream.");
     }
-    AppendRequest request{.offset = RequiredNumber(call, "Upload-Offset"),
-                          .checksum = ReadChecksum(call),
-                          .contentSha256 = ReadContentSha256(call)};
-    if (!call.Header("Transfer-Encoding")) request.bodyLength = call.NumberHeader("Content-Length");
-    BodyReader wholeBody = [&](const auto& take) { return call.ReadBody(take); };
-    std::int64_t offset =
-        fault.Around(call, request.offset, wholeBody, [&](const BodyReader& body) {
-            return uploads.Append(call.identity.user, call.ids[0], request, body);
-        });
-    call.response.status = 204;
-    call.response.set_header("Upload-Offset", std::to_string(offset));
+    return std::make_unique<AppendSink>(call, uploads, fault);
 }
 
 void Asset(Call& call, const Uploads& uploads) {
@@ -184,20 +185,13 @@ void Asset(Call& call, const Uploads& uploads) {
 }  // namespace
 
 void AddUploadRoutes(Api& api, Uploads& uploads, const FaultOptions& faults) {
-    auto fault = std::make_shared<DropFault>(uploads, faults.dropUploadAfterBytes);
-    api.Add({.method = "OPTIONS",
-             .path = "/v1/uploads",
-             .handler =
-                 [](Call& call) {
-                     TellProtocol(call);
-                     call.response.status = 204;
-                 },
-             .open = true});
+    auto fault = std::make_shared<DropFault>(faults.dropUploadAfterBytes);
     api.Add({"POST", "/v1/uploads", InProtocol([&](Call& call) { Create(call, uploads); }),
              RequestKind::Uploads});
     api.Add({"HEAD", "/v1/uploads/{id}", InProtocol([&](Call& call) { Head(call, uploads); })});
-    api.Add({"PATCH", "/v1/uploads/{id}",
-             InProtocol([&uploads, fault](Call& call) { Append(call, uploads, *fault); })});
+    api.Add({.method = "PATCH", .path = "/v1/uploads/{id}", .sink = [&uploads, fault](Call& call) {
+                 return OpenAppend(call, uploads, *fault);
+             }});
     api.Add({"GET", "/v1/uploads/{id}/asset", [&](Call& call) { Asset(call, uploads); }});
 }
 

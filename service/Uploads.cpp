@@ -1,14 +1,12 @@
 #include "service/Uploads.h"
 
 #include <algorithm>
-#include <exception>
 #include <filesystem>
 #include <limits>
 #include <stdexcept>
 #include <vector>
 
 #include "service/ApiError.h"
-#include "service/BodyWriter.h"
 #include "service/DataDirectory.h"
 #include "service/File.h"
 #include "service/Idempotency.h"
@@ -20,9 +18,6 @@
 namespace quilloservice {
 
 namespace {
-
-// How much of an upload without checksums a killed service asks for again, at most.
-constexpr std::int64_t kConfirmEveryBytes = 8 << 20;
 
 /// Makes `progress` stand for the file's first `offset` bytes, which are read if need be: after a
 /// restart, or after a request that was taken back.
@@ -107,99 +102,50 @@ UploadRecord Uploads::Get(const std::string& user, const std::string& id) const 
     return *std::move(upload);
 }
 
-std::int64_t Uploads::Append(const std::string& user, const std::string& id,
-                             const AppendRequest& request, const BodyReader& body) {
-    auto live = live_.TryAcquire(id);
-    if (!live) throw ApiError::Conflict("Another request is appending to this upload.");
-    UploadRecord upload = Get(user, id);
-    if (request.offset != upload.confirmed) {
-        throw ApiError::Conflict("The upload's offset is " + std::to_string(upload.confirmed) +
-                                 ", not " + std::to_string(request.offset) + ".");
+LiveUploads::Lease Uploads::Acquire(const std::string& id) {
+    if (auto lease = live_.TryAcquire(id)) return *std::move(lease);
+    if (auto holder = live_.Holder(id); holder && holder->GiveWay()) {
+        if (auto lease = live_.TryAcquire(id)) return *std::move(lease);
     }
-    if (request.bodyLength.value_or(0) > upload.length - upload.confirmed) {
-        throw ApiError::TooLarge("The body goes past the upload's length.");
-    }
-    if (upload.published) return upload.length;
-    return AppendTo(upload, *live, request, body);
+    throw ApiError::Conflict("Another request is completing this upload.");
 }
 
-std::int64_t Uploads::AppendTo(const UploadRecord& upload, LiveUploads::Lease& live,
-                               const AppendRequest& request, const BodyReader& body) {
+std::shared_ptr<UploadAppend> Uploads::BeginAppend(const std::string& user, const std::string& id,
+                                                   const AppendRequest& request,
+                                                   std::function<void()> onOvertaken) {
     constexpr const char* moved = "The upload's offset is another one; ask HEAD for it.";
-    if (publisher_.FinishInterrupted(upload)) throw ApiError::Conflict(moved);
-    File file(directory_.UploadPath(upload.id), File::Mode::Write);
-    std::int64_t start = upload.confirmed;
-    if (std::int64_t size = file.Size(); size < start) {
-        // The machine went down before the system had written what was confirmed.
-        Confirm(upload.id, size);
-        throw ApiError::Conflict(moved);
-    }
-    file.Truncate(start);
-    LiveUploads::Progress& progress = live.progress();
-    CatchUp(progress, file, start);
-    LiveUploads::Progress before = progress;
-
-    std::optional<Digest::Algorithm> bodyAlgorithm;
-    if (request.checksum) bodyAlgorithm = request.checksum->algorithm;
-    BodyWriter writer(file, progress.digest, start, upload.length, bodyAlgorithm);
-    std::int64_t confirmed = start;
-    if (!request.checksum) {
-        writer.onWritten = [&](std::int64_t end) {
-            if (end - confirmed < kConfirmEveryBytes || end == upload.length) return;
-            Confirm(upload.id, end);
-            confirmed = end;
-        };
-    }
-
-    bool complete = false;
-    std::exception_ptr failure;
-    try {
-        complete = body([&](std::string_view bytes) {
-            writer.Take(bytes);
-            return true;
-        });
-        writer.Flush();
-        if (!complete) throw ApiError::BadRequest("The connection ended before the body did.");
-        if (request.checksum && writer.BodyChecksum() != request.checksum->value) {
-            throw ApiError::ChecksumMismatch(
-                "The body arrived with another checksum than the one announced; send it again.");
+    auto check = [&](const UploadRecord& upload) {
+        if (request.offset != upload.confirmed) {
+            throw ApiError::Conflict("The upload's offset is " + std::to_string(upload.confirmed) +
+                                     ", not " + std::to_string(request.offset) + ".");
         }
-    } catch (const ApiError&) {
-        failure = std::current_exception();
+        if (request.bodyLength.value_or(0) > upload.length - upload.confirmed) {
+            throw ApiError::TooLarge("The body goes past the upload's length.");
+        }
+    };
+    // Before anything is taken over, too: a request that is refused disturbs no other.
+    check(Get(user, id));
+    LiveUploads::Lease lease = Acquire(id);
+    UploadRecord upload = Get(user, id);
+    check(upload);
+    if (!upload.published && publisher_.FinishInterrupted(upload)) throw ApiError::Conflict(moved);
+    File file = upload.published ? File(directory_.MoviePath(upload.asset), File::Mode::Read)
+                                 : File(directory_.UploadPath(upload.id), File::Mode::Write);
+    if (!upload.published) {
+        if (std::int64_t size = file.Size(); size < upload.confirmed) {
+            // The machine went down before the system had written what was confirmed.
+            store_.Write([&](Database& database) { SetConfirmed(database, id, size, clock_()); },
+                         Store::Durability::Process);
+            throw ApiError::Conflict(moved);
+        }
+        file.Truncate(upload.confirmed);
+        CatchUp(lease.progress(), file, upload.confirmed);
     }
-
-    std::int64_t end = writer.end();
-    if (failure && (request.checksum || writer.overrun())) {
-        file.Truncate(start);
-        progress = std::move(before);
-        end = start;
-    } else {
-        progress.offset = end;
-    }
-    if (end != confirmed && end < upload.length) Confirm(upload.id, end);
-    live.Keep();
-    if (failure) std::rethrow_exception(failure);
-    if (end == upload.length) Complete(upload, file, live, request);
-    return end;
-}
-
-void Uploads::Complete(const UploadRecord& upload, File& file, LiveUploads::Lease& live,
-                       const AppendRequest& request) {
-    live.Forget();
-    const Digest& whole = live.progress().digest;
-    if (request.contentSha256 && *request.contentSha256 != ToHex(whole.Value())) {
-        file.Truncate(0);
-        Confirm(upload.id, 0);
-        throw ApiError::ChecksumMismatch(
-            "The movie was stored with another checksum than the one announced; the upload starts "
-            "again from offset 0.");
-    }
-    publisher_.Publish(upload, file, whole);
-}
-
-void Uploads::Confirm(const std::string& id, std::int64_t offset) {
-    store_.Write([&](Database& database) { SetConfirmed(database, id, offset, clock_()); },
-                 Store::Durability::Process);
+    auto append = std::make_shared<UploadAppend>(UploadAppend::Parts{store_, publisher_, clock_},
+                                                 std::move(upload), std::move(lease),
+                                                 std::move(file), request, std::move(onOvertaken));
+    live_.SetHolder(id, append);
+    return append;
 }
 
 PublishedAsset Uploads::Asset(const std::string& user, const std::string& id) const {

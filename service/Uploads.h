@@ -2,14 +2,14 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "service/Clock.h"
-#include "service/Digest.h"
 #include "service/LiveUploads.h"
 #include "service/Publisher.h"
+#include "service/UploadAppend.h"
 #include "service/UploadRecord.h"
 
 namespace quilloservice {
@@ -28,25 +28,9 @@ struct NewUpload {
     std::int64_t length = 0;
 };
 
-/// The head of a PATCH.
-struct AppendRequest {
-    struct Checksum {
-        Digest::Algorithm algorithm;
-        std::string value;  ///< raw
-    };
-
-    std::int64_t offset = 0;
-    std::optional<std::int64_t> bodyLength;    ///< nothing when it is not announced
-    std::optional<Checksum> checksum;          ///< of the body
-    std::optional<std::string> contentSha256;  ///< of the whole movie, hex
-};
-
-/// Feeds a request's body to the function in pieces for as long as that returns true. Returns
-/// whether the body came to its end.
-using BodyReader = std::function<bool(const std::function<bool(std::string_view)>&)>;
-
-/// Resumable uploads. Every function throws ApiError when the answer is an error. Any thread; two
-/// requests that append to one upload do not wait for each other, the second is refused.
+/// Resumable uploads. Every function throws ApiError when the answer is an error. Any thread. One
+/// request appends to an upload at a time; a newer one takes it over, so that a connection which
+/// nobody is left to write to holds nothing up.
 class Uploads {
 public:
     static constexpr std::int64_t kMaxBytes = std::int64_t{1} << 40;
@@ -64,20 +48,17 @@ public:
 
     [[nodiscard]] UploadRecord Get(const std::string& user, const std::string& id) const;
 
-    /// Appends the body and publishes the movie when it is complete. Returns the new offset.
-    std::int64_t Append(const std::string& user, const std::string& id,
-                        const AppendRequest& request, const BodyReader& body);
+    /// Begins to append a body. `onOvertaken` runs when another request takes the upload over.
+    std::shared_ptr<UploadAppend> BeginAppend(const std::string& user, const std::string& id,
+                                              const AppendRequest& request,
+                                              std::function<void()> onOvertaken);
 
     /// The movie that the upload became.
     [[nodiscard]] PublishedAsset Asset(const std::string& user, const std::string& id) const;
 
 private:
     void ForgetOld();
-    void Confirm(const std::string& id, std::int64_t offset);
-    std::int64_t AppendTo(const UploadRecord& upload, LiveUploads::Lease& live,
-                          const AppendRequest& request, const BodyReader& body);
-    void Complete(const UploadRecord& upload, File& file, LiveUploads::Lease& live,
-                  const AppendRequest& request);
+    LiveUploads::Lease Acquire(const std::string& id);
 
     const DataDirectory& directory_;
     Store& store_;

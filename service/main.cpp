@@ -1,5 +1,6 @@
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -29,6 +30,15 @@ void WaitForEnd(int signals, bool stopWithStdin, int finished) {
     }
 }
 
+/// As many connections as the system lets this process have: what is allowed at first is often
+/// less, for programs that use select().
+void AllowManyDescriptors() {
+    rlimit descriptors{};
+    if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) return;
+    descriptors.rlim_cur = descriptors.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &descriptors);
+}
+
 void Serve(const Options& options) {
     // Before any thread begins, so that all of them leave these to the descriptor.
     sigset_t stopSignals;
@@ -38,6 +48,7 @@ void Serve(const Options& options) {
     pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
     int signals = ::signalfd(-1, &stopSignals, SFD_CLOEXEC);
     int finished = ::eventfd(0, EFD_CLOEXEC);
+    AllowManyDescriptors();
     // A write past a limit on file sizes is to fail like one on a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
 

@@ -58,10 +58,75 @@ TEST_F(ApiTest, LetsNobodyInWithoutAToken) {
             EXPECT_EQ(result->get_header_value("WWW-Authenticate"), "Bearer");
         }
     }
+    EXPECT_EQ(client.Send("GET", "/v1/me", {{"Authorization", "bearer  " + client.token}})->status,
+              200)
+        << "schemes are of any case";
+}
+
+TEST_F(ApiTest, SaysWhichMethodsAnAddressTakes) {
+    struct Row {
+        std::string method;
+        std::string path;
+        int status;
+        std::string allow;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"OPTIONS", "/v1/uploads", 204, "POST, OPTIONS"},
+             {"OPTIONS", "/v1/uploads/" + unknown, 204, "HEAD, PATCH, OPTIONS"},
+             {"OPTIONS", "/v1/folders/" + unknown + "/children", 204, "GET, HEAD, POST, OPTIONS"},
+             {"OPTIONS", "/v1/none", 404, ""},
+             {"PUT", "/v1/me", 405, "GET, HEAD, OPTIONS"},
+             {"TRACE", "/healthz", 405, "GET, HEAD, OPTIONS"},
+             {"GET", "/oauth/token", 405, "POST, OPTIONS"},
+             {"TRACE", "/none", 404, ""},
+         }) {
+        bool asks = row.method == "OPTIONS";  // and needs no token for it
+        auto result =
+            client.Send(row.method, row.path, asks ? Headers{{"Authorization", ""}} : Headers{});
+        ASSERT_TRUE(result) << row.method << row.path;
+        EXPECT_EQ(result->status, row.status) << row.method << row.path;
+        EXPECT_EQ(result->get_header_value("Allow"), row.allow) << row.method << row.path;
+    }
+}
+
+TEST_F(ApiTest, SpeaksTusInEveryAnswer) {
+    auto version = [&](const std::string& method, const std::string& path, const Headers& headers) {
+        auto result = client.Send(method, path, headers);
+        return std::to_string(result->status) + " " + result->get_header_value("Tus-Resumable");
+    };
+    std::string upload = client.CreateUpload(10);
+    EXPECT_EQ(version("HEAD", upload, {}), "200 1.0.0");
+    EXPECT_EQ(version("POST", "/v1/uploads", {}), "400 1.0.0");
+    EXPECT_EQ(version("POST", "/v1/uploads", {{"Authorization", ""}}), "401 1.0.0");
+    EXPECT_EQ(version("PATCH", upload, {{"Content-Encoding", "gzip"}}), "400 1.0.0");
+    EXPECT_EQ(version("DELETE", upload, {}), "405 1.0.0");
+    EXPECT_EQ(version("GET", "/v1/uploads/x", {}), "404 1.0.0");
+    EXPECT_EQ(version("GET", upload, {{"X-HTTP-Method-Override", "HEAD"}}), "200 1.0.0");
+    EXPECT_EQ(version("OPTIONS", "/v1/uploads", {}), "204 ");
     auto options = client.http.Options("/v1/uploads");
-    EXPECT_EQ(options->status, 204);
+    EXPECT_EQ(options->get_header_value("Tus-Version"), "1.0.0");
     EXPECT_EQ(options->get_header_value("Tus-Extension"), "creation,checksum");
     EXPECT_EQ(options->get_header_value("Tus-Checksum-Algorithm"), "sha1,sha256,xxh128");
+    EXPECT_EQ(options->get_header_value("Tus-Max-Size"), "1099511627776");
+}
+
+TEST_F(ApiTest, LetsPagesOfTheAllowedOriginInAndNoOthers) {
+    RunningService open({.allowOrigin = "https://review.example"});
+    ApiClient reader(open.port());
+    auto origin = [&](ApiClient& of, const std::string& method, const char* from) {
+        auto result = of.Send(method, "/v1/uploads", {{"Origin", from}});
+        return result->get_header_value("Access-Control-Allow-Origin") + " " +
+               result->get_header_value("Access-Control-Allow-Methods") + " " +
+               (result->get_header_value("Access-Control-Expose-Headers").find("Upload-Offset") !=
+                        std::string::npos
+                    ? "exposed"
+                    : "");
+    };
+    EXPECT_EQ(origin(reader, "OPTIONS", "https://review.example"),
+              "https://review.example POST, OPTIONS exposed");
+    EXPECT_EQ(origin(reader, "POST", "https://review.example"), "https://review.example  exposed");
+    EXPECT_EQ(origin(reader, "OPTIONS", "https://evil.example"), "  ");
+    EXPECT_EQ(origin(client, "OPTIONS", "https://review.example"), "  ");
 }
 
 TEST_F(ApiTest, SignsInAndOut) {
@@ -121,7 +186,7 @@ TEST_F(ApiTest, TellsUnknownThingsFromThoseOfOthers) {
              {"GET", "/v1/folders/" + std::string(4000, 'a') + "/children", 404},
              {"GET", "/v1/folders/%00/children", 404},
              {"HEAD", "/v1/uploads/" + unknown, 404},
-             {"DELETE", "/v1/uploads/" + unknown, 404},
+             {"DELETE", "/v1/uploads/" + unknown, 405},
          }) {
         auto result = client.Send(row.method, row.path);
         ASSERT_TRUE(result) << row.path;
@@ -201,8 +266,8 @@ TEST_F(ApiTest, ChecksWhatCreatesAnUpload) {
              {{{"Upload-Length", "0"}, {"Upload-Metadata", good}}, 400},
              {{{"Upload-Length", "-1"}, {"Upload-Metadata", good}}, 400},
              {{{"Upload-Length", "1e3"}, {"Upload-Metadata", good}}, 400},
-             {{{"Upload-Length", "99999999999999999999"}, {"Upload-Metadata", good}}, 400},
-             {{{"Upload-Length", "9223372036854775807"}, {"Upload-Metadata", good}}, 413},
+             {{{"Upload-Length", "1099511627777"}, {"Upload-Metadata", good}}, 413},
+             {{{"Upload-Length", "9223372036854775808"}, {"Upload-Metadata", good}}, 413},
              {{{"Upload-Length", "10"}, {"Upload-Defer-Length", "1"}, {"Upload-Metadata", good}},
               400},
              {{{"Upload-Length", "10"}}, 400},
@@ -243,7 +308,7 @@ TEST_F(ApiTest, ChecksWhatAppends) {
              {{{"Content-Type", "video/mp4"}, {"Upload-Offset", "0"}}, "x", 415},
              {{{"Content-Type", type}}, "x", 400},
              {{{"Content-Type", type}, {"Upload-Offset", "-1"}}, "x", 400},
-             {{{"Content-Type", type}, {"Upload-Offset", "99999999999999999999"}}, "x", 400},
+             {{{"Content-Type", type}, {"Upload-Offset", "99999999999999999999"}}, "x", 409},
              {{{"Content-Type", type}, {"Upload-Offset", "1"}}, "x", 409},
              {{{"Content-Type", type}, {"Upload-Offset", "0"}}, "elevenbytes", 413},
              {{{"Content-Type", type}, {"Upload-Offset", "0"}, {"Upload-Checksum", "md5 eA=="}},

@@ -14,7 +14,7 @@ TEST(ByteRange, FollowsTheStandard) {
         std::int64_t length = 0;
     };
     for (const Row& row : {
-             Row{"bytes=0-0", 0, 1},          Row{"bytes=2-5", 2, 4},
+             Row{"bytes=0-0", 0, 1},          Row{"Bytes=2-5", 2, 4},
              Row{"bytes=9-9", 9, 1},          Row{"bytes=4-", 4, 6},
              Row{"bytes=4-99", 4, 6},         Row{"bytes=4-9223372036854775807", 4, 6},
              Row{"bytes=-3", 7, 3},           Row{"bytes=-99", 0, 10},

@@ -9,15 +9,32 @@ namespace {
 using testing::HasSubstr;
 
 TEST(Options, ReadsEverySwitch) {
-    Options options =
-        ParseOptions({"--data", "d", "--port", "8080", "--host", "0.0.0.0", "--sample", "large",
-                      "--trust-local-user", "--limit", "5/60", "--latency", "20", "--fail", "0.25",
-                      "--drop-upload-after", "1000", "--stop-with-stdin"});
+    Options options = ParseOptions({"--data",
+                                    "d",
+                                    "--port",
+                                    "8080",
+                                    "--host",
+                                    "0.0.0.0",
+                                    "--sample",
+                                    "large",
+                                    "--trust-local-user",
+                                    "--limit",
+                                    "5/60",
+                                    "--latency",
+                                    "20",
+                                    "--fail",
+                                    "0.25",
+                                    "--drop-upload-after",
+                                    "1000",
+                                    "--stop-with-stdin",
+                                    "--allow-origin",
+                                    "https://review.example:8"});
     EXPECT_EQ(options.dataDirectory, "d");
     EXPECT_EQ(options.port, 8080);
     EXPECT_EQ(options.host, "0.0.0.0");
     EXPECT_EQ(options.sample, SampleSize::Large);
     EXPECT_TRUE(options.trustLocalUser && options.stopWithStdin && !options.help);
+    EXPECT_EQ(options.allowOrigin, "https://review.example:8");
     EXPECT_EQ(options.limit->requests, 5u);
     EXPECT_EQ(options.limit->window, std::chrono::minutes(1));
     EXPECT_EQ(options.faults.latency, std::chrono::milliseconds(20));
@@ -42,6 +59,8 @@ TEST(Options, SaysWhatIsWrong) {
              {{"--data", "d", "--limit", "5/0"}, "from 1 to"},
              {{"--data", "d", "--fail", "1.5"}, "--fail takes a number from 0 to 1"},
              {{"--data", "d", "--fail", "nan"}, "--fail takes"},
+             {{"--data", "d", "--allow-origin", "*"}, "--allow-origin takes an origin"},
+             {{"--data", "d", "--allow-origin", "https://a/b"}, "--allow-origin takes an origin"},
              {{"--data", "d", "--latency", "-1"}, "--latency takes"},
              {{"--data", "d", "--drop-upload-after", "0"}, "--drop-upload-after takes"},
          }) {

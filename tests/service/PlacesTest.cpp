@@ -112,7 +112,7 @@ TEST_F(PlacesTest, TellsWhatIsWrongWithARequest) {
              {"PATCH", "/v1/accounts/" + stranger, {{"name", "x"}}, "403 forbidden"},
              {"PATCH", "/v1/projects/" + client.folder, {{"name", "x"}}, "404 not_found"},
              {"DELETE", "/v1/accounts/" + stranger, {}, "403 forbidden"},
-             {"DELETE", "/v1/accounts", {}, "404 not_found"},
+             {"DELETE", "/v1/accounts", {}, "405 method_not_allowed"},
          }) {
         EXPECT_EQ(Try(row.method, row.path, row.body), row.answer) << row.method << row.path;
     }

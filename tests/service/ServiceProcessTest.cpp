@@ -34,7 +34,7 @@ protected:
                       std::string_view content, std::size_t size) {
         RawConnection connection(port);
         connection.Say("PATCH " + upload +
-                       " HTTP/1.1\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
+                       " HTTP/1.1\r\nHost: x\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
                        "Content-Type: application/offset+octet-stream\r\nContent-Length: " +
                        std::to_string(content.size()) + "\r\nAuthorization: Bearer " +
                        client.token + "\r\n\r\n");

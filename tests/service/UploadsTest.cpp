@@ -23,17 +23,20 @@ namespace {
 namespace fs = std::filesystem;
 using test::Noise;
 
-/// Feeds `bytes` in pieces; the connection is cut after them unless `complete`.
-BodyReader Body(std::string bytes, bool complete = true) {
-    return [bytes = std::move(bytes), complete](const auto& take) {
-        std::string_view left = bytes;
-        while (!left.empty()) {
-            std::string_view piece = left.substr(0, 100'000);
-            left.remove_prefix(piece.size());
-            if (!take(piece)) return false;
-        }
-        return complete;
-    };
+/// What a client sends; the connection is cut after it unless it is complete.
+struct Body {
+    explicit Body(std::string content, bool isComplete = true)
+        : bytes(std::move(content)), complete(isComplete) {}
+    std::string bytes;
+    bool complete;
+};
+
+void TakeInPieces(UploadAppend& append, std::string_view bytes) {
+    while (!bytes.empty()) {
+        std::string_view piece = bytes.substr(0, 100'000);
+        bytes.remove_prefix(piece.size());
+        append.Take(piece);
+    }
 }
 
 std::string ReadFile(const std::string& path) {
@@ -74,12 +77,14 @@ protected:
         return uploads->Create(user, request, std::nullopt);
     }
 
-    std::int64_t Append(const std::string& id, std::int64_t offset, const BodyReader& body,
+    std::int64_t Append(const std::string& id, std::int64_t offset, const Body& body,
                         const std::string& announced = {}, const std::string& whole = {}) {
         AppendRequest request{.offset = offset};
         if (!announced.empty()) request.checksum = {Digest::Algorithm::Sha256, Sha256(announced)};
         if (!whole.empty()) request.contentSha256 = ToHex(Sha256(whole));
-        return uploads->Append(user, id, request, body);
+        auto append = uploads->BeginAppend(user, id, request, {});
+        TakeInPieces(*append, body.bytes);
+        return append->Finish(body.complete);
     }
 
     /// The status that `Append` is refused with, 0 when it is not.
@@ -182,12 +187,9 @@ TEST_F(UploadsTest, GoesOnAfterARestartWithWhatIsConfirmed) {
     std::string id = Create(large.size());
     // The process ends in the middle of a body: what is in the file past the last note does not
     // count.
-    EXPECT_THROW(Append(id, 0,
-                        [&](const auto& take) -> bool {
-                            take(large.substr(0, 18'000'000));
-                            throw std::runtime_error("killed");
-                        }),
-                 std::runtime_error);
+    auto killed = uploads->BeginAppend(user, id, {}, {});
+    TakeInPieces(*killed, large.substr(0, 18'000'000));
+    killed.reset();
     Restart();
     std::int64_t offset = Offset(id);
     EXPECT_GT(offset, 8'000'000);
@@ -236,13 +238,38 @@ TEST_F(UploadsTest, RecordsAMovieThatWasRenamedBeforeTheProcessEnded) {
     }
 }
 
-TEST_F(UploadsTest, LetsOneRequestAppendAtATime) {
+TEST_F(UploadsTest, LetsANewerRequestTakeOverWhereTheOlderOneStalls) {
+    for (bool checked : {false, true}) {
+        std::string id = Create(content.size());
+        Append(id, 0, Body(content.substr(0, 10)));
+        AppendRequest request{.offset = 10};
+        if (checked) request.checksum = {Digest::Algorithm::Sha256, Sha256(content.substr(10))};
+        int overtaken = 0;
+        auto stalled = uploads->BeginAppend(user, id, request, [&] { ++overtaken; });
+        stalled->Take("something else");
+        EXPECT_EQ(Refusal(id, 11, Body("intruder")), 409);
+        EXPECT_EQ(overtaken, 0) << "one that would be refused disturbs nobody";
+
+        auto newer = uploads->BeginAppend(user, id, {.offset = 10}, {});
+        EXPECT_EQ(overtaken, 1);
+        newer->Take(content.substr(10, 500'000));
+        EXPECT_THROW(stalled->Take("more of it"), ApiError);
+        EXPECT_THROW(stalled->Finish(true), ApiError);
+        newer->Take(content.substr(500'010));
+        EXPECT_EQ(newer->Finish(true), 1'000'000);
+        EXPECT_EQ(Movie(id), content);
+    }
+}
+
+TEST_F(UploadsTest, TakesNothingOverFromARequestThatIsPublishing) {
     std::string id = Create(content.size());
-    Append(id, 0, [&](const auto& take) {
-        EXPECT_EQ(Refusal(id, 0, Body("intruder")), 409);
-        return take(content.substr(0, 10));
-    });
-    EXPECT_EQ(Append(id, 10, Body(content.substr(10)), {}, content), 1'000'000);
+    auto append = uploads->BeginAppend(user, id, {}, {});
+    append->Take(content);
+    int refusal = 0;
+    changes.Listen([&] { refusal = Refusal(id, 0, Body(content)); });
+    EXPECT_EQ(append->Finish(true), 1'000'000);
+    EXPECT_EQ(refusal, 409);
+    EXPECT_EQ(Movie(id), content);
 }
 
 TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {

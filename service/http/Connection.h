@@ -1,0 +1,114 @@
+#pragma once
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/thread_pool.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "service/http/ConnectionTable.h"
+#include "service/http/Exchange.h"
+#include "service/http/Limits.h"
+#include "service/http/Pace.h"
+#include "service/http/RequestParser.h"
+
+namespace quilloservice::http {
+
+/// What the connections of a server share. Outlives them.
+struct ServerContext {
+    Application& application;
+    Limits limits;
+    ConnectionTable table;
+    boost::asio::io_context io;
+    boost::asio::thread_pool workers;  ///< for what may wait for the disk
+};
+
+/// One client's connection: reads requests, has the application answer them and sends the answers,
+/// one after the other. It never blocks: it works until its socket is not ready, waits for that,
+/// and goes on. One thread at a time works for it, an I/O thread or a worker. Kept alive by what it
+/// waits for.
+class Connection : public std::enable_shared_from_this<Connection> {
+public:
+    Connection(ServerContext& context, boost::asio::ip::tcp::socket socket,
+               std::shared_ptr<TrackedSocket> tracked);
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    void Start();
+
+private:
+    /// What is to be done next.
+    enum class Stage {
+        Head,    ///< read a request's head
+        Decide,  ///< ask the application about it
+        Body,    ///< read the body
+        Finish,  ///< have the application answer
+        Answer,  ///< send the answer
+        Skip,    ///< read a small body that was not wanted, to come to the next request
+        Linger,  ///< throw away what still comes, so that the client gets to read the answer
+    };
+    enum class Received { Some, Nothing, End };
+
+    void Advance();
+
+    // The stages. False: the connection waits, is at work elsewhere or has ended, and nothing of
+    // this object may be touched any more.
+    [[nodiscard]] bool ReadHead();
+    [[nodiscard]] bool Decide();
+    [[nodiscard]] bool ReadBody();
+    [[nodiscard]] bool Finish();
+    [[nodiscard]] bool SendAnswer();
+    [[nodiscard]] bool Skip();
+    [[nodiscard]] bool Linger();
+
+    void BeginHead(Duration patience);
+    [[nodiscard]] bool BeginBody();
+    void TakeBody();
+    void Refuse(int status, std::string_view code, std::string_view message);
+    void BeginAnswer();
+    [[nodiscard]] bool EndAnswer();
+
+    Received Receive(std::size_t most);
+    [[nodiscard]] std::string_view Input() const;
+    [[nodiscard]] bool WaitToRead(Time deadline);
+    [[nodiscard]] bool WaitToWrite();
+    /// Runs `work` on a worker, which then goes on with Advance.
+    [[nodiscard]] bool Work(std::function<void()> work);
+    [[nodiscard]] bool Close();
+    [[nodiscard]] bool GiveAway();
+
+    ServerContext& context_;
+    boost::asio::ip::tcp::socket socket_;
+    std::shared_ptr<TrackedSocket> tracked_;
+    /// The server runs for as long as it has connections.
+    boost::asio::executor_work_guard<boost::asio::io_context::executor_type> running_;
+    std::string remoteAddress_;
+    Stage stage_ = Stage::Head;
+    unsigned steps_ = 0;
+    boost::beast::flat_buffer input_;
+    std::unique_ptr<RequestParser> parser_;
+    Time deadline_{};         ///< of the head, of a body that is skipped, of lingering
+    bool headBegun_ = false;  ///< its first byte is there
+    bool delayed_ = false;    ///< by the fault
+
+    std::shared_ptr<Exchange> exchange_;
+    Action action_;
+    Pace pace_;
+    bool waited_ = false;       ///< for the client, within what `pace_` watches
+    bool bodyArrived_ = false;  ///< some that the parser has not seen
+    bool bodyOver_ = false;     ///< no more of it is to be read, though it may not be complete
+    bool continued_ = false;    ///< the client was told to send the body
+
+    std::string output_;
+    std::size_t sent_ = 0;
+    std::int64_t contentLeft_ = 0;
+    bool last_ = false;  ///< the connection ends after the answer
+};
+
+}  // namespace quilloservice::http

@@ -1,0 +1,37 @@
+#include "service/http/Preconditions.h"
+
+#include <algorithm>
+#include <string>
+
+namespace quilloservice::http {
+
+namespace {
+
+/// Whether the list of entity tags names `tag`. Weak comparison takes "W/" for no difference;
+/// strong comparison never finds a weak tag.
+bool Names(const std::string& list, std::string_view tag, bool weakly) {
+    auto elements = ListElements(list);
+    return std::any_of(elements.begin(), elements.end(), [&](std::string_view element) {
+        if (weakly && element.starts_with("W/")) element.remove_prefix(2);
+        return element == "*" || element == tag;
+    });
+}
+
+}  // namespace
+
+Precondition CheckPreconditions(const Request& request, std::string_view tag) {
+    std::optional<std::string> match = request.ListHeader("If-Match");
+    if (match && !Names(*match, tag, /*weakly=*/false)) return Precondition::Failed;
+    std::optional<std::string> noneMatch = request.ListHeader("If-None-Match");
+    if (noneMatch && Names(*noneMatch, tag, /*weakly=*/true)) return Precondition::NotModified;
+    return Precondition::Holds;
+}
+
+std::optional<std::string_view> ApplicableRange(const Request& request, std::string_view tag) {
+    if (request.method != "GET") return std::nullopt;
+    std::optional<std::string_view> range = request.Header("Range");
+    if (!range || request.Header("If-Range").value_or(tag) != tag) return std::nullopt;
+    return range;
+}
+
+}  // namespace quilloservice::http

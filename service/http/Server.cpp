@@ -1,0 +1,133 @@
+#include "service/http/Server.h"
+
+#include <algorithm>
+#include <atomic>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/strand.hpp>
+#include <thread>
+#include <vector>
+
+#include "service/http/Connection.h"
+
+namespace quilloservice::http {
+
+namespace {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+
+constexpr int kBacklog = 4096;
+constexpr int kWaitingThreads = 4;
+constexpr int kWorkers = 8;
+constexpr std::chrono::milliseconds kSweepEach{500};
+constexpr std::chrono::milliseconds kSweepEachAtStop{5};
+constexpr std::chrono::milliseconds kRest{20};
+
+}  // namespace
+
+struct Server::Parts {
+    Parts(Application& application, const Limits& limits)
+        : context{application, limits, ConnectionTable(limits.connections),
+                  asio::io_context(kWaitingThreads), asio::thread_pool(kWorkers)},
+          acceptor(asio::make_strand(context.io)),
+          sweeper(acceptor.get_executor()) {}
+
+    void Accept() {
+        acceptor.async_accept(
+            context.io, [this](boost::system::error_code error, tcp::socket socket) {
+                if (!acceptor.is_open()) return;
+                if (error) return RestFromAccepting();
+                if (auto tracked = context.table.Add(socket.native_handle(), Clock())) {
+                    auto connection = std::make_shared<Connection>(context, std::move(socket),
+                                                                   std::move(tracked));
+                    asio::post(context.io, [connection] { connection->Start(); });
+                }
+                Accept();
+            });
+    }
+
+    /// The process or the system has no descriptor left.
+    void RestFromAccepting() {
+        context.table.DropSlowest(Clock());
+        auto timer = std::make_shared<asio::steady_timer>(acceptor.get_executor(), kRest);
+        timer->async_wait([this, timer](auto) {
+            if (acceptor.is_open()) Accept();
+        });
+    }
+
+    void Sweep() {
+        sweeper.expires_after(stopping ? kSweepEachAtStop : kSweepEach);
+        sweeper.async_wait([this](auto) {
+            context.table.DropOverdue(Clock());
+            if (!stopping || context.table.size() > 0) Sweep();
+        });
+    }
+
+    static Time Clock() { return std::chrono::steady_clock::now(); }
+
+    ServerContext context;
+    tcp::acceptor acceptor;      // on a strand, which is also
+    asio::steady_timer sweeper;  // the sweeper's
+    std::atomic<bool> stopping = false;
+};
+
+Server::Server(Application& application, const Limits& limits)
+    : parts_(std::make_unique<Parts>(application, limits)) {}
+
+Server::~Server() = default;
+
+int Server::Bind(const std::string& host, int port) {
+    tcp::acceptor& acceptor = parts_->acceptor;
+    boost::system::error_code error;
+    tcp::resolver resolver(parts_->context.io);
+    auto found = resolver.resolve(host, std::to_string(port), tcp::resolver::passive, error);
+    if (error || found.empty()) return -1;
+    tcp::endpoint endpoint = *found.begin();
+    acceptor.open(endpoint.protocol(), error);
+    // A port that another service listens at stays that service's: no SO_REUSEPORT.
+    if (!error) acceptor.set_option(tcp::acceptor::reuse_address(true), error);
+    if (!error) acceptor.bind(endpoint, error);
+    if (!error) acceptor.listen(kBacklog, error);
+    int bound = error ? -1 : acceptor.local_endpoint(error).port();
+    if (error) {
+        boost::system::error_code ignored;
+        acceptor.close(ignored);
+        return -1;
+    }
+    return bound;
+}
+
+void Server::Run() {
+    Parts& parts = *parts_;
+    parts.Accept();
+    parts.Sweep();
+    std::vector<std::thread> threads;
+    for (int i = 1; i < kWaitingThreads; ++i)
+        threads.emplace_back([&] { parts.context.io.run(); });
+    parts.context.io.run();
+    for (std::thread& thread : threads)
+        thread.join();
+    parts.context.workers.join();
+}
+
+void Server::Stop() {
+    Parts& parts = *parts_;
+    parts.stopping = true;
+    parts.context.table.Stop();
+    asio::post(parts.acceptor.get_executor(), [&parts] {
+        boost::system::error_code ignored;
+        parts.acceptor.close(ignored);
+        parts.sweeper.cancel();
+    });
+}
+
+std::size_t ConnectionsWithin(std::size_t descriptors) {
+    // The store, the log, the listening socket, those who follow the changes.
+    constexpr std::size_t others = 96;
+    std::size_t left = descriptors > others ? descriptors - others : 0;
+    // Some of the connections have a movie's file open.
+    return std::max<std::size_t>(left * 3 / 4, 16);
+}
+
+}  // namespace quilloservice::http
