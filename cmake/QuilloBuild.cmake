@@ -56,6 +56,11 @@ if(QUILLO_SANITIZE)
   endif()
 endif()
 
+if(QUILLO_FUZZ)
+  # Counts what runs; the fuzzer itself, with its main function, is linked to the targets alone.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 include(QuilloHarden)
 
 # quillo_shared_library(NAME sources...): a shared library with hidden visibility and a soname.
