@@ -56,9 +56,19 @@ if(QUILLO_SANITIZE)
   endif()
 endif()
 
+if(QUILLO_FUZZ)
+  # Counts what runs; the fuzzer itself, with its main function, is linked to the targets alone.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+include(QuilloHarden)
+
 # quillo_shared_library(NAME sources...): a shared library with hidden visibility and a soname.
 # NAME_API marks what it exports; the macro is defined in the library's Export.h.
 function(quillo_shared_library name)
   add_library(${name} SHARED ${ARGN})
+  # Threads, queued callbacks and what waits on the core library's pool run this code until the process ends: a host
+  # that unloads its plug-in must not unload it.
+  target_link_options(${name} PRIVATE LINKER:-z,nodelete)
   set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 endfunction()

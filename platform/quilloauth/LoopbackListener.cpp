@@ -5,13 +5,14 @@
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
+
+#include "quilloauth/LoopbackRequest.h"
 
 namespace quilloauth {
 namespace {
@@ -129,20 +130,10 @@ void LoopbackListener::Serve(Handler const& handler) {
 }
 
 std::string LoopbackListener::Respond(std::string const& head, Handler const& handler) const {
-    std::string_view rest = std::string_view(head).substr(0, head.find("\r\n"));
-    auto const word = [&rest] {
-        auto const end = std::min(rest.find(' '), rest.size());
-        auto const taken = rest.substr(0, end);
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-        return taken;
-    };
-    auto const method = word();
-    auto const target = word();
-    auto const version = word();
-    auto const mark = std::min(target.find('?'), target.size());
-    if (method != "GET" || target.substr(0, mark) != path || !version.starts_with("HTTP/1."))
+    auto const query = ReadLoopbackQuery(head, path);
+    if (!query)
         return Render({404, "Nothing here", "This is not a page that anybody is waiting for."});
-    return Render(handler(std::string(target.substr(std::min(mark + 1, target.size())))));
+    return Render(handler(*query));
 }
 
 }  // namespace quilloauth

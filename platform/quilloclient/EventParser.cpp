@@ -6,6 +6,7 @@
 namespace quillo {
 namespace {
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::size_t kLongest = std::size_t{64} * 1024;
 
 void RequireRoom(std::size_t size) {
@@ -30,8 +31,13 @@ void EventParser::Feed(std::string_view bytes) {
 }
 
 void EventParser::EndLine() {
+    if (std::exchange(isFirstLine, false) && line.starts_with(kByteOrderMark))
+        line.erase(0, kByteOrderMark.size());
     if (line.empty()) {
-        if (!event.data.empty()) onEvent(event);
+        if (!event.data.empty()) {
+            event.data.pop_back();
+            onEvent(event);
+        }
         event.type.clear();
         event.data.clear();
         return;
@@ -45,11 +51,10 @@ void EventParser::EndLine() {
 }
 
 void EventParser::TakeField(std::string_view name, std::string_view value) {
-    if (name == "id") event.id = value;
+    if (name == "id" && value.find('\0') == std::string_view::npos) event.id = value;
     if (name == "event") event.type = value;
     if (name != "data") return;
-    if (!event.data.empty()) event.data += '\n';
-    event.data += value;
+    event.data.append(value) += '\n';
     RequireRoom(event.data.size());
 }
 

@@ -16,7 +16,8 @@ struct Event {
     std::string data;
 };
 
-/// Reads a stream of server-sent events, in whatever pieces it comes. One thread.
+/// Reads a stream of server-sent events, as the HTML standard has them, in whatever pieces it
+/// comes. One thread.
 class QUILLOSERVICES_API EventParser {
 public:
     explicit EventParser(std::function<void(Event const&)> onEvent) : onEvent(std::move(onEvent)) {}
@@ -31,8 +32,9 @@ private:
 
     std::function<void(Event const&)> const onEvent;
     std::string line;
+    bool isFirstLine = true;     ///< may begin with a byte order mark
     bool endedByReturn = false;  ///< a line feed that follows belongs to it
-    Event event;
+    Event event;  ///< with a line feed behind each line of its data, the last one too
 };
 
 }  // namespace quillo

@@ -43,6 +43,7 @@ bool Url::IsLoopback() const {
 }
 
 std::optional<Url> ParseUrl(std::string const& text, std::string const& base) {
+    if (text.find('\0') != std::string::npos) return std::nullopt;  // curl would read up to it
     std::unique_ptr<CURLU, CurlDeleter> const url(curl_url());
     if (!url) return std::nullopt;
     if (!base.empty() && curl_url_set(url.get(), CURLUPART_URL, base.c_str(), 0) != CURLUE_OK)

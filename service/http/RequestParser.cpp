@@ -148,6 +148,13 @@ public:
     std::string target;
     const std::function<void(std::string_view)>* take = nullptr;
 
+    /// Whether Beast can take so few bytes of the body: it counts on the whole of a last chunk's
+    /// shortest form once it has seen that chunk's size.
+    [[nodiscard]] bool CanTake(std::size_t size) const {
+        constexpr std::size_t shortestEnd = std::string_view("0\r\n\r\n").size();
+        return size >= shortestEnd || !chunked() || leftOfChunk_ > 0;
+    }
+
 private:
     using Error = beast::error_code;
 
@@ -167,14 +174,25 @@ private:
         return body.size();
     }
     std::size_t on_chunk_body_impl(std::uint64_t, beast::string_view body, Error&) override {
+        leftOfChunk_ -= body.size();
         (*take)(View(body));
         return body.size();
     }
     void on_response_impl(int, beast::string_view, int, Error&) override {}
     void on_header_impl(Error&) override {}
     void on_body_init_impl(const boost::optional<std::uint64_t>&, Error&) override {}
-    void on_chunk_header_impl(std::uint64_t, beast::string_view, Error&) override {}
+    void on_chunk_header_impl(std::uint64_t size, beast::string_view extensions,
+                              Error& error) override {
+        leftOfChunk_ = size;
+        // A quoted value could hold what others take for the line's end.
+        auto isControl = [](unsigned char c) { return (c < ' ' && c != '\t') || c == 0x7F; };
+        if (std::any_of(extensions.begin(), extensions.end(), isControl)) {
+            error = beast::http::error::bad_chunk_extension;
+        }
+    }
     void on_finish_impl(Error&) override {}
+
+    std::uint64_t leftOfChunk_ = 0;
 };
 
 RequestParser::RequestParser() : machine_(std::make_unique<Machine>()) {}
@@ -227,6 +245,7 @@ std::size_t RequestParser::ReadBody(std::string_view bytes,
     std::size_t read = 0;
     while (!machine_->is_done() && read < bytes.size()) {
         std::string_view rest = bytes.substr(read);
+        if (!machine_->CanTake(rest.size())) break;
         beast::error_code error;
         std::size_t count = machine_->put(boost::asio::buffer(rest.data(), rest.size()), error);
         read += count;

@@ -26,16 +26,17 @@ std::vector<std::string> Parse(std::string const& stream, std::size_t size) {
 
 TEST(EventParserTest, ReadsEventsInWhateverPiecesTheyCome) {
     std::string const stream =
-        ": a comment\n"
-        "id: 1\nevent: ready\ndata: {}\n\n"
+        "\xEF\xBB\xBF"  // a byte order mark
+        "id: 1\n: a comment\nevent: ready\ndata: {}\n\n"
         "data:first\ndata: second\ndata:  third\n\n"  // no type; the ID stays
         "event: nothing\n\n"                          // without data: none
+        "data\n\n"                                    // with an empty text
         "id: 2\r\nevent: changed\r\nretry: 5\r\ndata\r\ndata: x\r\n\r\n"
         "data: last\r\r"
         "data: never ended";
     for (std::size_t size = 1; size <= stream.size(); ++size)
-        EXPECT_THAT(Parse(stream, size),
-                    ElementsAre("1/ready/{}", "1//first\nsecond\n third", "2/changed/x", "2//last"))
+        EXPECT_THAT(Parse(stream, size), ElementsAre("1/ready/{}", "1//first\nsecond\n third",
+                                                     "1//", "2/changed/\nx", "2//last"))
             << size;
 }
 
