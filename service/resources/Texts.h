@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string_view>
+
+/// The files of this folder, and the style sheet that all pages share, as they were built in.
+namespace quilloservice::resources {
+
+extern const std::string_view kPageCss;
+extern const std::string_view kFormCss;
+extern const std::string_view kReviewCss;
+
+}  // namespace quilloservice::resources
