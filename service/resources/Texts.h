@@ -8,5 +8,8 @@ namespace quilloservice::resources {
 extern const std::string_view kPageCss;
 extern const std::string_view kFormCss;
 extern const std::string_view kReviewCss;
+extern const std::string_view kAdminCss;
+extern const std::string_view kAdminHtml;
+extern const std::string_view kAdminJs;
 
 }  // namespace quilloservice::resources
