@@ -2,15 +2,13 @@
 
 #include <string>
 
+/// The page on which a developer sees and changes the places of a user. It signs in as any program
+/// does, by its own script: what the service sends is the same for everybody and holds no secret.
 namespace quilloservice::adminpage {
 
 /// What the page may do, for the Content-Security-Policy header.
 std::string SecurityPolicy();
 
-/// The page, which asks the service with the access token `token`.
-std::string Render(const std::string& token);
-
-/// What is told to whoever the page is not for.
-std::string RenderRefused();
+std::string Render();
 
 }  // namespace quilloservice::adminpage

@@ -1,5 +1,6 @@
-#include <algorithm>
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include "service/Api.h"
 #include "service/AuthorizationCodes.h"
@@ -40,15 +41,24 @@ std::string GiveBrowserASecret(Call& call) {
     return secret;
 }
 
-/// Who may sign in; the sample user first.
-std::vector<User> ListUsers(const Store& store) {
+/// The names of those who may sign in; the sample user's first.
+std::vector<std::string> ListUsers(const Store& store) {
     return store.Read([](Database& database) {
         Statement row =
-            database.Query("SELECT id, name FROM users ORDER BY id <> ?, name", SampleUserId());
-        std::vector<User> users;
+            database.Query("SELECT name FROM users ORDER BY id <> ?, name", SampleUserId());
+        std::vector<std::string> users;
         while (row.Next())
-            users.push_back({row.Text(0), row.Text(1)});
+            users.push_back(row.Text(0));
         return users;
+    });
+}
+
+/// The ID of the user of this name; nothing when there is none.
+std::optional<std::string> FindUser(const Store& store, const std::string& name) {
+    return store.Read([&](Database& database) -> std::optional<std::string> {
+        Statement row = database.Query("SELECT id FROM users WHERE name = ?", name);
+        if (!row.Next()) return std::nullopt;
+        return row.Text(0);
     });
 }
 
@@ -64,7 +74,8 @@ public:
                 ReadAuthorizationRequest(OAuthFields(call.request.parameters));
             std::string browser = BrowserOf(call);
             if (browser.empty()) browser = GiveBrowserASecret(call);
-            AnswerForm(call, 200, {request, tokens_.Make(browser, request), ListUsers(store_)});
+            std::vector<std::string> users = ListUsers(store_);
+            AnswerForm(call, 200, {request, tokens_.Make(browser, request), users, users.front()});
         });
     }
 
@@ -87,14 +98,12 @@ public:
 
 private:
     void Allow(Call& call, const AuthorizationRequest& request, const OAuthFields& fields) const {
-        std::vector<User> users = ListUsers(store_);
-        std::string chosen = fields.Find("user").value_or("");
-        bool known = std::any_of(users.begin(), users.end(),
-                                 [&](const User& user) { return user.id == chosen; });
-        if (known && fields.Find("password") == kSamplePassword) {
-            return Redirect(call, LocationOfCode(request, codes_.Issue(chosen, request)));
+        std::string name = fields.Find("user").value_or("");
+        auto user = FindUser(store_, name);
+        if (user && fields.Find("password") == kSamplePassword) {
+            return Redirect(call, LocationOfCode(request, codes_.Issue(*user, request)));
         }
-        AnswerForm(call, 403, {request, *fields.Find("form_token"), users, chosen, true});
+        AnswerForm(call, 403, {request, *fields.Find("form_token"), ListUsers(store_), name, true});
     }
 
     static void AnswerForm(Call& call, int status, const signinpage::Form& form) {

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "service/ApiError.h"
+#include "service/ErrorPage.h"
 #include "service/Text.h"
 #include "service/Uuid.h"
 
@@ -95,6 +96,13 @@ void Call::AnswerError(int status, std::string_view code, std::string_view messa
         response.RemoveHeader(header);
     }
     response.content.reset();
+    if (errorpage::IsOffered(request.path)) {
+        response.AddToHeader("Vary", "Accept");
+        if (errorpage::IsWanted(request.ListHeader("Accept").value_or(""))) {
+            return AnswerPage(status, errorpage::Render(status, message),
+                              errorpage::SecurityPolicy());
+        }
+    }
     Answer(status, {{"error", {{"code", code}, {"message", message}}}});
 }
 

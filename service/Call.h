@@ -54,6 +54,7 @@ public:
     /// An HTML page that may do what `policy`, a Content-Security-Policy, says.
     void AnswerPage(int status, const std::string& html, const std::string& policy);
 
+    /// In the wire's form, or as a page where a browser asks.
     void AnswerError(int status, std::string_view code, std::string_view message);
 
     /// What ends the client's connection: see http::Exchange::abort.

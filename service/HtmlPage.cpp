@@ -4,8 +4,14 @@
 
 #include "service/Digest.h"
 #include "service/Text.h"
+#include "service/resources/Texts.h"
 
 namespace quilloservice::htmlpage {
+
+std::string Style(std::string_view own) {
+    std::string style(resources::kPageCss);
+    return style += own;
+}
 
 std::string Document(std::string_view title, std::string_view style, std::string_view body) {
     std::string page =
@@ -19,6 +25,12 @@ std::string Document(std::string_view title, std::string_view style, std::string
     page += body;
     page += "</body>\n</html>\n";
     return page;
+}
+
+std::string Policy(std::string_view style, std::string_view allowed) {
+    std::string policy = "default-src 'none'; style-src " + PolicySource(style) +
+                         "; base-uri 'none'; frame-ancestors 'none'; ";
+    return policy += allowed;
 }
 
 std::string PolicySource(std::string_view source) {

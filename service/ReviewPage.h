@@ -17,9 +17,6 @@ std::string SecurityPolicy();
 /// movie; empty or unknown: the newest of each.
 std::string Render(const ReviewContent& content, const std::string& chosenAsset);
 
-/// The page for an address behind which there is nothing.
-std::string RenderNotFound();
-
 }  // namespace reviewpage
 
 }  // namespace quilloservice

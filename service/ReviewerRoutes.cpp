@@ -5,6 +5,7 @@
 #include "service/ByteRange.h"
 #include "service/Call.h"
 #include "service/DataDirectory.h"
+#include "service/ErrorPage.h"
 #include "service/File.h"
 #include "service/ReviewLinks.h"
 #include "service/ReviewPage.h"
@@ -19,6 +20,16 @@ namespace {
 void AnswerPage(Call& call, int status, const std::string& html) {
     call.response.SetHeader("Cache-Control", "no-cache");
     call.AnswerPage(status, html, reviewpage::SecurityPolicy());
+}
+
+/// Only people come here, whatever their browser says that it wants.
+void AnswerNotFound(Call& call) {
+    call.response.SetHeader("Cache-Control", "no-cache");
+    call.AnswerPage(404,
+                    errorpage::Render(404,
+                                      "This link does not lead to a movie. Check that it was "
+                                      "copied whole, or ask whoever sent it for a new one."),
+                    errorpage::SecurityPolicy());
 }
 
 /// The media type to serve a movie as. What its uploader calls it decides only between media, so
@@ -101,26 +112,25 @@ void AnswerMovie(Call& call, const MovieVersion& movie, const DataDirectory& dir
 void AddReviewerRoutes(Api& api, const ReviewLinks& links, const DataDirectory& directory) {
     api.Add({"GET", "/r/{id}", [&links](Call& call) {
                  auto content = links.Find(call.ids[0]);
-                 if (!content) return AnswerPage(call, 404, reviewpage::RenderNotFound());
+                 if (!content) return AnswerNotFound(call);
                  AnswerPage(call, 200, reviewpage::Render(*content, call.request.Parameter("v")));
              }});
     api.Add({"GET", "/r/{id}/assets/{id}", [&links, &directory](Call& call) {
                  auto content = links.Find(call.ids[0]);
                  const MovieVersion* movie = content ? FindVersion(*content, call.ids[1]) : nullptr;
-                 if (!movie) return AnswerPage(call, 404, reviewpage::RenderNotFound());
+                 if (!movie) return AnswerNotFound(call);
                  AnswerMovie(call, *movie, directory);
              }});
     api.Add({"GET", "/r/{id}/movie", [&links](Call& call) {
                  auto content = links.Find(call.ids[0]);
                  if (!content || content->movies.empty()) {
-                     return AnswerPage(call, 404, reviewpage::RenderNotFound());
+                     return AnswerNotFound(call);
                  }
                  call.response.SetHeader("Cache-Control", "no-cache");
                  call.response.Redirect(
                      302, "/r/" + content->id + "/assets/" + content->movies.front().front().asset);
              }});
-    api.Add({"GET", "/r/{rest}",
-             [](Call& call) { AnswerPage(call, 404, reviewpage::RenderNotFound()); }});
+    api.Add({"GET", "/r/{rest}", [](Call& call) { AnswerNotFound(call); }});
     api.Add({"GET", "/healthz", [](Call& call) { call.response.SetBody("ok", "text/plain"); }});
 }
 

@@ -25,9 +25,8 @@ void AddAuthorizeRoutes(Api& api, const Store& store, AuthorizationCodes& codes,
 void AddLocationRoutes(Api& api, const Store& store);
 void AddPlaceRoutes(Api& api, Places& places);
 void AddEventRoutes(Api& api, EventStreams& streams);
-/// A page on which a developer changes the sample user's places: for programs of this machine, of a
-/// service that trusts its user.
-void AddAdminRoutes(Api& api, Sessions& sessions, bool trustLocalUser);
+/// The start page, and the one on which a developer changes places: for browsers on this machine.
+void AddPageRoutes(Api& api);
 void AddUploadRoutes(Api& api, Uploads& uploads, const FaultOptions& faults);
 /// `address`: where links lead when a request does not say under which name it found the service.
 void AddLinkRoutes(Api& api, ReviewLinks& links, const std::string& address);

@@ -79,7 +79,7 @@ struct Service::Parts {
         AddLocationRoutes(api, store);
         AddPlaceRoutes(api, places);
         AddEventRoutes(api, events);
-        AddAdminRoutes(api, sessions, options.trustLocalUser);
+        AddPageRoutes(api);
         AddUploadRoutes(api, uploads, options.faults);
         AddLinkRoutes(api, links, address);
         AddReviewerRoutes(api, links, directory);

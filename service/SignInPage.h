@@ -7,12 +7,6 @@
 
 namespace quilloservice {
 
-/// Someone who may sign in.
-struct User {
-    std::string id;
-    std::string name;
-};
-
 /// The pages of the sign-in in the browser: complete HTML documents without scripts, that load
 /// nothing.
 namespace signinpage {
@@ -20,10 +14,10 @@ namespace signinpage {
 /// What the form shows and sends.
 struct Form {
     AuthorizationRequest request;
-    std::string token;        ///< see FormTokens
-    std::vector<User> users;  ///< to choose from, the one proposed first
-    std::string chosen{};     ///< the ID of who was chosen before; empty: nobody yet
-    bool wrongPassword = false;
+    std::string token;               ///< see FormTokens
+    std::vector<std::string> users;  ///< the names of those who may sign in
+    std::string user;                ///< the name that stands in the form
+    bool wrong = false;              ///< the last attempt's name or password was
 };
 
 /// The value of the Content-Security-Policy header that the form is to be served with; `request` is

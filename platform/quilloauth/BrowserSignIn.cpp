@@ -117,7 +117,7 @@ std::string BrowserSignIn::PageAddress() const {
            "&code_challenge=" + ChallengeOf(verifier) + "&code_challenge_method=S256";
 }
 
-LoopbackListener::Page BrowserSignIn::OnReturn(std::string const& query) {
+ReturnPage BrowserSignIn::OnReturn(std::string const& query) {
     auto const parameters = quillocommon::ParseQuery(query);
     auto const code = ValueOf(parameters, "code");
     auto const error = ValueOf(parameters, "error");

@@ -48,7 +48,7 @@ private:
     void End(Outcome newOutcome);
     [[nodiscard]] bool HasEnded();
     void Open();
-    [[nodiscard]] LoopbackListener::Page OnReturn(std::string const& query);
+    [[nodiscard]] ReturnPage OnReturn(std::string const& query);
     [[nodiscard]] std::string PageAddress() const;
 
     std::string const clientID;

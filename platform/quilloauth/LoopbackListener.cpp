@@ -44,22 +44,6 @@ std::uint16_t Listen(int socket) {
     return ntohs(place.sin_port);
 }
 
-std::string Render(LoopbackListener::Page const& page) {
-    std::string const body =
-        std::string("<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n") +
-        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-        "<meta name=\"color-scheme\" content=\"light dark\">\n<title>" +
-        page.heading + "</title>\n</head>\n<body>\n<h1>" + page.heading + "</h1>\n<p>" + page.text +
-        "</p>\n</body>\n</html>\n";
-    return "HTTP/1.1 " + std::to_string(page.status) +
-           " \r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: " +
-           std::to_string(body.size()) +
-           "\r\nConnection: close\r\nCache-Control: no-store\r\nReferrer-Policy: no-referrer\r\n"
-           "X-Content-Type-Options: nosniff\r\nX-Frame-Options: DENY\r\n"
-           "Content-Security-Policy: default-src 'none'; frame-ancestors 'none'\r\n\r\n" +
-           body;
-}
-
 }  // namespace
 
 /// A browser's connection, until its one request is answered.
@@ -132,8 +116,9 @@ void LoopbackListener::Serve(Handler const& handler) {
 std::string LoopbackListener::Respond(std::string const& head, Handler const& handler) const {
     auto const query = ReadLoopbackQuery(head, path);
     if (!query)
-        return Render({404, "Nothing here", "This is not a page that anybody is waiting for."});
-    return Render(handler(*query));
+        return RenderAnswer(
+            {404, "Nothing here", "This is not a page that anybody is waiting for."});
+    return RenderAnswer(handler(*query));
 }
 
 }  // namespace quilloauth

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "quilloauth/Descriptor.h"
+#include "quilloauth/ReturnPage.h"
 #include "quillocommon/Export.h"
 
 namespace quilloauth {
@@ -13,15 +14,8 @@ namespace quilloauth {
 /// many is closed, and a request's head has a bound.
 class QUILLOSERVICES_API LoopbackListener {
 public:
-    /// What the browser shows.
-    struct Page {
-        int status = 200;
-        char const* heading = "";  ///< HTML, as is `text`
-        char const* text = "";
-    };
-
     /// Answers a GET of this listener's address; `query` is what stands behind the "?".
-    using Handler = std::function<Page(std::string const& query)>;
+    using Handler = std::function<ReturnPage(std::string const& query)>;
 
     /// Begins to listen; `path` begins with "/" and is the only one that there is, anything else is
     /// answered 404. Throws std::system_error.

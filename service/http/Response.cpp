@@ -37,6 +37,16 @@ void Response::SetHeader(std::string_view name, std::string value) {
     headers.emplace_back(name, std::move(value));
 }
 
+void Response::AddToHeader(std::string_view name, std::string_view element) {
+    for (auto& [itsName, value] : headers) {
+        if (!EqualsIgnoringCase(itsName, name)) continue;
+        value += ", ";
+        value += element;
+        return;
+    }
+    SetHeader(name, std::string(element));
+}
+
 void Response::RemoveHeader(std::string_view name) {
     std::erase_if(headers,
                   [&](const auto& header) { return EqualsIgnoringCase(header.first, name); });

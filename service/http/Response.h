@@ -37,6 +37,8 @@ struct Response {
 
     /// Sets a header, in place of an earlier one of this name.
     void SetHeader(std::string_view name, std::string value);
+    /// Adds an element to a header that is a list.
+    void AddToHeader(std::string_view name, std::string_view element);
     void RemoveHeader(std::string_view name);
     [[nodiscard]] bool HasHeader(std::string_view name) const;
 

@@ -12,22 +12,17 @@ PASSWORD = "review"
 
 
 class Form(html.parser.HTMLParser):
-    """The fields of a page's form, with the first of each choice chosen."""
+    """The fields of a page's form, as they stand there."""
 
     def __init__(self, page):
         super().__init__()
         self.fields = {}
-        self.choice = None
         self.feed(page)
 
     def handle_starttag(self, tag, attrs):
         attributes = dict(attrs)
         if tag == "input":
             self.fields[attributes["name"]] = attributes.get("value", "")
-        elif tag == "select":
-            self.choice = attributes["name"]
-        elif tag == "option" and self.choice not in self.fields:
-            self.fields[self.choice] = attributes["value"]
 
 
 class Browser:

@@ -194,6 +194,43 @@ TEST_F(ApiTest, TellsUnknownThingsFromThoseOfOthers) {
     }
 }
 
+TEST_F(ApiTest, TellsErrorsToBrowsersOnAPage) {
+    const std::string browser = "text/html,application/xhtml+xml,application/xml;q=0.9,*/*;q=0.8";
+    struct Row {
+        std::string path;
+        std::string accept;
+        int status;
+        bool page;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"/nothing", browser, 404, true},
+             {"/v1x", browser, 404, true},
+             {"/nothing", "TEXT/*", 404, true},
+             {"/nothing", "application/json; q=0.5, */*;Q=0.1, text/html ;level=1;q=0.6", 404,
+              true},
+             {"/nothing", "", 404, false},
+             {"/nothing", "*/*", 404, false},
+             {"/nothing", "application/json, text/html;q=0.9", 404, false},
+             {"/nothing", "text/*, text/html;q=0.1, application/*;q=0.5", 404, false},
+             {"/nothing", "text/html;q=x", 404, false},
+             {"/v1", browser, 401, false},
+             {"/v1/nothing", browser, 401, false},
+             {"/oauth/token", browser, 405, false},
+             {"/oauth/revoke", browser, 405, false},
+         }) {
+        SCOPED_TRACE(row.path + " " + row.accept);
+        auto answer = client.http.Get(row.path, {{"Accept", row.accept}});
+        EXPECT_EQ(answer->status, row.status);
+        EXPECT_EQ(answer->get_header_value("Content-Type"),
+                  row.page ? "text/html; charset=utf-8" : "application/json");
+        EXPECT_EQ(answer->has_header("Content-Security-Policy"), row.page);
+        EXPECT_EQ(answer->get_header_value("Vary"), row.status == 404 ? "Accept" : "");
+        if (row.page) {
+            EXPECT_THAT(answer->body, testing::HasSubstr("There is nothing at this address."));
+        }
+    }
+}
+
 TEST_F(ApiTest, ListsTheLargeSampleCompletely) {
     RunningService large({.sample = SampleSize::Large});
     ApiClient reader(large.port());

@@ -196,7 +196,9 @@ TEST_F(AuthorizeTest, KeepsTheFormAfterAWrongPassword) {
     EXPECT_THAT(answer->body, HasSubstr("not the password"));
     EXPECT_THAT(answer->body, Not(HasSubstr("value=\"wrong\"")));
     EXPECT_FALSE(TokenOf(answer).empty());
-    EXPECT_EQ(Submit({{"user", "somebody"}})->status, 403);
+    auto unknown = Submit({{"user", "\"><script>"}});
+    EXPECT_EQ(unknown->status, 403);
+    EXPECT_THAT(unknown->body, HasSubstr("value=\"&quot;&gt;&lt;script&gt;\""));
     EXPECT_EQ(Submit({{"password", ""}})->status, 403);
 
     // What the page then shows can be sent in turn.
