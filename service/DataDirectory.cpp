@@ -10,6 +10,7 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "service/File.h"
 #include "service/Uuid.h"
 
 namespace quilloservice {
@@ -47,6 +48,16 @@ std::string DataDirectory::MoviePath(std::string_view id) const {
 std::string DataDirectory::PathOf(std::string_view folder, std::string_view id) const {
     if (!IsUuid(id)) throw std::invalid_argument("not a UUID");
     return path_ + std::string(folder) + std::string(id);
+}
+
+std::string DataDirectory::SetMovieAside(std::string_view id) const {
+    std::string kept = PathOf("/set-aside/", id);
+    std::filesystem::create_directory(path_ + "/set-aside");
+    if (std::filesystem::exists(kept)) throw std::runtime_error(kept + " is there already");
+    std::filesystem::rename(MoviePath(id), kept);
+    SyncDirectory(path_ + "/set-aside");
+    SyncDirectory(MoviesPath());
+    return kept;
 }
 
 int DataDirectory::LastPort() const {

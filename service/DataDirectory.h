@@ -24,6 +24,10 @@ public:
     [[nodiscard]] std::string UploadPath(std::string_view id) const;
     [[nodiscard]] std::string MoviePath(std::string_view id) const;
 
+    /// Moves the movie's file to the folder of those that cannot be published; returns where it is
+    /// then. Replaces nothing there. Throws std::runtime_error.
+    [[nodiscard]] std::string SetMovieAside(std::string_view id) const;
+
     /// The port that was used last with this directory, 0 when there is none.
     [[nodiscard]] int LastPort() const;
     void RememberPort(int port) const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,6 +37,7 @@ std::vector<std::string> UnfinishedUploads(Database& database, std::int64_t befo
 
 /// Forgets an unfinished upload and the idempotency key that made it, unless it has grown since
 /// `before`. Returns whether it is forgotten.
-bool ForgetUpload(Database& database, std::string_view id, std::int64_t before);
+bool ForgetUpload(Database& database, std::string_view id,
+                  std::int64_t before = std::numeric_limits<std::int64_t>::max());
 
 }  // namespace quilloservice

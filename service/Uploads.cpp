@@ -1,6 +1,8 @@
 #include "service/Uploads.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <limits>
 #include <stdexcept>
@@ -45,13 +47,22 @@ Uploads::Uploads(const DataDirectory& directory, Store& store, ChangeFeed& chang
       publisher_(directory, store, changes, clock) {}
 
 void Uploads::Recover() {
+    // Whatever is in the way of one upload keeps neither the others nor the service waiting.
+    auto attempt = [](const std::string& what, const auto& work) {
+        try {
+            work();
+        } catch (const std::exception& error) {
+            std::fprintf(stderr, "quillo-service: cannot %s yet: %s\n", what.c_str(), error.what());
+        }
+    };
     for (const std::string& id : store_.Read([&](Database& database) {
              return UnfinishedUploads(database, std::numeric_limits<std::int64_t>::max());
          })) {
         auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
-        if (upload) publisher_.FinishInterrupted(*upload);
+        if (!upload) continue;
+        attempt("finish upload " + id, [&] { publisher_.FinishInterrupted(*upload); });
     }
-    ForgetOld();
+    attempt("forget old uploads", [&] { ForgetOld(); });
 }
 
 void Uploads::ForgetOld() {
@@ -60,6 +71,8 @@ void Uploads::ForgetOld() {
          store_.Read([&](Database& database) { return UnfinishedUploads(database, before); })) {
         auto lease = live_.TryAcquire(id);
         if (!lease) continue;
+        auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
+        if (!upload || publisher_.FinishInterrupted(*upload)) continue;
         bool forgotten =
             store_.Write([&](Database& database) { return ForgetUpload(database, id, before); });
         if (!forgotten) continue;
@@ -78,8 +91,8 @@ std::string Uploads::Create(const std::string& user, const NewUpload& request,
         if (idempotencyKey) {
             if (auto earlier = FindRepeated(database, repeatable)) return *earlier;
         }
-        RequireNode(database, user, request.folder, kind::Folder);
-        if (request.stack) Publisher::CheckStack(database, user, *request.stack);
+        Node folder = RequireNode(database, user, request.folder, kind::Folder);
+        if (request.stack) Publisher::AdmitToStack(database, user, folder, *request.stack);
         UploadRecord upload{.id = NewUuid(),
                             .user = user,
                             .asset = NewUuid(),

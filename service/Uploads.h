@@ -38,7 +38,9 @@ public:
 
     Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock);
 
-    /// Records what an earlier process published without recording it, and forgets old uploads.
+    /// Records what an earlier process published without recording it, sets aside what cannot be
+    /// recorded, and forgets old uploads. What fails is logged and left for later, so that the
+    /// service starts all the same.
     void Recover();
 
     /// Makes an upload, or finds the one that the same request with the same key made. Returns its
