@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <exception>
 #include <filesystem>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 
@@ -123,6 +125,15 @@ std::string DataDirectory::MoviePath(std::string_view id) const {
 std::string DataDirectory::PathOf(std::string_view folder, std::string_view id) const {
     if (!IsUuid(id)) throw std::invalid_argument("not a UUID");
     return path_ + std::string(folder) + std::string(id);
+}
+
+std::int64_t DataDirectory::FreeBytes() const {
+    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+    struct statvfs disk {};
+    if (::fstatvfs(directory_.get(), &disk) != 0 || disk.f_blocks == 0) return most;
+    auto blocks = static_cast<std::uint64_t>(disk.f_bavail);
+    if (blocks > static_cast<std::uint64_t>(most) / disk.f_frsize) return most;
+    return static_cast<std::int64_t>(blocks * disk.f_frsize);
 }
 
 std::string DataDirectory::SetMovieAside(std::string_view id) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,10 @@ public:
     /// other text throws, so that nothing a client sends can become a path.
     [[nodiscard]] std::string UploadPath(std::string_view id) const;
     [[nodiscard]] std::string MoviePath(std::string_view id) const;
+
+    /// How many bytes may still be written to the directory's disk; the most there are when the
+    /// system does not know.
+    [[nodiscard]] std::int64_t FreeBytes() const;
 
     /// Moves the movie's file to the folder of those that cannot be published; returns where it is
     /// then. Replaces nothing there. Throws std::runtime_error.

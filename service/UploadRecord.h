@@ -32,6 +32,9 @@ void InsertUpload(Database& database, const UploadRecord& upload, std::int64_t n
 void SetConfirmed(Database& database, std::string_view id, std::int64_t confirmed,
                   std::int64_t now);
 
+/// How many bytes the unfinished uploads will still add to the disk.
+std::int64_t BytesToCome(Database& database);
+
 /// IDs of the unfinished uploads that have not grown since `before`.
 std::vector<std::string> UnfinishedUploads(Database& database, std::int64_t before);
 

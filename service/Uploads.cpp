@@ -40,10 +40,12 @@ void CatchUp(LiveUploads::Progress& progress, const File& file, std::int64_t off
 
 }  // namespace
 
-Uploads::Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock)
+Uploads::Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock,
+                 FreeBytes freeBytes)
     : directory_(directory),
       store_(store),
       clock_(clock),
+      freeBytes_(freeBytes ? std::move(freeBytes) : [&directory] { return directory.FreeBytes(); }),
       publisher_(directory, store, changes, clock) {}
 
 void Uploads::Recover() {
@@ -85,14 +87,18 @@ std::string Uploads::Create(const std::string& user, const NewUpload& request,
                             const std::optional<std::string>& idempotencyKey) {
     ForgetOld();
     return store_.Write([&](Database& database) {
+        std::int64_t now = clock_();
         IdempotentRequest repeatable{
             user, idempotencyKey.value_or(""),
             "upload " + std::to_string(request.length) + " " + request.metadata};
         if (idempotencyKey) {
-            if (auto earlier = FindRepeated(database, repeatable)) return *earlier;
+            if (auto earlier = FindRepeated(database, repeatable, now)) return *earlier;
         }
         Node folder = RequireNode(database, user, request.folder, kind::Folder);
         if (request.stack) Publisher::AdmitToStack(database, user, folder, *request.stack);
+        if (freeBytes_() - kReserveBytes - BytesToCome(database) < request.length) {
+            throw ApiError::DoesNotFit();
+        }
         UploadRecord upload{.id = NewUuid(),
                             .user = user,
                             .asset = NewUuid(),
@@ -102,8 +108,8 @@ std::string Uploads::Create(const std::string& user, const NewUpload& request,
                             .mediaType = request.mediaType,
                             .metadata = request.metadata,
                             .length = request.length};
-        InsertUpload(database, upload, clock_());
-        if (idempotencyKey) RememberResult(database, repeatable, upload.id);
+        InsertUpload(database, upload, now);
+        if (idempotencyKey) RememberResult(database, repeatable, upload.id, now);
         return upload.id;
     });
 }
