@@ -280,6 +280,8 @@ TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
     Append(abandoned, 0, Body("begun"));
     std::string published = Create(1);
     Append(published, 0, Body("x"));
+    std::string unrecorded = Create(1);
+    std::ofstream(directory.MoviePath(uploads->Get(user, unrecorded).asset)) << "y";
     now += Uploads::kForgetAfterSeconds - 1;
     std::string growing = Create(content.size());
     EXPECT_EQ(Offset(abandoned), 5);
@@ -289,6 +291,7 @@ TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
     EXPECT_FALSE(fs::exists(directory.UploadPath(abandoned)));
     EXPECT_EQ(Offset(growing), 0);
     EXPECT_EQ(Movie(published), "x");
+    EXPECT_EQ(Movie(unrecorded), "y") << "a whole movie is not forgotten";
 }
 
 TEST_F(UploadsTest, TakesOnlyWhatFitsOnTheDiskBesideTheOthersAndAReserve) {
