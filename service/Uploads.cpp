@@ -38,6 +38,17 @@ void CatchUp(LiveUploads::Progress& progress, const File& file, std::int64_t off
     }
 }
 
+/// Does what can be left for later. What is in the way of one upload is to keep neither the others
+/// nor the service waiting.
+template <typename Work>
+void Attempt(const std::string& what, Work&& work) {
+    try {
+        work();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quillo-service: cannot %s yet: %s\n", what.c_str(), error.what());
+    }
+}
+
 }  // namespace
 
 Uploads::Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock,
@@ -49,38 +60,34 @@ Uploads::Uploads(const DataDirectory& directory, Store& store, ChangeFeed& chang
       publisher_(directory, store, changes, clock) {}
 
 void Uploads::Recover() {
-    // Whatever is in the way of one upload keeps neither the others nor the service waiting.
-    auto attempt = [](const std::string& what, const auto& work) {
-        try {
-            work();
-        } catch (const std::exception& error) {
-            std::fprintf(stderr, "quillo-service: cannot %s yet: %s\n", what.c_str(), error.what());
-        }
-    };
     for (const std::string& id : store_.Read([&](Database& database) {
              return UnfinishedUploads(database, std::numeric_limits<std::int64_t>::max());
          })) {
         auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
         if (!upload) continue;
-        attempt("finish upload " + id, [&] { publisher_.FinishInterrupted(*upload); });
+        Attempt("finish upload " + id, [&] { publisher_.FinishInterrupted(*upload); });
     }
-    attempt("forget old uploads", [&] { ForgetOld(); });
+    ForgetOld();
 }
 
 void Uploads::ForgetOld() {
     std::int64_t before = clock_() - kForgetAfterSeconds;
     for (const std::string& id :
          store_.Read([&](Database& database) { return UnfinishedUploads(database, before); })) {
-        auto lease = live_.TryAcquire(id);
-        if (!lease) continue;
-        auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
-        if (!upload || publisher_.FinishInterrupted(*upload)) continue;
-        bool forgotten =
-            store_.Write([&](Database& database) { return ForgetUpload(database, id, before); });
-        if (!forgotten) continue;
-        std::error_code missing;
-        std::filesystem::remove(directory_.UploadPath(id), missing);
+        Attempt("forget upload " + id, [&] { Forget(id, before); });
     }
+}
+
+void Uploads::Forget(const std::string& id, std::int64_t before) {
+    auto lease = live_.TryAcquire(id);
+    if (!lease) return;
+    auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
+    if (!upload || publisher_.FinishInterrupted(*upload)) return;
+    bool forgotten =
+        store_.Write([&](Database& database) { return ForgetUpload(database, id, before); });
+    if (!forgotten) return;
+    std::error_code missing;
+    std::filesystem::remove(directory_.UploadPath(id), missing);
 }
 
 std::string Uploads::Create(const std::string& user, const NewUpload& request,

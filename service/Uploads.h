@@ -69,6 +69,7 @@ public:
 
 private:
     void ForgetOld();
+    void Forget(const std::string& id, std::int64_t before);
     LiveUploads::Lease Acquire(const std::string& id);
 
     const DataDirectory& directory_;

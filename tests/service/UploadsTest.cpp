@@ -282,6 +282,8 @@ TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
     Append(published, 0, Body("x"));
     std::string unrecorded = Create(1);
     std::ofstream(directory.MoviePath(uploads->Get(user, unrecorded).asset)) << "y";
+    std::string stuck = Create(1);
+    fs::create_symlink("/elsewhere", directory.MoviePath(uploads->Get(user, stuck).asset));
     now += Uploads::kForgetAfterSeconds - 1;
     std::string growing = Create(content.size());
     EXPECT_EQ(Offset(abandoned), 5);
@@ -291,6 +293,7 @@ TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
     EXPECT_FALSE(fs::exists(directory.UploadPath(abandoned)));
     EXPECT_EQ(Offset(growing), 0);
     EXPECT_EQ(Movie(published), "x");
+    EXPECT_EQ(Offset(stuck), 0) << "and keeps no other upload from being made";
     EXPECT_EQ(Movie(unrecorded), "y") << "a whole movie is not forgotten";
 }
 
