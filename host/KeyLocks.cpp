@@ -29,7 +29,7 @@ off_t PositionOf(std::string const& key) {
 class ByteLock : public KeyLocks::Lock {
 public:
     ByteLock(std::filesystem::path const& file, std::string const& key)
-        : descriptor(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+        : descriptor(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600)) {
         if (descriptor < 0) Fail(file);
         byte.l_type = F_WRLCK;
         byte.l_whence = SEEK_SET;

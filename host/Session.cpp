@@ -39,7 +39,7 @@ ExitCode ExitCodeOf(Step step) {
 Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& display)
     : loop(loop),
       display(display),
-      locks(HostDataFile("locks")),
+      locks(OwnHostFile("locks")),
       inbox([this](auto const& failure) { failures.push_back(failure); }),
       service(options, locks,
               {.onWait =

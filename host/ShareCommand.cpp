@@ -31,7 +31,7 @@ ShareCommand::ShareCommand(Options const& options, MainLoop& loop, ProgressDispl
       loop(loop),
       probe(options.movie),
       session(options, loop, display),
-      store(std::make_shared<AssetStore>(HostDataFile("assets.sqlite"),
+      store(std::make_shared<AssetStore>(OwnHostFile("assets.sqlite"),
                                          session.Service().ServiceName())),
       // Which asset it is hangs on the file alone; what kind of movie is awaited later.
       asset(store, Movie{.file = probe.File()},

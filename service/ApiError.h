@@ -30,6 +30,14 @@ public:
                 "tells."};
     }
 
+    /// Of a creation: nothing is there yet that could go on.
+    static ApiError DoesNotFit() {
+        return {
+            507, "insufficient_storage",
+            "The movie does not fit on the service's disk beside the uploads that are under way. "
+            "Free some space there, or wait for their end."};
+    }
+
     int status;
     std::string code;
     int retryAfter;  ///< seconds after which it may go better; 0: not known

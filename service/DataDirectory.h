@@ -1,20 +1,23 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
+
+#include "service/Descriptor.h"
 
 namespace quilloservice {
 
 /// The directory that holds a service's store and movies, locked against a second service for as
-/// long as this object lives.
+/// long as this object lives. It is the user's own: what is made in it is closed to others (0700
+/// and 0600), and no link in it is followed. Any thread.
 class DataDirectory {
 public:
-    /// Makes the directory when it is missing. Throws std::runtime_error when that fails or when
+    /// Makes the directory when it is missing; the mode of one that is there stays what it is.
+    /// Throws std::runtime_error when that fails, when the directory or something of the service's
+    /// in it belongs to another user or is a link, when other users can write to it, and when
     /// another service has it.
-    explicit DataDirectory(std::string path);
-    ~DataDirectory();
-    DataDirectory(const DataDirectory&) = delete;
-    DataDirectory& operator=(const DataDirectory&) = delete;
+    explicit DataDirectory(const std::string& path);
 
     [[nodiscard]] std::string StorePath() const { return path_ + "/store.sqlite"; }
     [[nodiscard]] std::string MoviesPath() const { return path_ + "/movies"; }
@@ -24,15 +27,27 @@ public:
     [[nodiscard]] std::string UploadPath(std::string_view id) const;
     [[nodiscard]] std::string MoviePath(std::string_view id) const;
 
+    /// How many bytes may still be written to the directory's disk; the most there are when the
+    /// system does not know.
+    [[nodiscard]] std::int64_t FreeBytes() const;
+
+    /// Moves the movie's file to the folder of those that cannot be published; returns where it is
+    /// then. Replaces nothing there. Throws std::runtime_error.
+    [[nodiscard]] std::string SetMovieAside(std::string_view id) const;
+
     /// The port that was used last with this directory, 0 when there is none.
     [[nodiscard]] int LastPort() const;
     void RememberPort(int port) const;
 
 private:
     [[nodiscard]] std::string PathOf(std::string_view folder, std::string_view id) const;
+    void MakeFolder(const std::string& name) const;
+    /// Opens a file of the service's own and closes it to other users; nothing when it is missing.
+    Descriptor OpenFile(const std::string& name, int flags) const;
 
     std::string path_;
-    int lock_ = -1;
+    Descriptor directory_;
+    Descriptor lock_;
 };
 
 }  // namespace quilloservice

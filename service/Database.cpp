@@ -71,10 +71,10 @@ void Database::Finalize::operator()(sqlite3_stmt* statement) const {
 }
 
 Database::Database(const std::string& path) {
-    int result = sqlite3_open_v2(
-        path.c_str(), &handle_,
-        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE,
-        nullptr);
+    int result = sqlite3_open_v2(path.c_str(), &handle_,
+                                 SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX |
+                                     SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW,
+                                 nullptr);
     if (result != SQLITE_OK) {
         sqlite3_close(handle_);
         throw DatabaseError(result, "cannot open " + path + ": " + sqlite3_errstr(result));

@@ -74,7 +74,7 @@ private:
 /// One connection to a SQLite file. One thread at a time.
 class Database {
 public:
-    /// Opens the file at `path`, and makes it when it is missing.
+    /// Opens the file at `path`, in which no part is a link, and makes it when it is missing.
     explicit Database(const std::string& path);
     ~Database();
     Database(const Database&) = delete;

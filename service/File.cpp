@@ -14,6 +14,8 @@ namespace quilloservice {
 
 namespace {
 
+constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW;
+
 [[noreturn]] void Fail(const std::string& doing) {
     if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG) throw ApiError::StorageFull();
     if (errno == EMFILE || errno == ENFILE) {
@@ -25,8 +27,8 @@ namespace {
 }  // namespace
 
 File::File(const std::string& path, Mode mode)
-    : descriptor_(::open(path.c_str(),
-                         (mode == Mode::Read ? O_RDONLY : O_RDWR | O_CREAT) | O_CLOEXEC, 0600)) {
+    : descriptor_(
+          ::open(path.c_str(), (mode == Mode::Read ? O_RDONLY : O_RDWR | O_CREAT) | kFlags, 0600)) {
     if (descriptor_ < 0) Fail("open " + path);
 }
 
@@ -37,7 +39,7 @@ File::~File() {
 File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
 
 std::optional<File> File::OpenExisting(const std::string& path) {
-    int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    int descriptor = ::open(path.c_str(), O_RDONLY | kFlags);
     if (descriptor >= 0) return File(descriptor);
     if (errno == ENOENT) return std::nullopt;
     Fail("open " + path);
@@ -76,7 +78,7 @@ void File::Sync() {
 }
 
 void SyncDirectory(const std::string& path) {
-    int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | kFlags);
     if (descriptor < 0) Fail("open " + path);
     int result = ::fsync(descriptor);
     ::close(descriptor);

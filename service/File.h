@@ -7,8 +7,8 @@
 
 namespace quilloservice {
 
-/// An open file. Failures throw ApiError 507 when the disk (or a quota) is full, and
-/// std::system_error otherwise. One thread at a time, but for `ReadAt`.
+/// An open file, never one behind a link. Failures throw ApiError 507 when the disk (or a quota) is
+/// full, and std::system_error otherwise. One thread at a time, but for `ReadAt`.
 class File {
 public:
     enum class Mode { Read, Write };

@@ -7,7 +7,9 @@
 
 namespace quilloservice {
 
-std::optional<std::string> FindRepeated(Database& database, const IdempotentRequest& request) {
+std::optional<std::string> FindRepeated(Database& database, const IdempotentRequest& request,
+                                        std::int64_t now) {
+    database.Run("DELETE FROM idempotency_keys WHERE used_at <= ?", now - kKeySeconds);
     Statement row =
         database.Query("SELECT request, result FROM idempotency_keys WHERE user = ? AND key = ?",
                        request.user, request.key);
@@ -18,9 +20,12 @@ std::optional<std::string> FindRepeated(Database& database, const IdempotentRequ
     return row.Text(1);
 }
 
-void RememberResult(Database& database, const IdempotentRequest& request, std::string_view result) {
-    database.Run("INSERT INTO idempotency_keys (user, key, request, result) VALUES (?, ?, ?, ?)",
-                 request.user, request.key, ToHex(Sha256(request.request)), result);
+void RememberResult(Database& database, const IdempotentRequest& request, std::string_view result,
+                    std::int64_t now) {
+    database.Run(
+        "INSERT INTO idempotency_keys (user, key, request, result, used_at) "
+        "VALUES (?, ?, ?, ?, ?)",
+        request.user, request.key, ToHex(Sha256(request.request)), result, now);
 }
 
 }  // namespace quilloservice

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,11 +17,17 @@ struct IdempotentRequest {
     std::string request;
 };
 
-/// What the first request with this key made, nothing when this is the first. Throws ApiError 409
-/// when the key was used for another request.
-std::optional<std::string> FindRepeated(Database& database, const IdempotentRequest& request);
+/// For how long a key counts after its first use.
+inline constexpr std::int64_t kKeySeconds = 7 * 24 * 3600;
 
-/// Keeps what a first request made. In the transaction that makes it.
-void RememberResult(Database& database, const IdempotentRequest& request, std::string_view result);
+/// What the first request with this key made, nothing when this is the first for a week. Forgets
+/// the keys that count no more at `now`, in seconds since 1970. Throws ApiError 409 when the key
+/// was used for another request. In the transaction of the creation.
+std::optional<std::string> FindRepeated(Database& database, const IdempotentRequest& request,
+                                        std::int64_t now);
+
+/// Keeps what a first request made. In the transaction that makes it, after `FindRepeated`.
+void RememberResult(Database& database, const IdempotentRequest& request, std::string_view result,
+                    std::int64_t now);
 
 }  // namespace quilloservice

@@ -13,7 +13,8 @@ const char* const kHelp =
 
 usage: quillo-service --data DIR [options]
 
-  --data DIR                 where the store and the movies are kept; made when missing
+  --data DIR                 where the store and the movies are kept, a directory of your own that
+                             nobody else can write; made when missing
   --port N                   the port; absent or 0: the one used last with DIR if it is free, or any
   --host ADDR                the address to listen on (127.0.0.1)
   --sample small|large|none  what a new store is filled with (small)

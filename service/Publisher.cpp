@@ -1,5 +1,6 @@
 #include "service/Publisher.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <vector>
 
@@ -15,6 +16,16 @@
 namespace quilloservice {
 
 namespace {
+
+/// Throws ApiError 403 or 409 when `user` may not put a movie into the version stack `stack`.
+void CheckStack(Database& database, const std::string& user, const std::string& stack) {
+    std::optional<Node> node = FindNode(database, stack);
+    if (!node) return;
+    RequireMember(database, user, *node);
+    if (node->kind != kind::VersionStack) {
+        throw ApiError::Conflict("version_stack_id names something that is no version stack.");
+    }
+}
 
 void MoveStack(Database& database, const Node& stack, const Node& folder) {
     if (auto former = FindNode(database, *stack.parent)) {
@@ -47,12 +58,25 @@ std::int64_t EnterStack(Database& database, const UploadRecord& upload, const No
 Publisher::Publisher(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock)
     : directory_(directory), store_(store), changes_(changes), clock_(std::move(clock)) {}
 
-void Publisher::CheckStack(Database& database, const std::string& user, const std::string& stack) {
-    std::optional<Node> node = FindNode(database, stack);
-    if (!node) return;
-    RequireMember(database, user, *node);
-    if (node->kind != kind::VersionStack) {
-        throw ApiError::Conflict("version_stack_id names something that is no version stack.");
+void Publisher::AdmitToStack(Database& database, const std::string& user, const Node& folder,
+                             const std::string& stack) {
+    CheckStack(database, user, stack);
+    // Each of these may make the stack or move it to its own folder before the others are complete.
+    Statement other = database.Query(
+        "SELECT user, account FROM uploads JOIN nodes ON nodes.id = folder "
+        "WHERE stack = ? AND published = 0",
+        stack);
+    while (other.Next()) {
+        if (!IsMember(database, user, other.Text(1))) {
+            throw ApiError::Forbidden(
+                "This version stack is reserved by an upload into an account of which the user is "
+                "no member.");
+        }
+        if (!IsMember(database, other.Text(0), folder.account)) {
+            throw ApiError::Conflict(
+                "This version stack is reserved by the upload of a user who is no member of the "
+                "folder's account; wait for its end, or choose another folder.");
+        }
     }
 }
 
@@ -69,6 +93,11 @@ void Publisher::Publish(const UploadRecord& upload, File& file, const Digest& wh
 bool Publisher::FinishInterrupted(const UploadRecord& upload) {
     std::optional<File> movie = File::OpenExisting(directory_.MoviePath(upload.asset));
     if (!movie) return false;
+    if (std::int64_t size = movie->Size(); size != upload.length) {
+        SetAside(upload,
+                 "it has " + std::to_string(size) + " bytes, not " + std::to_string(upload.length));
+        return true;
+    }
     Digest whole;
     std::vector<char> buffer(1 << 18);
     for (std::int64_t offset = 0;;) {
@@ -77,8 +106,21 @@ bool Publisher::FinishInterrupted(const UploadRecord& upload) {
         whole.Update({buffer.data(), count});
         offset += static_cast<std::int64_t>(count);
     }
-    Record(upload, whole);
+    try {
+        Record(upload, whole);
+    } catch (const ApiError& refusal) {
+        SetAside(upload, refusal.what());
+    }
     return true;
+}
+
+void Publisher::SetAside(const UploadRecord& upload, const std::string& reason) {
+    std::string kept = directory_.SetMovieAside(upload.asset);
+    store_.Write([&](Database& database) { ForgetUpload(database, upload.id); });
+    std::fprintf(stderr,
+                 "quillo-service: the movie of upload %s cannot be published and is kept as %s: "
+                 "%s\n",
+                 upload.id.c_str(), kept.c_str(), reason.c_str());
 }
 
 void Publisher::Record(const UploadRecord& upload, const Digest& whole) {

@@ -45,17 +45,18 @@ Node ReviewLinks::Create(const std::string& user, const std::string& project,
                          const std::string& name,
                          const std::optional<std::string>& idempotencyKey) {
     return store_.Write([&](Database& database) {
+        std::int64_t now = clock_();
         IdempotentRequest repeatable{user, idempotencyKey.value_or(""),
                                      "review link " + project + " " + name};
         if (idempotencyKey) {
-            if (auto earlier = FindRepeated(database, repeatable)) {
+            if (auto earlier = FindRepeated(database, repeatable, now)) {
                 return RequireNode(database, user, *earlier, kind::ReviewLink);
             }
         }
         Node parent = RequireNode(database, user, project, kind::Project);
         Node link{NewUuid(), std::string(kind::ReviewLink), parent.account, parent.id, name};
         InsertNode(database, link);
-        if (idempotencyKey) RememberResult(database, repeatable, link.id);
+        if (idempotencyKey) RememberResult(database, repeatable, link.id, now);
         return link;
     });
 }

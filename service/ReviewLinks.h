@@ -3,7 +3,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "service/Clock.h"
 
 namespace quilloservice {
 
@@ -34,7 +37,7 @@ struct ReviewContent {
 /// Any thread.
 class ReviewLinks {
 public:
-    explicit ReviewLinks(Store& store) : store_(store) {}
+    ReviewLinks(Store& store, Clock clock) : store_(store), clock_(std::move(clock)) {}
 
     /// Makes a link in a project, or finds the one that the same request with the same key made.
     Node Create(const std::string& user, const std::string& project, const std::string& name,
@@ -48,6 +51,7 @@ public:
 
 private:
     Store& store_;
+    Clock clock_;
 };
 
 }  // namespace quilloservice

@@ -8,7 +8,7 @@ namespace quilloservice {
 
 namespace {
 
-constexpr int kVersion = 2;
+constexpr int kVersion = 3;
 
 // Everything that has an ID of its own is a node, from account down to file, so that "does it
 // exist, what is it, may this user see it" is one look-up whatever is asked for. `parent` is the
@@ -109,6 +109,15 @@ INSERT INTO sqlite_sequence (name, seq)
 PRAGMA user_version = 2;
 )sql";
 
+// When a key was used first, from which on it counts for a while. Those of before begin with this.
+constexpr const char* kKeyTimes = R"sql(
+ALTER TABLE idempotency_keys ADD COLUMN used_at INTEGER NOT NULL DEFAULT 0;
+UPDATE idempotency_keys SET used_at = CAST(strftime('%s', 'now') AS INTEGER);
+CREATE INDEX idempotency_keys_by_time ON idempotency_keys (used_at);
+
+PRAGMA user_version = 3;
+)sql";
+
 }  // namespace
 
 void MakeTables(Database& database) {
@@ -122,6 +131,7 @@ void MakeTables(Database& database) {
     }
     if (version < 1) database.RunScript(kTables);
     if (version < 2) database.RunScript(kChanges);
+    if (version < 3) database.RunScript(kKeyTimes);
 }
 
 }  // namespace quilloservice

@@ -66,7 +66,7 @@ struct Service::Parts {
           changes(store),
           places(store, changes),
           uploads(directory, store, changes, SystemTime),
-          links(store),
+          links(store, SystemTime),
           events(changes, sessions),
           api(sessions, options),
           server(api, HttpLimits(options)) {

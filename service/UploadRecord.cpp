@@ -37,6 +37,13 @@ void SetConfirmed(Database& database, std::string_view id, std::int64_t confirme
                  confirmed, now, id);
 }
 
+std::int64_t BytesToCome(Database& database) {
+    Statement sum = database.Query(
+        "SELECT coalesce(sum(length - confirmed), 0) FROM uploads WHERE published = 0");
+    sum.Next();
+    return sum.Integer(0);
+}
+
 std::vector<std::string> UnfinishedUploads(Database& database, std::int64_t before) {
     Statement row =
         database.Query("SELECT id FROM uploads WHERE published = 0 AND touched_at < ?", before);

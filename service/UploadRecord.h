@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,11 +32,15 @@ void InsertUpload(Database& database, const UploadRecord& upload, std::int64_t n
 void SetConfirmed(Database& database, std::string_view id, std::int64_t confirmed,
                   std::int64_t now);
 
+/// How many bytes the unfinished uploads will still add to the disk.
+std::int64_t BytesToCome(Database& database);
+
 /// IDs of the unfinished uploads that have not grown since `before`.
 std::vector<std::string> UnfinishedUploads(Database& database, std::int64_t before);
 
 /// Forgets an unfinished upload and the idempotency key that made it, unless it has grown since
 /// `before`. Returns whether it is forgotten.
-bool ForgetUpload(Database& database, std::string_view id, std::int64_t before);
+bool ForgetUpload(Database& database, std::string_view id,
+                  std::int64_t before = std::numeric_limits<std::int64_t>::max());
 
 }  // namespace quilloservice

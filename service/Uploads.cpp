@@ -1,6 +1,8 @@
 #include "service/Uploads.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <limits>
 #include <stdexcept>
@@ -36,12 +38,25 @@ void CatchUp(LiveUploads::Progress& progress, const File& file, std::int64_t off
     }
 }
 
+/// Does what can be left for later. What is in the way of one upload is to keep neither the others
+/// nor the service waiting.
+template <typename Work>
+void Attempt(const std::string& what, Work&& work) {
+    try {
+        work();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quillo-service: cannot %s yet: %s\n", what.c_str(), error.what());
+    }
+}
+
 }  // namespace
 
-Uploads::Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock)
+Uploads::Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock,
+                 FreeBytes freeBytes)
     : directory_(directory),
       store_(store),
       clock_(clock),
+      freeBytes_(freeBytes ? std::move(freeBytes) : [&directory] { return directory.FreeBytes(); }),
       publisher_(directory, store, changes, clock) {}
 
 void Uploads::Recover() {
@@ -49,7 +64,8 @@ void Uploads::Recover() {
              return UnfinishedUploads(database, std::numeric_limits<std::int64_t>::max());
          })) {
         auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
-        if (upload) publisher_.FinishInterrupted(*upload);
+        if (!upload) continue;
+        Attempt("finish upload " + id, [&] { publisher_.FinishInterrupted(*upload); });
     }
     ForgetOld();
 }
@@ -58,28 +74,38 @@ void Uploads::ForgetOld() {
     std::int64_t before = clock_() - kForgetAfterSeconds;
     for (const std::string& id :
          store_.Read([&](Database& database) { return UnfinishedUploads(database, before); })) {
-        auto lease = live_.TryAcquire(id);
-        if (!lease) continue;
-        bool forgotten =
-            store_.Write([&](Database& database) { return ForgetUpload(database, id, before); });
-        if (!forgotten) continue;
-        std::error_code missing;
-        std::filesystem::remove(directory_.UploadPath(id), missing);
+        Attempt("forget upload " + id, [&] { Forget(id, before); });
     }
+}
+
+void Uploads::Forget(const std::string& id, std::int64_t before) {
+    auto lease = live_.TryAcquire(id);
+    if (!lease) return;
+    auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
+    if (!upload || publisher_.FinishInterrupted(*upload)) return;
+    bool forgotten =
+        store_.Write([&](Database& database) { return ForgetUpload(database, id, before); });
+    if (!forgotten) return;
+    std::error_code missing;
+    std::filesystem::remove(directory_.UploadPath(id), missing);
 }
 
 std::string Uploads::Create(const std::string& user, const NewUpload& request,
                             const std::optional<std::string>& idempotencyKey) {
     ForgetOld();
     return store_.Write([&](Database& database) {
+        std::int64_t now = clock_();
         IdempotentRequest repeatable{
             user, idempotencyKey.value_or(""),
             "upload " + std::to_string(request.length) + " " + request.metadata};
         if (idempotencyKey) {
-            if (auto earlier = FindRepeated(database, repeatable)) return *earlier;
+            if (auto earlier = FindRepeated(database, repeatable, now)) return *earlier;
         }
-        RequireNode(database, user, request.folder, kind::Folder);
-        if (request.stack) Publisher::CheckStack(database, user, *request.stack);
+        Node folder = RequireNode(database, user, request.folder, kind::Folder);
+        if (request.stack) Publisher::AdmitToStack(database, user, folder, *request.stack);
+        if (freeBytes_() - kReserveBytes - BytesToCome(database) < request.length) {
+            throw ApiError::DoesNotFit();
+        }
         UploadRecord upload{.id = NewUuid(),
                             .user = user,
                             .asset = NewUuid(),
@@ -89,8 +115,8 @@ std::string Uploads::Create(const std::string& user, const NewUpload& request,
                             .mediaType = request.mediaType,
                             .metadata = request.metadata,
                             .length = request.length};
-        InsertUpload(database, upload, clock_());
-        if (idempotencyKey) RememberResult(database, repeatable, upload.id);
+        InsertUpload(database, upload, now);
+        if (idempotencyKey) RememberResult(database, repeatable, upload.id, now);
         return upload.id;
     });
 }

@@ -36,13 +36,24 @@ public:
     static constexpr std::int64_t kMaxBytes = std::int64_t{1} << 40;
     static constexpr std::int64_t kForgetAfterSeconds = 7 * 24 * 3600;
 
-    Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock);
+    /// What uploads leave free on the disk for the store itself, which has to go on recording.
+    static constexpr std::int64_t kReserveBytes = 64 << 20;
 
-    /// Records what an earlier process published without recording it, and forgets old uploads.
+    /// How many bytes the disk has free.
+    using FreeBytes = std::function<std::int64_t()>;
+
+    /// Asks the directory how much of its disk is free, or `freeBytes` when there is one.
+    Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock,
+            FreeBytes freeBytes = {});
+
+    /// Records what an earlier process published without recording it, sets aside what cannot be
+    /// recorded, and forgets old uploads. What fails is logged and left for later, so that the
+    /// service starts all the same.
     void Recover();
 
     /// Makes an upload, or finds the one that the same request with the same key made. Returns its
-    /// ID.
+    /// ID. Throws ApiError 507 when the movie would not fit on the disk beside what the unfinished
+    /// uploads still need.
     std::string Create(const std::string& user, const NewUpload& request,
                        const std::optional<std::string>& idempotencyKey);
 
@@ -58,11 +69,13 @@ public:
 
 private:
     void ForgetOld();
+    void Forget(const std::string& id, std::int64_t before);
     LiveUploads::Lease Acquire(const std::string& id);
 
     const DataDirectory& directory_;
     Store& store_;
     Clock clock_;
+    FreeBytes freeBytes_;
     Publisher publisher_;
     LiveUploads live_;
 };

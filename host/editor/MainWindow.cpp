@@ -60,7 +60,7 @@ char const* Describe(Phase phase) {
 
 MainWindow::MainWindow(Options const& options, EventLog* log)
     : log(log),
-      settings(NameOf(HostDataFile("editor.ini")), QSettings::IniFormat),
+      settings(NameOf(OwnHostFile("editor.ini")), QSettings::IniFormat),
       recentMovies(settings),
       shareButton(new QPushButton("Share")),
       title(new ElidedLabel("Movie", Qt::ElideMiddle)),

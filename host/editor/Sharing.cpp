@@ -44,7 +44,7 @@ fs::file_time_type TimeOf(fs::path const& file) {
 
 Sharing::Sharing(Options const& options, QWidget& anchorWidget, Hooks newHooks)
     : hooks(std::move(newHooks)),
-      locks(HostDataFile("locks")),
+      locks(OwnHostFile("locks")),
       service(options, locks,
               {.onWait =
                    [this] {
@@ -53,7 +53,7 @@ Sharing::Sharing(Options const& options, QWidget& anchorWidget, Hooks newHooks)
                    },
                .onBrowser = [this] { hooks.tell(kSignInInBrowser); },
                .onGone = [this](auto const& gone) { hooks.tell(MessageOf(gone)); }}),
-      store(std::make_shared<AssetStore>(HostDataFile("assets.sqlite"), service.ServiceName())),
+      store(std::make_shared<AssetStore>(OwnHostFile("assets.sqlite"), service.ServiceName())),
       viewModel(std::make_shared<quillomoxui::ShareForReviewViewModel>()),
       anchor(moxui::backend::WrapWidget(&anchorWidget)),
       popup(quillomoxui::CreatePopupManager()),

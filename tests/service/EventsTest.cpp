@@ -5,7 +5,9 @@
 #include <list>
 
 #include "service/ChangeFeed.h"
+#include "service/Clock.h"
 #include "service/EventStreams.h"
+#include "service/Idempotency.h"
 #include "service/Nodes.h"
 #include "service/SampleData.h"
 #include "service/Sessions.h"
@@ -266,21 +268,26 @@ TEST_F(EventStreamsTest, CatchUpInBatchesAndForgetWhatIsLongPast) {
     EXPECT_EQ(std::count(all.begin(), all.end(), '{'), 1'100);
 }
 
-TEST(ChangeFeedTest, IsAddedToAStoreThatHasNone) {
+TEST(StoreTest, TakesOverWhatTheFirstVersionWrote) {
     TempDirectory directory;
     std::string path = directory.path() + "/store.sqlite";
+    const IdempotentRequest request{SampleUserId(), NewUuid(), "review link"};
     {
         Store store(path);
         MakeSampleData(store, SampleSize::Small);
-        store.Write([](Database& database) {
-            database.RunScript("DROP TABLE changes; PRAGMA user_version = 1");
+        store.Write([&](Database& database) {
+            RememberResult(database, request, "made", 0);
+            database.RunScript(
+                "DROP TABLE changes; DROP INDEX idempotency_keys_by_time;"
+                "ALTER TABLE idempotency_keys DROP COLUMN used_at; PRAGMA user_version = 1");
         });
     }
     Store store(path);
     ChangeFeed changes(store);
     std::int64_t before = changes.Position();
-    store.Write([](Database& database) {
+    store.Write([&](Database& database) {
         ChangeFeed::RecordAccounts(database, UuidOf("account/Northlight Pictures"));
+        EXPECT_EQ(FindRepeated(database, request, SystemTime()), "made") << "a key counts anew";
     });
     EXPECT_EQ(changes.After(before, SampleUserId(), 9).size(), 1u);
 }

@@ -10,11 +10,12 @@
 
 namespace quilloservice::test {
 
-/// A service in this process, on a free port and a directory of its own.
+/// A service in this process, on a free port and, unless the options name one, a directory of its
+/// own.
 class RunningService {
 public:
     explicit RunningService(Options options = {}) : options_(std::move(options)) {
-        options_.dataDirectory = directory_.path();
+        if (options_.dataDirectory.empty()) options_.dataDirectory = directory_.path();
         options_.trustLocalUser = true;
         Start();
     }

@@ -10,6 +10,7 @@
 #include "service/ChangeFeed.h"
 #include "service/DataDirectory.h"
 #include "service/Nodes.h"
+#include "service/ReviewLinks.h"
 #include "service/SampleData.h"
 #include "service/Store.h"
 #include "service/Text.h"
@@ -63,7 +64,8 @@ protected:
 
     /// What a new process would find: everything in memory is gone.
     void Restart() {
-        uploads = std::make_unique<Uploads>(directory, store, changes, [this] { return now; });
+        uploads = std::make_unique<Uploads>(
+            directory, store, changes, [this] { return now; }, [this] { return freeBytes; });
         uploads->Recover();
     }
 
@@ -113,6 +115,7 @@ protected:
     Store store{directory.StorePath()};
     ChangeFeed changes{store};
     std::int64_t now = 1'000'000;
+    std::int64_t freeBytes = Uploads::kMaxBytes;
     std::string user = SampleUserId();
     std::string folder;
     std::string otherFolder;
@@ -277,6 +280,10 @@ TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
     Append(abandoned, 0, Body("begun"));
     std::string published = Create(1);
     Append(published, 0, Body("x"));
+    std::string unrecorded = Create(1);
+    std::ofstream(directory.MoviePath(uploads->Get(user, unrecorded).asset)) << "y";
+    std::string stuck = Create(1);
+    fs::create_symlink("/elsewhere", directory.MoviePath(uploads->Get(user, stuck).asset));
     now += Uploads::kForgetAfterSeconds - 1;
     std::string growing = Create(content.size());
     EXPECT_EQ(Offset(abandoned), 5);
@@ -286,6 +293,67 @@ TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
     EXPECT_FALSE(fs::exists(directory.UploadPath(abandoned)));
     EXPECT_EQ(Offset(growing), 0);
     EXPECT_EQ(Movie(published), "x");
+    EXPECT_EQ(Offset(stuck), 0) << "and keeps no other upload from being made";
+    EXPECT_EQ(Movie(unrecorded), "y") << "a whole movie is not forgotten";
+}
+
+TEST_F(UploadsTest, TakesOnlyWhatFitsOnTheDiskBesideTheOthersAndAReserve) {
+    auto refusal = [&](std::int64_t length) {
+        try {
+            Create(static_cast<std::size_t>(length));
+            return 0;
+        } catch (const ApiError& error) {
+            return error.status;
+        }
+    };
+    freeBytes = Uploads::kReserveBytes + 999;
+    EXPECT_EQ(refusal(1000), 507);
+    ++freeBytes;
+    std::string id = Create(1000);
+    EXPECT_EQ(refusal(1), 507);
+    Append(id, 0, Body(content.substr(0, 400)));
+    freeBytes -= 400;
+    EXPECT_EQ(refusal(1), 507) << "the rest of the first has to fit";
+    Append(id, 400, Body(content.substr(400, 600)));
+    freeBytes -= 600;
+    EXPECT_EQ(refusal(1), 507);
+    freeBytes += 500;
+    EXPECT_EQ(refusal(500), 0) << "what is published needs no more";
+    now += Uploads::kForgetAfterSeconds + 1;
+    EXPECT_EQ(refusal(500), 0) << "what is forgotten neither";
+
+    Uploads real(directory, store, changes, [this] { return now; });
+    NewUpload request{.name = "m", .folder = folder, .mediaType = "video/mp4"};
+    request.length = static_cast<std::int64_t>(fs::space(temp.path()).capacity);
+    EXPECT_THROW(real.Create(user, request, std::nullopt), ApiError) << "as large as the disk";
+    request.length = 1;
+    EXPECT_NO_THROW(real.Create(user, request, std::nullopt));
+}
+
+TEST_F(UploadsTest, LetsAnIdempotencyKeyCountForAWeek) {
+    const std::string keys[] = {NewUuid(), NewUuid()};
+    std::string project =
+        store.Read([&](Database& database) { return FindNode(database, folder)->parent.value(); });
+    ReviewLinks links(store, [this] { return now; });
+    auto make = [&](const std::string& name) {
+        NewUpload request{.name = name,
+                          .folder = folder,
+                          .mediaType = "video/mp4",
+                          .metadata = name,
+                          .length = 1};
+        return std::pair(uploads->Create(user, request, keys[0]),
+                         links.Create(user, project, name, keys[1]).id);
+    };
+    auto first = make("first");
+    Append(first.first, 0, Body("x"));
+    now += 7 * 24 * 3600 - 1;
+    EXPECT_EQ(make("first"), first);
+    EXPECT_THROW(make("other"), ApiError);
+    now += 1;
+    auto second = make("other");
+    EXPECT_NE(second.first, first.first);
+    EXPECT_NE(second.second, first.second);
+    EXPECT_EQ(make("other"), second);
 }
 
 TEST_F(UploadsTest, NumbersTheVersionsOfAStackAndMovesItWhereTheNewestWent) {

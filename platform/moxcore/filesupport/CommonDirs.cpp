@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -20,6 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr mode_t kOwnerOnly = 0700;
 constexpr mode_t kOthers = 0077;
+constexpr mode_t kOthersWrite = 0022;
 
 /// Where one of the three directories lies.
 struct Place {
@@ -69,12 +71,26 @@ void MakeDirectory(fs::path const& directory) {
     if (errno != EEXIST) Fail(directory, std::generic_category().message(errno));
 }
 
-/// Takes other users' rights to `directory` away where they have any.
-void CloseToOthers(fs::path const& directory) {
+/// Throws unless `directory` is one, and this user's own.
+struct stat RequireOwn(fs::path const& directory, bool mayBeLink) {
     struct stat status {};
-    if (stat(directory.c_str(), &status) != 0)
+    if ((mayBeLink ? stat : lstat)(directory.c_str(), &status) != 0)
         Fail(directory, std::generic_category().message(errno));
+    if (S_ISLNK(status.st_mode)) Fail(directory, "it is a link, which is not followed");
     if (!S_ISDIR(status.st_mode)) Fail(directory, std::generic_category().message(ENOTDIR));
+    if (status.st_uid != geteuid()) Fail(directory, "it belongs to another user");
+    return status;
+}
+
+/// The directory that a host has named is its user's business: it is checked, not changed.
+void CheckRoot(fs::path const& root) {
+    if ((RequireOwn(root, true).st_mode & kOthersWrite) != 0)
+        Fail(root, "other users can write to it; run chmod go-w, or name another one");
+}
+
+/// Takes other users' rights to `directory` away where they have any.
+void CloseToOthers(fs::path const& directory, bool mayBeLink) {
+    auto const status = RequireOwn(directory, mayBeLink);
     if ((status.st_mode & kOthers) != 0 && chmod(directory.c_str(), kOwnerOnly) != 0)
         Fail(directory, std::generic_category().message(errno));
 }
@@ -84,6 +100,8 @@ File UserDirectory(Place const& place) {
     std::lock_guard lock(settings.mutex);
     fs::path directory;
     if (!settings.root.empty()) {
+        MakeDirectory(settings.root);
+        CheckRoot(settings.root);
         directory = settings.root / place.belowRoot;
     } else {
         directory = DirectoryFromEnvironment(place.variable);
@@ -91,7 +109,7 @@ File UserDirectory(Place const& place) {
         directory /= settings.application;
     }
     MakeDirectory(directory);
-    CloseToOthers(directory);
+    CloseToOthers(directory, settings.root.empty());
     return File(string::UTF8to16(directory.string()), 0);
 }
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -13,6 +14,7 @@
 using namespace moxcore::filesupport;
 using moxcore::string::UTF16to8;
 using moxcore::string::UTF8to16;
+using testing::HasSubstr;
 namespace fs = std::filesystem;
 
 namespace {
@@ -32,6 +34,16 @@ protected:
     static mode_t Mode(fs::path const& path) {
         struct stat status {};
         return stat(path.c_str(), &status) == 0 ? status.st_mode & 0777 : 0;
+    }
+
+    /// Why a directory is not to be had; nothing when it is.
+    static std::string Complaint(File (*ask)()) {
+        try {
+            static_cast<void>(ask());
+            return {};
+        } catch (moxcore::config::ResultException const& failure) {
+            return failure.what();
+        }
     }
 
     testsupport::TemporaryDirectory directory;
@@ -68,17 +80,41 @@ TEST_F(CommonDirs, LieBelowTheRootThatTheHostNames) {
     EXPECT_EQ(Mode(directory.Path() / "root/data"), 0700u) << "was open to others before";
 }
 
+TEST_F(CommonDirs, LieBelowNoRootThatIsOpenToOthersAndBehindNoLinkInIt) {
+    auto const root = directory.Path() / "root";
+    auto const elsewhere = directory.Path() / "elsewhere";
+    commondirs::SetUserRoot(UTF8to16(root.string()));
+    for (auto const& folder : {root, elsewhere}) {
+        fs::create_directory(folder);
+        fs::permissions(folder, fs::perms(0755));
+    }
+    fs::create_directory_symlink(elsewhere, root / "data");
+    EXPECT_THAT(Complaint(commondirs::UserDataDir), HasSubstr("data\": it is a link"));
+    EXPECT_EQ(Mode(elsewhere), 0755u);
+    EXPECT_EQ(Complaint(commondirs::UserCacheDir), "");
+    EXPECT_EQ(Mode(root), 0755u) << "the root is as its user wants it";
+    for (unsigned const mode : {0720u, 0702u}) {
+        fs::permissions(root, fs::perms(mode));
+        EXPECT_THAT(Complaint(commondirs::UserCacheDir), HasSubstr("other users can write to it"));
+    }
+    // Only root can give a directory away; anybody else finds one that is not his.
+    fs::permissions(root, fs::perms(0700));
+    if (geteuid() == 0) {
+        ASSERT_EQ(chown(root.c_str(), 65534, 65534), 0);
+    } else {
+        commondirs::SetUserRoot(UTF8to16("/usr"));
+    }
+    EXPECT_THAT(Complaint(commondirs::UserCacheDir), HasSubstr("it belongs to another user"));
+}
+
 TEST_F(CommonDirs, NameTheDirectoryThatCannotBeMade) {
     directory.Write("file", "");
     directory.Write("cache", "");
-    for (auto const& root : {directory.Path(), directory.Path() / "file"}) {
+    for (auto const& [root, named] :
+         {std::pair(directory.Path(), directory.Path() / "cache"),
+          std::pair(directory.Path() / "file", directory.Path() / "file")}) {
         commondirs::SetUserRoot(UTF8to16(root.string()));
-        try {
-            static_cast<void>(commondirs::UserCacheDir());
-            ADD_FAILURE() << "made a directory where a file is";
-        } catch (moxcore::config::ResultException const& failure) {
-            EXPECT_THAT(failure.what(), testing::HasSubstr((root / "cache").string()));
-        }
+        EXPECT_THAT(Complaint(commondirs::UserCacheDir), HasSubstr(named.string() + "\""));
     }
 }
 
