@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "quilloauth/Descriptor.h"
+#include "quillosdk/Redact.h"
 
 namespace quilloauth {
 namespace {
@@ -97,10 +98,12 @@ std::optional<Tokens> TokenStore::Load(std::string const& address) {
     auto const services = ReadServices(path);
     try {
         auto const& entry = services.at(address);
-        return Tokens{entry.at("access_token").get<std::string>(),
+        Tokens tokens{entry.at("access_token").get<std::string>(),
                       entry.at("refresh_token").get<std::string>(),
                       moxcore::threads::TimePoint(
                           std::chrono::seconds(entry.at("expires_at").get<std::int64_t>()))};
+        bool const usable = quillosdk::IsToken(tokens.access) && quillosdk::IsToken(tokens.refresh);
+        return usable ? std::optional(std::move(tokens)) : std::nullopt;
     } catch (json::exception const&) {  // no such entry, or none of ours
         return std::nullopt;
     }

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "moxcore/config/Error.h"
+#include "quillosdk/Redact.h"
 #include "quillosdk/Transport.h"
 
 namespace quillosdk {
@@ -165,6 +166,13 @@ void RequireMember(bool present, char const* name) {
         throw moxcore::config::ResultException(kMalformedAnswer, std::string("it has no ") + name);
 }
 
+void RequireToken(std::string_view text, std::string const& name) {
+    if (!IsToken(text))
+        throw moxcore::config::ResultException(
+            kMalformedAnswer, "its " + name + " is no token of " + std::to_string(kShortestToken) +
+                                  " or more visible characters");
+}
+
 /// Calls `onMember` for each member of the body's one object.
 template <class OnMember>
 void ReadBody(std::string& body, OnMember onMember) {
@@ -285,6 +293,8 @@ GrantedTokens ReadGrantedTokens(std::string& body) {
     RequireMember(!granted.accessToken.empty(), "access_token");
     RequireMember(!granted.refreshToken.empty(), "refresh_token");
     RequireMember(granted.expiresInSeconds > 0, "expires_in");
+    RequireToken(granted.accessToken, "access_token");
+    RequireToken(granted.refreshToken, "refresh_token");
     return granted;
 }
 

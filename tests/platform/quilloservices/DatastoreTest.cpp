@@ -212,7 +212,7 @@ TEST_F(DatastoreTest, AConnectionThatIsLostGoesOnWhereItWas) {
     executor.AdvanceBy(250ms);  // half of the first bound
     ASSERT_THAT(connections(), SizeIs(2));
     EXPECT_EQ(transport.HeaderAt(connections()[1], "Last-Event-ID"), "8");
-    EXPECT_EQ(transport.HeaderAt(connections()[1], "Authorization"), "Bearer t0ken");
+    EXPECT_EQ(transport.HeaderAt(connections()[1], "Authorization"), "Bearer t0ken-of-the-test");
 
     auto const readings = Requests(FolderLine(5)).size();
     Say("ready", "{}", 8);
@@ -376,10 +376,13 @@ TEST_F(DatastoreTest, AKeptSessionThatIsOverIsReplacedByASignIn) {
         if (request.body->find("refresh_token") != std::string::npos)
             return quillosdk::HttpResponse{400, {}, R"({"error":"invalid_grant"})"};
         return quillosdk::HttpResponse{
-            200, {}, R"({"access_token":"t2","expires_in":9999,"refresh_token":"r2"})"};
+            200,
+            {},
+            R"({"access_token":"t2-of-the-datastore","expires_in":9999,"refresh_token":"r2-of-the-datastore"})"};
     });
     OnPath("/v1/me", [](auto const& request) {
-        bool const isFresh = testsupport::HeaderOf(request, "Authorization") == "Bearer t2";
+        bool const isFresh =
+            testsupport::HeaderOf(request, "Authorization") == "Bearer t2-of-the-datastore";
         return isFresh ? quillosdk::HttpResponse{200, {}, R"({"user":)" + Record(1, "Jo") + "}"}
                        : quillosdk::HttpResponse{401};
     });

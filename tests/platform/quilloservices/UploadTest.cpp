@@ -44,7 +44,7 @@ class UploadTest : public testing::Test {
 protected:
     UploadTest() {
         RetryPolicy::SetRandomSource([] { return 0.5; });
-        static_cast<void>(client.UpdateAccessToken("secret"));
+        static_cast<void>(client.UpdateAccessToken("secret-of-the-test"));
         transport.SetResponder([this](HttpRequest const& request) { return tus.Answer(request); });
     }
     ~UploadTest() override { RetryPolicy::SetRandomSource({}); }
