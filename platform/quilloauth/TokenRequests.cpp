@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "quillocommon/Saturating.h"
 #include "quillocommon/Url.h"
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/Redact.h"
@@ -61,7 +62,8 @@ moxcore::async::Future<Grant> RequestGrant(std::string const& address, Form cons
                                 quillosdk::DescribeRefusal(SignInTask(), *response)};
         auto granted = quillosdk::ReadGrantedTokens(response->body);
         return Tokens{std::move(granted.accessToken), std::move(granted.refreshToken),
-                      moxcore::threads::Now() + std::chrono::seconds(granted.expiresInSeconds)};
+                      quillocommon::TimeAfter(moxcore::threads::Now(),
+                                              std::chrono::seconds(granted.expiresInSeconds))};
     });
 }
 

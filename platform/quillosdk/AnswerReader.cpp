@@ -3,11 +3,14 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 #include <utility>
 
 #include "moxcore/config/Error.h"
+#include "quillocommon/Saturating.h"
 #include "quillosdk/Redact.h"
 #include "quillosdk/Transport.h"
 
@@ -54,11 +57,14 @@ quillocommon::Guid AsGuid(value& from) {
     return guid;
 }
 
+/// One beyond the type's end becomes that end.
 std::int64_t AsNumber(value& from) {
-    std::int64_t number = 0;
-    if (from.get_int64().get(number) != simdjson::SUCCESS || number < 0)
-        throw Malformed("is no whole number");
-    return number;
+    std::string_view digits = from.raw_json_token();
+    digits = digits.substr(0, digits.find_last_not_of(" \t\r\n") + 1);
+    auto const number = quillocommon::ReadCount(digits);
+    if (!number) throw Malformed("is no whole number");
+    return static_cast<std::int64_t>(
+        std::min<std::uint64_t>(*number, std::numeric_limits<std::int64_t>::max()));
 }
 
 object AsObject(value& from) {

@@ -72,6 +72,24 @@ TEST_F(TokenStoreTest, ADamagedFileCountsAsEmptyAndIsReplaced) {
     }
 }
 
+TEST_F(TokenStoreTest, ATimeBeyondTheClockIsItsEnd) {
+    using moxcore::threads::TimePoint;
+    std::pair<char const*, TimePoint> const rows[] = {
+        {"9223372036854775807", TimePoint::max()},
+        {"18446744073709551615", TimePoint::max()},
+        {"-9223372036854775808", TimePoint::min()},
+        {"1e300", TimePoint()},
+    };
+    for (auto const& [text, time] : rows) {
+        directory.Write("tokens.json",
+                        R"({"services":{"http://a.test":{"access_token":"access-of-a-test",)"
+                        R"("refresh_token":"refresh-of-a-test","expires_at":)" +
+                            std::string(text) + "}}}");
+        ASSERT_TRUE(store.Load(kService)) << text;
+        EXPECT_EQ(store.Load(kService)->expiry, time) << text;
+    }
+}
+
 TEST_F(TokenStoreTest, AFileThatOthersMayReadIsClosedToThem) {
     ASSERT_TRUE(store.Save(kService, kTokens));
     chmod(path.c_str(), 0644);
@@ -105,17 +123,17 @@ protected:
         }
     }
 
-    static std::string Granted(int number, int expiresIn = 3600) {
+    static std::string Granted(int number, std::string const& expiresIn = "3600") {
         auto const text = std::to_string(number);
         return R"({"access_token":"secret-access-a)" + text +
-               R"(","token_type":"Bearer","expires_in":)" + std::to_string(expiresIn) +
+               R"(","token_type":"Bearer","expires_in":)" + expiresIn +
                R"(,"refresh_token":"secret-refresh-r)" + text + R"("})";
     }
 
     /// Signs in with tokens number 1, which last for `expiresIn` seconds.
     void SignIn(int expiresIn = 3600) {
         transport.SetResponder([&](auto const&) {
-            return quillosdk::HttpResponse{200, {}, Granted(1, expiresIn)};
+            return quillosdk::HttpResponse{200, {}, Granted(1, std::to_string(expiresIn))};
         });
         ASSERT_EQ(session->Login().GetResult(), kSessionExists);
         transport.SetResponder({});
@@ -267,6 +285,18 @@ TEST_F(AuthTest, ARenewalThatFailsCostsTheSessionOnlyWhenTheServiceHasEndedIt) {
                   row.stillSignedIn);
         told += row.result == 0 ? 0 : 1;
         EXPECT_EQ(failures.All().size(), told);
+    }
+}
+
+TEST_F(AuthTest, ATokenThatLastsForEverIsKept) {
+    for (char const* expiresIn : {"9223372036854775807", "99999999999999999999 "}) {
+        transport.SetResponder([&](auto const&) {
+            return quillosdk::HttpResponse{200, {}, Granted(1, expiresIn)};
+        });
+        EXPECT_EQ(session->Login().GetResult(), kSessionExists);
+        auto const before = transport.Count();
+        EXPECT_EQ(session->GetAccessToken().Get(), "secret-access-a1");
+        EXPECT_EQ(transport.Count(), before) << "there is nothing to renew";
     }
 }
 
