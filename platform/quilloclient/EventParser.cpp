@@ -1,12 +1,15 @@
 #include "quilloclient/EventParser.h"
 
+#include <algorithm>
+
 #include "moxcore/config/Error.h"
 #include "quillosdk/Transport.h"
 
 namespace quillo {
 namespace {
 
-constexpr std::size_t kLongest = std::size_t{64} * 1024;
+/// The service's are far shorter.
+constexpr std::size_t kLongest = std::size_t{4} * 1024;
 
 void RequireRoom(std::size_t size) {
     if (size > kLongest)
@@ -45,7 +48,10 @@ void EventParser::EndLine() {
 }
 
 void EventParser::TakeField(std::string_view name, std::string_view value) {
-    if (name == "id") event.id = value;
+    // An ID goes back to the service in a header.
+    bool const isPlain = std::none_of(value.begin(), value.end(),
+                                      [](unsigned char c) { return c < 0x20 || c == 0x7F; });
+    if (name == "id" && isPlain) event.id = value;
     if (name == "event") event.type = value;
     if (name != "data") return;
     if (!event.data.empty()) event.data += '\n';
