@@ -304,31 +304,37 @@ TEST(CurlTransport, GivesUpWhatIsTooSlow) {
     std::string const ok = "HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n";
     struct Row {
         char const* name;
-        std::string answer;  // goes on after that only for a stall
+        std::string answer;  // of which no more comes
         std::uint64_t slowestRate;
         int patience;  // in seconds
     };
     Row const rows[] = {
         {"a slow answer", ok + "x", 1024, 30},
-        {"one that may be slow", ok + "x", 0, 45},
+        {"a slow head", "HTTP/1.1 200 OK\r\n", 1024, 30},
+        {"an answer that may be slow", ok + "x", 0, 45},
+        {"none yet", "HTTP/1.1 102 Processing\r\n\r\n", 1024, 45},
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(row.name);
         TurnedClock clock;
-        CannedServer const server(row.answer, true);
+        std::binary_semaphore said{0};
+        RawServer const server([&](Peer& peer) {
+            peer.Hear("\r\n\r\n");
+            peer.Say(row.answer);
+            said.release();
+        });
         CannedServer const other("HTTP/1.1 204 No Content\r\n\r\n", false);
         CurlTransport transport(clock.Get());
-        Reader reader;
         auto const future = transport.Send({.method = "GET",
                                             .url = server.Url(),
                                             .stallTimeout = 45s,
-                                            .slowestRate = row.slowestRate,
-                                            .answerPipe = reader.pipe});
-        reader.filled.acquire();
+                                            .slowestRate = row.slowestRate});
+        said.acquire();
         auto const haveItLook = [&] {
-            static_cast<void>(transport.Send({.method = "GET", .url = other.Url()}).Get());
-            static_cast<void>(transport.Send({.method = "GET", .url = other.Url()}).Get());
+            for (int i = 0; i < 2; ++i)
+                static_cast<void>(transport.Send({.method = "GET", .url = other.Url()}).Get());
         };
+        haveItLook();
         clock.AdvanceBy(row.patience - 1);
         haveItLook();
         EXPECT_FALSE(future.IsComplete());
