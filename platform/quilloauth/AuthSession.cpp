@@ -146,7 +146,7 @@ void AuthSession::FailAll(std::string const& address, std::exception_ptr const& 
 }
 
 bool AuthSession::IsUsable(Tokens const& tokens, std::chrono::seconds atLeast) const {
-    return tokens.access != rejected && tokens.expiry - moxcore::threads::Now() > atLeast;
+    return tokens.access != rejected && tokens.expiry > moxcore::threads::Now() + atLeast;
 }
 
 bool AuthSession::Keep(std::string const& address, Tokens const& tokens, unsigned session) {

@@ -13,6 +13,7 @@
 #include "quilloauth/Secrets.h"
 #include "quillocommon/Url.h"
 #include "quillosdk/FailureText.h"
+#include "quillosdk/Redact.h"
 
 namespace quilloauth {
 namespace {
@@ -45,12 +46,14 @@ std::string PathOf(std::string const& redirectURI) {
     return url->target;
 }
 
-std::string DescribeError(Parameters const& parameters, std::string const& error) {
+std::string DescribeError(Parameters const& parameters, std::string const& error,
+                          std::string const& state) {
     if (error == "access_denied")
         return "the access was denied in the browser; sign in again and allow it";
-    auto const description = ValueOf(parameters, "error_description");
-    return "the service answered in the browser: " +
-           quillosdk::Sanitise(description.empty() ? error : description);
+    auto description = ValueOf(parameters, "error_description");
+    if (description.empty()) description = error;
+    quillosdk::Redact(description, state);
+    return "the service answered in the browser: " + quillosdk::Sanitise(description);
 }
 
 }  // namespace
@@ -126,7 +129,7 @@ ReturnPage BrowserSignIn::OnReturn(std::string const& query) {
                 "Nothing has changed. Close this window and go on in the one that the program has "
                 "opened."};
     if (code.empty()) {
-        End(Failed{DescribeError(parameters, error)});
+        End(Failed{DescribeError(parameters, error, state)});
         return {200, "Not signed in",
                 "The program has not been allowed to sign you in. You can close this window."};
     }

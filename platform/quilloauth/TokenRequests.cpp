@@ -3,11 +3,14 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "quillocommon/Saturating.h"
 #include "quillocommon/Url.h"
 #include "quillosdk/AnswerReader.h"
+#include "quillosdk/Redact.h"
 #include "quillosdk/RetryLoop.h"
 
 namespace quilloauth {
@@ -23,6 +26,11 @@ constexpr quillosdk::RetryLimits kLimits{.attempts = 5, .patience = std::chrono:
 constexpr std::chrono::seconds kPatienceAtEnd{2};
 
 using Form = std::vector<std::pair<std::string, std::string>>;
+
+/// What a form may hold that is no secret. Anything else is one.
+bool IsPublic(std::string_view field) {
+    return field == "client_id" || field == "grant_type" || field == "redirect_uri";
+}
 
 Answer Send(HttpRequest const& request) {
     return quillosdk::Transport::Get()->Send(request);
@@ -45,14 +53,17 @@ moxcore::async::Future<Grant> RequestGrant(std::string const& address, Form cons
     if (address.empty())
         return moxcore::async::Future<Grant>::CreateFailed(
             quillosdk::kBadRequest, "no service address is set (QUILLO_SERVICE_URL)", nullptr);
-    return PostForm(address + "/oauth/token", fields).Then([](Answer const& answer) -> Grant {
+    return PostForm(address + "/oauth/token", fields).Then([fields](Answer const& answer) -> Grant {
         auto const response = answer.Get();
-        if (response->status != 200)
+        for (auto const& [name, value] : fields)
+            if (!IsPublic(name)) quillosdk::RedactRefusal(*response, value);
+        if (response->status < 200 || response->status > 299)
             return GrantRefused{response->status, quillosdk::ReadServiceError(response->body).code,
                                 quillosdk::DescribeRefusal(SignInTask(), *response)};
         auto granted = quillosdk::ReadGrantedTokens(response->body);
         return Tokens{std::move(granted.accessToken), std::move(granted.refreshToken),
-                      moxcore::threads::Now() + std::chrono::seconds(granted.expiresInSeconds)};
+                      quillocommon::TimeAfter(moxcore::threads::Now(),
+                                              std::chrono::seconds(granted.expiresInSeconds))};
     });
 }
 

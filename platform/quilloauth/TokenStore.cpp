@@ -5,12 +5,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <utility>
 
 #include "quilloauth/Descriptor.h"
+#include "quillocommon/Saturating.h"
+#include "quillosdk/Redact.h"
 
 namespace quilloauth {
 namespace {
@@ -60,6 +65,17 @@ json ReadServices(std::string const& path) {
     return services != root.end() && services->is_object() ? *services : json::object();
 }
 
+/// Anything but a number of seconds counts as long ago: the tokens are renewed then.
+moxcore::threads::TimePoint ExpiryIn(json const& entry) {
+    auto const& seconds = entry.at("expires_at");
+    if (!seconds.is_number_integer()) return {};
+    std::uint64_t constexpr kLast = std::numeric_limits<std::int64_t>::max();
+    return quillocommon::TimeAt(std::chrono::seconds(
+        seconds.is_number_unsigned()
+            ? static_cast<std::int64_t>(std::min(seconds.get<std::uint64_t>(), kLast))
+            : seconds.get<std::int64_t>()));
+}
+
 bool WriteAll(int descriptor, std::string const& text) {
     for (std::size_t at = 0; at < text.size();) {
         ssize_t const written = write(descriptor, text.data() + at, text.size() - at);
@@ -97,10 +113,10 @@ std::optional<Tokens> TokenStore::Load(std::string const& address) {
     auto const services = ReadServices(path);
     try {
         auto const& entry = services.at(address);
-        return Tokens{entry.at("access_token").get<std::string>(),
-                      entry.at("refresh_token").get<std::string>(),
-                      moxcore::threads::TimePoint(
-                          std::chrono::seconds(entry.at("expires_at").get<std::int64_t>()))};
+        Tokens tokens{entry.at("access_token").get<std::string>(),
+                      entry.at("refresh_token").get<std::string>(), ExpiryIn(entry)};
+        bool const usable = quillosdk::IsToken(tokens.access) && quillosdk::IsToken(tokens.refresh);
+        return usable ? std::optional(std::move(tokens)) : std::nullopt;
     } catch (json::exception const&) {  // no such entry, or none of ours
         return std::nullopt;
     }

@@ -1,5 +1,7 @@
 #include "quilloclient/EventParser.h"
 
+#include <algorithm>
+
 #include "moxcore/config/Error.h"
 #include "quillosdk/Transport.h"
 
@@ -7,7 +9,8 @@ namespace quillo {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::size_t kLongest = std::size_t{64} * 1024;
+/// The service's are far shorter.
+constexpr std::size_t kLongest = std::size_t{4} * 1024;
 
 void RequireRoom(std::size_t size) {
     if (size > kLongest)
@@ -51,7 +54,10 @@ void EventParser::EndLine() {
 }
 
 void EventParser::TakeField(std::string_view name, std::string_view value) {
-    if (name == "id" && value.find('\0') == std::string_view::npos) event.id = value;
+    // An ID goes back to the service in a header.
+    bool const isPlain = std::none_of(value.begin(), value.end(),
+                                      [](unsigned char c) { return c < 0x20 || c == 0x7F; });
+    if (name == "id" && isPlain) event.id = value;
     if (name == "event") event.type = value;
     if (name != "data") return;
     event.data.append(value) += '\n';

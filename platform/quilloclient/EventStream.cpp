@@ -4,7 +4,6 @@
 #include <limits>
 #include <utility>
 
-#include "moxcore/async/CancelledException.h"
 #include "moxcore/config/Error.h"
 #include "quillosdk/RetryLoop.h"
 
@@ -24,6 +23,8 @@ constexpr milliseconds kUnavailablePause{60'000};
 
 constexpr milliseconds kShortestPause{100};
 
+constexpr std::size_t kLongestRefusal = std::size_t{64} * 1024;
+
 constexpr quillosdk::RetryLimits kNeverGiveUp{std::numeric_limits<int>::max(),
                                               std::chrono::hours(24 * 365 * 100)};
 
@@ -37,41 +38,40 @@ EventStream::EventStream(std::shared_ptr<SerialExecutor> executor,
       policy(kNeverGiveUp) {}
 
 EventStream::~EventStream() {
-    if (current) *current = false;
+    if (pipe) pipe->Close();
 }
 
 void EventStream::Connect() {
-    current = std::make_shared<Wanted>(true);
     parser.emplace([this](Event const& event) { TakeEvent(event); });
     auto const post = [executor = executor, weak = weak_from_this()](auto work) {
         executor->CallAsync([weak, work = std::move(work)] {
             if (auto const self = weak.lock()) work(*self);
         });
     };
+    pipe = std::make_shared<quillosdk::BodyPipe>([post, connection = ++connections] {
+        post([connection](EventStream& self) { self.Take(connection); });
+    });
     quillosdk::HttpRequest request{.method = "GET", .url = "/v1/events"};
     request.headers.emplace_back("Accept", "text/event-stream");
     if (!lastEventID.empty()) request.headers.emplace_back("Last-Event-ID", lastEventID);
     request.stallTimeout = kStallTimeout;
-    request.onBody = [post, connection = current](std::string_view bytes) {
-        if (!*connection) throw moxcore::async::CancelledException();
-        post([connection, text = std::string(bytes)](EventStream& self) {
-            self.Take(connection, text);
-        });
-    };
+    request.slowestRate = 0;  // there may be nothing to tell
+    request.maxAnswerBytes = kLongestRefusal;
+    request.answerPipe = pipe;
     static_cast<void>(
-        session->Send(std::move(request))
-            .Then([post, connection = current](quillosdk::Answer const& answer) {
-                post([connection, answer](EventStream& self) { self.End(connection, answer); });
-            }));
+        session->Send(std::move(request)).Then([post](quillosdk::Answer const& answer) {
+            post([answer](EventStream& self) { self.End(answer); });
+        }));
 }
 
-void EventStream::Take(std::shared_ptr<Wanted> const& connection, std::string const& bytes) {
-    if (!*connection) return;
+void EventStream::Take(unsigned connection) {
+    if (!pipe || connection != connections) return;
     try {
-        parser->Feed(bytes);
+        parser->Feed(pipe->Take());
     } catch (moxcore::config::ResultException const&) {
-        *connection = false;  // ends with what comes next
+        pipe->Close();
     }
+    handlers.onCaughtUp();
 }
 
 void EventStream::TakeEvent(Event const& event) {
@@ -83,9 +83,8 @@ void EventStream::TakeEvent(Event const& event) {
     handlers.onEvent(event);
 }
 
-void EventStream::End(std::shared_ptr<Wanted> const& connection, quillosdk::Answer const& answer) {
-    *connection = false;
-    current = nullptr;
+void EventStream::End(quillosdk::Answer const& answer) {
+    pipe = nullptr;
     bool const wasLive = std::exchange(isLive, false);
     if (wasLive && moxcore::threads::Now() - liveSince >= kGoodAfter) policy.Progressed();
     auto const delay = NextDelay(answer);

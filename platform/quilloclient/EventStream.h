@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,12 +16,15 @@ namespace quillo {
 
 /// Follows the service's changes for one session. A connection that is lost or refused is made
 /// again, after waits that grow and are spread at random; it goes on after the last event that
-/// came. All of it, the handlers included, on the executor.
+/// came. What floods it has to wait: no more is read than has been handed over. All of it, the
+/// handlers included, on the executor.
 class EventStream : public std::enable_shared_from_this<EventStream> {
 public:
     struct Handlers {
         /// An event has come, the first one of each connection included.
         std::function<void(Event const&)> onEvent;
+        /// What has come so far has been handed over: what repeats itself in it need be done once.
+        std::function<void()> onCaughtUp;
         /// Whether changes are heard of now; before the first event and after the last one.
         std::function<void(bool)> onLive;
     };
@@ -37,13 +39,10 @@ public:
     void Start() { Connect(); }
 
 private:
-    /// Shared with the transport: whether anybody still wants what comes.
-    using Wanted = std::atomic<bool>;
-
     void Connect();
-    void Take(std::shared_ptr<Wanted> const& connection, std::string const& bytes);
+    void Take(unsigned connection);
     void TakeEvent(Event const& event);
-    void End(std::shared_ptr<Wanted> const& connection, quillosdk::Answer const& answer);
+    void End(quillosdk::Answer const& answer);
     [[nodiscard]] std::chrono::milliseconds NextDelay(quillosdk::Answer const& answer);
 
     std::shared_ptr<SerialExecutor> const executor;
@@ -51,7 +50,8 @@ private:
     Handlers const handlers;
 
     // The executor's:
-    std::shared_ptr<Wanted> current;  // the connection there is; null between two
+    std::shared_ptr<quillosdk::BodyPipe> pipe;  // of the connection there is; null between two
+    unsigned connections = 0;                   // its number
     std::optional<EventParser> parser;
     std::string lastEventID;
     moxcore::threads::TimePoint liveSince;  // while `isLive`

@@ -151,6 +151,10 @@ void ServiceDatastore::StartStream() {
                                                                 if (auto const self = weak.lock())
                                                                     self->OnEvent(event);
                                                             },
+                                                            [weak] {
+                                                                if (auto const self = weak.lock())
+                                                                    self->OnCaughtUp();
+                                                            },
                                                             [weak](bool live) {
                                                                 if (auto const self = weak.lock())
                                                                     self->OnLive(live);
@@ -170,6 +174,8 @@ void ServiceDatastore::EndSession() {
     state = State::SignedOut;
     isLive = false;
     hasFollowed = false;
+    haveAllChanged = false;
+    changed.clear();
     stream = nullptr;
     session = nullptr;
     auto const exception = NotSignedIn();
@@ -273,9 +279,16 @@ void ServiceDatastore::OnUser(std::shared_ptr<RefPromise<QuilloUser>> const& pro
 void ServiceDatastore::OnEvent(Event const& event) {
     // What was read before the first connection was there may have been read too early.
     bool const isFirst = !std::exchange(hasFollowed, true);
-    if (isFirst || event.type == "reset") return cache->InvalidateAll();
+    if (isFirst || event.type == "reset") haveAllChanged = true;
     if (event.type != "changed") return;
-    if (auto const change = ReadChangeNotice(event.data)) cache->Invalidate(*change);
+    if (auto const change = ReadChangeNotice(event.data)) changed.insert(*change);
+}
+
+void ServiceDatastore::OnCaughtUp() {
+    auto const keys = std::exchange(changed, {});
+    if (std::exchange(haveAllChanged, false)) return cache->InvalidateAll();
+    for (auto const& key : keys)
+        cache->Invalidate(key);
 }
 
 void ServiceDatastore::OnLive(bool live) {

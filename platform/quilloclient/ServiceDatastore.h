@@ -4,6 +4,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -66,6 +67,7 @@ private:
     void OnUser(std::shared_ptr<RefPromise<QuilloUser>> const& promise,
                 quillosdk::Answer const& answer);
     void OnEvent(Event const& event);
+    void OnCaughtUp();
     void OnLive(bool live);
     void SchedulePoll();
     void Announce(Key const& key) const;
@@ -81,6 +83,8 @@ private:
     std::shared_ptr<ListCache> cache;             // the session's
     std::shared_ptr<EventStream> stream;          // the session's
     bool hasFollowed = false;                     // the session's stream has been live
+    std::set<Key> changed;                        // as the events since OnCaughtUp have it
+    bool haveAllChanged = false;                  // likewise: any list may be another
     bool isLive = false;
     bool isPollScheduled = false;
 };

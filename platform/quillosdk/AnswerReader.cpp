@@ -3,11 +3,15 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 #include <utility>
 
 #include "moxcore/config/Error.h"
+#include "quillocommon/Saturating.h"
+#include "quillosdk/Redact.h"
 #include "quillosdk/Transport.h"
 
 namespace quillosdk {
@@ -53,11 +57,14 @@ quillocommon::Guid AsGuid(value& from) {
     return guid;
 }
 
+/// One beyond the type's end becomes that end.
 std::int64_t AsNumber(value& from) {
-    std::int64_t number = 0;
-    if (from.get_int64().get(number) != simdjson::SUCCESS || number < 0)
-        throw Malformed("is no whole number");
-    return number;
+    std::string_view digits = from.raw_json_token();
+    digits = digits.substr(0, digits.find_last_not_of(" \t\r\n") + 1);
+    auto const number = quillocommon::ReadCount(digits);
+    if (!number) throw Malformed("is no whole number");
+    return static_cast<std::int64_t>(
+        std::min<std::uint64_t>(*number, std::numeric_limits<std::int64_t>::max()));
 }
 
 object AsObject(value& from) {
@@ -163,6 +170,13 @@ ReviewLink Read(value& from) {
 void RequireMember(bool present, char const* name) {
     if (!present)
         throw moxcore::config::ResultException(kMalformedAnswer, std::string("it has no ") + name);
+}
+
+void RequireToken(std::string_view text, std::string const& name) {
+    if (!IsToken(text))
+        throw moxcore::config::ResultException(
+            kMalformedAnswer, "its " + name + " is no token of " + std::to_string(kShortestToken) +
+                                  " or more visible characters");
 }
 
 /// Calls `onMember` for each member of the body's one object.
@@ -285,6 +299,8 @@ GrantedTokens ReadGrantedTokens(std::string& body) {
     RequireMember(!granted.accessToken.empty(), "access_token");
     RequireMember(!granted.refreshToken.empty(), "refresh_token");
     RequireMember(granted.expiresInSeconds > 0, "expires_in");
+    RequireToken(granted.accessToken, "access_token");
+    RequireToken(granted.refreshToken, "refresh_token");
     return granted;
 }
 

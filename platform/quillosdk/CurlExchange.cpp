@@ -4,6 +4,7 @@
 #include <new>
 #include <string_view>
 
+#include "moxcore/async/CancelledException.h"
 #include "moxcore/config/Error.h"
 #include "quillocommon/Url.h"
 
@@ -17,6 +18,11 @@ constexpr long kSendBufferBytes = 256L * 1024;
 
 /// Room behind the body that its reader may look at, so that it need not copy the body for it.
 constexpr std::size_t kReadAheadRoom = 64;
+
+/// How long an answer's headers may be, trailers and interim answers included; each line counts for
+/// more than it is long, since it costs more to keep.
+constexpr std::size_t kMostHeaderBytes = std::size_t{64} * 1024;
+constexpr std::size_t kLineCost = 128;
 
 std::string UpperCase(std::string_view text) {
     std::string upper(text);
@@ -40,8 +46,11 @@ void Check(HeaderFields const& headers) {
 
 }  // namespace
 
-CurlExchange::CurlExchange(HttpRequest newRequest)
-    : easy(curl_easy_init()), request(std::move(newRequest)) {
+CurlExchange::CurlExchange(HttpRequest newRequest, Shared& shared)
+    : easy(curl_easy_init()),
+      request(std::move(newRequest)),
+      shared(shared),
+      pace(request.stallTimeout, request.slowestRate) {
     if (!easy) throw std::bad_alloc();
     auto const url = quillocommon::ParseUrl(request.url);
     if (!url)
@@ -63,14 +72,14 @@ void CurlExchange::SetUpConnection(bool loopback) {
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(handle, CURLOPT_TCP_NODELAY, 1L);
     curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, kConnectTimeoutSeconds);
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME,
-                     static_cast<long>(request.stallTimeout.count()));
     curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, kSendBufferBytes);
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, errorText);
     curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
     if (loopback) curl_easy_setopt(handle, CURLOPT_PROXY, "");
 
+    shared.sockets.SetUp(handle);
+    curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, &CurlExchange::OnBegin);
+    curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &CurlExchange::OnHeader);
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &CurlExchange::OnBody);
@@ -119,35 +128,83 @@ void CurlExchange::AddHeader(std::string const& line) {
 
 std::size_t CurlExchange::OnBody(char* data, std::size_t size, std::size_t count, void* self) {
     auto& exchange = *static_cast<CurlExchange*>(self);
-    std::size_t const bytes = size * count;
-    if (exchange.request.onBody && exchange.HasSucceeded()) {
-        try {
-            exchange.request.onBody({data, bytes});
-            return bytes;
-        } catch (...) {  // must not pass through curl
-            exchange.thrown = std::current_exception();
-            return 0;  // ends the transfer
-        }
-    }
-    std::string& body = exchange.response->body;
-    if (bytes > exchange.request.maxAnswerBytes - body.size()) {
-        exchange.tooLarge = true;
-        return 0;  // ends the transfer
-    }
+    std::string_view const bytes(data, size * count);
     try {
-        curl_off_t announced = -1;
-        if (body.empty() &&
-            curl_easy_getinfo(exchange.Handle(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced) ==
-                CURLE_OK &&
-            announced > 0)
-            body.reserve(
-                std::min(static_cast<std::size_t>(announced), exchange.request.maxAnswerBytes) +
-                kReadAheadRoom);
-        body.append(data, bytes);
-    } catch (std::bad_alloc const&) {
+        if (exchange.Pipe() && exchange.HasSucceeded()) return exchange.HandOn(bytes);
+        if (!exchange.Keep(bytes)) return 0;  // ends the transfer
+        exchange.pace.Receive(exchange.shared.clock(), bytes.size());
+        return bytes.size();
+    } catch (...) {  // must not pass through curl
+        exchange.thrown = std::current_exception();
         return 0;
     }
-    return bytes;
+}
+
+std::size_t CurlExchange::HandOn(std::string_view bytes) {
+    switch (Pipe()->Offer(bytes)) {
+        case BodyPipe::Offered::Taken:
+            pace.Receive(shared.clock(), bytes.size());
+            return bytes.size();
+        case BodyPipe::Offered::Full:
+            pace.Pause(shared.clock());
+            return CURL_WRITEFUNC_PAUSE;
+        case BodyPipe::Offered::Closed:
+            break;
+    }
+    throw moxcore::async::CancelledException();
+}
+
+bool CurlExchange::Keep(std::string_view bytes) {
+    std::string& body = response->body;
+    tooLarge = bytes.size() > request.maxAnswerBytes - body.size();
+    if (tooLarge) return false;
+    curl_off_t announced = -1;
+    if (body.empty() &&
+        curl_easy_getinfo(Handle(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced) == CURLE_OK &&
+        announced > 0)
+        body.reserve(std::min(static_cast<std::size_t>(announced), request.maxAnswerBytes) +
+                     kReadAheadRoom);
+    body.append(bytes);
+    return true;
+}
+
+void CurlExchange::Resume() {
+    pace.Resume(shared.clock());
+    curl_easy_pause(Handle(), CURLPAUSE_CONT);
+}
+
+/// curl sends a request again by itself when a connection that it had used before is closed without
+/// an answer. What may change something, or has a body that has been sent, is its sender's to
+/// repeat.
+bool CurlExchange::MayBeRepeated() const {
+    return (request.method == "GET" || request.method == "HEAD") && !request.body;
+}
+
+int CurlExchange::OnBegin(void* self, char*, char*, int, int localPort) {
+    auto& exchange = *static_cast<CurlExchange*>(self);
+    if (std::exchange(exchange.hasBegun, true) && !exchange.MayBeRepeated())
+        return CURL_PREREQFUNC_ABORT;
+    exchange.socket = exchange.shared.sockets.At(localPort);
+    auto const& body = exchange.request.body;
+    exchange.pace.Begin(exchange.shared.clock(), body ? body->size() : 0);
+    if (exchange.onBegin) exchange.onBegin();
+    return CURL_PREREQFUNC_OK;
+}
+
+bool CurlExchange::IsTooSlow() {
+    auto const now = shared.clock();
+    if (now < pace.NextLook()) return false;
+    if (pace.AwaitsAcknowledgement()) pace.Acknowledge(now, AcknowledgedBytes());
+    return now >= pace.Deadline();
+}
+
+/// What the system has taken of the body, less what still waits to be acknowledged: on a slow line
+/// that may be megabytes, which it takes all at once.
+std::uint64_t CurlExchange::AcknowledgedBytes() const {
+    curl_off_t taken = 0;
+    if (curl_easy_getinfo(Handle(), CURLINFO_SIZE_UPLOAD_T, &taken) != CURLE_OK) return 0;
+    auto const bytes = static_cast<std::uint64_t>(taken);
+    return bytes - std::min(bytes, CurlSockets::Unacknowledged(socket));
 }
 
 bool CurlExchange::HasSucceeded() const {
@@ -172,15 +229,21 @@ int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, cur
 
 std::size_t CurlExchange::OnHeader(char* data, std::size_t size, std::size_t count, void* self) {
     auto& exchange = *static_cast<CurlExchange*>(self);
+    exchange.headerBytes += size * count + kLineCost;
+    exchange.tooLarge = exchange.headerBytes > kMostHeaderBytes;
+    if (exchange.tooLarge) return 0;  // ends the transfer
     try {
         exchange.ReadHeaderLine({data, size * count});
     } catch (std::bad_alloc const&) {
-        return 0;  // ends the transfer
+        return 0;
     }
     return size * count;
 }
 
 void CurlExchange::ReadHeaderLine(std::string_view line) {
+    bool const isInterim = line.starts_with("HTTP/1.1 1") || line.starts_with("HTTP/1.0 1");
+    if (line.starts_with("HTTP/")) isFinal = !isInterim;
+    if (isFinal) pace.Receive(shared.clock(), line.size());
     line = line.substr(0, line.find_last_not_of(" \t\r\n") + 1);
     if (line.starts_with("HTTP/")) {  // of the answer, after those of a 1xx before it
         response->headers.clear();
@@ -221,7 +284,6 @@ void CurlExchange::Finish(std::unique_ptr<CurlExchange> exchange, CURLcode code)
 }
 
 TransportResult CurlExchange::ResultOf(CURLcode code) const {
-    curl_off_t sendingBegan = 0;
     switch (code) {
         case CURLE_URL_MALFORMAT:
         case CURLE_PEER_FAILED_VERIFICATION:
@@ -232,8 +294,7 @@ TransportResult CurlExchange::ResultOf(CURLcode code) const {
         case CURLE_SSL_CONNECT_ERROR:
             return kNoConnection;
         case CURLE_OPERATION_TIMEDOUT:
-            curl_easy_getinfo(Handle(), CURLINFO_PRETRANSFER_TIME_T, &sendingBegan);
-            return sendingBegan == 0 ? kNoConnection : kConnectionLost;
+            return hasBegun ? kConnectionLost : kNoConnection;
         case CURLE_WEIRD_SERVER_REPLY:
         case CURLE_UNSUPPORTED_PROTOCOL:  // no status line: curl takes it for HTTP/0.9
         case CURLE_BAD_CONTENT_ENCODING:
@@ -245,7 +306,14 @@ TransportResult CurlExchange::ResultOf(CURLcode code) const {
 
 std::string CurlExchange::MessageOf(CURLcode code) const {
     if (tooLarge)
-        return "the answer was longer than " + std::to_string(request.maxAnswerBytes) + " bytes";
+        return headerBytes > kMostHeaderBytes
+                   ? "the answer's headers were too long"
+                   : "the answer was longer than " + std::to_string(request.maxAnswerBytes) +
+                         " bytes";
+    if (code == CURLE_ABORTED_BY_CALLBACK)
+        return "the connection was closed before the service answered";
+    if (code == CURLE_OPERATION_TIMEDOUT && hasBegun)
+        return "the service took too long, or the connection is too slow";
     return errorText[0] ? errorText : curl_easy_strerror(code);
 }
 

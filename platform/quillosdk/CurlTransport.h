@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <functional>
 #include <memory>
 
 #include "quillosdk/Transport.h"
@@ -11,7 +13,10 @@ namespace quillosdk {
 /// are not followed, so that a token never goes where it was not sent.
 class QUILLOSERVICES_API CurlTransport final : public Transport {
 public:
-    CurlTransport();
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+    /// `clock` tells what is too slow; tests turn it. Called on the transport's thread.
+    explicit CurlTransport(Clock clock = &std::chrono::steady_clock::now);
     ~CurlTransport() override;
     CurlTransport(CurlTransport const&) = delete;
     CurlTransport& operator=(CurlTransport const&) = delete;
@@ -24,7 +29,7 @@ public:
 
 private:
     class Loop;
-    std::unique_ptr<Loop> loop;
+    std::shared_ptr<Loop> loop;
 };
 
 }  // namespace quillosdk

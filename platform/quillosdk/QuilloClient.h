@@ -38,8 +38,8 @@ public:
 
     QuilloClient(QuilloConfig const& config, TokenRefresher refresher);
 
-    /// Takes the token for the requests from now on. Fails for an empty one and for one that could
-    /// not stand in a header; the client then keeps the one it had.
+    /// Takes the token for the requests from now on. Fails for one of fewer than 16 characters and
+    /// for one that could not stand in a header; the client then keeps the one it had.
     quillocommon::Response UpdateAccessToken(std::string const& token);
 
     [[nodiscard]] Accounts& GetAccounts() { return accounts; }

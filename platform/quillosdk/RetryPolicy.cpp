@@ -8,6 +8,7 @@
 #include <mutex>
 #include <random>
 
+#include "quillocommon/Saturating.h"
 #include "quillosdk/Transport.h"
 
 namespace quillosdk {
@@ -96,9 +97,10 @@ std::optional<milliseconds> RetryPolicy::ParseRetryAfter(std::string const& valu
                    : seconds * milliseconds(1000);
     }
     std::time_t const date = curl_getdate(value.c_str(), nullptr);
-    if (date < 0) return std::nullopt;
-    auto const wait =
-        std::chrono::ceil<milliseconds>(std::chrono::system_clock::from_time_t(date) - now);
+    if (date == -1) return std::nullopt;
+    auto const wait = std::chrono::ceil<milliseconds>(
+        quillocommon::TimeAt(std::chrono::seconds(std::max<std::time_t>(date, 0))) -
+        std::max(now, moxcore::threads::TimePoint()));
     return std::clamp(wait, milliseconds(0), kLongestRetryAfter);
 }
 

@@ -7,6 +7,7 @@
 #include "moxcore/threads/AsyncExecutor.h"
 #include "quillocommon/ServiceAddress.h"
 #include "quillocommon/Url.h"
+#include "quillosdk/Redact.h"
 
 namespace quillosdk {
 namespace {
@@ -40,13 +41,8 @@ RejectedHandler& TheRejectedHandler() {
     return handler;
 }
 
-/// Takes `token` out of the text of an error: a service that repeats what it was sent must not
-/// carry it into what is shown and traced.
 void Redact(Answer const& answer, std::string const& token) {
-    if (token.empty() || answer.GetException() || answer.Peek()->status < 400) return;
-    auto& text = answer.Peek()->body;
-    for (auto at = text.find(token); at != std::string::npos; at = text.find(token, at))
-        text.replace(at, token.size(), "...");
+    if (!answer.GetException()) RedactRefusal(*answer.Peek(), token);
 }
 
 }  // namespace
@@ -57,10 +53,7 @@ Session::Session(std::string const& clientID, TokenRefresher refresher)
       identity(MakeIdentity({})) {}
 
 quillocommon::Response Session::UpdateAccessToken(std::string const& newToken) {
-    bool const usable =
-        !newToken.empty() &&
-        std::all_of(newToken.begin(), newToken.end(), [](char c) { return c > ' ' && c < 0x7F; });
-    if (!usable) return quillocommon::Response(kBadRequest);
+    if (!IsToken(newToken)) return quillocommon::Response(kBadRequest);
 
     std::vector<std::shared_ptr<TokenPromise>> served;
     {

@@ -6,12 +6,12 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "moxcore/async/Future.h"
 #include "quillocommon/Export.h"
+#include "quillosdk/BodyPipe.h"
 #include "quillosdk/QuilloResponse.h"
 
 namespace quillosdk {
@@ -30,9 +30,12 @@ struct HttpRequest {
                                                          ///< What it throws fails the request.
     std::size_t maxAnswerBytes = std::size_t{64} << 20;  ///< a longer body fails the request
     std::chrono::seconds stallTimeout{60};  ///< gives up when nothing moves for so long
-    /// Takes the body of a successful answer piece by piece as it comes, on the transport's thread,
-    /// however long it is; none of it is kept then. May be empty. What it throws fails the request.
-    std::function<void(std::string_view)> onBody;
+    std::uint64_t slowestRate =
+        1024;  ///< in bytes a second: gives up an answer that is slower over
+               ///< 30 s, and a body over the time above; 0: any will do
+    /// Takes the body of a successful answer as it comes, however long it is, and none of it is
+    /// kept then. May be null.
+    std::shared_ptr<BodyPipe> answerPipe;
 };
 
 struct HttpResponse {
@@ -41,8 +44,9 @@ struct HttpResponse {
     std::string body;
 };
 
-/// Carries requests to the service and their answers back. The one way out of these libraries, so
-/// that tests can put something else behind them. Any thread.
+/// Carries requests to the service and their answers back. A request other than GET and HEAD is
+/// sent once for each Send, whatever becomes of the connection. The one way out of these libraries,
+/// so that tests can put something else behind them. Any thread.
 class QUILLOSERVICES_API Transport {
 public:
     virtual ~Transport();

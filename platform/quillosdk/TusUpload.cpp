@@ -1,12 +1,12 @@
 #include "quillosdk/TusUpload.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <utility>
 
 #include "moxcore/config/Error.h"
 #include "moxcore/threads/AsyncExecutor.h"
+#include "quillocommon/Saturating.h"
 #include "quillocommon/ServiceAddress.h"
 #include "quillocommon/Url.h"
 #include "quillosdk/AnswerReader.h"
@@ -54,11 +54,7 @@ std::string Metadata(UploadRequest const& request) {
 std::optional<std::uint64_t> BytesIn(HttpResponse const& response, char const* header) {
     auto const found = response.headers.find(header);
     if (found == response.headers.end()) return std::nullopt;
-    std::uint64_t number = 0;
-    char const* const end = found->second.data() + found->second.size();
-    auto const [rest, error] = std::from_chars(found->second.data(), end, number);
-    if (error != std::errc() || rest != end) return std::nullopt;
-    return number;
+    return quillocommon::ReadCount(found->second);
 }
 
 [[noreturn]] void FailWithoutOffset() {

@@ -45,8 +45,8 @@ public:
     /// Signs everybody in and out.
     void GrantTokens() {
         On("POST /oauth/token",
-           R"({"access_token":"t0ken","token_type":"Bearer","expires_in":999999,)"
-           R"("refresh_token":"r3fresh"})");
+           R"({"access_token":"t0ken-of-the-test","token_type":"Bearer","expires_in":999999,)"
+           R"("refresh_token":"r3fresh-of-the-test"})");
         On("POST /oauth/revoke", "");
     }
 

@@ -28,6 +28,11 @@ public:
         }
         changed.notify_all();
         auto const promise = PromiseAt(index);
+        if (auto* const pipe = At(index).answerPipe.get())
+            pipe->SetWakeUp([pipe, weak = std::weak_ptr(promise)] {
+                auto const waiting = weak.lock();
+                if (waiting && pipe->IsClosed()) waiting->Cancel();
+            });
         auto future = promise->GetFuture();
         if (answerNow) {
             try {
@@ -137,16 +142,17 @@ void ScriptedTransport::Cancel(std::size_t index) {
     line->PromiseAt(index)->Cancel();
 }
 
+moxcore::async::Future<std::shared_ptr<HttpResponse>> ScriptedTransport::FutureAt(
+    std::size_t index) const {
+    return line->PromiseAt(index)->GetFuture();
+}
+
 void ScriptedTransport::ReportSent(std::size_t index, std::uint64_t bytes) {
     At(index).onBytesSent(bytes);
 }
 
-void ScriptedTransport::SendBody(std::size_t index, std::string const& bytes) {
-    try {
-        At(index).onBody(bytes);
-    } catch (...) {
-        line->PromiseAt(index)->SetException(std::current_exception());
-    }
+bool ScriptedTransport::SendBody(std::size_t index, std::string const& bytes) {
+    return At(index).answerPipe->Offer(bytes) != quillosdk::BodyPipe::Offered::Full;
 }
 
 void ScriptedTransport::SetResponder(Responder responder) {

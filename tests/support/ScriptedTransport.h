@@ -60,11 +60,16 @@ public:
               std::string const& message = "the test has failed it");
     void Cancel(std::size_t index);
 
+    /// What its sender waits for.
+    [[nodiscard]] moxcore::async::Future<std::shared_ptr<quillosdk::HttpResponse>> FutureAt(
+        std::size_t index) const;
+
     /// Tells the request how much of its body is on the way.
     void ReportSent(std::size_t index, std::uint64_t bytes);
 
-    /// Has a piece of the request's answer come, for one that takes its body as it comes.
-    void SendBody(std::size_t index, std::string const& bytes);
+    /// Has a piece of the request's answer come, for one that takes its body as it comes; false
+    /// when its pipe has no room for it now.
+    bool SendBody(std::size_t index, std::string const& bytes);
 
     /// Answers the requests sent from now on; an empty one leaves them to the test. It may throw:
     /// the request then fails with that.

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <map>
+#include <stdexcept>
 #include <string>
 
 #include "moxcore/config/Error.h"
@@ -19,12 +21,19 @@ constexpr int kTooManyRequests = 429;
 constexpr std::chrono::seconds kWakeUpInterval{5};
 constexpr int kShortestWindow = 1000;  // milliseconds; a shorter one would be none in whole seconds
 
-/// As std::stoi, which takes five times as long for what is nothing but a number.
+/// As std::stoi, which takes five times as long for what is nothing but a number; what lies beyond
+/// an int's end becomes that end.
 int ToInt(std::string const& text) {
     int number = 0;
     auto const* const end = text.data() + text.size();
     auto const [rest, error] = std::from_chars(text.data(), end, number);
-    return rest == end && error == std::errc() ? number : std::stoi(text);
+    if (rest == end && error == std::errc()) return number;
+    try {
+        return std::stoi(text);
+    } catch (std::out_of_range const&) {
+        using Limits = std::numeric_limits<int>;
+        return text.find('-') == std::string::npos ? Limits::max() : Limits::min();
+    }
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ mode_t ModeOf(std::filesystem::path const& path) {
 }
 
 constexpr char kService[] = "http://a.test";
-Tokens const kTokens{"access", "refresh", moxcore::threads::TimePoint(5000s)};
+Tokens const kTokens{"access-of-a-test", "refresh-of-a-test", moxcore::threads::TimePoint(5000s)};
 
 class TokenStoreTest : public testing::Test {
 protected:
@@ -43,7 +43,7 @@ protected:
 };
 
 TEST_F(TokenStoreTest, KeepsOnePairForEachServiceInAFileOfItsOwnersOnly) {
-    Tokens const others{"a2", "r2", moxcore::threads::TimePoint(7s)};
+    Tokens const others{"the-other-access", "the-other-refresh", moxcore::threads::TimePoint(7s)};
     EXPECT_TRUE(store.Save(kService, kTokens));
     EXPECT_TRUE(store.Save("http://b.test", others));
     EXPECT_EQ(ModeOf(path), 0600u);
@@ -61,12 +61,32 @@ TEST_F(TokenStoreTest, ADamagedFileCountsAsEmptyAndIsReplaced) {
          {"", "{", "[]", "null", "\xFF", R"({"services":[]})",
           R"({"services":{"http://a.test":1}})",
           R"({"services":{"http://a.test":{"access_token":"x","refresh_token":5,"expires_at":1}}})",
-          R"({"services":{"http://a.test":{"access_token":"x"}}})"}) {
+          R"({"services":{"http://a.test":{"access_token":"x"}}})",
+          R"({"services":{"http://a.test":{"access_token":"fifteen-letters",)"
+          R"("refresh_token":"refresh-of-a-test","expires_at":1}}})"}) {
         SCOPED_TRACE(text);
         directory.Write("tokens.json", text);
         EXPECT_FALSE(store.Load(kService));
         EXPECT_TRUE(store.Save(kService, kTokens));
         EXPECT_EQ(store.Load(kService), kTokens);
+    }
+}
+
+TEST_F(TokenStoreTest, ATimeBeyondTheClockIsItsEnd) {
+    using moxcore::threads::TimePoint;
+    std::pair<char const*, TimePoint> const rows[] = {
+        {"9223372036854775807", TimePoint::max()},
+        {"18446744073709551615", TimePoint::max()},
+        {"-9223372036854775808", TimePoint::min()},
+        {"1e300", TimePoint()},
+    };
+    for (auto const& [text, time] : rows) {
+        directory.Write("tokens.json",
+                        R"({"services":{"http://a.test":{"access_token":"access-of-a-test",)"
+                        R"("refresh_token":"refresh-of-a-test","expires_at":)" +
+                            std::string(text) + "}}}");
+        ASSERT_TRUE(store.Load(kService)) << text;
+        EXPECT_EQ(store.Load(kService)->expiry, time) << text;
     }
 }
 
@@ -103,16 +123,17 @@ protected:
         }
     }
 
-    static std::string Granted(int number, int expiresIn = 3600) {
+    static std::string Granted(int number, std::string const& expiresIn = "3600") {
         auto const text = std::to_string(number);
-        return R"({"access_token":"secret-a)" + text + R"(","token_type":"Bearer","expires_in":)" +
-               std::to_string(expiresIn) + R"(,"refresh_token":"secret-r)" + text + R"("})";
+        return R"({"access_token":"secret-access-a)" + text +
+               R"(","token_type":"Bearer","expires_in":)" + expiresIn +
+               R"(,"refresh_token":"secret-refresh-r)" + text + R"("})";
     }
 
     /// Signs in with tokens number 1, which last for `expiresIn` seconds.
     void SignIn(int expiresIn = 3600) {
         transport.SetResponder([&](auto const&) {
-            return quillosdk::HttpResponse{200, {}, Granted(1, expiresIn)};
+            return quillosdk::HttpResponse{200, {}, Granted(1, std::to_string(expiresIn))};
         });
         ASSERT_EQ(session->Login().GetResult(), kSessionExists);
         transport.SetResponder({});
@@ -148,7 +169,7 @@ TEST_F(AuthTest, SignsTheLocalUserInFromTheThreadThatToldThatNobodyIs) {
         EXPECT_EQ(session->Login().GetResult(), kSessionExists);
         return session->GetAccessToken();
     });
-    EXPECT_EQ(result.Get().Get(), "secret-a1");
+    EXPECT_EQ(result.Get().Get(), "secret-access-a1");
     EXPECT_EQ(transport.LineAt(0), "POST /oauth/token");
     EXPECT_EQ(FormAt(0),
               "client_id=the%20editor&grant_type=urn%3Aquillo%3Agrant-type%3Alocal-user");
@@ -175,7 +196,11 @@ TEST_F(AuthTest, ASignInThatFailsSaysWhy) {
     constexpr Row kRows[] = {
         {400, R"({"error":"invalid_request","error_description":"Which?"})", kNotSignedIn, 1,
          "400 (Which?)"},
-        {200, R"({"access_token":"secret-a"})", quillosdk::kMalformedAnswer, 1, "no refresh_token"},
+        {200, R"({"access_token":"secret-access-a"})", quillosdk::kMalformedAnswer, 1,
+         "no refresh_token"},
+        {200,
+         R"({"access_token":"secret-access-token","refresh_token":"secret-fifteen-","expires_in":9})",
+         quillosdk::kMalformedAnswer, 1, "its refresh_token is no token of 16"},
         {503, "", kNotSignedIn, 5, "try again later"},
         {0, "", quillosdk::kNoConnection, 5, "check the network connection"},
     };
@@ -210,22 +235,24 @@ TEST_F(AuthTest, ATokenIsRenewedOnceItIsNearItsEndOrRejected) {
         SCOPED_TRACE(row.expiresIn);
         SignIn(row.expiresIn);
         auto const before = transport.Count();
-        if (row.rejected) session->OnTokenRejected("secret-a1");
+        if (row.rejected) session->OnTokenRejected("secret-access-a1");
         auto const first = session->GetAccessToken();
         auto const second = session->GetAccessToken();
         if (!row.renewed) {
-            EXPECT_EQ(second.Get(), "secret-a1");
+            EXPECT_EQ(second.Get(), "secret-access-a1");
             EXPECT_EQ(transport.Count(), before);
             continue;
         }
         transport.WaitForCount(before + 1);
-        EXPECT_EQ(FormAt(before),
-                  "client_id=the%20editor&grant_type=refresh_token&refresh_token=secret-r1");
+        EXPECT_EQ(
+            FormAt(before),
+            "client_id=the%20editor&grant_type=refresh_token&refresh_token=secret-refresh-r1");
         transport.Answer(before, 200, Granted(2));
-        EXPECT_EQ(first.Get(), "secret-a2");
-        EXPECT_EQ(second.Get(), "secret-a2");
-        EXPECT_EQ(store.Load(testsupport::ScriptedTransport::kAddress)->refresh, "secret-r2");
-        EXPECT_EQ(session->GetAccessToken().Get(), "secret-a2");
+        EXPECT_EQ(first.Get(), "secret-access-a2");
+        EXPECT_EQ(second.Get(), "secret-access-a2");
+        EXPECT_EQ(store.Load(testsupport::ScriptedTransport::kAddress)->refresh,
+                  "secret-refresh-r2");
+        EXPECT_EQ(session->GetAccessToken().Get(), "secret-access-a2");
         EXPECT_EQ(transport.Count(), before + 1) << "one renewal for both";
     }
 }
@@ -261,14 +288,42 @@ TEST_F(AuthTest, ARenewalThatFailsCostsTheSessionOnlyWhenTheServiceHasEndedIt) {
     }
 }
 
+TEST_F(AuthTest, ATokenThatLastsForEverIsKept) {
+    for (char const* expiresIn : {"9223372036854775807", "99999999999999999999 "}) {
+        transport.SetResponder([&](auto const&) {
+            return quillosdk::HttpResponse{200, {}, Granted(1, expiresIn)};
+        });
+        EXPECT_EQ(session->Login().GetResult(), kSessionExists);
+        auto const before = transport.Count();
+        EXPECT_EQ(session->GetAccessToken().Get(), "secret-access-a1");
+        EXPECT_EQ(transport.Count(), before) << "there is nothing to renew";
+    }
+}
+
+TEST_F(AuthTest, WhatARefusalRepeatsOfTheRefreshTokenIsNotTold) {
+    for (int const status : {302, 400}) {
+        SignIn(1);
+        executor.AdvanceBy(2s);
+        auto const before = transport.Count();
+        auto const token = session->GetAccessToken();
+        transport.WaitForCount(before + 1);
+        transport.Answer(
+            before, status,
+            R"({"error":"invalid_grant","error_description":"No secret-refresh-r1, no )"
+            R"(secret%2Drefresh%2Dr1, no secret\u002drefresh\u002Dr1."})");
+        token.Wait();
+        EXPECT_THAT(failures.All().back().message, HasSubstr("(No ..., no ..., no ....)"));
+    }
+}
+
 TEST_F(AuthTest, TokensThatAnotherProcessHasRenewedAreTaken) {
     SignIn(30);
     auto const token = session->GetAccessToken();
     transport.WaitForCount(2);
-    Tokens const renewed{"secret-a9", "secret-r9", moxcore::threads::Now() + 1h};
+    Tokens const renewed{"secret-access-a9", "secret-refresh-r9", moxcore::threads::Now() + 1h};
     ASSERT_TRUE(store.Save(testsupport::ScriptedTransport::kAddress, renewed));
     transport.Answer(1, 400, R"({"error":"invalid_grant"})");
-    EXPECT_EQ(token.Get(), "secret-a9");
+    EXPECT_EQ(token.Get(), "secret-access-a9");
 }
 
 TEST_F(AuthTest, SigningOutForgetsAtOnceAlsoWhatARenewalBringsLater) {
@@ -278,14 +333,14 @@ TEST_F(AuthTest, SigningOutForgetsAtOnceAlsoWhatARenewalBringsLater) {
     EXPECT_TRUE(session->Logout().IsSuccess());
     EXPECT_FALSE(store.Load(testsupport::ScriptedTransport::kAddress));
     EXPECT_EQ(transport.LineAt(2), "POST /oauth/revoke");
-    EXPECT_EQ(FormAt(2), "token=secret-r1");
+    EXPECT_EQ(FormAt(2), "token=secret-refresh-r1");
 
     transport.Answer(1, 200, Granted(2));
     token.Wait();
     EXPECT_EQ(ExtractResultFromException(token.GetException()), kNotSignedIn);
     EXPECT_FALSE(store.Load(testsupport::ScriptedTransport::kAddress));
     transport.WaitForCount(4);
-    EXPECT_EQ(FormAt(3), "token=secret-r2");
+    EXPECT_EQ(FormAt(3), "token=secret-refresh-r2");
     EXPECT_TRUE(session->Logout().IsSuccess()) << "there is nothing left to end";
     EXPECT_EQ(transport.Count(), 4u);
 }

@@ -104,8 +104,8 @@ protected:
     quillosdk::HttpResponse codeAnswer{
         200,
         {},
-        R"({"access_token":"secret-a","token_type":"Bearer","expires_in":3600,)"
-        R"("refresh_token":"secret-r"})"};
+        R"({"access_token":"secret-access-token","token_type":"Bearer","expires_in":3600,)"
+        R"("refresh_token":"secret-refresh-token"})"};
     testsupport::ManualExecutor executor;
     testsupport::ScriptedTransport transport;
     testsupport::FailureLog failures;
@@ -143,8 +143,8 @@ TEST_F(BrowserSignInTest, TakesTheUserThereAndBackAndKeepsTheTokens) {
     EXPECT_EQ(quilloauth::ChallengeOf(form["code_verifier"]), page.Parameter("code_challenge"));
     EXPECT_THAT(page.url, Not(HasSubstr(form["code_verifier"])));
 
-    EXPECT_EQ(session->GetAccessToken().Get(), "secret-a");
-    EXPECT_EQ(MakeSession("", tokenPath)->GetAccessToken().Get(), "secret-a");
+    EXPECT_EQ(session->GetAccessToken().Get(), "secret-access-token");
+    EXPECT_EQ(MakeSession("", tokenPath)->GetAccessToken().Get(), "secret-access-token");
     executor.AdvanceBy(10min);
     EXPECT_TRUE(failures.All().empty()) << "the time limit is for the wait only";
 }
@@ -229,13 +229,29 @@ TEST_F(BrowserSignInTest, EndsWithAReasonWhenNobodyIsSignedIn) {
              comeBack(page, "error=server_error&error_description=Down%0Afor+now", "Not signed in");
          },
          "answered in the browser: Down for now."},
-        {[&](Page const& page) { comeBack(page, "code=secret", "Thank you"); }, "400 (Too late.)",
-         400},
+        {[&](Page const& page) {
+             comeBack(page, "error=no&error_description=Not+for+" + page.Parameter("state"),
+                      "Not signed in");
+         },
+         "answered in the browser: Not for ...."},
+        {[&](Page const& page) { comeBack(page, "code=secret%2Fcode", "Thank you"); },
+         "400 (Too late for ... and ....)", 400},
         {[](Page const& page) { page.onFailure("there is none"); },
          "the browser cannot be opened: there is none; see that"},
         {[&](Page const&) { executor.AdvanceBy(10min); }, "for ten minutes; try again."},
     };
-    codeAnswer = {400, {}, R"({"error":"invalid_grant","error_description":"Too late."})"};
+    transport.SetResponder([](quillosdk::HttpRequest const& request) {
+        std::map<std::string, std::string> form;
+        for (auto const& [name, value] : quillocommon::ParseQuery(*request.body))
+            form[name] = value;
+        if (!form.contains("code"))
+            return quillosdk::HttpResponse{400, {}, R"({"error":"unauthorized_client"})"};
+        return quillosdk::HttpResponse{
+            400,
+            {},
+            R"({"error":"invalid_grant","error_description":"Too late for secret\/code and )" +
+                form["code_verifier"] + R"(."})"};
+    });
     for (auto const& row : rows) {
         SCOPED_TRACE(row.says);
         auto const told = failures.All().size();

@@ -23,7 +23,7 @@ class ClientFixture : public testing::Test {
 protected:
     ClientFixture() {
         RetryPolicy::SetRandomSource([] { return 0.5; });
-        static_cast<void>(client->UpdateAccessToken("token-1"));
+        static_cast<void>(client->UpdateAccessToken("the-first-token-1"));
     }
     ~ClientFixture() override { RetryPolicy::SetRandomSource({}); }
 

@@ -26,15 +26,15 @@ TEST_F(ClientTest, ARejectedTokenIsReplacedAndTheRequestSentOnceMore) {
     auto const second = client->GetAccounts().GetCurrentUserAccountList({});
     transport.Answer(0, 401);
     transport.Answer(1, 401);
-    EXPECT_THAT(rejected, ElementsAre("token-1"));
-    EXPECT_THAT(refreshes, ElementsAre("token-1")) << "both wait for the one renewal";
+    EXPECT_THAT(rejected, ElementsAre("the-first-token-1"));
+    EXPECT_THAT(refreshes, ElementsAre("the-first-token-1")) << "both wait for the one renewal";
 
-    EXPECT_TRUE(client->UpdateAccessToken("token-1").IsSuccess());
+    EXPECT_TRUE(client->UpdateAccessToken("the-first-token-1").IsSuccess());
     EXPECT_EQ(transport.Count(), 2u) << "the rejected one does not help";
-    EXPECT_TRUE(client->UpdateAccessToken("token-2").IsSuccess());
+    EXPECT_TRUE(client->UpdateAccessToken("the-second-token-2").IsSuccess());
     ASSERT_EQ(transport.Count(), 4u);
     EXPECT_EQ(transport.LineAt(2), "GET /v1/me");
-    EXPECT_EQ(transport.HeaderAt(2, "Authorization"), "Bearer token-2");
+    EXPECT_EQ(transport.HeaderAt(2, "Authorization"), "Bearer the-second-token-2");
     transport.Answer(2, 200, kUser);
     EXPECT_TRUE(first.Get()->IsSuccessful());
 
@@ -48,7 +48,8 @@ TEST_F(ClientTest, ARejectedTokenIsReplacedAndTheRequestSentOnceMore) {
 
 TEST_F(ClientTest, ARejectionIsTheAnswerWhenNoOtherTokenComesInTime) {
     auto const user = client->GetAccounts().GetCurrentUser({});
-    transport.Answer(0, 401, R"({"error":{"code":"unauthorized","message":"token-1 is old"}})");
+    transport.Answer(0, 401,
+                     R"({"error":{"code":"unauthorized","message":"the%2Dfirst-token-1 is old"}})");
     executor.AdvanceBy(9s);
     EXPECT_FALSE(user.IsComplete());
     executor.AdvanceBy(1s);
@@ -61,11 +62,12 @@ TEST_F(ClientTest, ARejectionIsTheAnswerWhenNoOtherTokenComesInTime) {
 }
 
 TEST_F(ClientTest, TokensThatCouldNotStandInAHeaderAreRefused) {
-    for (char const* token : {"", "a b", "a\r\nX: y", "caf\xC3\xA9"}) {
+    for (char const* token : {"", "fifteen-letters", "a blank in between", "another-line-\r\nX: y",
+                              "caf\xC3\xA9-caf\xC3\xA9-caf\xC3\xA9"}) {
         EXPECT_FALSE(client->UpdateAccessToken(token).IsSuccess()) << token;
     }
     static_cast<void>(client->GetAccounts().GetCurrentUser({}));
-    EXPECT_EQ(transport.HeaderAt(0, "Authorization"), "Bearer token-1");
+    EXPECT_EQ(transport.HeaderAt(0, "Authorization"), "Bearer the-first-token-1");
 }
 
 TEST_F(ClientTest, OneCreationOfALinkIsOneToTheServiceHoweverItsAnswersGetLost) {

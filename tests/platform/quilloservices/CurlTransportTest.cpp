@@ -7,9 +7,15 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <functional>
+#include <list>
+#include <memory>
+#include <semaphore>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 
 #include "moxcore/config/Error.h"
 
@@ -17,17 +23,58 @@ namespace {
 
 using namespace std::chrono_literals;
 using moxcore::config::ExtractResultFromException;
+using quillosdk::BodyPipe;
 using quillosdk::CurlTransport;
 using quillosdk::HttpRequest;
 
-/// A server that answers every connection with the same bytes, whatever it is sent, and then ends
-/// or keeps the connection.
-class CannedServer {
+/// One connection at the server's end.
+class Peer {
 public:
-    CannedServer(std::string answer, bool keepsOpen)
-        : answer(std::move(answer)),
-          keepsOpen(keepsOpen),
-          listener(socket(AF_INET, SOCK_STREAM, 0)) {
+    explicit Peer(int socket) : socket(socket) {}
+    ~Peer() { HangUp(); }
+    Peer(Peer const&) = delete;
+    Peer& operator=(Peer const&) = delete;
+
+    /// What comes up to and with `end`, or to the connection's end.
+    std::string Hear(std::string const& end) const {
+        std::string heard;
+        char c = 0;
+        while (!heard.ends_with(end) && recv(socket, &c, 1, 0) == 1)
+            heard += c;
+        return heard;
+    }
+
+    /// How many of `size` bytes come.
+    [[nodiscard]] std::size_t HearBytes(std::size_t size) const {
+        std::string bytes(size, '\0');
+        auto const got = size == 0 ? 0 : recv(socket, bytes.data(), size, MSG_WAITALL);
+        return got < 0 ? 0 : static_cast<std::size_t>(got);
+    }
+
+    /// False when the other side has gone.
+    bool Say(std::string_view bytes) const {
+        while (!bytes.empty()) {
+            auto const sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            if (sent <= 0) return false;
+            bytes.remove_prefix(static_cast<std::size_t>(sent));
+        }
+        return true;
+    }
+
+    void HangUp() {
+        if (socket >= 0) close(std::exchange(socket, -1));
+    }
+
+private:
+    int socket;
+};
+
+/// A server that deals with its connections, one after the other, as the test has it. They stay
+/// open until it ends.
+class RawServer {
+public:
+    explicit RawServer(std::function<void(Peer&)> serve)
+        : serve(std::move(serve)), listener(socket(AF_INET, SOCK_STREAM, 0)) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -39,42 +86,42 @@ public:
         url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
         thread = std::thread([this] { Serve(); });
     }
-    ~CannedServer() {
+    ~RawServer() {
         shutdown(listener, SHUT_RDWR);
         thread.join();
         close(listener);
     }
-    CannedServer(CannedServer const&) = delete;
-    CannedServer& operator=(CannedServer const&) = delete;
+    RawServer(RawServer const&) = delete;
+    RawServer& operator=(RawServer const&) = delete;
 
     [[nodiscard]] std::string const& Url() const { return url; }
     [[nodiscard]] int Connections() const { return connections; }
 
 private:
     void Serve() {
-        std::vector<int> open;
+        std::list<Peer> peers;
         for (int peer = 0; (peer = accept(listener, nullptr, nullptr)) >= 0;) {
             ++connections;
-            std::string heard;
-            char c = 0;
-            while (!heard.ends_with("\r\n\r\n") && read(peer, &c, 1) == 1)
-                heard += c;
-            if (write(peer, answer.data(), answer.size()) < 0) heard.clear();
-            if (keepsOpen)
-                open.push_back(peer);
-            else
-                close(peer);
+            serve(peers.emplace_back(peer));
         }
-        for (int const peer : open)
-            close(peer);
     }
 
-    std::string const answer;
-    bool const keepsOpen;
+    std::function<void(Peer&)> const serve;
     int const listener;
     std::string url;
     std::atomic<int> connections = 0;
     std::thread thread;
+};
+
+/// Answers every connection with the same bytes, whatever it is sent, and then ends or keeps it.
+class CannedServer : public RawServer {
+public:
+    CannedServer(std::string const& answer, bool keepsOpen)
+        : RawServer([answer, keepsOpen](Peer& peer) {
+              peer.Hear("\r\n\r\n");
+              peer.Say(answer);
+              if (!keepsOpen) peer.HangUp();
+          }) {}
 };
 
 TEST(CurlTransport, TakesOneAnswerAsItIs) {
@@ -103,6 +150,12 @@ TEST(CurlTransport, FailsWithWhatWentWrong) {
         std::int32_t result;
     };
     std::string const ok = "HTTP/1.1 200 OK\r\n";
+    std::string many;
+    std::string interim;
+    for (int i = 0; i < 1000; ++i) {
+        many += "a:\r\n";
+        interim += "HTTP/1.1 102 Processing\r\n\r\n";
+    }
     Row const rows[] = {
         {"cut in the body",
          ok + "Content-Length: 9\r\n\r\nbody",
@@ -122,6 +175,8 @@ TEST(CurlTransport, FailsWithWhatWentWrong) {
          false,
          {.maxAnswerBytes = 8},
          quillosdk::kAnswerTooLarge},
+        {"many short headers", ok + many, true, {}, quillosdk::kAnswerTooLarge},
+        {"interim answers without an end", interim, true, {}, quillosdk::kAnswerTooLarge},
         {"just long enough", ok + "\r\n12345678", false, {.maxAnswerBytes = 8}, 0},
         {"no HTTP", "SSH-2.0-OpenSSH\r\n\r\n", false, {}, quillosdk::kMalformedAnswer},
         {"a header of two lines",
@@ -158,6 +213,12 @@ TEST(CurlTransport, WhatThrowsWhileABodyIsSentFailsTheRequest) {
     EXPECT_THROW(static_cast<void>(future.Get()), std::domain_error);
 }
 
+/// A pipe, and a reader who waits for what comes.
+struct Reader {
+    std::shared_ptr<BodyPipe> const pipe = std::make_shared<BodyPipe>([this] { filled.release(); });
+    std::counting_semaphore<> filled{0};
+};
+
 TEST(CurlTransport, HandsOnASuccessfulBodyAsItComesAndKeepsOthers) {
     struct Row {
         std::string answer, handedOn, kept;
@@ -166,27 +227,190 @@ TEST(CurlTransport, HandsOnASuccessfulBodyAsItComesAndKeepsOthers) {
                            Row{"HTTP/1.1 404 Not Found\r\n\r\nnone", "", "none"}}) {
         CannedServer const server(row.answer, false);
         CurlTransport transport;
-        std::string handedOn;
-        auto const response =
-            transport
-                .Send({.method = "GET",
-                       .url = server.Url(),
-                       .maxAnswerBytes = 8,
-                       .onBody = [&](std::string_view bytes) { handedOn += bytes; }})
-                .Get();
-        EXPECT_EQ(handedOn, row.handedOn);
+        Reader const reader;
+        auto const response = transport
+                                  .Send({.method = "GET",
+                                         .url = server.Url(),
+                                         .maxAnswerBytes = 8,
+                                         .answerPipe = reader.pipe})
+                                  .Get();
+        EXPECT_EQ(reader.pipe->Take(), row.handedOn);
         EXPECT_EQ(response->body, row.kept);
     }
 }
 
-TEST(CurlTransport, WhatThrowsWhileABodyComesEndsTheRequest) {
-    CannedServer const server("HTTP/1.1 200 OK\r\n\r\nbody", true);
+TEST(CurlTransport, AFloodHasToWaitForItsReader) {
+    std::string piece(1'000'003, '\0');
+    for (std::size_t i = 0; i < piece.size(); ++i)
+        piece[i] = static_cast<char>(i % 251);
+    constexpr std::size_t kPieces = 20;
+    RawServer const server([&](Peer& peer) {
+        peer.Hear("\r\n\r\n");
+        peer.Say("HTTP/1.1 200 OK\r\n\r\n");
+        for (std::size_t i = 0; i < kPieces; ++i)
+            peer.Say(piece);
+        peer.HangUp();
+    });
     CurlTransport transport;
+    Reader const reader;
+    auto const answer =
+        transport.Send({.method = "GET", .url = server.Url(), .answerPipe = reader.pipe});
+    std::size_t taken = 0;
+    bool isOver = false;
+    while (!isOver) {
+        while (!reader.pipe->IsWaitedFor() && !(isOver = answer.IsComplete()))
+            std::this_thread::yield();
+        auto const bytes = reader.pipe->Take();
+        ASSERT_LE(bytes.size(), BodyPipe::kMostBytes);
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            ASSERT_EQ(bytes[i], piece[(taken + i) % piece.size()]) << taken + i;
+        taken += bytes.size();
+    }
+    EXPECT_EQ(taken, kPieces * piece.size());
+    EXPECT_EQ(answer.Get()->status, 200);
+}
+
+TEST(CurlTransport, AClosedPipeEndsTheRequestAtOnce) {
+    for (bool const isFull : {false, true}) {
+        CannedServer const server(
+            "HTTP/1.1 200 OK\r\n\r\n" + std::string(isFull ? 1'000'000 : 1, 'x'), true);
+        CurlTransport transport;
+        Reader reader;
+        auto const future =
+            transport.Send({.method = "GET", .url = server.Url(), .answerPipe = reader.pipe});
+        reader.filled.acquire();
+        while (isFull && !reader.pipe->IsWaitedFor())
+            std::this_thread::yield();
+        reader.pipe->Close();
+        EXPECT_THROW(static_cast<void>(future.Get()), moxcore::async::CancelledException);
+    }
+}
+
+/// A clock that the test turns.
+class TurnedClock {
+public:
+    [[nodiscard]] CurlTransport::Clock Get() const {
+        return [seconds = seconds] {
+            return std::chrono::steady_clock::time_point(std::chrono::seconds(*seconds));
+        };
+    }
+    void AdvanceBy(int by) { *seconds += by; }
+
+private:
+    std::shared_ptr<std::atomic<int>> const seconds = std::make_shared<std::atomic<int>>(1000);
+};
+
+TEST(CurlTransport, GivesUpWhatIsTooSlow) {
+    std::string const ok = "HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n";
+    struct Row {
+        char const* name;
+        std::string answer;  // of which no more comes
+        std::uint64_t slowestRate;
+        int patience;  // in seconds
+    };
+    Row const rows[] = {
+        {"a slow answer", ok + "x", 1024, 30},
+        {"a slow head", "HTTP/1.1 200 OK\r\n", 1024, 30},
+        {"an answer that may be slow", ok + "x", 0, 45},
+        {"none yet", "HTTP/1.1 102 Processing\r\n\r\n", 1024, 45},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.name);
+        TurnedClock clock;
+        std::binary_semaphore said{0};
+        RawServer const server([&](Peer& peer) {
+            peer.Hear("\r\n\r\n");
+            peer.Say(row.answer);
+            said.release();
+        });
+        CannedServer const other("HTTP/1.1 204 No Content\r\n\r\n", false);
+        CurlTransport transport(clock.Get());
+        auto const future = transport.Send({.method = "GET",
+                                            .url = server.Url(),
+                                            .stallTimeout = 45s,
+                                            .slowestRate = row.slowestRate});
+        said.acquire();
+        auto const haveItLook = [&] {
+            for (int i = 0; i < 2; ++i)
+                static_cast<void>(transport.Send({.method = "GET", .url = other.Url()}).Get());
+        };
+        haveItLook();
+        clock.AdvanceBy(row.patience - 1);
+        haveItLook();
+        EXPECT_FALSE(future.IsComplete());
+        clock.AdvanceBy(1);
+        haveItLook();
+        future.Wait();
+        EXPECT_EQ(ExtractResultFromException(future.GetException()), quillosdk::kConnectionLost);
+    }
+}
+
+TEST(CurlTransport, ABodyThatNobodyTakesIsGivenUp) {
+    TurnedClock clock;
+    std::binary_semaphore heard{0};
+    RawServer const server([&](Peer& peer) {
+        peer.Hear("\r\n\r\n");
+        heard.release();
+    });
+    CannedServer const other("HTTP/1.1 204 No Content\r\n\r\n", false);
+    CurlTransport transport(clock.Get());
     auto const future =
-        transport.Send({.method = "GET", .url = server.Url(), .onBody = [](std::string_view) {
-                            throw moxcore::async::CancelledException();
-                        }});
-    EXPECT_THROW(static_cast<void>(future.Get()), moxcore::async::CancelledException);
+        transport.Send({.method = "PATCH",
+                        .url = server.Url(),
+                        .body = std::make_shared<std::string const>(std::size_t{64} << 20, 'x')});
+    heard.acquire();
+    while (!future.IsComplete()) {
+        clock.AdvanceBy(60);
+        static_cast<void>(transport.Send({.method = "GET", .url = other.Url()}).Get());
+    }
+    EXPECT_EQ(ExtractResultFromException(future.GetException()), quillosdk::kConnectionLost);
+}
+
+/// A connection that has served a request is closed without an answer to the next one.
+TEST(CurlTransport, SendsABodyOnceWhateverBecomesOfTheConnection) {
+    struct Row {
+        char const* method;
+        std::size_t bodyBytes;
+        std::size_t heardBytes;  // until the server hangs up
+        std::int32_t result;     // 0: it is sent again, and answered
+        std::size_t sent;        // how often
+    };
+    constexpr std::size_t kMegabyte = std::size_t{1} << 20;
+    Row const rows[] = {
+        {"PATCH", 8 * kMegabyte, 8 * kMegabyte, quillosdk::kConnectionLost, 1},
+        {"PATCH", 8 * kMegabyte, 1, quillosdk::kConnectionLost, 1},
+        {"POST", 10, 10, quillosdk::kConnectionLost, 1},
+        {"POST", 0, 0, quillosdk::kConnectionLost, 1},
+        {"GET", 0, 0, 0, 2},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.method);
+        std::atomic<std::size_t> heads = 0;
+        std::atomic<std::size_t> heard = 0;
+        RawServer const server([&](Peer& peer) {
+            auto const head = peer.Hear("\r\n\r\n");
+            if (!head.starts_with("HEAD ")) {  // what is sent again
+                if (!head.empty()) ++heads;
+                heard += peer.HearBytes(row.bodyBytes);
+                peer.Say("HTTP/1.1 204 No Content\r\n\r\n");
+                return;
+            }
+            peer.Say("HTTP/1.1 204 No Content\r\n\r\n");
+            if (!peer.Hear("\r\n\r\n").empty()) ++heads;
+            heard += peer.HearBytes(row.heardBytes);
+            peer.HangUp();
+        });
+        CurlTransport transport;
+        static_cast<void>(transport.Send({.method = "HEAD", .url = server.Url()}).Get());
+        HttpRequest request{.method = row.method, .url = server.Url()};
+        if (row.bodyBytes > 0)
+            request.body = std::make_shared<std::string const>(row.bodyBytes, 'x');
+        auto const future = transport.Send(std::move(request));
+        future.Wait();
+        EXPECT_EQ(ExtractResultFromException(future.GetException()), row.result);
+        EXPECT_EQ(heads, row.sent);
+        EXPECT_EQ(heard, row.heardBytes);
+    }
 }
 
 TEST(CurlTransport, ItsEndCancelsWhatIsUnderWayAndAllThatComesLater) {

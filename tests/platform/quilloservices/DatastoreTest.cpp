@@ -192,6 +192,36 @@ TEST_F(DatastoreTest, AChangeDuringTheReadingHasItReadOnceMore) {
     EXPECT_THAT(log.messages, SizeIs(1));
 }
 
+TEST_F(DatastoreTest, WhatFloodsHasToWaitAndIsDoneOnce) {
+    Follow();
+    On(FolderLine(5), Files({"a"}));
+    Names(5);
+    auto const stream = IndicesOf("GET /v1/events").back();
+    std::string const event =
+        R"(event: changed
+data: {"list":"assets","of":")" +
+        Id(5) + "\"}\n\n";
+    for (std::size_t readings = 2; readings < 4; ++readings) {
+        std::size_t waiting = 0;
+        while (transport.SendBody(stream, event))
+            waiting += event.size();
+        EXPECT_GT(waiting, 60'000u);
+        EXPECT_LE(waiting, 64u * 1024);
+        executor.RunDue();
+        EXPECT_THAT(Requests(FolderLine(5)), SizeIs(readings)) << "however often it was said";
+    }
+}
+
+TEST_F(DatastoreTest, AStreamThatNobodyWantsIsEndedAtOnce) {
+    Follow();
+    auto const stream = transport.FutureAt(IndicesOf("GET /v1/events").back());
+    while (transport.SendBody(IndicesOf("GET /v1/events").back(), ": a comment\n")) {
+    }
+    datastore->SignOutOAuth2();
+    executor.RunDue();
+    EXPECT_THROW(static_cast<void>(stream.Get()), moxcore::async::CancelledException);
+}
+
 TEST_F(DatastoreTest, WhatWasReadBeforeTheFirstEventIsReadAgain) {
     On(FolderLine(5), Files({"a"}));
     datastore->SignIn();
@@ -212,7 +242,7 @@ TEST_F(DatastoreTest, AConnectionThatIsLostGoesOnWhereItWas) {
     executor.AdvanceBy(250ms);  // half of the first bound
     ASSERT_THAT(connections(), SizeIs(2));
     EXPECT_EQ(transport.HeaderAt(connections()[1], "Last-Event-ID"), "8");
-    EXPECT_EQ(transport.HeaderAt(connections()[1], "Authorization"), "Bearer t0ken");
+    EXPECT_EQ(transport.HeaderAt(connections()[1], "Authorization"), "Bearer t0ken-of-the-test");
 
     auto const readings = Requests(FolderLine(5)).size();
     Say("ready", "{}", 8);
@@ -240,7 +270,6 @@ TEST_F(DatastoreTest, AStreamThatIsNoneIsLeft) {
     auto const first = IndicesOf("GET /v1/events").back();
     transport.SendBody(first, std::string(100'000, 'x'));
     executor.RunDue();
-    transport.SendBody(first, "x");  // is refused, which ends it
     executor.AdvanceBy(1s);
     EXPECT_THAT(Requests("GET /v1/events"), SizeIs(2));
 }
@@ -376,10 +405,13 @@ TEST_F(DatastoreTest, AKeptSessionThatIsOverIsReplacedByASignIn) {
         if (request.body->find("refresh_token") != std::string::npos)
             return quillosdk::HttpResponse{400, {}, R"({"error":"invalid_grant"})"};
         return quillosdk::HttpResponse{
-            200, {}, R"({"access_token":"t2","expires_in":9999,"refresh_token":"r2"})"};
+            200,
+            {},
+            R"({"access_token":"t2-of-the-datastore","expires_in":999999999,"refresh_token":"r2-of-the-datastore"})"};
     });
     OnPath("/v1/me", [](auto const& request) {
-        bool const isFresh = testsupport::HeaderOf(request, "Authorization") == "Bearer t2";
+        bool const isFresh =
+            testsupport::HeaderOf(request, "Authorization") == "Bearer t2-of-the-datastore";
         return isFresh ? quillosdk::HttpResponse{200, {}, R"({"user":)" + Record(1, "Jo") + "}"}
                        : quillosdk::HttpResponse{401};
     });

@@ -32,7 +32,7 @@ TEST(EventParserTest, ReadsEventsInWhateverPiecesTheyCome) {
         "event: nothing\n\n"                          // without data: none
         "data\n\n"                                    // with an empty text
         "id: 2\r\nevent: changed\r\nretry: 5\r\ndata\r\ndata: x\r\n\r\n"
-        "data: last\r\r"
+        "id: 3\x01\ndata: last\r\r"
         "data: never ended";
     for (std::size_t size = 1; size <= stream.size(); ++size)
         EXPECT_THAT(Parse(stream, size), ElementsAre("1/ready/{}", "1//first\nsecond\n third",
@@ -41,12 +41,15 @@ TEST(EventParserTest, ReadsEventsInWhateverPiecesTheyCome) {
 }
 
 TEST(EventParserTest, RefusesWhatHasNoEnd) {
-    std::string const line(100'000, 'x');
-    EXPECT_THROW(Parse(line, 1000), moxcore::config::ResultException);
-    std::string event;
-    while (event.size() < 100'000)
-        event += "data: " + std::string(1000, 'x') + "\n";
-    EXPECT_THROW(Parse(event, 1000), moxcore::config::ResultException);
+    for (std::size_t const size : {1, 100'000}) {
+        std::string const line(5'000, 'x');
+        EXPECT_THROW(Parse(line, size), moxcore::config::ResultException);
+        EXPECT_THROW(Parse(line + "\n", size), moxcore::config::ResultException);
+        std::string event;
+        while (event.size() < 5'000)
+            event += "data: " + std::string(100, 'x') + "\n";
+        EXPECT_THROW(Parse(event, size), moxcore::config::ResultException);
+    }
 }
 
 }  // namespace

@@ -218,7 +218,7 @@ TEST_F(RealServiceTest, GetsThroughToAServiceThatFailsOften) {
 
 TEST_F(RealServiceTest, ReplacesATokenThatTheServiceRejects) {
     Serve();
-    ASSERT_TRUE(client->UpdateAccessToken("made-up").IsSuccess());
+    ASSERT_TRUE(client->UpdateAccessToken("made-up-by-the-test").IsSuccess());
     EXPECT_TRUE(client->GetAccounts().GetCurrentUser({}).Get()->IsSuccessful());
 
     ASSERT_TRUE(auth->Logout().IsSuccess());

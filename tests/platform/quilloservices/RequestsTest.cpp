@@ -100,7 +100,7 @@ TEST_F(RequestsTest, SendTheirLineWithTheTokenAndEndAsTheServiceAnswers) {
         auto const ending = request.send(*client);
         ASSERT_EQ(transport.Count(), at + 1);
         EXPECT_EQ(transport.LineAt(at), request.line);
-        EXPECT_EQ(transport.HeaderAt(at, "Authorization"), "Bearer token-1");
+        EXPECT_EQ(transport.HeaderAt(at, "Authorization"), "Bearer the-first-token-1");
         EXPECT_THAT(transport.HeaderAt(at, "User-Agent"), HasSubstr("editor%201"));
         transport.Answer(at, 200, request.goodBody);
         EXPECT_EQ(ending().status, 200);
@@ -113,8 +113,8 @@ TEST_F(RequestsTest, ARefusalIsToldOnceWithTheServicesReasonAndAnAdvice) {
         SCOPED_TRACE(request.name);
         auto const at = transport.Count();
         auto const ending = request.send(*client);
-        transport.Answer(at, 404,
-                         R"({"error":{"code":"not_found","message":"No \u0007 token-1"}})");
+        transport.Answer(
+            at, 404, R"({"error":{"code":"not_found","message":"No \u0007 the-first-token-1"}})");
         EXPECT_EQ(transport.Count(), at + 1) << "never repeated";
         bool const failsFuture = request.step == Step::AddToReviewLink;
         EXPECT_EQ(ending().failed, failsFuture);

@@ -98,6 +98,10 @@ TEST_F(RetryPolicyTest, ReadsRetryAfterInSecondsAndAsADate) {
         {"Sun Nov  6 08:49:47 1994", 9500ms},
         {"Sun, 06 Nov 1994 08:49:30 GMT", 0ms},
         {"Mon, 07 Nov 1994 08:49:30 GMT", 120s},
+        {"Fri, 31 Dec 9999 23:59:59 GMT", 120s},
+        {"Fri, 31 Dec 2147483647 23:59:59 GMT", 120s},
+        {"Wed, 31 Dec 1969 23:59:59 GMT", 0ms},
+        {"Sat, 01 Jan 1600 00:00:00 GMT", 0ms},
     };
     for (auto const& row : rows)
         EXPECT_EQ(RetryPolicy::ParseRetryAfter(row.value, now), row.wait) << row.value;

@@ -27,7 +27,7 @@ TEST(StockTusServer, TakesAnUploadWholeThoughItsConnectionIsCut) {
     directory.Write("Schnitt – final.mp4", content);
 
     QuilloClient client(QuilloConfig("test"), {});
-    ASSERT_TRUE(client.UpdateAccessToken("token").IsSuccess());
+    ASSERT_TRUE(client.UpdateAccessToken("token-of-the-test").IsSuccess());
     std::uint64_t told = 0;
     UploadRequest const request(quillocommon::Guid::CreateUnique(),
                                 (directory.Path() / "Schnitt – final.mp4").string(),

@@ -44,7 +44,7 @@ class UploadTest : public testing::Test {
 protected:
     UploadTest() {
         RetryPolicy::SetRandomSource([] { return 0.5; });
-        static_cast<void>(client.UpdateAccessToken("secret"));
+        static_cast<void>(client.UpdateAccessToken("secret-of-the-test"));
         transport.SetResponder([this](HttpRequest const& request) { return tus.Answer(request); });
     }
     ~UploadTest() override { RetryPolicy::SetRandomSource({}); }
@@ -216,6 +216,12 @@ TEST_F(UploadTest, FailsWithAReasonWhereItMust) {
         {"another length",
          {{"PATCH", LoseRequest},
           {"HEAD", {}, 200, {{"UPLOAD-OFFSET", "0"}, {"UPLOAD-LENGTH", "7"}}}},
+         kMalformedAnswer,
+         0,
+         "how far"},
+        {"a length beyond all numbers",
+         {{"PATCH", LoseRequest},
+          {"HEAD", {}, 200, {{"UPLOAD-OFFSET", "0"}, {"UPLOAD-LENGTH", "99999999999999999999"}}}},
          kMalformedAnswer,
          0,
          "how far"},
