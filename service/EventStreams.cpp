@@ -102,7 +102,10 @@ EventStreams::EventStreams(ChangeFeed& changes, const Sessions& sessions,
       heartbeat_(heartbeat),
       wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       places_(std::make_shared<Places>()) {
-    changes.Listen([this] { Wake(); });
+    changes.Listen([this] {
+        changed_ = true;
+        Wake();
+    });
     thread_ = std::thread([this] { Run(); });
 }
 
@@ -118,6 +121,15 @@ EventStreams::~EventStreams() {
     for (const Stream& stream : newcomers_)
         ::close(stream.socket);
     ::close(wakeUp_);
+}
+
+EventStreams::Follower EventStreams::MakeFollower(
+    const std::string& user, const std::string& token,
+    const std::optional<std::string>& lastEventId) const {
+    // Found out before the answer begins: whatever changes once the client has seen it, follows.
+    std::optional<std::int64_t> last = lastEventId ? ParseNumber(*lastEventId) : std::nullopt;
+    bool resumes = last && changes_.Reaches(*last);
+    return {user, token, resumes ? *last : changes_.Position(), lastEventId && !resumes};
 }
 
 std::shared_ptr<EventStreams::Place> EventStreams::Reserve(std::int64_t session) {
@@ -140,7 +152,11 @@ void EventStreams::Take(int socket, const Follower& follower, std::shared_ptr<Pl
     {
         std::scoped_lock lock(mutex_);
         newcomers_.push_back(
-            {.socket = socket, .follower = follower, .place = std::move(place), .position = 0});
+            {.socket = socket,
+             .follower = follower,
+             .place = std::move(place),
+             .position = follower.since,
+             .outbox = Event(follower.since, follower.reset ? "reset" : "ready", json::object())});
     }
     Wake();
 }
@@ -164,11 +180,13 @@ void EventStreams::Run() {
         auto source = sources.begin();
         eventfd_t ignored = 0;
         bool woken = source->revents != 0 && ::eventfd_read(wakeUp_, &ignored) == 0;
+        // Newcomers are no reason to ask the store for everybody.
+        bool changed = changed_.exchange(false);
         Time now = std::chrono::steady_clock::now();
         for (Stream& stream : streams_) {
             short events = (++source)->revents;
             if ((events & ~POLLOUT) != 0 && !Drain(stream.socket)) stream.over = true;
-            stream.behind |= woken;
+            stream.behind |= changed;
         }
         if (woken && !TakeNewcomers(now)) return;
         for (Stream& stream : streams_)
@@ -190,23 +208,9 @@ bool EventStreams::TakeNewcomers(Time now) {
     }
     for (Stream& stream : newcomers) {
         stream.lastSent = now;
-        Greet(streams_.emplace_back(std::move(stream)));
+        streams_.push_back(std::move(stream));
     }
     return true;
-}
-
-void EventStreams::Greet(Stream& stream) const {
-    try {
-        const std::optional<std::string>& last = stream.follower.lastEventId;
-        std::optional<std::int64_t> number = last ? ParseNumber(*last) : std::nullopt;
-        bool resumes = number && changes_.Reaches(*number);
-        stream.position = resumes ? *number : changes_.Position();
-        stream.outbox =
-            Event(stream.position, last && !resumes ? "reset" : "ready", json::object());
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "quillo-service: %s\n", error.what());
-        stream.over = true;
-    }
 }
 
 void EventStreams::Serve(Stream& stream, Time now) {

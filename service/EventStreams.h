@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <list>
@@ -30,7 +31,8 @@ public:
     struct Follower {
         std::string user;
         std::string token;
-        std::optional<std::string> lastEventId;  ///< nothing: from now on
+        std::int64_t since = 0;  ///< changes after this one follow
+        bool reset = false;      ///< what was missed before is not known any more
     };
 
     /// The right to one stream, given back at its end. May outlive the streams.
@@ -42,6 +44,10 @@ public:
     ~EventStreams();
     EventStreams(const EventStreams&) = delete;
     EventStreams& operator=(const EventStreams&) = delete;
+
+    /// A follower from now on, or from the last event on that it got.
+    [[nodiscard]] Follower MakeFollower(const std::string& user, const std::string& token,
+                                        const std::optional<std::string>& lastEventId) const;
 
     /// A place for a stream of the session, to be filled by Take. Throws ApiError 429 or 503 when
     /// the session, or all of them, have as many as they may.
@@ -59,7 +65,7 @@ private:
         Follower follower;
         std::shared_ptr<Place> place;
         std::int64_t position;  ///< the number of the last change that is sent or in `outbox`
-        std::string outbox{};   ///< what the socket has not taken yet
+        std::string outbox;     ///< what the socket has not taken yet
         bool behind = true;     ///< there may be changes after `position`
         Time lastSent{};
         bool over = false;
@@ -71,12 +77,12 @@ private:
     void Serve(Stream& stream, Time now);
     void AddChanges(Stream& stream) const;
     [[nodiscard]] bool MayFollow(const Stream& stream) const;
-    void Greet(Stream& stream) const;
 
     const ChangeFeed& changes_;
     const Sessions& sessions_;
     const std::chrono::milliseconds heartbeat_;
     const int wakeUp_;  ///< an eventfd
+    std::atomic<bool> changed_ = false;
     const std::shared_ptr<Places> places_;
     std::list<Stream> streams_;  // the thread's
 
