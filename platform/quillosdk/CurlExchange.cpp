@@ -24,13 +24,6 @@ constexpr std::size_t kReadAheadRoom = 64;
 constexpr std::size_t kMostHeaderBytes = std::size_t{64} * 1024;
 constexpr std::size_t kLineCost = 128;
 
-std::string UpperCase(std::string_view text) {
-    std::string upper(text);
-    std::transform(upper.begin(), upper.end(), upper.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
-    return upper;
-}
-
 bool HasControlCharacter(std::string_view text) {
     return std::any_of(text.begin(), text.end(),
                        [](unsigned char c) { return (c < 0x20 && c != '\t') || c == 0x7F; });
@@ -244,30 +237,18 @@ void CurlExchange::ReadHeaderLine(std::string_view line) {
     bool const isInterim = line.starts_with("HTTP/1.1 1") || line.starts_with("HTTP/1.0 1");
     if (line.starts_with("HTTP/")) isFinal = !isInterim;
     if (isFinal) pace.Receive(shared.clock(), line.size());
-    line = line.substr(0, line.find_last_not_of(" \t\r\n") + 1);
-    if (line.starts_with("HTTP/")) {  // of the answer, after those of a 1xx before it
-        response->headers.clear();
-        headersComplete = false;
-        return;
-    }
-    if (line.empty()) headersComplete = true;
-    auto const colon = line.find(':');
-    if (headersComplete || colon == std::string_view::npos) return;  // nor trailers
-    auto value = line.substr(colon + 1);
-    value.remove_prefix(std::min(value.find_first_not_of(" \t"), value.size()));
-    auto const [place, isNew] =
-        response->headers.try_emplace(UpperCase(line.substr(0, colon)), value);
-    if (!isNew) place->second.append(", ").append(value);
+    head.ReadLine(line);
 }
 
 void CurlExchange::Finish(std::unique_ptr<CurlExchange> exchange, CURLcode code) {
     auto promise = std::move(exchange->promise);
     // curl takes an answer that is cut in its headers for one without a body.
-    if (code == CURLE_OK && !exchange->headersComplete) code = CURLE_PARTIAL_FILE;
+    if (code == CURLE_OK && !exchange->head.IsComplete()) code = CURLE_PARTIAL_FILE;
     if (code == CURLE_OK) {
         long status = 0;
         curl_easy_getinfo(exchange->Handle(), CURLINFO_RESPONSE_CODE, &status);
         exchange->response->status = static_cast<int>(status);
+        exchange->response->headers = std::move(exchange->head.Fields());
         auto response = std::move(exchange->response);
         exchange.reset();
         promise.SetValue(std::move(response));

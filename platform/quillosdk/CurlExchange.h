@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "quillosdk/AnswerHead.h"
 #include "quillosdk/CurlSockets.h"
 #include "quillosdk/TransferPace.h"
 #include "quillosdk/Transport.h"
@@ -90,7 +91,7 @@ private:
     std::uint64_t bytesSent = 0;
     std::size_t headerBytes = 0;
     bool isFinal = false;  // the headers that come are of no interim answer
-    bool headersComplete = false;
+    AnswerHead head;
     bool tooLarge = false;
     std::exception_ptr thrown;  // by onBytesSent
     char errorText[CURL_ERROR_SIZE] = {};

@@ -148,11 +148,13 @@ public:
     std::string target;
     const std::function<void(std::string_view)>* take = nullptr;
 
-    /// Whether Beast can take so few bytes of the body: it counts on the whole of a last chunk's
-    /// shortest form once it has seen that chunk's size.
-    [[nodiscard]] bool CanTake(std::size_t size) const {
-        constexpr std::size_t shortestEnd = std::string_view("0\r\n\r\n").size();
-        return size >= shortestEnd || !chunked() || leftOfChunk_ > 0;
+    /// Whether Beast can take `rest` of the body: once it has seen the size of a last chunk, it
+    /// counts on as much as the shortest one has.
+    [[nodiscard]] bool CanTake(std::string_view rest) const {
+        constexpr std::string_view shortest = "0\r\n\r\n";
+        if (rest.size() >= shortest.size() || !chunked() || leftOfChunk_ > 0) return true;
+        if (rest.starts_with("\r\n")) rest.remove_prefix(2);  // of the chunk before
+        return !rest.starts_with('0');
     }
 
 private:
@@ -245,7 +247,7 @@ std::size_t RequestParser::ReadBody(std::string_view bytes,
     std::size_t read = 0;
     while (!machine_->is_done() && read < bytes.size()) {
         std::string_view rest = bytes.substr(read);
-        if (!machine_->CanTake(rest.size())) break;
+        if (!machine_->CanTake(rest)) break;
         beast::error_code error;
         std::size_t count = machine_->put(boost::asio::buffer(rest.data(), rest.size()), error);
         read += count;

@@ -58,7 +58,9 @@ std::vector<std::string> EventsOf(std::string_view stream) {
             if (value.starts_with(' ')) value.remove_prefix(1);
             if (field == "event") type = value;
             if (field == "data") data.append(value) += '\n';
-            if (field == "id" && value.find('\0') == std::string_view::npos) id = value;
+            // Stricter than the standard, which minds a NUL only: it goes back in a header.
+            auto const isControl = [](unsigned char c) { return c < ' ' || c == 0x7F; };
+            if (field == "id" && std::none_of(value.begin(), value.end(), isControl)) id = value;
         }
     }
 }

@@ -1,16 +1,14 @@
 #include "quillomoxui/model/sdk/FetchChildrenQueue.h"
 
 #include <algorithm>
-#include <charconv>
-#include <limits>
 #include <map>
-#include <stdexcept>
 #include <string>
 
 #include "moxcore/config/Error.h"
 #include "quillocommon/Failures.h"
 #include "quillomoxui/model/sdk/ChildQueues.h"
 #include "quillomoxui/model/sdk/GuidConversions.h"
+#include "quillomoxui/model/sdk/RateLimit.h"
 
 namespace quillomoxui::model {
 
@@ -19,22 +17,6 @@ namespace {
 constexpr auto kExpiredFolderPointer = static_cast<moxcore::config::Result>(0xA00F000D);
 constexpr int kTooManyRequests = 429;
 constexpr std::chrono::seconds kWakeUpInterval{5};
-constexpr int kShortestWindow = 1000;  // milliseconds; a shorter one would be none in whole seconds
-
-/// As std::stoi, which takes five times as long for what is nothing but a number; what lies beyond
-/// an int's end becomes that end.
-int ToInt(std::string const& text) {
-    int number = 0;
-    auto const* const end = text.data() + text.size();
-    auto const [rest, error] = std::from_chars(text.data(), end, number);
-    if (rest == end && error == std::errc()) return number;
-    try {
-        return std::stoi(text);
-    } catch (std::out_of_range const&) {
-        using Limits = std::numeric_limits<int>;
-        return text.find('-') == std::string::npos ? Limits::max() : Limits::min();
-    }
-}
 
 }  // namespace
 
@@ -206,18 +188,12 @@ void QUEUE::Retire(std::shared_ptr<QuilloNode> const& node) {
 
 QUEUE_TEMPLATE
 void QUEUE::SetRateLimit(std::shared_ptr<quillosdk::QuilloResponse> const& response) {
-    auto const& headers = response->GetHeader();
-    auto const limitHeader = headers.find("X-RATELIMIT-LIMIT");
-    auto const windowHeader = headers.find("X-RATELIMIT-WINDOW");
-    if (limitHeader == headers.end() || windowHeader == headers.end()) return;
-    int const announcedLimit = ToInt(limitHeader->second);
-    int const announcedWindow = ToInt(windowHeader->second);
-    if (announcedLimit <= 0 || announcedWindow < kShortestWindow) return;
+    auto const announced = ReadRateLimit(response->GetHeader());
+    if (!announced) return;
 
     std::lock_guard lock(mutex);
-    limit = announcedLimit;
-    window = std::chrono::duration_cast<std::chrono::seconds>(
-        std::chrono::milliseconds(announcedWindow));
+    limit = announced->limit;
+    window = announced->window;
 }
 
 template class QuilloCppSdkIntegration::FetchChildrenQueue<

@@ -103,6 +103,7 @@ TEST(RequestParserTest, SeesOneRequestOrNone) {
               "POST /p h abc + GET"},
              {chunked + "2\r\nabc\r\n0\r\n\r\n", "400"},
              {chunked + "x\r\n", "400"},
+             {chunked + "1;x=\"\n\"\r\na\r\n0\r\n\r\n", "400"},
              {chunked + "-1\r\n", "400"},
              {chunked + "11111111111111111\r\n", "400"},
              {chunked + "1;" + std::string(10'000, 'x'), "400"},
