@@ -1,6 +1,5 @@
 #include "host/editor/RunEditor.h"
 
-#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -20,7 +19,6 @@ namespace quillohost::editor {
 using moxcore::threads::MainThread;
 
 int RunEditor(Options const& options) {
-    signal(SIGPIPE, SIG_IGN);
     SignalThread const signals([] {
         moxcore::threads::AsyncCallFromMainThread(
             [] { QApplication::exit(static_cast<int>(ExitCode::Interrupted)); }, 0);
