@@ -262,6 +262,7 @@ void Sharing::Export(fs::path const& output) {
     viewModel->SetEncodingStatus({EncodingStatus::Encoding});
     // Its file may be another one than when it was opened in the window.
     try {
+        static_cast<void>(active->CheckLink(UTF16to8(viewModel->GetReviewLinkURL())));
         probe = std::make_unique<MovieProbe>(active->GetMovie().file);
     } catch (std::exception const& exception) {
         return Fail(exception.what());
