@@ -17,6 +17,8 @@
 #include <system_error>
 #include <utility>
 
+#include "host/Descriptor.h"
+#include "host/SignalThread.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 
 namespace quillohost {
@@ -28,25 +30,14 @@ namespace fs = std::filesystem;
     throw std::system_error(error, std::generic_category(), what);
 }
 
-/// One end of a pipe, closed in programs started from here.
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : number(number) {}
-    ~Descriptor() { Close(); }
-    Descriptor(Descriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(number, other.number);
-        return *this;
-    }
-
-    [[nodiscard]] int Number() const { return number; }
-    void Close() {
-        if (number >= 0) close(std::exchange(number, -1));
-    }
-
-private:
-    int number;
-};
+/// Calls `operation` again where a signal has ended it; what it returns else.
+template <class Operation>
+auto Uninterrupted(Operation operation) {
+    auto result = operation();
+    while (result < 0 && errno == EINTR)
+        result = operation();
+    return result;
+}
 
 struct Pipe {
     Pipe() {
@@ -67,8 +58,7 @@ public:
     /// Takes what `file` has; false at its end.
     bool Read(int file) {
         std::array<char, 4096> bytes{};
-        auto const count = read(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) return true;
+        auto const count = Uninterrupted([&] { return read(file, bytes.data(), bytes.size()); });
         if (count <= 0) {
             if (!line.empty()) onLine(std::exchange(line, {}));
             return false;
@@ -101,10 +91,7 @@ struct Launch {
         if (getppid() != parent) _exit(127);  // the host died before it was asked to be told
         if (dup2(input, STDIN_FILENO) >= 0 && dup2(output, STDOUT_FILENO) >= 0 &&
             dup2(error, STDERR_FILENO) >= 0) {
-            sigset_t none;
-            sigemptyset(&none);
-            sigprocmask(SIG_SETMASK, &none, nullptr);
-            signal(SIGPIPE, SIG_DFL);  // NOLINT(concurrency-mt-unsafe): alone here
+            GiveSignalsBack();
             execv(program, arguments);
         }
         int const reason = errno;
@@ -134,33 +121,14 @@ fs::path FindProgram(std::string const& name) {
 class ChildProcess::Running {
 public:
     Running(fs::path const& program, std::vector<std::string> const& arguments, Input inputKind) {
-        Pipe in, out, err, report;
-        output = std::move(out.read);
-        error = std::move(err.read);
+        Pipe in;
         if (inputKind == Input::Held) input = std::move(in.write);
         in.write.Close();
+        Start(program, arguments, in.read.Number());
+    }
 
-        std::vector<std::string> words{program.string()};
-        words.insert(words.end(), arguments.begin(), arguments.end());
-        std::vector<char*> pointers;
-        pointers.reserve(words.size() + 1);
-        for (auto& word : words)
-            pointers.push_back(word.data());
-        pointers.push_back(nullptr);
-
-        Launch const launch{words.front().c_str(), pointers.data(),    getpid(),
-                            in.read.Number(),      out.write.Number(), err.write.Number(),
-                            report.write.Number()};
-        process = fork();
-        if (process < 0) ThrowErrno(errno, "fork");
-        if (process == 0) launch.Run();
-
-        report.write.Close();
-        int reason = 0;
-        if (read(report.read.Number(), &reason, sizeof reason) == sizeof reason) {
-            waitpid(process, nullptr, 0);
-            ThrowErrno(reason, "cannot run " + program.string());
-        }
+    Running(fs::path const& program, std::vector<std::string> const& arguments, int inputFile) {
+        Start(program, arguments, inputFile);
     }
 
     /// Reads until the program has closed both outputs and ended.
@@ -176,11 +144,11 @@ public:
                 if (files[i].revents != 0 && !readers[i].Read(files[i].fd)) files[i].fd = -1;
         }
         siginfo_t info{};
-        while (waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOWAIT) != 0) {
-        }
+        Uninterrupted(
+            [&] { return waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOWAIT); });
         std::lock_guard lock(mutex);
         int status = 0;
-        waitpid(process, &status, 0);
+        Uninterrupted([&] { return waitpid(process, &status, 0); });
         ended = true;
         changed.notify_all();
         if (WIFSIGNALED(status)) return {0, WTERMSIG(status)};
@@ -199,6 +167,35 @@ public:
     }
 
 private:
+    void Start(fs::path const& program, std::vector<std::string> const& arguments, int inputFile) {
+        Pipe out, err, report;
+        output = std::move(out.read);
+        error = std::move(err.read);
+
+        std::vector<std::string> words{program.string()};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        std::vector<char*> pointers;
+        pointers.reserve(words.size() + 1);
+        for (auto& word : words)
+            pointers.push_back(word.data());
+        pointers.push_back(nullptr);
+
+        Launch const launch{
+            words.front().c_str(), pointers.data(),      getpid(), inputFile, out.write.Number(),
+            err.write.Number(),    report.write.Number()};
+        process = fork();
+        if (process < 0) ThrowErrno(errno, "fork");
+        if (process == 0) launch.Run();
+
+        report.write.Close();
+        int reason = 0;
+        if (Uninterrupted([&] { return read(report.read.Number(), &reason, sizeof reason); }) ==
+            sizeof reason) {
+            Uninterrupted([&] { return waitpid(process, nullptr, 0); });
+            ThrowErrno(reason, "cannot run " + program.string());
+        }
+    }
+
     Descriptor input;          // main thread
     Descriptor output, error;  // the reading thread's, once it runs
     pid_t process = -1;
@@ -209,8 +206,14 @@ private:
 
 ChildProcess::ChildProcess(fs::path const& program, std::vector<std::string> const& arguments,
                            Input input, Hooks newHooks)
-    : hooks(std::make_shared<Hooks>(std::move(newHooks))),
-      running(std::make_shared<Running>(program, arguments, input)) {
+    : ChildProcess(std::make_shared<Running>(program, arguments, input), std::move(newHooks)) {}
+
+ChildProcess::ChildProcess(fs::path const& program, std::vector<std::string> const& arguments,
+                           int input, Hooks newHooks)
+    : ChildProcess(std::make_shared<Running>(program, arguments, input), std::move(newHooks)) {}
+
+ChildProcess::ChildProcess(std::shared_ptr<Running> newRunning, Hooks newHooks)
+    : hooks(std::make_shared<Hooks>(std::move(newHooks))), running(std::move(newRunning)) {
     reader = std::thread([running = running, weak = std::weak_ptr<Hooks>(hooks)] {
         auto const post = [&weak](auto call) {
             moxcore::threads::AsyncCallFromMainThread(

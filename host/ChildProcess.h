@@ -43,6 +43,10 @@ public:
     ChildProcess(std::filesystem::path const& program, std::vector<std::string> const& arguments,
                  Input input, Hooks hooks);
 
+    /// The same, with the open file `input`, which stays the caller's, as its standard input.
+    ChildProcess(std::filesystem::path const& program, std::vector<std::string> const& arguments,
+                 int input, Hooks hooks);
+
     /// Kills it if it still runs. It is gone afterwards.
     ~ChildProcess();
     ChildProcess(ChildProcess const&) = delete;
@@ -53,6 +57,8 @@ public:
 
 private:
     class Running;
+
+    ChildProcess(std::shared_ptr<Running> running, Hooks hooks);
 
     std::shared_ptr<Hooks> hooks;
     std::shared_ptr<Running> running;

@@ -20,17 +20,10 @@ namespace fs = std::filesystem;
 constexpr std::size_t kKeptComplaints = 3;
 
 std::vector<std::string> Arguments(Movie const& movie, fs::path const& output) {
-    std::vector<std::string> arguments{"-nostdin",
-                                       "-hide_banner",
-                                       "-loglevel",
-                                       "error",
-                                       "-y",
-                                       "-progress",
-                                       "pipe:1",
-                                       "-protocol_whitelist",
-                                       "file",
-                                       "-i",
-                                       FfmpegFileName(movie.file)};
+    std::vector<std::string> arguments{"-nostdin", "-hide_banner", "-loglevel", "error",
+                                       "-y",       "-progress",    "pipe:1"};
+    auto const input = FfmpegMovieInput(movie.format);
+    arguments.insert(arguments.end(), input.begin(), input.end());
     auto const add = [&arguments](std::initializer_list<char const*> words) {
         arguments.insert(arguments.end(), words.begin(), words.end());
     };
@@ -50,8 +43,7 @@ fs::path WithSuffix(fs::path path, char const* suffix) {
 }
 
 Movie const& NotAt(fs::path const& output, Movie const& movie) {
-    std::error_code error;  // one of them does not exist
-    if (!fs::equivalent(movie.file, output, error)) return movie;
+    if (!movie.opened->IsAt(output)) return movie;
     throw Failure(ExitCode::Export, "The movie lies where it would be exported to, \"" +
                                         movie.file.string() +
                                         "\"; move it, or share it under another name (--name).");
@@ -66,7 +58,7 @@ Exporter::Exporter(Movie const& movie, fs::path const& output, Progress onProgre
       onProgress(std::move(onProgress)),
       self(std::make_shared<Exporter*>(this)),
       ffmpeg(std::make_unique<ChildProcess>(
-          FindFfmpegProgram("ffmpeg"), Arguments(movie, unfinished), ChildProcess::Input::Nothing,
+          FindFfmpegProgram("ffmpeg"), Arguments(movie, unfinished), movie.opened->Number(),
           ChildProcess::Hooks{.onOutput = [this](auto& line) { OnProgressLine(line); },
                               .onError = [this](auto& line) { OnComplaint(line); },
                               .onExit = [this](auto status) { OnExit(status); }})) {}
@@ -91,7 +83,7 @@ void Exporter::OnComplaint(std::string const& line) {
     // ffmpeg 5 counts an export as a success even when these last steps fail.
     endIsMissing |=
         line.starts_with("Error writing trailer") || line.starts_with("Error closing file");
-    complaints.push_back(FfmpegComplaint(line, movie.file));
+    complaints.push_back(FfmpegComplaint(line));
     if (complaints.size() > kKeptComplaints) complaints.pop_front();
 }
 

@@ -5,7 +5,7 @@
 
 #include "host/DestinationFinder.h"
 #include "host/Failure.h"
-#include "host/OneLine.h"
+#include "host/Terminal.h"
 #include "quillomoxui/model/QuilloAccount.h"
 #include "quillomoxui/model/QuilloFile.h"
 #include "quillomoxui/model/QuilloProject.h"
@@ -56,19 +56,20 @@ ordered_json Describe(Session& session, Node const& node, int levels) {
     return described;
 }
 
-void AddLines(ordered_json const& place, std::string const& indentation, std::string& lines) {
-    lines += indentation + OneLine(place["name"]);
-    if (place["type"] == "file") lines += "  (file)";
-    if (place["type"] == "version_stack") lines += "  (versions)";
-    lines += '\n';
+void AddLines(ordered_json const& place, std::string const& indentation,
+              std::vector<std::string>& lines) {
+    auto line = indentation + std::string(place["name"]);
+    if (place["type"] == "file") line += "  (file)";
+    if (place["type"] == "version_stack") line += "  (versions)";
+    lines.push_back(std::move(line));
     for (auto const& child : place["children"])
         AddLines(child, indentation + "  ", lines);
 }
 
-std::string Print(Session& session, Node const& user, Options const& options) {
+std::vector<std::string> Print(Session& session, Node const& user, Options const& options) {
     auto const described = Describe(session, user, options.depth);
-    if (options.json) return described.dump(2) + '\n';
-    std::string lines;
+    if (options.json) return JsonLines(described);
+    std::vector<std::string> lines;
     AddLines(described, "", lines);
     return lines;
 }
@@ -96,22 +97,22 @@ std::vector<Node> NodesBelow(Node const& node, int levels) {
 
 }  // namespace
 
-std::string ListLocations(Session& session, Options const& options) {
+std::vector<std::string> ListLocations(Session& session, Options const& options) {
     return Print(session, SignIn(session), options);
 }
 
 void WatchLocations(Session& session, Options const& options,
-                    std::function<void(std::string const&)> const& print) {
+                    std::function<void(std::vector<std::string> const&)> const& print) {
     auto const user = SignIn(session);
-    std::string shown;
+    std::vector<std::string> shown;
     for (;;) {
         // A list that changes has other nodes, and each of its nodes wakes the loop.
         auto known = NodesBelow(user, options.depth);
         auto const isAsKnown = [&] { return NodesBelow(user, options.depth) == known; };
         try {
-            if (auto const text = Print(session, user, options); text != shown) {
-                print(text);
-                shown = text;
+            if (auto lines = Print(session, user, options); lines != shown) {
+                print(lines);
+                shown = std::move(lines);
             }
         } catch (Failure const& failure) {
             // A place that is gone cannot be read; those above it say so in a moment.

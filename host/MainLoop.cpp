@@ -1,6 +1,5 @@
 #include "host/MainLoop.h"
 
-#include <csignal>
 #include <memory>
 #include <utility>
 
@@ -15,7 +14,6 @@ MainLoop::MainLoop()
     : signals([this] {
           Fail(std::make_exception_ptr(Failure(ExitCode::Interrupted, "Interrupted.")));
       }) {
-    signal(SIGPIPE, SIG_IGN);
     MainThread::SetFailureHandler([this](std::exception_ptr const& thrown) { Fail(thrown); });
 }
 

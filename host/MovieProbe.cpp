@@ -1,13 +1,7 @@
 #include "host/MovieProbe.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
-#include <system_error>
 
 #include "host/Failure.h"
 
@@ -16,38 +10,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void Refuse(fs::path const& movie, std::string const& reason) {
-    throw Failure(ExitCode::Export, "Cannot share \"" + movie.string() + "\": " + reason);
-}
+/// The file that the program has as its standard input. Opened through this name, it can be read at
+/// any place, and each program has a place of its own.
+constexpr char const* kStandardInput = "file:/proc/self/fd/0";
 
-/// The canonical path of a file that can be read and holds something.
-fs::path ReadableFile(fs::path const& path) {
-    std::error_code error;
-    fs::path canonical = fs::canonical(path, error);
-    if (error == std::errc::no_such_file_or_directory)
-        Refuse(path, "there is no such file; check its name.");
-    if (error) Refuse(path, error.message() + ".");
-    if (fs::is_directory(canonical)) Refuse(path, "it is a directory; name a movie in it.");
-    if (!fs::is_regular_file(canonical)) Refuse(path, "it is no file; name a movie.");
-    int const file = open(canonical.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0)
-        Refuse(path, std::generic_category().message(errno) + "; check the rights to the file.");
-    close(file);
-    if (fs::file_size(canonical) == 0) Refuse(path, "it is empty; export it again.");
-    return canonical;
-}
+/// The formats that are shared, by ffmpeg's names. None of them has ffmpeg open a second file: what
+/// a playlist names may be any file of this machine, which would then go out under the movie's
+/// name.
+constexpr char const* kMovieFormats =
+    "aac,ac3,aiff,amr,apng,asf,au,av1,avi,caf,cine,dirac,dnxhd,dts,dtshd,dv,eac3,flac,flv,gif,gxf,"
+    "h261,h263,h264,hevc,ivf,lxf,m4v,matroska,mjpeg,mlp,mov,mp3,mpeg,mpegts,mpegvideo,mxf,nut,obu,"
+    "ogg,r3d,rm,truehd,tta,vc1,voc,w64,wav,wtv,wv,yuv4mpegpipe";
 
-/// What ffmpeg reads too but nobody would call a movie; null for a movie.
-char const* OtherKind(std::string const& format) {
-    if (format == "image2" || format.ends_with("_pipe"))
-        return "it is a still picture; make a movie of it first.";
-    if (format == "tty") return "it is a text; name a movie.";
-    // What such a list names may be any file of this machine, which would then go out under the
-    // movie's name.
-    for (char const* list : {"concat", "hls", "dash", "sdp"})
-        if (format.starts_with(list)) return "it is a list of other files; name a movie.";
-    return nullptr;
-}
+/// Looked into for a refusal that says what it is.
+constexpr char const* kPictureFormats =
+    "bmp_pipe,dpx_pipe,exr_pipe,jpeg_pipe,png_pipe,tiff_pipe,webp_pipe";
 
 /// Of "30000/1001", for instance; none of "0/0".
 std::optional<double> FrameRate(std::string const& fraction) {
@@ -72,31 +49,45 @@ std::string FfmpegFileName(fs::path const& path) {
     return "file:" + path.string();
 }
 
-std::string FfmpegComplaint(std::string const& line, fs::path const& path) {
-    std::string const prefix = FfmpegFileName(path) + ": ";
+std::vector<std::string> FfmpegMovieInput(std::string const& format) {
+    return {"-protocol_whitelist", "file", "-f", format, "-i", kStandardInput};
+}
+
+std::string FfmpegComplaint(std::string const& line) {
+    std::string const prefix = std::string(kStandardInput) + ": ";
     return line.starts_with(prefix) ? line.substr(prefix.size()) : line;
 }
 
 MovieProbe::MovieProbe(fs::path const& path) : given(path) {
-    movie.file = ReadableFile(path);
+    movie.opened = std::make_shared<MovieFile const>(path);
+    movie.file = movie.opened->Path();
     ffprobe = std::make_unique<ChildProcess>(
         FindFfmpegProgram("ffprobe"),
-        std::vector<std::string>{"-v", "error", "-protocol_whitelist", "file", "-of", "json",
+        std::vector<std::string>{"-v", "error", "-protocol_whitelist", "file", "-format_whitelist",
+                                 std::string(kMovieFormats) + ',' + kPictureFormats, "-of", "json",
                                  "-show_entries",
                                  "format=format_name,duration:stream=codec_type,avg_frame_rate:"
                                  "stream_disposition=attached_pic",
-                                 FfmpegFileName(movie.file)},
-        ChildProcess::Input::Nothing,
-        ChildProcess::Hooks{
-            .onOutput = [this](auto& line) { report += line; },
-            .onError = [this](auto& line) { complaint = FfmpegComplaint(line, movie.file); },
-            .onExit = [this](auto status) { OnExit(status); }});
+                                 kStandardInput},
+        movie.opened->Number(),
+        ChildProcess::Hooks{.onOutput = [this](auto& line) { report += line; },
+                            .onError = [this](auto& line) { OnComplaint(line); },
+                            .onExit = [this](auto status) { OnExit(status); }});
+}
+
+void MovieProbe::OnComplaint(std::string const& line) {
+    isOfOtherFormat |= line.find("Format not on whitelist") != std::string::npos;
+    complaint = FfmpegComplaint(line);
 }
 
 void MovieProbe::OnExit(ExitStatus status) {
     try {
+        if (isOfOtherFormat)
+            RefuseMovie(given,
+                        "it is in no format that is shared: lists of other files and texts are not "
+                        "either; name a movie.");
         if (!status.IsSuccess())
-            Refuse(given, "it is no movie that ffmpeg can read (" + complaint + ").");
+            RefuseMovie(given, "it is no movie that ffmpeg can read (" + complaint + ").");
         promise.SetValue(ReadReport());
     } catch (...) {
         promise.SetException(std::current_exception());
@@ -106,9 +97,12 @@ void MovieProbe::OnExit(ExitStatus status) {
 Movie MovieProbe::ReadReport() const {
     auto const parsed = nlohmann::json::parse(report);
     auto const& format = parsed.at("format");
-    if (auto const* reason = OtherKind(format.value("format_name", ""))) Refuse(given, reason);
+    auto const names = format.value("format_name", "");  // of one format, as "matroska,webm"
+    if (names.ends_with("_pipe"))
+        RefuseMovie(given, "it is a still picture; make a movie of it first.");
 
     Movie found = movie;
+    found.format = names.substr(0, names.find(','));
     for (auto const& stream : parsed.at("streams")) {
         auto const kind = stream.value("codec_type", "");
         bool const isCover =
@@ -119,7 +113,8 @@ Movie MovieProbe::ReadReport() const {
         }
         found.hasSound |= kind == "audio";
     }
-    if (!found.hasPicture && !found.hasSound) Refuse(given, "it has neither picture nor sound.");
+    if (!found.hasPicture && !found.hasSound)
+        RefuseMovie(given, "it has neither picture nor sound.");
     if (auto const text = format.value("duration", ""); !text.empty()) {
         double const seconds = std::strtod(text.c_str(), nullptr);
         if (seconds > 0) found.duration = seconds;

@@ -1,10 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/ChildProcess.h"
+#include "host/MovieFile.h"
 #include "moxcore/async/Future.h"
 
 namespace quillohost {
@@ -16,6 +19,8 @@ struct Movie {
     std::optional<double> frameRate;  ///< pictures in a second; none when its file does not tell
     bool hasPicture = false;
     bool hasSound = false;
+    std::shared_ptr<MovieFile const> opened = nullptr;  ///< what was probed
+    std::string format = {};  ///< what ffmpeg calls the format that was found
 };
 
 /// Where the program `name`, which is part of ffmpeg, is. A Failure (Export) when it is not
@@ -25,11 +30,16 @@ struct Movie {
 /// `path` as an argument of ffmpeg and ffprobe: a file whatever its name looks like.
 [[nodiscard]] std::string FfmpegFileName(std::filesystem::path const& path);
 
-/// `line`, of what ffmpeg or ffprobe said, without the name of `path` before it.
-[[nodiscard]] std::string FfmpegComplaint(std::string const& line,
-                                          std::filesystem::path const& path);
+/// The options and the name with which ffmpeg reads a movie of this format that is its standard
+/// input, and no other file.
+[[nodiscard]] std::vector<std::string> FfmpegMovieInput(std::string const& format);
 
-/// Looks into a file to tell whether it is a movie. Main thread; destroying it ends the search.
+/// `line`, of what ffmpeg or ffprobe said of such a movie, without the name before it.
+[[nodiscard]] std::string FfmpegComplaint(std::string const& line);
+
+/// Opens a file and looks into it to tell whether it is a movie: in one of the formats that hold
+/// pictures and sound themselves, never in one that names other files. Main thread; destroying it
+/// ends the search.
 class MovieProbe {
 public:
     /// A Failure (Export) at once when `path` is no file that can be read.
@@ -42,13 +52,15 @@ public:
     [[nodiscard]] moxcore::async::Future<Movie> Result() const { return promise.GetFuture(); }
 
 private:
+    void OnComplaint(std::string const& line);
     void OnExit(ExitStatus status);
     [[nodiscard]] Movie ReadReport() const;
 
     std::filesystem::path given;
     Movie movie;
-    std::string report;     // ffprobe's, JSON
-    std::string complaint;  // the last line that ffprobe had to say
+    std::string report;            // ffprobe's, JSON
+    std::string complaint;         // the last line that ffprobe had to say
+    bool isOfOtherFormat = false;  // one that is not looked into
     moxcore::async::Promise<Movie> promise;
     std::unique_ptr<ChildProcess> ffprobe;
 };

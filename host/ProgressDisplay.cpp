@@ -4,10 +4,9 @@
 #include <unistd.h>
 
 #include <cmath>
-#include <cstdio>
 #include <utility>
 
-#include "host/OneLine.h"
+#include "host/Terminal.h"
 
 namespace quillohost {
 namespace {
@@ -33,7 +32,7 @@ ProgressDisplay::~ProgressDisplay() {
 
 void ProgressDisplay::Tell(std::string const& line) {
     Clear();
-    std::fprintf(stderr, "%s\n", OneLine(line).c_str());
+    TellLine(line);
     if (active && isTerminal) Draw(Clock::now());
 }
 
@@ -47,7 +46,7 @@ void ProgressDisplay::Begin(std::string const& label, RateText newRateText) {
     if (isTerminal)
         Draw(begun);
     else
-        std::fprintf(stderr, "%s\n", label.c_str());
+        TellLine(label);
 }
 
 void ProgressDisplay::Update(double fraction) {
@@ -65,7 +64,7 @@ void ProgressDisplay::Update(double fraction) {
         nextPercent =
             static_cast<int>(fraction * 100) / kPercentBetweenLines * kPercentBetweenLines +
             kPercentBetweenLines;
-        std::fprintf(stderr, "  %s\n", bar.Format(kUsualWidth).c_str());
+        TellLine("  " + bar.Format(kUsualWidth));
     }
 }
 
@@ -77,11 +76,11 @@ void ProgressDisplay::End() {
 void ProgressDisplay::Draw(Clock::time_point now) {
     lastDraw = now;
     drawn = true;
-    std::fprintf(stderr, "\r%s\x1b[K", bar.Format(TerminalWidth()).c_str());
+    ShowOverLine(bar.Format(TerminalWidth()));
 }
 
 void ProgressDisplay::Clear() {
-    if (drawn) std::fputs("\r\x1b[K", stderr);
+    if (drawn) WipeLine();
     drawn = false;
 }
 

@@ -72,11 +72,11 @@ ShareCommand::Result ShareCommand::Run() {
     viewModel.LocationPickerSelectionCommitted();
     viewModel.ProcessAssetForReview();
     session.WaitUntil({Step::CreateReviewLink}, [this] { return exportRequest.has_value(); });
+    result.link = asset.CheckLink(UTF16to8(viewModel.GetReviewLinkURL()));
     result.exported = Export(movie);
     Upload(result.exported);
     asset.SetWay(IDsOf(way));
 
-    result.link = UTF16to8(viewModel.GetReviewLinkURL());
     result.linkID = asset.Stored(assetdata::kReviewLinkGuid);
     result.assetID = asset.Stored(assetdata::kUploadedAssetGuid);
     result.versionStackID = asset.Stored(assetdata::kVersionStackGuid);

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "host/Failure.h"
+#include "host/Terminal.h"
 #include "moxcore/string/Conversions.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
@@ -39,6 +41,16 @@ void SharedAsset::ForgetShares() {
     for (char const* key : {assetdata::kUploadedAssetGuid, assetdata::kVersionStackGuid,
                             assetdata::kReviewLinkGuid, assetdata::kReviewLinkURL})
         store->Forget(asset, key);
+}
+
+std::string SharedAsset::CheckLink(std::string const& link) const {
+    if (IsPlainLink(link)) return link;
+    for (char const* key : {assetdata::kReviewLinkGuid, assetdata::kReviewLinkURL})
+        store->Forget(asset, key);
+    throw Failure(ExitCode::Link,
+                  "The service's link \"" + link +
+                      "\" is no plain http or https address. Nothing was uploaded; share again "
+                      "to have another link made.");
 }
 
 std::vector<std::string> SharedAsset::LockKeys(UTF16String const& outputFileName) const {

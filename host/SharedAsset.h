@@ -47,6 +47,10 @@ public:
     /// one for development is often begun anew at the same address.
     void ForgetShares();
 
+    /// The link of the share that has begun, which callers hand to shells and browsers as it is. A
+    /// Failure (Link) when it is no plain web address; the next share has another one made.
+    [[nodiscard]] std::string CheckLink(std::string const& link) const;
+
     /// What must be locked while it is shared, `outputFileName` being the library's name for the
     /// exported file: one share at a time goes on with a movie, and one under a name.
     [[nodiscard]] std::vector<std::string> LockKeys(

@@ -3,7 +3,6 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <utility>
 
 #include "host/Failure.h"
@@ -11,21 +10,35 @@
 namespace quillohost {
 namespace {
 
-/// Ends the thread that waits for signals; nobody else sends it.
-constexpr int kStop = SIGUSR1;
+/// Wakes the thread that waits for signals, so that it sees whether it is to end. Anybody may send
+/// it.
+constexpr int kWake = SIGUSR1;
+
+/// Their default is to end the process at once, which would leave half a file behind.
+constexpr int kIgnored[] = {SIGPIPE, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF, SIGPOLL};
+
+/// Whether `number` is dealt with so: SIG_IGN or SIG_DFL.
+bool Is(int number, sighandler_t disposition) {
+    struct sigaction now {};
+    return sigaction(number, nullptr, &now) == 0 && now.sa_handler == disposition;
+}
 
 sigset_t HandledSignals() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (int number : {SIGINT, SIGTERM, SIGHUP, kStop})
-        sigaddset(&signals, number);
+    sigaddset(&signals, kWake);
+    sigaddset(&signals, SIGTERM);
+    for (int number : {SIGINT, SIGHUP})
+        if (!Is(number, SIG_IGN)) sigaddset(&signals, number);
     return signals;
 }
 
-void HandleSignals(std::function<void()> const& onSignal) {
-    auto const signals = HandledSignals();
+void HandleSignals(sigset_t const& signals, std::atomic<bool> const& stopping,
+                   std::function<void()> const& onSignal) {
     bool interrupted = false;
-    for (int number = 0; sigwait(&signals, &number) == 0 && number != kStop;) {
+    while (!stopping) {
+        int number = 0;
+        if (sigwait(&signals, &number) != 0 || number == kWake) continue;
         if (interrupted) _exit(static_cast<int>(ExitCode::Interrupted));
         interrupted = true;
         onSignal();
@@ -35,14 +48,33 @@ void HandleSignals(std::function<void()> const& onSignal) {
 }  // namespace
 
 SignalThread::SignalThread(std::function<void()> onSignal) {
+    for (int number : kIgnored)
+        if (Is(number, SIG_DFL)) signal(number, SIG_IGN);
+    // A file that may not grow is an error of the write, also in programs started from here.
+    signal(SIGXFSZ, SIG_IGN);
+    // Where a parent has it ignored, the end of a program started from here is told to nobody.
+    signal(SIGCHLD, SIG_DFL);
     auto const signals = HandledSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);  // inherited by every thread made from now on
-    thread = std::thread([onSignal = std::move(onSignal)] { HandleSignals(onSignal); });
+    // Inherited by every thread made from now on.
+    pthread_sigmask(SIG_BLOCK, &signals, &maskBefore);
+    thread = std::thread([this, signals, onSignal = std::move(onSignal)] {
+        HandleSignals(signals, stopping, onSignal);
+    });
 }
 
 SignalThread::~SignalThread() {
-    pthread_kill(thread.native_handle(), kStop);
+    stopping = true;
+    pthread_kill(thread.native_handle(), kWake);
     thread.join();
+    pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr);
+}
+
+void GiveSignalsBack() noexcept {
+    for (int number : kIgnored)
+        signal(number, SIG_DFL);  // NOLINT(concurrency-mt-unsafe): alone in its process
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 }  // namespace quillohost

@@ -1,7 +1,6 @@
 #include "host/TraceCommand.h"
 
-#include <cstdio>
-
+#include "host/Terminal.h"
 #include "moxcore/debug/Trace.h"
 
 namespace quillohost {
@@ -23,12 +22,9 @@ void WantTrace() {
 
 void PrintTrace(quillomoxui::ShareForReviewViewModel& viewModel) {
     WantTrace();
-    moxcore::debug::SetTraceSink([](int, std::string const&, std::string const& text) {
-        std::fputs(text.c_str(), stdout);
-        std::fflush(stdout);
-    });
+    PrintTraces();
     viewModel.Debug_TraceToConsole();
-    moxcore::debug::SetTraceSink(nullptr);
+    TellTraces();
 }
 
 }  // namespace quillohost

@@ -3,12 +3,12 @@
 #include <QThread>
 #include <QWidget>
 #include <QWindow>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <utility>
 
 #include "host/Failure.h"
+#include "host/Terminal.h"
 
 namespace quillohost::editor {
 namespace {
@@ -28,11 +28,14 @@ ProgramArguments& Arguments() {
 /// Qt ends the process with a dump of its memory when it finds no display.
 void ExitWithoutDisplay(QtMsgType type, QMessageLogContext const&, QString const&) {
     if (type != QtFatalMsg) return;
-    std::fputs(
+    TellLine(
         "quillo-host: Cannot open a window: there is no display. Run it in a desktop session; the "
-        "commands that quillo-host --help lists, but choose-location, need none.\n",
-        stderr);
+        "commands that quillo-host --help lists, but choose-location, need none.");
     std::_Exit(static_cast<int>(ExitCode::Other));
+}
+
+void TellMessage(QtMsgType type, QMessageLogContext const& context, QString const& text) {
+    TellLine(qFormatLogMessage(type, context, text).toStdString());
 }
 
 /// The class of what receives an event; for a window, which Qt makes alike for all, of the widget
@@ -55,7 +58,7 @@ int& CountWhileWatchingForDisplay() {
 EditorApplication::EditorApplication(std::optional<std::filesystem::path> newWatchdogFile)
     : QApplication(CountWhileWatchingForDisplay(), Arguments().values),
       watchdogFile(std::move(newWatchdogFile)) {
-    qInstallMessageHandler(nullptr);
+    qInstallMessageHandler(TellMessage);
     setApplicationDisplayName("quillo-host");
     setStyle("Fusion");
     // A popup or a dialog that closes last must not end the program.

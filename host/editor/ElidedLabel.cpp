@@ -3,6 +3,8 @@
 #include <QEvent>
 #include <QPainter>
 
+#include "host/Terminal.h"
+
 namespace quillohost::editor {
 
 ElidedLabel::ElidedLabel(QString const& name, Qt::TextElideMode mode) : name(name), mode(mode) {
@@ -10,7 +12,7 @@ ElidedLabel::ElidedLabel(QString const& name, Qt::TextElideMode mode) : name(nam
 }
 
 void ElidedLabel::SetText(QString const& newText) {
-    text = newText;
+    text = QString::fromStdString(OneLine(newText.toStdString()));
     setAccessibleName(text.isEmpty() ? name : name + ": " + text);
     updateGeometry();
     update();

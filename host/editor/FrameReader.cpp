@@ -2,12 +2,13 @@
 
 #include <signal.h>
 #include <sys/prctl.h>
+#include <unistd.h>
 
 #include <QProcess>
 #include <optional>
 #include <utility>
 
-#include "host/MovieProbe.h"
+#include "host/SignalThread.h"
 
 namespace quillohost::editor {
 namespace {
@@ -17,36 +18,20 @@ QStringList Arguments(FrameReader::Request const& request) {
         QStringLiteral("scale=iw*sar:ih,scale=%1:%2:force_original_aspect_ratio=decrease,setsar=1")
             .arg(request.bounds.width())
             .arg(request.bounds.height());
-    return {"-nostdin",
-            "-hide_banner",
-            "-loglevel",
-            "error",
-            "-protocol_whitelist",
-            "file",
-            "-ss",
-            QString::number(request.seconds, 'f', 6),
-            "-i",
-            QString::fromStdString(FfmpegFileName(request.file)),
-            "-map",
-            "0:V:0",
-            "-frames:v",
-            "1",
-            "-vf",
-            fit,
-            "-f",
-            "image2pipe",
-            "-c:v",
-            "ppm",
-            "pipe:1"};
+    QStringList arguments{"-nostdin", "-hide_banner", "-loglevel",
+                          "error",    "-ss",          QString::number(request.seconds, 'f', 6)};
+    for (auto const& word : FfmpegMovieInput(request.movie.format))
+        arguments.append(QString::fromStdString(word));
+    return arguments + QStringList{"-map", "0:V:0",      "-frames:v", "1",   "-vf",   fit,
+                                   "-f",   "image2pipe", "-c:v",      "ppm", "pipe:1"};
 }
 
-/// In the new process, before it becomes the program: it ends with the host, and takes the signals
-/// that the host has blocked for itself.
-void PrepareChild() {
+/// In the new process, before it becomes the program: it ends with the host, takes the signals that
+/// the host has blocked for itself, and reads the open file `input`.
+void PrepareChild(int input) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    dup2(input, STDIN_FILENO);
+    GiveSignalsBack();
 }
 
 }  // namespace
@@ -57,7 +42,6 @@ public:
     Worker(FrameReader& reader, std::filesystem::path const& ffmpeg) : reader(reader) {
         process.setParent(this);
         process.setProgram(QString::fromStdString(ffmpeg.string()));
-        process.setChildProcessModifier(PrepareChild);
         connect(&process, &QProcess::finished, this, [this] { OnFinished(); });
         connect(&process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
             if (error == QProcess::FailedToStart) OnFinished();
@@ -79,6 +63,8 @@ private:
     void Begin() {
         current = *std::exchange(next, std::nullopt);
         process.setArguments(Arguments(current));
+        process.setChildProcessModifier(
+            [input = current.movie.opened->Number()] { PrepareChild(input); });
         process.start(QIODevice::ReadOnly);
     }
 
@@ -89,8 +75,8 @@ private:
         QMetaObject::invokeMethod(&reader, [&to = reader, frame, said, request = current] {
             if (!frame.isNull()) return to.hooks.onFrame(frame, request);
             to.hooks.onFailure(
-                "Cannot show a picture of \"" + request.file.string() + "\": " +
-                (said.empty() ? "there is none here." : FfmpegComplaint(said, request.file)));
+                "Cannot show a picture of \"" + request.movie.file.string() +
+                "\": " + (said.empty() ? "there is none here." : FfmpegComplaint(said)));
         });
         if (next) Begin();
     }

@@ -4,8 +4,9 @@
 #include <QObject>
 #include <QSize>
 #include <QThread>
-#include <filesystem>
 #include <functional>
+
+#include "host/MovieProbe.h"
 
 namespace quillohost::editor {
 
@@ -14,7 +15,7 @@ namespace quillohost::editor {
 class FrameReader : public QObject {
 public:
     struct Request {
-        std::filesystem::path file;
+        Movie movie;
         double seconds = 0;  ///< the first picture from here on
         QSize bounds;        ///< the picture is made as large as fits, in pixels
     };

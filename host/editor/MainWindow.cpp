@@ -15,7 +15,7 @@
 
 #include "host/HostFiles.h"
 #include "host/OnMainThread.h"
-#include "host/OneLine.h"
+#include "host/Terminal.h"
 #include "host/editor/AppTheme.h"
 #include "host/editor/DeveloperMenu.h"
 #include "host/editor/Preferences.h"
@@ -33,6 +33,11 @@ constexpr int kProgressSteps = 1000;
 
 QString NameOf(fs::path const& file) {
     return QFile::decodeName(file.c_str());
+}
+
+/// Its name as it can be shown.
+QString Shown(fs::path const& file) {
+    return QString::fromStdString(OneLine(file.string()));
 }
 
 fs::path PathOf(QString const& name) {
@@ -143,7 +148,7 @@ void MainWindow::MakeFileMenu() {
 void MainWindow::FillRecentMenu() {
     recentMenu->clear();
     for (auto const& movie : recentMovies.Get()) {
-        auto* const action = recentMenu->addAction(NameOf(movie).replace("&", "&&"), this,
+        auto* const action = recentMenu->addAction(Shown(movie).replace("&", "&&"), this,
                                                    [this, movie] { Open(movie); });
         std::error_code error;
         action->setEnabled(fs::exists(movie, error));
@@ -241,7 +246,7 @@ void MainWindow::ShowMovie(Movie const& movie) {
     pages->setCurrentWidget(player);
     auto const name = NameOf(movie.file);
     title->SetText(name);
-    setWindowTitle(NameOf(movie.file.filename()) + " - quillo-host");
+    setWindowTitle(Shown(movie.file.filename()) + " - quillo-host");
     recentMovies.Add(movie.file);
     Tell("");
     if (log) log->Write({{"movie", name}});
@@ -264,7 +269,7 @@ void MainWindow::OnSharingChanged() {
     progress->setVisible(isBusy);
     if (isBusy)
         phaseLabel->SetText(QString(Describe(phase)) + " \"" +
-                            QString::fromStdString(OneLine(sharing.GetSharedName())) + "\"");
+                            QString::fromStdString(sharing.GetSharedName()) + "\"");
 }
 
 bool MainWindow::MayClose() {

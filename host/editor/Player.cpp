@@ -32,7 +32,7 @@ Player::Player(std::function<void(std::string const&)> tell)
       duration(new QLabel),
       reader({.onFrame =
                   [this](QImage const& frame, FrameReader::Request const& request) {
-                      if (request.file == movie->file) view->SetFrame(frame);
+                      if (request.movie.opened == movie->opened) view->SetFrame(frame);
                   },
               .onFailure = std::move(tell)}) {
     auto* const transport = new QHBoxLayout;
@@ -85,7 +85,7 @@ void Player::GoTo(int frame) {
 
 void Player::ReadFrame() {
     if (!movie || !movie->hasPicture || view->PixelBounds().isEmpty()) return;
-    reader.Read({movie->file, clock->SeekTime(slider->value()), view->PixelBounds()});
+    reader.Read({*movie, clock->SeekTime(slider->value()), view->PixelBounds()});
 }
 
 }  // namespace quillohost::editor

@@ -5,7 +5,6 @@
 #include <QLabel>
 #include <utility>
 
-#include "host/OneLine.h"
 #include "host/editor/LocationDialog.h"
 
 namespace quillohost::editor {
@@ -50,11 +49,11 @@ void Preferences::Show(std::string const& line) {
     std::optional<ChosenLocation> location;
     try {
         location = sharing.DefaultDestination();
-        message->SetText(QString::fromStdString(OneLine(line)));
+        message->SetText(QString::fromStdString(line));
     } catch (std::exception const& exception) {
-        message->SetText(QString::fromStdString(OneLine(exception.what())));
+        message->SetText(QString::fromStdString(exception.what()));
     }
-    destination->SetText(location ? QString::fromStdString(OneLine(location->path)) : "None");
+    destination->SetText(location ? QString::fromStdString(location->path) : "None");
     clearButton->setEnabled(location.has_value());
 }
 

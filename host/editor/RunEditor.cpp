@@ -1,13 +1,11 @@
 #include "host/editor/RunEditor.h"
 
-#include <csignal>
-#include <cstdio>
 #include <memory>
 #include <string>
 
 #include "host/Failure.h"
-#include "host/OneLine.h"
 #include "host/SignalThread.h"
+#include "host/Terminal.h"
 #include "host/editor/EditorApplication.h"
 #include "host/editor/EventLog.h"
 #include "host/editor/MainWindow.h"
@@ -20,7 +18,6 @@ namespace quillohost::editor {
 using moxcore::threads::MainThread;
 
 int RunEditor(Options const& options) {
-    signal(SIGPIPE, SIG_IGN);
     SignalThread const signals([] {
         moxcore::threads::AsyncCallFromMainThread(
             [] { QApplication::exit(static_cast<int>(ExitCode::Interrupted)); }, 0);
@@ -47,7 +44,7 @@ int RunEditor(Options const& options) {
         MainThread::SetFailureHandler(nullptr);
         epitaph = window.GetSharing().Epitaph();
     }
-    if (!epitaph.empty()) std::fprintf(stderr, "quillo-host: %s\n", OneLine(epitaph).c_str());
+    if (!epitaph.empty()) TellLine("quillo-host: " + epitaph);
     return exitCode;
 }
 

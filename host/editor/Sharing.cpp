@@ -175,6 +175,7 @@ void Sharing::ShareAgain() {
 
 void Sharing::CancelExport() {
     if (phase != Phase::Exporting) return;
+    probe.reset();
     exporter.reset();
     Fail("The share of \"" + GetSharedName() + "\" was cancelled.");
 }
@@ -259,13 +260,27 @@ void Sharing::Export(fs::path const& output) {
     exported = output;
     sharedState = TimeOf(active->GetMovie().file);
     viewModel->SetEncodingStatus({EncodingStatus::Encoding});
+    // Its file may be another one than when it was opened in the window.
     try {
-        exporter = std::make_unique<Exporter>(active->GetMovie(), output, [this](double fraction) {
-            viewModel->SetEncodingProgress(fraction);
-        });
+        static_cast<void>(active->CheckLink(UTF16to8(viewModel->GetReviewLinkURL())));
+        probe = std::make_unique<MovieProbe>(active->GetMovie().file);
     } catch (std::exception const& exception) {
         return Fail(exception.what());
     }
+    OnMainThread(probe->Result(), std::weak_ptr(self),
+                 [this, asked = probe.get(), output](auto const& found) {
+                     if (asked != probe.get()) return;  // called off
+                     try {
+                         ExportMovie(found.Get(), output);
+                     } catch (std::exception const& exception) {
+                         Fail(exception.what());
+                     }
+                 });
+}
+
+void Sharing::ExportMovie(Movie const& movie, fs::path const& output) {
+    exporter = std::make_unique<Exporter>(
+        movie, output, [this](double fraction) { viewModel->SetEncodingProgress(fraction); });
     // Called off, the exporter is gone, and its result with it.
     auto const result = exporter->Result();
     OnMainThread(result, std::weak_ptr(self), [this](auto const& done) {

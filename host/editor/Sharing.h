@@ -89,6 +89,7 @@ private:
     void OnFailure(quillocommon::Failure const& failure);
     void OnExportRequested(std::filesystem::path const& output);
     void Export(std::filesystem::path const& output);
+    void ExportMovie(Movie const& movie, std::filesystem::path const& output);
     void Finish();
     void Fail(std::string const& message);
     void End();
@@ -110,6 +111,7 @@ private:
     Phase phase = Phase::Idle;
     std::filesystem::path exported;
     std::filesystem::file_time_type sharedState;  // of the movie's file, when it was exported
+    std::unique_ptr<MovieProbe> probe;
     std::unique_ptr<Exporter> exporter;
     std::unique_ptr<QFileSystemWatcher> exportWatcher;
     FailureInbox failures;

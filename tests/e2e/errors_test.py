@@ -46,12 +46,12 @@ class ErrorTests(EndToEnd):
         notes = self.directory / "notes.txt"
         notes.write_text("To do: the titles.\n")
         for movie, reason in ((self.directory / "missing.mov", "no such file"),
-                              (self.directory / "two\nlines", "two?lines"),
+                              (self.directory / "two\nlines", "two\ufffdlines"),
                               (self.directory, "is a directory"),
                               (notes, "no movie that ffmpeg can read")):
             with self.subTest(movie=movie):
                 line = self.refusal(5, "share", movie)
-                self.assertIn(str(movie).replace("\n", "?"), line)
+                self.assertIn(str(movie).replace("\n", "\ufffd"), line)
                 self.assertIn(reason, line)
 
     def test_a_movie_is_never_exported_onto_itself(self):

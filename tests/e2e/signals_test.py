@@ -19,10 +19,13 @@ class SignalTests(EndToEnd):
         host.wait_for(host.process.stderr, r"Exporting \[.* \d+ %")
         return host
 
-    def test_an_export_is_called_off(self):
+    def test_an_export_is_called_off_whatever_signals_came_before(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             with self.subTest(signal=number):
                 host = self.export()
+                for stray in (signal.SIGUSR1, signal.SIGUSR2, signal.SIGALRM, signal.SIGSTOP,
+                              signal.SIGCONT):
+                    host.process.send_signal(stray)
                 host.process.send_signal(number)
                 code, out, err = host.finish()
                 self.assertEqual((code, out), (130, ""), err)

@@ -92,6 +92,29 @@ TEST_F(ExporterTest, LeavesNothingBehindWhenItIsCalledOff) {
     EXPECT_EQ(CountOutputs(), 0u);
 }
 
+TEST_F(ExporterTest, ExportsTheFileThatWasProbedThoughItsNameIsAnothersNow) {
+    Movie const movie = Make("in.mp4", {testmovies::kPicture});
+    testmovies::Make(directory.Path() / "secret.mp4",
+                     {"-f", "lavfi", "-i", "testsrc2=s=64x64:d=3"});
+    // As a movie that can be exported, a list of one that must not be.
+    auto const list = directory.Write("list", "ffconcat version 1.0\nfile secret.mp4\n");
+    std::filesystem::rename(list, movie.file);
+    Export(movie);
+    EXPECT_EQ(testmovies::Describe(output)["streams"][0]["width"], 96);
+
+    // What is written into the very file is read as what the file was.
+    Movie const overwritten = Make("in.mp4", {testmovies::kPicture});
+    directory.Write("in.mp4", "ffconcat version 1.0\nfile secret.mp4\n");
+    EXPECT_THROW(Export(overwritten), Failure);
+}
+
+TEST_F(ExporterTest, DoesNotWriteOverTheMovieItself) {
+    Movie const movie = Make("in.mp4", {testmovies::kPicture});
+    std::filesystem::create_hard_link(movie.file, output);
+    EXPECT_THROW(Export(movie), Failure);
+    EXPECT_TRUE(movie.opened->IsAt(output));
+}
+
 TEST_F(ExporterTest, SaysWhyAnExportFailedAndLeavesNothingBehind) {
     Movie const movie = Make("in.mp4", {testmovies::kPicture});
     auto const expect = [this, &movie](char const* reason) {
@@ -117,8 +140,6 @@ TEST_F(ExporterTest, SaysWhyAnExportFailedAndLeavesNothingBehind) {
 
     std::filesystem::resize_file(movie.file, 1000);
     expect("moov atom not found");
-    std::filesystem::remove(movie.file);
-    expect("No such file");
 }
 
 }  // namespace

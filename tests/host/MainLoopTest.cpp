@@ -4,9 +4,11 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
+#include "host/ChildProcess.h"
 #include "host/Failure.h"
 
 namespace quillohost {
@@ -30,17 +32,47 @@ TEST(MainLoop, EndsAWaitWithWhatAQueuedFunctionThrows) {
     EXPECT_THROW(loop.WaitUntil([] { return false; }), std::out_of_range);
 }
 
+/// How a wait ends once these signals have come, one after the other.
+void ExpectInterruption(std::initializer_list<int> signals) {
+    MainLoop loop;
+    for (int number : signals)
+        kill(getpid(), number);
+    try {
+        loop.WaitUntil([] { return false; });
+        ADD_FAILURE();
+    } catch (Failure const& failure) {
+        EXPECT_EQ(failure.GetExitCode(), ExitCode::Interrupted);
+    }
+}
+
 TEST(MainLoop, EndsAWaitOnASignal) {
     for (int number : {SIGINT, SIGTERM, SIGHUP}) {
-        MainLoop loop;
-        kill(getpid(), number);
-        try {
-            loop.WaitUntil([] { return false; });
-            ADD_FAILURE();
-        } catch (Failure const& failure) {
-            EXPECT_EQ(failure.GetExitCode(), ExitCode::Interrupted);
-        }
+        signal(number, SIG_DFL);  // whatever the tests were started with
+        ExpectInterruption({number});
     }
+}
+
+TEST(MainLoop, HearsASignalAfterOthersThatSayNothing) {
+    ExpectInterruption({SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF, SIGPOLL, SIGPIPE, SIGTERM});
+}
+
+TEST(MainLoop, DoesNotHearWhatWasIgnoredWhenItBegan) {
+    for (int number : {SIGINT, SIGHUP}) {
+        auto const before = signal(number, SIG_IGN);
+        ExpectInterruption({number, SIGTERM});  // two that are heard would end the process
+        signal(number, before);
+    }
+}
+
+TEST(MainLoop, LeavesItsSignalsOutOfAProgramAndHearsOfItsEnd) {
+    auto const before = signal(SIGCHLD, SIG_IGN);
+    MainLoop loop;
+    std::optional<ExitStatus> ended;
+    ChildProcess const program("/bin/sh", {"-c", "kill -USR2 $$"}, ChildProcess::Input::Nothing,
+                               {.onExit = [&ended](auto status) { ended = status; }});
+    loop.WaitUntil([&ended] { return ended.has_value(); });
+    EXPECT_EQ(ended->signal, SIGUSR2);
+    signal(SIGCHLD, before);
 }
 
 }  // namespace

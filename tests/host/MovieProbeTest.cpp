@@ -12,6 +12,7 @@
 namespace quillohost {
 namespace {
 
+using testing::AnyOf;
 using testing::HasSubstr;
 
 class MovieProbeTest : public testing::Test {
@@ -45,6 +46,7 @@ TEST_F(MovieProbeTest, TellsWhatIsInAMovieWhateverItsName) {
         EXPECT_TRUE(movie.hasPicture && !movie.hasSound) << name;
         EXPECT_NEAR(movie.duration.value_or(0), 1, 0.1) << name;
         EXPECT_EQ(movie.frameRate, 25) << name;
+        EXPECT_THAT(movie.format, AnyOf("mov", "matroska")) << name;
     }
 }
 
@@ -74,11 +76,35 @@ TEST_F(MovieProbeTest, RefusesWhatIsNoMovieAndSaysWhy) {
     ExpectRefusal(directory.Write("empty.mp4", ""), "it is empty");
     ExpectRefusal(directory.Write("notes.mp4", "To do: the titles.\n"), "no movie that ffmpeg");
     ExpectRefusal(movie, "can read (Invalid data found when processing input)");
-    ExpectRefusal(directory.Write("list.ffconcat", "ffconcat version 1.0\nfile plain.mov\n"), "");
-    ExpectRefusal(directory.Write("list.m3u8",
-                                  "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\n"
-                                  "movie.mp4\n#EXT-X-ENDLIST\n"),
-                  "");
+}
+
+TEST_F(MovieProbeTest, RefusesListsOfOtherFilesWhateverTheirNames) {
+    testmovies::Make(directory.Path() / "other.mp4", testmovies::kPicture);
+    testmovies::Make(directory.Path() / "1.png",
+                     {"-f", "lavfi", "-i", "testsrc2=d=1", "-frames:v", "1"});
+    std::string const other = (directory.Path() / "other.mp4").string();
+    std::pair<char const*, std::string> const lists[] = {
+        {"concat.mp4", "ffconcat version 1.0\nfile other.mp4\n"},
+        {"hls.mov", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nother.mp4\n#EXT-X-ENDLIST\n"},
+        {"list.m3u8",
+         "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nother.mp4\n"
+         "#EXT-X-ENDLIST\n"},
+        {"dash.mp4",
+         "<?xml version=\"1.0\"?><MPD profiles=\"urn:mpeg:dash:profile:isoff-on-demand:2011\" "
+         "type=\"static\" mediaPresentationDuration=\"PT1S\">"
+         "<Period><AdaptationSet mimeType=\"video/mp4\"><Representation id=\"1\">"
+         "<BaseURL>file:" +
+             other +
+             "</BaseURL></Representation></AdaptationSet>"
+             "</Period></MPD>"},
+        {"sdp.mp4",
+         "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=x\nc=IN IP4 127.0.0.1\nt=0 0\n"
+         "m=video 5004 RTP/AVP 96\na=rtpmap:96 H264/90000\n"},
+    };
+    for (auto const& [name, text] : lists)
+        ExpectRefusal(directory.Write(name, text), "in no format that is shared");
+    // Not the pictures beside it, either.
+    ExpectRefusal(directory.Write("%d.png", "x"), "no movie that ffmpeg");
 }
 
 TEST_F(MovieProbeTest, SaysThatAFileMayNotBeRead) {

@@ -5,6 +5,7 @@
 #include <QTest>
 
 #include "host/editor/FrameClock.h"
+#include "moxcore/threads/MainThread.h"
 #include "tests/host/TestMovies.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -16,16 +17,17 @@ constexpr int kPatience = 60'000;  // milliseconds
 class FrameReaderTest : public testing::Test {
 protected:
     /// A movie each of whose pictures is lighter than the one before.
-    std::filesystem::path Movie() {
+    Movie MakeMovie() {
         auto const file = directory.Path() / "a 100% \"grey\" movie.mov";
         testmovies::Make(file, {"-f", "lavfi", "-i", "nullsrc=s=64x36:r=25:d=1", "-vf",
                                 "geq=lum='20+N*8':cb=128:cr=128,setsar=2", "-c:v", "libx264"});
-        return file;
+        MovieProbe const probe(file);
+        moxcore::threads::MainThread::RunUntil([&] { return probe.Result().IsComplete(); });
+        return probe.Result().Get();
     }
 
-    void Read(std::filesystem::path const& file, int frame) {
-        FrameClock const clock({.file = file, .duration = 1, .frameRate = 25});
-        reader.Read({file, clock.SeekTime(frame), QSize(256, 256)});
+    void Read(Movie const& movie, int frame) {
+        reader.Read({movie, FrameClock(movie).SeekTime(frame), QSize(256, 256)});
     }
 
     [[nodiscard]] bool WaitUntil(std::function<bool()> const& done) {
@@ -47,7 +49,7 @@ protected:
 };
 
 TEST_F(FrameReaderTest, ReadsThePictureThatIsAskedForAsLargeAsFits) {
-    auto const movie = Movie();
+    auto const movie = MakeMovie();
     for (int frame : {0, 1, 13, 24}) {
         auto const before = frames.size();
         Read(movie, frame);
@@ -59,7 +61,7 @@ TEST_F(FrameReaderTest, ReadsThePictureThatIsAskedForAsLargeAsFits) {
 }
 
 TEST_F(FrameReaderTest, LeavesOutWhatIsOvertaken) {
-    auto const movie = Movie();
+    auto const movie = MakeMovie();
     for (int frame = 0; frame <= 20; ++frame)
         Read(movie, frame);
     ASSERT_TRUE(WaitUntil([this] { return LastRead() == 20; }));
@@ -67,15 +69,25 @@ TEST_F(FrameReaderTest, LeavesOutWhatIsOvertaken) {
 }
 
 TEST_F(FrameReaderTest, EndsWhileItReads) {
-    auto const movie = Movie();
+    auto const movie = MakeMovie();
     FrameReader ending({.onFrame = [](auto&, auto&) { ADD_FAILURE(); }, .onFailure = nullptr});
     ending.Read({movie, 0, QSize(256, 256)});
 }
 
+TEST_F(FrameReaderTest, ReadsTheFileThatWasProbedThoughItsNameIsGone) {
+    auto const movie = MakeMovie();
+    std::filesystem::remove(movie.file);
+    Read(movie, 13);
+    ASSERT_TRUE(WaitUntil([this] { return LastRead() >= 0 || !failures.empty(); }));
+    EXPECT_EQ(LastRead(), 13);
+}
+
 TEST_F(FrameReaderTest, SaysWhyThereIsNoPicture) {
-    Read(directory.Path() / "missing.mov", 0);
+    auto const movie = MakeMovie();
+    std::filesystem::resize_file(movie.file, 1000);
+    Read(movie, 0);
     ASSERT_TRUE(WaitUntil([this] { return !failures.empty(); }));
-    EXPECT_THAT(failures.front(), testing::HasSubstr("missing.mov\": No such file"));
+    EXPECT_THAT(failures.front(), testing::HasSubstr("movie.mov\": "));
 }
 
 }  // namespace
