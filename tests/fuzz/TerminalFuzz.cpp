@@ -12,8 +12,9 @@ namespace {
 void RequireSafe(std::string const& line) {
     FUZZ_REQUIRE(fuzz::IsUtf8(line));
     for (auto const unit : moxcore::string::UTF8to16(line)) {
-        FUZZ_REQUIRE(unit >= 0x20 && (unit < 0x7F || unit > 0x9F));                        // control
-        FUZZ_REQUIRE((unit < 0x202A || unit > 0x202E) && (unit < 0x2066 || unit > 0x2069));  // turns
+        FUZZ_REQUIRE(unit >= 0x20 && (unit < 0x7F || unit > 0x9F));  // control
+        FUZZ_REQUIRE((unit < 0x202A || unit > 0x202E) &&
+                     (unit < 0x2066 || unit > 0x2069));                    // turns
         FUZZ_REQUIRE(unit != 0x061C && unit != 0x200E && unit != 0x200F);  // marks of direction
         FUZZ_REQUIRE(unit != 0x2028 && unit != 0x2029);                    // ends of lines
     }
