@@ -9,6 +9,7 @@ namespace quillo {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 /// The service's are far shorter.
 constexpr std::size_t kLongest = std::size_t{4} * 1024;
 

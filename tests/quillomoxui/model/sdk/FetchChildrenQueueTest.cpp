@@ -108,13 +108,13 @@ TEST_F(QueueTest, TakesOverTheLimitThatTheServiceAnnounces) {
         {"a limit of 0", {{"X-RATELIMIT-LIMIT", "0"}, {"X-RATELIMIT-WINDOW", "5000"}}, 59},
         {"a limit below 0", {{"X-RATELIMIT-LIMIT", "-1"}, {"X-RATELIMIT-WINDOW", "5000"}}, 59},
         {"a window too short", {{"X-RATELIMIT-LIMIT", "10"}, {"X-RATELIMIT-WINDOW", "999"}}, 59},
-        {"no number", {{"X-RATELIMIT-LIMIT", "ten"}, {"X-RATELIMIT-WINDOW", "5000"}}, 59, true},
         {"far below 0",
          {{"X-RATELIMIT-LIMIT", "-99999999999"}, {"X-RATELIMIT-WINDOW", "5000"}},
          59},
         {"as large as can be",
          {{"X-RATELIMIT-LIMIT", "99999999999"}, {"X-RATELIMIT-WINDOW", "99999999999"}},
          100},
+        {"no number", {{"X-RATELIMIT-LIMIT", "ten"}, {"X-RATELIMIT-WINDOW", "5000"}}, 59, true},
     };
     for (auto const& one : cases) {
         SCOPED_TRACE(one.what);
