@@ -96,6 +96,7 @@ private:
 
     Hooks hooks;
     KeyLocks const locks;
+    FailureInbox failures;  // first: the service's address may be worth a warning
     ServiceConnection service;
     bool isServiceReady = false;
     std::shared_ptr<AssetStore> store;
@@ -112,7 +113,6 @@ private:
     std::filesystem::file_time_type sharedState;  // of the movie's file, when it was exported
     std::unique_ptr<Exporter> exporter;
     std::unique_ptr<QFileSystemWatcher> exportWatcher;
-    FailureInbox failures;
     std::vector<std::shared_ptr<quillomoxui::BindingHandle>> bindings;
     std::shared_ptr<Sharing*> self;  // for calls that may come when this is gone
 };

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "quillocommon/ServiceAddress.h"
 #include "quillocommon/Url.h"
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/RetryLoop.h"
@@ -44,7 +45,7 @@ Answer PostForm(std::string const& url, Form const& fields,
 moxcore::async::Future<Grant> RequestGrant(std::string const& address, Form const& fields) {
     if (address.empty())
         return moxcore::async::Future<Grant>::CreateFailed(
-            quillosdk::kBadRequest, "no service address is set (QUILLO_SERVICE_URL)", nullptr);
+            quillosdk::kBadRequest, quillocommon::WhyNoServiceAddress(), nullptr);
     return PostForm(address + "/oauth/token", fields).Then([](Answer const& answer) -> Grant {
         auto const response = answer.Get();
         if (response->status != 200)

@@ -1,5 +1,6 @@
 #include "quillocommon/Url.h"
 
+#include <arpa/inet.h>
 #include <curl/curl.h>
 
 #include <algorithm>
@@ -39,7 +40,10 @@ std::string Decode(std::string text) {
 }  // namespace
 
 bool Url::IsLoopback() const {
-    return host == "localhost" || host == "[::1]" || host.starts_with("127.");
+    if (host == "localhost" || host == "[::1]") return true;
+    // A name may begin with "127." as well.
+    in_addr address{};
+    return host.starts_with("127.") && inet_pton(AF_INET, host.c_str(), &address) == 1;
 }
 
 std::optional<Url> ParseUrl(std::string const& text, std::string const& base) {
