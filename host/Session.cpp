@@ -32,6 +32,7 @@ ExitCode ExitCodeOf(Step step) {
         case Step::AddToReviewLink:
             return ExitCode::Link;
         case Step::EncryptRequests:
+        case Step::ListLocations:
             break;
     }
     return ExitCode::Other;

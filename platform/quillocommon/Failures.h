@@ -18,7 +18,8 @@ enum class Step {
     CreateReviewLink,
     AddToReviewLink,
     // These stop nothing: a host tells its user, and goes on.
-    EncryptRequests  ///< requests go to another machine in plain text; reported once
+    EncryptRequests,  ///< requests go to another machine in plain text; reported once
+    ListLocations     ///< a list was read, but not all of it stands in the tree
 };
 
 /// Whether a failure of `step` stops nothing: it is a warning.
