@@ -33,6 +33,7 @@ ExitCode ExitCodeOf(Step step) {
             return ExitCode::Link;
         case Step::EncryptRequests:
         case Step::ListLocations:
+        case Step::KeepSignIn:
             break;
     }
     return ExitCode::Other;

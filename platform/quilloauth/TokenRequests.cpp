@@ -133,6 +133,10 @@ void RequestRevocation(std::string const& address, std::string const& refreshTok
         PostForm(address + "/oauth/revoke", {{"token", refreshToken}}, SendRevocation));
 }
 
+void PrepareToRevoke() {
+    static_cast<void>(TheRevocations());
+}
+
 void AwaitRevocations() {
     TheRevocations().Await();
 }

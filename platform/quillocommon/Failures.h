@@ -19,7 +19,8 @@ enum class Step {
     AddToReviewLink,
     // These stop nothing: a host tells its user, and goes on.
     EncryptRequests,  ///< requests go to another machine in plain text; reported once
-    ListLocations     ///< a list was read, but not all of it stands in the tree
+    ListLocations,    ///< a list was read, but not all of it stands in the tree
+    KeepSignIn        ///< the sign-in is not kept where it should be
 };
 
 /// Whether a failure of `step` stops nothing: it is a warning.
