@@ -37,7 +37,11 @@ usage: quillo-host [MOVIE]
   --watch        go on, and print the places anew whenever they change (with --backend client)
   --backend B    what the places are read with: sdk, the service's SDK (the default), or client,
                  the older client library, which follows changes
-  --service URL  the service's address (a quillo-service that runs as long as the command does)
+  --service URL  the service's address: https, or http on this machine
+                 (a quillo-service that runs as long as the command does)
+  --insecure-http
+                 let --service be plain http to another machine: everybody on the way can read and
+                 change what is sent
   --data DIR     where the host keeps its state (the user's XDG directories)
   --browser P    the program that shows the sign-in page, run as "P URL" (the desktop's browser)
 
@@ -137,6 +141,10 @@ std::vector<OptionRule> const& Rules() {
          true,
          TakeBackend},
         {"--service", {}, true, [](Options& options, auto& value) { options.service = value; }},
+        {"--insecure-http",
+         {},
+         false,
+         [](Options& options, auto&) { options.insecureHttp = true; }},
         {"--data", {}, true, TakeDirectory},
         {"--browser",
          {Command::Editor, Command::Share, Command::Locations, Command::ChooseLocation,

@@ -29,6 +29,7 @@ struct Options {
     std::optional<std::string> name;     ///< never empty
     std::vector<std::string> to;         ///< names from the account down; empty: not given
     std::optional<std::string> service;  ///< address; absent: a service of the host's own
+    bool insecureHttp = false;           ///< the address may be plain http to another machine
     std::optional<std::filesystem::path> data;
     Backend backend = Backend::Sdk;
     std::optional<std::string> browser;             ///< program; absent: the desktop's own

@@ -28,6 +28,7 @@ ServiceConnection::ServiceConnection(Options const& options, KeyLocks const& loc
                 0);
             quilloauth::OpenWithProgram(program, url, onFailure);
         });
+    if (options.insecureHttp) quillocommon::AllowInsecureHttp();
     if (options.service) {
         Use(*options.service);
         return;
@@ -65,10 +66,17 @@ void ServiceConnection::Start() {
 }
 
 void ServiceConnection::Use(std::string const& named) {
-    if (!quillocommon::SetServiceAddress(named))
+    if (!quillocommon::SetServiceAddress(named)) {
+        if (quillocommon::IsInsecureServiceAddress(named))
+            throw Failure(ExitCode::Usage,
+                          "--service \"" + named +
+                              "\" is plain http to another machine, where everybody on the way can "
+                              "read the sign-in and the movies; use https, or allow it with "
+                              "--insecure-http.");
         throw Failure(ExitCode::Usage, "--service \"" + named +
                                            "\" is no address of a service; write it like "
                                            "http://127.0.0.1:8080, without a path.");
+    }
     address = quillocommon::GetServiceAddress();
     quillomoxui::InitQuilloCppSdk(AsciiToUTF16("quillo-host"),
                                   AsciiToUTF16("http://127.0.0.1/signed-in"));

@@ -4,6 +4,7 @@
 
 #include "host/Failure.h"
 #include "host/HostFiles.h"
+#include "host/OneLine.h"
 #include "moxcore/debug/DebugDatabase.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quilloauth/AuthManager.h"
@@ -30,6 +31,10 @@ ExitCode ExitCodeOf(Step step) {
         case Step::CreateReviewLink:
         case Step::AddToReviewLink:
             return ExitCode::Link;
+        case Step::EncryptRequests:
+        case Step::ListLocations:
+        case Step::KeepSignIn:
+            break;
     }
     return ExitCode::Other;
 }
@@ -40,7 +45,7 @@ Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& displa
     : loop(loop),
       display(display),
       locks(OwnHostFile("locks")),
-      inbox([this](auto const& failure) { failures.push_back(failure); }),
+      inbox([this](auto const& failure) { OnFailure(failure); }),
       service(options, locks,
               {.onWait =
                    [&display] {
@@ -79,6 +84,12 @@ void Session::SignOut() {
     moxcore::threads::AsyncCallFromMainThread([told] { *told = true; }, 0);
     loop.WaitUntil([told] { return *told; });
     ThrowIfFailed({Step::SignIn});
+}
+
+void Session::OnFailure(quillocommon::Failure const& failure) {
+    if (quillocommon::IsWarning(failure.step))
+        return display.Tell("Warning: " + OneLine(failure.message));
+    failures.push_back(failure);
 }
 
 void Session::WaitUntil(std::initializer_list<Step> steps, std::function<bool()> const& done) {

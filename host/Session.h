@@ -68,6 +68,7 @@ private:
 
     [[nodiscard]] quillocommon::Failure const* FindFailure(
         std::initializer_list<quillocommon::Step> steps) const;
+    void OnFailure(quillocommon::Failure const& failure);
     [[noreturn]] void Throw(quillocommon::Failure const& failure) const;
 
     MainLoop& loop;

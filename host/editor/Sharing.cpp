@@ -45,6 +45,7 @@ fs::file_time_type TimeOf(fs::path const& file) {
 Sharing::Sharing(Options const& options, QWidget& anchorWidget, Hooks newHooks)
     : hooks(std::move(newHooks)),
       locks(OwnHostFile("locks")),
+      failures([this](auto const& failure) { OnFailure(failure); }),
       service(options, locks,
               {.onWait =
                    [this] {
@@ -67,7 +68,6 @@ Sharing::Sharing(Options const& options, QWidget& anchorWidget, Hooks newHooks)
                               "name.");
                       },
                   .onFailure = [this](auto const& thrown) { hooks.tell(MessageOf(thrown)); }}),
-      failures([this](auto const& failure) { OnFailure(failure); }),
       self(std::make_shared<Sharing*>(this)) {
     popup->SetParent(anchor);
     ConnectLibrary();
@@ -240,6 +240,7 @@ void Sharing::OnStatusChanged(EncodingStatus const& status) {
 }
 
 void Sharing::OnFailure(quillocommon::Failure const& failure) {
+    if (quillocommon::IsWarning(failure.step)) return hooks.tell("Warning: " + failure.message);
     auto const message = service.Explain(failure);
     bool const endsShare = (failure.step == Step::CreateReviewLink && phase == Phase::Linking) ||
                            (failure.step == Step::Upload && phase == Phase::Uploading) ||

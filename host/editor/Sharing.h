@@ -97,6 +97,7 @@ private:
 
     Hooks hooks;
     KeyLocks const locks;
+    FailureInbox failures;  // first: the service's address may be worth a warning
     ServiceConnection service;
     bool isServiceReady = false;
     std::shared_ptr<AssetStore> store;
@@ -114,7 +115,6 @@ private:
     std::unique_ptr<MovieProbe> probe;
     std::unique_ptr<Exporter> exporter;
     std::unique_ptr<QFileSystemWatcher> exportWatcher;
-    FailureInbox failures;
     std::vector<std::shared_ptr<quillomoxui::BindingHandle>> bindings;
     std::shared_ptr<Sharing*> self;  // for calls that may come when this is gone
 };

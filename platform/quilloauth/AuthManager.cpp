@@ -8,6 +8,7 @@
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "quilloauth/AuthSession.h"
+#include "quilloauth/KeyringTokenStore.h"
 #include "quilloauth/TokenRequests.h"
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/QuilloClient.h"
@@ -18,11 +19,20 @@ namespace {
 using moxcore::async::Future;
 using quillocommon::Response;
 
+constexpr std::chrono::seconds kPatienceWithKeyring{2};
+
 std::string TokenPath() {
     using namespace moxcore;
     filesupport::File const file(filesupport::commondirs::UserConfigDir(),
                                  string::AsciiToUTF16("quillo-tokens.json"));
     return string::UTF16toStdString(file.FullPath());
+}
+
+/// The desktop's keyring, where there may be one. A host that keeps all its state in a directory of
+/// its own keeps the sign-in there, too.
+std::unique_ptr<TokenStore> Keyring(std::string const& clientID) {
+    if (moxcore::filesupport::commondirs::HasUserRoot()) return nullptr;
+    return KeyringTokenStore::Create(clientID);
 }
 
 /// The session of this process. Its worker ends with the process.
@@ -55,6 +65,7 @@ Current& TheCurrent() {
     static Current& current = *new Current;
     // What is made first ends last: who is handed a token on the worker may send and read at once.
     quillosdk::PrepareToRead();
+    PrepareToRevoke();  // the end of the worker may still find tokens of a sign-out
     static StopAtExit const stopAtExit{current};
     return current;
 }
@@ -65,7 +76,8 @@ void InitializeAuthManager(std::string const& clientID, std::string const& redir
                            quillosdk::EnvironmentType /*environment*/,
                            std::string const& /*scope*/) {
     try {
-        TheCurrent().Set(std::make_shared<AuthSession>(clientID, redirectURI, TokenPath()));
+        TheCurrent().Set(
+            std::make_shared<AuthSession>(clientID, redirectURI, TokenPath(), Keyring(clientID)));
     } catch (moxcore::config::ResultException const& exception) {
         TheCurrent().Set(nullptr);
         quillocommon::ReportFailure({quillocommon::Step::SignIn, exception.GetResult(), 0,
@@ -97,6 +109,7 @@ Response Logout() {
 }
 
 void AwaitSignOuts() {
+    if (auto const session = TheCurrent().Get()) session->AwaitForgetting(kPatienceWithKeyring);
     AwaitRevocations();
 }
 

@@ -10,9 +10,12 @@
 
 namespace quilloauth::jwt {
 
-// The signed-in session: gets tokens, keeps them, renews them. They lie in a file of the user's
-// configuration directory that nobody else may read, one pair for each service address, and appear
-// in no trace and no error text. Any thread.
+// The signed-in session: gets tokens, keeps them, renews them. They lie in the desktop's keyring,
+// by its Secret Service, where the session has one, else in a file of the user's configuration
+// directory that nobody else may read: one pair for each service address. A keyring that is locked,
+// broken or slow costs a warning (quillocommon::Step::KeepSignIn), and the file serves instead. So
+// it does for a host that has put its state in a directory of its own (SetUserRoot). They appear in
+// no trace and no error text. Any thread.
 
 /// What Login answers when a session exists and GetAccessToken will give its token.
 inline constexpr std::int32_t kSessionExists = static_cast<std::int32_t>(0xBB590001);
@@ -53,11 +56,11 @@ QUILLOSERVICES_API quillocommon::Response Login(std::string const& userID);
 QUILLOSERVICES_API void CancelLogin();
 
 /// Ends the session, and a Login that waits for the browser: the tokens are forgotten here at once,
-/// and the service is told as far as it can be reached. Does not wait for it. Fails only when the
-/// tokens' file cannot be removed.
+/// and the service is told as far as it can be reached. Waits neither for it nor for the keyring.
+/// Fails only when the tokens' file cannot be removed.
 QUILLOSERVICES_API quillocommon::Response Logout();
 
-/// Sleeps until the service has been told of the sign-outs under way, two seconds at most. The end
+/// Sleeps until the service has been told of the sign-outs under way, four seconds at most. The end
 /// of the process does so by itself; only a host that takes the service down before that calls it.
 QUILLOSERVICES_API void AwaitSignOuts();
 

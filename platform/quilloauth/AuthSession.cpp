@@ -49,12 +49,17 @@ std::exception_ptr NotSignedIn(std::string const& why) {
     return std::make_exception_ptr(ResultException(jwt::kNotSignedIn, why));
 }
 
+void EndSession(std::string const& address, Tokens const& tokens) {
+    RequestRevocation(address, tokens.refresh);
+}
+
 }  // namespace
 
-AuthSession::AuthSession(std::string clientID, std::string redirectURI, std::string tokenPath)
+AuthSession::AuthSession(std::string clientID, std::string redirectURI, std::string tokenPath,
+                         std::unique_ptr<TokenStore> keyring)
     : clientID(std::move(clientID)),
       redirectURI(std::move(redirectURI)),
-      store(std::move(tokenPath)) {}
+      store(std::move(tokenPath), std::move(keyring), worker, EndSession) {}
 
 AuthSession::~AuthSession() {
     Stop();
@@ -62,6 +67,10 @@ AuthSession::~AuthSession() {
 
 void AuthSession::Stop() {
     worker.Stop();
+}
+
+void AuthSession::AwaitForgetting(std::chrono::milliseconds patience) {
+    store.AwaitForgetting(patience);
 }
 
 Future<std::string> AuthSession::GetAccessToken() {
@@ -126,7 +135,8 @@ void AuthSession::OnRenewalRefused(Renewal const& renewal, GrantRefused const& r
             return Renew(renewal.address, *current);
         }
         std::lock_guard lock(mutex);
-        if (sessionCount == renewal.session) static_cast<void>(store.Forget(renewal.address));
+        if (sessionCount == renewal.session)
+            static_cast<void>(store.Forget(renewal.address, false));
     } else if (IsUsable(renewal.old, std::chrono::seconds(0))) {
         return Give(renewal.address, renewal.old.access);
     }
@@ -151,21 +161,17 @@ bool AuthSession::IsUsable(Tokens const& tokens, std::chrono::seconds atLeast) c
 
 bool AuthSession::Keep(std::string const& address, Tokens const& tokens, unsigned session) {
     bool isOver = false;
-    bool saved = false;
+    std::optional<std::string> whyNotKept;
     {
         std::lock_guard lock(mutex);
         isOver = sessionCount != session;
-        saved = !isOver && store.Save(address, tokens);
+        if (!isOver) whyNotKept = store.Save(address, tokens);
     }
     if (isOver) {
         RequestRevocation(address, tokens.refresh);
         return false;
     }
-    if (!saved)
-        quillocommon::ReportFailure({kStep, moxcore::config::kUnknownFailure, 0,
-                                     "Could not keep the sign-in for the next start: the file for "
-                                     "it cannot be written; look at the user's configuration "
-                                     "directory."});
+    if (whyNotKept) TokenKeeper::ReportNotKept(*whyNotKept);
     return true;
 }
 
@@ -232,17 +238,15 @@ void AuthSession::CancelLogin() {
 
 Response AuthSession::Logout() {
     auto const address = quillocommon::GetServiceAddress();
-    std::optional<Tokens> tokens;
-    bool forgotten = false;
+    TokenKeeper::Forgotten forgotten;
     {
         std::lock_guard lock(mutex);
         ++sessionCount;
-        tokens = store.Load(address);
-        forgotten = store.Forget(address);
+        forgotten = store.Forget(address, true);
     }
     CancelLogin();  // one that is not there yet finds out by the count
-    if (tokens) RequestRevocation(address, tokens->refresh);
-    if (forgotten) return {};
+    if (forgotten.tokens) EndSession(address, *forgotten.tokens);
+    if (forgotten.isKeptFromNextStart) return {};
     quillocommon::ReportFailure({kStep, moxcore::config::kUnknownFailure, 0,
                                  "Could not sign out: the file that keeps the sign-in cannot be "
                                  "written; look at the user's configuration directory."});

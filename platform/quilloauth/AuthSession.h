@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "moxcore/async/Future.h"
+#include "quilloauth/TokenKeeper.h"
 #include "quilloauth/TokenRequests.h"
 #include "quilloauth/TokenStore.h"
 #include "quilloauth/Worker.h"
@@ -20,8 +21,10 @@ namespace quilloauth {
 /// on the caller's thread, which may be the worker. Not to be dropped on the worker. Any thread.
 class QUILLOSERVICES_API AuthSession : public std::enable_shared_from_this<AuthSession> {
 public:
-    /// Keeps its tokens in the file at `tokenPath` (UTF-8).
-    AuthSession(std::string clientID, std::string redirectURI, std::string tokenPath);
+    /// Keeps its tokens in `keyring`, or in the file at `tokenPath` (UTF-8) where that is null or
+    /// cannot be used.
+    AuthSession(std::string clientID, std::string redirectURI, std::string tokenPath,
+                std::unique_ptr<TokenStore> keyring = nullptr);
     ~AuthSession();
     AuthSession(AuthSession const&) = delete;
     AuthSession& operator=(AuthSession const&) = delete;
@@ -30,6 +33,10 @@ public:
     [[nodiscard]] quillocommon::Response Login();
     void CancelLogin();
     [[nodiscard]] quillocommon::Response Logout();
+
+    /// Sleeps until the tokens of the sign-outs so far have been found, to be revoked, for
+    /// `patience` at most. Not on the worker.
+    void AwaitForgetting(std::chrono::milliseconds patience);
 
     /// The service has rejected `token`: it is not handed out again.
     void OnTokenRejected(std::string const& token);
@@ -69,9 +76,9 @@ private:
 
     std::string const clientID;
     std::string const redirectURI;
-    TokenStore store;
+    TokenKeeper store;
 
-    mutable std::mutex mutex;   // held while the store changes
+    mutable std::mutex mutex;   // held while the store changes, never while a keyring is asked
     unsigned sessionCount = 0;  // guarded by mutex; grows with each Logout
 
     std::mutex browserMutex;                     // held for no longer than it takes to copy

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "quillocommon/Saturating.h"
+#include "quillocommon/ServiceAddress.h"
 #include "quillocommon/Url.h"
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/Redact.h"
@@ -52,7 +53,7 @@ Answer PostForm(std::string const& url, Form const& fields,
 moxcore::async::Future<Grant> RequestGrant(std::string const& address, Form const& fields) {
     if (address.empty())
         return moxcore::async::Future<Grant>::CreateFailed(
-            quillosdk::kBadRequest, "no service address is set (QUILLO_SERVICE_URL)", nullptr);
+            quillosdk::kBadRequest, quillocommon::WhyNoServiceAddress(), nullptr);
     return PostForm(address + "/oauth/token", fields).Then([fields](Answer const& answer) -> Grant {
         auto const response = answer.Get();
         for (auto const& [name, value] : fields)
@@ -141,6 +142,10 @@ moxcore::async::Future<Grant> RequestRefresh(std::string const& address,
 void RequestRevocation(std::string const& address, std::string const& refreshToken) {
     static_cast<void>(
         PostForm(address + "/oauth/revoke", {{"token", refreshToken}}, SendRevocation));
+}
+
+void PrepareToRevoke() {
+    static_cast<void>(TheRevocations());
 }
 
 void AwaitRevocations() {

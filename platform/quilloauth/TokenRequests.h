@@ -41,6 +41,9 @@ using Grant = std::variant<Tokens, GrantRefused>;
 /// process waits for what is on its way then; see AwaitRevocations.
 void RequestRevocation(std::string const& address, std::string const& refreshToken);
 
+/// Has the end of the process wait for revocations that come up to then. Call early.
+void PrepareToRevoke();
+
 /// Sleeps until the revocations that are on their way have been answered, two seconds at most.
 void AwaitRevocations();
 

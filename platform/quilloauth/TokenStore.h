@@ -1,8 +1,7 @@
 #pragma once
 
-#include <map>
-#include <mutex>
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 #include "moxcore/threads/Clock.h"
@@ -19,31 +18,36 @@ struct Tokens {
     friend bool operator==(Tokens const&, Tokens const&) = default;
 };
 
-/// Keeps the tokens in a file that only its owner may read, one pair for each service. Other
-/// processes of the user share the file, so it is read anew each time. It is replaced as a whole:
-/// whoever reads finds the old or the new, never half. A file that cannot be read counts as empty
-/// and is replaced by the next Save. Waits for the disk. Any thread.
+/// Why a store cannot do what is asked of it, as the end of a sentence: "it is locked". Never holds
+/// a token.
+class QUILLOSERVICES_API TokenStoreFailure : public std::runtime_error {
+public:
+    /// `isAbsent`: there is no such store in this session at all.
+    explicit TokenStoreFailure(std::string const& why, bool isAbsent = false)
+        : runtime_error(why), isAbsent(isAbsent) {}
+
+    bool const isAbsent;
+};
+
+/// A place where tokens are kept from one start to the next, one pair for each service. Other
+/// processes of the user use it as well, so it is asked anew each time.
 class QUILLOSERVICES_API TokenStore {
 public:
-    /// Keeps the file at `path` (UTF-8); a "<path>.lock" beside it orders the processes.
-    explicit TokenStore(std::string path);
+    TokenStore() = default;
+    virtual ~TokenStore() = default;
+    TokenStore(TokenStore const&) = delete;
+    TokenStore& operator=(TokenStore const&) = delete;
 
-    /// The tokens for the service at `address`, if any. A file that others may read is closed to
-    /// them first.
-    [[nodiscard]] std::optional<Tokens> Load(std::string const& address);
+    // Each of them may throw a TokenStoreFailure; then nothing has changed.
 
-    /// Puts `tokens` in place of those for `address`; false when the file cannot be written, which
-    /// then is as it was: they last as long as this object.
-    [[nodiscard]] bool Save(std::string const& address, Tokens const& tokens);
+    /// The tokens for the service at `address`, if any.
+    [[nodiscard]] virtual std::optional<Tokens> Load(std::string const& address) = 0;
 
-    /// Removes those for `address`; true when there are none afterwards.
-    [[nodiscard]] bool Forget(std::string const& address);
+    /// Puts `tokens` in place of those for `address`. They are kept once it returns.
+    virtual void Save(std::string const& address, Tokens const& tokens) = 0;
 
-private:
-    std::string const path;
-
-    std::mutex mutex;
-    std::map<std::string, Tokens> unsaved;  // guarded by mutex; by address
+    /// Removes those for `address`, if any.
+    virtual void Forget(std::string const& address) = 0;
 };
 
 }  // namespace quilloauth

@@ -1,5 +1,7 @@
 #include "quilloauth/Worker.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "moxcore/config/Error.h"
@@ -8,7 +10,7 @@
 
 namespace quilloauth {
 
-void Worker::Post(std::function<void()> function) {
+void Worker::Add(Function function) {
     {
         std::lock_guard lock(mutex);
         if (stopping.stop_requested()) return;
@@ -21,12 +23,15 @@ void Worker::Post(std::function<void()> function) {
 
 void Worker::Stop() {
     std::jthread ending;
-    std::deque<std::function<void()>> dropped;
+    std::deque<Function> dropped;
     {
         std::lock_guard lock(mutex);
         stopping.request_stop();
         ending = std::move(thread);
-        dropped.swap(functions);
+        auto const lasting = std::stable_partition(functions.begin(), functions.end(),
+                                                   [](auto const& each) { return each.isLasting; });
+        std::move(lasting, functions.end(), std::back_inserter(dropped));
+        functions.erase(lasting, functions.end());
     }
 }  // `ending` is joined here
 
@@ -38,14 +43,14 @@ void Worker::Run() {
         functions.pop_front();
         lock.unlock();
         try {
-            function();
+            function.run();
         } catch (...) {
             moxcore::debug::Trace(
                 0, "QuilloNative",
                 "A function on the sign-in thread failed: " +
                     moxcore::config::ExtractMessageFromException(std::current_exception()));
         }
-        function = nullptr;
+        function.run = nullptr;
         lock.lock();
     }
 }

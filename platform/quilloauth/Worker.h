@@ -5,6 +5,7 @@
 #include <functional>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 #include "moxcore/async/Future.h"
 
@@ -20,7 +21,10 @@ public:
     Worker& operator=(Worker const&) = delete;
 
     /// Runs `function` on the thread. After Stop it is dropped.
-    void Post(std::function<void()> function);
+    void Post(std::function<void()> function) { Add({std::move(function), false}); }
+
+    /// The same for what must not get lost: Stop waits until it has run.
+    void PostLasting(std::function<void()> function) { Add({std::move(function), true}); }
 
     /// Sleeps until `future` is complete; false when Stop came first.
     template <class T>
@@ -33,7 +37,8 @@ public:
     /// Asks to end what waits on the thread once Stop is called.
     [[nodiscard]] std::stop_token GetStopToken() const { return stopping.get_token(); }
 
-    /// Ends the waits, lets the function that runs come to its end, and drops the others.
+    /// Ends the waits, lets the function that runs and the lasting ones come to their end, and
+    /// drops the others.
     void Stop();
 
 private:
@@ -48,13 +53,19 @@ private:
         bool open = false;  // guarded by mutex
     };
 
+    struct Function {
+        std::function<void()> run;
+        bool isLasting;
+    };
+
+    void Add(Function function);
     void Run();
 
     std::stop_source stopping;
     std::mutex mutex;
     std::condition_variable_any posted;
-    std::deque<std::function<void()>> functions;  // guarded by mutex
-    std::jthread thread;                          // guarded by mutex
+    std::deque<Function> functions;  // guarded by mutex
+    std::jthread thread;             // guarded by mutex
 };
 
 }  // namespace quilloauth

@@ -10,9 +10,26 @@
 namespace quillocommon {
 
 /// What the service's libraries were doing when they failed.
-enum class Step { SignIn, ReadUser, ReadLocations, Upload, CreateReviewLink, AddToReviewLink };
+enum class Step {
+    SignIn,
+    ReadUser,
+    ReadLocations,
+    Upload,
+    CreateReviewLink,
+    AddToReviewLink,
+    // These stop nothing: a host tells its user, and goes on.
+    EncryptRequests,  ///< requests go to another machine in plain text; reported once
+    ListLocations,    ///< a list was read, but not all of it stands in the tree
+    KeepSignIn        ///< the sign-in is not kept where it should be
+};
 
-/// A step that has failed for good: its retries are used up, or there was no point in any.
+/// Whether a failure of `step` stops nothing: it is a warning.
+[[nodiscard]] constexpr bool IsWarning(Step step) {
+    return step >= Step::EncryptRequests;
+}
+
+/// A step that has failed for good: its retries are used up, or there was no point in any. See
+/// IsWarning for those that stop nothing.
 struct Failure {
     Step step;
     std::int32_t result;  ///< the failure's 32-bit result, negative

@@ -3,18 +3,26 @@
 #include <cstdlib>
 #include <mutex>
 #include <optional>
+#include <utility>
 
+#include "moxcore/config/Error.h"
+#include "quillocommon/Failures.h"
 #include "quillocommon/Url.h"
 
 namespace quillocommon {
 namespace {
 
-std::optional<std::string> AddressIn(std::string const& url) {
-    auto const parts = ParseUrl(url);
+/// The URL of a service, if `url` is one.
+std::optional<Url> AddressIn(std::string const& url) {
+    auto parts = ParseUrl(url);
     if (!parts || parts->hasUser || parts->hasQuery || parts->hasFragment ||
         parts->target.find_first_not_of('/') != std::string::npos)
         return std::nullopt;
-    return parts->origin;
+    return parts;
+}
+
+bool IsInsecure(Url const& url) {
+    return !url.origin.starts_with("https:") && !url.IsLoopback();
 }
 
 class Address {
@@ -22,7 +30,9 @@ public:
     Address() {
         // Asked once, before any thread of ours could change the environment.
         char const* wanted = std::getenv("QUILLO_SERVICE_URL");  // NOLINT(concurrency-mt-unsafe)
-        if (wanted) Set(wanted);
+        if (!wanted) return;
+        fromEnvironment = wanted;
+        Set(fromEnvironment);
     }
 
     [[nodiscard]] std::string Get() const {
@@ -42,14 +52,46 @@ public:
     bool Set(std::string const& url) {
         auto const wanted = AddressIn(url);
         if (!wanted) return false;
-        std::lock_guard lock(mutex);
-        address = *wanted;
+        bool const isInsecure = IsInsecure(*wanted);
+        {
+            std::lock_guard lock(mutex);
+            if (isInsecure && !allowsInsecure) return false;
+            address = wanted->origin;
+            if (!isInsecure || std::exchange(hasWarned, true)) return true;
+        }
+        ReportFailure({Step::EncryptRequests, moxcore::config::kUnknownFailure, 0,
+                       "The service at " + wanted->origin +
+                           " is reached by plain http: everybody on the way can read the sign-in "
+                           "and the movies. Use https where the network is not your own."});
         return true;
     }
 
+    void AllowInsecure() {
+        {
+            std::lock_guard lock(mutex);
+            allowsInsecure = true;
+            if (!address.empty()) return;
+        }
+        Set(fromEnvironment);
+    }
+
+    [[nodiscard]] std::string WhyNone() const {
+        if (fromEnvironment.empty()) return "no service address is set (QUILLO_SERVICE_URL)";
+        auto const url = AddressIn(fromEnvironment);
+        if (!url)
+            return "QUILLO_SERVICE_URL is no address of a service; write it like "
+                   "https://review.example, without a path";
+        return "QUILLO_SERVICE_URL is plain http to another machine (" + url->origin +
+               "), which this application does not allow; use https";
+    }
+
 private:
-    mutable std::mutex mutex;
-    std::string address;  // guarded by mutex
+    std::string fromEnvironment;  // set while this is made
+
+    mutable std::mutex mutex;  // guards all below
+    std::string address;
+    bool allowsInsecure = false;
+    bool hasWarned = false;
 };
 
 /// Never destroyed: requests may still be made while the process ends.
@@ -70,6 +112,19 @@ std::string UrlAtService(std::string_view path) {
 
 bool SetServiceAddress(std::string const& url) {
     return TheAddress().Set(url);
+}
+
+bool IsInsecureServiceAddress(std::string const& url) {
+    auto const address = AddressIn(url);
+    return address && IsInsecure(*address);
+}
+
+void AllowInsecureHttp() {
+    TheAddress().AllowInsecure();
+}
+
+std::string WhyNoServiceAddress() {
+    return TheAddress().WhyNone();
 }
 
 }  // namespace quillocommon

@@ -128,8 +128,7 @@ Answer Session::SendAs(std::shared_ptr<Identity const> const& identity,
                        HttpRequest const& request) {
     auto url = quillocommon::UrlAtService(request.url);
     if (url.empty())
-        return Answer::CreateFailed(kBadRequest, "no service address is set (QUILLO_SERVICE_URL)",
-                                    nullptr);
+        return Answer::CreateFailed(kBadRequest, quillocommon::WhyNoServiceAddress(), nullptr);
     HttpRequest sent = request;
     sent.url = std::move(url);
     sent.commonHeaders = {identity, &identity->headers};

@@ -125,6 +125,15 @@ class ErrorTests(EndToEnd):
         for address in ("ftp://127.0.0.1", "127.0.0.1:80", "http://user@127.0.0.1", "http://h/path"):
             self.assertIn(address, self.refusal(2, "locations", "--service", address))
 
+    def test_plain_http_to_another_machine_has_to_be_allowed_and_is_warned_of(self):
+        port = self.service().url.rsplit(":", 1)[1]
+        address = f"http://0.0.0.0:{port}"  # not a loopback address, and yet this machine
+        self.assertIn("--insecure-http", self.refusal(2, "locations", "--service", address))
+        _, _, err = self.start_host("locations", "--insecure-http", "--service", address).finish()
+        warnings = [line for line in err.splitlines() if line.startswith("Warning: ")]
+        self.assertEqual(len(warnings), 1, err)
+        self.assertIn(address, warnings[0])
+
     def test_its_own_service_is_in_use(self):
         service = Service(self.state / "service")
         self.addCleanup(service.stop)

@@ -62,6 +62,7 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     if (quillocommon::SetServiceAddress(text)) {
         auto const address = quillocommon::GetServiceAddress();
         FUZZ_REQUIRE(url && url->origin == address && !url->hasUser);
+        FUZZ_REQUIRE(address.starts_with("https:") || url->IsLoopback());
         FUZZ_REQUIRE(quillocommon::SetServiceAddress(address));
         FUZZ_REQUIRE(quillocommon::GetServiceAddress() == address);
         FUZZ_REQUIRE(ParseUrl(quillocommon::UrlAtService("/v1/me"))->origin == address);

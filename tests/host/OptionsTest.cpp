@@ -12,14 +12,16 @@ using testing::HasSubstr;
 using Arguments = std::vector<std::string>;
 
 TEST(Options, TakesTheWholeCommandLineOfAShare) {
-    auto const options = ParseOptions({"share", "--name=a=b", "--to", R"(Acme/Films\/Ads/Spring)",
-                                       "--json", "--service", "http://127.0.0.1:1", "--data",
-                                       "/tmp/state", "--browser", "firefox", "--", "--movie.mp4"});
+    auto const options =
+        ParseOptions({"share", "--name=a=b", "--to", R"(Acme/Films\/Ads/Spring)", "--json",
+                      "--service", "http://127.0.0.1:1", "--data", "/tmp/state", "--browser",
+                      "firefox", "--insecure-http", "--", "--movie.mp4"});
 
     EXPECT_EQ(options.command, Command::Share);
     EXPECT_EQ(options.name, "a=b");
     EXPECT_THAT(options.to, ElementsAre("Acme", "Films/Ads", "Spring"));
     EXPECT_TRUE(options.json);
+    EXPECT_TRUE(options.insecureHttp);
     EXPECT_EQ(options.service, "http://127.0.0.1:1");
     EXPECT_EQ(options.data, "/tmp/state");
     EXPECT_EQ(options.browser, "firefox");

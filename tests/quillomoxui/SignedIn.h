@@ -12,7 +12,7 @@
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/MainThread.h"
-#include "quillomoxui/model/QuilloNode.h"
+#include "quillomoxui/model/QuilloFolder.h"
 #include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 #include "quillosdk/RetryPolicy.h"
 #include "tests/support/DrainMainThread.h"
@@ -68,6 +68,45 @@ protected:
                       R"(,"root_folder":)" + Record(8, "root", R"(,"type":"folder")")) +
                "]}");
         On("GET /v1/workspaces/" + Id(4) + "/projects", R"({"projects":[]})");
+    }
+
+    /// Folder 6 holds itself, folder 100 with an endless row of folders, and folder 11, which holds
+    /// itself, folder 6, folder 12 and a file with a name of 2,000 characters.
+    void ServeEndlessTree() {
+        using testsupport::Id;
+        auto const folder = [](int id, std::string const& name) {
+            return testsupport::Record(id, name, R"(,"type":"folder")");
+        };
+        auto const serve = [&](int id, std::string const& records) {
+            On("GET /v1/folders/" + Id(id) + "/children", R"({"assets":[)" + records + "]}");
+        };
+        serve(6, folder(6, "itself") + "," + folder(11, "loop") + "," + folder(100, "deep"));
+        serve(11, folder(6, "above") + "," + folder(11, "itself") + "," + folder(12, "end") + "," +
+                      testsupport::Record(13, std::string(2000, 'x'), R"(,"type":"file")"));
+        for (int id = 100; id < 400; ++id)
+            serve(id, folder(id + 1, "deeper"));
+    }
+
+    /// Holds what a backend makes of it, `root` being folder 6, to what it should be.
+    void ExpectAnEndTo(std::shared_ptr<QuilloFolder> const& root) {
+        auto const childrenOf = [&](auto const& folder) {
+            folder->FetchChildren();
+            executor.AdvanceBy(std::chrono::seconds(20));
+            return folder->GetChildNodes();
+        };
+        EXPECT_EQ(Names(childrenOf(root)), (std::vector<std::string>{"deep", "loop"}));
+        EXPECT_EQ(Names(childrenOf(root->GetFolders().at(1))),
+                  (std::vector<std::string>{std::string(999, 'x') + "\u2026", "end"}));
+        ASSERT_EQ(failures.All().size(), 2u);
+        EXPECT_NE(failures.All()[1].message.find("2 folders of one list"), std::string::npos);
+
+        std::size_t levels = 6;  // from the user to the folder "deep", both included
+        for (auto folder = root->GetFolders().at(0); !childrenOf(folder).empty(); ++levels)
+            folder = folder->GetFolders().at(0);
+        EXPECT_EQ(levels, 256u);
+        ASSERT_EQ(failures.All().size(), 3u);
+        for (auto const& failure : failures.All())
+            EXPECT_EQ(failure.step, quillocommon::Step::ListLocations);
     }
 
     static std::vector<std::string> Names(NodeVector<QuilloNode> const& nodes) {

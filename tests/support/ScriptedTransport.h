@@ -29,7 +29,7 @@ public:
         std::function<std::optional<quillosdk::HttpResponse>(quillosdk::HttpRequest const&)>;
 
     /// Where the service is; the service address meanwhile.
-    static constexpr char kAddress[] = "http://service.test";
+    static constexpr char kAddress[] = "https://service.test";
 
     ScriptedTransport();
     ~ScriptedTransport();

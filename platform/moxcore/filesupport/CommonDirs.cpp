@@ -139,4 +139,10 @@ void SetUserRoot(string::UTF16String const& directory) {
     settings.root = string::UTF16to8(directory);
 }
 
+bool HasUserRoot() {
+    auto& settings = TheSettings();
+    std::lock_guard lock(settings.mutex);
+    return !settings.root.empty();
+}
+
 }  // namespace moxcore::filesupport::commondirs

@@ -22,4 +22,7 @@ MOXCORE_API void SetApplicationName(string::UTF16String const& name);
 /// what it is, and a link in it is refused. Call before any of them is used.
 MOXCORE_API void SetUserRoot(string::UTF16String const& directory);
 
+/// Whether they are there: then nothing of the user's is to be kept elsewhere.
+[[nodiscard]] MOXCORE_API bool HasUserRoot();
+
 }  // namespace moxcore::filesupport::commondirs

@@ -1,17 +1,21 @@
 #include "moxcore/string/Conversions.h"
 
+#include <unicode/brkiter.h>
 #include <unicode/char16ptr.h>
 #include <unicode/ustring.h>
+#include <unicode/utf16.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 
 namespace moxcore::string {
 namespace {
 
 constexpr UChar32 kReplacement = 0xFFFD;
+constexpr unsigned short kEllipsis = 0x2026;
 
 bool IsAscii(std::string_view text) {
     unsigned char seen = 0;
@@ -70,6 +74,32 @@ std::string UTF16to8(UTF16String const& text) {
     status = U_ZERO_ERROR;
     u_strToUTF8WithSub(utf8.data(), needed, nullptr, units, length, kReplacement, nullptr, &status);
     return utf8;
+}
+
+UTF16String Shorten(UTF16String text, std::size_t most) {
+    // Without ICU's look at it: no character has less than one unit.
+    if (text.size() <= most || most == 0) return text;
+    auto const* const units = reinterpret_cast<UChar const*>(text.data());
+    auto const length = LengthForIcu(text.size());
+    if (!u_strHasMoreChar32Than(units, length, LengthForIcu(most))) return text;
+
+    std::int32_t end = 0;
+    U16_FWD_N(units, end, length, LengthForIcu(most - 1));
+    // One more than is kept: whether a character ends there depends on what comes next.
+    std::int32_t next = end;
+    U16_FWD_1(units, next, length);
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> const characters(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    if (U_SUCCESS(status)) {
+        characters->setText(icu::UnicodeString(false, units, next));
+        // A "character" of which nothing would be left is cut in two.
+        if (!characters->isBoundary(end))
+            if (auto const before = characters->preceding(end); before > 0) end = before;
+    }
+    text.resize(static_cast<std::size_t>(end));
+    text.push_back(kEllipsis);
+    return text;
 }
 
 }  // namespace moxcore::string

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,10 @@ namespace moxcore::string {
 
 [[nodiscard]] MOXCORE_API UTF16String UTF8to16(std::string_view utf8);
 [[nodiscard]] MOXCORE_API std::string UTF16to8(UTF16String const& text);
+
+/// `text`, or of one with more than `most` characters (code points) the beginning and "…", `most`
+/// at the most together. It is cut where what a reader sees as one character ends.
+[[nodiscard]] MOXCORE_API UTF16String Shorten(UTF16String text, std::size_t most);
 
 /// The names under which the service's libraries know the two conversions above.
 [[nodiscard]] inline UTF16String StdToUTF16String(std::string const& utf8) {

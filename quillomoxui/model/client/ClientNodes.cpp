@@ -1,6 +1,6 @@
 #include "quillomoxui/model/client/ClientNodes.h"
 
-#include "moxcore/string/Conversions.h"
+#include "quillomoxui/model/TreeLimits.h"
 #include "quillomoxui/utility/WeakBindMemberFunction.h"
 
 namespace quillomoxui::model {
@@ -14,7 +14,7 @@ namespace {
 
 template <class Entry>
 void Initialize(QuilloNode& node, Entry const& entry) {
-    node.SetInitialIdentity(entry.GetID(), moxcore::string::UTF8to16(entry.GetName()));
+    node.SetInitialIdentity(entry.GetID(), NameForTree(entry.GetName()));
 }
 
 std::shared_ptr<QuilloDatastore> Datastore() {
@@ -170,6 +170,7 @@ void QuilloClientIntegration::QuilloClientFolder::ReceiveAssets(
     if (answer.GetException()) return;
     auto const list = answer.Get();
     auto const self = Share(this);
+    FolderFilter filter(*this);
     NodeVector<QuilloFolder> folders;
     NodeVector<QuilloFile> files;
     NodeVector<QuilloVersionStack> versionStacks;
@@ -177,18 +178,21 @@ void QuilloClientIntegration::QuilloClientFolder::ReceiveAssets(
         auto const entry = list->GetAsset(i);
         if (!entry) continue;
         auto const& type = entry->GetType();
-        if (type == quillo::QuilloAsset::kFolder)
-            folders.push_back(MakeClientNode<QuilloClientFolder>(*entry, self));
-        else if (type == quillo::QuilloAsset::kFile)
+        if (type == quillo::QuilloAsset::kFolder) {
+            if (filter.Admits(entry->GetID()))
+                folders.push_back(MakeClientNode<QuilloClientFolder>(*entry, self));
+        } else if (type == quillo::QuilloAsset::kFile) {
             files.push_back(MakeClientNode<QuilloClientFile>(*entry, self));
-        else if (type == quillo::QuilloAsset::kVersionStack)
+        } else if (type == quillo::QuilloAsset::kVersionStack) {
             versionStacks.push_back(MakeClientNode<QuilloClientVersionStack>(*entry, self));
+        }
     }
     SetFolders(folders);
     SetFiles(files);
     SetVersionStacks(versionStacks);
     SetFetchChildrenState(FetchChildrenState::Fetched);
     BeginListening();
+    filter.Report();
 }
 
 void QuilloClientIntegration::QuilloClientFolder::ListenToMessage(Message const& message) {

@@ -1,7 +1,7 @@
 #include "quillomoxui/model/sdk/SdkNodes.h"
 
 #include "moxcore/config/Error.h"
-#include "moxcore/string/Conversions.h"
+#include "quillomoxui/model/TreeLimits.h"
 #include "quillomoxui/model/sdk/ChildQueues.h"
 #include "quillomoxui/model/sdk/GuidConversions.h"
 #include "quillomoxui/model/sdk/WeakSingleton.h"
@@ -13,7 +13,7 @@ namespace quillomoxui::model {
 namespace {
 
 void Initialize(QuilloNode& node, quillocommon::Guid const& id, std::string const& name) {
-    node.SetInitialIdentity(FromServiceGuid(id), moxcore::string::StdToUTF16String(name));
+    node.SetInitialIdentity(FromServiceGuid(id), NameForTree(name));
 }
 
 void Initialize(QuilloNode& node, quillosdk::Asset const& record) {
@@ -124,21 +124,25 @@ void QuilloCppSdkIntegration::QuilloSdkFolder::FetchChildren() {
 void QuilloCppSdkIntegration::QuilloSdkFolder::ReceiveChildAssets(
     std::vector<quillosdk::Asset> const& records) {
     auto const self = Share(this);
+    FolderFilter filter(*this);
     NodeVector<QuilloFolder> folders;
     NodeVector<QuilloFile> files;
     NodeVector<QuilloVersionStack> versionStacks;
     for (auto const& record : records) {
-        if (record.type == "folder")
-            folders.push_back(std::make_shared<QuilloSdkFolder>(record, self));
-        else if (record.type == "file")
+        if (record.type == "folder") {
+            if (filter.Admits(FromServiceGuid(record.id.value_or(quillocommon::Guid()))))
+                folders.push_back(std::make_shared<QuilloSdkFolder>(record, self));
+        } else if (record.type == "file") {
             files.push_back(std::make_shared<QuilloSdkFile>(record, self));
-        else if (record.type == "version_stack")
+        } else if (record.type == "version_stack") {
             versionStacks.push_back(std::make_shared<QuilloSdkVersionStack>(record, self));
+        }
     }
     SetFolders(folders);
     SetFiles(files);
     SetVersionStacks(versionStacks);
     SetFetchChildrenState(FetchChildrenState::Fetched);
+    filter.Report();
 }
 
 QuilloCppSdkIntegration::QuilloSdkFile::QuilloSdkFile(quillosdk::Asset const& record,

@@ -56,4 +56,25 @@ TEST(Conversions, ReplaceWhatIsNotValid) {
     EXPECT_EQ(AsciiToUTF16("a\xE9z"), Units(u"a\uFFFDz"));
 }
 
+TEST(Conversions, ShortenTextWhereACharacterEnds) {
+    struct Case {
+        char const* description;
+        std::u16string text;
+        std::u16string shortened;  // to five characters
+    };
+    for (auto const& [description, text, shortened] :
+         std::vector<Case>{{"nothing", u"", u""},
+                           {"short enough", u"abcde", u"abcde"},
+                           {"too long", u"abcdef", u"abcd…"},
+                           {"short enough, of pairs", u"🎬🎬🎬🎬🎬", u"🎬🎬🎬🎬🎬"},
+                           {"too long, of pairs", u"🎬🎬🎬🎬🎬🎬", u"🎬🎬🎬🎬…"},
+                           {"an accent after the cut", u"abcd\u0301ef", u"abc…"},
+                           {"an accent before the cut", u"abc\u0301def", u"abc\u0301…"},
+                           {"a family of three in the way", u"ab👨\u200D👩\u200D👧z", u"ab…"},
+                           {"one character without an end", u"a" + std::u16string(9, u'\u0301'),
+                            u"a\u0301\u0301\u0301…"},
+                           {"half a pair", u"abcdef\xD83C", u"abcd…"}})
+        EXPECT_EQ(Shorten(Units(text), 5), Units(shortened)) << description;
+}
+
 }  // namespace

@@ -344,7 +344,7 @@ TEST_F(BrowserSignInTest, TheEndDoesNotWaitForTheUser) {
 TEST_F(BrowserSignInTest, TheCodeGoesToTheServiceThatTheUserWasSentTo) {
     auto login = Login();
     auto const page = browser.NextPage();
-    ASSERT_TRUE(quillocommon::SetServiceAddress("http://another.test"));
+    ASSERT_TRUE(quillocommon::SetServiceAddress("https://another.test"));
     EXPECT_THAT(FakeBrowser::Visit(page.ReturnAddress("secret")), HasSubstr("Thank you"));
     EXPECT_EQ(login.Result(), kSessionExists);
     EXPECT_THAT(transport.At(1).url, StartsWith(std::string(transport.kAddress) + "/"));

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <future>
+#include <iostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -67,20 +69,80 @@ TEST(ServiceAddress, TakesTheOriginOfAServiceAndNothingElse) {
         {"", nullptr},
         {"127.0.0.1:8080", nullptr},
         {"ftp://quillo.example", nullptr},
-        {"http://quillo.example/api", nullptr},
-        {"http://quillo.example?x=1", nullptr},
-        {"http://quillo.example#x", nullptr},
-        {"http://someone@quillo.example", nullptr},
-        {"http://quillo.example:99999", nullptr},
-        {"http://quillo.example\r\nX: y", nullptr},
+        {"https://quillo.example/api", nullptr},
+        {"https://quillo.example?x=1", nullptr},
+        {"https://quillo.example#x", nullptr},
+        {"https://someone@quillo.example", nullptr},
+        {"https://quillo.example:99999", nullptr},
+        {"https://quillo.example\r\nX: y", nullptr},
     };
     for (auto const& row : kRows) {
         SCOPED_TRACE(row.url);
-        ASSERT_TRUE(quillocommon::SetServiceAddress("http://before.example"));
+        ASSERT_TRUE(quillocommon::SetServiceAddress("https://before.example"));
         EXPECT_EQ(quillocommon::SetServiceAddress(row.url), row.address != nullptr);
         EXPECT_EQ(quillocommon::GetServiceAddress(),
-                  row.address ? row.address : "http://before.example");
+                  row.address ? row.address : "https://before.example");
     }
+}
+
+/// Ends the process, well when `wrong` is empty.
+[[noreturn]] void EndWith(std::string const& wrong) {
+    std::cerr << wrong << std::flush;
+    std::_Exit(wrong.empty() ? 0 : 1);
+}
+
+constexpr char const* kOtherMachines[] = {"http://review.example",
+                                          "http://127.evil.example",
+                                          "http://127.0.0.1.evil.example",
+                                          "http://localhost.evil.example/",
+                                          "http://10.0.0.1",
+                                          "http://0.0.0.0",
+                                          "http://[::2]:8080"};
+
+TEST(ServiceAddress, PlainHttpIsForThisMachine) {
+    for (char const* url :
+         {"http://127.0.0.1:1", "http://127.255.3.4", "http://127.1", "http://LOCALHOST:8080",
+          "http://[0:0:0:0:0:0:0:1]:1", "http://[::1]:80"}) {
+        SCOPED_TRACE(url);
+        EXPECT_FALSE(quillocommon::IsInsecureServiceAddress(url));
+        EXPECT_TRUE(quillocommon::SetServiceAddress(url));
+    }
+    EXPECT_FALSE(quillocommon::IsInsecureServiceAddress("ftp://quillo.example"));
+    for (char const* url : kOtherMachines) {
+        SCOPED_TRACE(url);
+        EXPECT_TRUE(quillocommon::IsInsecureServiceAddress(url));
+        EXPECT_FALSE(quillocommon::SetServiceAddress(url));
+        EXPECT_EQ(quillocommon::GetServiceAddress(), "http://[::1]");
+    }
+}
+
+TEST(ServiceAddress, OtherPlainHttpHasToBeAllowedAndIsWarnedOfOnce) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // what is allowed stays so for the process
+    auto const takeThemAll = [] {
+        std::string wrong;
+        std::vector<Failure> told;
+        auto const subscription =
+            ListenToFailures([&](auto const& failure) { told.push_back(failure); });
+        quillocommon::AllowInsecureHttp();
+        for (char const* url : kOtherMachines)
+            if (!quillocommon::SetServiceAddress(url)) wrong.append(url).append(" is refused; ");
+        if (told.size() != 1) return wrong + std::to_string(told.size()) + " warnings";
+        if (!IsWarning(told[0].step)) wrong += "it is no warning; ";
+        if (told[0].message.find("http://review.example") == std::string::npos) wrong += "of what?";
+        return wrong;
+    };
+    EXPECT_EXIT(EndWith(takeThemAll()), testing::ExitedWithCode(0), "^$");
+}
+
+TEST(ServiceAddress, ThatOfTheEnvironmentIsHeldToTheSameRule) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // it is read once
+    auto const addressOf = [](bool isAllowed) {
+        setenv("QUILLO_SERVICE_URL", "http://review.example", 1);
+        if (isAllowed) quillocommon::AllowInsecureHttp();
+        return quillocommon::GetServiceAddress();
+    };
+    EXPECT_EXIT(EndWith(addressOf(false)), testing::ExitedWithCode(0), "^$");
+    EXPECT_EXIT(EndWith(addressOf(true)), testing::ExitedWithCode(1), "^http://review.example$");
 }
 
 }  // namespace

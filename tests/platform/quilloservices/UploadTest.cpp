@@ -272,14 +272,14 @@ TEST_F(UploadTest, FollowsALocationAtTheServiceAndNowhereElse) {
     constexpr Row kRows[] = {
         {"/v1/uploads/u1", "/v1/uploads/u1"},
         {"uploads/u1", "/v1/uploads/u1"},
-        {"http://service.test/v1/uploads/u1", "/v1/uploads/u1"},
-        {"http://SERVICE.test:80/v1/uploads/u1", "/v1/uploads/u1"},
-        {"https://service.test/v1/uploads/u1", nullptr},
-        {"http://service.test:81/v1/uploads/u1", nullptr},
-        {"http://evil.test/v1/uploads/u1", nullptr},
+        {"https://service.test/v1/uploads/u1", "/v1/uploads/u1"},
+        {"https://SERVICE.test:443/v1/uploads/u1", "/v1/uploads/u1"},
+        {"https://service.test:81/v1/uploads/u1", nullptr},
+        {"http://service.test/v1/uploads/u1", nullptr},
+        {"https://evil.test/v1/uploads/u1", nullptr},
         {"//evil.test/v1/uploads/u1", nullptr},
-        {"http://service.test@evil.test/v1/uploads/u1", nullptr},
-        {"http://a:b@service.test/v1/uploads/u1", nullptr},
+        {"https://service.test@evil.test/v1/uploads/u1", nullptr},
+        {"https://a:b@service.test/v1/uploads/u1", nullptr},
         {"file:///v1/uploads/u1", nullptr},
     };
     auto const path = directory.Write("m", "x");

@@ -125,6 +125,12 @@ TEST_F(ClientBackendTest, AFolderTakesTheTypesItKnows) {
     EXPECT_EQ(root->GetFiles().at(0)->GetID().AsStdString(), Id(10));
 }
 
+TEST_F(ClientBackendTest, ATreeThatHasNoEndIsCutOffAndReported) {
+    ServeEndlessTree();
+    auto const user = FetchedUser();
+    ExpectAnEndTo(RootFolderOf(user));
+}
+
 TEST_F(ClientBackendTest, EachNodeFetchesAgainWhenItsOwnListHasChanged) {
     On("GET /v1/folders/" + Id(6) + "/children",
        R"({"assets":[)" + Record(11, "Shots", R"(,"type":"folder")") + "]}");

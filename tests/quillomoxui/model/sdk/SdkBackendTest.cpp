@@ -100,6 +100,17 @@ TEST_F(BackendTest, AFolderTakesTheTypesItKnowsAndReplacesItsChildrenAtEachAnswe
     EXPECT_EQ(folder->GetFetchChildrenState(), FetchChildrenState::Fetched);
 }
 
+TEST_F(BackendTest, ATreeThatHasNoEndIsCutOffAndReported) {
+    ServeEndlessTree();
+    ASSERT_TRUE(SignIn());
+    auto const user = CurrentUser();
+    ASSERT_TRUE(user);
+    user->FetchChildren();
+    executor.RunDue();
+    auto const workspace = user->GetAccounts().at(0)->GetWorkspaces().at(1);
+    ExpectAnEndTo(workspace->GetProjects().at(1)->GetRootFolder());
+}
+
 TEST_F(BackendTest, TheCurrentUserIsAskedForAtEachCallAndNotMadeUp) {
     EXPECT_FALSE(CurrentUser());  // nobody is signed in
     EXPECT_THAT(Requests("GET"), IsEmpty());

@@ -1,21 +1,17 @@
-#include "quilloauth/TokenStore.h"
+#include "quilloauth/FileTokenStore.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <utility>
 
 #include "quilloauth/Descriptor.h"
-#include "quillocommon/Saturating.h"
-#include "quillosdk/Redact.h"
+#include "quilloauth/TokenJson.h"
 
 namespace quilloauth {
 namespace {
@@ -23,6 +19,7 @@ namespace {
 using nlohmann::json;
 
 constexpr mode_t kOwnerOnly = 0600;
+constexpr char kSignedOut[] = "signed_out";
 
 Descriptor Open(std::string const& path, int flags) {
     return Descriptor(open(path.c_str(), flags | O_CLOEXEC | O_NOFOLLOW, kOwnerOnly));
@@ -65,17 +62,6 @@ json ReadServices(std::string const& path) {
     return services != root.end() && services->is_object() ? *services : json::object();
 }
 
-/// Anything but a number of seconds counts as long ago: the tokens are renewed then.
-moxcore::threads::TimePoint ExpiryIn(json const& entry) {
-    auto const& seconds = entry.at("expires_at");
-    if (!seconds.is_number_integer()) return {};
-    std::uint64_t constexpr kLast = std::numeric_limits<std::int64_t>::max();
-    return quillocommon::TimeAt(std::chrono::seconds(
-        seconds.is_number_unsigned()
-            ? static_cast<std::int64_t>(std::min(seconds.get<std::uint64_t>(), kLast))
-            : seconds.get<std::int64_t>()));
-}
-
 bool WriteAll(int descriptor, std::string const& text) {
     for (std::size_t at = 0; at < text.size();) {
         ssize_t const written = write(descriptor, text.data() + at, text.size() - at);
@@ -101,52 +87,61 @@ bool WriteServices(std::string const& path, json services) {
     return false;
 }
 
+/// Has `change` alter the entries, and replaces the file if it says that it did.
+template <class Change>
+void ChangeServices(std::string const& path, Change change) {
+    Lock const lock(path);
+    auto services = ReadServices(path);
+    if (change(services) && !WriteServices(path, std::move(services)))
+        throw TokenStoreFailure(
+            "the file for it cannot be written; look at the user's configuration directory");
+}
+
+/// The entry for `address`; null when there is none.
+json EntryFor(std::string const& path, std::string const& address) {
+    auto const services = ReadServices(path);
+    auto const entry = services.find(address);
+    return entry == services.end() ? json() : *entry;
+}
+
 }  // namespace
 
-TokenStore::TokenStore(std::string path) : path(std::move(path)) {}
+FileTokenStore::FileTokenStore(std::string path) : path(std::move(path)) {}
 
-std::optional<Tokens> TokenStore::Load(std::string const& address) {
-    {
-        std::lock_guard guard(mutex);
-        if (auto const found = unsaved.find(address); found != unsaved.end()) return found->second;
-    }
-    auto const services = ReadServices(path);
-    try {
-        auto const& entry = services.at(address);
-        Tokens tokens{entry.at("access_token").get<std::string>(),
-                      entry.at("refresh_token").get<std::string>(), ExpiryIn(entry)};
-        bool const usable = quillosdk::IsToken(tokens.access) && quillosdk::IsToken(tokens.refresh);
-        return usable ? std::optional(std::move(tokens)) : std::nullopt;
-    } catch (json::exception const&) {  // no such entry, or none of ours
-        return std::nullopt;
-    }
+std::optional<Tokens> FileTokenStore::Load(std::string const& address) {
+    return TokensFrom(EntryFor(path, address));
 }
 
-bool TokenStore::Save(std::string const& address, Tokens const& tokens) {
-    Lock const lock(path);
-    auto services = ReadServices(path);
-    services[address] = {
-        {"access_token", tokens.access},
-        {"refresh_token", tokens.refresh},
-        {"expires_at",
-         std::chrono::floor<std::chrono::seconds>(tokens.expiry.time_since_epoch()).count()}};
-    bool const saved = WriteServices(path, std::move(services));
-    std::lock_guard guard(mutex);
-    if (saved)
-        unsaved.erase(address);
-    else
-        unsaved.insert_or_assign(address, tokens);
-    return saved;
+void FileTokenStore::Save(std::string const& address, Tokens const& tokens) {
+    ChangeServices(path, [&](json& services) {
+        services[address] = ToJson(tokens);
+        return true;
+    });
 }
 
-bool TokenStore::Forget(std::string const& address) {
-    {
-        std::lock_guard guard(mutex);
-        unsaved.erase(address);
-    }
-    Lock const lock(path);
-    auto services = ReadServices(path);
-    return services.erase(address) == 0 || WriteServices(path, std::move(services));
+void FileTokenStore::Forget(std::string const& address) {
+    ChangeServices(path, [&](json& services) { return services.erase(address) != 0; });
+}
+
+void FileTokenStore::ForgetIfStill(std::string const& address, Tokens const& tokens) {
+    ChangeServices(path, [&](json& services) {
+        auto const entry = services.find(address);
+        if (entry == services.end() || *entry != ToJson(tokens)) return false;
+        services.erase(entry);
+        return true;
+    });
+}
+
+void FileTokenStore::MarkSignedOut(std::string const& address) {
+    ChangeServices(path, [&](json& services) {
+        services[address] = {{kSignedOut, true}};
+        return true;
+    });
+}
+
+bool FileTokenStore::IsMarkedSignedOut(std::string const& address) {
+    auto const entry = EntryFor(path, address);
+    return entry.is_object() && entry.contains(kSignedOut);
 }
 
 }  // namespace quilloauth
