@@ -28,7 +28,7 @@ class Sessions {
 public:
     static constexpr std::int64_t kAccessSeconds = 3600;
     static constexpr std::int64_t kRefreshSeconds = 30 * 24 * 3600;
-    /// How long a used refresh token stays good, for a client that lost the answer.
+    /// How long a refresh token may be used again, for a client that lost the answer.
     static constexpr std::int64_t kRefreshGraceSeconds = 60;
 
     Sessions(Store& store, Clock clock);
@@ -36,7 +36,11 @@ public:
     /// Begins a session of `user` for the program `client`.
     TokenPair SignIn(const std::string& user, std::string_view client);
 
-    /// A new pair for a refresh token; nothing when it is unknown, expired, or of another client.
+    /// A new pair for a refresh token; nothing when it is unknown, expired, or of another client. A
+    /// refresh token is good for one exchange. One that is used again has been stolen, or its thief
+    /// was first: that ends its session (RFC 9700). But a client that lost the answer may ask for
+    /// it again for a while, as long as nothing of the pair in that answer was used; that pair is
+    /// taken back then.
     std::optional<TokenPair> Refresh(std::string_view refreshToken, std::string_view client);
 
     /// Ends the session that `token`, of either sort, belongs to. Unknown tokens are no error.

@@ -7,6 +7,7 @@
 #include "moxcore/config/Error.h"
 #include "moxcore/threads/AsyncExecutor.h"
 #include "quilloauth/AuthManager.h"
+#include "quilloauth/LocalUserSecret.h"
 #include "quillocommon/Failures.h"
 #include "quillocommon/ServiceAddress.h"
 
@@ -195,11 +196,15 @@ Response AuthSession::Login() {
 }
 
 Grant AuthSession::AskForGrant(std::string const& address, unsigned session) {
-    auto const grant = Await(RequestLocalUserGrant(address, clientID));
-    auto const* refused = std::get_if<GrantRefused>(&grant);
-    bool const wantsBrowser = refused && (refused->code == "unauthorized_client" ||
-                                          refused->code == "unsupported_grant_type");
-    if (!wantsBrowser) return grant;
+    auto secrets = FindLocalUserSecrets(address);
+    if (secrets.empty()) secrets.emplace_back();  // a service may trust without one
+    for (auto const& secret : secrets) {
+        auto const grant = Await(RequestLocalUserGrant(address, clientID, secret));
+        auto const* refused = std::get_if<GrantRefused>(&grant);
+        bool const wantsBrowser = refused && (refused->code == "unauthorized_client" ||
+                                              refused->code == "unsupported_grant_type");
+        if (!wantsBrowser) return grant;
+    }
     return Await(RequestCodeGrant(address, clientID, AskInBrowser(address, session)));
 }
 

@@ -8,11 +8,13 @@
 #include "quilloauth/AuthManager.h"
 #include "quilloauth/AuthSession.h"
 #include "quilloauth/TokenStore.h"
+#include "quillocommon/ServiceAddress.h"
 #include "quillosdk/RetryPolicy.h"
 #include "tests/support/FailureLog.h"
 #include "tests/support/ManualExecutor.h"
 #include "tests/support/ScriptedTransport.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/UserDirectories.h"
 
 namespace {
 
@@ -175,6 +177,22 @@ TEST_F(AuthTest, SignsTheLocalUserInFromTheThreadThatToldThatNobodyIs) {
               "client_id=the%20editor&grant_type=urn%3Aquillo%3Agrant-type%3Alocal-user");
     EXPECT_EQ(transport.HeaderAt(0, "Content-Type"), "application/x-www-form-urlencoded");
     EXPECT_EQ(transport.Count(), 1u);
+}
+
+TEST_F(AuthTest, ProvesThatItIsTheLocalServicesUserWithTheSecretThatIsGood) {
+    testsupport::UserDirectories const user(directory.Path());
+    user.WriteSecret(user.Runtime(), "8080", "127.0.0.1", "stale-secret");
+    user.WriteSecret(user.Cache(), "8080", "127.0.0.1", "good-secret");
+    auto const before = quillocommon::GetServiceAddress();
+    ASSERT_TRUE(quillocommon::SetServiceAddress("http://127.0.0.1:8080"));
+    transport.SetResponder([&](auto const& request) {
+        return request.body->ends_with("&local_user_secret=good-secret")
+                   ? quillosdk::HttpResponse{200, {}, Granted(1)}
+                   : quillosdk::HttpResponse{400, {}, R"({"error":"unauthorized_client"})"};
+    });
+    EXPECT_EQ(session->Login().GetResult(), kSessionExists);
+    EXPECT_EQ(transport.Count(), 2u);
+    ASSERT_TRUE(quillocommon::SetServiceAddress(before));
 }
 
 /// Runs all at once: Login waits, so nobody else could let time pass.
