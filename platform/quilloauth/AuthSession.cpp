@@ -21,6 +21,11 @@ using quillocommon::Response;
 /// A token with less left is renewed, so that a request does not run out of it on its way.
 constexpr std::chrono::seconds kRenewBefore{60};
 
+/// How often it is looked whether another process has renewed the tokens, and after which time it
+/// no longer matters what that one does: longer than its request may take.
+constexpr std::uint32_t kTurnDelay = 100;
+constexpr std::chrono::seconds kTurnPatience{90};
+
 constexpr quillocommon::Step kStep = quillocommon::Step::SignIn;
 
 /// Runs functions on a session's worker, as long as there is one.
@@ -55,7 +60,8 @@ std::exception_ptr NotSignedIn(std::string const& why) {
 AuthSession::AuthSession(std::string clientID, std::string redirectURI, std::string tokenPath)
     : clientID(std::move(clientID)),
       redirectURI(std::move(redirectURI)),
-      store(std::move(tokenPath)) {}
+      tokenPath(std::move(tokenPath)),
+      store(this->tokenPath) {}
 
 AuthSession::~AuthSession() {
     Stop();
@@ -84,15 +90,29 @@ void AuthSession::HandOut(std::shared_ptr<TokenPromise> const& promise) {
     } else if (IsUsable(*tokens, kRenewBefore)) {
         promise->SetValue(tokens->access);
     } else {
-        auto& others = waiting[address];
+        auto& others = waiting[address].promises;
         others.push_back(promise);
-        if (others.size() == 1) Renew(address, *tokens);
+        if (others.size() == 1) RenewInTurn(address, moxcore::threads::Now() + kTurnPatience);
     }
 }
 
-void AuthSession::Renew(std::string const& address, Tokens const& old) {
-    Renewal const renewal{address, old, CurrentSession()};
-    RequestRefresh(address, clientID, old.refresh)
+void AuthSession::RenewInTurn(std::string const& address, moxcore::threads::TimePoint patience) {
+    auto turn = RenewalTurn::TryTake(tokenPath);
+    if (!turn && moxcore::threads::Now() < patience) {
+        WorkerExecutor(weak_from_this(), worker)
+            .CallAsyncDelayed([this, address, patience] { RenewInTurn(address, patience); },
+                              kTurnDelay);
+        return;
+    }
+    auto const tokens = store.Load(address);  // as whoever had the turn has left them
+    if (!tokens) return FailAll(address, NotSignedIn("the session has been ended meanwhile"));
+    if (IsUsable(*tokens, kRenewBefore)) return Give(address, tokens->access);
+    waiting[address].turn = std::move(turn);
+    Renew({address, *tokens, CurrentSession()});
+}
+
+void AuthSession::Renew(Renewal const& renewal) {
+    RequestRefresh(renewal.address, clientID, renewal.old.refresh)
         .OnComplete([weak = weak_from_this(), renewal](Future<Grant> const& granted) {
             auto const self = weak.lock();
             if (!self) return;
@@ -124,7 +144,7 @@ void AuthSession::OnRenewalRefused(Renewal const& renewal, GrantRefused const& r
         auto const current = store.Load(renewal.address);
         if (current && current->refresh != renewal.old.refresh) {
             if (IsUsable(*current, kRenewBefore)) return Give(renewal.address, current->access);
-            return Renew(renewal.address, *current);
+            return Renew({renewal.address, *current, CurrentSession()});
         }
         std::lock_guard lock(mutex);
         if (sessionCount == renewal.session) static_cast<void>(store.Forget(renewal.address));
@@ -136,13 +156,18 @@ void AuthSession::OnRenewalRefused(Renewal const& renewal, GrantRefused const& r
     FailAll(renewal.address, std::make_exception_ptr(ResultException(result, refused.message)));
 }
 
+std::vector<std::shared_ptr<AuthSession::TokenPromise>> AuthSession::TakeWaiting(
+    std::string const& address) {
+    return std::exchange(waiting[address], {}).promises;
+}
+
 void AuthSession::Give(std::string const& address, std::string const& token) {
-    for (auto const& promise : std::exchange(waiting[address], {}))
+    for (auto const& promise : TakeWaiting(address))
         promise->SetValue(token);
 }
 
 void AuthSession::FailAll(std::string const& address, std::exception_ptr const& exception) {
-    for (auto const& promise : std::exchange(waiting[address], {}))
+    for (auto const& promise : TakeWaiting(address))
         promise->SetException(exception);
 }
 
