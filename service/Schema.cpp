@@ -118,8 +118,8 @@ CREATE INDEX idempotency_keys_by_time ON idempotency_keys (used_at);
 PRAGMA user_version = 3;
 )sql";
 
-// What a token was issued for (the hash of the refresh token that was exchanged for it), and when
-// it was used first. Of the refresh tokens of before it is not known; they count as not used.
+// The hash of the refresh token that was exchanged for a token, and when a refresh token was
+// exchanged first.
 constexpr const char* kTokenUse = R"sql(
 ALTER TABLE tokens ADD COLUMN parent TEXT;
 ALTER TABLE tokens ADD COLUMN used_at INTEGER;

@@ -32,14 +32,6 @@ TokenPair IssuePair(Database& database, std::int64_t session, std::int64_t now,
             Issue(database, session, kRefresh, now + Sessions::kRefreshSeconds, parent)};
 }
 
-bool MayBeRepeated(Database& database, const std::string& hash, std::int64_t usedAt,
-                   std::int64_t now) {
-    if (now - usedAt >= Sessions::kRefreshGraceSeconds) return false;
-    Statement used =
-        database.Query("SELECT 1 FROM tokens WHERE parent = ? AND used_at IS NOT NULL", hash);
-    return !used.Next();
-}
-
 /// Takes back the pair that was issued for the refresh token `hash`. Its refresh token stays known
 /// as one that was used long ago, so that whoever has it is found out.
 void TakeBack(Database& database, const std::string& hash) {
@@ -112,28 +104,36 @@ void Sessions::Revoke(std::string_view token) {
 std::optional<Identity> Sessions::Find(std::string_view accessToken) const {
     std::string hash = HashOf(accessToken);
     std::int64_t now = clock_();
-    bool isFirstUse = false;
+    bool isNew = false;
     auto identity = store_.Read([&](Database& database) -> std::optional<Identity> {
         Statement row = database.Query(
-            "SELECT session, user, parent IS NOT NULL AND used_at IS NULL AND expires_at > ? "
+            "SELECT session, user, parent IS NOT NULL AND expires_at > ? "
             "FROM tokens JOIN sessions ON sessions.id = session "
             "WHERE hash = ? AND kind = ? AND expires_at > ?",
             now + kAccessSeconds - kRefreshGraceSeconds, hash, kAccess, now);
         if (!row.Next()) return std::nullopt;
-        isFirstUse = row.Integer(2) != 0;
+        isNew = row.Integer(2) != 0;
         return Identity{row.Integer(0), row.Text(1)};
     });
-    if (!isFirstUse) return identity;
-    // From now on the refresh token that this was issued for cannot be used again. Once for each
-    // exchange, and only while that matters.
-    bool stillThere = store_.Write(
-        [&](Database& database) {
-            return database
-                .Query("UPDATE tokens SET used_at = ? WHERE hash = ? RETURNING 1", now, hash)
-                .Next();
-        },
-        Store::Durability::Process);
-    return stillThere ? identity : std::nullopt;
+    if (isNew) {
+        std::scoped_lock lock(mutex_);
+        std::erase_if(
+            seen_, [now](const auto& entry) { return now - entry.second >= kRefreshGraceSeconds; });
+        seen_.emplace(std::move(hash), now);
+    }
+    return identity;
+}
+
+bool Sessions::MayBeRepeated(Database& database, const std::string& hash, std::int64_t usedAt,
+                             std::int64_t now) {
+    if (now - usedAt >= kRefreshGraceSeconds) return false;
+    std::scoped_lock lock(mutex_);
+    Statement row =
+        database.Query("SELECT hash, used_at IS NOT NULL FROM tokens WHERE parent = ?", hash);
+    while (row.Next()) {
+        if (row.Integer(1) != 0 || seen_.contains(row.Text(0))) return false;
+    }
+    return true;
 }
 
 }  // namespace quilloservice

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +11,7 @@
 
 namespace quilloservice {
 
+class Database;
 class Store;
 
 /// Who is asking: a signed-in session and its user.
@@ -50,8 +53,15 @@ public:
     [[nodiscard]] std::optional<Identity> Find(std::string_view accessToken) const;
 
 private:
+    bool MayBeRepeated(Database& database, const std::string& hash, std::int64_t usedAt,
+                       std::int64_t now);
+
     Store& store_;
     Clock clock_;
+    mutable std::mutex mutex_;
+    /// The access tokens that were issued for a refresh token and used in the last minute, by their
+    /// hashes, and when. Not in the store: to look a token up must not wait for the disk.
+    mutable std::map<std::string, std::int64_t> seen_;  // mutex_
 };
 
 }  // namespace quilloservice
