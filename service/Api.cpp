@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <random>
 
 #include "service/ApiError.h"
 #include "service/Call.h"
 #include "service/Database.h"
+#include "service/RequestCount.h"
 #include "service/Text.h"
 #include "service/TusProtocol.h"
 #include "service/Uuid.h"
@@ -170,7 +170,7 @@ const Api::Route& Api::Admit(Call& call, const std::string& method) {
         call.response.SetHeader("Allow", allowed);
         throw ApiError(405, "method_not_allowed", "This address takes " + allowed + " only.");
     }
-    if (route->kind) Count(call, *route->kind);
+    if (route->kind) CountRequest(call, limiter_, call.identity.session, *route->kind);
     return *route;
 }
 
@@ -226,17 +226,6 @@ Identity Api::Authorize(Call& call) const {
     }
     call.response.SetHeader("WWW-Authenticate", "Bearer");
     throw ApiError(401, "unauthorized", "This needs an access token that is valid.");
-}
-
-void Api::Count(Call& call, RequestKind kind) {
-    auto decision = limiter_.Admit(call.identity.session, kind, std::chrono::steady_clock::now());
-    call.response.SetHeader("X-RATELIMIT-LIMIT", std::to_string(decision.limit.requests));
-    call.response.SetHeader("X-RATELIMIT-WINDOW", std::to_string(decision.limit.window.count()));
-    if (decision.admitted) return;
-    auto wait = std::chrono::ceil<std::chrono::seconds>(decision.retryAfter).count();
-    int seconds = static_cast<int>(std::max<std::int64_t>(1, wait));
-    throw ApiError(429, "rate_limited",
-                   "Too many requests; try again in " + std::to_string(seconds) + " s.", seconds);
 }
 
 }  // namespace quilloservice

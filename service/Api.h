@@ -53,7 +53,6 @@ private:
     void AnswerOptions(Call& call) const;
     void AllowOrigin(Call& call) const;
     Identity Authorize(Call& call) const;
-    void Count(Call& call, RequestKind kind);
 
     const Sessions& sessions_;
     RateLimiter limiter_;

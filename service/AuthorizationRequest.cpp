@@ -13,7 +13,6 @@ namespace quilloservice {
 
 namespace {
 
-constexpr std::size_t kLongestClient = 100;
 constexpr std::size_t kLongestState = 1024;
 constexpr std::size_t kShortestVerifier = 43;
 constexpr std::size_t kLongestVerifier = 128;
@@ -37,13 +36,10 @@ std::optional<std::string> DigestIn(std::string text) {
 AuthorizationRequest ReadSender(const OAuthFields& fields) {
     AuthorizationRequest request;
     try {
-        request.client = fields.Require("client_id");
+        request.client = fields.RequireClient();
         request.redirectUri = fields.Require("redirect_uri");
     } catch (const OAuthError& error) {
         throw UntrustedRequest{error.description};
-    }
-    if (request.client.size() > kLongestClient || !IsShowableText(request.client)) {
-        throw UntrustedRequest{"client_id is no name of a program."};
     }
     if (!IsLoopbackRedirect(request.redirectUri)) {
         throw UntrustedRequest{

@@ -1,9 +1,16 @@
 #include "service/OAuthFields.h"
 
 #include "service/Call.h"
+#include "service/Text.h"
 #include "service/http/UrlEncoding.h"
 
 namespace quilloservice {
+
+namespace {
+
+constexpr std::size_t kLongestClient = 256;
+
+}  // namespace
 
 OAuthFields OAuthFields::InBody(const Call& call) {
     std::string_view type = call.request.Header("Content-Type").value_or("");
@@ -28,6 +35,15 @@ const std::string& OAuthFields::Require(const std::string& name) const {
         throw OAuthError{"invalid_request", name + " has to be given once."};
     }
     return *values.front();
+}
+
+const std::string& OAuthFields::RequireClient() const {
+    const std::string& client = Require("client_id");
+    if (client.size() > kLongestClient || !IsPrintableText(client)) {
+        throw OAuthError{"invalid_request",
+                         "client_id has to be at most 256 bytes of printable text."};
+    }
+    return client;
 }
 
 std::optional<std::string> OAuthFields::Find(const std::string& name) const {

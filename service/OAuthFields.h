@@ -28,6 +28,10 @@ public:
     /// Throws OAuthError when the field is absent, or there twice.
     [[nodiscard]] const std::string& Require(const std::string& name) const;
 
+    /// The client_id: the name of a program, since programs need no registration. Throws OAuthError
+    /// when it is absent or there twice, and when it is longer than 256 bytes or not printable.
+    [[nodiscard]] const std::string& RequireClient() const;
+
     /// Throws OAuthError when the field is there twice.
     [[nodiscard]] std::optional<std::string> Find(const std::string& name) const;
 

@@ -18,7 +18,8 @@ usage: quillo-service --data DIR [options]
   --port N                   the port; absent or 0: the one used last with DIR if it is free, or any
   --host ADDR                the address to listen on (127.0.0.1)
   --sample small|large|none  what a new store is filled with (small)
-  --trust-local-user         sign in the sample user when asked from this machine, without a browser
+  --trust-local-user         sign in the sample user without a browser when asked by a program of the
+                             user who starts this, on this machine
   --allow-origin ORIGIN      let the pages of ORIGIN use the service from a browser (CORS)
   --limit N/SECONDS          at most N requests of each kind in SECONDS, instead of the kinds' own limits
   --stop-with-stdin          stop when standard input reaches its end

@@ -19,14 +19,15 @@ RateLimiter::RateLimiter(std::optional<RateLimit> forAll) {
     limit(RequestKind::Links) = {600, 60s};
     limit(RequestKind::Uploads) = {600, 60s};
     limit(RequestKind::Changes) = {600, 60s};
+    limit(RequestKind::Tokens) = {600, 60s};
     if (forAll) limits_.fill(*forAll);
 }
 
-RateLimiter::Decision RateLimiter::Admit(std::int64_t session, RequestKind kind, TimePoint now) {
+RateLimiter::Decision RateLimiter::Admit(std::int64_t who, RequestKind kind, TimePoint now) {
     const RateLimit& limit = limits_[static_cast<std::size_t>(kind)];
     std::scoped_lock lock(mutex_);
     ForgetQuietSessions(now);
-    std::deque<TimePoint>& times = admitted_[{session, kind}];
+    std::deque<TimePoint>& times = admitted_[{who, kind}];
     while (!times.empty() && now - times.front() >= limit.window)
         times.pop_front();
     if (times.size() < limit.requests) {

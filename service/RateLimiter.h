@@ -12,7 +12,7 @@
 namespace quilloservice {
 
 /// The kinds of request that are counted apart.
-enum class RequestKind { User, Workspaces, Projects, Children, Links, Uploads, Changes };
+enum class RequestKind { User, Workspaces, Projects, Children, Links, Uploads, Changes, Tokens };
 
 /// At most `requests` in any stretch of `window`.
 struct RateLimit {
@@ -20,8 +20,9 @@ struct RateLimit {
     std::chrono::milliseconds window{};
 };
 
-/// Counts the requests of each session and kind in a sliding window. Refused requests do not count,
-/// so that who keeps knocking still gets in as soon as the window has room. Any thread.
+/// Counts the requests of each session (or other number) and kind in a sliding window. Refused
+/// requests do not count, so that who keeps knocking still gets in as soon as the window has room.
+/// Any thread.
 class RateLimiter {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -35,12 +36,12 @@ public:
     /// One limit for all kinds when `forAll` is given, the kinds' own otherwise.
     explicit RateLimiter(std::optional<RateLimit> forAll);
 
-    Decision Admit(std::int64_t session, RequestKind kind, TimePoint now);
+    Decision Admit(std::int64_t who, RequestKind kind, TimePoint now);
 
 private:
     void ForgetQuietSessions(TimePoint now);
 
-    static constexpr std::size_t kKinds = static_cast<std::size_t>(RequestKind::Changes) + 1;
+    static constexpr std::size_t kKinds = static_cast<std::size_t>(RequestKind::Tokens) + 1;
 
     std::array<RateLimit, kKinds> limits_;
     std::mutex mutex_;

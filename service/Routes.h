@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "service/Clock.h"
@@ -11,6 +12,7 @@ class Api;
 class AuthorizationCodes;
 class DataDirectory;
 class EventStreams;
+class LocalUserSecret;
 class Places;
 class ReviewLinks;
 class Sessions;
@@ -19,7 +21,9 @@ class Uploads;
 
 // Each adds the routes of one section of docs/service-api.md. What is passed outlives `api`.
 
-void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes, bool trustLocalUser);
+/// `localUser`: of the user who is signed in without a browser; null: nobody is.
+void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes,
+                     const LocalUserSecret* localUser, std::optional<RateLimit> limit);
 void AddAuthorizeRoutes(Api& api, const Store& store, AuthorizationCodes& codes,
                         const Clock& clock);
 void AddLocationRoutes(Api& api, const Store& store);

@@ -8,7 +8,7 @@ namespace quilloservice {
 
 namespace {
 
-constexpr int kVersion = 3;
+constexpr int kVersion = 4;
 
 // Everything that has an ID of its own is a node, from account down to file, so that "does it
 // exist, what is it, may this user see it" is one look-up whatever is asked for. `parent` is the
@@ -118,6 +118,16 @@ CREATE INDEX idempotency_keys_by_time ON idempotency_keys (used_at);
 PRAGMA user_version = 3;
 )sql";
 
+// The hash of the refresh token that was exchanged for a token, and when a refresh token was
+// exchanged first.
+constexpr const char* kTokenUse = R"sql(
+ALTER TABLE tokens ADD COLUMN parent TEXT;
+ALTER TABLE tokens ADD COLUMN used_at INTEGER;
+CREATE INDEX tokens_by_parent ON tokens (parent) WHERE parent IS NOT NULL;
+
+PRAGMA user_version = 4;
+)sql";
+
 }  // namespace
 
 void MakeTables(Database& database) {
@@ -132,6 +142,7 @@ void MakeTables(Database& database) {
     if (version < 1) database.RunScript(kTables);
     if (version < 2) database.RunScript(kChanges);
     if (version < 3) database.RunScript(kKeyTimes);
+    if (version < 4) database.RunScript(kTokenUse);
 }
 
 }  // namespace quilloservice

@@ -2,6 +2,7 @@
 
 #include <sys/resource.h>
 
+#include <optional>
 #include <stdexcept>
 
 #include "service/Api.h"
@@ -10,6 +11,7 @@
 #include "service/Clock.h"
 #include "service/DataDirectory.h"
 #include "service/EventStreams.h"
+#include "service/LocalUserSecret.h"
 #include "service/Options.h"
 #include "service/Places.h"
 #include "service/ReviewLinks.h"
@@ -74,7 +76,8 @@ struct Service::Parts {
         uploads.Recover();
         port = Listen(server, directory, options);
         address = AddressOf(options.host, port);
-        AddSignInRoutes(api, sessions, codes, options.trustLocalUser);
+        if (options.trustLocalUser) localUser.emplace(options.host, port);
+        AddSignInRoutes(api, sessions, codes, localUser ? &*localUser : nullptr, options.limit);
         AddAuthorizeRoutes(api, store, codes, SystemTime);
         AddLocationRoutes(api, store);
         AddPlaceRoutes(api, places);
@@ -98,6 +101,7 @@ struct Service::Parts {
     http::Server server;
     int port = 0;
     std::string address;
+    std::optional<LocalUserSecret> localUser;
 };
 
 Service::Service(const Options& options) : parts_(std::make_unique<Parts>(options)) {}

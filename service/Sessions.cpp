@@ -16,16 +16,31 @@ std::string HashOf(std::string_view token) {
 }
 
 std::string Issue(Database& database, std::int64_t session, std::string_view kind,
-                  std::int64_t expiresAt) {
+                  std::int64_t expiresAt, std::string_view parent) {
     std::string token = ToHex(RandomBytes(32));
-    database.Run("INSERT INTO tokens (hash, session, kind, expires_at) VALUES (?, ?, ?, ?)",
-                 HashOf(token), session, kind, expiresAt);
+    database.Run(
+        "INSERT INTO tokens (hash, session, kind, expires_at, parent) "
+        "VALUES (?, ?, ?, ?, nullif(?, ''))",
+        HashOf(token), session, kind, expiresAt, parent);
     return token;
 }
 
-TokenPair IssuePair(Database& database, std::int64_t session, std::int64_t now) {
-    return {Issue(database, session, kAccess, now + Sessions::kAccessSeconds),
-            Issue(database, session, kRefresh, now + Sessions::kRefreshSeconds)};
+/// `parent`: the hash of the refresh token that is exchanged for the pair.
+TokenPair IssuePair(Database& database, std::int64_t session, std::int64_t now,
+                    std::string_view parent = {}) {
+    return {Issue(database, session, kAccess, now + Sessions::kAccessSeconds, parent),
+            Issue(database, session, kRefresh, now + Sessions::kRefreshSeconds, parent)};
+}
+
+/// Takes back the pair that was issued for the refresh token `hash`. Its refresh token stays known
+/// as one that was used long ago, so that whoever has it is found out.
+void TakeBack(Database& database, const std::string& hash) {
+    database.Run("DELETE FROM tokens WHERE parent = ? AND kind = ?", hash, kAccess);
+    database.Run("UPDATE tokens SET used_at = 0, parent = NULL WHERE parent = ?", hash);
+}
+
+void End(Database& database, std::int64_t session) {
+    database.Run("DELETE FROM sessions WHERE id = ?", session);
 }
 
 void ForgetExpired(Database& database, std::int64_t now) {
@@ -55,18 +70,27 @@ std::optional<TokenPair> Sessions::Refresh(std::string_view refreshToken, std::s
         std::int64_t now = clock_();
         std::string hash = HashOf(refreshToken);
         std::int64_t session = 0;
+        std::optional<std::int64_t> usedAt;
         {
             Statement row = database.Query(
-                "SELECT session FROM tokens JOIN sessions ON sessions.id = session "
+                "SELECT session, used_at IS NOT NULL, used_at FROM tokens "
+                "JOIN sessions ON sessions.id = session "
                 "WHERE hash = ? AND kind = ? AND expires_at > ? AND client = ?",
                 hash, kRefresh, now, client);
             if (!row.Next()) return std::nullopt;
             session = row.Integer(0);
+            if (row.Integer(1) != 0) usedAt = row.Integer(2);
         }
-        database.Run("UPDATE tokens SET expires_at = min(expires_at, ?) WHERE hash = ?",
-                     now + kRefreshGraceSeconds, hash);
+        if (!usedAt) {
+            database.Run("UPDATE tokens SET used_at = ? WHERE hash = ?", now, hash);
+        } else if (MayBeRepeated(database, hash, *usedAt, now)) {
+            TakeBack(database, hash);
+        } else {
+            End(database, session);
+            return std::nullopt;
+        }
         ForgetExpired(database, now);
-        return IssuePair(database, session, now);
+        return IssuePair(database, session, now, hash);
     });
 }
 
@@ -78,14 +102,38 @@ void Sessions::Revoke(std::string_view token) {
 }
 
 std::optional<Identity> Sessions::Find(std::string_view accessToken) const {
-    return store_.Read([&](Database& database) -> std::optional<Identity> {
+    std::string hash = HashOf(accessToken);
+    std::int64_t now = clock_();
+    bool isNew = false;
+    auto identity = store_.Read([&](Database& database) -> std::optional<Identity> {
         Statement row = database.Query(
-            "SELECT session, user FROM tokens JOIN sessions ON sessions.id = session "
+            "SELECT session, user, parent IS NOT NULL AND expires_at > ? "
+            "FROM tokens JOIN sessions ON sessions.id = session "
             "WHERE hash = ? AND kind = ? AND expires_at > ?",
-            HashOf(accessToken), kAccess, clock_());
+            now + kAccessSeconds - kRefreshGraceSeconds, hash, kAccess, now);
         if (!row.Next()) return std::nullopt;
+        isNew = row.Integer(2) != 0;
         return Identity{row.Integer(0), row.Text(1)};
     });
+    if (isNew) {
+        std::scoped_lock lock(mutex_);
+        std::erase_if(
+            seen_, [now](const auto& entry) { return now - entry.second >= kRefreshGraceSeconds; });
+        seen_.emplace(std::move(hash), now);
+    }
+    return identity;
+}
+
+bool Sessions::MayBeRepeated(Database& database, const std::string& hash, std::int64_t usedAt,
+                             std::int64_t now) {
+    if (now - usedAt >= kRefreshGraceSeconds) return false;
+    std::scoped_lock lock(mutex_);
+    Statement row =
+        database.Query("SELECT hash, used_at IS NOT NULL FROM tokens WHERE parent = ?", hash);
+    while (row.Next()) {
+        if (row.Integer(1) != 0 || seen_.contains(row.Text(0))) return false;
+    }
+    return true;
 }
 
 }  // namespace quilloservice

@@ -1,3 +1,4 @@
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "service/Api.h"
@@ -5,7 +6,11 @@
 #include "service/AuthorizationCodes.h"
 #include "service/Call.h"
 #include "service/LocalCaller.h"
+#include "service/LocalUserSecret.h"
 #include "service/OAuthFields.h"
+#include "service/OAuthMetadata.h"
+#include "service/RateLimiter.h"
+#include "service/RequestCount.h"
 #include "service/Routes.h"
 #include "service/SampleData.h"
 #include "service/Sessions.h"
@@ -16,9 +21,10 @@ using nlohmann::json;
 
 namespace {
 
-TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes, bool trustLocalUser) {
+TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes,
+                const LocalUserSecret* localUser) {
     OAuthFields form = OAuthFields::InBody(call);
-    const std::string& client = form.Require("client_id");
+    const std::string& client = form.RequireClient();
     const std::string& grant = form.Require("grant_type");
     if (grant == "authorization_code") {
         auto pair = codes.Redeem(form.Require("code"), {client, form.Require("redirect_uri"),
@@ -30,10 +36,12 @@ TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes, bool 
         return *pair;
     }
     if (grant == "urn:quillo:grant-type:local-user") {
-        if (!trustLocalUser || !IsLocalProgram(call)) {
+        if (localUser == nullptr || !IsLocalProgram(call) ||
+            !localUser->Is(form.Find("local_user_secret").value_or(""))) {
             throw OAuthError{"unauthorized_client",
                              "The local user is signed in only by a service that was started with "
-                             "--trust-local-user, and only for a program on the same machine."};
+                             "--trust-local-user, and only for a program of its user on the same "
+                             "machine, which sends the secret that the service keeps for him."};
         }
         return sessions.SignIn(SampleUserId(), client);
     }
@@ -45,37 +53,72 @@ TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes, bool 
     throw OAuthError{"unsupported_grant_type", "There is no such grant_type here."};
 }
 
-/// Runs `answer`, with errors in the token end points' own form.
-void InOAuthForm(Call& call, const std::function<void()>& answer) {
-    call.response.SetHeader("Cache-Control", "no-store");
-    try {
-        answer();
-    } catch (const OAuthError& error) {
-        call.Answer(400, {{"error", error.error}, {"error_description", error.description}});
-    } catch (const ApiError& error) {
-        call.Answer(error.status,
-                    {{"error", "invalid_request"}, {"error_description", error.what()}});
+/// The end points that hand out tokens and take them back. Any thread.
+class TokenEndpoint {
+public:
+    TokenEndpoint(Sessions& sessions, AuthorizationCodes& codes, const LocalUserSecret* localUser,
+                  std::optional<RateLimit> limit)
+        : sessions_(sessions), codes_(codes), localUser_(localUser), limiter_(limit) {}
+
+    void Grant(Call& call) {
+        Answer(call, [&] {
+            TokenPair pair = quilloservice::Grant(call, sessions_, codes_, localUser_);
+            call.Answer(200, {{"access_token", pair.access},
+                              {"token_type", "Bearer"},
+                              {"expires_in", Sessions::kAccessSeconds},
+                              {"refresh_token", pair.refresh}});
+        });
     }
-}
+
+    void Revoke(Call& call) {
+        Answer(call, [&] {
+            OAuthFields form = OAuthFields::InBody(call);
+            if (form.Find("client_id")) static_cast<void>(form.RequireClient());
+            sessions_.Revoke(form.Require("token"));
+            call.Answer(200, json::object());
+        });
+    }
+
+    void Describe(Call& call) const {
+        call.Answer(
+            200, DescribeAuthorizationServer("http://" + call.request.host, localUser_ != nullptr));
+    }
+
+private:
+    /// Counts the request and runs `answer`, with errors in these end points' own form.
+    void Answer(Call& call, const std::function<void()>& answer) {
+        call.response.SetHeader("Cache-Control", "no-store");
+        call.response.SetHeader("Pragma", "no-cache");
+        try {
+            CountRequest(call, limiter_, AddressKey(call), RequestKind::Tokens);
+            answer();
+        } catch (const OAuthError& error) {
+            call.Answer(400, {{"error", error.error}, {"error_description", error.description}});
+        } catch (const ApiError& error) {
+            if (error.retryAfter > 0) {
+                call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
+            }
+            call.Answer(error.status,
+                        {{"error", error.status == 400 ? "invalid_request" : error.code},
+                         {"error_description", error.what()}});
+        }
+    }
+
+    Sessions& sessions_;
+    AuthorizationCodes& codes_;
+    const LocalUserSecret* localUser_;
+    RateLimiter limiter_;
+};
 
 }  // namespace
 
-void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes, bool trustLocalUser) {
-    api.Add({"POST", "/oauth/token", [&sessions, &codes, trustLocalUser](Call& call) {
-                 InOAuthForm(call, [&] {
-                     TokenPair pair = Grant(call, sessions, codes, trustLocalUser);
-                     call.Answer(200, {{"access_token", pair.access},
-                                       {"token_type", "Bearer"},
-                                       {"expires_in", Sessions::kAccessSeconds},
-                                       {"refresh_token", pair.refresh}});
-                 });
-             }});
-    api.Add({"POST", "/oauth/revoke", [&sessions](Call& call) {
-                 InOAuthForm(call, [&] {
-                     sessions.Revoke(OAuthFields::InBody(call).Require("token"));
-                     call.Answer(200, json::object());
-                 });
-             }});
+void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes,
+                     const LocalUserSecret* localUser, std::optional<RateLimit> limit) {
+    auto endpoint = std::make_shared<TokenEndpoint>(sessions, codes, localUser, limit);
+    api.Add({"POST", "/oauth/token", [endpoint](Call& call) { endpoint->Grant(call); }});
+    api.Add({"POST", "/oauth/revoke", [endpoint](Call& call) { endpoint->Revoke(call); }});
+    api.Add({"GET", "/.well-known/oauth-authorization-server",
+             [endpoint](Call& call) { endpoint->Describe(call); }});
 }
 
 }  // namespace quilloservice

@@ -81,6 +81,22 @@ bool IsShowableText(std::string_view text) {
     return true;
 }
 
+bool IsPrintableText(std::string_view text) {
+    if (!IsShowableText(text)) return false;
+    while (!text.empty()) {
+        std::string_view character = text.substr(0, SequenceLength(text));
+        bool control = character.size() == 1 ? character < " " || character == "\x7F"
+                                             : character >= "\xC2\x80" && character <= "\xC2\x9F";
+        bool invisible = (character >= "\u200B" && character <= "\u200F") ||
+                         (character >= "\u2028" && character <= "\u202E") ||
+                         (character >= "\u2060" && character <= "\u206F") ||
+                         character == "\u061C" || character == "\uFEFF";
+        if (control || invisible) return false;
+        text.remove_prefix(character.size());
+    }
+    return true;
+}
+
 std::string EscapeHtml(std::string_view text) {
     std::string escaped;
     escaped.reserve(text.size());

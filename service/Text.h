@@ -20,6 +20,11 @@ std::optional<std::int64_t> ParseNumber(std::string_view text);
 /// Whether `text` is well-formed UTF-8 without NUL, and so may be kept as a name.
 bool IsShowableText(std::string_view text);
 
+/// Whether `text` is showable and without what is not printed: control characters, line and
+/// paragraph separators, and what turns the direction of writing, so that a name looks like
+/// another.
+bool IsPrintableText(std::string_view text);
+
 /// `text` for use inside an HTML element or a double-quoted attribute.
 std::string EscapeHtml(std::string_view text);
 

@@ -7,6 +7,7 @@
 #include "moxcore/config/Error.h"
 #include "moxcore/threads/AsyncExecutor.h"
 #include "quilloauth/AuthManager.h"
+#include "quilloauth/LocalUserSecret.h"
 #include "quillocommon/Failures.h"
 #include "quillocommon/ServiceAddress.h"
 
@@ -19,6 +20,11 @@ using quillocommon::Response;
 
 /// A token with less left is renewed, so that a request does not run out of it on its way.
 constexpr std::chrono::seconds kRenewBefore{60};
+
+/// How often it is looked whether another process has renewed the tokens, and after which time it
+/// no longer matters what that one does: longer than its request may take.
+constexpr std::uint32_t kTurnDelay = 100;
+constexpr std::chrono::seconds kTurnPatience{90};
 
 constexpr quillocommon::Step kStep = quillocommon::Step::SignIn;
 
@@ -59,7 +65,8 @@ AuthSession::AuthSession(std::string clientID, std::string redirectURI, std::str
                          std::unique_ptr<TokenStore> keyring)
     : clientID(std::move(clientID)),
       redirectURI(std::move(redirectURI)),
-      store(std::move(tokenPath), std::move(keyring), worker, EndSession) {}
+      tokenPath(std::move(tokenPath)),
+      store(this->tokenPath, std::move(keyring), worker, EndSession) {}
 
 AuthSession::~AuthSession() {
     Stop();
@@ -92,15 +99,29 @@ void AuthSession::HandOut(std::shared_ptr<TokenPromise> const& promise) {
     } else if (IsUsable(*tokens, kRenewBefore)) {
         promise->SetValue(tokens->access);
     } else {
-        auto& others = waiting[address];
+        auto& others = waiting[address].promises;
         others.push_back(promise);
-        if (others.size() == 1) Renew(address, *tokens);
+        if (others.size() == 1) RenewInTurn(address, moxcore::threads::Now() + kTurnPatience);
     }
 }
 
-void AuthSession::Renew(std::string const& address, Tokens const& old) {
-    Renewal const renewal{address, old, CurrentSession()};
-    RequestRefresh(address, clientID, old.refresh)
+void AuthSession::RenewInTurn(std::string const& address, moxcore::threads::TimePoint patience) {
+    auto turn = RenewalTurn::TryTake(tokenPath);
+    if (!turn && moxcore::threads::Now() < patience) {
+        WorkerExecutor(weak_from_this(), worker)
+            .CallAsyncDelayed([this, address, patience] { RenewInTurn(address, patience); },
+                              kTurnDelay);
+        return;
+    }
+    auto const tokens = store.Load(address);  // as whoever had the turn has left them
+    if (!tokens) return FailAll(address, NotSignedIn("the session has been ended meanwhile"));
+    if (IsUsable(*tokens, kRenewBefore)) return Give(address, tokens->access);
+    waiting[address].turn = std::move(turn);
+    Renew({address, *tokens, CurrentSession()});
+}
+
+void AuthSession::Renew(Renewal const& renewal) {
+    RequestRefresh(renewal.address, clientID, renewal.old.refresh)
         .OnComplete([weak = weak_from_this(), renewal](Future<Grant> const& granted) {
             auto const self = weak.lock();
             if (!self) return;
@@ -132,7 +153,7 @@ void AuthSession::OnRenewalRefused(Renewal const& renewal, GrantRefused const& r
         auto const current = store.Load(renewal.address);
         if (current && current->refresh != renewal.old.refresh) {
             if (IsUsable(*current, kRenewBefore)) return Give(renewal.address, current->access);
-            return Renew(renewal.address, *current);
+            return Renew({renewal.address, *current, CurrentSession()});
         }
         std::lock_guard lock(mutex);
         if (sessionCount == renewal.session)
@@ -145,13 +166,22 @@ void AuthSession::OnRenewalRefused(Renewal const& renewal, GrantRefused const& r
     FailAll(renewal.address, std::make_exception_ptr(ResultException(result, refused.message)));
 }
 
+std::vector<std::shared_ptr<AuthSession::TokenPromise>> AuthSession::TakeWaiting(
+    std::string const& address) {
+    auto taken = std::exchange(waiting[address], {});
+    // Ends behind the new tokens' way into the keyring, where the next one looks for them.
+    if (taken.turn)
+        worker.PostLasting([turn = std::shared_ptr<RenewalTurn>(std::move(taken.turn))] {});
+    return std::move(taken.promises);
+}
+
 void AuthSession::Give(std::string const& address, std::string const& token) {
-    for (auto const& promise : std::exchange(waiting[address], {}))
+    for (auto const& promise : TakeWaiting(address))
         promise->SetValue(token);
 }
 
 void AuthSession::FailAll(std::string const& address, std::exception_ptr const& exception) {
-    for (auto const& promise : std::exchange(waiting[address], {}))
+    for (auto const& promise : TakeWaiting(address))
         promise->SetException(exception);
 }
 
@@ -201,11 +231,15 @@ Response AuthSession::Login() {
 }
 
 Grant AuthSession::AskForGrant(std::string const& address, unsigned session) {
-    auto const grant = Await(RequestLocalUserGrant(address, clientID));
-    auto const* refused = std::get_if<GrantRefused>(&grant);
-    bool const wantsBrowser = refused && (refused->code == "unauthorized_client" ||
-                                          refused->code == "unsupported_grant_type");
-    if (!wantsBrowser) return grant;
+    auto secrets = FindLocalUserSecrets(address);
+    if (secrets.empty()) secrets.emplace_back();  // a service may trust without one
+    for (auto const& secret : secrets) {
+        auto const grant = Await(RequestLocalUserGrant(address, clientID, secret));
+        auto const* refused = std::get_if<GrantRefused>(&grant);
+        bool const wantsBrowser = refused && (refused->code == "unauthorized_client" ||
+                                              refused->code == "unsupported_grant_type");
+        if (!wantsBrowser) return grant;
+    }
     return Await(RequestCodeGrant(address, clientID, AskInBrowser(address, session)));
 }
 

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "moxcore/async/Future.h"
+#include "moxcore/threads/Clock.h"
+#include "quilloauth/RenewalTurn.h"
 #include "quilloauth/TokenKeeper.h"
 #include "quilloauth/TokenRequests.h"
 #include "quilloauth/TokenStore.h"
@@ -54,6 +56,12 @@ private:
         unsigned session;
     };
 
+    /// Those who wait for it, and the turn that this process has for it.
+    struct Waiting {
+        std::vector<std::shared_ptr<TokenPromise>> promises;
+        std::unique_ptr<RenewalTurn> turn;
+    };
+
     // Of Login, which has begun in `session`: these wait, and throw when nothing has come of it.
     [[nodiscard]] Grant Await(moxcore::async::Future<Grant> const& granted);
     [[nodiscard]] Grant AskForGrant(std::string const& address, unsigned session);
@@ -61,9 +69,13 @@ private:
 
     // On the worker.
     void HandOut(std::shared_ptr<TokenPromise> const& promise);
-    void Renew(std::string const& address, Tokens const& old);
+    void RenewInTurn(std::string const& address, moxcore::threads::TimePoint patience);
+    void Renew(Renewal const& renewal);
     void OnRenewed(Renewal const& renewal, moxcore::async::Future<Grant> const& granted);
     void OnRenewalRefused(Renewal const& renewal, GrantRefused const& refused);
+    /// Ends the turn, and returns those who wait.
+    [[nodiscard]] std::vector<std::shared_ptr<TokenPromise>> TakeWaiting(
+        std::string const& address);
     void Give(std::string const& address, std::string const& token);
     void FailAll(std::string const& address, std::exception_ptr const& exception);
     [[nodiscard]] bool IsUsable(Tokens const& tokens, std::chrono::seconds atLeast) const;
@@ -76,6 +88,7 @@ private:
 
     std::string const clientID;
     std::string const redirectURI;
+    std::string const tokenPath;
     TokenKeeper store;
 
     mutable std::mutex mutex;   // held while the store changes, never while a keyring is asked
@@ -85,7 +98,7 @@ private:
     std::weak_ptr<BrowserSignIn> browserSignIn;  // guarded by browserMutex; the one that waits
 
     std::string rejected;  // the worker's: the token rejected last
-    std::map<std::string, std::vector<std::shared_ptr<TokenPromise>>>
+    std::map<std::string, Waiting>
         waiting;  // the worker's: for the renewal under way, by the service's address
 
     Worker worker;

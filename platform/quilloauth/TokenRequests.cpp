@@ -116,9 +116,11 @@ Answer SendRevocation(HttpRequest const& request) {
 }  // namespace
 
 moxcore::async::Future<Grant> RequestLocalUserGrant(std::string const& address,
-                                                    std::string const& clientID) {
-    return RequestGrant(
-        address, {{"client_id", clientID}, {"grant_type", "urn:quillo:grant-type:local-user"}});
+                                                    std::string const& clientID,
+                                                    std::string const& secret) {
+    Form form{{"client_id", clientID}, {"grant_type", "urn:quillo:grant-type:local-user"}};
+    if (!secret.empty()) form.emplace_back("local_user_secret", secret);
+    return RequestGrant(address, form);
 }
 
 moxcore::async::Future<Grant> RequestCodeGrant(std::string const& address,

@@ -24,8 +24,10 @@ struct GrantRefused {
 using Grant = std::variant<Tokens, GrantRefused>;
 
 /// Asks for tokens for the user of this machine, which only a service that trusts him grants.
+/// `secret` shows that this is the service's own user (see FindLocalUserSecrets); empty: none.
 [[nodiscard]] moxcore::async::Future<Grant> RequestLocalUserGrant(std::string const& address,
-                                                                  std::string const& clientID);
+                                                                  std::string const& clientID,
+                                                                  std::string const& secret);
 
 /// Asks for tokens for the user who has allowed it in the browser.
 [[nodiscard]] moxcore::async::Future<Grant> RequestCodeGrant(std::string const& address,

@@ -2,6 +2,8 @@
 
 #include <openssl/evp.h>
 
+#include <cstdlib>
+#include <fstream>
 #include <random>
 #include <stdexcept>
 
@@ -30,7 +32,9 @@ ApiClient::ApiClient(int port) : http("127.0.0.1", port) {
     http.set_read_timeout(60);
     http.set_write_timeout(60);
     json pair = Require(
-        http.Post("/oauth/token", "client_id=test&grant_type=urn:quillo:grant-type:local-user",
+        http.Post("/oauth/token",
+                  "client_id=test&grant_type=urn:quillo:grant-type:local-user&local_user_secret=" +
+                      LocalUserSecretAt(port),
                   "application/x-www-form-urlencoded"),
         "sign-in");
     token = pair["access_token"];
@@ -100,6 +104,22 @@ std::string ApiClient::CreateLink(const std::string& name) {
 
 void ApiClient::AddToLink(const std::string& link, const std::string& asset) {
     Post("/v1/review-links/" + link + "/assets", {{"asset_ids", {asset}}});
+}
+
+std::filesystem::path LocalUserSecretPath(int port) {
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    const char* home = std::getenv("HOME");
+    std::string below = "quillo/" + std::to_string(port) + "/127.0.0.1.secret";
+    if (runtime != nullptr && std::filesystem::exists(runtime / std::filesystem::path(below))) {
+        return runtime / std::filesystem::path(below);
+    }
+    return home / std::filesystem::path(".cache/" + below);
+}
+
+std::string LocalUserSecretAt(int port) {
+    std::string secret;
+    std::ifstream(LocalUserSecretPath(port)) >> secret;
+    return secret;
 }
 
 std::string Metadata(const std::string& name, const std::string& folder, const std::string& stack) {

@@ -2,6 +2,7 @@
 
 #include <httplib.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -41,6 +42,11 @@ public:
     std::string project;  ///< the first project of the sample data, and its root folder
     std::string folder;
 };
+
+/// The file in which the service at 127.0.0.1 and `port` has its user's secret, and the secret,
+/// empty when there is none.
+std::filesystem::path LocalUserSecretPath(int port);
+std::string LocalUserSecretAt(int port);
 
 /// An Upload-Metadata header.
 std::string Metadata(const std::string& name, const std::string& folder,

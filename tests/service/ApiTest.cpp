@@ -136,10 +136,14 @@ TEST_F(ApiTest, SignsInAndOut) {
     auto errorOf = [](const httplib::Result& result) {
         return result->status == 400 ? json::parse(result->body)["error"] : json(result->status);
     };
-    std::string local = "client_id=editor&grant_type=urn%3Aquillo%3Agrant-type%3Alocal-user";
+    const std::string grant = "&grant_type=urn%3Aquillo%3Agrant-type%3Alocal-user";
+    const std::string secret = test::LocalUserSecretAt(service.port());
+    const std::string proof = grant + "&local_user_secret=" + secret;
+    std::string local = "client_id=editor" + proof;
     auto result = token(local);
     ASSERT_EQ(result->status, 200);
     EXPECT_EQ(result->get_header_value("Cache-Control"), "no-store");
+    EXPECT_EQ(result->get_header_value("Pragma"), "no-cache");
     json pair = json::parse(result->body);
     EXPECT_EQ(pair["token_type"], "Bearer");
     EXPECT_EQ(pair["expires_in"], 3600);
@@ -149,6 +153,20 @@ TEST_F(ApiTest, SignsInAndOut) {
     };
     EXPECT_EQ(refresh()->status, 200);
 
+    for (const std::string& claim :
+         {std::string(), std::string("&local_user_secret="),
+          "&local_user_secret=" + secret.substr(1), "&local_user_secret=" + std::string(64, '0')})
+        EXPECT_EQ(errorOf(token("client_id=editor" + grant + claim)), "unauthorized_client");
+    EXPECT_EQ(token("client_id=" + std::string(256, 'a') + proof)->status, 200);
+    EXPECT_EQ(token("client_id=Sch%C3%A4rfe%20%E2%9C%82" + proof)->status, 200);
+    for (const std::string& name :
+         {std::string(257, 'a'), std::string("a%0Ab"), std::string("%7F"), std::string("%C2%85"),
+          std::string("%E2%80%AEa"), std::string("%EF%BB%BFa"), std::string("%FF")}) {
+        EXPECT_EQ(errorOf(token("client_id=" + name + proof)), "invalid_request") << name;
+        EXPECT_EQ(errorOf(client.http.Post("/oauth/revoke", "token=x&client_id=" + name, kForm)),
+                  "invalid_request")
+            << name;
+    }
     EXPECT_EQ(errorOf(token(local, {{"Origin", "http://elsewhere.example"}})),
               "unauthorized_client");
     EXPECT_EQ(errorOf(token(local, {{"Host", "elsewhere.example"}})), "unauthorized_client");
@@ -282,6 +300,25 @@ TEST_F(ApiTest, CountsRequestsAndRefusesThosePastTheLimit) {
     std::string upload = impatient.CreateUpload(10);
     for (std::size_t i = 0; i < 10; ++i)
         EXPECT_EQ(impatient.Append(upload, i, "x")->status, 204);
+}
+
+TEST_F(ApiTest, CountsTheRequestsForTokensOfAnAddress) {
+    RunningService limited({.limit = RateLimit{3, std::chrono::hours(1)}});
+    httplib::Client stranger("127.0.0.1", limited.port());
+    for (auto [path, status] : {std::pair("/oauth/token", 400),
+                                {"/oauth/revoke", 200},
+                                {"/oauth/token", 400},
+                                {"/oauth/revoke", 429}}) {
+        auto result = stranger.Post(path, "token=x", kForm);
+        EXPECT_EQ(result->status, status);
+        EXPECT_EQ(result->get_header_value("X-RATELIMIT-LIMIT"), "3");
+        EXPECT_EQ(result->get_header_value("X-RATELIMIT-WINDOW"), "3600000");
+    }
+    auto refused = stranger.Post("/oauth/token", "grant_type=x", kForm);
+    EXPECT_EQ(refused->status, 429);
+    EXPECT_EQ(json::parse(refused->body)["error"], "rate_limited");
+    EXPECT_EQ(refused->get_header_value("Pragma"), "no-cache");
+    EXPECT_GT(std::stoi(refused->get_header_value("Retry-After")), 3500);
 }
 
 TEST_F(ApiTest, ChecksWhatCreatesAnUpload) {

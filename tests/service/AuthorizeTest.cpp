@@ -131,9 +131,10 @@ TEST_F(AuthorizeTest, SignsInWhomItsUserChoosesAndGivesTheCodeForTokensOnce) {
 TEST_F(AuthorizeTest, NeverSendsTheBrowserToWhomItDoesNotTrust) {
     const Fields rows[] = {
         {{"client_id", ""}},
-        {{"client_id", std::string(101, 'a')}},
+        {{"client_id", std::string(257, 'a')}},
         {{"client_id", std::string("a\0b", 3)}},
         {{"client_id", "\xFF"}},
+        {{"client_id", "the\u202Eeditor"}},
         {{"redirect_uri", ""}},
         {{"redirect_uri", "http://evil.example/cb"}},
         {{"redirect_uri", "http://localhost:5000/cb"}},

@@ -282,7 +282,9 @@ TEST(StoreTest, TakesOverWhatTheFirstVersionWrote) {
             RememberResult(database, request, "made", 0);
             database.RunScript(
                 "DROP TABLE changes; DROP INDEX idempotency_keys_by_time;"
-                "ALTER TABLE idempotency_keys DROP COLUMN used_at; PRAGMA user_version = 1");
+                "ALTER TABLE idempotency_keys DROP COLUMN used_at;"
+                "DROP INDEX tokens_by_parent; ALTER TABLE tokens DROP COLUMN parent;"
+                "ALTER TABLE tokens DROP COLUMN used_at; PRAGMA user_version = 1");
         });
     }
     Store store(path);

@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
+#include "service/Call.h"
+#include "service/RequestCount.h"
+#include "service/http/Exchange.h"
+
 namespace quilloservice {
 namespace {
 
@@ -55,6 +61,19 @@ TEST_F(RateLimiterTest, KeepsCountingWhileItForgetsQuietSessions) {
     EXPECT_FALSE(Admits(1));
     now += 10s;
     EXPECT_TRUE(Admits(1));
+}
+
+TEST(RequestCountTest, CountsTheAddressesOfOneNetworkAsOne) {
+    auto key = [](const char* address) {
+        auto exchange = std::make_shared<http::Exchange>();
+        exchange->request.remoteAddress = address;
+        return AddressKey(Call(exchange));
+    };
+    EXPECT_EQ(key("2001:db8::1"), key("2001:db8:0:0:ffff::2"));
+    EXPECT_NE(key("2001:db8::1"), key("2001:db8:0:1::1"));
+    EXPECT_EQ(key("fe80::1%eth0"), key("fe80::2%eth0"));
+    EXPECT_NE(key("192.0.2.1"), key("192.0.2.2"));
+    EXPECT_NE(key("::ffff:192.0.2.1"), key("::ffff:192.0.2.2"));
 }
 
 }  // namespace

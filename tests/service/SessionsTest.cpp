@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 #include "service/SampleData.h"
@@ -15,6 +16,10 @@ namespace {
 class SessionsTest : public testing::Test {
 protected:
     bool Signed(const std::string& access) { return sessions.Find(access).has_value(); }
+
+    TokenPair Exchange(const TokenPair& old) {
+        return sessions.Refresh(old.refresh, "editor").value();
+    }
 
     test::TempDirectory directory;
     Store store{directory.path() + "/store.sqlite"};
@@ -38,19 +43,57 @@ TEST_F(SessionsTest, TakesAccessTokensUntilTheyExpire) {
 }
 
 TEST_F(SessionsTest, RefreshesAndForgivesALostAnswerForAMinute) {
-    auto second = sessions.Refresh(pair.refresh, "editor");
-    ASSERT_TRUE(second);
-    EXPECT_TRUE(Signed(second->access));
-    EXPECT_EQ(sessions.Find(second->access)->session, sessions.Find(pair.access)->session);
-    now += Sessions::kRefreshGraceSeconds - 1;
-    auto repeated = sessions.Refresh(pair.refresh, "editor");
-    ASSERT_TRUE(repeated);
-    EXPECT_TRUE(Signed(repeated->access));
-    now += 1;
-    EXPECT_FALSE(sessions.Refresh(pair.refresh, "editor")) << "the minute must not begin again";
-    EXPECT_TRUE(sessions.Refresh(second->refresh, "editor"));
+    TokenPair lost = Exchange(pair);
+    now += Sessions::kRefreshGraceSeconds / 2;
+    TokenPair lostToo = Exchange(pair);
+    now += Sessions::kRefreshGraceSeconds / 2 - 1;
+    TokenPair got = Exchange(pair);
+    EXPECT_FALSE(Signed(lost.access) || Signed(lostToo.access)) << "only the last answer counts";
+    EXPECT_TRUE(Signed(got.access));
+    EXPECT_EQ(sessions.Find(got.access)->session, sessions.Find(pair.access)->session);
+    now += Sessions::kRefreshSeconds - 1;
+    TokenPair next = Exchange(got);
     now += Sessions::kRefreshSeconds;
-    EXPECT_FALSE(sessions.Refresh(repeated->refresh, "editor"));
+    EXPECT_FALSE(sessions.Refresh(next.refresh, "editor"));
+}
+
+TEST_F(SessionsTest, EndsASessionWhoseRefreshTokenIsUsedAgain) {
+    struct Row {
+        const char* what;
+        std::function<std::string(const TokenPair& first, const TokenPair& second)> again;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"the answer is no longer on its way",
+              [&](auto&first, auto&) {
+                  now += Sessions::kRefreshGraceSeconds;
+                  return first.refresh;
+              }},
+             {"the new access token was used",
+              [&](auto&first, auto&second) {
+                  EXPECT_TRUE(Signed(second.access));
+                  return first.refresh;
+              }},
+             {"the new refresh token was used",
+              [&](auto&first, auto&second) {
+                  Exchange(second);
+                  return first.refresh;
+              }},
+             {"the answer with this one was asked for again",
+              [&](auto&first, auto&second) {
+                  Exchange(first);
+                  return second.refresh;
+              }},
+         }) {
+        SCOPED_TRACE(row.what);
+        TokenPair first = sessions.SignIn(SampleUserId(), "editor");
+        TokenPair second = Exchange(first);
+        std::string again = row.again(first, second);
+        ASSERT_TRUE(Signed(first.access));
+        EXPECT_FALSE(sessions.Refresh(again, "editor"));
+        EXPECT_FALSE(Signed(first.access) || Signed(second.access));
+        EXPECT_FALSE(sessions.Refresh(second.refresh, "editor"));
+        EXPECT_TRUE(Signed(pair.access)) << "another session";
+    }
 }
 
 TEST_F(SessionsTest, RefreshesForTheSameClientOnlyAndNotWithAnAccessToken) {

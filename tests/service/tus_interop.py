@@ -23,6 +23,18 @@ def call(url, token=None, form=None):
         return json.load(answer)
 
 
+def local_user_secret(url):
+    """What the service keeps for its user (docs/service-api.md)."""
+    places = os.environ.get("XDG_RUNTIME_DIR"), os.path.expanduser("~/.cache")
+    port = url.rsplit(":", 1)[1]
+    for place in filter(None, places):
+        path = os.path.join(place, "quillo", port, "127.0.0.1.secret")
+        if os.path.exists(path):
+            with open(path) as file:
+                return file.read().strip()
+    raise FileNotFoundError(f"no secret of the service at {url}")
+
+
 def first_folder(url, token):
     account = call(url + "/v1/accounts", token)["accounts"][0]["id"]
     workspace = call(f"{url}/v1/accounts/{account}/workspaces", token)["workspaces"][0]["id"]
@@ -52,7 +64,8 @@ def main(program):
         try:
             url = service.stdout.readline().split()[-1]
             token = call(url + "/oauth/token", form={
-                "client_id": "tuspy", "grant_type": "urn:quillo:grant-type:local-user"})["access_token"]
+                "client_id": "tuspy", "grant_type": "urn:quillo:grant-type:local-user",
+                "local_user_secret": local_user_secret(url)})["access_token"]
             for options in ({"chunk_size": 1_000_000, "upload_checksum": True}, {"chunk_size": 5_000_000}):
                 # The service cuts the connection once; the client asks for the offset and goes on.
                 uploader = upload(url, token, path, retries=3, retry_delay=0, **options)

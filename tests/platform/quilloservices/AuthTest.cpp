@@ -3,16 +3,19 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <future>
 
 #include "moxcore/config/Error.h"
 #include "quilloauth/AuthManager.h"
 #include "quilloauth/AuthSession.h"
 #include "quilloauth/FileTokenStore.h"
+#include "quillocommon/ServiceAddress.h"
 #include "quillosdk/RetryPolicy.h"
 #include "tests/support/FailureLog.h"
 #include "tests/support/ManualExecutor.h"
 #include "tests/support/ScriptedTransport.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/UserDirectories.h"
 
 namespace {
 
@@ -183,6 +186,22 @@ TEST_F(AuthTest, SignsTheLocalUserInFromTheThreadThatToldThatNobodyIs) {
     EXPECT_EQ(transport.Count(), 1u);
 }
 
+TEST_F(AuthTest, ProvesThatItIsTheLocalServicesUserWithTheSecretThatIsGood) {
+    testsupport::UserDirectories const user(directory.Path());
+    user.WriteSecret(user.Runtime(), "8080", "127.0.0.1", "stale-secret");
+    user.WriteSecret(user.Cache(), "8080", "127.0.0.1", "good-secret");
+    auto const before = quillocommon::GetServiceAddress();
+    ASSERT_TRUE(quillocommon::SetServiceAddress("http://127.0.0.1:8080"));
+    transport.SetResponder([&](auto const& request) {
+        return request.body->ends_with("&local_user_secret=good-secret")
+                   ? quillosdk::HttpResponse{200, {}, Granted(1)}
+                   : quillosdk::HttpResponse{400, {}, R"({"error":"unauthorized_client"})"};
+    });
+    EXPECT_EQ(session->Login().GetResult(), kSessionExists);
+    EXPECT_EQ(transport.Count(), 2u);
+    ASSERT_TRUE(quillocommon::SetServiceAddress(before));
+}
+
 /// Runs all at once: Login waits, so nobody else could let time pass.
 class ImpatientExecutor : public moxcore::threads::AsyncExecutor {
 public:
@@ -226,6 +245,20 @@ TEST_F(AuthTest, ASignInThatFailsSaysWhy) {
     EXPECT_EQ(failures.All().size(), std::size(kRows));
 }
 
+TEST_F(AuthTest, ASignInThatTheServiceLimitsGoesOnWhenItMay) {
+    transport.SetResponder([&](auto const&) {
+        return transport.Count() == 1 ? quillosdk::HttpResponse{429,
+                                                                {{"RETRY-AFTER", "7"}},
+                                                                R"({"error":"rate_limited"})"}
+                                      : quillosdk::HttpResponse{200, {}, Granted(1)};
+    });
+    auto login = std::async(std::launch::async, [&] { return session->Login().GetResult(); });
+    executor.RunUntil([&] { return executor.Waiting() == std::vector{7000ms}; });
+    executor.AdvanceBy(7s);
+    EXPECT_EQ(login.get(), kSessionExists);
+    EXPECT_TRUE(failures.All().empty());
+}
+
 TEST_F(AuthTest, ATokenIsRenewedOnceItIsNearItsEndOrRejected) {
     struct Row {
         int expiresIn;
@@ -261,6 +294,24 @@ TEST_F(AuthTest, ATokenIsRenewedOnceItIsNearItsEndOrRejected) {
         EXPECT_EQ(session->GetAccessToken().Get(), "secret-access-a2");
         EXPECT_EQ(transport.Count(), before + 1) << "one renewal for both";
     }
+}
+
+TEST_F(AuthTest, ProcessesThatShareTokensRenewThemOnce) {
+    SignIn(30);
+    auto const before = transport.Count();
+    auto const other = std::make_shared<AuthSession>("the editor", "http://127.0.0.1/back", path);
+    auto const first = session->GetAccessToken();
+    transport.WaitForCount(before + 1);
+    auto const second = other->GetAccessToken();
+    executor.RunUntil([&] { return !executor.Waiting().empty(); });
+    executor.AdvanceBy(100ms);
+    executor.RunUntil([&] { return !executor.Waiting().empty(); });
+    transport.Answer(before, 200, Granted(2));
+    EXPECT_EQ(first.Get(), "secret-access-a2");
+    executor.AdvanceBy(100ms);
+    EXPECT_EQ(second.Get(), "secret-access-a2");
+    EXPECT_EQ(transport.Count(), before + 1);
+    other->Stop();
 }
 
 TEST_F(AuthTest, ARenewalThatFailsCostsTheSessionOnlyWhenTheServiceHasEndedIt) {

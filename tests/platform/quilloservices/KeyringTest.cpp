@@ -24,8 +24,8 @@ using quilloauth::TokenStoreFailure;
 using testing::HasSubstr;
 
 constexpr char kService[] = "https://a.test";
-Tokens const kTokens{"access-1", "refresh-1", moxcore::threads::TimePoint(5000s)};
-Tokens const kOthers{"access-2", "refresh-2", moxcore::threads::TimePoint(6000s)};
+Tokens const kTokens{"access-token-of-1", "refresh-token-of-1", moxcore::threads::TimePoint(5000s)};
+Tokens const kOthers{"access-token-of-2", "refresh-token-of-2", moxcore::threads::TimePoint(6000s)};
 
 /// What a call fails with.
 template <class Call>
