@@ -4,7 +4,6 @@
 
 #include "host/Failure.h"
 #include "host/HostFiles.h"
-#include "host/OneLine.h"
 #include "moxcore/debug/DebugDatabase.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quilloauth/AuthManager.h"
@@ -88,7 +87,7 @@ void Session::SignOut() {
 
 void Session::OnFailure(quillocommon::Failure const& failure) {
     if (quillocommon::IsWarning(failure.step))
-        return display.Tell("Warning: " + OneLine(failure.message));
+        return display.Tell("Warning: " + failure.message);
     failures.push_back(failure);
 }
 
