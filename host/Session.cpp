@@ -86,8 +86,7 @@ void Session::SignOut() {
 }
 
 void Session::OnFailure(quillocommon::Failure const& failure) {
-    if (quillocommon::IsWarning(failure.step))
-        return display.Tell("Warning: " + failure.message);
+    if (quillocommon::IsWarning(failure.step)) return display.Tell("Warning: " + failure.message);
     failures.push_back(failure);
 }
 

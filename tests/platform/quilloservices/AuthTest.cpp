@@ -413,7 +413,7 @@ TEST_F(AuthTest, TokensThatCannotBeKeptLastAsLongAsTheSession) {
     session = std::make_shared<AuthSession>("the editor", "http://127.0.0.1/back",
                                             (directory.Path() / "missing" / "tokens").string());
     SignIn();
-    EXPECT_EQ(session->GetAccessToken().Get(), "secret-a1");
+    EXPECT_EQ(session->GetAccessToken().Get(), "secret-access-a1");
     ASSERT_EQ(failures.All().size(), 1u);
     EXPECT_TRUE(IsWarning(failures.All()[0].step));
     EXPECT_THAT(failures.All()[0].message, HasSubstr("for the next start"));

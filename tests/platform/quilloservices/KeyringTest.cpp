@@ -76,19 +76,19 @@ TEST_F(RealKeyring, TakesASessionOverFromTheFileAndForgetsItWithTheSignOut) {
     auto const store = KeyringTokenStore::Create("editor");
     quilloauth::FileTokenStore file(path);
     constexpr auto* kAddress = testsupport::ScriptedTransport::kAddress;
-    file.Save(kAddress, {"access", "refresh", moxcore::threads::Now() + 1h});
+    file.Save(kAddress, {"access-of-a-test", "refresh-of-a-test", moxcore::threads::Now() + 1h});
 
     auto const session = std::make_shared<quilloauth::AuthSession>(
         "editor", "http://127.0.0.1/", path, KeyringTokenStore::Create("editor"));
-    EXPECT_EQ(session->GetAccessToken().Get(), "access");
+    EXPECT_EQ(session->GetAccessToken().Get(), "access-of-a-test");
     EXPECT_FALSE(file.Load(kAddress));
-    EXPECT_EQ(store->Load(kAddress)->refresh, "refresh");
-    EXPECT_EQ(session->GetAccessToken().Get(), "access");
+    EXPECT_EQ(store->Load(kAddress)->refresh, "refresh-of-a-test");
+    EXPECT_EQ(session->GetAccessToken().Get(), "access-of-a-test");
 
     EXPECT_TRUE(session->Logout().IsSuccess());
     session->Stop();
     EXPECT_FALSE(store->Load(kAddress));
-    EXPECT_EQ(*transport.At(0).body, "token=refresh");
+    EXPECT_EQ(*transport.At(0).body, "token=refresh-of-a-test");
     EXPECT_TRUE(failures.All().empty());
 }
 

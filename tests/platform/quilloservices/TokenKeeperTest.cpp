@@ -77,9 +77,10 @@ protected:
             return quillosdk::HttpResponse{
                 200,
                 {},
-                isRevocation ? ""
-                             : R"({"access_token":"a-new","token_type":"Bearer","expires_in":3600,)"
-                               R"("refresh_token":"r-new"})"};
+                isRevocation
+                    ? ""
+                    : R"({"access_token":"a-token-that-is-new","token_type":"Bearer","expires_in":3600,)"
+                      R"("refresh_token":"r-token-that-is-new"})"};
         });
     }
     ~TokenKeeperTest() override { session->Stop(); }
@@ -102,7 +103,9 @@ protected:
         return token.GetException() ? "" : token.Get();
     }
 
-    Tokens Old() const { return {"a-old", "r-old", moxcore::threads::Now() + 1h}; }
+    Tokens Old() const {
+        return {"a-token-that-is-old", "r-token-that-is-old", moxcore::threads::Now() + 1h};
+    }
 
     testsupport::ManualExecutor executor;
     testsupport::ScriptedTransport transport;
@@ -116,9 +119,9 @@ protected:
 
 TEST_F(TokenKeeperTest, ASignInGoesToTheKeyringAloneAndIsThereAtTheNextStart) {
     ASSERT_EQ(session->Login().GetResult(), quilloauth::jwt::kSessionExists);
-    EXPECT_EQ(Token(), "a-new");
+    EXPECT_EQ(Token(), "a-token-that-is-new");
     Restart();
-    EXPECT_EQ(Token(), "a-new");
+    EXPECT_EQ(Token(), "a-token-that-is-new");
     EXPECT_FALSE(file.Load(kAddress));
     keyring->tokens.at(kAddress).access = "a-of-another-process";
     EXPECT_EQ(Token(), "a-of-another-process");
@@ -136,7 +139,7 @@ TEST_F(TokenKeeperTest, TheEndWaitsForWhatTheKeyringHasNotBeenToldYet) {
     behind.Wait();  // dropped: the end has begun
     gate.set_value();
     ended.wait();
-    EXPECT_EQ(keyring->tokens.at(kAddress).access, "a-new");
+    EXPECT_EQ(keyring->tokens.at(kAddress).access, "a-token-that-is-new");
 }
 
 TEST_F(TokenKeeperTest, WhatIsInTheFileMovesOverOnceTheKeyringHasIt) {
@@ -154,12 +157,14 @@ TEST_F(TokenKeeperTest, WhatIsInTheFileMovesOverOnceTheKeyringHasIt) {
         if (row.failure) keyring->failure.emplace(row.failure, row.isAbsent);
         keyring->calls = 0;
         file.Save(kAddress, Old());
-        keyring->tokens[kAddress] = {"a-older", "r-older", Old().expiry};
+        keyring->tokens[kAddress] = {"a-token-that-is-older", "r-token-that-is-older",
+                                     Old().expiry};
         Restart();
-        EXPECT_EQ(Token(), "a-old");
-        EXPECT_EQ(Token(), "a-old");
+        EXPECT_EQ(Token(), "a-token-that-is-old");
+        EXPECT_EQ(Token(), "a-token-that-is-old");
         EXPECT_EQ(file.Load(kAddress).has_value(), row.failure != nullptr);
-        EXPECT_EQ(keyring->tokens[kAddress].access, row.failure ? "a-older" : "a-old");
+        EXPECT_EQ(keyring->tokens[kAddress].access,
+                  row.failure ? "a-token-that-is-older" : "a-token-that-is-old");
         EXPECT_TRUE(!row.failure || keyring->calls == 1) << "it is not asked again";
         ASSERT_EQ(failures.All().size(), told + (row.says ? 1 : 0));
         if (!row.says) continue;
@@ -171,8 +176,8 @@ TEST_F(TokenKeeperTest, WhatIsInTheFileMovesOverOnceTheKeyringHasIt) {
 TEST_F(TokenKeeperTest, ASignInThatTheKeyringDoesNotTakeGoesToTheFile) {
     keyring->failure.emplace("it did not answer");
     ASSERT_EQ(session->Login().GetResult(), quilloauth::jwt::kSessionExists);
-    EXPECT_EQ(Token(), "a-new");
-    EXPECT_EQ(file.Load(kAddress)->refresh, "r-new");
+    EXPECT_EQ(Token(), "a-token-that-is-new");
+    EXPECT_EQ(file.Load(kAddress)->refresh, "r-token-that-is-new");
     EXPECT_EQ(failures.All().size(), 1u);
 }
 
@@ -190,7 +195,7 @@ TEST_F(TokenKeeperTest, ASignOutDoesNotWaitForTheKeyringAndEndsWhatItHolds) {
     EXPECT_TRUE(keyring->tokens.empty());
     EXPECT_FALSE(file.IsMarkedSignedOut(kAddress));
     transport.WaitForCount(1);
-    EXPECT_EQ(*transport.At(0).body, "token=r-old");
+    EXPECT_EQ(*transport.At(0).body, "token=r-token-that-is-old");
     after.Wait();
     EXPECT_EQ(moxcore::config::ExtractResultFromException(after.GetException()),
               quilloauth::jwt::kNotSignedIn);
@@ -206,7 +211,7 @@ TEST_F(TokenKeeperTest, ASignOutOfALockedKeyringIsCarriedOutAtTheNextStart) {
     keyring->failure.reset();
     Restart();
     EXPECT_EQ(Token(), "");
-    EXPECT_EQ(*transport.At(0).body, "token=r-old");
+    EXPECT_EQ(*transport.At(0).body, "token=r-token-that-is-old");
     EXPECT_TRUE(keyring->tokens.empty());
     EXPECT_FALSE(file.IsMarkedSignedOut(kAddress));
 }
