@@ -52,7 +52,7 @@ SignalThread::SignalThread(std::function<void()> onSignal) {
         if (Is(number, SIG_DFL)) signal(number, SIG_IGN);
     // A file that may not grow is an error of the write, also in programs started from here.
     signal(SIGXFSZ, SIG_IGN);
-    // Where a parent has it ignored, the end of a program started from here is told to nobody.
+    // Where a parent has it ignored, nobody learns that a program started from here has ended.
     signal(SIGCHLD, SIG_DFL);
     auto const signals = HandledSignals();
     // Inherited by every thread made from now on.

@@ -22,7 +22,7 @@ std::string_view Take(std::string_view& list) {
     return element.substr(0, element.find_last_not_of(" \t") + 1);
 }
 
-/// The weight among the parameters of a media range (RFC 9110, section 12.4.2); one that is none
+/// The weight among the parameters of a media range (RFC 9110, section 12.4.2); a malformed one
 /// is 0.
 double Weight(std::string_view parameters) {
     while (!parameters.empty()) {

@@ -28,7 +28,7 @@ void AnswerNotFound(Call& call) {
     call.AnswerPage(404,
                     errorpage::Render(404,
                                       "This link does not lead to a movie. Check that it was "
-                                      "copied whole, or ask whoever sent it for a new one."),
+                                      "copied whole, or ask its sender for a new one."),
                     errorpage::SecurityPolicy());
 }
 

@@ -33,7 +33,7 @@ TokenPair IssuePair(Database& database, std::int64_t session, std::int64_t now,
 }
 
 /// Takes back the pair that was issued for the refresh token `hash`. Its refresh token stays known
-/// as one that was used long ago, so that whoever has it is found out.
+/// as one that was used long ago, so that who has it is found out.
 void TakeBack(Database& database, const std::string& hash) {
     database.Run("DELETE FROM tokens WHERE parent = ? AND kind = ?", hash, kAccess);
     database.Run("UPDATE tokens SET used_at = 0, parent = NULL WHERE parent = ?", hash);

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// The page at "/": what this service is, for whoever opens its address in a browser.
+/// The page at "/": what this service is, for people who open its address in a browser.
 namespace quilloservice::startpage {
 
 /// The value of the Content-Security-Policy header that the page is to be served with.

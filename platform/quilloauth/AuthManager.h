@@ -56,8 +56,8 @@ QUILLOSERVICES_API quillocommon::Response Login(std::string const& userID);
 QUILLOSERVICES_API void CancelLogin();
 
 /// Ends the session, and a Login that waits for the browser: the tokens are forgotten here at once,
-/// and the service is told as far as it can be reached. Waits neither for it nor for the keyring.
-/// Fails only when the tokens' file cannot be removed.
+/// and the service is asked to end it, where it can be reached. Waits neither for it nor for the
+/// keyring. Fails only when the tokens' file cannot be removed.
 QUILLOSERVICES_API quillocommon::Response Logout();
 
 /// Sleeps until the service has been told of the sign-outs under way, four seconds at most. The end

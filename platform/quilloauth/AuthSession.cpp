@@ -113,7 +113,7 @@ void AuthSession::RenewInTurn(std::string const& address, moxcore::threads::Time
                               kTurnDelay);
         return;
     }
-    auto const tokens = store.Load(address);  // as whoever had the turn has left them
+    auto const tokens = store.Load(address);  // as the process that had the turn has left them
     if (!tokens) return FailAll(address, NotSignedIn("the session has been ended meanwhile"));
     if (IsUsable(*tokens, kRenewBefore)) return Give(address, tokens->access);
     waiting[address].turn = std::move(turn);

@@ -18,15 +18,16 @@ namespace quilloauth {
 
 /// Where a session keeps its tokens: in the keyring, when there is one, else in the file. Tokens
 /// that are still in the file move over when they are first asked for, and leave the file once the
-/// keyring has them. A keyring that fails is not asked again by this object: it is told of once, as
-/// a failure of the step KeepSignIn, and the file serves in its place; one that is not there at all
-/// is not worth a word. The keyring is asked on the worker only, so that nobody else waits for it.
+/// keyring has them. A keyring that fails is not asked again by this object: it is reported once,
+/// as a failure of the step KeepSignIn, and the file serves in its place; one that is not there at
+/// all is not worth a word. The keyring is asked on the worker only, so that nobody else waits for
+/// it.
 class TokenKeeper {
 public:
     /// Tells the service at an address that a session has ended. Called on the worker.
     using EndSession = std::function<void(std::string const& address, Tokens const& tokens)>;
 
-    /// The file is at `path`; `keyring` may be null. `endSession` hears of the tokens of a sign-out
+    /// The file is at `path`; `keyring` may be null. `endSession` gets the tokens of a sign-out
     /// that only the keyring knew.
     TokenKeeper(std::string path, std::unique_ptr<TokenStore> keyring, Worker& worker,
                 EndSession endSession);

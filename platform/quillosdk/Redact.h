@@ -21,7 +21,7 @@ inline constexpr std::size_t kShortestToken = 16;
 /// one): as they are, percent-encoded, or as JSON escapes them, also one in the other.
 QUILLOSERVICES_API void Redact(std::string& text, std::string_view secret);
 
-/// Takes `secret` out of the body of an answer that tells of no success: a service that repeats
+/// Takes `secret` out of the body of an answer that is no success: a service that repeats
 /// what it was sent must not carry it into what is shown and traced. A body that is far too long
 /// for an error is dropped.
 QUILLOSERVICES_API void RedactRefusal(HttpResponse& answer, std::string_view secret);

@@ -40,7 +40,7 @@ std::optional<TokenStoreFailure> FailureOf(Call call) {
 
 class KeyringTest : public testing::Test {
 protected:
-    /// The keyring of whoever runs this is not to be touched.
+    /// The keyring of the developer who runs this is not to be touched.
     void SetUp() override {
         if (!std::getenv("QUILLO_TEST_KEYRING"))  // NOLINT(concurrency-mt-unsafe)
             FAIL() << "there is no session of its own; run keyring_session";
