@@ -1,5 +1,6 @@
 // Texts of the service's, on their way to a person: converted, cleaned and shortened.
 
+#include <algorithm>
 #include <string>
 
 #include "moxcore/string/Conversions.h"
@@ -22,6 +23,17 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     for (std::size_t i = 0; i + 1 < size; i += 2)
         any += static_cast<unsigned short>(data[i] << 8 | data[i + 1]);
     FUZZ_REQUIRE(fuzz::IsUtf8(UTF16to8(any)));
+
+    auto const shortened = moxcore::string::Shorten(units, 20);
+    auto const isSecondHalf = [](auto unit) { return (unit & 0xFC00) == 0xDC00; };
+    auto const characters =
+        shortened.size() -
+        static_cast<std::size_t>(std::count_if(shortened.begin(), shortened.end(), isSecondHalf));
+    FUZZ_REQUIRE(characters <= 20);
+    FUZZ_REQUIRE(UTF8to16(UTF16to8(shortened)) == shortened);  // no half of a character is left
+    if (shortened != units)
+        FUZZ_REQUIRE(units.starts_with(shortened.substr(0, shortened.size() - 1)));
+    static_cast<void>(moxcore::string::Shorten(any, 20));
 
     auto const shown = quillosdk::Sanitise(text);
     FUZZ_REQUIRE(fuzz::IsUtf8(shown));
