@@ -22,6 +22,15 @@ std::optional<std::string> Part(CURLU* url, CURLUPart part, unsigned flags = 0) 
     return std::string(CurlText(text).get());
 }
 
+/// Whether curl reads the host as it has written it: what it has decoded of one it decodes again.
+/// An international name is written in its ASCII form.
+bool IsPlainHost(std::string const& host) {
+    bool const isAddress = host.starts_with('[');
+    return std::all_of(host.begin(), host.end(), [isAddress](unsigned char c) {
+        return c > ' ' && c < 0x7F && (c != '%' || isAddress);
+    });
+}
+
 std::string LowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
@@ -57,7 +66,8 @@ std::optional<Url> ParseUrl(std::string const& text, std::string const& base) {
     auto const scheme = Part(url.get(), CURLUPART_SCHEME);
     auto const host = Part(url.get(), CURLUPART_HOST);
     auto const path = Part(url.get(), CURLUPART_PATH);
-    if ((scheme != "http" && scheme != "https") || !host || !path) return std::nullopt;
+    if ((scheme != "http" && scheme != "https") || !host || !path || !IsPlainHost(*host))
+        return std::nullopt;
 
     Url parts;
     parts.host = LowerCase(*host);

@@ -106,7 +106,6 @@ void ReadFraming(Request& request) {
     std::optional<std::string_view> length = request.Header("Content-Length");
     std::optional<std::string_view> encoding = request.Header("Transfer-Encoding");
     if (encoding) {
-        if (length) throw Malformed("both Content-Length and Transfer-Encoding");
         if (request.minorVersion == 0) throw Malformed("Transfer-Encoding in HTTP/1.0");
         if (!EqualsIgnoringCase(*encoding, "chunked")) {
             throw ApiError(501, "not_implemented",

@@ -212,6 +212,12 @@ TEST_F(ConnectionTest, TakesBodiesOfUnannouncedLength) {
                 HasSubstr("too_large"));
     EXPECT_THAT(Exchange(head + "Upload-Offset: 6\r\n\r\n5\r\nworld\r\n0\r\n\r\n"),
                 HasSubstr("Upload-Offset: 11"));
+    // What is held as a whole has a bound, too.
+    EXPECT_THAT(
+        Exchange("POST /oauth/token HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n"
+                 "fffff\r\n" +
+                 std::string(0xfffff, 'x') + "\r\n0\r\n\r\n"),
+        StartsWith("HTTP/1.1 413 "));
 }
 
 TEST_F(ConnectionTest, StopsAtOnceWhileClientsKeepTheirConnectionsOpen) {
