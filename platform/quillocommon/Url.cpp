@@ -22,13 +22,15 @@ std::optional<std::string> Part(CURLU* url, CURLUPart part, unsigned flags = 0) 
     return std::string(CurlText(text).get());
 }
 
-/// Whether curl reads the host as it has written it: what it has decoded of one it decodes again.
-/// An international name is written in its ASCII form.
-bool IsPlainHost(std::string const& host) {
-    bool const isAddress = host.starts_with('[');
-    return std::all_of(host.begin(), host.end(), [isAddress](unsigned char c) {
-        return c > ' ' && c < 0x7F && (c != '%' || isAddress);
-    });
+/// Whether `origin` leads to `host` when it is read anew: what curl has decoded in it may come to
+/// something else the second time. An international name is written in its ASCII form.
+bool LeadsTo(std::string const& origin, std::string const& host) {
+    if (std::any_of(host.begin(), host.end(),
+                    [](unsigned char c) { return c <= ' ' || c >= 0x7F; }))
+        return false;
+    std::unique_ptr<CURLU, CurlDeleter> const url(curl_url());
+    return url && curl_url_set(url.get(), CURLUPART_URL, origin.c_str(), 0) == CURLUE_OK &&
+           Part(url.get(), CURLUPART_HOST) == host;
 }
 
 std::string LowerCase(std::string text) {
@@ -66,14 +68,14 @@ std::optional<Url> ParseUrl(std::string const& text, std::string const& base) {
     auto const scheme = Part(url.get(), CURLUPART_SCHEME);
     auto const host = Part(url.get(), CURLUPART_HOST);
     auto const path = Part(url.get(), CURLUPART_PATH);
-    if ((scheme != "http" && scheme != "https") || !host || !path || !IsPlainHost(*host))
-        return std::nullopt;
+    if ((scheme != "http" && scheme != "https") || !host || !path) return std::nullopt;
 
     Url parts;
     parts.host = LowerCase(*host);
     parts.origin = *scheme + "://" + parts.host;
     if (auto const port = Part(url.get(), CURLUPART_PORT, CURLU_NO_DEFAULT_PORT))
         parts.origin += ":" + *port;
+    if (!LeadsTo(parts.origin, parts.host)) return std::nullopt;
     auto const query = Part(url.get(), CURLUPART_QUERY);
     parts.target = *path + (query ? "?" + *query : "");
     parts.hasUser = Part(url.get(), CURLUPART_USER) || Part(url.get(), CURLUPART_PASSWORD);
