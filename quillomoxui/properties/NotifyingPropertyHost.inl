@@ -98,12 +98,6 @@ void NotifyingPropertyHost<T, Arg>::UnbindValueChanged(std::shared_ptr<Callback>
 }
 
 template <class T, class Arg>
-std::size_t NotifyingPropertyHost<T, Arg>::GetBindingCount() const {
-    std::lock_guard lock(PropertyMutex(this));
-    return bindings ? bindings->size() : 0;
-}
-
-template <class T, class Arg>
 void NotifyingPropertyHost<T, Arg>::DispatchBindings(T newValue,
                                                      std::shared_ptr<Bindings const> receivers) {
     moxcore::threads::AsyncCallFromMainThread(
