@@ -25,6 +25,16 @@ public:
         return now;
     }
 
+    TimePoint ReadClock() const {
+        std::lock_guard lock(mutex);
+        return now - clockIsBackBy;
+    }
+
+    void SetClockBackBy(std::chrono::microseconds time) {
+        std::lock_guard lock(mutex);
+        clockIsBackBy += time;
+    }
+
     std::size_t RunUntil(TimePoint end) {
         std::size_t ran = 0;
         for (; auto const function = TakeDue(end); ++ran)
@@ -65,13 +75,14 @@ private:
     mutable std::mutex mutex;
     // Well past the clock's zero, which the product may take for "never".
     TimePoint now{std::chrono::hours(24 * 365 * 50)};       // guarded by mutex
+    std::chrono::microseconds clockIsBackBy{0};             // guarded by mutex
     std::multimap<TimePoint, std::function<void()>> calls;  // guarded by mutex; by due time
     bool closed = false;                                    // guarded by mutex
 };
 
 ManualExecutor::ManualExecutor() : schedule(std::make_shared<Schedule>()) {
     moxcore::threads::SetIOBoundExecutor(schedule);
-    moxcore::threads::SetClock([schedule = schedule] { return schedule->Now(); });
+    moxcore::threads::SetClock([schedule = schedule] { return schedule->ReadClock(); });
 }
 
 ManualExecutor::~ManualExecutor() {
@@ -82,6 +93,10 @@ ManualExecutor::~ManualExecutor() {
 
 std::size_t ManualExecutor::RunDue() {
     return AdvanceBy(std::chrono::microseconds(0));
+}
+
+void ManualExecutor::SetClockBackBy(std::chrono::microseconds time) {
+    schedule->SetClockBackBy(time);
 }
 
 void ManualExecutor::RunUntil(std::function<bool()> const& done) {

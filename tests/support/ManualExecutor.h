@@ -28,6 +28,9 @@ public:
     /// for which it was asked; returns how many ran.
     std::size_t AdvanceBy(std::chrono::microseconds time);
 
+    /// Sets the system clock back, as a user can; what waits is due when it would have been.
+    void SetClockBackBy(std::chrono::microseconds time);
+
     /// Runs what is due until `done`; what other threads do comes meanwhile.
     void RunUntil(std::function<bool()> const& done);
 

@@ -1,6 +1,7 @@
 #include "quillomoxui/model/sdk/FetchChildrenQueue.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <string>
 
@@ -31,7 +32,7 @@ QUEUE::FetchChildrenQueue(std::int64_t initialLimit, std::chrono::seconds initia
 
 QUEUE_TEMPLATE
 void QUEUE::Push(std::shared_ptr<QuilloNode> const& node, Callback callback) {
-    auto request = std::make_shared<RequestData>(RequestData{node, std::move(callback), {}});
+    auto request = std::make_shared<RequestData>(RequestData{node, std::move(callback), false, {}});
     std::lock_guard lock(mutex);
     pending.push_back(std::move(request));
     Start(std::chrono::seconds(0));
@@ -66,6 +67,7 @@ void QUEUE::FetchMany() {
     {
         std::lock_guard lock(mutex);
         auto const now = moxcore::threads::Now();
+        CatchUpWithClock(now);
         RetireStale(now);
         ForgetExpired(now);
         sendable = TakeSendable();
@@ -79,18 +81,30 @@ void QUEUE::FetchMany() {
 }
 
 QUEUE_TEMPLATE
+void QUEUE::CatchUpWithClock(moxcore::threads::TimePoint now) {
+    // A clock that was set back must not have anything wait until it is as late again: what seems
+    // to be sent later than now was sent by now, and leaves one window from here.
+    for (auto const& request : inFlight)
+        request->sentTime = std::min(request->sentTime, now);
+    auto const later = recentLog.upper_bound(now);
+    auto const count = std::distance(later, recentLog.end());
+    recentLog.erase(later, recentLog.end());
+    for (auto i = count; i > 0; --i)
+        recentLog.insert(recentLog.end(), now);
+}
+
+QUEUE_TEMPLATE
 void QUEUE::RetireStale(moxcore::threads::TimePoint now) {
-    // By sending order, so the first that is young enough ends the search.
-    while (!inFlight.empty() && now - inFlight.front()->sentTime > window) {
-        recentLog.push_back(inFlight.front()->sentTime);
-        inFlight.pop_front();
-    }
+    std::erase_if(inFlight, [&](RequestPointer const& request) {
+        bool const isStale = now - request->sentTime > window;
+        if (isStale) recentLog.insert(request->sentTime);
+        return isStale;
+    });
 }
 
 QUEUE_TEMPLATE
 void QUEUE::ForgetExpired(moxcore::threads::TimePoint now) {
-    while (!recentLog.empty() && now - recentLog.front() > window)
-        recentLog.pop_front();
+    recentLog.erase(recentLog.begin(), recentLog.lower_bound(now - window));
 }
 
 QUEUE_TEMPLATE
@@ -150,7 +164,7 @@ void QUEUE::Pop(std::shared_ptr<QuilloNode> const& node) {
 
 QUEUE_TEMPLATE
 void QUEUE::Retry(std::shared_ptr<QuilloNode> const& node, Callback callback) {
-    auto request = std::make_shared<RequestData>(RequestData{node, std::move(callback), {}});
+    auto request = std::make_shared<RequestData>(RequestData{node, std::move(callback), true, {}});
     std::lock_guard lock(mutex);
     Retire(node);
     pending.push_front(std::move(request));
@@ -167,10 +181,13 @@ void QUEUE::Prefer(NodeVector<QuilloNode> const& nodes) {
         return found == ranks.end() ? ranks.size() : found->second;
     };
     std::lock_guard lock(mutex);
+    auto const first =
+        std::find_if(pending.begin(), pending.end(),
+                     [](RequestPointer const& request) { return !request->isRefused; });
     auto const others = std::stable_partition(
-        pending.begin(), pending.end(),
+        first, pending.end(),
         [&](RequestPointer const& request) { return rankOf(request) < ranks.size(); });
-    std::stable_sort(pending.begin(), others,
+    std::stable_sort(first, others,
                      [&](auto const& a, auto const& b) { return rankOf(a) < rankOf(b); });
 }
 
@@ -182,7 +199,7 @@ void QUEUE::Retire(std::shared_ptr<QuilloNode> const& node) {
                         : request->node.expired();
         });
     if (found == inFlight.end()) return;
-    recentLog.push_back((*found)->sentTime);
+    recentLog.insert((*found)->sentTime);
     inFlight.erase(found);
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -62,7 +63,8 @@ public:
     void Retry(std::shared_ptr<QuilloNode> const& node, Callback callback);
 
     /// Has what is queued for `nodes` sent before all else that is queued now, in this order: the
-    /// user looks at them. Nodes for which nothing is queued do not matter.
+    /// user looks at them. Only what the service has refused stays before them. Nodes for which
+    /// nothing is queued do not matter.
     void Prefer(NodeVector<QuilloNode> const& nodes);
 
     /// Takes over the limit and the window that the answer announces, if it does. Throws what
@@ -77,6 +79,7 @@ private:
     struct RequestData {
         std::weak_ptr<QuilloNode> const node;
         Callback const callback;
+        bool const isRefused;                  ///< with 429, and queued anew
         moxcore::threads::TimePoint sentTime;  ///< guarded by the queue's mutex; once under way
     };
     using RequestPointer = std::shared_ptr<RequestData>;
@@ -88,6 +91,7 @@ private:
     // With the mutex held:
     void Start(std::chrono::seconds delay);
     void Retire(std::shared_ptr<QuilloNode> const& node);
+    void CatchUpWithClock(moxcore::threads::TimePoint now);
     void RetireStale(moxcore::threads::TimePoint now);
     void ForgetExpired(moxcore::threads::TimePoint now);
     [[nodiscard]] std::vector<RequestPointer> TakeSendable();
@@ -97,11 +101,10 @@ private:
     std::mutex mutex;  // guards all below
     std::optional<moxcore::threads::TimePoint>
         scheduledFor;  // the one run that is to come; the clock's least time: as soon as can be
-    std::uint64_t scheduledRun = 0;  // its number; others find themselves out of date
-    std::deque<RequestPointer> pending;
+    std::uint64_t scheduledRun = 0;       // its number; others find themselves out of date
+    std::deque<RequestPointer> pending;   // what was refused comes first
     std::deque<RequestPointer> inFlight;  // in sending order
-    std::deque<moxcore::threads::TimePoint>
-        recentLog;  // sent times of what was retired, in that order
+    std::multiset<moxcore::threads::TimePoint> recentLog;  // sent times of what was retired
     std::int64_t limit;
     std::chrono::seconds window;
 };

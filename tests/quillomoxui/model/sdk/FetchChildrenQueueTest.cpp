@@ -93,6 +93,41 @@ TEST_F(QueueTest, RequestsNeverAnsweredFreeTheirPlacesAfterTheWindow) {
     EXPECT_EQ(folders[0]->GetFetchChildrenState(), FetchChildrenState::Fetching);
 }
 
+TEST_F(QueueTest, APlaceIsFreeOneWindowAfterItsRequestWasSentWhateverWasAnsweredFirst) {
+    auto folders = PushFolders(1);
+    executor.RunDue();
+    transport.Answer(Index(0), 200, kNoAssets,
+                     {{"X-RATELIMIT-LIMIT", "2"}, {"X-RATELIMIT-WINDOW", "10000"}});
+    executor.AdvanceBy(20s);
+    auto const early = PushFolders(1);
+    executor.AdvanceBy(8s);
+    auto const late = PushFolders(2);
+    executor.RunDue();
+    ASSERT_EQ(Sent(), 3u);
+    transport.Answer(Index(2), 200, kNoAssets);
+    transport.Answer(Index(1), 200, kNoAssets);
+    executor.AdvanceBy(7s);
+    EXPECT_EQ(Sent(), 4u);
+}
+
+TEST_F(QueueTest, AClockThatIsSetBackHoldsNothingUp) {
+    for (std::size_t const answered : {0u, 60u}) {
+        SCOPED_TRACE(answered);
+        auto const sentBefore = Sent();
+        auto const folders = PushFolders(120);
+        executor.RunDue();
+        ASSERT_EQ(Sent() - sentBefore, 60u);
+        for (std::size_t i = 0; i < answered; ++i)
+            transport.Answer(Index(sentBefore + i), 200, kNoAssets);
+        executor.SetClockBackBy(24h);
+        executor.AdvanceBy(60s);
+        EXPECT_EQ(Sent() - sentBefore, 60u);  // nor does it send too much
+        executor.AdvanceBy(10s);
+        EXPECT_EQ(Sent() - sentBefore, 120u);
+        executor.AdvanceBy(10min);
+    }
+}
+
 TEST_F(QueueTest, TakesOverTheLimitThatTheServiceAnnounces) {
     quillosdk::Headers const none;
     struct {
@@ -159,6 +194,7 @@ TEST_F(QueueTest, ARefusedRequestIsTheNextToBeSent) {
     ASSERT_EQ(Sent(), 3u);
     transport.Answer(Index(2), 429);
     transport.Answer(Index(1), 429);
+    Sdk::FetchFirst({folders[3], folders[1]});
     executor.AdvanceBy(5s);
     ASSERT_EQ(Sent(), 5u);
     EXPECT_EQ(PathOf(3), PathOf(*folders[0]));
