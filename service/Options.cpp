@@ -4,7 +4,7 @@
 #include <functional>
 #include <map>
 
-#include "service/Text.h"
+#include "service/base/Text.h"
 
 namespace quilloservice {
 

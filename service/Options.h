@@ -1,24 +1,16 @@
 #pragma once
 
-#include <chrono>
-#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "service/RateLimiter.h"
-#include "service/SampleData.h"
 #include "service/http/Limits.h"
+#include "service/routes/FaultOptions.h"
+#include "service/routes/RateLimiter.h"
+#include "service/store/SampleData.h"
 
 namespace quilloservice {
-
-/// Faults that tests of clients ask for.
-struct FaultOptions {
-    std::chrono::milliseconds latency{};                 ///< every answer is this much later
-    double failRate = 0;                                 ///< share of /v1 requests answered 500
-    std::optional<std::int64_t> dropUploadAfterBytes{};  ///< each upload is cut there once
-};
 
 /// What the command line says.
 struct Options {

@@ -5,22 +5,22 @@
 #include <optional>
 #include <stdexcept>
 
-#include "service/Api.h"
-#include "service/AuthorizationCodes.h"
-#include "service/ChangeFeed.h"
-#include "service/Clock.h"
-#include "service/DataDirectory.h"
-#include "service/EventStreams.h"
-#include "service/LocalUserSecret.h"
 #include "service/Options.h"
-#include "service/Places.h"
-#include "service/ReviewLinks.h"
-#include "service/Routes.h"
-#include "service/SampleData.h"
-#include "service/Sessions.h"
-#include "service/Store.h"
-#include "service/Uploads.h"
+#include "service/base/Clock.h"
 #include "service/http/Server.h"
+#include "service/oauth/AuthorizationCodes.h"
+#include "service/oauth/LocalUserSecret.h"
+#include "service/oauth/Sessions.h"
+#include "service/routes/Api.h"
+#include "service/routes/EventStreams.h"
+#include "service/routes/Routes.h"
+#include "service/store/ChangeFeed.h"
+#include "service/store/DataDirectory.h"
+#include "service/store/Places.h"
+#include "service/store/ReviewLinks.h"
+#include "service/store/SampleData.h"
+#include "service/store/Store.h"
+#include "service/uploads/Uploads.h"
 
 namespace quilloservice {
 
@@ -70,7 +70,7 @@ struct Service::Parts {
           uploads(directory, store, changes, SystemTime),
           links(store, SystemTime),
           events(changes, sessions),
-          api(sessions, options),
+          api(sessions, {options.limit, options.faults.failRate, options.allowOrigin}),
           server(api, HttpLimits(options)) {
         MakeSampleData(store, options.sample);
         uploads.Recover();

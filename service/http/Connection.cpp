@@ -10,7 +10,7 @@
 #include <ctime>
 #include <utility>
 
-#include "service/ApiError.h"
+#include "service/base/ApiError.h"
 
 namespace quilloservice::http {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "service/ApiError.h"
+#include "service/base/ApiError.h"
 
 namespace quilloservice::http {
 

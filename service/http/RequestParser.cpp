@@ -6,8 +6,8 @@
 #include <limits>
 #include <string>
 
-#include "service/ApiError.h"
-#include "service/Text.h"
+#include "service/base/ApiError.h"
+#include "service/base/Text.h"
 #include "service/http/UrlEncoding.h"
 
 namespace quilloservice::http {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "service/Text.h"
+#include "service/base/Text.h"
 #include "service/http/UrlEncoding.h"
 #include "tests/fuzz/Fuzz.h"
 

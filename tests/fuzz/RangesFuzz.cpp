@@ -3,7 +3,7 @@
 #include <charconv>
 #include <string>
 
-#include "service/ByteRange.h"
+#include "service/http/ByteRange.h"
 #include "tests/fuzz/Fuzz.h"
 
 int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "service/RedirectUri.h"
+#include "service/oauth/RedirectUri.h"
 #include "tests/fuzz/Fuzz.h"
 
 namespace {

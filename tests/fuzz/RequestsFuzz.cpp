@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "service/ApiError.h"
-#include "service/Text.h"
+#include "service/base/ApiError.h"
+#include "service/base/Text.h"
 #include "service/http/Preconditions.h"
 #include "service/http/RequestParser.h"
 #include "tests/fuzz/Fuzz.h"

@@ -3,7 +3,7 @@
 #include <array>
 #include <string>
 
-#include "service/Text.h"
+#include "service/base/Text.h"
 #include "tests/fuzz/Fuzz.h"
 
 namespace {

@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "service/ApiError.h"
-#include "service/Text.h"
-#include "service/UploadMetadata.h"
-#include "service/Uploads.h"
-#include "service/Uuid.h"
+#include "service/base/ApiError.h"
+#include "service/base/Text.h"
+#include "service/base/Uuid.h"
+#include "service/uploads/UploadMetadata.h"
+#include "service/uploads/Uploads.h"
 #include "tests/fuzz/Fuzz.h"
 
 int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {

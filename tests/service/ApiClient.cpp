@@ -7,7 +7,7 @@
 #include <random>
 #include <stdexcept>
 
-#include "service/Digest.h"
+#include "service/base/Digest.h"
 
 namespace quilloservice::test {
 

@@ -6,8 +6,8 @@
 
 #include <csignal>
 
-#include "service/Digest.h"
-#include "service/Text.h"
+#include "service/base/Digest.h"
+#include "service/base/Text.h"
 #include "tests/service/ApiClient.h"
 #include "tests/service/RawConnection.h"
 #include "tests/service/TempDirectory.h"

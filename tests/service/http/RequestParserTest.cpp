@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "service/ApiError.h"
+#include "service/base/ApiError.h"
 
 namespace quilloservice::http {
 namespace {

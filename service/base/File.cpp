@@ -1,0 +1,88 @@
+#include "service/base/File.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include "service/base/ApiError.h"
+
+namespace quilloservice {
+
+namespace {
+
+constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW;
+
+[[noreturn]] void Fail(const std::string& doing) {
+    if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG) throw ApiError::StorageFull();
+    if (errno == EMFILE || errno == ENFILE) {
+        throw ApiError(503, "unavailable", "The service has too many files open.", 5);
+    }
+    throw std::system_error(errno, std::generic_category(), doing);
+}
+
+}  // namespace
+
+File::File(const std::string& path, Mode mode)
+    : descriptor_(
+          ::open(path.c_str(), (mode == Mode::Read ? O_RDONLY : O_RDWR | O_CREAT) | kFlags, 0600)) {
+    if (descriptor_ < 0) Fail("open " + path);
+}
+
+File::~File() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+
+std::optional<File> File::OpenExisting(const std::string& path) {
+    int descriptor = ::open(path.c_str(), O_RDONLY | kFlags);
+    if (descriptor >= 0) return File(descriptor);
+    if (errno == ENOENT) return std::nullopt;
+    Fail("open " + path);
+}
+
+std::int64_t File::Size() const {
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0) Fail("stat");
+    return status.st_size;
+}
+
+std::size_t File::ReadAt(std::int64_t offset, char* buffer, std::size_t size) const {
+    for (;;) {
+        ssize_t count = ::pread(descriptor_, buffer, size, offset);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno != EINTR) Fail("read");
+    }
+}
+
+void File::WriteAt(std::int64_t offset, std::string_view bytes) {
+    while (!bytes.empty()) {
+        ssize_t count = ::pwrite(descriptor_, bytes.data(), bytes.size(), offset);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) Fail("write");
+        offset += count;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+void File::Truncate(std::int64_t size) {
+    if (::ftruncate(descriptor_, size) != 0) Fail("truncate");
+}
+
+void File::Sync() {
+    if (::fsync(descriptor_) != 0) Fail("sync");
+}
+
+void SyncDirectory(const std::string& path) {
+    int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | kFlags);
+    if (descriptor < 0) Fail("open " + path);
+    int result = ::fsync(descriptor);
+    ::close(descriptor);
+    if (result != 0) Fail("sync " + path);
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,40 @@
+#include "service/oauth/AuthorizationCodes.h"
+
+#include "service/base/Digest.h"
+#include "service/base/Text.h"
+
+namespace quilloservice {
+
+AuthorizationCodes::AuthorizationCodes(Sessions& sessions, Clock clock)
+    : sessions_(sessions), clock_(std::move(clock)) {}
+
+std::string AuthorizationCodes::Issue(const std::string& user,
+                                      const AuthorizationRequest& request) {
+    std::string code = ToHex(RandomBytes(32));
+    std::int64_t now = clock_();
+    std::scoped_lock lock(mutex_);
+    std::erase_if(entries_, [now](const auto& entry) { return entry.second.expiresAt <= now; });
+    entries_.emplace(Sha256(code), Entry{user, request, now + kSeconds});
+    return code;
+}
+
+std::optional<TokenPair> AuthorizationCodes::Redeem(const std::string& code, const Claim& claim) {
+    std::scoped_lock lock(mutex_);
+    auto found = entries_.find(Sha256(code));
+    if (found == entries_.end() || found->second.expiresAt <= clock_()) return std::nullopt;
+    Entry& entry = found->second;
+    if (entry.used) {
+        sessions_.Revoke(entry.accessToken);
+        return std::nullopt;
+    }
+    entry.used = true;
+    if (claim.client != entry.request.client || claim.redirectUri != entry.request.redirectUri ||
+        !MeetsChallenge(claim.verifier, entry.request.challenge)) {
+        return std::nullopt;
+    }
+    TokenPair pair = sessions_.SignIn(entry.user, claim.client);
+    entry.accessToken = pair.access;
+    return pair;
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,104 @@
+#include "service/oauth/AuthorizationRequest.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "service/base/Digest.h"
+#include "service/base/Text.h"
+#include "service/oauth/OAuthFields.h"
+#include "service/oauth/RedirectUri.h"
+
+namespace quilloservice {
+
+namespace {
+
+constexpr std::size_t kLongestState = 1024;
+constexpr std::size_t kShortestVerifier = 43;
+constexpr std::size_t kLongestVerifier = 128;
+
+std::string Locate(const AuthorizationRequest& request,
+                   std::vector<std::pair<std::string, std::string>> parameters) {
+    if (!request.state.empty()) parameters.emplace_back("state", request.state);
+    return WithParameters(request.redirectUri, parameters);
+}
+
+/// The bytes of a SHA-256 in base64url without padding; nothing when `text` is no such thing.
+std::optional<std::string> DigestIn(std::string text) {
+    if (text.find_first_of("+/=") != std::string::npos) return std::nullopt;
+    std::replace(text.begin(), text.end(), '-', '+');
+    std::replace(text.begin(), text.end(), '_', '/');
+    auto digest = FromBase64(text + "=");
+    return digest && digest->size() == 32 ? digest : std::nullopt;
+}
+
+/// Who asks, and where the answer goes: without these there is nobody to tell of an error.
+AuthorizationRequest ReadSender(const OAuthFields& fields) {
+    AuthorizationRequest request;
+    try {
+        request.client = fields.RequireClient();
+        request.redirectUri = fields.Require("redirect_uri");
+    } catch (const OAuthError& error) {
+        throw UntrustedRequest{error.description};
+    }
+    if (!IsLoopbackRedirect(request.redirectUri)) {
+        throw UntrustedRequest{
+            "redirect_uri does not lead to a program on this computer: it has to be "
+            "http://127.0.0.1:PORT/..."};
+    }
+    return request;
+}
+
+std::string ReadState(const OAuthFields& fields) {
+    std::string state = fields.Find("state").value_or("");
+    bool printable =
+        std::all_of(state.begin(), state.end(), [](char c) { return c >= ' ' && c <= '~'; });
+    if (!printable || state.size() > kLongestState) {
+        throw OAuthError{"invalid_request", "state has to be at most 1024 characters of ASCII."};
+    }
+    return state;
+}
+
+std::string ReadChallenge(const OAuthFields& fields) {
+    const std::string& challenge = fields.Require("code_challenge");
+    if (fields.Find("code_challenge_method") != "S256") {
+        throw OAuthError{"invalid_request", "code_challenge_method has to be S256."};
+    }
+    if (!DigestIn(challenge)) {
+        throw OAuthError{"invalid_request", "code_challenge is no SHA-256 in base64url."};
+    }
+    return challenge;
+}
+
+}  // namespace
+
+AuthorizationRequest ReadAuthorizationRequest(const OAuthFields& fields) {
+    AuthorizationRequest request = ReadSender(fields);
+    try {
+        request.state = ReadState(fields);
+        if (fields.Require("response_type") != "code") {
+            throw OAuthError{"unsupported_response_type", "response_type has to be code."};
+        }
+        request.challenge = ReadChallenge(fields);
+    } catch (const OAuthError& error) {
+        throw RefusedRequest{LocationOfError(request, error.error, error.description)};
+    }
+    return request;
+}
+
+std::string LocationOfError(const AuthorizationRequest& request, const std::string& error,
+                            const std::string& description) {
+    return Locate(request, {{"error", error}, {"error_description", description}});
+}
+
+std::string LocationOfCode(const AuthorizationRequest& request, const std::string& code) {
+    return Locate(request, {{"code", code}});
+}
+
+bool MeetsChallenge(const std::string& verifier, const std::string& challenge) {
+    bool wellFormed = verifier.size() >= kShortestVerifier && verifier.size() <= kLongestVerifier &&
+                      PercentEncode(verifier) == verifier;  // unreserved characters only
+    return wellFormed && DigestIn(challenge) == Sha256(verifier);
+}
+
+}  // namespace quilloservice

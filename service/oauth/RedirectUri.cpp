@@ -1,0 +1,68 @@
+#include "service/oauth/RedirectUri.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "service/base/Text.h"
+
+namespace quilloservice {
+
+namespace {
+
+constexpr std::string_view kIpv4 = "http://127.0.0.1";
+constexpr std::string_view kIpv6 = "http://[::1]";
+constexpr std::size_t kLongest = 1024;
+constexpr std::int64_t kHighestPort = 65535;
+
+/// What follows the host in a URI of a loopback host; nothing when it is no such URI.
+std::optional<std::string_view> AfterHost(std::string_view uri) {
+    for (std::string_view origin : {kIpv4, kIpv6}) {
+        if (uri.starts_with(origin)) return uri.substr(origin.size());
+    }
+    return std::nullopt;
+}
+
+/// Takes ":PORT" off the front of `rest`, if it begins with a colon; false when that is no port.
+bool TakePort(std::string_view& rest) {
+    if (!rest.starts_with(':')) return true;
+    std::string_view digits = rest.substr(1, rest.find('/') - 1);
+    auto port = ParseNumber(digits);
+    if (!port || *port < 1 || *port > kHighestPort || digits.starts_with('0')) return false;
+    rest.remove_prefix(1 + digits.size());
+    return true;
+}
+
+/// RFC 3986's characters of a path and a query; those that browsers mend or read in their own way
+/// are none.
+bool IsPathCharacter(char c) {
+    constexpr std::string_view marks = "-._~!$&'()*+,;=:@/?%";
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+           marks.find(c) != std::string_view::npos;
+}
+
+}  // namespace
+
+bool IsLoopbackRedirect(std::string_view uri) {
+    if (uri.size() > kLongest) return false;
+    auto rest = AfterHost(uri);
+    return rest && TakePort(*rest) && rest->starts_with('/') &&
+           std::all_of(rest->begin(), rest->end(), IsPathCharacter);
+}
+
+std::string WithParameters(std::string uri,
+                           const std::vector<std::pair<std::string, std::string>>& parameters) {
+    char separator = uri.find('?') == std::string::npos ? '?' : '&';
+    for (const auto& [name, value] : parameters) {
+        uri += separator + name + '=' + PercentEncode(value);
+        separator = '&';
+    }
+    return uri;
+}
+
+std::string FormActionSource(std::string_view uri) {
+    // A policy cannot name an IPv6 address.
+    if (uri.starts_with(kIpv6)) return "http:";
+    return std::string(uri.substr(0, uri.find('/', kIpv4.size())));
+}
+
+}  // namespace quilloservice

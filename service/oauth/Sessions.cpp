@@ -1,0 +1,139 @@
+#include "service/oauth/Sessions.h"
+
+#include "service/base/Digest.h"
+#include "service/base/Text.h"
+#include "service/store/Store.h"
+
+namespace quilloservice {
+
+namespace {
+
+constexpr std::string_view kAccess = "access";
+constexpr std::string_view kRefresh = "refresh";
+
+std::string HashOf(std::string_view token) {
+    return ToHex(Sha256(token));
+}
+
+std::string Issue(Database& database, std::int64_t session, std::string_view kind,
+                  std::int64_t expiresAt, std::string_view parent) {
+    std::string token = ToHex(RandomBytes(32));
+    database.Run(
+        "INSERT INTO tokens (hash, session, kind, expires_at, parent) "
+        "VALUES (?, ?, ?, ?, nullif(?, ''))",
+        HashOf(token), session, kind, expiresAt, parent);
+    return token;
+}
+
+/// `parent`: the hash of the refresh token that is exchanged for the pair.
+TokenPair IssuePair(Database& database, std::int64_t session, std::int64_t now,
+                    std::string_view parent = {}) {
+    return {Issue(database, session, kAccess, now + Sessions::kAccessSeconds, parent),
+            Issue(database, session, kRefresh, now + Sessions::kRefreshSeconds, parent)};
+}
+
+/// Takes back the pair that was issued for the refresh token `hash`. Its refresh token stays known
+/// as one that was used long ago, so that who has it is found out.
+void TakeBack(Database& database, const std::string& hash) {
+    database.Run("DELETE FROM tokens WHERE parent = ? AND kind = ?", hash, kAccess);
+    database.Run("UPDATE tokens SET used_at = 0, parent = NULL WHERE parent = ?", hash);
+}
+
+void End(Database& database, std::int64_t session) {
+    database.Run("DELETE FROM sessions WHERE id = ?", session);
+}
+
+void ForgetExpired(Database& database, std::int64_t now) {
+    database.Run("DELETE FROM tokens WHERE expires_at <= ?", now);
+    database.Run(
+        "DELETE FROM sessions WHERE NOT EXISTS "
+        "(SELECT 1 FROM tokens WHERE session = sessions.id)");
+}
+
+}  // namespace
+
+Sessions::Sessions(Store& store, Clock clock) : store_(store), clock_(std::move(clock)) {}
+
+TokenPair Sessions::SignIn(const std::string& user, std::string_view client) {
+    return store_.Write([&](Database& database) {
+        std::int64_t now = clock_();
+        ForgetExpired(database, now);
+        Statement session = database.Query(
+            "INSERT INTO sessions (user, client) VALUES (?, ?) RETURNING id", user, client);
+        session.Next();
+        return IssuePair(database, session.Integer(0), now);
+    });
+}
+
+std::optional<TokenPair> Sessions::Refresh(std::string_view refreshToken, std::string_view client) {
+    return store_.Write([&](Database& database) -> std::optional<TokenPair> {
+        std::int64_t now = clock_();
+        std::string hash = HashOf(refreshToken);
+        std::int64_t session = 0;
+        std::optional<std::int64_t> usedAt;
+        {
+            Statement row = database.Query(
+                "SELECT session, used_at IS NOT NULL, used_at FROM tokens "
+                "JOIN sessions ON sessions.id = session "
+                "WHERE hash = ? AND kind = ? AND expires_at > ? AND client = ?",
+                hash, kRefresh, now, client);
+            if (!row.Next()) return std::nullopt;
+            session = row.Integer(0);
+            if (row.Integer(1) != 0) usedAt = row.Integer(2);
+        }
+        if (!usedAt) {
+            database.Run("UPDATE tokens SET used_at = ? WHERE hash = ?", now, hash);
+        } else if (MayBeRepeated(database, hash, *usedAt, now)) {
+            TakeBack(database, hash);
+        } else {
+            End(database, session);
+            return std::nullopt;
+        }
+        ForgetExpired(database, now);
+        return IssuePair(database, session, now, hash);
+    });
+}
+
+void Sessions::Revoke(std::string_view token) {
+    store_.Write([&](Database& database) {
+        database.Run("DELETE FROM sessions WHERE id = (SELECT session FROM tokens WHERE hash = ?)",
+                     HashOf(token));
+    });
+}
+
+std::optional<Identity> Sessions::Find(std::string_view accessToken) const {
+    std::string hash = HashOf(accessToken);
+    std::int64_t now = clock_();
+    bool isNew = false;
+    auto identity = store_.Read([&](Database& database) -> std::optional<Identity> {
+        Statement row = database.Query(
+            "SELECT session, user, parent IS NOT NULL AND expires_at > ? "
+            "FROM tokens JOIN sessions ON sessions.id = session "
+            "WHERE hash = ? AND kind = ? AND expires_at > ?",
+            now + kAccessSeconds - kRefreshGraceSeconds, hash, kAccess, now);
+        if (!row.Next()) return std::nullopt;
+        isNew = row.Integer(2) != 0;
+        return Identity{row.Integer(0), row.Text(1)};
+    });
+    if (isNew) {
+        std::scoped_lock lock(mutex_);
+        std::erase_if(
+            seen_, [now](const auto& entry) { return now - entry.second >= kRefreshGraceSeconds; });
+        seen_.emplace(std::move(hash), now);
+    }
+    return identity;
+}
+
+bool Sessions::MayBeRepeated(Database& database, const std::string& hash, std::int64_t usedAt,
+                             std::int64_t now) {
+    if (now - usedAt >= kRefreshGraceSeconds) return false;
+    std::scoped_lock lock(mutex_);
+    Statement row =
+        database.Query("SELECT hash, used_at IS NOT NULL FROM tokens WHERE parent = ?", hash);
+    while (row.Next()) {
+        if (row.Integer(1) != 0 || seen_.contains(row.Text(0))) return false;
+    }
+    return true;
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,33 @@
+#include "service/pages/AdminPage.h"
+
+#include "service/pages/HtmlPage.h"
+#include "service/pages/resources/Texts.h"
+
+namespace quilloservice::adminpage {
+
+namespace {
+
+const std::string& Style() {
+    static const std::string style =
+        htmlpage::Style(std::string(resources::kFormCss) + std::string(resources::kAdminCss));
+    return style;
+}
+
+}  // namespace
+
+std::string SecurityPolicy() {
+    static const std::string policy =
+        htmlpage::Policy(Style(), "connect-src 'self'; form-action 'none'; script-src " +
+                                      htmlpage::PolicySource(resources::kAdminJs));
+    return policy;
+}
+
+std::string Render() {
+    std::string body(resources::kAdminHtml);
+    body += "<script>";
+    body += resources::kAdminJs;
+    body += "</script>\n";
+    return htmlpage::Document("Places of this service", Style(), body);
+}
+
+}  // namespace quilloservice::adminpage

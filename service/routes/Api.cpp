@@ -1,0 +1,231 @@
+#include "service/routes/Api.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <random>
+
+#include "service/base/ApiError.h"
+#include "service/base/Text.h"
+#include "service/base/Uuid.h"
+#include "service/routes/Call.h"
+#include "service/routes/RequestCount.h"
+#include "service/routes/TusProtocol.h"
+#include "service/store/Database.h"
+
+namespace quilloservice {
+
+namespace {
+
+constexpr std::array kMethods = {"GET", "HEAD", "POST", "PUT", "PATCH", "DELETE"};
+
+bool IsUnder(std::string_view path, std::string_view root) {
+    return path.starts_with(root) && (path.size() == root.size() || path[root.size()] == '/');
+}
+
+std::string_view NextSegment(std::string_view& path) {
+    std::size_t end = path.find('/', 1);
+    std::string_view segment = path.substr(0, end);
+    path.remove_prefix(segment.size());
+    return segment;
+}
+
+/// The IDs in `path` when it is one that `pattern` describes.
+std::optional<std::vector<std::string>> MatchPath(std::string_view pattern, std::string_view path) {
+    std::vector<std::string> ids;
+    while (!pattern.empty()) {
+        std::string_view expected = NextSegment(pattern);
+        if (expected == "/{rest}") return ids;
+        std::string_view segment = NextSegment(path);
+        if (expected == "/{id}" && segment.size() > 1 && IsUuid(segment.substr(1))) {
+            ids.emplace_back(segment.substr(1));
+        } else if (expected != segment) {
+            return std::nullopt;
+        }
+    }
+    if (!path.empty()) return std::nullopt;
+    return ids;
+}
+
+void CheckBodyForm(const Call& call) {
+    std::string encoding = call.Header("Content-Encoding").value_or("identity");
+    std::string_view type = call.request.Header("Content-Type").value_or("");
+    constexpr std::string_view parts = "multipart/";
+    if (!http::EqualsIgnoringCase(encoding, "identity") ||
+        http::EqualsIgnoringCase(type.substr(0, parts.size()), parts)) {
+        throw ApiError::BadRequest("Bodies are taken neither compressed nor in parts.");
+    }
+}
+
+/// Only reads, from the store and from memory.
+bool IsQuick(std::string_view method) {
+    return method == "GET" || method == "HEAD" || method == "OPTIONS";
+}
+
+bool ComesTrue(double probability) {
+    if (probability <= 0) return false;
+    thread_local std::mt19937_64 random{std::random_device{}()};
+    return std::uniform_real_distribution<double>(0, 1)(random) < probability;
+}
+
+/// Runs `work` and turns what it throws into the answer. Returns whether it threw nothing.
+template <typename Work>
+bool Guard(Call& call, Work&& work) {
+    try {
+        work();
+        return true;
+    } catch (const ApiError& error) {
+        if (error.retryAfter > 0) {
+            call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
+        }
+        call.AnswerError(error.status, error.code, error.what());
+    } catch (const DatabaseError& error) {
+        std::fprintf(stderr, "quillo-service: %s\n", error.what());
+        if (error.IsFull()) {
+            ApiError full = ApiError::StorageFull();
+            call.AnswerError(full.status, full.code, full.what());
+        } else {
+            call.AnswerError(500, "internal", "The service's store failed.");
+        }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quillo-service: %s\n", error.what());
+        call.AnswerError(500, "internal", "The service failed.");
+    }
+    return false;
+}
+
+}  // namespace
+
+Api::Api(const Sessions& sessions, Settings settings)
+    : sessions_(sessions),
+      limiter_(settings.limit),
+      failRate_(settings.failRate),
+      allowedOrigin_(std::move(settings.allowOrigin)) {}
+
+void Api::Add(Route route) {
+    routes_.push_back(std::move(route));
+}
+
+http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
+    auto call = std::make_shared<Call>(std::move(exchange));
+    std::string method = call->request.method;
+    const Route* route = nullptr;
+    bool admitted = Guard(*call, [&] {
+        AllowOrigin(*call);
+        bool speaksTus = IsUnder(call->request.path, "/v1/uploads");
+        if (speaksTus) method = tus::EffectiveMethod(*call);
+        if (method == "OPTIONS") {
+            AnswerOptions(*call);
+        } else {
+            if (speaksTus) tus::SayVersion(*call);
+            route = &Admit(*call, method);
+            CheckBodyForm(*call);
+        }
+    });
+    if (!admitted || route == nullptr) {
+        return {.quick = true, .finish = [](bool) {}};
+    }
+    if (route->sink) {
+        std::shared_ptr<BodySink> sink;
+        if (!Guard(*call, [&] { sink = route->sink(*call); })) {
+            return {.quick = true, .finish = [](bool) {}};
+        }
+        return {
+            .body = http::Action::Body::Stream,
+            .open = [call, sink] { return Guard(*call, [&] { sink->Open(); }); },
+            .take = [call, sink](auto piece) { return Guard(*call, [&] { sink->Take(piece); }); },
+            .finish = [call,
+                       sink](bool complete) { Guard(*call, [&] { sink->Finish(complete); }); }};
+    }
+    bool quick = IsQuick(method);
+    return {
+        .body = quick || method == "DELETE" ? http::Action::Body::None : http::Action::Body::Small,
+        .quick = quick,
+        .finish = [call, route](bool complete) {
+            Guard(*call, [&] {
+                if (!complete) throw ApiError::BadRequest("The body ended early.");
+                route->handler(*call);
+            });
+        }};
+}
+
+void Api::Refuse(http::Exchange& exchange, int status, std::string_view code,
+                 std::string_view message) {
+    // The exchange is the caller's, and outlives the call.
+    Call call(std::shared_ptr<http::Exchange>(&exchange, [](http::Exchange*) {}));
+    call.AnswerError(status, code, message);
+}
+
+const Api::Route& Api::Admit(Call& call, const std::string& method) {
+    const std::string& path = call.request.path;
+    bool restricted = IsUnder(path, "/v1");
+    if (restricted && ComesTrue(failRate_)) {
+        throw ApiError(500, "internal", "The service was told to fail now and then.");
+    }
+    const Route* route = Match(method, path, call.ids);
+    if (restricted) call.identity = Authorize(call);
+    if (route == nullptr) {
+        std::string allowed = AllowedMethods(path);
+        if (allowed.empty()) throw ApiError::NotFound("There is nothing at this address.");
+        call.response.SetHeader("Allow", allowed);
+        throw ApiError(405, "method_not_allowed", "This address takes " + allowed + " only.");
+    }
+    if (route->kind) CountRequest(call, limiter_, call.identity.session, *route->kind);
+    return *route;
+}
+
+const Api::Route* Api::Match(const std::string& method, const std::string& path,
+                             std::vector<std::string>& ids) const {
+    for (const Route& route : routes_) {
+        if (route.method != method) continue;
+        if (auto found = MatchPath(route.path, path)) {
+            ids = *std::move(found);
+            return &route;
+        }
+    }
+    return method == "HEAD" ? Match("GET", path, ids) : nullptr;
+}
+
+std::string Api::AllowedMethods(const std::string& path) const {
+    std::string allowed;
+    for (const char* method : kMethods) {
+        std::vector<std::string> ignored;
+        if (Match(method, path, ignored)) allowed += std::string(method) + ", ";
+    }
+    return allowed.empty() ? allowed : allowed + "OPTIONS";
+}
+
+/// OPTIONS needs no token: browsers' clients ask before they send theirs.
+void Api::AnswerOptions(Call& call) const {
+    const std::string& path = call.request.path;
+    std::string allowed = AllowedMethods(path);
+    if (path == "*") allowed = "GET, HEAD, POST, PATCH, DELETE, OPTIONS";
+    if (allowed.empty()) throw ApiError::NotFound("There is nothing at this address.");
+    call.response.status = 204;
+    call.response.SetHeader("Allow", allowed);
+    if (IsUnder(path, "/v1/uploads")) tus::Describe(call);
+    if (!call.response.HasHeader("Access-Control-Allow-Origin")) return;
+    call.response.SetHeader("Access-Control-Allow-Methods", allowed);
+    call.response.SetHeader("Access-Control-Allow-Headers", tus::kRequestHeaders);
+    call.response.SetHeader("Access-Control-Max-Age", "7200");
+}
+
+/// Lets pages of the allowed origin use the interface (CORS).
+void Api::AllowOrigin(Call& call) const {
+    if (allowedOrigin_.empty()) return;
+    call.response.SetHeader("Vary", "Origin");
+    if (call.Header("Origin") != allowedOrigin_) return;
+    call.response.SetHeader("Access-Control-Allow-Origin", allowedOrigin_);
+    call.response.SetHeader("Access-Control-Expose-Headers", tus::kAnswerHeaders);
+}
+
+Identity Api::Authorize(Call& call) const {
+    std::string token = call.BearerToken();
+    if (!token.empty()) {
+        if (auto identity = sessions_.Find(token)) return *identity;
+    }
+    call.response.SetHeader("WWW-Authenticate", "Bearer");
+    throw ApiError(401, "unauthorized", "This needs an access token that is valid.");
+}
+
+}  // namespace quilloservice

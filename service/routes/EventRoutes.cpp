@@ -1,0 +1,32 @@
+#include <memory>
+
+#include "service/base/ApiError.h"
+#include "service/routes/Api.h"
+#include "service/routes/Call.h"
+#include "service/routes/EventStreams.h"
+#include "service/routes/Routes.h"
+
+namespace quilloservice {
+
+namespace {
+
+void Follow(Call& call, EventStreams& streams) {
+    call.response.SetHeader("Cache-Control", "no-store");
+    call.response.SetHeader("Content-Type", "text/event-stream");
+    if (call.request.method == "HEAD") return;
+    std::shared_ptr<EventStreams::Place> place = streams.Reserve(call.identity.session);
+    EventStreams::Follower follower =
+        streams.MakeFollower(call.identity.user, call.BearerToken(), call.Header("Last-Event-ID"));
+    call.response.takeOver = [&streams, follower, place](int socket) {
+        streams.Take(socket, follower, place);
+    };
+}
+
+}  // namespace
+
+void AddEventRoutes(Api& api, EventStreams& streams) {
+    api.Add({"GET", "/v1/events", [&streams](Call& call) { Follow(call, streams); },
+             RequestKind::User});
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,256 @@
+#include "service/routes/EventStreams.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "service/base/ApiError.h"
+#include "service/base/Text.h"
+#include "service/oauth/Sessions.h"
+#include "service/store/ChangeFeed.h"
+
+namespace quilloservice {
+
+using nlohmann::json;
+
+namespace {
+
+constexpr std::int64_t kBatch = 256;
+// A client that takes nothing for so many heartbeats has gone.
+constexpr int kStalledHeartbeats = 2;
+
+/// As many as the process has descriptors for, beside those that requests need.
+std::size_t MostStreams() {
+    rlimit descriptors{};
+    ::getrlimit(RLIMIT_NOFILE, &descriptors);
+    return std::min<std::size_t>(EventStreams::kMostStreams, descriptors.rlim_cur / 8);
+}
+
+std::string Event(std::int64_t number, std::string_view name, const json& data) {
+    return "id: " + std::to_string(number) + "\nevent: " + std::string(name) +
+           "\ndata: " + data.dump() + "\n\n";
+}
+
+std::string ChangedEvent(const Change& change) {
+    json data = {{"list", change.list}};
+    if (change.parent) data["of"] = *change.parent;
+    return Event(change.number, "changed", data);
+}
+
+/// Throws away what the client sends; false when it has gone.
+bool Drain(int socket) {
+    char buffer[512];
+    for (;;) {
+        ssize_t count = ::recv(socket, buffer, sizeof(buffer), MSG_DONTWAIT);
+        if (count > 0 || (count < 0 && errno == EINTR)) continue;
+        return count < 0 && errno == EAGAIN;
+    }
+}
+
+/// Sends what the socket takes of `text`; false when the connection is broken.
+bool SendSome(int socket, std::string& text) {
+    while (!text.empty()) {
+        ssize_t count = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return errno == EAGAIN;
+        text.erase(0, static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+}  // namespace
+
+/// Who has how many streams. Outlives its owner, for places that are in an answer on its way.
+struct EventStreams::Places {
+    const std::size_t most = MostStreams();
+    std::mutex mutex;
+    std::map<std::int64_t, std::size_t> ofSession;  // mutex
+    std::size_t count = 0;                          // mutex
+};
+
+class EventStreams::Place {
+public:
+    Place(std::shared_ptr<Places> places, std::int64_t session)
+        : places_(std::move(places)), session_(session) {}
+    ~Place() {
+        std::scoped_lock lock(places_->mutex);
+        --places_->count;
+        auto own = places_->ofSession.find(session_);
+        if (--own->second == 0) places_->ofSession.erase(own);
+    }
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
+
+private:
+    std::shared_ptr<Places> places_;
+    std::int64_t session_;
+};
+
+EventStreams::EventStreams(ChangeFeed& changes, const Sessions& sessions,
+                           std::chrono::milliseconds heartbeat)
+    : changes_(changes),
+      sessions_(sessions),
+      heartbeat_(heartbeat),
+      wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      places_(std::make_shared<Places>()) {
+    changes.Listen([this] {
+        changed_ = true;
+        Wake();
+    });
+    thread_ = std::thread([this] { Run(); });
+}
+
+EventStreams::~EventStreams() {
+    {
+        std::scoped_lock lock(mutex_);
+        stopping_ = true;
+    }
+    Wake();
+    thread_.join();
+    for (const Stream& stream : streams_)
+        ::close(stream.socket);
+    for (const Stream& stream : newcomers_)
+        ::close(stream.socket);
+    ::close(wakeUp_);
+}
+
+EventStreams::Follower EventStreams::MakeFollower(
+    const std::string& user, const std::string& token,
+    const std::optional<std::string>& lastEventId) const {
+    // Found out before the answer begins: whatever changes once the client has seen it, follows.
+    std::optional<std::int64_t> last = lastEventId ? ParseNumber(*lastEventId) : std::nullopt;
+    bool resumes = last && changes_.Reaches(*last);
+    return {user, token, resumes ? *last : changes_.Position(), lastEventId && !resumes};
+}
+
+std::shared_ptr<EventStreams::Place> EventStreams::Reserve(std::int64_t session) {
+    std::scoped_lock lock(places_->mutex);
+    if (places_->count >= places_->most) {
+        throw ApiError(503, "unavailable",
+                       "As many clients as the service takes follow its changes.", 10);
+    }
+    std::size_t& own = places_->ofSession[session];
+    if (own >= kMostStreamsOfASession) {
+        throw ApiError(429, "rate_limited",
+                       "This session has as many streams of events as it may: 8.", 10);
+    }
+    ++own;
+    ++places_->count;
+    return std::make_shared<Place>(places_, session);
+}
+
+void EventStreams::Take(int socket, const Follower& follower, std::shared_ptr<Place> place) {
+    {
+        std::scoped_lock lock(mutex_);
+        newcomers_.push_back(
+            {.socket = socket,
+             .follower = follower,
+             .place = std::move(place),
+             .position = follower.since,
+             .outbox = Event(follower.since, follower.reset ? "reset" : "ready", json::object())});
+    }
+    Wake();
+}
+
+void EventStreams::Wake() const {
+    ::eventfd_write(wakeUp_, 1);
+}
+
+void EventStreams::Run() {
+    std::vector<pollfd> sources;
+    for (;;) {
+        sources.assign(1, {wakeUp_, POLLIN, 0});
+        for (const Stream& stream : streams_) {
+            short events = stream.outbox.empty() ? POLLIN : POLLIN | POLLOUT;
+            sources.push_back({stream.socket, events, 0});
+        }
+        // Looked at each half a heartbeat, and sent after as long: none comes later than a whole
+        // one.
+        ::poll(sources.data(), sources.size(), static_cast<int>(heartbeat_.count() / 2));
+
+        auto source = sources.begin();
+        eventfd_t ignored = 0;
+        bool woken = source->revents != 0 && ::eventfd_read(wakeUp_, &ignored) == 0;
+        // Newcomers are no reason to ask the store for everybody.
+        bool changed = changed_.exchange(false);
+        Time now = std::chrono::steady_clock::now();
+        for (Stream& stream : streams_) {
+            short events = (++source)->revents;
+            if ((events & ~POLLOUT) != 0 && !Drain(stream.socket)) stream.over = true;
+            stream.behind |= changed;
+        }
+        if (woken && !TakeNewcomers(now)) return;
+        for (Stream& stream : streams_)
+            Serve(stream, now);
+        std::erase_if(streams_, [](const Stream& stream) {
+            if (stream.over) ::close(stream.socket);
+            return stream.over;
+        });
+    }
+}
+
+/// False when there is to be an end.
+bool EventStreams::TakeNewcomers(Time now) {
+    std::vector<Stream> newcomers;
+    {
+        std::scoped_lock lock(mutex_);
+        if (stopping_) return false;
+        newcomers.swap(newcomers_);
+    }
+    for (Stream& stream : newcomers) {
+        stream.lastSent = now;
+        streams_.push_back(std::move(stream));
+    }
+    return true;
+}
+
+void EventStreams::Serve(Stream& stream, Time now) {
+    if (stream.over) return;
+    bool quiet = now - stream.lastSent >= heartbeat_ / 2;
+    try {
+        if (stream.outbox.empty() && (stream.behind || quiet)) {
+            if (!MayFollow(stream)) {
+                stream.over = true;
+                return;
+            }
+            if (stream.behind) AddChanges(stream);
+            if (stream.outbox.empty() && quiet) stream.outbox = ": nothing new\n\n";
+        }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quillo-service: %s\n", error.what());
+        stream.over = true;  // its client comes back and misses nothing
+        return;
+    }
+    std::size_t before = stream.outbox.size();
+    if (!SendSome(stream.socket, stream.outbox)) stream.over = true;
+    if (stream.outbox.size() < before) stream.lastSent = now;
+    if (!stream.outbox.empty() && now - stream.lastSent >= kStalledHeartbeats * heartbeat_) {
+        stream.over = true;
+    }
+    // More than one batch, or changes while the last one was on its way.
+    if (stream.outbox.empty() && stream.behind && !stream.over) Wake();
+}
+
+void EventStreams::AddChanges(Stream& stream) const {
+    auto changes = changes_.After(stream.position, stream.follower.user, kBatch);
+    for (const Change& change : changes) {
+        stream.outbox += ChangedEvent(change);
+        stream.position = change.number;
+    }
+    stream.behind = changes.size() == static_cast<std::size_t>(kBatch);
+}
+
+bool EventStreams::MayFollow(const Stream& stream) const {
+    return sessions_.Find(stream.follower.token).has_value();
+}
+
+}  // namespace quilloservice

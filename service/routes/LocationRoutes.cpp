@@ -1,0 +1,92 @@
+#include <nlohmann/json.hpp>
+
+#include "service/routes/Api.h"
+#include "service/routes/Call.h"
+#include "service/routes/NodeJson.h"
+#include "service/routes/Routes.h"
+#include "service/store/Store.h"
+
+namespace quilloservice {
+
+using nlohmann::json;
+
+namespace {
+
+json User(Database& database, const std::string& user) {
+    Statement row = database.Query("SELECT id, name FROM users WHERE id = ?", user);
+    row.Next();
+    return {{"id", row.Text(0)}, {"name", row.Text(1)}};
+}
+
+json Accounts(Database& database, const std::string& user) {
+    Statement row = database.Query(
+        "SELECT id, name FROM nodes JOIN memberships ON memberships.account = id WHERE user = ? "
+        "ORDER BY seq",
+        user);
+    json accounts = json::array();
+    while (row.Next())
+        accounts.push_back({{"id", row.Text(0)}, {"name", row.Text(1)}});
+    return accounts;
+}
+
+json Projects(Database& database, const std::string& workspace) {
+    Statement row = database.Query(
+        "SELECT project.id, project.name, root.id, root.name, root.kind "
+        "FROM nodes AS project JOIN nodes AS root ON root.parent = project.id AND root.kind = ? "
+        "WHERE project.parent = ? AND project.kind = ? ORDER BY project.seq",
+        kind::Folder, workspace, kind::Project);
+    json projects = json::array();
+    while (row.Next()) {
+        projects.push_back(
+            {{"id", row.Text(0)},
+             {"name", row.Text(1)},
+             {"root_folder", {{"id", row.Text(2)}, {"name", row.Text(3)}, {"type", row.Text(4)}}}});
+    }
+    return projects;
+}
+
+}  // namespace
+
+void AddLocationRoutes(Api& api, const Store& store) {
+    // Answers {key: list(database, id)} for a parent that the user may see.
+    auto add = [&](const char* path, RequestKind kind, const char* key,
+                   std::function<json(Database&, const Call&)> list) {
+        api.Add({"GET", path,
+                 [&store, key, list = std::move(list)](Call& call) {
+                     call.Answer(200, {{key, store.Read([&](Database& database) {
+                                            return list(database, call);
+                                        })}});
+                 },
+                 kind});
+    };
+    add("/v1/me", RequestKind::User, "user",
+        [](Database& database, const Call& call) { return User(database, call.identity.user); });
+    add("/v1/accounts", RequestKind::User, "accounts", [](Database& database, const Call& call) {
+        return Accounts(database, call.identity.user);
+    });
+    add("/v1/accounts/{id}/workspaces", RequestKind::Workspaces, "workspaces",
+        [](Database& database, const Call& call) {
+            RequireNode(database, call.identity.user, call.ids[0], kind::Account);
+            json workspaces = json::array();
+            for (const Node& node : ChildrenOf(database, call.ids[0])) {
+                workspaces.push_back(NamedJson(node));
+            }
+            return workspaces;
+        });
+    add("/v1/workspaces/{id}/projects", RequestKind::Projects, "projects",
+        [](Database& database, const Call& call) {
+            RequireNode(database, call.identity.user, call.ids[0], kind::Workspace);
+            return Projects(database, call.ids[0]);
+        });
+    add("/v1/folders/{id}/children", RequestKind::Children, "assets",
+        [](Database& database, const Call& call) {
+            RequireNode(database, call.identity.user, call.ids[0], kind::Folder);
+            json assets = json::array();
+            for (const Node& node : ChildrenOf(database, call.ids[0])) {
+                assets.push_back(TypedJson(node));
+            }
+            return assets;
+        });
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "service/store/Nodes.h"
+
+namespace quilloservice {
+
+/// {"id", "name"}
+inline nlohmann::json NamedJson(const Node& node) {
+    return {{"id", node.id}, {"name", node.name}};
+}
+
+/// {"id", "name", "type"}, as what lies in a folder is told.
+inline nlohmann::json TypedJson(const Node& node) {
+    nlohmann::json object = NamedJson(node);
+    object["type"] = node.kind;
+    return object;
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,41 @@
+#include "service/routes/RequestCount.h"
+
+#include <arpa/inet.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <string>
+
+#include "service/base/ApiError.h"
+#include "service/base/Digest.h"
+#include "service/routes/Call.h"
+
+namespace quilloservice {
+
+void CountRequest(Call& call, RateLimiter& limiter, std::int64_t who, RequestKind kind) {
+    auto decision = limiter.Admit(who, kind, std::chrono::steady_clock::now());
+    call.response.SetHeader("X-RATELIMIT-LIMIT", std::to_string(decision.limit.requests));
+    call.response.SetHeader("X-RATELIMIT-WINDOW", std::to_string(decision.limit.window.count()));
+    if (decision.admitted) return;
+    auto wait = std::chrono::ceil<std::chrono::seconds>(decision.retryAfter).count();
+    int seconds = static_cast<int>(std::max<std::int64_t>(1, wait));
+    throw ApiError(429, "rate_limited",
+                   "Too many requests; try again in " + std::to_string(seconds) + " s.", seconds);
+}
+
+std::int64_t AddressKey(const Call& call) {
+    std::string network = call.request.remoteAddress;
+    in6_addr address{};
+    bool isIpv6 =
+        ::inet_pton(AF_INET6, network.substr(0, network.find('%')).c_str(), &address) == 1;
+    if (isIpv6 && !IN6_IS_ADDR_V4MAPPED(&address)) {
+        network.assign(reinterpret_cast<const char*>(address.s6_addr), 8);
+    }
+    std::int64_t key = 0;
+    std::string digest = Sha256(network);  // nobody is to find an address that counts as another's
+    std::memcpy(&key, digest.data(), sizeof(key));
+    return key;
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,137 @@
+#include <memory>
+
+#include "service/base/ApiError.h"
+#include "service/base/File.h"
+#include "service/base/Text.h"
+#include "service/http/ByteRange.h"
+#include "service/http/Preconditions.h"
+#include "service/pages/ErrorPage.h"
+#include "service/pages/ReviewPage.h"
+#include "service/routes/Api.h"
+#include "service/routes/Call.h"
+#include "service/routes/Routes.h"
+#include "service/store/DataDirectory.h"
+#include "service/store/ReviewLinks.h"
+
+namespace quilloservice {
+
+namespace {
+
+void AnswerPage(Call& call, int status, const std::string& html) {
+    call.response.SetHeader("Cache-Control", "no-cache");
+    call.AnswerPage(status, html, reviewpage::SecurityPolicy());
+}
+
+/// Only people come here, whatever their browser says that it wants.
+void AnswerNotFound(Call& call) {
+    call.response.SetHeader("Cache-Control", "no-cache");
+    call.AnswerPage(404,
+                    errorpage::Render(404,
+                                      "This link does not lead to a movie. Check that it was "
+                                      "copied whole, or ask its sender for a new one."),
+                    errorpage::SecurityPolicy());
+}
+
+/// The media type to serve a movie as. What its uploader calls it decides only between media, so
+/// that no movie is run as a page.
+std::string SafeMediaType(const std::string& mediaType) {
+    bool media = mediaType.starts_with("video/") || mediaType.starts_with("audio/");
+    return media ? mediaType : "application/octet-stream";
+}
+
+const MovieVersion* FindVersion(const ReviewContent& content, const std::string& asset) {
+    for (const auto& versions : content.movies) {
+        for (const MovieVersion& version : versions) {
+            if (version.asset == asset) return &version;
+        }
+    }
+    return nullptr;
+}
+
+/// A part of a movie's file.
+class FilePart : public http::Content {
+public:
+    FilePart(const std::string& path, const ByteRange& part)
+        : file_(path, File::Mode::Read), offset_(part.first) {}
+
+    std::size_t Read(char* buffer, std::size_t size) override {
+        std::size_t count = file_.ReadAt(offset_, buffer, size);
+        offset_ += static_cast<std::int64_t>(count);
+        return count;
+    }
+
+private:
+    File file_;
+    std::int64_t offset_;
+};
+
+void AnswerMovie(Call& call, const MovieVersion& movie, const DataDirectory& directory) {
+    http::Response& response = call.response;
+    std::string tag = "\"" + movie.sha256 + "\"";
+    response.SetHeader("ETag", tag);
+    response.SetHeader("Cache-Control", "private, max-age=3600");
+    switch (http::CheckPreconditions(call.request, tag)) {
+        case http::Precondition::NotModified:
+            response.status = 304;
+            return;
+        case http::Precondition::Failed:
+            throw ApiError(412, "precondition_failed", "The movie is another one.");
+        case http::Precondition::Holds:
+            break;
+    }
+    response.SetHeader("Accept-Ranges", "bytes");
+    response.SetHeader("X-Content-Type-Options", "nosniff");
+    response.SetHeader("Content-Security-Policy", "default-src 'none'; sandbox");
+    RangeRequest range;
+    if (auto header = http::ApplicableRange(call.request, tag)) {
+        range = ParseRange(*header, movie.bytes);
+    }
+    std::string size = std::to_string(movie.bytes);
+    if (range.unsatisfiable) {
+        response.SetHeader("Content-Range", "bytes */" + size);
+        throw ApiError(416, "range_not_satisfiable", "The movie has " + size + " bytes.");
+    }
+    ByteRange part = range.part.value_or(ByteRange{0, movie.bytes});
+    response.status = range.part ? 206 : 200;
+    if (range.part) {
+        response.SetHeader("Content-Range", "bytes " + std::to_string(part.first) + "-" +
+                                                std::to_string(part.first + part.length - 1) + "/" +
+                                                size);
+    }
+    std::string disposition = call.request.HasParameter("download") ? "attachment" : "inline";
+    response.SetHeader("Content-Disposition",
+                       disposition + "; filename*=UTF-8''" + PercentEncode(movie.name));
+
+    response.SetHeader("Content-Type", SafeMediaType(movie.mediaType));
+    response.content = std::make_unique<FilePart>(directory.MoviePath(movie.asset), part);
+    response.contentLength = part.length;
+}
+
+}  // namespace
+
+void AddReviewerRoutes(Api& api, const ReviewLinks& links, const DataDirectory& directory) {
+    api.Add({"GET", "/r/{id}", [&links](Call& call) {
+                 auto content = links.Find(call.ids[0]);
+                 if (!content) return AnswerNotFound(call);
+                 AnswerPage(call, 200, reviewpage::Render(*content, call.request.Parameter("v")));
+             }});
+    api.Add({"GET", "/r/{id}/assets/{id}", [&links, &directory](Call& call) {
+                 auto content = links.Find(call.ids[0]);
+                 const MovieVersion* movie = content ? FindVersion(*content, call.ids[1]) : nullptr;
+                 if (!movie) return AnswerNotFound(call);
+                 AnswerMovie(call, *movie, directory);
+             }});
+    api.Add({"GET", "/r/{id}/movie", [&links](Call& call) {
+                 auto content = links.Find(call.ids[0]);
+                 if (!content || content->movies.empty()) {
+                     return AnswerNotFound(call);
+                 }
+                 call.response.SetHeader("Cache-Control", "no-cache");
+                 call.response.Redirect(
+                     302, "/r/" + content->id + "/assets/" + content->movies.front().front().asset);
+             }});
+    api.Add({"GET", "/r/{rest}", [](Call& call) { AnswerNotFound(call); }});
+    api.Add({"GET", "/healthz", [](Call& call) { call.response.SetBody("ok", "text/plain"); }});
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,124 @@
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "service/base/ApiError.h"
+#include "service/oauth/AuthorizationCodes.h"
+#include "service/oauth/LocalUserSecret.h"
+#include "service/oauth/OAuthFields.h"
+#include "service/oauth/OAuthMetadata.h"
+#include "service/oauth/Sessions.h"
+#include "service/routes/Api.h"
+#include "service/routes/Call.h"
+#include "service/routes/LocalCaller.h"
+#include "service/routes/RateLimiter.h"
+#include "service/routes/RequestCount.h"
+#include "service/routes/Routes.h"
+#include "service/store/SampleData.h"
+
+namespace quilloservice {
+
+using nlohmann::json;
+
+namespace {
+
+TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes,
+                const LocalUserSecret* localUser) {
+    OAuthFields form = OAuthFields::InBody(call.request, call.body());
+    const std::string& client = form.RequireClient();
+    const std::string& grant = form.Require("grant_type");
+    if (grant == "authorization_code") {
+        auto pair = codes.Redeem(form.Require("code"), {client, form.Require("redirect_uri"),
+                                                        form.Require("code_verifier")});
+        if (!pair) {
+            throw OAuthError{"invalid_grant",
+                             "The code is not valid any more, or was issued for something else."};
+        }
+        return *pair;
+    }
+    if (grant == "urn:quillo:grant-type:local-user") {
+        if (localUser == nullptr || !IsLocalProgram(call) ||
+            !localUser->Is(form.Find("local_user_secret").value_or(""))) {
+            throw OAuthError{"unauthorized_client",
+                             "The local user is signed in only by a service that was started with "
+                             "--trust-local-user, and only for a program of its user on the same "
+                             "machine, which sends the secret that the service keeps for him."};
+        }
+        return sessions.SignIn(SampleUserId(), client);
+    }
+    if (grant == "refresh_token") {
+        auto pair = sessions.Refresh(form.Require("refresh_token"), client);
+        if (!pair) throw OAuthError{"invalid_grant", "The refresh token is not valid any more."};
+        return *pair;
+    }
+    throw OAuthError{"unsupported_grant_type", "There is no such grant_type here."};
+}
+
+/// The end points that hand out tokens and take them back. Any thread.
+class TokenEndpoint {
+public:
+    TokenEndpoint(Sessions& sessions, AuthorizationCodes& codes, const LocalUserSecret* localUser,
+                  std::optional<RateLimit> limit)
+        : sessions_(sessions), codes_(codes), localUser_(localUser), limiter_(limit) {}
+
+    void Grant(Call& call) {
+        Answer(call, [&] {
+            TokenPair pair = quilloservice::Grant(call, sessions_, codes_, localUser_);
+            call.Answer(200, {{"access_token", pair.access},
+                              {"token_type", "Bearer"},
+                              {"expires_in", Sessions::kAccessSeconds},
+                              {"refresh_token", pair.refresh}});
+        });
+    }
+
+    void Revoke(Call& call) {
+        Answer(call, [&] {
+            OAuthFields form = OAuthFields::InBody(call.request, call.body());
+            if (form.Find("client_id")) static_cast<void>(form.RequireClient());
+            sessions_.Revoke(form.Require("token"));
+            call.Answer(200, json::object());
+        });
+    }
+
+    void Describe(Call& call) const {
+        call.Answer(
+            200, DescribeAuthorizationServer("http://" + call.request.host, localUser_ != nullptr));
+    }
+
+private:
+    /// Counts the request and runs `answer`, with errors in these end points' own form.
+    void Answer(Call& call, const std::function<void()>& answer) {
+        call.response.SetHeader("Cache-Control", "no-store");
+        call.response.SetHeader("Pragma", "no-cache");
+        try {
+            CountRequest(call, limiter_, AddressKey(call), RequestKind::Tokens);
+            answer();
+        } catch (const OAuthError& error) {
+            call.Answer(400, {{"error", error.error}, {"error_description", error.description}});
+        } catch (const ApiError& error) {
+            if (error.retryAfter > 0) {
+                call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
+            }
+            call.Answer(error.status,
+                        {{"error", error.status == 400 ? "invalid_request" : error.code},
+                         {"error_description", error.what()}});
+        }
+    }
+
+    Sessions& sessions_;
+    AuthorizationCodes& codes_;
+    const LocalUserSecret* localUser_;
+    RateLimiter limiter_;
+};
+
+}  // namespace
+
+void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes,
+                     const LocalUserSecret* localUser, std::optional<RateLimit> limit) {
+    auto endpoint = std::make_shared<TokenEndpoint>(sessions, codes, localUser, limit);
+    api.Add({"POST", "/oauth/token", [endpoint](Call& call) { endpoint->Grant(call); }});
+    api.Add({"POST", "/oauth/revoke", [endpoint](Call& call) { endpoint->Revoke(call); }});
+    api.Add({"GET", "/.well-known/oauth-authorization-server",
+             [endpoint](Call& call) { endpoint->Describe(call); }});
+}
+
+}  // namespace quilloservice

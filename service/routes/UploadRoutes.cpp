@@ -1,0 +1,198 @@
+#include <memory>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "service/base/ApiError.h"
+#include "service/base/Text.h"
+#include "service/routes/Api.h"
+#include "service/routes/Call.h"
+#include "service/routes/Routes.h"
+#include "service/routes/TusProtocol.h"
+#include "service/uploads/UploadAppend.h"
+#include "service/uploads/UploadMetadata.h"
+#include "service/uploads/Uploads.h"
+
+namespace quilloservice {
+
+using nlohmann::json;
+
+namespace {
+
+/// Says where each upload's connection is to be cut, once, for tests of clients. Any thread.
+class DropFault {
+public:
+    explicit DropFault(std::optional<std::int64_t> afterBytes) : afterBytes_(afterBytes) {}
+
+    /// How much of `size` bytes at `offset` the service gets to see; nothing: all of them.
+    std::optional<std::size_t> CutWithin(const UploadRecord& upload, std::int64_t offset,
+                                         std::size_t size) {
+        if (!afterBytes_ || *afterBytes_ >= upload.length) return std::nullopt;
+        std::int64_t room = *afterBytes_ - offset;
+        if (room <= 0 || room > static_cast<std::int64_t>(size) || !Strikes(upload.id)) {
+            return std::nullopt;
+        }
+        return static_cast<std::size_t>(room);
+    }
+
+    /// Whether the last answer is to be lost: the place to cut lies at or past the upload's end.
+    bool CutsLastAnswer(const UploadRecord& upload) {
+        return afterBytes_ && *afterBytes_ >= upload.length && Strikes(upload.id);
+    }
+
+private:
+    bool Strikes(const std::string& upload) {
+        std::scoped_lock lock(mutex_);
+        return struck_.insert(upload).second;
+    }
+
+    std::optional<std::int64_t> afterBytes_;
+    std::mutex mutex_;
+    std::set<std::string> struck_;  // mutex_
+};
+
+/// `answer` for clients that speak the protocol's version only.
+Api::Handler InProtocol(Api::Handler answer) {
+    return [answer = std::move(answer)](Call& call) {
+        tus::RequireVersion(call);
+        answer(call);
+    };
+}
+
+std::int64_t RequiredNumber(const Call& call, const std::string& header) {
+    auto number = call.NumberHeader(header);
+    if (!number) throw ApiError::BadRequest("The header " + header + " is missing.");
+    return *number;
+}
+
+std::optional<AppendRequest::Checksum> ReadChecksum(const Call& call) {
+    auto header = call.Header("Upload-Checksum");
+    if (!header) return std::nullopt;
+    std::size_t space = std::min(header->find(' '), header->size());
+    std::string algorithm = header->substr(0, space);
+    auto value = FromBase64(std::string_view(*header).substr(std::min(space + 1, header->size())));
+    for (auto [name, known, size] : {std::tuple("sha1", Digest::Algorithm::Sha1, 20u),
+                                     std::tuple("sha256", Digest::Algorithm::Sha256, 32u),
+                                     std::tuple("xxh128", Digest::Algorithm::Xxh128, 16u)}) {
+        if (algorithm == name && value && value->size() == size) {
+            return AppendRequest::Checksum{known, *value};
+        }
+    }
+    throw ApiError::BadRequest(
+        "Upload-Checksum has to be sha1, sha256 or xxh128, a blank, and the checksum in base64.");
+}
+
+std::optional<std::string> ReadContentSha256(const Call& call) {
+    auto hex = call.Header("Quillo-Content-SHA256");
+    if (hex &&
+        (hex->size() != 64 || hex->find_first_not_of("0123456789abcdef") != std::string::npos)) {
+        throw ApiError::BadRequest("Quillo-Content-SHA256 has to be 64 lower-case hex digits.");
+    }
+    return hex;
+}
+
+void Create(Call& call, Uploads& uploads) {
+    if (call.Header("Upload-Defer-Length")) {
+        throw ApiError::BadRequest("The length has to be known: deferred lengths are not taken.");
+    }
+    std::int64_t length = RequiredNumber(call, "Upload-Length");
+    if (length == 0) throw ApiError::BadRequest("An empty movie cannot be uploaded.");
+    if (length > Uploads::kMaxBytes) {
+        throw ApiError::TooLarge("The service takes movies of up to " +
+                                 std::to_string(Uploads::kMaxBytes) + " bytes.");
+    }
+    NewUpload upload = ReadUploadMetadata(call.Header("Upload-Metadata").value_or(""), length);
+    std::string id = uploads.Create(call.identity.user, upload, call.UuidHeader("Idempotency-Key"));
+    call.response.status = 201;
+    call.response.SetHeader("Location", "/v1/uploads/" + id);
+}
+
+void Head(Call& call, const Uploads& uploads) {
+    UploadRecord upload = uploads.Get(call.identity.user, call.ids[0]);
+    call.response.SetHeader("Cache-Control", "no-store");
+    call.response.status = 200;
+    call.response.SetHeader("Upload-Offset", std::to_string(upload.confirmed));
+    call.response.SetHeader("Upload-Length", std::to_string(upload.length));
+    call.response.SetHeader("Upload-Metadata", upload.metadata);
+}
+
+/// The body of a PATCH, on its way into its upload.
+class AppendSink : public BodySink {
+public:
+    AppendSink(Call& call, Uploads& uploads, DropFault& fault)
+        : call_(call),
+          uploads_(uploads),
+          fault_(fault),
+          request_{.offset = RequiredNumber(call, "Upload-Offset"),
+                   .bodyLength = call.request.bodyLength,
+                   .checksum = ReadChecksum(call),
+                   .contentSha256 = ReadContentSha256(call)} {}
+
+    void Open() override {
+        append_ = uploads_.BeginAppend(call_.identity.user, call_.ids[0], request_, call_.abort());
+        offset_ = request_.offset;
+    }
+
+    void Take(std::string_view piece) override {
+        if (auto seen = fault_.CutWithin(append_->upload(), offset_, piece.size())) {
+            // As a connection that breaks there: what came before it is kept or not, and only then
+            // does the client notice.
+            call_.response.cut = true;
+            append_->Take(piece.substr(0, *seen));
+            append_->Finish(false);
+        }
+        append_->Take(piece);
+        offset_ += static_cast<std::int64_t>(piece.size());
+    }
+
+    void Finish(bool complete) override {
+        std::int64_t offset = append_->Finish(complete);
+        call_.response.status = 204;
+        call_.response.SetHeader("Upload-Offset", std::to_string(offset));
+        if (offset == append_->upload().length && fault_.CutsLastAnswer(append_->upload())) {
+            call_.response.cut = true;
+        }
+    }
+
+private:
+    Call& call_;
+    Uploads& uploads_;
+    DropFault& fault_;
+    AppendRequest request_;
+    std::shared_ptr<UploadAppend> append_;
+    std::int64_t offset_ = 0;
+};
+
+std::unique_ptr<BodySink> OpenAppend(Call& call, Uploads& uploads, DropFault& fault) {
+    tus::RequireVersion(call);
+    if (call.Header("Content-Type") != "application/offset+octet-stream") {
+        throw ApiError(415, "unsupported_media_type",
+                       "Content-Type has to be application/offset+octet-stream.");
+    }
+    return std::make_unique<AppendSink>(call, uploads, fault);
+}
+
+void Asset(Call& call, const Uploads& uploads) {
+    PublishedAsset asset = uploads.Asset(call.identity.user, call.ids[0]);
+    call.Answer(200, {{"asset", {{"id", asset.id}, {"name", asset.name}, {"type", "file"}}},
+                      {"version", asset.version},
+                      {"version_stack_id", asset.stack ? json(*asset.stack) : json()},
+                      {"folder_id", asset.folder},
+                      {"sha256", asset.sha256},
+                      {"bytes", asset.bytes}});
+}
+
+}  // namespace
+
+void AddUploadRoutes(Api& api, Uploads& uploads, const FaultOptions& faults) {
+    auto fault = std::make_shared<DropFault>(faults.dropUploadAfterBytes);
+    api.Add({"POST", "/v1/uploads", InProtocol([&](Call& call) { Create(call, uploads); }),
+             RequestKind::Uploads});
+    api.Add({"HEAD", "/v1/uploads/{id}", InProtocol([&](Call& call) { Head(call, uploads); })});
+    api.Add({.method = "PATCH", .path = "/v1/uploads/{id}", .sink = [&uploads, fault](Call& call) {
+                 return OpenAppend(call, uploads, *fault);
+             }});
+    api.Add({"GET", "/v1/uploads/{id}/asset", [&](Call& call) { Asset(call, uploads); }});
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,74 @@
+#include "service/store/ChangeFeed.h"
+
+#include <stdexcept>
+
+#include "service/store/Nodes.h"
+#include "service/store/Store.h"
+
+namespace quilloservice {
+
+namespace {
+
+constexpr std::int64_t kKept = 10'000;
+
+std::string_view ListBelow(const Node& parent) {
+    if (parent.kind == kind::Account) return "workspaces";
+    if (parent.kind == kind::Workspace) return "projects";
+    if (parent.kind == kind::Folder) return "assets";
+    throw std::logic_error("there is no list below a " + parent.kind);
+}
+
+std::int64_t LastNumber(Database& database) {
+    Statement row = database.Query("SELECT seq FROM sqlite_sequence WHERE name = 'changes'");
+    row.Next();
+    return row.Integer(0);
+}
+
+void ForgetOld(Database& database) {
+    database.Run("DELETE FROM changes WHERE seq <= ?", LastNumber(database) - kKept);
+}
+
+}  // namespace
+
+void ChangeFeed::RecordAccounts(Database& database, std::string_view account) {
+    database.Run(
+        "INSERT INTO changes (list, audience) "
+        "SELECT 'accounts', user FROM memberships WHERE account = ?",
+        account);
+    ForgetOld(database);
+}
+
+void ChangeFeed::RecordChildren(Database& database, const Node& parent) {
+    database.Run("INSERT INTO changes (list, parent, audience) VALUES (?, ?, ?)", ListBelow(parent),
+                 parent.id, parent.account);
+    ForgetOld(database);
+}
+
+std::int64_t ChangeFeed::Position() const {
+    return store_.Read([](Database& database) { return LastNumber(database); });
+}
+
+bool ChangeFeed::Reaches(std::int64_t number) const {
+    return store_.Read([&](Database& database) {
+        std::int64_t last = LastNumber(database);
+        Statement row = database.Query("SELECT coalesce(min(seq), ?) FROM changes", last + 1);
+        row.Next();
+        return number >= row.Integer(0) - 1 && number <= last;
+    });
+}
+
+std::vector<Change> ChangeFeed::After(std::int64_t number, std::string_view user,
+                                      std::int64_t most) const {
+    return store_.Read([&](Database& database) {
+        Statement row = database.Query(
+            "SELECT seq, list, parent FROM changes WHERE seq > ? AND (audience = ? OR audience IN "
+            "(SELECT account FROM memberships WHERE user = ?)) ORDER BY seq LIMIT ?",
+            number, user, user, most);
+        std::vector<Change> changes;
+        while (row.Next())
+            changes.push_back({row.Integer(0), row.Text(1), row.OptionalText(2)});
+        return changes;
+    });
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,169 @@
+#include "service/store/DataDirectory.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <limits>
+#include <optional>
+#include <stdexcept>
+
+#include "service/base/File.h"
+#include "service/base/Text.h"
+#include "service/base/Uuid.h"
+
+namespace quilloservice {
+
+namespace {
+
+constexpr mode_t kOwnDirectory = 0700;
+constexpr mode_t kOwnFile = 0600;
+constexpr mode_t kWritableByOthers = 0022;
+constexpr mode_t kOpenToOthers = 0077;
+
+[[noreturn]] void Fail(const std::string& doing) {
+    throw std::runtime_error(doing + ": " + std::strerror(errno));
+}
+
+/// Makes the directory and those above it that are missing.
+void MakeDirectory(const std::filesystem::path& path) {
+    if (::mkdir(path.c_str(), kOwnDirectory) == 0 || errno == EEXIST) return;
+    if (errno == ENOENT && path.has_relative_path()) {
+        MakeDirectory(path.parent_path());
+        if (::mkdir(path.c_str(), kOwnDirectory) == 0 || errno == EEXIST) return;
+    }
+    Fail("cannot make " + path.string());
+}
+
+/// Throws unless what is open as `descriptor`, at `path`, is this user's.
+struct stat RequireOwn(int descriptor, const std::string& path) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0) Fail("cannot look at " + path);
+    if (status.st_uid != ::geteuid()) {
+        throw std::runtime_error(path + " belongs to another user (" +
+                                 std::to_string(status.st_uid) +
+                                 "); name a directory of your own with --data");
+    }
+    return status;
+}
+
+/// Opens the directory `name` in `parent`; `path` is what messages call it.
+Descriptor OpenDirectory(int parent, const std::string& name, const std::string& path, int flags) {
+    Descriptor directory(
+        ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
+    if (!directory && errno == ENOTDIR) {
+        throw std::runtime_error(path + " is no directory, or a link, which is not followed");
+    }
+    if (!directory) Fail("cannot open " + path);
+    if ((RequireOwn(directory.get(), path).st_mode & kWritableByOthers) != 0) {
+        throw std::runtime_error("other users can write to " + path + "; run chmod go-w '" + path +
+                                 "', or name another directory with --data");
+    }
+    return directory;
+}
+
+}  // namespace
+
+DataDirectory::DataDirectory(const std::string& path) {
+    MakeDirectory(path);
+    // With no link left in it, nothing that is opened below it later goes by one.
+    path_ = std::filesystem::canonical(path);
+    directory_ = OpenDirectory(AT_FDCWD, path_, path_, O_NOFOLLOW);
+    lock_ = OpenFile("lock", O_CREAT);
+    if (::flock(lock_.get(), LOCK_EX | LOCK_NB) != 0) {
+        throw std::runtime_error("another quillo-service is running on " + path_ +
+                                 "; stop it, or give this one a --data directory of its own");
+    }
+    for (const char* folder : {"uploads", "movies", "set-aside"})
+        MakeFolder(folder);
+    // SQLite would make its file by the umask; the files beside it get the mode that it has.
+    OpenFile("store.sqlite", O_CREAT);
+    for (const char* file : {"store.sqlite-wal", "store.sqlite-shm", "port"})
+        OpenFile(file, 0);
+}
+
+void DataDirectory::MakeFolder(const std::string& name) const {
+    std::string path = path_ + "/" + name;
+    if (::mkdirat(directory_.get(), name.c_str(), kOwnDirectory) != 0 && errno != EEXIST) {
+        Fail("cannot make " + path);
+    }
+    OpenDirectory(directory_.get(), name, path, O_NOFOLLOW);
+}
+
+Descriptor DataDirectory::OpenFile(const std::string& name, int flags) const {
+    std::string path = path_ + "/" + name;
+    // Not to wait for the other end, should it be a pipe.
+    Descriptor file(::openat(directory_.get(), name.c_str(),
+                             O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, kOwnFile));
+    if (!file && errno == ENOENT) return file;
+    if (!file && errno == ELOOP)
+        throw std::runtime_error(path + " is a link, which is not followed");
+    if (!file) Fail("cannot open " + path);
+    struct stat status = RequireOwn(file.get(), path);
+    if (!S_ISREG(status.st_mode)) throw std::runtime_error(path + " is no plain file");
+    if ((status.st_mode & kOpenToOthers) != 0 && ::fchmod(file.get(), kOwnFile) != 0) {
+        Fail("cannot close " + path + " to other users");
+    }
+    return file;
+}
+
+std::string DataDirectory::UploadPath(std::string_view id) const {
+    return PathOf("/uploads/", id);
+}
+
+std::string DataDirectory::MoviePath(std::string_view id) const {
+    return PathOf("/movies/", id);
+}
+
+std::string DataDirectory::PathOf(std::string_view folder, std::string_view id) const {
+    if (!IsUuid(id)) throw std::invalid_argument("not a UUID");
+    return path_ + std::string(folder) + std::string(id);
+}
+
+std::int64_t DataDirectory::FreeBytes() const {
+    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+    struct statvfs disk {};
+    if (::fstatvfs(directory_.get(), &disk) != 0 || disk.f_blocks == 0) return most;
+    auto blocks = static_cast<std::uint64_t>(disk.f_bavail);
+    if (blocks > static_cast<std::uint64_t>(most) / disk.f_frsize) return most;
+    return static_cast<std::int64_t>(blocks * disk.f_frsize);
+}
+
+std::string DataDirectory::SetMovieAside(std::string_view id) const {
+    std::string kept = PathOf("/set-aside/", id);
+    if (std::filesystem::exists(kept)) throw std::runtime_error(kept + " is there already");
+    std::filesystem::rename(MoviePath(id), kept);
+    SyncDirectory(path_ + "/set-aside");
+    SyncDirectory(MoviesPath());
+    return kept;
+}
+
+int DataDirectory::LastPort() const {
+    std::optional<File> file = File::OpenExisting(path_ + "/port");
+    if (!file) return 0;
+    std::string text(16, '\0');
+    text.resize(file->ReadAt(0, text.data(), text.size()));
+    std::optional<std::int64_t> port = ParseNumber(text.substr(0, text.find('\n')));
+    return port && *port < 65536 ? static_cast<int>(*port) : 0;
+}
+
+void DataDirectory::RememberPort(int port) const {
+    std::string text = std::to_string(port) + '\n';
+    try {
+        File file(path_ + "/port", File::Mode::Write);
+        file.WriteAt(0, text);
+        file.Truncate(static_cast<std::int64_t>(text.size()));
+    } catch (const std::exception& error) {
+        // A full disk, say; movies can be looked at all the same.
+        std::fprintf(stderr, "quillo-service: cannot note the port: %s\n", error.what());
+    }
+}
+
+}  // namespace quilloservice

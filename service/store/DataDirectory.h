@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "service/base/Descriptor.h"
+
+namespace quilloservice {
+
+/// The directory that holds a service's store and movies, locked against a second service for as
+/// long as this object lives. It is the user's own: what is made in it is closed to others (0700
+/// and 0600), and no link in it is followed. Any thread.
+class DataDirectory {
+public:
+    /// Makes the directory when it is missing; the mode of one that is there stays what it is.
+    /// Throws std::runtime_error when that fails, when the directory or something of the service's
+    /// in it belongs to another user or is a link, when other users can write to it, and when
+    /// another service has it.
+    explicit DataDirectory(const std::string& path);
+
+    [[nodiscard]] std::string StorePath() const { return path_ + "/store.sqlite"; }
+    [[nodiscard]] std::string MoviesPath() const { return path_ + "/movies"; }
+
+    /// Where an upload grows, and where the movie it becomes stands. `id` has to be a UUID; any
+    /// other text throws, so that nothing a client sends can become a path.
+    [[nodiscard]] std::string UploadPath(std::string_view id) const;
+    [[nodiscard]] std::string MoviePath(std::string_view id) const;
+
+    /// How many bytes may still be written to the directory's disk; the most there are when the
+    /// system does not know.
+    [[nodiscard]] std::int64_t FreeBytes() const;
+
+    /// Moves the movie's file to the folder of those that cannot be published; returns where it is
+    /// then. Replaces nothing there. Throws std::runtime_error.
+    [[nodiscard]] std::string SetMovieAside(std::string_view id) const;
+
+    /// The port that was used last with this directory, 0 when there is none.
+    [[nodiscard]] int LastPort() const;
+    void RememberPort(int port) const;
+
+private:
+    [[nodiscard]] std::string PathOf(std::string_view folder, std::string_view id) const;
+    void MakeFolder(const std::string& name) const;
+    /// Opens a file of the service's own and closes it to other users; nothing when it is missing.
+    Descriptor OpenFile(const std::string& name, int flags) const;
+
+    std::string path_;
+    Descriptor directory_;
+    Descriptor lock_;
+};
+
+}  // namespace quilloservice

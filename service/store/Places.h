@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "service/store/Nodes.h"
+
+namespace quilloservice {
+
+class ChangeFeed;
+class Store;
+
+/// A place to share to with what stands in its lists: an account, a workspace, a project or a
+/// folder. `root` is a project's root folder.
+struct Place {
+    Node node;
+    std::optional<Node> root;
+};
+
+/// Makes, renames and removes places, and has the lists that change announced. Each throws
+/// ApiError: 404 when there is no such place, 403 when `user` is no member of its account, 409 when
+/// what is asked for would lose something. Any thread.
+class Places {
+public:
+    Places(Store& store, ChangeFeed& changes) : store_(store), changes_(changes) {}
+
+    /// Makes an account with `user` as its one member.
+    Place AddAccount(const std::string& user, const std::string& name);
+
+    /// Makes a place of `kind` below `parent`; a project comes with its root folder.
+    Place Add(const std::string& user, std::string_view kind, const std::string& parent,
+              const std::string& name);
+
+    /// A root folder goes by its project's name, and is not renamed by itself.
+    Place Rename(const std::string& user, std::string_view kind, const std::string& id,
+                 const std::string& name);
+
+    /// Removes a place that holds nothing and into which nothing is on its way.
+    void Remove(const std::string& user, std::string_view kind, const std::string& id);
+
+private:
+    Store& store_;
+    ChangeFeed& changes_;
+};
+
+}  // namespace quilloservice

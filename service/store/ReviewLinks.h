@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "service/base/Clock.h"
+
+namespace quilloservice {
+
+class Database;
+class Store;
+struct Node;
+
+/// One movie as reviewers see it.
+struct MovieVersion {
+    std::string asset;
+    std::string name;
+    std::int64_t version = 1;
+    std::int64_t bytes = 0;
+    std::string sha256;  ///< hex
+    std::string mediaType;
+    std::int64_t publishedAt = 0;  ///< seconds since 1970
+};
+
+/// What a reviewer finds behind a link: the movies in the order in which they were added, each with
+/// its versions, newest first.
+struct ReviewContent {
+    std::string id;
+    std::string name;
+    std::vector<std::vector<MovieVersion>> movies;
+};
+
+/// Review links. Functions with a user throw ApiError; those without serve whoever has the link.
+/// Any thread.
+class ReviewLinks {
+public:
+    ReviewLinks(Store& store, Clock clock) : store_(store), clock_(std::move(clock)) {}
+
+    /// Makes a link in a project, or finds the one that the same request with the same key made.
+    Node Create(const std::string& user, const std::string& project, const std::string& name,
+                const std::optional<std::string>& idempotencyKey);
+
+    /// Adds files and version stacks; returns how many were not there before. All or none.
+    std::int64_t AddAssets(const std::string& user, const std::string& link,
+                           const std::vector<std::string>& assets);
+
+    [[nodiscard]] std::optional<ReviewContent> Find(const std::string& link) const;
+
+private:
+    Store& store_;
+    Clock clock_;
+};
+
+}  // namespace quilloservice

@@ -1,0 +1,173 @@
+#include "service/store/SampleData.h"
+
+#include <array>
+#include <string_view>
+
+#include "service/base/Uuid.h"
+#include "service/store/Nodes.h"
+#include "service/store/Store.h"
+
+namespace quilloservice {
+
+namespace {
+
+/// Writes nodes whose IDs follow from where they stand.
+class Planter {
+public:
+    explicit Planter(Database& database) : database_(database) {}
+
+    void User(const std::string& id, std::string_view name) {
+        database_.Run("INSERT INTO users (id, name) VALUES (?, ?)", id, name);
+    }
+
+    Node Account(const std::string& user, const std::string& name) {
+        std::string id = UuidOf("account/" + name);
+        Node account{id, std::string(kind::Account), id, std::nullopt, name};
+        InsertNode(database_, account);
+        database_.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", user, id);
+        return account;
+    }
+
+    Node Child(const Node& parent, std::string_view kind, const std::string& name,
+               std::int64_t version = 1) {
+        Node child{UuidOf(parent.id + "/" + name + "/" + std::to_string(version)),
+                   std::string(kind),
+                   parent.account,
+                   parent.id,
+                   name,
+                   version};
+        InsertNode(database_, child);
+        return child;
+    }
+
+    /// A project; what is returned is its root folder.
+    Node Project(const Node& workspace, const std::string& name) {
+        return Child(Child(workspace, kind::Project, name), kind::Folder, name);
+    }
+
+    void Stack(const Node& folder, const std::string& name, int versions) {
+        Node stack = Child(folder, kind::VersionStack, name);
+        for (int version = 1; version <= versions; ++version) {
+            Child(stack, kind::File, name, version);
+        }
+    }
+
+private:
+    Database& database_;
+};
+
+void PlantSmall(Planter& plant, const std::string& user) {
+    Node studio = plant.Account(user, "Northlight Pictures");
+    Node freelance = plant.Account(user, "Harbour Street Studio");
+
+    Node features = plant.Child(studio, kind::Workspace, "Feature Films");
+    Node river = plant.Project(features, "The Long River");
+    Node editorial = plant.Child(river, kind::Folder, "Editorial");
+    Node reels = plant.Child(editorial, kind::Folder, "Reels");
+    for (int reel = 1; reel <= 10; ++reel) {
+        plant.Child(reels, kind::Folder, "Reel " + std::to_string(reel));
+    }
+    plant.Stack(editorial, "Long River rough cut.mp4", 3);
+    plant.Child(editorial, kind::Folder, "Temp music");
+    Node vfx = plant.Child(river, kind::Folder, "VFX");
+    for (int shot : {2, 10, 21}) {
+        Node folder = plant.Child(vfx, kind::Folder, "Shot " + std::to_string(shot));
+        plant.Child(folder, kind::Folder, "Plates");
+        plant.Child(folder, kind::Folder, "Comps");
+    }
+    Node deliverables = plant.Child(river, kind::Folder, "Deliverables");
+    plant.Child(deliverables, kind::File, "Festival screener.mov");
+    plant.Project(features, "Paper Lanterns");
+    Node winter = plant.Project(features, "Winter Light");
+    plant.Child(plant.Child(winter, kind::Folder, "Dailies"), kind::Folder, "Day 01");
+
+    Node commercials = plant.Child(studio, kind::Workspace, "Commercials");
+    Node coffee = plant.Project(commercials, "Coffee Roasters 30s");
+    plant.Stack(coffee, "Roasters 30s.mp4", 2);
+    plant.Child(coffee, kind::Folder, "Client feedback");
+    plant.Project(commercials, "City Bikes Launch");
+    plant.Project(commercials, "Museum Night");
+
+    Node documentaries = plant.Child(freelance, kind::Workspace, "Documentaries");
+    Node keepers = plant.Project(documentaries, "Lighthouse Keepers");
+    Node interviews = plant.Child(keepers, kind::Folder, "Interviews");
+    plant.Child(interviews, kind::Folder, "Marta");
+    plant.Child(interviews, kind::Folder, "Henrik");
+    plant.Child(keepers, kind::File, "Teaser.mp4");
+    plant.Project(documentaries, "Salt and Stone");
+}
+
+/// Names that a list has to sort, shorten and draw well: mixed case, numbers, scripts from either
+/// side, emoji, and some far longer than any window is wide.
+std::string LargeName(std::string_view word, int index) {
+    static constexpr std::array<std::string_view, 10> kinds = {
+        "Shot ",   "shot ",   "REEL ", "Scène ", "撮影素材 ",
+        "Монтаж ", "편집본 ", "مشهد ", "סצנה ",  "🎬 Dailies "};
+    std::string number = std::to_string(index);
+    if (index % 97 == 0) {
+        std::string name = std::string(word) + " " + number + " ";
+        while (name.size() < 200)
+            name += "and another take ";
+        return name.substr(0, 200);
+    }
+    return std::string(kinds[static_cast<std::size_t>(index * 7 % 10)]) + std::string(word) + " " +
+           number;
+}
+
+void PlantLarge(Planter& plant, const std::string& user) {
+    constexpr int workspaces = 40;
+    constexpr int projects = 2000;
+    constexpr int folders = 20'000;
+    // One workspace and one folder are much larger than the others, as they are in real accounts.
+    constexpr int projectsOfFirst = 400;
+    constexpr int foldersOfFirst = 3000;
+
+    std::array<Node, 3> accounts = {plant.Account(user, "Northlight Pictures"),
+                                    plant.Account(user, "Harbour Street Studio"),
+                                    plant.Account(user, "スタジオ北極星")};
+    int project = 0;
+    int folder = 0;
+    for (int workspace = 0; workspace < workspaces; ++workspace) {
+        const Node& account = accounts[static_cast<std::size_t>(workspace) % accounts.size()];
+        Node place = plant.Child(account, kind::Workspace, LargeName("workspace", workspace + 1));
+        int projectsUpTo = projectsOfFirst + (projects - projectsOfFirst) * workspace / 39;
+        for (; project < projectsUpTo; ++project) {
+            Node root = plant.Project(place, LargeName("project", project + 1));
+            int foldersUpTo =
+                foldersOfFirst + (folders - foldersOfFirst) * project / (projects - 1);
+            // Each third folder stands in the one before it, so that trees are deep as well as
+            // wide.
+            Node last = root;
+            for (; folder < foldersUpTo; ++folder) {
+                const Node& parent = project > 0 && folder % 3 == 0 ? last : root;
+                last = plant.Child(parent, kind::Folder, LargeName("folder", folder + 1));
+            }
+        }
+    }
+}
+
+}  // namespace
+
+std::string SampleUserId() {
+    return UuidOf("user/local");
+}
+
+void MakeSampleData(Store& store, SampleSize size) {
+    store.Write([&](Database& database) {
+        if (database.Query("SELECT 1 FROM users").Next()) return;
+        Planter plant(database);
+        plant.User(SampleUserId(), "Robin Ellery");
+        if (size == SampleSize::None) return;
+
+        std::string other = UuidOf("user/other");
+        plant.User(other, "Alex Moreau");
+        Node strangers = plant.Account(other, "Somebody Else's Account");
+        Node workspace = plant.Child(strangers, kind::Workspace, "Private");
+        plant.Stack(plant.Project(workspace, "Closed Set"), "Closed Set.mp4", 1);
+
+        if (size == SampleSize::Small) PlantSmall(plant, SampleUserId());
+        if (size == SampleSize::Large) PlantLarge(plant, SampleUserId());
+    });
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,148 @@
+#include "service/store/Schema.h"
+
+#include <stdexcept>
+
+#include "service/store/Database.h"
+
+namespace quilloservice {
+
+namespace {
+
+constexpr int kVersion = 4;
+
+// Everything that has an ID of its own is a node, from account down to file, so that "does it
+// exist, what is it, may this user see it" is one look-up whatever is asked for. `parent` is the
+// account of a workspace, the workspace of a project, the project of a root folder and of a review
+// link, the folder or version stack of a file.
+constexpr const char* kTables = R"sql(
+CREATE TABLE users (
+    id TEXT PRIMARY KEY,
+    name TEXT NOT NULL
+) WITHOUT ROWID;
+
+CREATE TABLE memberships (
+    user TEXT NOT NULL REFERENCES users (id),
+    account TEXT NOT NULL REFERENCES nodes (id),
+    PRIMARY KEY (user, account)
+) WITHOUT ROWID;
+
+CREATE TABLE nodes (
+    seq INTEGER PRIMARY KEY,
+    id TEXT NOT NULL UNIQUE,
+    kind TEXT NOT NULL,
+    account TEXT NOT NULL,
+    parent TEXT,
+    name TEXT NOT NULL,
+    version INTEGER NOT NULL DEFAULT 1
+);
+CREATE INDEX nodes_by_parent ON nodes (parent, seq);
+
+CREATE TABLE movies (
+    asset TEXT PRIMARY KEY REFERENCES nodes (id),
+    bytes INTEGER NOT NULL,
+    sha256 TEXT NOT NULL,
+    media_type TEXT NOT NULL,
+    published_at INTEGER NOT NULL
+) WITHOUT ROWID;
+
+CREATE TABLE sessions (
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    user TEXT NOT NULL REFERENCES users (id),
+    client TEXT NOT NULL
+);
+
+CREATE TABLE tokens (
+    hash TEXT PRIMARY KEY,
+    session INTEGER NOT NULL REFERENCES sessions (id) ON DELETE CASCADE,
+    kind TEXT NOT NULL,
+    expires_at INTEGER NOT NULL
+) WITHOUT ROWID;
+CREATE INDEX tokens_by_session ON tokens (session);
+CREATE INDEX tokens_by_expiry ON tokens (expires_at);
+
+CREATE TABLE uploads (
+    id TEXT PRIMARY KEY,
+    user TEXT NOT NULL REFERENCES users (id),
+    asset TEXT NOT NULL,
+    folder TEXT NOT NULL,
+    stack TEXT,
+    name TEXT NOT NULL,
+    media_type TEXT NOT NULL,
+    metadata TEXT NOT NULL,
+    length INTEGER NOT NULL,
+    confirmed INTEGER NOT NULL DEFAULT 0,
+    published INTEGER NOT NULL DEFAULT 0,
+    touched_at INTEGER NOT NULL
+) WITHOUT ROWID;
+CREATE INDEX open_uploads ON uploads (touched_at) WHERE published = 0;
+
+CREATE TABLE idempotency_keys (
+    user TEXT NOT NULL,
+    key TEXT NOT NULL,
+    request TEXT NOT NULL,
+    result TEXT NOT NULL,
+    PRIMARY KEY (user, key)
+) WITHOUT ROWID;
+CREATE INDEX idempotency_keys_by_result ON idempotency_keys (result);
+
+CREATE TABLE link_assets (
+    seq INTEGER PRIMARY KEY,
+    link TEXT NOT NULL REFERENCES nodes (id),
+    asset TEXT NOT NULL REFERENCES nodes (id),
+    UNIQUE (link, asset)
+);
+)sql";
+
+// Which lists have changed, for those who follow them. Numbering begins with the time, so that a
+// number which an earlier store gave out is never taken for one of this one's. `audience` is the
+// account whose members may hear of it, or the one user.
+constexpr const char* kChanges = R"sql(
+CREATE TABLE changes (
+    seq INTEGER PRIMARY KEY AUTOINCREMENT,
+    list TEXT NOT NULL,
+    parent TEXT,
+    audience TEXT NOT NULL
+);
+INSERT INTO sqlite_sequence (name, seq)
+    VALUES ('changes', CAST(strftime('%s', 'now') AS INTEGER) * 1000000);
+
+PRAGMA user_version = 2;
+)sql";
+
+// When a key was used first, from which on it counts for a while. Those of before begin with this.
+constexpr const char* kKeyTimes = R"sql(
+ALTER TABLE idempotency_keys ADD COLUMN used_at INTEGER NOT NULL DEFAULT 0;
+UPDATE idempotency_keys SET used_at = CAST(strftime('%s', 'now') AS INTEGER);
+CREATE INDEX idempotency_keys_by_time ON idempotency_keys (used_at);
+
+PRAGMA user_version = 3;
+)sql";
+
+// The hash of the refresh token that was exchanged for a token, and when a refresh token was
+// exchanged first.
+constexpr const char* kTokenUse = R"sql(
+ALTER TABLE tokens ADD COLUMN parent TEXT;
+ALTER TABLE tokens ADD COLUMN used_at INTEGER;
+CREATE INDEX tokens_by_parent ON tokens (parent) WHERE parent IS NOT NULL;
+
+PRAGMA user_version = 4;
+)sql";
+
+}  // namespace
+
+void MakeTables(Database& database) {
+    std::int64_t version = 0;
+    {
+        Statement query = database.Query("PRAGMA user_version");
+        if (query.Next()) version = query.Integer(0);
+    }
+    if (version > kVersion) {
+        throw std::runtime_error("the data directory was written by a newer quillo-service");
+    }
+    if (version < 1) database.RunScript(kTables);
+    if (version < 2) database.RunScript(kChanges);
+    if (version < 3) database.RunScript(kKeyTimes);
+    if (version < 4) database.RunScript(kTokenUse);
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "service/store/Database.h"
+
+namespace quilloservice {
+
+/// The service's SQLite file: one connection that writes, and as many that read as there are
+/// requests at once. Any thread.
+class Store {
+public:
+    /// When a transaction counts as kept: once it has reached the disk, or once it would survive
+    /// the end of this process (which is much faster, and enough for notes of progress).
+    enum class Durability { Disk, Process };
+
+    /// Opens the file, makes or upgrades its tables.
+    explicit Store(std::string path);
+
+    /// Runs `work(Database&)`, which must only read, on a connection of its own.
+    template <typename Work>
+    auto Read(Work&& work) const {
+        Reader reader(*this);
+        return work(*reader.database);
+    }
+
+    /// Runs `work(Database&)` as one transaction, one at a time. What it throws undoes it. Keep it
+    /// short: no file is to be synced, no client to be waited for in it.
+    template <typename Work>
+    auto Write(Work&& work, Durability durability = Durability::Disk) {
+        std::scoped_lock lock(writing_);
+        Transaction transaction(writer_, durability);
+        if constexpr (std::is_void_v<decltype(work(writer_))>) {
+            work(writer_);
+            transaction.Commit();
+        } else {
+            auto result = work(writer_);
+            transaction.Commit();
+            return result;
+        }
+    }
+
+private:
+    struct Reader {
+        explicit Reader(const Store& owner);
+        ~Reader();
+        Reader(const Reader&) = delete;
+        Reader& operator=(const Reader&) = delete;
+        const Store& store;
+        std::unique_ptr<Database> database;
+    };
+
+    class Transaction {
+    public:
+        Transaction(Database& database, Durability durability);
+        ~Transaction();
+        Transaction(const Transaction&) = delete;
+        Transaction& operator=(const Transaction&) = delete;
+        void Commit();
+
+    private:
+        Database& database_;
+        bool open_ = true;
+    };
+
+    std::string path_;
+    std::mutex writing_;
+    Database writer_;  // writing_
+    mutable std::mutex readersMutex_;
+    mutable std::vector<std::unique_ptr<Database>> idleReaders_;  // readersMutex_
+};
+
+}  // namespace quilloservice

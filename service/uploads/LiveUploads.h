@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "service/base/Digest.h"
+
+namespace quilloservice {
+
+class UploadAppend;
+
+/// The uploads that grew in this process: who is appending, and the running checksum of the whole
+/// movie, so that publishing need not read the file again. Any thread.
+class LiveUploads {
+public:
+    /// The running checksum of the upload's first `offset` bytes.
+    struct Progress {
+        Digest digest;
+        std::int64_t offset = 0;
+    };
+
+    /// The only right to append to one upload, until its end.
+    class Lease {
+    public:
+        Lease(Lease&& other) noexcept;
+        ~Lease();
+
+        /// Belongs to the holder of the lease.
+        [[nodiscard]] Progress& progress() const { return *progress_; }
+
+        /// Lets the checksum go: the upload is published, or the file says better.
+        void Forget() { keep_ = false; }
+        /// Keeps the checksum for the next request.
+        void Keep() { keep_ = true; }
+
+    private:
+        friend class LiveUploads;
+        Lease(LiveUploads& owner, std::string id, Progress& progress)
+            : owner_(&owner), id_(std::move(id)), progress_(&progress) {}
+
+        LiveUploads* owner_;
+        std::string id_;
+        Progress* progress_;
+        bool keep_ = false;
+    };
+
+    /// Nothing when another request holds the lease of this upload.
+    std::optional<Lease> TryAcquire(const std::string& id);
+
+    /// The append that holds the lease, where there is one and it was named.
+    std::shared_ptr<UploadAppend> Holder(const std::string& id);
+    void SetHolder(const std::string& id, const std::shared_ptr<UploadAppend>& append);
+
+private:
+    struct Entry {
+        Progress progress;  // the lease's holder
+        bool leased = false;
+        std::weak_ptr<UploadAppend> holder{};
+    };
+
+    std::mutex mutex_;
+    std::map<std::string, Entry> entries_;  // mutex_
+};
+
+}  // namespace quilloservice

@@ -1,0 +1,163 @@
+#include "service/uploads/Publisher.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <vector>
+
+#include "service/base/ApiError.h"
+#include "service/base/Digest.h"
+#include "service/base/File.h"
+#include "service/base/Text.h"
+#include "service/store/ChangeFeed.h"
+#include "service/store/DataDirectory.h"
+#include "service/store/Nodes.h"
+#include "service/store/Store.h"
+
+namespace quilloservice {
+
+namespace {
+
+/// Throws ApiError 403 or 409 when `user` may not put a movie into the version stack `stack`.
+void CheckStack(Database& database, const std::string& user, const std::string& stack) {
+    std::optional<Node> node = FindNode(database, stack);
+    if (!node) return;
+    RequireMember(database, user, *node);
+    if (node->kind != kind::VersionStack) {
+        throw ApiError::Conflict("version_stack_id names something that is no version stack.");
+    }
+}
+
+void MoveStack(Database& database, const Node& stack, const Node& folder) {
+    if (auto former = FindNode(database, *stack.parent)) {
+        ChangeFeed::RecordChildren(database, *former);
+    }
+    database.Run("UPDATE nodes SET parent = ?, account = ? WHERE id = ?", folder.id, folder.account,
+                 stack.id);
+    database.Run("UPDATE nodes SET account = ? WHERE parent = ?", folder.account, stack.id);
+}
+
+/// The version that the next movie of the upload's stack gets. Makes the stack on first use and
+/// moves it to the upload's folder.
+std::int64_t EnterStack(Database& database, const UploadRecord& upload, const Node& folder) {
+    const std::string& id = *upload.stack;
+    std::optional<Node> stack = FindNode(database, id);
+    if (!stack) {
+        InsertNode(database,
+                   {id, std::string(kind::VersionStack), folder.account, folder.id, upload.name});
+        return 1;
+    }
+    if (stack->parent != folder.id) MoveStack(database, *stack, folder);
+    Statement newest =
+        database.Query("SELECT coalesce(max(version), 0) FROM nodes WHERE parent = ?", id);
+    newest.Next();
+    return newest.Integer(0) + 1;
+}
+
+}  // namespace
+
+Publisher::Publisher(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock)
+    : directory_(directory), store_(store), changes_(changes), clock_(std::move(clock)) {}
+
+void Publisher::AdmitToStack(Database& database, const std::string& user, const Node& folder,
+                             const std::string& stack) {
+    CheckStack(database, user, stack);
+    // Each of these may make the stack or move it to its own folder before the others are complete.
+    Statement other = database.Query(
+        "SELECT user, account FROM uploads JOIN nodes ON nodes.id = folder "
+        "WHERE stack = ? AND published = 0",
+        stack);
+    while (other.Next()) {
+        if (!IsMember(database, user, other.Text(1))) {
+            throw ApiError::Forbidden(
+                "This version stack is reserved by an upload into an account of which the user is "
+                "no member.");
+        }
+        if (!IsMember(database, other.Text(0), folder.account)) {
+            throw ApiError::Conflict(
+                "This version stack is reserved by the upload of a user who is no member of the "
+                "folder's account; wait for its end, or choose another folder.");
+        }
+    }
+}
+
+void Publisher::Publish(const UploadRecord& upload, File& file, const Digest& whole) {
+    store_.Read([&](Database& database) {
+        if (upload.stack) CheckStack(database, upload.user, *upload.stack);
+    });
+    file.Sync();
+    std::filesystem::rename(directory_.UploadPath(upload.id), directory_.MoviePath(upload.asset));
+    SyncDirectory(directory_.MoviesPath());
+    Record(upload, whole);
+}
+
+bool Publisher::FinishInterrupted(const UploadRecord& upload) {
+    std::optional<File> movie = File::OpenExisting(directory_.MoviePath(upload.asset));
+    if (!movie) return false;
+    if (std::int64_t size = movie->Size(); size != upload.length) {
+        SetAside(upload,
+                 "it has " + std::to_string(size) + " bytes, not " + std::to_string(upload.length));
+        return true;
+    }
+    Digest whole;
+    std::vector<char> buffer(1 << 18);
+    for (std::int64_t offset = 0;;) {
+        std::size_t count = movie->ReadAt(offset, buffer.data(), buffer.size());
+        if (count == 0) break;
+        whole.Update({buffer.data(), count});
+        offset += static_cast<std::int64_t>(count);
+    }
+    try {
+        Record(upload, whole);
+    } catch (const ApiError& refusal) {
+        SetAside(upload, refusal.what());
+    }
+    return true;
+}
+
+void Publisher::SetAside(const UploadRecord& upload, const std::string& reason) {
+    std::string kept = directory_.SetMovieAside(upload.asset);
+    store_.Write([&](Database& database) { ForgetUpload(database, upload.id); });
+    std::fprintf(stderr,
+                 "quillo-service: the movie of upload %s cannot be published and is kept as %s: "
+                 "%s\n",
+                 upload.id.c_str(), kept.c_str(), reason.c_str());
+}
+
+void Publisher::Record(const UploadRecord& upload, const Digest& whole) {
+    std::string sha256 = ToHex(whole.Value());
+    store_.Write([&](Database& database) {
+        if (upload.stack) CheckStack(database, upload.user, *upload.stack);
+        Node folder = RequireNode(database, upload.user, upload.folder, kind::Folder);
+        Node file{upload.asset, std::string(kind::File), folder.account, folder.id, upload.name};
+        if (upload.stack) {
+            file.version = EnterStack(database, upload, folder);
+            file.parent = upload.stack;
+        }
+        InsertNode(database, file);
+        database.Run(
+            "INSERT INTO movies (asset, bytes, sha256, media_type, published_at) "
+            "VALUES (?, ?, ?, ?, ?)",
+            upload.asset, upload.length, sha256, upload.mediaType, clock_());
+        database.Run("UPDATE uploads SET published = 1, confirmed = length WHERE id = ?",
+                     upload.id);
+        ChangeFeed::RecordChildren(database, folder);
+    });
+    changes_.Announce();
+}
+
+PublishedAsset Publisher::Find(const UploadRecord& upload) const {
+    return store_.Read([&](Database& database) {
+        Statement row = database.Query(
+            "SELECT file.id, file.name, file.version, coalesce(stack.parent, file.parent), "
+            "       sha256, bytes "
+            "FROM nodes AS file JOIN movies ON asset = file.id "
+            "LEFT JOIN nodes AS stack ON stack.id = file.parent AND stack.kind = ? "
+            "WHERE file.id = ?",
+            kind::VersionStack, upload.asset);
+        if (!row.Next()) throw ApiError::Conflict("The upload has bytes missing.");
+        return PublishedAsset{row.Text(0), row.Text(1), row.Integer(2), upload.stack,
+                              row.Text(3), row.Text(4), row.Integer(5)};
+    });
+}
+
+}  // namespace quilloservice

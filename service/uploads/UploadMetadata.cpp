@@ -1,0 +1,80 @@
+#include "service/uploads/UploadMetadata.h"
+
+#include <algorithm>
+
+#include "service/base/ApiError.h"
+#include "service/base/Text.h"
+#include "service/base/Uuid.h"
+#include "service/uploads/Uploads.h"
+
+namespace quilloservice {
+
+namespace {
+
+constexpr std::size_t kLongestName = 1024;
+
+bool IsMediaType(std::string_view text) {
+    auto token = [](std::string_view part) {
+        constexpr std::string_view others = "!#$&-^_.+";
+        return !part.empty() && std::all_of(part.begin(), part.end(), [&](char c) {
+            return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                   others.find(c) != std::string_view::npos;
+        });
+    };
+    std::size_t slash = text.find('/');
+    return text.size() <= 127 && slash != std::string_view::npos && token(text.substr(0, slash)) &&
+           token(text.substr(slash + 1));
+}
+
+bool IsKey(std::string_view key) {
+    return !key.empty() &&
+           std::all_of(key.begin(), key.end(), [](char c) { return c > ' ' && c < 0x7F; });
+}
+
+ApiError Wrong(std::string_view key, const std::string& why) {
+    return ApiError::BadRequest("Upload-Metadata: " + std::string(key) + " " + why);
+}
+
+}  // namespace
+
+std::map<std::string, std::string> ParseUploadMetadata(std::string_view header) {
+    std::map<std::string, std::string> values;
+    while (!header.empty()) {
+        std::size_t comma = std::min(header.find(','), header.size());
+        std::string_view pair = header.substr(0, comma);
+        header.remove_prefix(std::min(comma + 1, header.size()));
+        pair.remove_prefix(std::min(pair.find_first_not_of(' '), pair.size()));
+        std::size_t space = std::min(pair.find(' '), pair.size());
+        std::string_view key = pair.substr(0, space);
+        if (!IsKey(key)) {
+            throw ApiError::BadRequest("Upload-Metadata has to be pairs of a key and a value.");
+        }
+        auto value = FromBase64(pair.substr(std::min(space + 1, pair.size())));
+        if (!value) throw Wrong(key, "has to be base64.");
+        if (!values.emplace(key, *std::move(value)).second) throw Wrong(key, "is there twice.");
+    }
+    return values;
+}
+
+NewUpload ReadUploadMetadata(const std::string& header, std::int64_t length) {
+    auto values = ParseUploadMetadata(header);
+    NewUpload upload{.name = values["filename"],
+                     .folder = values["folder_id"],
+                     .mediaType = values["filetype"],
+                     .metadata = header,
+                     .length = length};
+    if (upload.name.empty()) throw Wrong("filename", "is missing.");
+    if (upload.name.size() > kLongestName) throw Wrong("filename", "is longer than 1,024 bytes.");
+    if (!IsShowableText(upload.name)) throw Wrong("filename", "has to be UTF-8 without NUL.");
+    if (upload.folder.empty()) throw Wrong("folder_id", "is missing.");
+    if (upload.mediaType.empty()) upload.mediaType = "video/mp4";
+    if (!IsMediaType(upload.mediaType)) throw Wrong("filetype", "has to be a media type.");
+    const std::string& stack = values["version_stack_id"];
+    if (!stack.empty() && stack != kNullUuid) {
+        if (!IsUuid(stack)) throw Wrong("version_stack_id", "has to be a lower-case UUID.");
+        upload.stack = stack;
+    }
+    return upload;
+}
+
+}  // namespace quilloservice

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "service/base/Clock.h"
+#include "service/uploads/LiveUploads.h"
+#include "service/uploads/Publisher.h"
+#include "service/uploads/UploadAppend.h"
+#include "service/uploads/UploadRecord.h"
+
+namespace quilloservice {
+
+class ChangeFeed;
+class DataDirectory;
+class Store;
+
+/// What a client asks for when it creates an upload, its values checked for form.
+struct NewUpload {
+    std::string name;
+    std::string folder;
+    std::optional<std::string> stack;
+    std::string mediaType;
+    std::string metadata;
+    std::int64_t length = 0;
+};
+
+/// Resumable uploads. Every function throws ApiError when the answer is an error. Any thread. One
+/// request appends to an upload at a time; a newer one takes it over, so that a connection which
+/// nobody is left to write to holds nothing up.
+class Uploads {
+public:
+    static constexpr std::int64_t kMaxBytes = std::int64_t{1} << 40;
+    static constexpr std::int64_t kForgetAfterSeconds = 7 * 24 * 3600;
+
+    /// What uploads leave free on the disk for the store itself, which has to go on recording.
+    static constexpr std::int64_t kReserveBytes = 64 << 20;
+
+    /// How many bytes the disk has free.
+    using FreeBytes = std::function<std::int64_t()>;
+
+    /// Asks the directory how much of its disk is free, or `freeBytes` when there is one.
+    Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock,
+            FreeBytes freeBytes = {});
+
+    /// Records what an earlier process published without recording it, sets aside what cannot be
+    /// recorded, and forgets old uploads. What fails is logged and left for later, so that the
+    /// service starts all the same.
+    void Recover();
+
+    /// Makes an upload, or finds the one that the same request with the same key made. Returns its
+    /// ID. Throws ApiError 507 when the movie would not fit on the disk beside what the unfinished
+    /// uploads still need.
+    std::string Create(const std::string& user, const NewUpload& request,
+                       const std::optional<std::string>& idempotencyKey);
+
+    [[nodiscard]] UploadRecord Get(const std::string& user, const std::string& id) const;
+
+    /// Begins to append a body. `onOvertaken` runs when another request takes the upload over.
+    std::shared_ptr<UploadAppend> BeginAppend(const std::string& user, const std::string& id,
+                                              const AppendRequest& request,
+                                              std::function<void()> onOvertaken);
+
+    /// The movie that the upload became.
+    [[nodiscard]] PublishedAsset Asset(const std::string& user, const std::string& id) const;
+
+private:
+    void ForgetOld();
+    void Forget(const std::string& id, std::int64_t before);
+    LiveUploads::Lease Acquire(const std::string& id);
+
+    const DataDirectory& directory_;
+    Store& store_;
+    Clock clock_;
+    FreeBytes freeBytes_;
+    Publisher publisher_;
+    LiveUploads live_;
+};
+
+}  // namespace quilloservice

@@ -1,0 +1,76 @@
+#include "service/base/Text.h"
+
+#include <gtest/gtest.h>
+
+#include "service/base/Uuid.h"
+
+namespace quilloservice {
+namespace {
+
+TEST(Text, TakesCanonicalBase64Only) {
+    struct Row {
+        std::string text;
+        std::optional<std::string> bytes;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"", ""},
+             {"Zg==", "f"},
+             {"Zm8=", "fo"},
+             {"Zm9v", "foo"},
+             {"+/8=", "\xFB\xFF"},
+             {"Zg", std::nullopt},    // padding missing
+             {"Zh==", std::nullopt},  // bits that no byte holds
+             {"Zm9v====", std::nullopt},
+             {"Z===", std::nullopt},
+             {"Zm 9v===", std::nullopt},
+             {"Zm-_", std::nullopt},
+         }) {
+        EXPECT_EQ(FromBase64(row.text), row.bytes) << row.text;
+    }
+}
+
+TEST(Text, TakesPlainNumbersOnly) {
+    EXPECT_EQ(ParseNumber("0"), 0);
+    EXPECT_EQ(ParseNumber("9223372036854775807"), INT64_MAX);
+    for (const char* text : {"", "-1", "-0", "+1", " 1", "1 ", "0x10", "1e3", "1.0",
+                             "9223372036854775808", "99999999999999999999999"}) {
+        EXPECT_EQ(ParseNumber(text), std::nullopt) << text;
+    }
+}
+
+TEST(Text, ShowsWellFormedUtf8Only) {
+    for (const char* text :
+         {"plain", "Größe", "撮影", "🎬", "مشهد", "\xEF\xBF\xBF", "\xF4\x8F\xBF\xBF"}) {
+        EXPECT_TRUE(IsShowableText(text)) << text;
+    }
+    for (std::string_view text : {
+             std::string_view("a\0b", 3),
+             std::string_view("\x80"),              // a continuation without a start
+             std::string_view("\xC3"),              // a start without a continuation
+             std::string_view("\xC0\xAF"),          // overlong
+             std::string_view("\xE0\x80\xAF"),      // overlong
+             std::string_view("\xF0\x80\x80\xAF"),  // overlong
+             std::string_view("\xED\xA0\x80"),      // a surrogate
+             std::string_view("\xF4\x90\x80\x80"),  // beyond Unicode
+             std::string_view("\xFF"),
+         }) {
+        EXPECT_FALSE(IsShowableText(text)) << ToHex(text);
+    }
+}
+
+TEST(Uuid, KnowsItsOneForm) {
+    EXPECT_TRUE(IsUuid("0123abcd-4567-89ef-0123-456789abcdef"));
+    EXPECT_TRUE(IsUuid(NewUuid()));
+    EXPECT_NE(NewUuid(), NewUuid());
+    EXPECT_EQ(UuidOf("a/b"), UuidOf("a/b"));
+    EXPECT_NE(UuidOf("a/b"), UuidOf("a/c"));
+    for (const char* text :
+         {"", "..", "0123ABCD-4567-89ef-0123-456789abcdef", "0123abcd-4567-89ef-0123-456789abcde",
+          "0123abcd04567-89ef-0123-456789abcdef", "../../../../../../../../etc/passwd-",
+          "{123abcd-4567-89ef-0123-456789abcdef"}) {
+        EXPECT_FALSE(IsUuid(text)) << text;
+    }
+}
+
+}  // namespace
+}  // namespace quilloservice

@@ -1,0 +1,164 @@
+#include <gtest/gtest.h>
+
+#include "service/oauth/AuthorizationCodes.h"
+#include "service/oauth/FormTokens.h"
+#include "service/oauth/RedirectUri.h"
+#include "service/store/SampleData.h"
+#include "service/store/Store.h"
+#include "tests/service/TempDirectory.h"
+
+namespace quilloservice {
+namespace {
+
+TEST(RedirectUri, LeadsToAProgramOnTheBrowsersMachineOnly) {
+    const std::pair<std::string, bool> rows[] = {
+        {"http://127.0.0.1:1/", true},
+        {"http://127.0.0.1:65535/signed-in?app=1&x=%20", true},
+        {"http://127.0.0.1/", true},
+        {"http://[::1]:8080/cb", true},
+        {"", false},
+        {"http://127.0.0.1", false},
+        {"http://127.0.0.1:8080", false},
+        {"http://127.0.0.1:/", false},
+        {"http://127.0.0.1:0/", false},
+        {"http://127.0.0.1:080/", false},
+        {"http://127.0.0.1:65536/", false},
+        {"http://127.0.0.1:+1/", false},
+        {"http://127.0.0.1:1@evil.example/", false},
+        {"http://127.0.0.1@evil.example/", false},
+        {"http://127.0.0.1.evil.example/", false},
+        {"http://127.0.0.11/", false},
+        {"http://127.0.0.2/", false},
+        {"http://127.1/", false},
+        {"http://2130706433/", false},
+        {"http://[::1].evil.example/", false},
+        {"http://[::ffff:127.0.0.1]/", false},
+        {"http://localhost:8080/", false},
+        {"https://127.0.0.1:8080/", false},
+        {"HTTP://127.0.0.1:8080/", false},
+        {" http://127.0.0.1:8080/", false},
+        {"http://127.0.0.1\\evil.example/", false},
+        {"http://127.0.0.1:1/\\evil.example", false},
+        {"http://127.0.0.1:1/#fragment", false},
+        {"http://127.0.0.1:1/\r\nSet-Cookie: a=b", false},
+        {"http://127.0.0.1:1/\xC3\xA9", false},
+        {"javascript:alert(1)//http://127.0.0.1:1/", false},
+        {"http://127.0.0.1:1/" + std::string(1024, 'a'), false},
+    };
+    for (const auto& [uri, good] : rows)
+        EXPECT_EQ(IsLoopbackRedirect(uri), good) << uri;
+}
+
+TEST(RedirectUri, TakesParametersBehindItsQuery) {
+    EXPECT_EQ(WithParameters("http://127.0.0.1:1/a", {{"code", "x&y"}, {"state", "1"}}),
+              "http://127.0.0.1:1/a?code=x%26y&state=1");
+    EXPECT_EQ(WithParameters("http://[::1]:1/a?b=c", {{"code", "x"}}),
+              "http://[::1]:1/a?b=c&code=x");
+}
+
+// The example of RFC 7636, appendix B.
+constexpr const char* kVerifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
+constexpr const char* kChallenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
+
+TEST(MeetsChallenge, WithTheVerifierThatItWasMadeOfOnly) {
+    EXPECT_TRUE(MeetsChallenge(kVerifier, kChallenge));
+    EXPECT_FALSE(MeetsChallenge(std::string(43, 'A'), kChallenge));
+    EXPECT_FALSE(MeetsChallenge("", kChallenge));
+    EXPECT_FALSE(MeetsChallenge(kChallenge, kChallenge)) << "the method is not plain";
+    // The right SHA-256, of what is no verifier: too short, too long, of other characters.
+    const std::pair<std::string, const char*> rows[] = {
+        {std::string(42, 'A'), "2FzmRL9Ogs7gMuqlw9kDCgkCdtm643AxEr38b4_d4wc"},
+        {std::string(129, 'A'), "5xGMOom_gU3tKrIyMDVlI5JT9Z_eqT4n0CBuF1SS46c"},
+        {std::string(42, 'A') + ' ', "m7AhPgSAqPpy6hGOwj09B2dO5LaO_qW8DYrpaX79kU8"},
+    };
+    for (const auto& [verifier, challenge] : rows)
+        EXPECT_FALSE(MeetsChallenge(verifier, challenge)) << verifier;
+}
+
+class AuthorizationCodesTest : public testing::Test {
+protected:
+    AuthorizationCodesTest() { MakeSampleData(store, SampleSize::Small); }
+
+    bool IsSignedIn(const TokenPair& pair) { return sessions.Find(pair.access).has_value(); }
+
+    test::TempDirectory directory;
+    Store store{directory.path() + "/store.sqlite"};
+    std::int64_t now = 1'000'000;
+    Sessions sessions{store, [this] { return now; }};
+    AuthorizationCodes codes{sessions, [this] { return now; }};
+    const AuthorizationRequest request{"editor", "http://127.0.0.1:1/cb", "state", kChallenge};
+    const AuthorizationCodes::Claim claim{request.client, request.redirectUri, kVerifier};
+    const std::string code = codes.Issue(SampleUserId(), request);
+};
+
+TEST_F(AuthorizationCodesTest, BeginASessionOfTheUserOnce) {
+    auto pair = codes.Redeem(code, claim);
+    ASSERT_TRUE(pair);
+    EXPECT_EQ(sessions.Find(pair->access)->user, SampleUserId());
+    EXPECT_TRUE(sessions.Refresh(pair->refresh, "editor"));
+    EXPECT_FALSE(codes.Redeem(code, claim));
+    EXPECT_FALSE(IsSignedIn(*pair)) << "one of the two has stolen the code";
+}
+
+TEST_F(AuthorizationCodesTest, AreGoodForAMinute) {
+    now += AuthorizationCodes::kSeconds - 1;
+    const std::string later = codes.Issue(SampleUserId(), request);
+    EXPECT_TRUE(codes.Redeem(code, claim));
+    now += 1;
+    const std::string last = codes.Issue(SampleUserId(), request);
+    EXPECT_TRUE(codes.Redeem(later, claim));
+    now += AuthorizationCodes::kSeconds;
+    EXPECT_FALSE(codes.Redeem(last, claim));
+}
+
+TEST_F(AuthorizationCodesTest, AreBoundToTheRequestAndSpentByAWrongClaim) {
+    using Claim = AuthorizationCodes::Claim;
+    const Claim wrong[] = {
+        {"another", claim.redirectUri, claim.verifier},
+        {claim.client, "http://127.0.0.1:2/cb", claim.verifier},
+        {claim.client, claim.redirectUri, std::string(43, 'A')},
+        {claim.client, claim.redirectUri, ""},
+    };
+    for (const Claim& row : wrong) {
+        const std::string fresh = codes.Issue(SampleUserId(), request);
+        EXPECT_FALSE(codes.Redeem(fresh, row));
+        EXPECT_FALSE(codes.Redeem(fresh, claim));
+    }
+    EXPECT_FALSE(codes.Redeem("", claim));
+    EXPECT_FALSE(codes.Redeem(code + "0", claim));
+    EXPECT_TRUE(codes.Redeem(code, claim));
+}
+
+TEST(FormTokens, AreGoodForTheRequestTheBrowserAndTenMinutes) {
+    std::int64_t now = 1'000'000;
+    FormTokens tokens([&] { return now; });
+    const AuthorizationRequest request{"editor", "http://127.0.0.1:1/cb", "state", kChallenge};
+    const std::string token = tokens.Make("browser", request);
+
+    EXPECT_TRUE(tokens.IsGood(token, "browser", request));
+    EXPECT_FALSE(tokens.IsGood(token, "another", request));
+    EXPECT_FALSE(tokens.IsGood(FormTokens([&] { return now; }).Make("browser", request), "browser",
+                               request));
+    for (std::string AuthorizationRequest::*part :
+         {&AuthorizationRequest::client, &AuthorizationRequest::redirectUri,
+          &AuthorizationRequest::state, &AuthorizationRequest::challenge}) {
+        AuthorizationRequest other = request;
+        other.*part += 'x';
+        EXPECT_FALSE(tokens.IsGood(token, "browser", other)) << other.*part;
+    }
+    const AuthorizationRequest shifted{"editorh", "ttp://127.0.0.1:1/cb", "state", kChallenge};
+    EXPECT_FALSE(tokens.IsGood(token, "browser", shifted));
+    const std::string later = std::to_string(now + 1) + token.substr(token.find('.'));
+    for (const std::string& forged : {std::string(), std::string("."), later, token + "0"})
+        EXPECT_FALSE(tokens.IsGood(forged, "browser", request)) << forged;
+
+    now += FormTokens::kSeconds - 1;
+    EXPECT_TRUE(tokens.IsGood(token, "browser", request));
+    now += 1;
+    EXPECT_FALSE(tokens.IsGood(token, "browser", request));
+    now -= FormTokens::kSeconds + 1;
+    EXPECT_FALSE(tokens.IsGood(token, "browser", request)) << "made in the future";
+}
+
+}  // namespace
+}  // namespace quilloservice

@@ -1,0 +1,128 @@
+#include "service/oauth/Sessions.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+#include "service/store/SampleData.h"
+#include "service/store/Store.h"
+#include "tests/service/TempDirectory.h"
+
+namespace quilloservice {
+namespace {
+
+class SessionsTest : public testing::Test {
+protected:
+    bool Signed(const std::string& access) { return sessions.Find(access).has_value(); }
+
+    TokenPair Exchange(const TokenPair& old) {
+        return sessions.Refresh(old.refresh, "editor").value();
+    }
+
+    test::TempDirectory directory;
+    Store store{directory.path() + "/store.sqlite"};
+    std::int64_t now = 1'000'000;
+    Sessions sessions{store, [this] { return now; }};
+    TokenPair pair = [this] {
+        MakeSampleData(store, SampleSize::None);
+        return sessions.SignIn(SampleUserId(), "editor");
+    }();
+};
+
+TEST_F(SessionsTest, TakesAccessTokensUntilTheyExpire) {
+    ASSERT_TRUE(Signed(pair.access));
+    EXPECT_EQ(sessions.Find(pair.access)->user, SampleUserId());
+    EXPECT_FALSE(Signed(pair.refresh));
+    EXPECT_FALSE(Signed(""));
+    now += Sessions::kAccessSeconds - 1;
+    EXPECT_TRUE(Signed(pair.access));
+    now += 1;
+    EXPECT_FALSE(Signed(pair.access));
+}
+
+TEST_F(SessionsTest, RefreshesAndForgivesALostAnswerForAMinute) {
+    TokenPair lost = Exchange(pair);
+    now += Sessions::kRefreshGraceSeconds / 2;
+    TokenPair lostToo = Exchange(pair);
+    now += Sessions::kRefreshGraceSeconds / 2 - 1;
+    TokenPair got = Exchange(pair);
+    EXPECT_FALSE(Signed(lost.access) || Signed(lostToo.access)) << "only the last answer counts";
+    EXPECT_TRUE(Signed(got.access));
+    EXPECT_EQ(sessions.Find(got.access)->session, sessions.Find(pair.access)->session);
+    now += Sessions::kRefreshSeconds - 1;
+    TokenPair next = Exchange(got);
+    now += Sessions::kRefreshSeconds;
+    EXPECT_FALSE(sessions.Refresh(next.refresh, "editor"));
+}
+
+TEST_F(SessionsTest, EndsASessionWhoseRefreshTokenIsUsedAgain) {
+    struct Row {
+        const char* what;
+        std::function<std::string(const TokenPair& first, const TokenPair& second)> again;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"the answer is no longer on its way",
+              [&](auto&first, auto&) {
+                  now += Sessions::kRefreshGraceSeconds;
+                  return first.refresh;
+              }},
+             {"the new access token was used",
+              [&](auto&first, auto&second) {
+                  EXPECT_TRUE(Signed(second.access));
+                  return first.refresh;
+              }},
+             {"the new refresh token was used",
+              [&](auto&first, auto&second) {
+                  Exchange(second);
+                  return first.refresh;
+              }},
+             {"the answer with this one was asked for again",
+              [&](auto&first, auto&second) {
+                  Exchange(first);
+                  return second.refresh;
+              }},
+         }) {
+        SCOPED_TRACE(row.what);
+        TokenPair first = sessions.SignIn(SampleUserId(), "editor");
+        TokenPair second = Exchange(first);
+        std::string again = row.again(first, second);
+        ASSERT_TRUE(Signed(first.access));
+        EXPECT_FALSE(sessions.Refresh(again, "editor"));
+        EXPECT_FALSE(Signed(first.access) || Signed(second.access));
+        EXPECT_FALSE(sessions.Refresh(second.refresh, "editor"));
+        EXPECT_TRUE(Signed(pair.access)) << "another session";
+    }
+}
+
+TEST_F(SessionsTest, RefreshesForTheSameClientOnlyAndNotWithAnAccessToken) {
+    EXPECT_FALSE(sessions.Refresh(pair.refresh, "another"));
+    EXPECT_FALSE(sessions.Refresh(pair.access, "editor"));
+    EXPECT_TRUE(sessions.Refresh(pair.refresh, "editor"));
+}
+
+TEST_F(SessionsTest, EndsTheWholeSessionWithEitherToken) {
+    TokenPair other = sessions.SignIn(SampleUserId(), "editor");
+    auto renewed = sessions.Refresh(pair.refresh, "editor");
+    sessions.Revoke(renewed->refresh);
+    EXPECT_FALSE(Signed(pair.access));
+    EXPECT_FALSE(Signed(renewed->access));
+    EXPECT_FALSE(sessions.Refresh(renewed->refresh, "editor"));
+    EXPECT_TRUE(Signed(other.access));
+    sessions.Revoke(other.access);
+    sessions.Revoke("unknown");
+    EXPECT_FALSE(sessions.Refresh(other.refresh, "editor"));
+}
+
+TEST_F(SessionsTest, KeepsNoTokenInItsFiles) {
+    for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
+        std::ifstream file(entry.path(), std::ios::binary);
+        std::string content{std::istreambuf_iterator<char>(file), {}};
+        EXPECT_EQ(content.find(pair.access), std::string::npos) << entry.path();
+        EXPECT_EQ(content.find(pair.refresh), std::string::npos) << entry.path();
+    }
+}
+
+}  // namespace
+}  // namespace quilloservice

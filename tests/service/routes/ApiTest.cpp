@@ -1,0 +1,499 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "service/base/Uuid.h"
+#include "tests/service/ApiClient.h"
+#include "tests/service/RunningService.h"
+
+namespace quilloservice {
+namespace {
+
+using httplib::Headers;
+using nlohmann::json;
+using test::ApiClient;
+using test::Metadata;
+using test::RunningService;
+
+constexpr const char* kForm = "application/x-www-form-urlencoded";
+
+std::string CodeOf(const httplib::Result& result) {
+    return json::parse(result->body)["error"]["code"];
+}
+
+class ApiTest : public testing::Test {
+protected:
+    RunningService service;
+    ApiClient client{service.port()};
+    std::string unknown = UuidOf("nothing");
+};
+
+TEST_F(ApiTest, LetsNobodyInWithoutAToken) {
+    const std::vector<std::pair<const char*, std::string>> requests = {
+        {"GET", "/v1/me"},
+        {"GET", "/v1/accounts"},
+        {"GET", "/v1/accounts/" + unknown + "/workspaces"},
+        {"GET", "/v1/workspaces/" + unknown + "/projects"},
+        {"GET", "/v1/folders/" + client.folder + "/children"},
+        {"POST", "/v1/uploads"},
+        {"HEAD", "/v1/uploads/" + unknown},
+        {"PATCH", "/v1/uploads/" + unknown},
+        {"GET", "/v1/uploads/" + unknown + "/asset"},
+        {"POST", "/v1/projects/" + client.project + "/review-links"},
+        {"POST", "/v1/review-links/" + unknown + "/assets"},
+        {"DELETE", "/v1/uploads/" + unknown},
+        {"POST", "/v1/accounts"},
+        {"PATCH", "/v1/folders/" + client.folder},
+        {"DELETE", "/v1/projects/" + client.project},
+        {"GET", "/v1/events"},
+        {"GET", "/v1/no-such-route"},
+        {"GET", "/v1"},
+    };
+    for (const auto& [method, path] : requests) {
+        for (const std::string& authorization :
+             {std::string(), std::string("Bearer "), "Bearer " + unknown, "Basic " + client.token,
+              client.token, "Bearer " + client.token + "x"}) {
+            auto result = client.Send(method, path, {{"Authorization", authorization}});
+            ASSERT_TRUE(result) << method << path;
+            EXPECT_EQ(result->status, 401) << method << path << authorization;
+            EXPECT_EQ(result->get_header_value("WWW-Authenticate"), "Bearer");
+        }
+    }
+    EXPECT_EQ(client.Send("GET", "/v1/me", {{"Authorization", "bearer  " + client.token}})->status,
+              200)
+        << "schemes are of any case";
+}
+
+TEST_F(ApiTest, SaysWhichMethodsAnAddressTakes) {
+    struct Row {
+        std::string method;
+        std::string path;
+        int status;
+        std::string allow;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"OPTIONS", "/v1/uploads", 204, "POST, OPTIONS"},
+             {"OPTIONS", "/v1/uploads/" + unknown, 204, "HEAD, PATCH, OPTIONS"},
+             {"OPTIONS", "/v1/folders/" + unknown + "/children", 204, "GET, HEAD, POST, OPTIONS"},
+             {"OPTIONS", "/v1/none", 404, ""},
+             {"PUT", "/v1/me", 405, "GET, HEAD, OPTIONS"},
+             {"TRACE", "/healthz", 405, "GET, HEAD, OPTIONS"},
+             {"GET", "/oauth/token", 405, "POST, OPTIONS"},
+             {"TRACE", "/none", 404, ""},
+         }) {
+        bool asks = row.method == "OPTIONS";  // and needs no token for it
+        auto result =
+            client.Send(row.method, row.path, asks ? Headers{{"Authorization", ""}} : Headers{});
+        ASSERT_TRUE(result) << row.method << row.path;
+        EXPECT_EQ(result->status, row.status) << row.method << row.path;
+        EXPECT_EQ(result->get_header_value("Allow"), row.allow) << row.method << row.path;
+    }
+}
+
+TEST_F(ApiTest, SpeaksTusInEveryAnswer) {
+    auto version = [&](const std::string& method, const std::string& path, const Headers& headers) {
+        auto result = client.Send(method, path, headers);
+        return std::to_string(result->status) + " " + result->get_header_value("Tus-Resumable");
+    };
+    std::string upload = client.CreateUpload(10);
+    EXPECT_EQ(version("HEAD", upload, {}), "200 1.0.0");
+    EXPECT_EQ(version("POST", "/v1/uploads", {}), "400 1.0.0");
+    EXPECT_EQ(version("POST", "/v1/uploads", {{"Authorization", ""}}), "401 1.0.0");
+    EXPECT_EQ(version("PATCH", upload, {{"Content-Encoding", "gzip"}}), "400 1.0.0");
+    EXPECT_EQ(version("DELETE", upload, {}), "405 1.0.0");
+    EXPECT_EQ(version("GET", "/v1/uploads/x", {}), "404 1.0.0");
+    EXPECT_EQ(version("GET", upload, {{"X-HTTP-Method-Override", "HEAD"}}), "200 1.0.0");
+    EXPECT_EQ(version("OPTIONS", "/v1/uploads", {}), "204 ");
+    auto options = client.http.Options("/v1/uploads");
+    EXPECT_EQ(options->get_header_value("Tus-Version"), "1.0.0");
+    EXPECT_EQ(options->get_header_value("Tus-Extension"), "creation,checksum");
+    EXPECT_EQ(options->get_header_value("Tus-Checksum-Algorithm"), "sha1,sha256,xxh128");
+    EXPECT_EQ(options->get_header_value("Tus-Max-Size"), "1099511627776");
+}
+
+TEST_F(ApiTest, LetsPagesOfTheAllowedOriginInAndNoOthers) {
+    RunningService open({.allowOrigin = "https://review.example"});
+    ApiClient reader(open.port());
+    auto origin = [&](ApiClient& of, const std::string& method, const char* from) {
+        auto result = of.Send(method, "/v1/uploads", {{"Origin", from}});
+        return result->get_header_value("Access-Control-Allow-Origin") + " " +
+               result->get_header_value("Access-Control-Allow-Methods") + " " +
+               (result->get_header_value("Access-Control-Expose-Headers").find("Upload-Offset") !=
+                        std::string::npos
+                    ? "exposed"
+                    : "");
+    };
+    EXPECT_EQ(origin(reader, "OPTIONS", "https://review.example"),
+              "https://review.example POST, OPTIONS exposed");
+    EXPECT_EQ(origin(reader, "POST", "https://review.example"), "https://review.example  exposed");
+    EXPECT_EQ(origin(reader, "OPTIONS", "https://evil.example"), "  ");
+    EXPECT_EQ(origin(client, "OPTIONS", "https://review.example"), "  ");
+}
+
+TEST_F(ApiTest, SignsInAndOut) {
+    auto token = [&](const std::string& form, const Headers& headers = {}) {
+        return client.http.Post("/oauth/token", headers, form, kForm);
+    };
+    auto errorOf = [](const httplib::Result& result) {
+        return result->status == 400 ? json::parse(result->body)["error"] : json(result->status);
+    };
+    const std::string grant = "&grant_type=urn%3Aquillo%3Agrant-type%3Alocal-user";
+    const std::string secret = test::LocalUserSecretAt(service.port());
+    const std::string proof = grant + "&local_user_secret=" + secret;
+    std::string local = "client_id=editor" + proof;
+    auto result = token(local);
+    ASSERT_EQ(result->status, 200);
+    EXPECT_EQ(result->get_header_value("Cache-Control"), "no-store");
+    EXPECT_EQ(result->get_header_value("Pragma"), "no-cache");
+    json pair = json::parse(result->body);
+    EXPECT_EQ(pair["token_type"], "Bearer");
+    EXPECT_EQ(pair["expires_in"], 3600);
+    auto refresh = [&] {
+        return token("client_id=editor&grant_type=refresh_token&refresh_token=" +
+                     pair["refresh_token"].get<std::string>());
+    };
+    EXPECT_EQ(refresh()->status, 200);
+
+    for (const std::string& claim :
+         {std::string(), std::string("&local_user_secret="),
+          "&local_user_secret=" + secret.substr(1), "&local_user_secret=" + std::string(64, '0')})
+        EXPECT_EQ(errorOf(token("client_id=editor" + grant + claim)), "unauthorized_client");
+    EXPECT_EQ(token("client_id=" + std::string(256, 'a') + proof)->status, 200);
+    EXPECT_EQ(token("client_id=Sch%C3%A4rfe%20%E2%9C%82" + proof)->status, 200);
+    for (const std::string& name :
+         {std::string(257, 'a'), std::string("a%0Ab"), std::string("%7F"), std::string("%C2%85"),
+          std::string("%E2%80%AEa"), std::string("%EF%BB%BFa"), std::string("%FF")}) {
+        EXPECT_EQ(errorOf(token("client_id=" + name + proof)), "invalid_request") << name;
+        EXPECT_EQ(errorOf(client.http.Post("/oauth/revoke", "token=x&client_id=" + name, kForm)),
+                  "invalid_request")
+            << name;
+    }
+    EXPECT_EQ(errorOf(token(local, {{"Origin", "http://elsewhere.example"}})),
+              "unauthorized_client");
+    EXPECT_EQ(errorOf(token(local, {{"Host", "elsewhere.example"}})), "unauthorized_client");
+    EXPECT_EQ(errorOf(token("grant_type=refresh_token")), "invalid_request");
+    EXPECT_EQ(errorOf(token("client_id=a&client_id=b&grant_type=x")), "invalid_request");
+    EXPECT_EQ(errorOf(token("client_id=a&grant_type=password")), "unsupported_grant_type");
+    EXPECT_EQ(errorOf(token("client_id=a&grant_type=refresh_token&refresh_token=x")),
+              "invalid_grant");
+    EXPECT_EQ(errorOf(client.http.Post("/oauth/token", "{}", "application/json")),
+              "invalid_request");
+
+    EXPECT_EQ(client.http.Post("/oauth/revoke", "token=" + client.token, kForm)->status, 200);
+    EXPECT_EQ(client.http.Post("/oauth/revoke", "token=unknown", kForm)->status, 200);
+    EXPECT_EQ(client.Send("GET", "/v1/me")->status, 401);
+    client.token = pair["access_token"];
+    EXPECT_EQ(client.Send("GET", "/v1/me")->status, 200);
+}
+
+TEST_F(ApiTest, TellsUnknownThingsFromThoseOfOthers) {
+    std::string strangersAccount = UuidOf("account/Somebody Else's Account");
+    struct Row {
+        std::string method;
+        std::string path;
+        int status;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"GET", "/v1/accounts/" + strangersAccount + "/workspaces", 403},
+             {"GET", "/v1/accounts/" + unknown + "/workspaces", 404},
+             {"GET", "/v1/workspaces/" + client.folder + "/projects", 404},
+             {"GET", "/v1/folders/" + client.project + "/children", 404},
+             {"GET", "/v1/folders/" + client.folder + "/children/", 404},
+             {"GET", "/v1/folders//children", 404},
+             {"GET", "/v1/folders/..%2F..%2Fetc/children", 404},
+             {"GET", "/v1/folders/FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF/children", 404},
+             {"GET", "/v1/folders/" + std::string(4000, 'a') + "/children", 404},
+             {"GET", "/v1/folders/%00/children", 404},
+             {"HEAD", "/v1/uploads/" + unknown, 404},
+             {"DELETE", "/v1/uploads/" + unknown, 405},
+         }) {
+        auto result = client.Send(row.method, row.path);
+        ASSERT_TRUE(result) << row.path;
+        EXPECT_EQ(result->status, row.status) << row.path << result->body;
+    }
+}
+
+TEST_F(ApiTest, TellsErrorsToBrowsersOnAPage) {
+    const std::string browser = "text/html,application/xhtml+xml,application/xml;q=0.9,*/*;q=0.8";
+    struct Row {
+        std::string path;
+        std::string accept;
+        int status;
+        bool page;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"/nothing", browser, 404, true},
+             {"/v1x", browser, 404, true},
+             {"/nothing", "TEXT/*", 404, true},
+             {"/nothing", "application/json; q=0.5, */*;Q=0.1, text/html ;level=1;q=0.6", 404,
+              true},
+             {"/nothing", "", 404, false},
+             {"/nothing", "*/*", 404, false},
+             {"/nothing", "application/json, text/html;q=0.9", 404, false},
+             {"/nothing", "text/*, text/html;q=0.1, application/*;q=0.5", 404, false},
+             {"/nothing", "text/html;q=x", 404, false},
+             {"/v1", browser, 401, false},
+             {"/v1/nothing", browser, 401, false},
+             {"/oauth/token", browser, 405, false},
+             {"/oauth/revoke", browser, 405, false},
+         }) {
+        SCOPED_TRACE(row.path + " " + row.accept);
+        auto answer = client.http.Get(row.path, {{"Accept", row.accept}});
+        EXPECT_EQ(answer->status, row.status);
+        EXPECT_EQ(answer->get_header_value("Content-Type"),
+                  row.page ? "text/html; charset=utf-8" : "application/json");
+        EXPECT_EQ(answer->has_header("Content-Security-Policy"), row.page);
+        EXPECT_EQ(answer->get_header_value("Vary"), row.status == 404 ? "Accept" : "");
+        if (row.page) {
+            EXPECT_THAT(answer->body, testing::HasSubstr("There is nothing at this address."));
+        }
+    }
+}
+
+TEST_F(ApiTest, ListsTheLargeSampleCompletely) {
+    RunningService large({.sample = SampleSize::Large});
+    ApiClient reader(large.port());
+    std::size_t workspaces = 0;
+    std::size_t projects = 0;
+    std::size_t longest = 0;
+    std::set<std::string> ids;
+    auto list = [&](const std::string& path, const char* key) {
+        return reader.Get(path)[key].get<std::vector<json>>();
+    };
+    for (const json& account : list("/v1/accounts", "accounts")) {
+        std::string path = "/v1/accounts/" + account["id"].get<std::string>() + "/workspaces";
+        for (const json& workspace : list(path, "workspaces")) {
+            ++workspaces;
+            path = "/v1/workspaces/" + workspace["id"].get<std::string>() + "/projects";
+            for (const json& project : list(path, "projects")) {
+                ++projects;
+                ids.insert(project["id"]);
+                ids.insert(project["root_folder"]["id"]);
+                longest = std::max(longest, project["name"].get<std::string>().size());
+                EXPECT_EQ(project["root_folder"]["type"], "folder");
+            }
+        }
+    }
+    EXPECT_EQ(workspaces, 40u);
+    EXPECT_EQ(projects, 2000u);
+    EXPECT_EQ(ids.size(), 4000u);
+    EXPECT_EQ(longest, 200u);
+    EXPECT_GT(reader.Get("/v1/folders/" + reader.folder + "/children")["assets"].size(), 1000u);
+}
+
+TEST_F(ApiTest, CountsRequestsAndRefusesThosePastTheLimit) {
+    RunningService limited({.limit = RateLimit{3, std::chrono::hours(1)}});
+    ApiClient impatient(limited.port());  // has asked for accounts, workspaces and projects once
+    auto children = [&] { return impatient.Send("GET", "/v1/folders/" + unknown + "/children"); };
+    for (int i = 0; i < 3; ++i) {
+        auto result = children();
+        EXPECT_EQ(result->status, 404);
+        EXPECT_EQ(result->get_header_value("X-RATELIMIT-LIMIT"), "3");
+        EXPECT_EQ(result->get_header_value("X-RATELIMIT-WINDOW"), "3600000");
+    }
+    auto refused = children();
+    EXPECT_EQ(refused->status, 429);
+    EXPECT_EQ(CodeOf(refused), "rate_limited");
+    EXPECT_GT(std::stoi(refused->get_header_value("Retry-After")), 3500);
+    EXPECT_EQ(impatient.Send("GET", "/v1/me")->status, 200);
+    EXPECT_EQ(ApiClient(limited.port()).Send("GET", "/v1/me")->status, 200);
+    // What belongs to an upload that was admitted is not counted.
+    std::string upload = impatient.CreateUpload(10);
+    for (std::size_t i = 0; i < 10; ++i)
+        EXPECT_EQ(impatient.Append(upload, i, "x")->status, 204);
+}
+
+TEST_F(ApiTest, CountsTheRequestsForTokensOfAnAddress) {
+    RunningService limited({.limit = RateLimit{3, std::chrono::hours(1)}});
+    httplib::Client stranger("127.0.0.1", limited.port());
+    for (auto [path, status] : {std::pair("/oauth/token", 400),
+                                {"/oauth/revoke", 200},
+                                {"/oauth/token", 400},
+                                {"/oauth/revoke", 429}}) {
+        auto result = stranger.Post(path, "token=x", kForm);
+        EXPECT_EQ(result->status, status);
+        EXPECT_EQ(result->get_header_value("X-RATELIMIT-LIMIT"), "3");
+        EXPECT_EQ(result->get_header_value("X-RATELIMIT-WINDOW"), "3600000");
+    }
+    auto refused = stranger.Post("/oauth/token", "grant_type=x", kForm);
+    EXPECT_EQ(refused->status, 429);
+    EXPECT_EQ(json::parse(refused->body)["error"], "rate_limited");
+    EXPECT_EQ(refused->get_header_value("Pragma"), "no-cache");
+    EXPECT_GT(std::stoi(refused->get_header_value("Retry-After")), 3500);
+}
+
+TEST_F(ApiTest, ChecksWhatCreatesAnUpload) {
+    std::string folder = client.folder;
+    std::string good = Metadata("movie.mp4", folder);
+    std::string foreign = UuidOf("account/Somebody Else's Account");
+    struct Row {
+        Headers headers;
+        int status;
+    };
+    for (const Row& row : std::vector<Row>{
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", good}}, 201},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", good + ",x"}}, 201},
+             {{{"Upload-Length", "10"},
+               {"Upload-Metadata", Metadata("m", folder, std::string(kNullUuid))}},
+              201},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("../../etc/x", folder)}}, 201},
+             {{{"Upload-Metadata", good}}, 400},
+             {{{"Upload-Length", "0"}, {"Upload-Metadata", good}}, 400},
+             {{{"Upload-Length", "-1"}, {"Upload-Metadata", good}}, 400},
+             {{{"Upload-Length", "1e3"}, {"Upload-Metadata", good}}, 400},
+             {{{"Upload-Length", "1099511627777"}, {"Upload-Metadata", good}}, 413},
+             {{{"Upload-Length", "9223372036854775808"}, {"Upload-Metadata", good}}, 413},
+             {{{"Upload-Length", "10"}, {"Upload-Defer-Length", "1"}, {"Upload-Metadata", good}},
+              400},
+             {{{"Upload-Length", "10"}}, 400},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", ",,,"}}, 400},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", "filename !!!"}}, 400},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", good + ",filename eA=="}}, 400},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("", folder)}}, 400},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("\xFF\xFE", folder)}}, 400},
+             {{{"Upload-Length", "10"},
+               {"Upload-Metadata", Metadata(std::string(1025, 'x'), folder)}},
+              400},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("m", "../../x")}}, 404},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("m", unknown)}}, 404},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("m", foreign)}}, 404},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("m", folder, "../x")}}, 400},
+             {{{"Upload-Length", "10"},
+               {"Upload-Metadata", good},
+               {"Idempotency-Key", "not a uuid"}},
+              400},
+             {{{"Upload-Length", "10"}, {"Upload-Metadata", good}, {"Tus-Resumable", "0.2.2"}},
+              412},
+         }) {
+        auto result = client.Send("POST", "/v1/uploads", row.headers);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(result->status, row.status) << result->body;
+    }
+}
+
+TEST_F(ApiTest, ChecksWhatAppends) {
+    std::string upload = client.CreateUpload(10);
+    struct Row {
+        Headers headers;
+        std::string body;
+        int status;
+    };
+    const std::string type = "application/offset+octet-stream";
+    for (const Row& row : std::vector<Row>{
+             {{{"Content-Type", "video/mp4"}, {"Upload-Offset", "0"}}, "x", 415},
+             {{{"Content-Type", type}}, "x", 400},
+             {{{"Content-Type", type}, {"Upload-Offset", "-1"}}, "x", 400},
+             {{{"Content-Type", type}, {"Upload-Offset", "99999999999999999999"}}, "x", 409},
+             {{{"Content-Type", type}, {"Upload-Offset", "1"}}, "x", 409},
+             {{{"Content-Type", type}, {"Upload-Offset", "0"}}, "elevenbytes", 413},
+             {{{"Content-Type", type}, {"Upload-Offset", "0"}, {"Upload-Checksum", "md5 eA=="}},
+              "x",
+              400},
+             {{{"Content-Type", type}, {"Upload-Offset", "0"}, {"Upload-Checksum", "sha1 eA=="}},
+              "x",
+              400},
+             {{{"Content-Type", type},
+               {"Upload-Offset", "0"},
+               {"Upload-Checksum", test::ChecksumOf("y")}},
+              "x",
+              460},
+             {{{"Content-Type", type}, {"Upload-Offset", "0"}, {"Quillo-Content-SHA256", "12"}},
+              "x",
+              400},
+             {{{"Content-Type", type}, {"Upload-Offset", "0"}, {"Content-Encoding", "gzip"}},
+              "x",
+              400},
+             {{{"Content-Type", type},
+               {"Upload-Offset", "0"},
+               {"Upload-Checksum", "sha1 EfatjsUqKYSrqv18O1FlA3hcIHI="}},
+              "x",
+              204},
+             {{{"Content-Type", type},
+               {"Upload-Offset", "1"},
+               {"Upload-Checksum", "xxh128 XHQBwOwi7u7q8GxkgLLNEQ=="}},
+              "y",
+              460},
+             {{{"Content-Type", type},
+               {"Upload-Offset", "1"},
+               {"Upload-Checksum", "xxh128 XHQBwOwi7u7q8GxkgLLNEQ=="}},
+              "x",
+              204},
+         }) {
+        auto result = client.Send("PATCH", upload, row.headers, row.body);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(result->status, row.status) << row.body << result->body;
+    }
+    EXPECT_EQ(client.OffsetOf(upload), "2");
+    // The protocol's way for clients that have no PATCH.
+    EXPECT_EQ(client
+                  .Send("POST", upload,
+                        {{"X-HTTP-Method-Override", "PATCH"},
+                         {"Content-Type", type},
+                         {"Upload-Offset", "2"}},
+                        "yz")
+                  ->get_header_value("Upload-Offset"),
+              "4");
+}
+
+TEST_F(ApiTest, AnswersARepeatedCreationWithWhatTheFirstMade) {
+    std::string key = NewUuid();
+    Headers headers{{"Idempotency-Key", key}};
+    std::string upload = client.CreateUpload(10, "a.mp4", {}, headers);
+    EXPECT_EQ(client.CreateUpload(10, "a.mp4", {}, headers), upload);
+    EXPECT_NE(client.CreateUpload(10, "a.mp4"), upload);
+    EXPECT_THROW(client.CreateUpload(11, "a.mp4", {}, headers), std::runtime_error);
+    EXPECT_THROW(client.CreateUpload(10, "b.mp4", {}, headers), std::runtime_error);
+
+    auto createLink = [&](const std::string& name, const std::string& linkKey) {
+        return client.Send("POST", "/v1/projects/" + client.project + "/review-links",
+                           {{"Idempotency-Key", linkKey}}, json{{"name", name}}.dump());
+    };
+    std::string linkKey = NewUuid();
+    auto first = createLink("Cut", linkKey);
+    EXPECT_EQ(first->status, 201);
+    EXPECT_EQ(createLink("Cut", linkKey)->body, first->body);
+    EXPECT_EQ(CodeOf(createLink("Other", linkKey)), "conflict");
+    EXPECT_EQ(CodeOf(createLink("Cut", key)), "conflict");
+}
+
+TEST_F(ApiTest, ChecksWhatReviewLinksAreAskedFor) {
+    std::string links = "/v1/projects/" + client.project + "/review-links";
+    std::string assets = "/v1/review-links/" + client.CreateLink() + "/assets";
+    json asset = client.Upload("movie")["asset"]["id"];
+    struct Row {
+        std::string path;
+        std::string body;
+        int status;
+    };
+    for (const Row& row : std::vector<Row>{
+             {links, "", 400},
+             {links, "[]", 400},
+             {links, "{\"name\":", 400},
+             {links, "{\"name\":\"\xFF\"}", 400},
+             {links, R"({"name":""})", 400},
+             {links, R"({"name":7})", 400},
+             {links, R"({"name":"a\u0000b"})", 400},
+             {links, std::string(60'000, '['), 400},
+             {links, json{{"name", std::string(70'000, 'x')}}.dump(), 413},
+             {"/v1/projects/" + unknown + "/review-links", R"({"name":"x"})", 404},
+             {"/v1/review-links/" + unknown + "/assets", R"({"asset_ids":[]})", 404},
+             {assets, R"({"asset_ids":"x"})", 400},
+             {assets, R"({"asset_ids":[1]})", 400},
+             {assets, json{{"asset_ids", {asset, unknown}}}.dump(), 404},
+             {assets, json{{"asset_ids", {asset, "../x"}}}.dump(), 404},
+             {assets, json{{"asset_ids", {client.folder}}}.dump(), 404},
+         }) {
+        auto result = client.Send("POST", row.path, {}, row.body);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(result->status, row.status) << row.body.substr(0, 80) << result->body;
+    }
+    // None of the refused requests added the one that is known.
+    auto add = [&] {
+        return json::parse(
+            client.Send("POST", assets, {}, json{{"asset_ids", {asset}}}.dump())->body);
+    };
+    EXPECT_EQ(add(), (json{{"added", 1}}));
+    EXPECT_EQ(add(), (json{{"added", 0}}));
+}
+
+}  // namespace
+}  // namespace quilloservice

@@ -1,0 +1,301 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <list>
+
+#include "service/base/Clock.h"
+#include "service/base/Uuid.h"
+#include "service/oauth/Sessions.h"
+#include "service/routes/EventStreams.h"
+#include "service/store/ChangeFeed.h"
+#include "service/store/Idempotency.h"
+#include "service/store/Nodes.h"
+#include "service/store/SampleData.h"
+#include "service/store/Store.h"
+#include "tests/service/ApiClient.h"
+#include "tests/service/RawConnection.h"
+#include "tests/service/RunningService.h"
+
+namespace quilloservice {
+namespace {
+
+using nlohmann::json;
+using test::ApiClient;
+using test::RawConnection;
+using test::RunningService;
+using test::TempDirectory;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct Event {
+    std::string id;
+    std::string name;
+    json data;
+};
+
+/// A client that follows the changes.
+class Follower {
+public:
+    Follower(int port, const std::string& token, const std::string& lastEventId = {})
+        : connection_(port) {
+        connection_.Say("GET /v1/events HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: Bearer " +
+                        token + "\r\n" +
+                        (lastEventId.empty() ? "" : "Last-Event-ID: " + lastEventId + "\r\n") +
+                        "\r\n");
+        head = connection_.ReadTo("\r\n\r\n");
+    }
+
+    /// The next event; an empty one when the stream has ended.
+    Event Next() {
+        for (;;) {
+            std::istringstream lines(connection_.ReadTo("\n\n"));
+            Event event;
+            for (std::string line; std::getline(lines, line);) {
+                if (line.starts_with("id: ")) event.id = line.substr(4);
+                if (line.starts_with("event: ")) event.name = line.substr(7);
+                if (line.starts_with("data: ")) event.data = json::parse(line.substr(6));
+            }
+            if (!event.name.empty() || lines.str().empty()) return event;
+        }
+    }
+
+    /// The next changes, as "list of".
+    std::vector<std::string> Changes(std::size_t count) {
+        std::vector<std::string> changes;
+        while (changes.size() < count) {
+            Event event = Next();
+            if (event.name != "changed") return {"not a change: " + event.name};
+            changes.push_back(event.data["list"].get<std::string>() + " " +
+                              event.data.value("of", ""));
+        }
+        return changes;
+    }
+
+    std::string head;
+
+private:
+    RawConnection connection_;
+};
+
+class EventsTest : public testing::Test {
+protected:
+    std::string AddFolder(const std::string& parent) {
+        return client.Post("/v1/folders/" + parent + "/children", {{"name", "F"}})["asset"]["id"];
+    }
+
+    RunningService service;
+    ApiClient client{service.port()};
+};
+
+TEST_F(EventsTest, EachChangeNamesItsList) {
+    Follower follower(service.port(), client.token);
+    EXPECT_THAT(follower.head, StartsWith("HTTP/1.1 200"));
+    EXPECT_THAT(follower.head, HasSubstr("Content-Type: text/event-stream"));
+    EXPECT_EQ(follower.Next().name, "ready");
+
+    std::string account = client.Post("/v1/accounts", {{"name", "A"}})["account"]["id"];
+    std::string workspace =
+        client.Post("/v1/accounts/" + account + "/workspaces", {{"name", "W"}})["workspace"]["id"];
+    json project =
+        client.Post("/v1/workspaces/" + workspace + "/projects", {{"name", "P"}})["project"];
+    std::string root = project["root_folder"]["id"];
+    std::string folder = AddFolder(root);
+    client.Send("PATCH", "/v1/folders/" + folder, {}, R"({"name":"G"})");
+    client.Send("DELETE", "/v1/folders/" + folder);
+    client.Send("PATCH", "/v1/folders/" + folder, {}, R"({"name":"gone"})");
+    client.Send("DELETE", "/v1/projects/" + project["id"].get<std::string>());
+    client.Send("DELETE", "/v1/workspaces/" + workspace);
+    client.Send("DELETE", "/v1/accounts/" + account);
+    EXPECT_THAT(follower.Changes(9),
+                ElementsAre("accounts ", "workspaces " + account, "projects " + workspace,
+                            "assets " + root, "assets " + root, "assets " + root,
+                            "projects " + workspace, "workspaces " + account, "accounts "));
+}
+
+TEST_F(EventsTest, APublishedMovieChangesItsFolderAndTheOneThatItsStackLeaves) {
+    Follower follower(service.port(), client.token);
+    follower.Next();
+    std::string stack = "5ca1ab1e-0000-4000-8000-000000000001";
+    std::string first = client.folder;
+    client.Upload("one", "movie.mp4", stack);
+    client.Upload("alone");
+    client.folder = AddFolder(first);
+    client.Upload("two", "movie.mp4", stack);
+    EXPECT_THAT(follower.Changes(5),
+                ElementsAre("assets " + first, "assets " + first, "assets " + first,
+                            "assets " + first, "assets " + client.folder));
+}
+
+TEST_F(EventsTest, WhoComesBackMissesNothing) {
+    std::string id;
+    {
+        Follower follower(service.port(), client.token);
+        id = follower.Next().id;
+    }
+    std::string first = AddFolder(client.folder);
+    service.Restart();
+    ApiClient again(service.port());
+    again.Post("/v1/folders/" + first + "/children", {{"name", "F"}});
+    {
+        Follower back(service.port(), again.token, id);
+        Event ready = back.Next();
+        EXPECT_EQ(ready.name, "ready");
+        EXPECT_EQ(ready.id, id);
+        Event change = back.Next();
+        EXPECT_EQ(change.data["of"], client.folder);
+        id = change.id;
+        EXPECT_THAT(back.Changes(1), ElementsAre("assets " + first));
+    }
+    Follower third(service.port(), again.token, id);
+    third.Next();
+    EXPECT_THAT(third.Changes(1), ElementsAre("assets " + first));
+}
+
+TEST_F(EventsTest, WhoComesBackWithAnotherStoresNumberIsToldToReadAllAnew) {
+    for (const char* id : {"0", "7", "9000000000000000000", "-1", "x", "99999999999999999999"}) {
+        Follower follower(service.port(), client.token, id);
+        Event reset = follower.Next();
+        EXPECT_EQ(reset.name, "reset") << id;
+        AddFolder(client.folder);
+        EXPECT_EQ(std::stoll(follower.Next().id), std::stoll(reset.id) + 1) << id;
+    }
+}
+
+TEST_F(EventsTest, AsManyFollowersAsThereMayBeLeaveRoomForRequests) {
+    rlimit files{};
+    ::getrlimit(RLIMIT_NOFILE, &files);
+    files.rlim_cur = std::min<rlim_t>(files.rlim_max, 4096);
+    ::setrlimit(RLIMIT_NOFILE, &files);
+    service.Restart();  // with the limit
+
+    std::list<Follower> followers;
+    auto follow = [&](const std::string& token) {
+        followers.emplace_back(service.port(), token);
+        return followers.back().head;
+    };
+    while (followers.size() < EventStreams::kMostStreams) {
+        ApiClient session(service.port());
+        for (std::size_t i = 0; i < EventStreams::kMostStreamsOfASession; ++i)
+            ASSERT_THAT(follow(session.token), StartsWith("HTTP/1.1 200")) << followers.size();
+        if (followers.size() > EventStreams::kMostStreamsOfASession) continue;
+        EXPECT_THAT(follow(session.token), StartsWith("HTTP/1.1 429"));
+        followers.pop_back();
+    }
+    EXPECT_THAT(follow(client.token), StartsWith("HTTP/1.1 503"));
+    EXPECT_THAT(followers.back().head, HasSubstr("Retry-After: "));
+    followers.pop_back();
+
+    ApiClient(service.port()).Upload("a movie");
+    for (Follower& follower : followers) {
+        follower.Next();
+        EXPECT_THAT(follower.Changes(1), ElementsAre("assets " + client.folder));
+    }
+    followers.pop_front();
+    while (!Follower(service.port(), client.token).head.starts_with("HTTP/1.1 200")) {
+    }
+}
+
+TEST_F(EventsTest, EndWithTheService) {
+    Follower follower(service.port(), client.token);
+    follower.Next();
+    service.Restart();
+    EXPECT_EQ(follower.Next().name, "");
+}
+
+/// The streams without the server, with a client at the other end of a socket.
+class EventStreamsTest : public testing::Test {
+protected:
+    EventStreamsTest() {
+        MakeSampleData(store, SampleSize::Small);
+        ::socketpair(AF_UNIX, SOCK_STREAM, 0, ends);
+    }
+    ~EventStreamsTest() override { ::close(ends[0]); }
+
+    /// What comes next, up to `end`; all there is when the stream ends first.
+    std::string ReadTo(std::string_view end) {
+        std::string text;
+        char byte = 0;
+        while (!text.ends_with(end) && ::recv(ends[0], &byte, 1, 0) > 0)
+            text += byte;
+        return text;
+    }
+
+    TempDirectory directory;
+    Store store{directory.path() + "/store.sqlite"};
+    Sessions sessions{store, [] { return std::int64_t{1'000}; }};
+    ChangeFeed changes{store};
+    EventStreams streams{changes, sessions, std::chrono::milliseconds(2)};
+    int ends[2];
+};
+
+TEST_F(EventStreamsTest, TellOfOnesOwnAccountsAndEndWithTheToken) {
+    std::string user = UuidOf("user/other");
+    std::string token = sessions.SignIn(user, "test").access;
+    EventStreams::Follower follower = streams.MakeFollower(user, token, std::nullopt);
+    // The answer is on its way to the client, who counts on what changes from here on.
+    store.Write([](Database& database) {
+        for (const char* name : {"Northlight Pictures", "Somebody Else's Account"})
+            ChangeFeed::RecordChildren(database,
+                                       *FindNode(database, UuidOf("account/" + std::string(name))));
+    });
+    changes.Announce();
+    streams.Take(ends[1], follower, streams.Reserve(1));
+    EXPECT_THAT(ReadTo("\n\n"), HasSubstr("ready"));
+    EXPECT_THAT(ReadTo(UuidOf("account/Somebody Else's Account") + "\"}\n\n"),
+                testing::Not(HasSubstr(UuidOf("account/Northlight Pictures"))));
+    EXPECT_THAT(ReadTo("\n\n"), StartsWith(":")) << "something is sent all the time";
+    sessions.Revoke(token);
+    EXPECT_THAT(ReadTo("no end"), testing::Not(HasSubstr("changed")));
+}
+
+TEST_F(EventStreamsTest, CatchUpInBatchesAndForgetWhatIsLongPast) {
+    std::string user = SampleUserId();
+    std::int64_t before = changes.Position();
+    store.Write([](Database& database) {
+        Node account = *FindNode(database, UuidOf("account/Northlight Pictures"));
+        for (int i = 0; i < 10'100; ++i)
+            ChangeFeed::RecordChildren(database, account);
+    });
+    EXPECT_FALSE(changes.Reaches(before));
+    EXPECT_FALSE(changes.Reaches(before + 99));
+    EXPECT_TRUE(changes.Reaches(before + 100));
+    EXPECT_FALSE(changes.Reaches(before + 10'101));
+    streams.Take(ends[1],
+                 streams.MakeFollower(user, sessions.SignIn(user, "test").access,
+                                      std::to_string(before + 9'000)),
+                 streams.Reserve(1));
+    std::string all = ReadTo("id: " + std::to_string(before + 10'100) + "\n");
+    EXPECT_THAT(all, HasSubstr("id: " + std::to_string(before + 9'001) + "\n"));
+    EXPECT_EQ(std::count(all.begin(), all.end(), '{'), 1'100);
+}
+
+TEST(StoreTest, TakesOverWhatTheFirstVersionWrote) {
+    TempDirectory directory;
+    std::string path = directory.path() + "/store.sqlite";
+    const IdempotentRequest request{SampleUserId(), NewUuid(), "review link"};
+    {
+        Store store(path);
+        MakeSampleData(store, SampleSize::Small);
+        store.Write([&](Database& database) {
+            RememberResult(database, request, "made", 0);
+            database.RunScript(
+                "DROP TABLE changes; DROP INDEX idempotency_keys_by_time;"
+                "ALTER TABLE idempotency_keys DROP COLUMN used_at;"
+                "DROP INDEX tokens_by_parent; ALTER TABLE tokens DROP COLUMN parent;"
+                "ALTER TABLE tokens DROP COLUMN used_at; PRAGMA user_version = 1");
+        });
+    }
+    Store store(path);
+    ChangeFeed changes(store);
+    std::int64_t before = changes.Position();
+    store.Write([&](Database& database) {
+        ChangeFeed::RecordAccounts(database, UuidOf("account/Northlight Pictures"));
+        EXPECT_EQ(FindRepeated(database, request, SystemTime()), "made") << "a key counts anew";
+    });
+    EXPECT_EQ(changes.After(before, SampleUserId(), 9).size(), 1u);
+}
+
+}  // namespace
+}  // namespace quilloservice

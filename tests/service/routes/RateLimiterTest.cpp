@@ -1,0 +1,80 @@
+#include "service/routes/RateLimiter.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "service/http/Exchange.h"
+#include "service/routes/Call.h"
+#include "service/routes/RequestCount.h"
+
+namespace quilloservice {
+namespace {
+
+using namespace std::chrono_literals;
+
+class RateLimiterTest : public testing::Test {
+protected:
+    bool Admits(std::int64_t session = 1, RequestKind kind = RequestKind::Children) {
+        return limiter.Admit(session, kind, now).admitted;
+    }
+
+    RateLimiter limiter{RateLimit{3, 10s}};
+    RateLimiter::TimePoint now{1000s};
+};
+
+TEST_F(RateLimiterTest, SlidesItsWindow) {
+    EXPECT_TRUE(Admits());
+    now += 4s;
+    EXPECT_TRUE(Admits());
+    EXPECT_TRUE(Admits());
+    auto refused = limiter.Admit(1, RequestKind::Children, now);
+    EXPECT_FALSE(refused.admitted);
+    EXPECT_EQ(refused.retryAfter, 6s);
+    EXPECT_EQ(refused.limit.requests, 3u);
+    now += 6s - 1ns;
+    EXPECT_FALSE(Admits());
+    now += 1ns;
+    // Only the first request has left the window, and refused ones never were in it.
+    EXPECT_TRUE(Admits());
+    EXPECT_FALSE(Admits());
+    now += 4s;
+    EXPECT_TRUE(Admits());
+    EXPECT_TRUE(Admits());
+    EXPECT_FALSE(Admits());
+}
+
+TEST_F(RateLimiterTest, CountsSessionsAndKindsApart) {
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(Admits());
+    EXPECT_FALSE(Admits());
+    EXPECT_TRUE(Admits(2));
+    EXPECT_TRUE(Admits(1, RequestKind::Projects));
+}
+
+TEST_F(RateLimiterTest, KeepsCountingWhileItForgetsQuietSessions) {
+    for (int i = 0; i < 3; ++i)
+        Admits(1);
+    // Far more sessions than it keeps before it looks for quiet ones.
+    for (int session = 100; session < 5000; ++session)
+        Admits(session);
+    EXPECT_FALSE(Admits(1));
+    now += 10s;
+    EXPECT_TRUE(Admits(1));
+}
+
+TEST(RequestCountTest, CountsTheAddressesOfOneNetworkAsOne) {
+    auto key = [](const char* address) {
+        auto exchange = std::make_shared<http::Exchange>();
+        exchange->request.remoteAddress = address;
+        return AddressKey(Call(exchange));
+    };
+    EXPECT_EQ(key("2001:db8::1"), key("2001:db8:0:0:ffff::2"));
+    EXPECT_NE(key("2001:db8::1"), key("2001:db8:0:1::1"));
+    EXPECT_EQ(key("fe80::1%eth0"), key("fe80::2%eth0"));
+    EXPECT_NE(key("192.0.2.1"), key("192.0.2.2"));
+    EXPECT_NE(key("::ffff:192.0.2.1"), key("::ffff:192.0.2.2"));
+}
+
+}  // namespace
+}  // namespace quilloservice

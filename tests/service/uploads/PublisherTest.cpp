@@ -1,0 +1,296 @@
+#include "service/uploads/Publisher.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+#include "service/base/ApiError.h"
+#include "service/base/Digest.h"
+#include "service/base/File.h"
+#include "service/base/Uuid.h"
+#include "service/store/ChangeFeed.h"
+#include "service/store/DataDirectory.h"
+#include "service/store/Nodes.h"
+#include "service/store/SampleData.h"
+#include "service/store/Store.h"
+#include "service/uploads/Uploads.h"
+#include "tests/service/ApiClient.h"
+#include "tests/service/RunningService.h"
+
+namespace quilloservice {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr std::string_view kContent = "a whole movie";
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// What a service has open on a directory; one at a time.
+struct Opened {
+    explicit Opened(const std::string& path) : directory(path) {
+        MakeSampleData(store, SampleSize::Small);
+        uploads.Recover();
+    }
+
+    std::string Create(const std::string& user, const std::string& folder,
+                       const std::string& stack) {
+        return uploads.Create(user,
+                              {.name = "movie.mp4",
+                               .folder = folder,
+                               .stack = stack,
+                               .mediaType = "video/mp4",
+                               .length = kContent.size()},
+                              std::nullopt);
+    }
+
+    /// The status with which the creation of an upload is refused, 0 when it is not.
+    int Refusal(const std::string& user, const std::string& folder, const std::string& stack) {
+        try {
+            Create(user, folder, stack);
+            return 0;
+        } catch (const ApiError& error) {
+            return error.status;
+        }
+    }
+
+    /// All of the upload's bytes arrive, and nothing further happens.
+    void Fill(const std::string& user, const std::string& id, bool renamed = false) {
+        UploadRecord upload = uploads.Get(user, id);
+        File(renamed ? directory.MoviePath(upload.asset) : directory.UploadPath(id),
+             File::Mode::Write)
+            .WriteAt(0, kContent);
+        store.Write(
+            [&](Database& database) { SetConfirmed(database, id, kContent.size() - 1, now); });
+    }
+
+    void Publish(const UploadRecord& upload) {
+        Digest whole;
+        whole.Update(kContent);
+        File file(directory.UploadPath(upload.id), File::Mode::Write);
+        Publisher(directory, store, changes, SystemTime).Publish(upload, file, whole);
+    }
+
+    DataDirectory directory;
+    Store store{directory.StorePath()};
+    ChangeFeed changes{store};
+    std::int64_t now = SystemTime();
+    Uploads uploads{directory, store, changes, [this] { return now; }};
+};
+
+/// Whether the system call that the process is about to make may change what is on the disk.
+bool EntersAChange(pid_t process) {
+    __ptrace_syscall_info info{};
+    ::ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof(info), &info);
+    if (info.op != PTRACE_SYSCALL_INFO_ENTRY) return false;
+    switch (info.entry.nr) {
+#ifdef SYS_rename
+        case SYS_rename:
+        case SYS_mkdir:
+        case SYS_unlink:
+#endif
+        case SYS_renameat:
+        case SYS_renameat2:
+        case SYS_mkdirat:
+        case SYS_unlinkat:
+        case SYS_openat:
+        case SYS_write:
+        case SYS_pwrite64:
+        case SYS_ftruncate:
+        case SYS_fallocate:
+        case SYS_fsync:
+        case SYS_fdatasync:
+            return true;
+        default:
+            return false;
+    }
+}
+
+/// Runs `work` in a process of its own. `work` calls what it is given once it is prepared; the
+/// process is killed before its `count`th change of the disk after that. Returns whether it got
+/// that far.
+bool IsKilledAt(int count, const std::function<void(const std::function<void()>& prepared)>& work) {
+    pid_t child = ::fork();
+    if (child == 0) {
+        ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+        work([] { std::raise(SIGSTOP); });
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    if (!WIFSTOPPED(status)) throw std::runtime_error("the process ended before it was prepared");
+    if (::ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL) != 0)
+        throw std::runtime_error("ptrace is not to be had here");
+    for (int changes = 0; changes < count;) {
+        ::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
+        ::waitpid(child, &status, 0);
+        if (WIFEXITED(status)) return false;
+        if (WIFSIGNALED(status)) throw std::runtime_error("the process failed");
+        if (WSTOPSIG(status) == (SIGTRAP | 0x80) && EntersAChange(child)) ++changes;
+    }
+    ::kill(child, SIGKILL);
+    ::waitpid(child, &status, 0);
+    return true;
+}
+
+class PublisherTest : public testing::Test {
+protected:
+    static std::string FolderOf(const std::string& account, const std::string& workspace,
+                                const std::string& project) {
+        std::string id = UuidOf("account/" + account);
+        for (const std::string& name : {workspace, project, project})
+            id = UuidOf(id + "/" + name + "/1");
+        return id;
+    }
+
+    /// What the service lists in the folder, and how far the upload is, once it runs again; then
+    /// the upload goes on to its end.
+    void ExpectOpensAndGoesOn(const std::string& data, const std::string& upload,
+                              const std::string& stack, const std::string& when) {
+        Options options;
+        options.dataDirectory = data;
+        test::RunningService service(options);
+        test::ApiClient client(service.port());
+        std::size_t offset = std::stoul(client.OffsetOf("/v1/uploads/" + upload));
+        std::string listed = client.Get("/v1/folders/" + folder + "/children").dump();
+        if (offset < kContent.size()) {
+            EXPECT_THAT(listed, Not(HasSubstr(stack))) << when;
+            auto answer = client.Append("/v1/uploads/" + upload, offset,
+                                        std::string(kContent.substr(offset)));
+            EXPECT_EQ(answer->status, 204) << when << answer->body;
+        } else {
+            EXPECT_THAT(listed, HasSubstr(stack)) << when;
+        }
+        std::string asset = client.Get("/v1/uploads/" + upload + "/asset")["asset"]["id"];
+        EXPECT_EQ(ReadFile(data + "/movies/" + asset), kContent) << when;
+    }
+
+    const std::string user = SampleUserId();
+    const std::string other = UuidOf("user/other");
+    const std::string folder = FolderOf("Northlight Pictures", "Feature Films", "The Long River");
+    const std::string freelance =
+        FolderOf("Harbour Street Studio", "Documentaries", "Lighthouse Keepers");
+    const std::string strangers = FolderOf("Somebody Else's Account", "Private", "Closed Set");
+};
+
+TEST_F(PublisherTest, LosesNothingWhereverItIsKilled) {
+    for (bool renamed : {false, true}) {
+        int steps = 0;
+        for (bool killed = true; killed; ++steps) {
+            test::TempDirectory data;
+            std::string stack = NewUuid();
+            std::string upload;
+            {
+                Opened opened(data.path());
+                upload = opened.Create(user, folder, stack);
+                opened.Fill(user, upload, renamed);
+            }
+            killed = IsKilledAt(steps + 1, [&](const auto& prepared) {
+                // What a rename left behind is finished by the next start.
+                if (renamed) prepared();
+                Opened opened(data.path());
+                if (renamed) return;
+                UploadRecord record = opened.uploads.Get(user, upload);
+                prepared();
+                opened.Publish(record);
+            });
+            ExpectOpensAndGoesOn(data.path(), upload, stack, "change " + std::to_string(steps + 1));
+        }
+        EXPECT_GT(steps, 10) << "are the changes seen?";
+        RecordProperty(renamed ? "recovery" : "publication", steps);
+    }
+}
+
+TEST_F(PublisherTest, ReservesTheStackOfAnUnfinishedUpload) {
+    test::TempDirectory data;
+    Opened opened(data.path());
+    opened.store.Write([&](Database& database) {
+        database.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", other,
+                     UuidOf("account/Harbour Street Studio"));
+    });
+    const std::string& shared = freelance;
+    std::string mine = NewUuid();
+    std::string ours = NewUuid();
+    opened.Create(user, folder, mine);
+    opened.Create(other, shared, ours);
+    struct Row {
+        std::string user, folder, stack;
+        int refusal;
+    };
+    for (const Row& row : std::vector<Row>{
+             {other, strangers, mine, 403},  // would take it from under the upload
+             {other, shared, mine, 403},
+             {user, shared, mine, 0},  // moves it, but to where the upload may follow
+             {other, shared, mine, 403},
+             {user, folder, ours, 409},  // would move it to where the other's upload may not
+             {user, shared, ours, 0},
+         }) {
+        EXPECT_EQ(opened.Refusal(row.user, row.folder, row.stack), row.refusal)
+            << row.user << row.folder << row.stack;
+    }
+    opened.store.Read([&](Database& database) {
+        EXPECT_FALSE(FindNode(database, mine)) << "a stack is listed once it holds a movie";
+    });
+    opened.now += Uploads::kForgetAfterSeconds + 1;
+    EXPECT_EQ(opened.Refusal(other, strangers, mine), 0) << "its uploads are forgotten";
+}
+
+TEST_F(PublisherTest, OpensWithMoviesThatCannotBeRecordedAndSetsThemAside) {
+    test::TempDirectory data;
+    std::string taken, damaged, later, good;
+    std::vector<std::string> aside;
+    {
+        Opened opened(data.path());
+        std::string stack = NewUuid();
+        for (std::string* upload : {&taken, &damaged, &later, &good}) {
+            *upload = opened.Create(user, folder, upload == &taken ? stack : NewUuid());
+            opened.Fill(user, *upload, true);
+        }
+        for (const std::string& upload : {taken, damaged})
+            aside.push_back(opened.uploads.Get(user, upload).asset);
+        std::ofstream(opened.directory.MoviePath(aside[1]), std::ios::app) << "and more";
+        opened.store.Write([&](Database& database) {
+            // As stores of earlier versions may have it, which reserved nothing.
+            InsertNode(database, {stack, std::string(kind::VersionStack),
+                                  UuidOf("account/Somebody Else's Account"), strangers, "theirs"});
+            database.RunScript(("CREATE TRIGGER later BEFORE INSERT ON movies WHEN NEW.asset = '" +
+                                opened.uploads.Get(user, later).asset +
+                                "' BEGIN SELECT RAISE(ABORT, 'x'); END")
+                                   .c_str());
+        });
+    }
+    Options options;
+    options.dataDirectory = data.path();
+    testing::internal::CaptureStderr();
+    test::RunningService service(options);
+    std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 3) << log;
+    for (const std::string& upload : {taken, damaged, later})
+        EXPECT_THAT(log, HasSubstr("upload " + upload));
+    EXPECT_EQ(ReadFile(data.path() + "/set-aside/" + aside[0]), kContent);
+    EXPECT_EQ(ReadFile(data.path() + "/set-aside/" + aside[1]), std::string(kContent) + "and more");
+
+    test::ApiClient client(service.port());
+    for (const std::string& upload : {taken, damaged})
+        EXPECT_EQ(client.Send("HEAD", "/v1/uploads/" + upload)->status, 404);
+    EXPECT_EQ(client.OffsetOf("/v1/uploads/" + good), std::to_string(kContent.size()));
+    EXPECT_EQ(client.OffsetOf("/v1/uploads/" + later), std::to_string(kContent.size() - 1));
+}
+
+}  // namespace
+}  // namespace quilloservice
