@@ -8,7 +8,7 @@
 
 namespace quilloservice {
 
-const char* const kHelp =
+char const* const kHelp =
     R"(quillo-service: a review service for development and tests
 
 usage: quillo-service --data DIR [options]
@@ -36,7 +36,7 @@ docs/service-api.md describes what it speaks.
 
 namespace {
 
-std::int64_t NumberIn(const std::string& option, const std::string& text, std::int64_t lowest,
+std::int64_t NumberIn(std::string const& option, std::string const& text, std::int64_t lowest,
                       std::int64_t highest) {
     std::optional<std::int64_t> number = ParseNumber(text);
     if (!number || *number < lowest || *number > highest) {
@@ -46,7 +46,7 @@ std::int64_t NumberIn(const std::string& option, const std::string& text, std::i
     return *number;
 }
 
-RateLimit ParseLimit(const std::string& text) {
+RateLimit ParseLimit(std::string const& text) {
     std::size_t slash = text.find('/');
     if (slash == std::string::npos) {
         throw UsageError("--limit takes N/SECONDS, for example 60/60, not \"" + text + "\"");
@@ -56,7 +56,7 @@ RateLimit ParseLimit(const std::string& text) {
     return {static_cast<std::size_t>(requests), std::chrono::seconds(seconds)};
 }
 
-SampleSize ParseSample(const std::string& text) {
+SampleSize ParseSample(std::string const& text) {
     if (text == "small") return SampleSize::Small;
     if (text == "large") return SampleSize::Large;
     if (text == "none") return SampleSize::None;
@@ -64,7 +64,7 @@ SampleSize ParseSample(const std::string& text) {
 }
 
 /// An origin as browsers send it, since it is compared with that.
-std::string ParseOrigin(const std::string& text) {
+std::string ParseOrigin(std::string const& text) {
     std::size_t scheme = text.starts_with("https://") ? 8 : text.starts_with("http://") ? 7 : 0;
     std::string host = text.substr(scheme);
     if (scheme == 0 || host.empty() ||
@@ -76,7 +76,7 @@ std::string ParseOrigin(const std::string& text) {
     return text;
 }
 
-double ParseRate(const std::string& text) {
+double ParseRate(std::string const& text) {
     double rate = 0;
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rate);
     if (error != std::errc() || end != text.data() + text.size() || !(rate >= 0 && rate <= 1)) {
@@ -88,14 +88,14 @@ double ParseRate(const std::string& text) {
 
 }  // namespace
 
-Options ParseOptions(const std::vector<std::string>& arguments) {
+Options ParseOptions(std::vector<std::string> const& arguments) {
     Options options;
     const std::map<std::string, std::function<void()>> switches = {
         {"--help", [&] { options.help = true; }},
         {"--trust-local-user", [&] { options.trustLocalUser = true; }},
         {"--stop-with-stdin", [&] { options.stopWithStdin = true; }},
     };
-    const std::map<std::string, std::function<void(const std::string&)>> values = {
+    const std::map<std::string, std::function<void(std::string const&)>> values = {
         {"--data", [&](auto& text) { options.dataDirectory = text; }},
         {"--host", [&](auto& text) { options.host = text; }},
         {"--port",
@@ -116,7 +116,7 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
          }},
     };
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& argument = arguments[i];
+        std::string const& argument = arguments[i];
         if (auto found = switches.find(argument); found != switches.end()) {
             found->second();
         } else if (auto option = values.find(argument); option != values.end()) {

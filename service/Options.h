@@ -34,9 +34,9 @@ public:
 };
 
 /// Reads the arguments after the program's name. Throws UsageError.
-Options ParseOptions(const std::vector<std::string>& arguments);
+Options ParseOptions(std::vector<std::string> const& arguments);
 
 /// What --help prints.
-extern const char* const kHelp;
+extern char const* const kHelp;
 
 }  // namespace quilloservice

@@ -26,7 +26,7 @@ namespace quilloservice {
 
 namespace {
 
-int Listen(http::Server& server, const DataDirectory& directory, const Options& options) {
+int Listen(http::Server& server, DataDirectory const& directory, Options const& options) {
     int port = -1;
     if (options.port != 0) {
         port = server.Bind(options.host, options.port);
@@ -43,7 +43,7 @@ int Listen(http::Server& server, const DataDirectory& directory, const Options& 
     return port;
 }
 
-http::Limits HttpLimits(const Options& options) {
+http::Limits HttpLimits(Options const& options) {
     http::Limits limits = options.http;
     rlimit descriptors{};
     ::getrlimit(RLIMIT_NOFILE, &descriptors);
@@ -52,7 +52,7 @@ http::Limits HttpLimits(const Options& options) {
     return limits;
 }
 
-std::string AddressOf(const std::string& host, int port) {
+std::string AddressOf(std::string const& host, int port) {
     bool bracketed = host.find(':') != std::string::npos;
     return "http://" + (bracketed ? "[" + host + "]" : host) + ":" + std::to_string(port);
 }
@@ -60,7 +60,7 @@ std::string AddressOf(const std::string& host, int port) {
 }  // namespace
 
 struct Service::Parts {
-    explicit Parts(const Options& options)
+    explicit Parts(Options const& options)
         : directory(options.dataDirectory),
           store(directory.StorePath()),
           sessions(store, SystemTime),
@@ -104,11 +104,11 @@ struct Service::Parts {
     std::optional<LocalUserSecret> localUser;
 };
 
-Service::Service(const Options& options) : parts_(std::make_unique<Parts>(options)) {}
+Service::Service(Options const& options) : parts_(std::make_unique<Parts>(options)) {}
 
 Service::~Service() = default;
 
-const std::string& Service::address() const {
+std::string const& Service::address() const {
     return parts_->address;
 }
 

@@ -12,11 +12,11 @@ class Service {
 public:
     /// Opens the data directory, repairs what an earlier process left half done, and listens.
     /// Throws std::exception with a message for the user when it cannot.
-    explicit Service(const Options& options);
+    explicit Service(Options const& options);
     ~Service();
 
     /// "http://127.0.0.1:PORT"
-    [[nodiscard]] const std::string& address() const;
+    [[nodiscard]] std::string const& address() const;
     [[nodiscard]] int port() const;
 
     /// Answers requests until `Stop`. Once.

@@ -39,7 +39,7 @@ void AllowManyDescriptors() {
     ::setrlimit(RLIMIT_NOFILE, &descriptors);
 }
 
-void Serve(const Options& options) {
+void Serve(Options const& options) {
     // Before any thread begins, so that all of them leave these to the descriptor.
     sigset_t stopSignals;
     sigemptyset(&stopSignals);
@@ -77,10 +77,10 @@ int main(int argc, char** argv) {
         }
         Serve(options);
         return 0;
-    } catch (const UsageError& error) {
+    } catch (UsageError const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
         return 2;
-    } catch (const std::exception& error) {
+    } catch (std::exception const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
         return 1;
     }

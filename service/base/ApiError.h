@@ -9,19 +9,19 @@ namespace quilloservice {
 /// a message for the developer at the other end. Holds nothing secret; it goes out as it is.
 class ApiError : public std::runtime_error {
 public:
-    ApiError(int httpStatus, std::string errorCode, const std::string& message,
+    ApiError(int httpStatus, std::string errorCode, std::string const& message,
              int retrySeconds = 0)
         : std::runtime_error(message),
           status(httpStatus),
           code(std::move(errorCode)),
           retryAfter(retrySeconds) {}
 
-    static ApiError BadRequest(const std::string& message) { return {400, "bad_request", message}; }
-    static ApiError Forbidden(const std::string& message) { return {403, "forbidden", message}; }
-    static ApiError NotFound(const std::string& message) { return {404, "not_found", message}; }
-    static ApiError Conflict(const std::string& message) { return {409, "conflict", message}; }
-    static ApiError TooLarge(const std::string& message) { return {413, "too_large", message}; }
-    static ApiError ChecksumMismatch(const std::string& message) {
+    static ApiError BadRequest(std::string const& message) { return {400, "bad_request", message}; }
+    static ApiError Forbidden(std::string const& message) { return {403, "forbidden", message}; }
+    static ApiError NotFound(std::string const& message) { return {404, "not_found", message}; }
+    static ApiError Conflict(std::string const& message) { return {409, "conflict", message}; }
+    static ApiError TooLarge(std::string const& message) { return {413, "too_large", message}; }
+    static ApiError ChecksumMismatch(std::string const& message) {
         return {460, "checksum_mismatch", message};
     }
     static ApiError StorageFull() {

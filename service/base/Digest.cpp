@@ -37,7 +37,7 @@ Digest::Digest(Algorithm algorithm) {
     Check(EVP_DigestInit_ex(context_.get(), type, nullptr));
 }
 
-Digest::Digest(const Digest& other) {
+Digest::Digest(Digest const& other) {
     if (other.fastContext_) {
         fastContext_.reset(XXH3_createState());
         Check(fastContext_ != nullptr);
@@ -48,7 +48,7 @@ Digest::Digest(const Digest& other) {
     Check(EVP_MD_CTX_copy_ex(context_.get(), other.context_.get()));
 }
 
-Digest& Digest::operator=(const Digest& other) {
+Digest& Digest::operator=(Digest const& other) {
     *this = Digest(other);
     return *this;
 }
@@ -64,13 +64,13 @@ std::string Digest::Value() const {
     if (fastContext_) {
         XXH128_canonical_t canonical;
         XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(fastContext_.get()));
-        return {reinterpret_cast<const char*>(canonical.digest), sizeof canonical.digest};
+        return {reinterpret_cast<char const*>(canonical.digest), sizeof canonical.digest};
     }
     Digest finished(*this);
     unsigned char value[EVP_MAX_MD_SIZE];
     unsigned int size = 0;
     Check(EVP_DigestFinal_ex(finished.context_.get(), value, &size));
-    return {reinterpret_cast<const char*>(value), size};
+    return {reinterpret_cast<char const*>(value), size};
 }
 
 std::string Sha256(std::string_view bytes) {
@@ -83,9 +83,9 @@ std::string HmacSha256(std::string_view key, std::string_view text) {
     unsigned char value[EVP_MAX_MD_SIZE];
     unsigned int size = 0;
     Check(HMAC(EVP_sha256(), key.data(), static_cast<int>(key.size()),
-               reinterpret_cast<const unsigned char*>(text.data()), text.size(), value,
+               reinterpret_cast<unsigned char const*>(text.data()), text.size(), value,
                &size) != nullptr);
-    return {reinterpret_cast<const char*>(value), size};
+    return {reinterpret_cast<char const*>(value), size};
 }
 
 bool IsSameSecret(std::string_view one, std::string_view other) {

@@ -17,8 +17,8 @@ public:
 
     Digest() : Digest(Algorithm::Sha256) {}
     explicit Digest(Algorithm algorithm);
-    Digest(const Digest& other);
-    Digest& operator=(const Digest& other);
+    Digest(Digest const& other);
+    Digest& operator=(Digest const& other);
     Digest(Digest&&) noexcept = default;
     Digest& operator=(Digest&&) noexcept = default;
     ~Digest() = default;

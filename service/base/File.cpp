@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW;
 
-[[noreturn]] void Fail(const std::string& doing) {
+[[noreturn]] void Fail(std::string const& doing) {
     if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG) throw ApiError::StorageFull();
     if (errno == EMFILE || errno == ENFILE) {
         throw ApiError(503, "unavailable", "The service has too many files open.", 5);
@@ -26,7 +26,7 @@ constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW;
 
 }  // namespace
 
-File::File(const std::string& path, Mode mode)
+File::File(std::string const& path, Mode mode)
     : descriptor_(
           ::open(path.c_str(), (mode == Mode::Read ? O_RDONLY : O_RDWR | O_CREAT) | kFlags, 0600)) {
     if (descriptor_ < 0) Fail("open " + path);
@@ -38,7 +38,7 @@ File::~File() {
 
 File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
 
-std::optional<File> File::OpenExisting(const std::string& path) {
+std::optional<File> File::OpenExisting(std::string const& path) {
     int descriptor = ::open(path.c_str(), O_RDONLY | kFlags);
     if (descriptor >= 0) return File(descriptor);
     if (errno == ENOENT) return std::nullopt;
@@ -77,7 +77,7 @@ void File::Sync() {
     if (::fsync(descriptor_) != 0) Fail("sync");
 }
 
-void SyncDirectory(const std::string& path) {
+void SyncDirectory(std::string const& path) {
     int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | kFlags);
     if (descriptor < 0) Fail("open " + path);
     int result = ::fsync(descriptor);

@@ -14,13 +14,13 @@ public:
     enum class Mode { Read, Write };
 
     /// Opens the file at `path`; `Write` makes it when it is missing.
-    File(const std::string& path, Mode mode);
+    File(std::string const& path, Mode mode);
     ~File();
     File(File&& other) noexcept;
     File& operator=(File&&) = delete;
 
     /// The file at `path` opened for reading, nothing when there is none.
-    static std::optional<File> OpenExisting(const std::string& path);
+    static std::optional<File> OpenExisting(std::string const& path);
 
     [[nodiscard]] std::int64_t Size() const;
 
@@ -38,6 +38,6 @@ private:
 };
 
 /// Returns once the entries of the directory at `path` are on the disk.
-void SyncDirectory(const std::string& path);
+void SyncDirectory(std::string const& path);
 
 }  // namespace quilloservice

@@ -30,7 +30,7 @@ Time Now() {
 }
 
 /// The value of the header Date, made once a second.
-const std::string& Date() {
+std::string const& Date() {
     thread_local std::time_t madeAt = -1;
     thread_local std::string date;
     if (std::time_t now = std::time(nullptr); now != madeAt) {
@@ -123,7 +123,7 @@ bool Connection::ReadHead() {
                     stage_ = Stage::Decide;
                     return true;
                 }
-            } catch (const ApiError& error) {
+            } catch (ApiError const& error) {
                 exchange_ = std::make_shared<Exchange>();
                 exchange_->request.method = "GET";
                 last_ = true;
@@ -234,7 +234,7 @@ void Connection::TakeBody() {
             }
         });
         input_.consume(size);
-    } catch (const ApiError&) {
+    } catch (ApiError const&) {
         bodyOver_ = true;  // where the next request would begin is not certain
         last_ = true;
         return;
@@ -267,7 +267,7 @@ void Connection::Refuse(int status, std::string_view code, std::string_view mess
 
 void Connection::BeginAnswer() {
     action_ = {};  // and with it what it holds on to
-    const Request& request = exchange_->request;
+    Request const& request = exchange_->request;
     Response& response = exchange_->response;
     // A body that was not read stands before the next request. To skip it is worth it when it is
     // small, and certain to come.
@@ -353,7 +353,7 @@ bool Connection::Skip() {
         if (std::exchange(bodyArrived_, false) && input_.size() > 0) {
             try {
                 input_.consume(parser_->ReadBody(Input(), [](std::string_view) {}));
-            } catch (const ApiError&) {
+            } catch (ApiError const&) {
                 return Close();
             }
         }
@@ -396,7 +396,7 @@ Connection::Received Connection::Receive(std::size_t most) {
 
 std::string_view Connection::Input() const {
     auto data = input_.cdata();
-    return {static_cast<const char*>(data.data()), data.size()};
+    return {static_cast<char const*>(data.data()), data.size()};
 }
 
 bool Connection::WaitToRead(Time deadline) {

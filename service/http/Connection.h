@@ -37,8 +37,8 @@ public:
     Connection(ServerContext& context, boost::asio::ip::tcp::socket socket,
                std::shared_ptr<TrackedSocket> tracked);
     ~Connection();
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
+    Connection(Connection const&) = delete;
+    Connection& operator=(Connection const&) = delete;
 
     void Start();
 

@@ -65,7 +65,7 @@ std::shared_ptr<TrackedSocket> ConnectionTable::Add(int socket, Time now) {
     return tracked;
 }
 
-void ConnectionTable::Remove(const std::shared_ptr<TrackedSocket>& tracked) {
+void ConnectionTable::Remove(std::shared_ptr<TrackedSocket> const& tracked) {
     tracked->Release();
     std::scoped_lock lock(mutex_);
     if (tracked->dropped_) --dropped_;
@@ -80,7 +80,7 @@ void ConnectionTable::Drop(TrackedSocket& tracked) {
 
 void ConnectionTable::DropOverdue(Time now) {
     std::scoped_lock lock(mutex_);
-    for (const auto& connection : connections_) {
+    for (auto const& connection : connections_) {
         if (connection->deadline_.load(std::memory_order_relaxed) < CountOf(now)) {
             Drop(*connection);
         }
@@ -100,7 +100,7 @@ std::size_t ConnectionTable::DropSlowestLocked(Time now) {
     };
     std::vector<Candidate> candidates;
     candidates.reserve(connections_.size());
-    for (const auto& connection : connections_) {
+    for (auto const& connection : connections_) {
         bool waitedFor =
             connection->deadline_.load(std::memory_order_relaxed) != TrackedSocket::kNotWaiting;
         if (!waitedFor || connection->dropped_) continue;
@@ -111,7 +111,7 @@ std::size_t ConnectionTable::DropSlowestLocked(Time now) {
     // Several at once, since to find one all have to be looked at.
     std::size_t count = std::min(candidates.size(), most_ / 100 + 1);
     std::partial_sort(candidates.begin(), candidates.begin() + static_cast<std::ptrdiff_t>(count),
-                      candidates.end(), [](const Candidate& a, const Candidate& b) {
+                      candidates.end(), [](Candidate const& a, Candidate const& b) {
                           return std::pair(a.speed, a.stageBegan) <
                                  std::pair(b.speed, b.stageBegan);
                       });
@@ -123,7 +123,7 @@ std::size_t ConnectionTable::DropSlowestLocked(Time now) {
 void ConnectionTable::Stop() {
     std::scoped_lock lock(mutex_);
     stopping_ = true;
-    for (const auto& connection : connections_) {
+    for (auto const& connection : connections_) {
         if (connection->cutAtStop_.load(std::memory_order_relaxed)) {
             connection->ShutDown();
         } else {

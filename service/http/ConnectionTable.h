@@ -61,7 +61,7 @@ public:
     /// Adds a connection. When there are too many, the slowest ones that are waited for go; when
     /// none is, the new one is refused: nullptr.
     std::shared_ptr<TrackedSocket> Add(int socket, Time now);
-    void Remove(const std::shared_ptr<TrackedSocket>& tracked);
+    void Remove(std::shared_ptr<TrackedSocket> const& tracked);
 
     /// Drops the connections whose clients were waited for for too long.
     void DropOverdue(Time now);

@@ -18,7 +18,7 @@ struct PaceRule {
 /// counts. One thread at a time.
 class Pace {
 public:
-    explicit Pace(const PaceRule& rule) : rule_(rule) {}
+    explicit Pace(PaceRule const& rule) : rule_(rule) {}
 
     /// From now on the client is waited for. Returns until when it may let itself be waited for.
     Time BeginWait(Time now);

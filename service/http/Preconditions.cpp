@@ -9,7 +9,7 @@ namespace {
 
 /// Whether the list of entity tags names `tag`. Weak comparison takes "W/" for no difference;
 /// strong comparison never finds a weak tag.
-bool Names(const std::string& list, std::string_view tag, bool weakly) {
+bool Names(std::string const& list, std::string_view tag, bool weakly) {
     auto elements = ListElements(list);
     return std::any_of(elements.begin(), elements.end(), [&](std::string_view element) {
         if (weakly && element.starts_with("W/")) element.remove_prefix(2);
@@ -19,7 +19,7 @@ bool Names(const std::string& list, std::string_view tag, bool weakly) {
 
 }  // namespace
 
-Precondition CheckPreconditions(const Request& request, std::string_view tag) {
+Precondition CheckPreconditions(Request const& request, std::string_view tag) {
     std::optional<std::string> match = request.ListHeader("If-Match");
     if (match && !Names(*match, tag, /*weakly=*/false)) return Precondition::Failed;
     std::optional<std::string> noneMatch = request.ListHeader("If-None-Match");
@@ -27,7 +27,7 @@ Precondition CheckPreconditions(const Request& request, std::string_view tag) {
     return Precondition::Holds;
 }
 
-std::optional<std::string_view> ApplicableRange(const Request& request, std::string_view tag) {
+std::optional<std::string_view> ApplicableRange(Request const& request, std::string_view tag) {
     if (request.method != "GET") return std::nullopt;
     std::optional<std::string_view> range = request.Header("Range");
     if (!range || request.Header("If-Range").value_or(tag) != tag) return std::nullopt;

@@ -15,10 +15,10 @@ enum class Precondition {
 };
 
 /// `tag` is the strong entity tag, in quotes, of what is asked for with GET or HEAD.
-Precondition CheckPreconditions(const Request& request, std::string_view tag);
+Precondition CheckPreconditions(Request const& request, std::string_view tag);
 
 /// The Range header, where one applies: of a GET, and, under If-Range, only while the thing is the
 /// one that the client has a part of.
-std::optional<std::string_view> ApplicableRange(const Request& request, std::string_view tag);
+std::optional<std::string_view> ApplicableRange(Request const& request, std::string_view tag);
 
 }  // namespace quilloservice::http

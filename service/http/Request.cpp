@@ -41,7 +41,7 @@ std::vector<std::string_view> ListElements(std::string_view list) {
 
 std::optional<std::string_view> Request::Header(std::string_view name) const {
     std::optional<std::string_view> found;
-    for (const auto& [key, value] : headers) {
+    for (auto const& [key, value] : headers) {
         if (!EqualsIgnoringCase(key, name)) continue;
         if (found) {
             throw ApiError::BadRequest("The header " + std::string(name) + " is there twice.");
@@ -53,14 +53,14 @@ std::optional<std::string_view> Request::Header(std::string_view name) const {
 
 std::optional<std::string> Request::ListHeader(std::string_view name) const {
     std::optional<std::string> found;
-    for (const auto& [key, value] : headers) {
+    for (auto const& [key, value] : headers) {
         if (EqualsIgnoringCase(key, name)) found = found ? *found + "," + value : value;
     }
     return found;
 }
 
 std::string Request::Parameter(std::string_view name) const {
-    for (const auto& [key, value] : parameters) {
+    for (auto const& [key, value] : parameters) {
         if (key == name) return value;
     }
     return {};
@@ -68,7 +68,7 @@ std::string Request::Parameter(std::string_view name) const {
 
 bool Request::HasParameter(std::string_view name) const {
     return std::any_of(parameters.begin(), parameters.end(),
-                       [&](const auto& parameter) { return parameter.first == name; });
+                       [&](auto const& parameter) { return parameter.first == name; });
 }
 
 }  // namespace quilloservice::http

@@ -20,7 +20,7 @@ std::string_view View(beast::string_view text) {
     return {text.data(), text.size()};
 }
 
-ApiError Malformed(const std::string& what) {
+ApiError Malformed(std::string const& what) {
     return ApiError::BadRequest("The request cannot be understood: " + what + ".");
 }
 
@@ -145,7 +145,7 @@ public:
 
     Request request;
     std::string target;
-    const std::function<void(std::string_view)>* take = nullptr;
+    std::function<void(std::string_view)> const* take = nullptr;
 
     /// Whether Beast can take `rest` of the body: once it has seen the size of a last chunk, it
     /// counts on as much as the shortest one has.
@@ -181,7 +181,7 @@ private:
     }
     void on_response_impl(int, beast::string_view, int, Error&) override {}
     void on_header_impl(Error&) override {}
-    void on_body_init_impl(const boost::optional<std::uint64_t>&, Error&) override {}
+    void on_body_init_impl(boost::optional<std::uint64_t> const&, Error&) override {}
     void on_chunk_header_impl(std::uint64_t size, beast::string_view extensions,
                               Error& error) override {
         leftOfChunk_ = size;
@@ -241,7 +241,7 @@ std::size_t RequestParser::ReadHead(std::string_view bytes) {
 }
 
 std::size_t RequestParser::ReadBody(std::string_view bytes,
-                                    const std::function<void(std::string_view)>& take) {
+                                    std::function<void(std::string_view)> const& take) {
     machine_->take = &take;
     std::size_t read = 0;
     while (!machine_->is_done() && read < bytes.size()) {

@@ -23,8 +23,8 @@ public:
 
     RequestParser();
     ~RequestParser();
-    RequestParser(const RequestParser&) = delete;
-    RequestParser& operator=(const RequestParser&) = delete;
+    RequestParser(RequestParser const&) = delete;
+    RequestParser& operator=(RequestParser const&) = delete;
 
     /// Reads the head from `bytes`, which begin where the request does. Returns how many of them it
     /// takes up, 0 when it is not there as a whole: then call again with the same bytes and more.
@@ -37,7 +37,7 @@ public:
     /// Reads what there is of the body from `bytes`, which follow what was read before, and hands
     /// its content to `take`. Returns how many bytes it took up; the rest has to come again with
     /// more. Throws ApiError 400 when the body is malformed.
-    std::size_t ReadBody(std::string_view bytes, const std::function<void(std::string_view)>& take);
+    std::size_t ReadBody(std::string_view bytes, std::function<void(std::string_view)> const& take);
 
     /// Whether the body is read to its end.
     [[nodiscard]] bool complete() const;

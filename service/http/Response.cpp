@@ -49,12 +49,12 @@ void Response::AddToHeader(std::string_view name, std::string_view element) {
 
 void Response::RemoveHeader(std::string_view name) {
     std::erase_if(headers,
-                  [&](const auto& header) { return EqualsIgnoringCase(header.first, name); });
+                  [&](auto const& header) { return EqualsIgnoringCase(header.first, name); });
 }
 
 bool Response::HasHeader(std::string_view name) const {
     return std::any_of(headers.begin(), headers.end(),
-                       [&](const auto& header) { return EqualsIgnoringCase(header.first, name); });
+                       [&](auto const& header) { return EqualsIgnoringCase(header.first, name); });
 }
 
 void Response::SetBody(std::string text, std::string type) {
@@ -74,7 +74,7 @@ std::string Response::Head(std::string_view date, bool lastOnConnection) const {
     head += ReasonOf(status);
     head += "\r\n";
     AddLine(head, "Date", date);
-    for (const auto& [name, value] : headers)
+    for (auto const& [name, value] : headers)
         AddLine(head, name, value);
     if (!IsWithoutContent(status) && !takeOver) {
         std::int64_t length = content ? contentLength : static_cast<std::int64_t>(body.size());
@@ -86,8 +86,8 @@ std::string Response::Head(std::string_view date, bool lastOnConnection) const {
 }
 
 std::string FormatDate(std::int64_t unixTime) {
-    constexpr const char* days[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    constexpr const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+    constexpr char const* days[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    constexpr char const* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                       "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     std::time_t time = unixTime;
     std::tm utc{};

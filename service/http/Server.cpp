@@ -27,7 +27,7 @@ constexpr std::chrono::milliseconds kRest{20};
 }  // namespace
 
 struct Server::Parts {
-    Parts(Application& application, const Limits& limits)
+    Parts(Application& application, Limits const& limits)
         : context{application, limits, ConnectionTable(limits.connections),
                   asio::io_context(kWaitingThreads), asio::thread_pool(kWorkers)},
           acceptor(asio::make_strand(context.io)),
@@ -72,12 +72,12 @@ struct Server::Parts {
     std::atomic<bool> stopping = false;
 };
 
-Server::Server(Application& application, const Limits& limits)
+Server::Server(Application& application, Limits const& limits)
     : parts_(std::make_unique<Parts>(application, limits)) {}
 
 Server::~Server() = default;
 
-int Server::Bind(const std::string& host, int port) {
+int Server::Bind(std::string const& host, int port) {
     tcp::acceptor& acceptor = parts_->acceptor;
     boost::system::error_code error;
     tcp::resolver resolver(parts_->context.io);

@@ -15,13 +15,13 @@ class Application;
 class Server {
 public:
     /// `application` outlives the server.
-    Server(Application& application, const Limits& limits);
+    Server(Application& application, Limits const& limits);
     ~Server();
-    Server(const Server&) = delete;
-    Server& operator=(const Server&) = delete;
+    Server(Server const&) = delete;
+    Server& operator=(Server const&) = delete;
 
     /// Listens at `host`; `port` 0 takes any. Returns the port, or -1 when that one is not free.
-    int Bind(const std::string& host, int port);
+    int Bind(std::string const& host, int port);
 
     /// Serves what comes to where `Bind` has succeeded, until `Stop`. Once.
     void Run();

@@ -8,17 +8,17 @@ namespace quilloservice {
 AuthorizationCodes::AuthorizationCodes(Sessions& sessions, Clock clock)
     : sessions_(sessions), clock_(std::move(clock)) {}
 
-std::string AuthorizationCodes::Issue(const std::string& user,
-                                      const AuthorizationRequest& request) {
+std::string AuthorizationCodes::Issue(std::string const& user,
+                                      AuthorizationRequest const& request) {
     std::string code = ToHex(RandomBytes(32));
     std::int64_t now = clock_();
     std::scoped_lock lock(mutex_);
-    std::erase_if(entries_, [now](const auto& entry) { return entry.second.expiresAt <= now; });
+    std::erase_if(entries_, [now](auto const& entry) { return entry.second.expiresAt <= now; });
     entries_.emplace(Sha256(code), Entry{user, request, now + kSeconds});
     return code;
 }
 
-std::optional<TokenPair> AuthorizationCodes::Redeem(const std::string& code, const Claim& claim) {
+std::optional<TokenPair> AuthorizationCodes::Redeem(std::string const& code, Claim const& claim) {
     std::scoped_lock lock(mutex_);
     auto found = entries_.find(Sha256(code));
     if (found == entries_.end() || found->second.expiresAt <= clock_()) return std::nullopt;

@@ -28,12 +28,12 @@ public:
     AuthorizationCodes(Sessions& sessions, Clock clock);
 
     /// A code that begins a session of `user` for what `request` asked.
-    std::string Issue(const std::string& user, const AuthorizationRequest& request);
+    std::string Issue(std::string const& user, AuthorizationRequest const& request);
 
     /// Begins that session; nothing when the code is unknown or expired, or the claim is not of the
     /// request that it was issued for. A code is good for one attempt, whatever comes of it; at the
     /// second the session that it began is ended, for one of the two has stolen it.
-    std::optional<TokenPair> Redeem(const std::string& code, const Claim& claim);
+    std::optional<TokenPair> Redeem(std::string const& code, Claim const& claim);
 
 private:
     struct Entry {

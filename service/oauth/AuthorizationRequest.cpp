@@ -17,7 +17,7 @@ constexpr std::size_t kLongestState = 1024;
 constexpr std::size_t kShortestVerifier = 43;
 constexpr std::size_t kLongestVerifier = 128;
 
-std::string Locate(const AuthorizationRequest& request,
+std::string Locate(AuthorizationRequest const& request,
                    std::vector<std::pair<std::string, std::string>> parameters) {
     if (!request.state.empty()) parameters.emplace_back("state", request.state);
     return WithParameters(request.redirectUri, parameters);
@@ -33,12 +33,12 @@ std::optional<std::string> DigestIn(std::string text) {
 }
 
 /// Who asks, and where the answer goes: without these there is nobody to tell of an error.
-AuthorizationRequest ReadSender(const OAuthFields& fields) {
+AuthorizationRequest ReadSender(OAuthFields const& fields) {
     AuthorizationRequest request;
     try {
         request.client = fields.RequireClient();
         request.redirectUri = fields.Require("redirect_uri");
-    } catch (const OAuthError& error) {
+    } catch (OAuthError const& error) {
         throw UntrustedRequest{error.description};
     }
     if (!IsLoopbackRedirect(request.redirectUri)) {
@@ -49,7 +49,7 @@ AuthorizationRequest ReadSender(const OAuthFields& fields) {
     return request;
 }
 
-std::string ReadState(const OAuthFields& fields) {
+std::string ReadState(OAuthFields const& fields) {
     std::string state = fields.Find("state").value_or("");
     bool printable =
         std::all_of(state.begin(), state.end(), [](char c) { return c >= ' ' && c <= '~'; });
@@ -59,8 +59,8 @@ std::string ReadState(const OAuthFields& fields) {
     return state;
 }
 
-std::string ReadChallenge(const OAuthFields& fields) {
-    const std::string& challenge = fields.Require("code_challenge");
+std::string ReadChallenge(OAuthFields const& fields) {
+    std::string const& challenge = fields.Require("code_challenge");
     if (fields.Find("code_challenge_method") != "S256") {
         throw OAuthError{"invalid_request", "code_challenge_method has to be S256."};
     }
@@ -72,7 +72,7 @@ std::string ReadChallenge(const OAuthFields& fields) {
 
 }  // namespace
 
-AuthorizationRequest ReadAuthorizationRequest(const OAuthFields& fields) {
+AuthorizationRequest ReadAuthorizationRequest(OAuthFields const& fields) {
     AuthorizationRequest request = ReadSender(fields);
     try {
         request.state = ReadState(fields);
@@ -80,22 +80,22 @@ AuthorizationRequest ReadAuthorizationRequest(const OAuthFields& fields) {
             throw OAuthError{"unsupported_response_type", "response_type has to be code."};
         }
         request.challenge = ReadChallenge(fields);
-    } catch (const OAuthError& error) {
+    } catch (OAuthError const& error) {
         throw RefusedRequest{LocationOfError(request, error.error, error.description)};
     }
     return request;
 }
 
-std::string LocationOfError(const AuthorizationRequest& request, const std::string& error,
-                            const std::string& description) {
+std::string LocationOfError(AuthorizationRequest const& request, std::string const& error,
+                            std::string const& description) {
     return Locate(request, {{"error", error}, {"error_description", description}});
 }
 
-std::string LocationOfCode(const AuthorizationRequest& request, const std::string& code) {
+std::string LocationOfCode(AuthorizationRequest const& request, std::string const& code) {
     return Locate(request, {{"code", code}});
 }
 
-bool MeetsChallenge(const std::string& verifier, const std::string& challenge) {
+bool MeetsChallenge(std::string const& verifier, std::string const& challenge) {
     bool wellFormed = verifier.size() >= kShortestVerifier && verifier.size() <= kLongestVerifier &&
                       PercentEncode(verifier) == verifier;  // unreserved characters only
     return wellFormed && DigestIn(challenge) == Sha256(verifier);

@@ -29,17 +29,17 @@ struct RefusedRequest {
 /// Reads the request from the parameters of RFC 6749 4.1.1 and RFC 7636 4.3. Throws
 /// UntrustedRequest and RefusedRequest. Clients need no registration: the name is what the user is
 /// shown.
-AuthorizationRequest ReadAuthorizationRequest(const OAuthFields& fields);
+AuthorizationRequest ReadAuthorizationRequest(OAuthFields const& fields);
 
 /// Where the browser goes with an error (RFC 6749 4.1.2.1).
-std::string LocationOfError(const AuthorizationRequest& request, const std::string& error,
-                            const std::string& description);
+std::string LocationOfError(AuthorizationRequest const& request, std::string const& error,
+                            std::string const& description);
 
 /// Where it goes with the code.
-std::string LocationOfCode(const AuthorizationRequest& request, const std::string& code);
+std::string LocationOfCode(AuthorizationRequest const& request, std::string const& code);
 
 /// Whether the SHA-256 of `verifier` is what the challenge says, and the verifier is of the form
 /// and the length of RFC 7636.
-bool MeetsChallenge(const std::string& verifier, const std::string& challenge);
+bool MeetsChallenge(std::string const& verifier, std::string const& challenge);
 
 }  // namespace quilloservice

@@ -7,23 +7,23 @@ namespace quilloservice {
 
 FormTokens::FormTokens(Clock clock) : clock_(std::move(clock)), key_(RandomBytes(32)) {}
 
-std::string FormTokens::Make(const std::string& browser,
-                             const AuthorizationRequest& request) const {
+std::string FormTokens::Make(std::string const& browser,
+                             AuthorizationRequest const& request) const {
     return MakeAt(clock_(), browser, request);
 }
 
-bool FormTokens::IsGood(const std::string& token, const std::string& browser,
-                        const AuthorizationRequest& request) const {
+bool FormTokens::IsGood(std::string const& token, std::string const& browser,
+                        AuthorizationRequest const& request) const {
     auto time = ParseNumber(std::string_view(token).substr(0, token.find('.')));
     return time && *time <= clock_() && clock_() - *time < kSeconds &&
            IsSameSecret(token, MakeAt(*time, browser, request));
 }
 
-std::string FormTokens::MakeAt(std::int64_t time, const std::string& browser,
-                               const AuthorizationRequest& request) const {
+std::string FormTokens::MakeAt(std::int64_t time, std::string const& browser,
+                               AuthorizationRequest const& request) const {
     std::string text = std::to_string(time);
     std::string token = text + '.';
-    for (const std::string& part :
+    for (std::string const& part :
          {browser, request.client, request.redirectUri, request.state, request.challenge}) {
         text += '/' + std::to_string(part.size()) + ':' + part;
     }

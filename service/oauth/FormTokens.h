@@ -17,15 +17,15 @@ public:
     explicit FormTokens(Clock clock);
 
     /// `browser` is the secret that the browser keeps in its cookie.
-    [[nodiscard]] std::string Make(const std::string& browser,
-                                   const AuthorizationRequest& request) const;
+    [[nodiscard]] std::string Make(std::string const& browser,
+                                   AuthorizationRequest const& request) const;
 
-    [[nodiscard]] bool IsGood(const std::string& token, const std::string& browser,
-                              const AuthorizationRequest& request) const;
+    [[nodiscard]] bool IsGood(std::string const& token, std::string const& browser,
+                              AuthorizationRequest const& request) const;
 
 private:
-    [[nodiscard]] std::string MakeAt(std::int64_t time, const std::string& browser,
-                                     const AuthorizationRequest& request) const;
+    [[nodiscard]] std::string MakeAt(std::int64_t time, std::string const& browser,
+                                     AuthorizationRequest const& request) const;
 
     Clock clock_;
     std::string key_;

@@ -25,21 +25,21 @@ constexpr mode_t kOwnFile = 0600;
 constexpr mode_t kWritableByOthers = 0022;
 constexpr mode_t kOpenToOthers = 0077;
 
-std::string Environment(const char* name) {
-    const char* value = std::getenv(name);
+std::string Environment(char const* name) {
+    char const* value = std::getenv(name);
     return value != nullptr && value[0] == '/' ? value : "";
 }
 
 std::string Home() {
     std::string home = Environment("HOME");
     if (!home.empty()) return home;
-    const passwd* entry = ::getpwuid(::geteuid());
+    passwd const* entry = ::getpwuid(::geteuid());
     return entry != nullptr ? entry->pw_dir : "";
 }
 
 /// Opens the directory `name` in `parent`, which has to be the user's, with none of the rights
 /// `forbidden`. `path` is what messages call it.
-Descriptor OpenOwn(int parent, const std::string& name, const std::string& path, mode_t forbidden,
+Descriptor OpenOwn(int parent, std::string const& name, std::string const& path, mode_t forbidden,
                    int flags = O_NOFOLLOW) {
     Descriptor directory(
         ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
@@ -54,7 +54,7 @@ Descriptor OpenOwn(int parent, const std::string& name, const std::string& path,
     return directory;
 }
 
-Descriptor MakeOwn(int parent, const std::string& name, const std::string& path, mode_t forbidden) {
+Descriptor MakeOwn(int parent, std::string const& name, std::string const& path, mode_t forbidden) {
     if (::mkdirat(parent, name.c_str(), kOwnDirectory) != 0 && errno != EEXIST) {
         throw std::runtime_error("cannot make " + path + ": " + std::strerror(errno));
     }
@@ -62,7 +62,7 @@ Descriptor MakeOwn(int parent, const std::string& name, const std::string& path,
 }
 
 /// The numbers of `host`, the first that its name stands for: where the server listens.
-std::string NumbersOf(const std::string& host) {
+std::string NumbersOf(std::string const& host) {
     addrinfo hints{};
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_flags = AI_PASSIVE;
@@ -79,7 +79,7 @@ std::string NumbersOf(const std::string& host) {
 
 /// The loopback addresses at which a service on `host` is found. Only at these: what listens at the
 /// same port of another one may be somebody else's, and must not be handed the secret.
-std::vector<std::string> LoopbackAddressesOf(const std::string& host) {
+std::vector<std::string> LoopbackAddressesOf(std::string const& host) {
     std::string numbers = NumbersOf(host);
     if (numbers == "0.0.0.0") return {"127.0.0.1"};
     if (numbers == "::") return {"::1", "127.0.0.1"};
@@ -89,17 +89,17 @@ std::vector<std::string> LoopbackAddressesOf(const std::string& host) {
 
 }  // namespace
 
-LocalUserSecret::LocalUserSecret(const std::string& host, int port)
+LocalUserSecret::LocalUserSecret(std::string const& host, int port)
     : secret_(ToHex(RandomBytes(32))), port_(std::to_string(port)) {
     std::vector<std::string> addresses = LoopbackAddressesOf(host);
     if (addresses.empty()) return;
     OpenDirectory();
-    for (const std::string& address : addresses)
+    for (std::string const& address : addresses)
         Write(address);
 }
 
 LocalUserSecret::~LocalUserSecret() {
-    for (const auto& [name, file] : files_) {
+    for (auto const& [name, file] : files_) {
         struct stat ours {};
         struct stat there {};
         // A service that was started at this address since has put its own in the place of ours.
@@ -128,7 +128,7 @@ void LocalUserSecret::OpenDirectory() {
             parent_ = MakeOwn(root.get(), "quillo", base, kWritableByOthers);
             directory_ = MakeOwn(parent_.get(), port_, base + "/" + port_, kOpenToOthers);
             return;
-        } catch (const std::runtime_error& error) {
+        } catch (std::runtime_error const& error) {
             complaints += std::string("; ") + error.what();
         }
     }
@@ -138,7 +138,7 @@ void LocalUserSecret::OpenDirectory() {
         complaints);
 }
 
-void LocalUserSecret::Write(const std::string& address) {
+void LocalUserSecret::Write(std::string const& address) {
     std::string name = address + ".secret";
     std::string temporary = name + ".new";
     ::unlinkat(directory_.get(), temporary.c_str(), 0);  // of a service that was killed

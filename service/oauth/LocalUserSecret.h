@@ -18,17 +18,17 @@ public:
     /// Writes the file for a service that listens on `host` and `port`; none when no loopback
     /// address leads there, for then no claim is ever good. Throws std::runtime_error when there is
     /// no place that is the user's alone.
-    LocalUserSecret(const std::string& host, int port);
+    LocalUserSecret(std::string const& host, int port);
     ~LocalUserSecret();
-    LocalUserSecret(const LocalUserSecret&) = delete;
-    LocalUserSecret& operator=(const LocalUserSecret&) = delete;
+    LocalUserSecret(LocalUserSecret const&) = delete;
+    LocalUserSecret& operator=(LocalUserSecret const&) = delete;
 
     /// Whether `claim` is the secret; how long that takes does not tell how much of it is right.
     [[nodiscard]] bool Is(std::string_view claim) const;
 
 private:
     void OpenDirectory();
-    void Write(const std::string& address);
+    void Write(std::string const& address);
 
     std::string secret_;
     std::string port_;

@@ -11,7 +11,7 @@ constexpr std::size_t kLongestClient = 256;
 
 }  // namespace
 
-OAuthFields OAuthFields::InBody(const http::Request& request, const std::string& body) {
+OAuthFields OAuthFields::InBody(http::Request const& request, std::string const& body) {
     std::string_view type = request.Header("Content-Type").value_or("");
     constexpr std::string_view form = "application/x-www-form-urlencoded";
     if (!http::EqualsIgnoringCase(type.substr(0, form.size()), form)) {
@@ -20,15 +20,15 @@ OAuthFields OAuthFields::InBody(const http::Request& request, const std::string&
     return OAuthFields(http::ParseForm(body));
 }
 
-std::vector<const std::string*> OAuthFields::Values(const std::string& name) const {
-    std::vector<const std::string*> values;
-    for (const auto& [key, value] : fields_) {
+std::vector<std::string const*> OAuthFields::Values(std::string const& name) const {
+    std::vector<std::string const*> values;
+    for (auto const& [key, value] : fields_) {
         if (key == name) values.push_back(&value);
     }
     return values;
 }
 
-const std::string& OAuthFields::Require(const std::string& name) const {
+std::string const& OAuthFields::Require(std::string const& name) const {
     auto values = Values(name);
     if (values.size() != 1 || values.front()->empty()) {
         throw OAuthError{"invalid_request", name + " has to be given once."};
@@ -36,8 +36,8 @@ const std::string& OAuthFields::Require(const std::string& name) const {
     return *values.front();
 }
 
-const std::string& OAuthFields::RequireClient() const {
-    const std::string& client = Require("client_id");
+std::string const& OAuthFields::RequireClient() const {
+    std::string const& client = Require("client_id");
     if (client.size() > kLongestClient || !IsPrintableText(client)) {
         throw OAuthError{"invalid_request",
                          "client_id has to be at most 256 bytes of printable text."};
@@ -45,7 +45,7 @@ const std::string& OAuthFields::RequireClient() const {
     return client;
 }
 
-std::optional<std::string> OAuthFields::Find(const std::string& name) const {
+std::optional<std::string> OAuthFields::Find(std::string const& name) const {
     auto values = Values(name);
     if (values.empty() || (values.size() == 1 && values.front()->empty())) return std::nullopt;
     return Require(name);

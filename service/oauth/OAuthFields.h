@@ -21,20 +21,20 @@ public:
     explicit OAuthFields(http::Fields fields) : fields_(std::move(fields)) {}
 
     /// The fields of the form that is the request's body. Throws OAuthError when it is none.
-    static OAuthFields InBody(const http::Request& request, const std::string& body);
+    static OAuthFields InBody(http::Request const& request, std::string const& body);
 
     /// Throws OAuthError when the field is absent, or there twice.
-    [[nodiscard]] const std::string& Require(const std::string& name) const;
+    [[nodiscard]] std::string const& Require(std::string const& name) const;
 
     /// The client_id: the name of a program, since programs need no registration. Throws OAuthError
     /// when it is absent or there twice, and when it is longer than 256 bytes or not printable.
-    [[nodiscard]] const std::string& RequireClient() const;
+    [[nodiscard]] std::string const& RequireClient() const;
 
     /// Throws OAuthError when the field is there twice.
-    [[nodiscard]] std::optional<std::string> Find(const std::string& name) const;
+    [[nodiscard]] std::optional<std::string> Find(std::string const& name) const;
 
 private:
-    [[nodiscard]] std::vector<const std::string*> Values(const std::string& name) const;
+    [[nodiscard]] std::vector<std::string const*> Values(std::string const& name) const;
 
     http::Fields fields_;
 };

@@ -6,7 +6,7 @@ namespace quilloservice {
 
 using nlohmann::json;
 
-json DescribeAuthorizationServer(const std::string& issuer, bool trustsLocalUser) {
+json DescribeAuthorizationServer(std::string const& issuer, bool trustsLocalUser) {
     json grants = {"authorization_code", "refresh_token"};
     if (trustsLocalUser) grants.push_back("urn:quillo:grant-type:local-user");
     json none = json::array({"none"});  // programs have no secret of their own (RFC 8252)

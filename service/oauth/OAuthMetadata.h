@@ -7,6 +7,6 @@ namespace quilloservice {
 
 /// What clients may want to know of the service as an authorization server (RFC 8414), for those
 /// that find it at `issuer`, "http://host:port".
-nlohmann::json DescribeAuthorizationServer(const std::string& issuer, bool trustsLocalUser);
+nlohmann::json DescribeAuthorizationServer(std::string const& issuer, bool trustsLocalUser);
 
 }  // namespace quilloservice

@@ -50,9 +50,9 @@ bool IsLoopbackRedirect(std::string_view uri) {
 }
 
 std::string WithParameters(std::string uri,
-                           const std::vector<std::pair<std::string, std::string>>& parameters) {
+                           std::vector<std::pair<std::string, std::string>> const& parameters) {
     char separator = uri.find('?') == std::string::npos ? '?' : '&';
-    for (const auto& [name, value] : parameters) {
+    for (auto const& [name, value] : parameters) {
         uri += separator + name + '=' + PercentEncode(value);
         separator = '&';
     }

@@ -14,7 +14,7 @@ bool IsLoopbackRedirect(std::string_view uri);
 
 /// `uri`, which is a loopback redirect, with `parameters` behind the query that it may have.
 std::string WithParameters(std::string uri,
-                           const std::vector<std::pair<std::string, std::string>>& parameters);
+                           std::vector<std::pair<std::string, std::string>> const& parameters);
 
 /// What a Content-Security-Policy has to name in form-action for a form to be answered with a
 /// redirect to `uri`, a loopback redirect.

@@ -34,7 +34,7 @@ TokenPair IssuePair(Database& database, std::int64_t session, std::int64_t now,
 
 /// Takes back the pair that was issued for the refresh token `hash`. Its refresh token stays known
 /// as one that was used long ago, so that who has it is found out.
-void TakeBack(Database& database, const std::string& hash) {
+void TakeBack(Database& database, std::string const& hash) {
     database.Run("DELETE FROM tokens WHERE parent = ? AND kind = ?", hash, kAccess);
     database.Run("UPDATE tokens SET used_at = 0, parent = NULL WHERE parent = ?", hash);
 }
@@ -54,7 +54,7 @@ void ForgetExpired(Database& database, std::int64_t now) {
 
 Sessions::Sessions(Store& store, Clock clock) : store_(store), clock_(std::move(clock)) {}
 
-TokenPair Sessions::SignIn(const std::string& user, std::string_view client) {
+TokenPair Sessions::SignIn(std::string const& user, std::string_view client) {
     return store_.Write([&](Database& database) {
         std::int64_t now = clock_();
         ForgetExpired(database, now);
@@ -118,13 +118,13 @@ std::optional<Identity> Sessions::Find(std::string_view accessToken) const {
     if (isNew) {
         std::scoped_lock lock(mutex_);
         std::erase_if(
-            seen_, [now](const auto& entry) { return now - entry.second >= kRefreshGraceSeconds; });
+            seen_, [now](auto const& entry) { return now - entry.second >= kRefreshGraceSeconds; });
         seen_.emplace(std::move(hash), now);
     }
     return identity;
 }
 
-bool Sessions::MayBeRepeated(Database& database, const std::string& hash, std::int64_t usedAt,
+bool Sessions::MayBeRepeated(Database& database, std::string const& hash, std::int64_t usedAt,
                              std::int64_t now) {
     if (now - usedAt >= kRefreshGraceSeconds) return false;
     std::scoped_lock lock(mutex_);

@@ -37,7 +37,7 @@ public:
     Sessions(Store& store, Clock clock);
 
     /// Begins a session of `user` for the program `client`.
-    TokenPair SignIn(const std::string& user, std::string_view client);
+    TokenPair SignIn(std::string const& user, std::string_view client);
 
     /// A new pair for a refresh token; nothing when it is unknown, expired, or of another client. A
     /// refresh token is good for one exchange. One that is used again has been stolen, or its thief
@@ -53,7 +53,7 @@ public:
     [[nodiscard]] std::optional<Identity> Find(std::string_view accessToken) const;
 
 private:
-    bool MayBeRepeated(Database& database, const std::string& hash, std::int64_t usedAt,
+    bool MayBeRepeated(Database& database, std::string const& hash, std::int64_t usedAt,
                        std::int64_t now);
 
     Store& store_;

@@ -7,7 +7,7 @@ namespace quilloservice::adminpage {
 
 namespace {
 
-const std::string& Style() {
+std::string const& Style() {
     static const std::string style =
         htmlpage::Style(std::string(resources::kFormCss) + std::string(resources::kAdminCss));
     return style;

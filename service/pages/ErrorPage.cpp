@@ -53,7 +53,7 @@ double Preference(std::string_view accept, std::string_view type) {
     return weight;
 }
 
-const char* Heading(int status) {
+char const* Heading(int status) {
     switch (status) {
         case 403:
             return "This is not allowed";
@@ -70,7 +70,7 @@ const char* Heading(int status) {
     }
 }
 
-const std::string& Style() {
+std::string const& Style() {
     static const std::string style = htmlpage::Style();
     return style;
 }

@@ -36,9 +36,9 @@ std::string Policy(std::string_view style, std::string_view allowed) {
 std::string PolicySource(std::string_view source) {
     std::string hash = Sha256(source);
     unsigned char base64[64];
-    EVP_EncodeBlock(base64, reinterpret_cast<const unsigned char*>(hash.data()),
+    EVP_EncodeBlock(base64, reinterpret_cast<unsigned char const*>(hash.data()),
                     static_cast<int>(hash.size()));
-    return std::string("'sha256-") + reinterpret_cast<const char*>(base64) + "'";
+    return std::string("'sha256-") + reinterpret_cast<char const*>(base64) + "'";
 }
 
 }  // namespace quilloservice::htmlpage

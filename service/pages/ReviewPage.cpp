@@ -16,7 +16,7 @@ namespace quilloservice::reviewpage {
 
 namespace {
 
-const std::string& Style() {
+std::string const& Style() {
     static const std::string style = htmlpage::Style(resources::kReviewCss);
     return style;
 }
@@ -26,7 +26,7 @@ std::string Page(std::string_view title, std::string_view body) {
 }
 
 std::string Size(std::int64_t bytes) {
-    constexpr std::array<const char*, 5> units = {"bytes", "kB", "MB", "GB", "TB"};
+    constexpr std::array<char const*, 5> units = {"bytes", "kB", "MB", "GB", "TB"};
     auto size = static_cast<double>(bytes);
     std::size_t unit = 0;
     for (; size >= 999.5 && unit + 1 < units.size(); ++unit)
@@ -46,16 +46,16 @@ std::string Date(std::int64_t seconds) {
     return text[0] == ' ' ? text + 1 : text;
 }
 
-std::string Title(const std::string& name) {
+std::string Title(std::string const& name) {
     return "<bdi>" + EscapeHtml(name) + "</bdi>";
 }
 
-std::string Versions(const ReviewContent& content, const std::vector<MovieVersion>& versions,
-                     const MovieVersion& shown, const std::string& anchor) {
+std::string Versions(ReviewContent const& content, std::vector<MovieVersion> const& versions,
+                     MovieVersion const& shown, std::string const& anchor) {
     std::string html =
         "<nav class=\"versions\" aria-label=\"Versions\">\n"
         "<span class=\"label\">Versions</span>\n";
-    for (const MovieVersion& version : versions) {
+    for (MovieVersion const& version : versions) {
         html += "<a class=\"pill\"";
         if (version.asset == shown.asset) html += " aria-current=\"true\"";
         html += " href=\"/r/" + content.id + "?v=" + version.asset + "#" + anchor + "\">Version " +
@@ -66,12 +66,12 @@ std::string Versions(const ReviewContent& content, const std::vector<MovieVersio
     return html + "</nav>\n";
 }
 
-std::string Movie(const ReviewContent& content, const std::vector<MovieVersion>& versions,
-                  const std::string& chosenAsset, std::size_t index) {
-    auto chosen = std::find_if(versions.begin(), versions.end(), [&](const MovieVersion& version) {
+std::string Movie(ReviewContent const& content, std::vector<MovieVersion> const& versions,
+                  std::string const& chosenAsset, std::size_t index) {
+    auto chosen = std::find_if(versions.begin(), versions.end(), [&](MovieVersion const& version) {
         return version.asset == chosenAsset;
     });
-    const MovieVersion& shown = chosen == versions.end() ? versions.front() : *chosen;
+    MovieVersion const& shown = chosen == versions.end() ? versions.front() : *chosen;
     std::string address = "/r/" + content.id + "/assets/" + shown.asset;
     std::string anchor = "movie-" + std::to_string(index + 1);
     std::string html = "<section id=\"" + anchor + "\">\n";
@@ -96,7 +96,7 @@ std::string SecurityPolicy() {
     return policy;
 }
 
-std::string Render(const ReviewContent& content, const std::string& chosenAsset) {
+std::string Render(ReviewContent const& content, std::string const& chosenAsset) {
     std::string body = "<header>\n<p class=\"label\">For review</p>\n<h1>" + Title(content.name) +
                        "</h1>\n</header>\n<main>\n";
     if (content.movies.empty()) {

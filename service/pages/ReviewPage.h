@@ -15,7 +15,7 @@ std::string SecurityPolicy();
 
 /// The page of a link. `chosenAsset` is the version that is shown in place of the newest one of its
 /// movie; empty or unknown: the newest of each.
-std::string Render(const ReviewContent& content, const std::string& chosenAsset);
+std::string Render(ReviewContent const& content, std::string const& chosenAsset);
 
 }  // namespace reviewpage
 

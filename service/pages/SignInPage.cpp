@@ -13,28 +13,28 @@ namespace {
 
 constexpr std::string_view kWrong = " aria-invalid=\"true\" aria-describedby=\"wrong\"";
 
-const std::string& Style() {
+std::string const& Style() {
     static const std::string style = htmlpage::Style(resources::kFormCss);
     return style;
 }
 
-std::string Page(const std::string& heading, const std::string& body) {
+std::string Page(std::string const& heading, std::string const& body) {
     return htmlpage::Document(
         heading, Style(), "<main class=\"card\">\n<h1>" + heading + "</h1>\n" + body + "</main>\n");
 }
 
-std::string Hidden(const char* name, const std::string& value) {
+std::string Hidden(char const* name, std::string const& value) {
     return std::string("<input type=\"hidden\" name=\"") + name + "\" value=\"" +
            EscapeHtml(value) + "\">\n";
 }
 
-std::string UserField(const Form& form) {
+std::string UserField(Form const& form) {
     std::string html =
         "<label for=\"user\">User name</label>\n<input id=\"user\" name=\"user\" list=\"users\" "
         "autocomplete=\"username\" spellcheck=\"false\" required value=\"" +
         EscapeHtml(form.user) + "\"" + std::string(form.wrong ? kWrong : "") +
         ">\n<datalist id=\"users\">\n";
-    for (const std::string& user : form.users)
+    for (std::string const& user : form.users)
         html += "<option value=\"" + EscapeHtml(user) + "\"></option>\n";
     return html + "</datalist>\n";
 }
@@ -50,7 +50,7 @@ std::string PasswordField(bool wrong) {
 }
 
 /// The names of the users, as a sentence lists them.
-std::string ListNames(const std::vector<std::string>& users) {
+std::string ListNames(std::vector<std::string> const& users) {
     std::string text;
     for (std::size_t i = 0; i < users.size(); ++i) {
         if (i > 0) text += i + 1 == users.size() ? " and " : ", ";
@@ -61,13 +61,13 @@ std::string ListNames(const std::vector<std::string>& users) {
 
 }  // namespace
 
-std::string FormPolicy(const AuthorizationRequest& request) {
+std::string FormPolicy(AuthorizationRequest const& request) {
     // Browsers hold the redirect after the form to this as well.
     return htmlpage::Policy(Style(), "form-action 'self' " + FormActionSource(request.redirectUri));
 }
 
-std::string RenderForm(const Form& form) {
-    const AuthorizationRequest& request = form.request;
+std::string RenderForm(Form const& form) {
+    AuthorizationRequest const& request = form.request;
     std::string body = "<p><bdi>" + EscapeHtml(request.client) +
                        "</bdi>, a program on this computer, wants to see and change your "
                        "projects and to share movies for review in your name.</p>\n"
@@ -90,7 +90,7 @@ std::string RefusalPolicy() {
     return htmlpage::Policy(Style(), "form-action 'none'");
 }
 
-std::string RenderRefusal(const std::string& reason) {
+std::string RenderRefusal(std::string const& reason) {
     return Page("The sign-in cannot go on",
                 "<p>" + EscapeHtml(reason) +
                     "</p>\n<p class=\"quiet\">Close this page, go back to the program that opened "

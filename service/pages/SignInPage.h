@@ -22,16 +22,16 @@ struct Form {
 
 /// The value of the Content-Security-Policy header that the form is to be served with; `request` is
 /// what it asks the user about.
-std::string FormPolicy(const AuthorizationRequest& request);
+std::string FormPolicy(AuthorizationRequest const& request);
 
 /// The page on which the user allows or denies what the program asks.
-std::string RenderForm(const Form& form);
+std::string RenderForm(Form const& form);
 
 /// The value of the Content-Security-Policy header that a refusal is to be served with.
 std::string RefusalPolicy();
 
 /// The page that says why there is no form: `reason`, text.
-std::string RenderRefusal(const std::string& reason);
+std::string RenderRefusal(std::string const& reason);
 
 }  // namespace signinpage
 

@@ -6,7 +6,7 @@ namespace quilloservice::startpage {
 
 namespace {
 
-const std::string& Style() {
+std::string const& Style() {
     static const std::string style = htmlpage::Style();
     return style;
 }

@@ -47,7 +47,7 @@ std::optional<std::vector<std::string>> MatchPath(std::string_view pattern, std:
     return ids;
 }
 
-void CheckBodyForm(const Call& call) {
+void CheckBodyForm(Call const& call) {
     std::string encoding = call.Header("Content-Encoding").value_or("identity");
     std::string_view type = call.request.Header("Content-Type").value_or("");
     constexpr std::string_view parts = "multipart/";
@@ -74,12 +74,12 @@ bool Guard(Call& call, Work&& work) {
     try {
         work();
         return true;
-    } catch (const ApiError& error) {
+    } catch (ApiError const& error) {
         if (error.retryAfter > 0) {
             call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
         }
         call.AnswerError(error.status, error.code, error.what());
-    } catch (const DatabaseError& error) {
+    } catch (DatabaseError const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
         if (error.IsFull()) {
             ApiError full = ApiError::StorageFull();
@@ -87,7 +87,7 @@ bool Guard(Call& call, Work&& work) {
         } else {
             call.AnswerError(500, "internal", "The service's store failed.");
         }
-    } catch (const std::exception& error) {
+    } catch (std::exception const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
         call.AnswerError(500, "internal", "The service failed.");
     }
@@ -96,7 +96,7 @@ bool Guard(Call& call, Work&& work) {
 
 }  // namespace
 
-Api::Api(const Sessions& sessions, Settings settings)
+Api::Api(Sessions const& sessions, Settings settings)
     : sessions_(sessions),
       limiter_(settings.limit),
       failRate_(settings.failRate),
@@ -109,7 +109,7 @@ void Api::Add(Route route) {
 http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
     auto call = std::make_shared<Call>(std::move(exchange));
     std::string method = call->request.method;
-    const Route* route = nullptr;
+    Route const* route = nullptr;
     bool admitted = Guard(*call, [&] {
         AllowOrigin(*call);
         bool speaksTus = IsUnder(call->request.path, "/v1/uploads");
@@ -156,13 +156,13 @@ void Api::Refuse(http::Exchange& exchange, int status, std::string_view code,
     call.AnswerError(status, code, message);
 }
 
-const Api::Route& Api::Admit(Call& call, const std::string& method) {
-    const std::string& path = call.request.path;
+Api::Route const& Api::Admit(Call& call, std::string const& method) {
+    std::string const& path = call.request.path;
     bool restricted = IsUnder(path, "/v1");
     if (restricted && ComesTrue(failRate_)) {
         throw ApiError(500, "internal", "The service was told to fail now and then.");
     }
-    const Route* route = Match(method, path, call.ids);
+    Route const* route = Match(method, path, call.ids);
     if (restricted) call.identity = Authorize(call);
     if (route == nullptr) {
         std::string allowed = AllowedMethods(path);
@@ -174,9 +174,9 @@ const Api::Route& Api::Admit(Call& call, const std::string& method) {
     return *route;
 }
 
-const Api::Route* Api::Match(const std::string& method, const std::string& path,
+Api::Route const* Api::Match(std::string const& method, std::string const& path,
                              std::vector<std::string>& ids) const {
-    for (const Route& route : routes_) {
+    for (Route const& route : routes_) {
         if (route.method != method) continue;
         if (auto found = MatchPath(route.path, path)) {
             ids = *std::move(found);
@@ -186,9 +186,9 @@ const Api::Route* Api::Match(const std::string& method, const std::string& path,
     return method == "HEAD" ? Match("GET", path, ids) : nullptr;
 }
 
-std::string Api::AllowedMethods(const std::string& path) const {
+std::string Api::AllowedMethods(std::string const& path) const {
     std::string allowed;
-    for (const char* method : kMethods) {
+    for (char const* method : kMethods) {
         std::vector<std::string> ignored;
         if (Match(method, path, ignored)) allowed += std::string(method) + ", ";
     }
@@ -197,7 +197,7 @@ std::string Api::AllowedMethods(const std::string& path) const {
 
 /// OPTIONS needs no token: browsers' clients ask before they send theirs.
 void Api::AnswerOptions(Call& call) const {
-    const std::string& path = call.request.path;
+    std::string const& path = call.request.path;
     std::string allowed = AllowedMethods(path);
     if (path == "*") allowed = "GET, HEAD, POST, PATCH, DELETE, OPTIONS";
     if (allowed.empty()) throw ApiError::NotFound("There is nothing at this address.");

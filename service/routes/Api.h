@@ -42,7 +42,7 @@ public:
         std::string allowOrigin;  ///< of pages that may use the interface; empty: none
     };
 
-    Api(const Sessions& sessions, Settings settings);
+    Api(Sessions const& sessions, Settings settings);
 
     void Add(Route route);
 
@@ -52,15 +52,15 @@ public:
                 std::string_view message) override;
 
 private:
-    const Route& Admit(Call& call, const std::string& method);
-    const Route* Match(const std::string& method, const std::string& path,
+    Route const& Admit(Call& call, std::string const& method);
+    Route const* Match(std::string const& method, std::string const& path,
                        std::vector<std::string>& ids) const;
-    [[nodiscard]] std::string AllowedMethods(const std::string& path) const;
+    [[nodiscard]] std::string AllowedMethods(std::string const& path) const;
     void AnswerOptions(Call& call) const;
     void AllowOrigin(Call& call) const;
     Identity Authorize(Call& call) const;
 
-    const Sessions& sessions_;
+    Sessions const& sessions_;
     RateLimiter limiter_;
     double failRate_;
     std::string allowedOrigin_;

@@ -19,12 +19,12 @@ namespace quilloservice {
 
 namespace {
 
-constexpr const char* kPath = "/oauth/authorize";
+constexpr char const* kPath = "/oauth/authorize";
 constexpr std::string_view kCookie = "quillo_browser=";
 constexpr std::size_t kCookieDigits = 64;
 
 /// The secret that this browser has been given, empty when it has none.
-std::string BrowserOf(const Call& call) {
+std::string BrowserOf(Call const& call) {
     std::string cookies = call.Header("Cookie").value_or("");
     auto at = cookies.find(kCookie);
     if (at == std::string::npos) return {};
@@ -42,7 +42,7 @@ std::string GiveBrowserASecret(Call& call) {
 }
 
 /// The names of those who may sign in; the sample user's first.
-std::vector<std::string> ListUsers(const Store& store) {
+std::vector<std::string> ListUsers(Store const& store) {
     return store.Read([](Database& database) {
         Statement row =
             database.Query("SELECT name FROM users ORDER BY id <> ?, name", SampleUserId());
@@ -54,7 +54,7 @@ std::vector<std::string> ListUsers(const Store& store) {
 }
 
 /// The ID of the user of this name; nothing when there is none.
-std::optional<std::string> FindUser(const Store& store, const std::string& name) {
+std::optional<std::string> FindUser(Store const& store, std::string const& name) {
     return store.Read([&](Database& database) -> std::optional<std::string> {
         Statement row = database.Query("SELECT id FROM users WHERE name = ?", name);
         if (!row.Next()) return std::nullopt;
@@ -65,7 +65,7 @@ std::optional<std::string> FindUser(const Store& store, const std::string& name)
 /// The end point to which programs send their users' browsers. Any thread.
 class AuthorizeEndpoint {
 public:
-    AuthorizeEndpoint(const Store& store, AuthorizationCodes& codes, const Clock& clock)
+    AuthorizeEndpoint(Store const& store, AuthorizationCodes& codes, Clock const& clock)
         : store_(store), codes_(codes), tokens_(clock) {}
 
     void Show(Call& call) const {
@@ -97,7 +97,7 @@ public:
     }
 
 private:
-    void Allow(Call& call, const AuthorizationRequest& request, const OAuthFields& fields) const {
+    void Allow(Call& call, AuthorizationRequest const& request, OAuthFields const& fields) const {
         std::string name = fields.Find("user").value_or("");
         auto user = FindUser(store_, name);
         if (user && fields.Find("password") == kSamplePassword) {
@@ -106,43 +106,43 @@ private:
         AnswerForm(call, 403, {request, *fields.Find("form_token"), ListUsers(store_), name, true});
     }
 
-    static void AnswerForm(Call& call, int status, const signinpage::Form& form) {
+    static void AnswerForm(Call& call, int status, signinpage::Form const& form) {
         call.AnswerPage(status, signinpage::RenderForm(form), signinpage::FormPolicy(form.request));
     }
 
     /// Runs `answer` and turns what it throws into a page or a redirect.
-    static void Answer(Call& call, const std::function<void()>& answer) {
+    static void Answer(Call& call, std::function<void()> const& answer) {
         call.response.SetHeader("Cache-Control", "no-store");
         call.response.SetHeader("X-Frame-Options", "DENY");
         try {
             answer();
-        } catch (const RefusedRequest& refused) {
+        } catch (RefusedRequest const& refused) {
             Redirect(call, refused.location);
-        } catch (const UntrustedRequest& untrusted) {
+        } catch (UntrustedRequest const& untrusted) {
             AnswerRefusal(call, untrusted.reason);
-        } catch (const OAuthError& error) {
+        } catch (OAuthError const& error) {
             AnswerRefusal(call, error.description);
         }
     }
 
-    static void Redirect(Call& call, const std::string& location) {
+    static void Redirect(Call& call, std::string const& location) {
         call.response.SetHeader("Referrer-Policy", "no-referrer");
         call.response.Redirect(303, location);
     }
 
-    static void AnswerRefusal(Call& call, const std::string& reason) {
+    static void AnswerRefusal(Call& call, std::string const& reason) {
         call.AnswerPage(400, signinpage::RenderRefusal(reason), signinpage::RefusalPolicy());
     }
 
-    const Store& store_;
+    Store const& store_;
     AuthorizationCodes& codes_;
     FormTokens tokens_;
 };
 
 }  // namespace
 
-void AddAuthorizeRoutes(Api& api, const Store& store, AuthorizationCodes& codes,
-                        const Clock& clock) {
+void AddAuthorizeRoutes(Api& api, Store const& store, AuthorizationCodes& codes,
+                        Clock const& clock) {
     auto endpoint = std::make_shared<AuthorizeEndpoint>(store, codes, clock);
     api.Add({"GET", kPath, [endpoint](Call& call) { endpoint->Show(call); }});
     api.Add({"POST", kPath, [endpoint](Call& call) { endpoint->Decide(call); }});

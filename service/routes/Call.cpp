@@ -76,12 +76,12 @@ std::string Call::ReadName() const {
     return text;
 }
 
-void Call::Answer(int status, const json& body) {
+void Call::Answer(int status, json const& body) {
     response.status = status;
     response.SetBody(body.dump(-1, ' ', false, json::error_handler_t::replace), "application/json");
 }
 
-void Call::AnswerPage(int status, const std::string& html, const std::string& policy) {
+void Call::AnswerPage(int status, std::string const& html, std::string const& policy) {
     response.status = status;
     response.SetHeader("Content-Security-Policy", policy);
     response.SetHeader("Referrer-Policy", "no-referrer");
@@ -91,7 +91,7 @@ void Call::AnswerPage(int status, const std::string& html, const std::string& po
 
 void Call::AnswerError(int status, std::string_view code, std::string_view message) {
     // What was said of the thing asked for is not true of the error.
-    for (const char* header :
+    for (char const* header :
          {"ETag", "Cache-Control", "Last-Modified", "Accept-Ranges", "Content-Disposition"}) {
         response.RemoveHeader(header);
     }

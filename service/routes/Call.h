@@ -22,7 +22,7 @@ public:
           response(exchange->response),
           exchange_(std::move(exchange)) {}
 
-    const http::Request& request;
+    http::Request const& request;
     http::Response& response;
     std::vector<std::string> ids;  ///< the path's {id}s, each a UUID
     Identity identity;             ///< who asks, on a route that needs a token
@@ -41,7 +41,7 @@ public:
     [[nodiscard]] std::string BearerToken() const;
 
     /// The body, up to 64 KiB; of the routes that get it as a whole.
-    [[nodiscard]] const std::string& body() const { return exchange_->body; }
+    [[nodiscard]] std::string const& body() const { return exchange_->body; }
 
     /// The body, which has to be a JSON object. Throws ApiError.
     [[nodiscard]] nlohmann::json ReadJson() const;
@@ -49,16 +49,16 @@ public:
     /// The "name" of the body, which has to be a JSON object. Throws ApiError.
     [[nodiscard]] std::string ReadName() const;
 
-    void Answer(int status, const nlohmann::json& body);
+    void Answer(int status, nlohmann::json const& body);
 
     /// An HTML page that may do what `policy`, a Content-Security-Policy, says.
-    void AnswerPage(int status, const std::string& html, const std::string& policy);
+    void AnswerPage(int status, std::string const& html, std::string const& policy);
 
     /// In the wire's form, or as a page where a browser asks.
     void AnswerError(int status, std::string_view code, std::string_view message);
 
     /// What ends the client's connection: see http::Exchange::abort.
-    [[nodiscard]] const std::function<void()>& abort() const { return exchange_->abort; }
+    [[nodiscard]] std::function<void()> const& abort() const { return exchange_->abort; }
 
 private:
     std::shared_ptr<http::Exchange> exchange_;

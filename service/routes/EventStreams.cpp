@@ -35,12 +35,12 @@ std::size_t MostStreams() {
     return std::min<std::size_t>(EventStreams::kMostStreams, descriptors.rlim_cur / 8);
 }
 
-std::string Event(std::int64_t number, std::string_view name, const json& data) {
+std::string Event(std::int64_t number, std::string_view name, json const& data) {
     return "id: " + std::to_string(number) + "\nevent: " + std::string(name) +
            "\ndata: " + data.dump() + "\n\n";
 }
 
-std::string ChangedEvent(const Change& change) {
+std::string ChangedEvent(Change const& change) {
     json data = {{"list", change.list}};
     if (change.parent) data["of"] = *change.parent;
     return Event(change.number, "changed", data);
@@ -87,15 +87,15 @@ public:
         auto own = places_->ofSession.find(session_);
         if (--own->second == 0) places_->ofSession.erase(own);
     }
-    Place(const Place&) = delete;
-    Place& operator=(const Place&) = delete;
+    Place(Place const&) = delete;
+    Place& operator=(Place const&) = delete;
 
 private:
     std::shared_ptr<Places> places_;
     std::int64_t session_;
 };
 
-EventStreams::EventStreams(ChangeFeed& changes, const Sessions& sessions,
+EventStreams::EventStreams(ChangeFeed& changes, Sessions const& sessions,
                            std::chrono::milliseconds heartbeat)
     : changes_(changes),
       sessions_(sessions),
@@ -116,16 +116,16 @@ EventStreams::~EventStreams() {
     }
     Wake();
     thread_.join();
-    for (const Stream& stream : streams_)
+    for (Stream const& stream : streams_)
         ::close(stream.socket);
-    for (const Stream& stream : newcomers_)
+    for (Stream const& stream : newcomers_)
         ::close(stream.socket);
     ::close(wakeUp_);
 }
 
 EventStreams::Follower EventStreams::MakeFollower(
-    const std::string& user, const std::string& token,
-    const std::optional<std::string>& lastEventId) const {
+    std::string const& user, std::string const& token,
+    std::optional<std::string> const& lastEventId) const {
     // Found out before the answer begins: whatever changes once the client has seen it, follows.
     std::optional<std::int64_t> last = lastEventId ? ParseNumber(*lastEventId) : std::nullopt;
     bool resumes = last && changes_.Reaches(*last);
@@ -148,7 +148,7 @@ std::shared_ptr<EventStreams::Place> EventStreams::Reserve(std::int64_t session)
     return std::make_shared<Place>(places_, session);
 }
 
-void EventStreams::Take(int socket, const Follower& follower, std::shared_ptr<Place> place) {
+void EventStreams::Take(int socket, Follower const& follower, std::shared_ptr<Place> place) {
     {
         std::scoped_lock lock(mutex_);
         newcomers_.push_back(
@@ -169,7 +169,7 @@ void EventStreams::Run() {
     std::vector<pollfd> sources;
     for (;;) {
         sources.assign(1, {wakeUp_, POLLIN, 0});
-        for (const Stream& stream : streams_) {
+        for (Stream const& stream : streams_) {
             short events = stream.outbox.empty() ? POLLIN : POLLIN | POLLOUT;
             sources.push_back({stream.socket, events, 0});
         }
@@ -191,7 +191,7 @@ void EventStreams::Run() {
         if (woken && !TakeNewcomers(now)) return;
         for (Stream& stream : streams_)
             Serve(stream, now);
-        std::erase_if(streams_, [](const Stream& stream) {
+        std::erase_if(streams_, [](Stream const& stream) {
             if (stream.over) ::close(stream.socket);
             return stream.over;
         });
@@ -225,7 +225,7 @@ void EventStreams::Serve(Stream& stream, Time now) {
             if (stream.behind) AddChanges(stream);
             if (stream.outbox.empty() && quiet) stream.outbox = ": nothing new\n\n";
         }
-    } catch (const std::exception& error) {
+    } catch (std::exception const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
         stream.over = true;  // its client comes back and misses nothing
         return;
@@ -242,14 +242,14 @@ void EventStreams::Serve(Stream& stream, Time now) {
 
 void EventStreams::AddChanges(Stream& stream) const {
     auto changes = changes_.After(stream.position, stream.follower.user, kBatch);
-    for (const Change& change : changes) {
+    for (Change const& change : changes) {
         stream.outbox += ChangedEvent(change);
         stream.position = change.number;
     }
     stream.behind = changes.size() == static_cast<std::size_t>(kBatch);
 }
 
-bool EventStreams::MayFollow(const Stream& stream) const {
+bool EventStreams::MayFollow(Stream const& stream) const {
     return sessions_.Find(stream.follower.token).has_value();
 }
 

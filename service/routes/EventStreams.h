@@ -39,22 +39,22 @@ public:
     class Place;
 
     /// Something is sent at least each `heartbeat`.
-    EventStreams(ChangeFeed& changes, const Sessions& sessions,
+    EventStreams(ChangeFeed& changes, Sessions const& sessions,
                  std::chrono::milliseconds heartbeat = kHeartbeat);
     ~EventStreams();
-    EventStreams(const EventStreams&) = delete;
-    EventStreams& operator=(const EventStreams&) = delete;
+    EventStreams(EventStreams const&) = delete;
+    EventStreams& operator=(EventStreams const&) = delete;
 
     /// A follower from now on, or from the last event on that it got.
-    [[nodiscard]] Follower MakeFollower(const std::string& user, const std::string& token,
-                                        const std::optional<std::string>& lastEventId) const;
+    [[nodiscard]] Follower MakeFollower(std::string const& user, std::string const& token,
+                                        std::optional<std::string> const& lastEventId) const;
 
     /// A place for a stream of the session, to be filled by Take. Throws ApiError 429 or 503 when
     /// the session, or all of them, have as many as they may.
     std::shared_ptr<Place> Reserve(std::int64_t session);
 
     /// Takes over the socket, on which the answer's head has been sent.
-    void Take(int socket, const Follower& follower, std::shared_ptr<Place> place);
+    void Take(int socket, Follower const& follower, std::shared_ptr<Place> place);
 
 private:
     struct Places;
@@ -76,12 +76,12 @@ private:
     bool TakeNewcomers(Time now);
     void Serve(Stream& stream, Time now);
     void AddChanges(Stream& stream) const;
-    [[nodiscard]] bool MayFollow(const Stream& stream) const;
+    [[nodiscard]] bool MayFollow(Stream const& stream) const;
 
-    const ChangeFeed& changes_;
-    const Sessions& sessions_;
+    ChangeFeed const& changes_;
+    Sessions const& sessions_;
     const std::chrono::milliseconds heartbeat_;
-    const int wakeUp_;  ///< an eventfd
+    int const wakeUp_;  ///< an eventfd
     std::atomic<bool> changed_ = false;
     const std::shared_ptr<Places> places_;
     std::list<Stream> streams_;  // the thread's

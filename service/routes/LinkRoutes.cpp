@@ -15,15 +15,15 @@ using nlohmann::json;
 namespace {
 
 /// Where the link leads: to the service under the name by which this client reached it.
-std::string LinkUrl(const Call& call, const std::string& address, const std::string& link) {
-    const std::string& host = call.request.host;
+std::string LinkUrl(Call const& call, std::string const& address, std::string const& link) {
+    std::string const& host = call.request.host;
     return (host.empty() ? address : "http://" + host) + "/r/" + link;
 }
 
-std::vector<std::string> ReadAssetIds(const json& body) {
+std::vector<std::string> ReadAssetIds(json const& body) {
     auto ids = body.find("asset_ids");
     if (ids == body.end() || !ids->is_array() ||
-        !std::all_of(ids->begin(), ids->end(), [](const json& id) { return id.is_string(); })) {
+        !std::all_of(ids->begin(), ids->end(), [](json const& id) { return id.is_string(); })) {
         throw ApiError::BadRequest("\"asset_ids\" is missing or no array of strings.");
     }
     return ids->get<std::vector<std::string>>();
@@ -31,7 +31,7 @@ std::vector<std::string> ReadAssetIds(const json& body) {
 
 }  // namespace
 
-void AddLinkRoutes(Api& api, ReviewLinks& links, const std::string& address) {
+void AddLinkRoutes(Api& api, ReviewLinks& links, std::string const& address) {
     api.Add({"POST", "/v1/projects/{id}/review-links",
              [&links, address](Call& call) {
                  auto key = call.UuidHeader("Idempotency-Key");

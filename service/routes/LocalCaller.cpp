@@ -8,13 +8,13 @@ namespace quilloservice {
 
 namespace {
 
-bool IsLoopbackAddress(const std::string& address) {
+bool IsLoopbackAddress(std::string const& address) {
     return address.starts_with("127.") || address == "::1" || address.starts_with("::ffff:127.");
 }
 
 /// Whether the client knew that it was talking to its own machine. A page in a browser that was led
 /// here under another name is no such client.
-bool NamesLoopback(const std::string& hostHeader) {
+bool NamesLoopback(std::string const& hostHeader) {
     std::string host = hostHeader.substr(
         0, hostHeader.starts_with('[') ? hostHeader.find(']') + 1 : hostHeader.find(':'));
     bool isAddress = host.find_first_not_of("0123456789.") == std::string::npos;
@@ -23,7 +23,7 @@ bool NamesLoopback(const std::string& hostHeader) {
 
 }  // namespace
 
-bool IsLocalProgram(const Call& call) {
+bool IsLocalProgram(Call const& call) {
     return IsLoopbackAddress(call.request.remoteAddress) && !call.Header("Origin") &&
            NamesLoopback(call.request.host);
 }

@@ -6,6 +6,6 @@ class Call;
 
 /// Whether a program of this machine asks, knowingly: over loopback, under a loopback name, and not
 /// on behalf of a page in a browser that came from elsewhere.
-bool IsLocalProgram(const Call& call);
+bool IsLocalProgram(Call const& call);
 
 }  // namespace quilloservice

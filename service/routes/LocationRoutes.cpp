@@ -12,13 +12,13 @@ using nlohmann::json;
 
 namespace {
 
-json User(Database& database, const std::string& user) {
+json User(Database& database, std::string const& user) {
     Statement row = database.Query("SELECT id, name FROM users WHERE id = ?", user);
     row.Next();
     return {{"id", row.Text(0)}, {"name", row.Text(1)}};
 }
 
-json Accounts(Database& database, const std::string& user) {
+json Accounts(Database& database, std::string const& user) {
     Statement row = database.Query(
         "SELECT id, name FROM nodes JOIN memberships ON memberships.account = id WHERE user = ? "
         "ORDER BY seq",
@@ -29,7 +29,7 @@ json Accounts(Database& database, const std::string& user) {
     return accounts;
 }
 
-json Projects(Database& database, const std::string& workspace) {
+json Projects(Database& database, std::string const& workspace) {
     Statement row = database.Query(
         "SELECT project.id, project.name, root.id, root.name, root.kind "
         "FROM nodes AS project JOIN nodes AS root ON root.parent = project.id AND root.kind = ? "
@@ -47,10 +47,10 @@ json Projects(Database& database, const std::string& workspace) {
 
 }  // namespace
 
-void AddLocationRoutes(Api& api, const Store& store) {
+void AddLocationRoutes(Api& api, Store const& store) {
     // Answers {key: list(database, id)} for a parent that the user may see.
-    auto add = [&](const char* path, RequestKind kind, const char* key,
-                   std::function<json(Database&, const Call&)> list) {
+    auto add = [&](char const* path, RequestKind kind, char const* key,
+                   std::function<json(Database&, Call const&)> list) {
         api.Add({"GET", path,
                  [&store, key, list = std::move(list)](Call& call) {
                      call.Answer(200, {{key, store.Read([&](Database& database) {
@@ -60,12 +60,12 @@ void AddLocationRoutes(Api& api, const Store& store) {
                  kind});
     };
     add("/v1/me", RequestKind::User, "user",
-        [](Database& database, const Call& call) { return User(database, call.identity.user); });
-    add("/v1/accounts", RequestKind::User, "accounts", [](Database& database, const Call& call) {
+        [](Database& database, Call const& call) { return User(database, call.identity.user); });
+    add("/v1/accounts", RequestKind::User, "accounts", [](Database& database, Call const& call) {
         return Accounts(database, call.identity.user);
     });
     add("/v1/accounts/{id}/workspaces", RequestKind::Workspaces, "workspaces",
-        [](Database& database, const Call& call) {
+        [](Database& database, Call const& call) {
             RequireNode(database, call.identity.user, call.ids[0], kind::Account);
             json workspaces = json::array();
             for (const Node& node : ChildrenOf(database, call.ids[0])) {
@@ -74,12 +74,12 @@ void AddLocationRoutes(Api& api, const Store& store) {
             return workspaces;
         });
     add("/v1/workspaces/{id}/projects", RequestKind::Projects, "projects",
-        [](Database& database, const Call& call) {
+        [](Database& database, Call const& call) {
             RequireNode(database, call.identity.user, call.ids[0], kind::Workspace);
             return Projects(database, call.ids[0]);
         });
     add("/v1/folders/{id}/children", RequestKind::Children, "assets",
-        [](Database& database, const Call& call) {
+        [](Database& database, Call const& call) {
             RequireNode(database, call.identity.user, call.ids[0], kind::Folder);
             json assets = json::array();
             for (const Node& node : ChildrenOf(database, call.ids[0])) {

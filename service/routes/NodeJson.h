@@ -7,12 +7,12 @@
 namespace quilloservice {
 
 /// {"id", "name"}
-inline nlohmann::json NamedJson(const Node& node) {
+inline nlohmann::json NamedJson(Node const& node) {
     return {{"id", node.id}, {"name", node.name}};
 }
 
 /// {"id", "name", "type"}, as what lies in a folder is told.
-inline nlohmann::json TypedJson(const Node& node) {
+inline nlohmann::json TypedJson(Node const& node) {
     nlohmann::json object = NamedJson(node);
     object["type"] = node.kind;
     return object;

@@ -15,13 +15,13 @@ namespace {
 
 constexpr std::string_view kLocalName = "localhost";
 
-bool IsNamed(const std::string& host) {
+bool IsNamed(std::string const& host) {
     return host.starts_with(kLocalName);
 }
 
 /// The page under an address to which the sign-in can come back: never a name, which could stand
 /// for another machine.
-std::string AddressOfPage(const Call& call, std::string host) {
+std::string AddressOfPage(Call const& call, std::string host) {
     bool isIpv6 = call.request.remoteAddress == "::1";
     if (IsNamed(host)) host.replace(0, kLocalName.size(), isIpv6 ? "[::1]" : "127.0.0.1");
     return "http://" + host + "/admin";

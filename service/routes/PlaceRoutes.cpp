@@ -12,7 +12,7 @@ using nlohmann::json;
 
 namespace {
 
-json InJson(const Place& place) {
+json InJson(Place const& place) {
     if (place.node.kind == kind::Folder) return TypedJson(place.node);
     json object = NamedJson(place.node);
     if (place.root) object["root_folder"] = TypedJson(*place.root);
@@ -24,10 +24,10 @@ struct PlaceKind {
     std::string_view kind;
     std::string path;       ///< of one such place
     std::string addPath;    ///< where new ones are made
-    const char* answerKey;  ///< the member of the answer
+    char const* answerKey;  ///< the member of the answer
 };
 
-const std::vector<PlaceKind>& Kinds() {
+std::vector<PlaceKind> const& Kinds() {
     static const std::vector<PlaceKind> kinds = {
         {kind::Account, "/v1/accounts/{id}", "/v1/accounts", "account"},
         {kind::Workspace, "/v1/workspaces/{id}", "/v1/accounts/{id}/workspaces", "workspace"},
@@ -40,8 +40,8 @@ const std::vector<PlaceKind>& Kinds() {
 }  // namespace
 
 void AddPlaceRoutes(Api& api, Places& places) {
-    for (const PlaceKind& each : Kinds()) {
-        auto answer = [key = each.answerKey](Call& call, int status, const Place& place) {
+    for (PlaceKind const& each : Kinds()) {
+        auto answer = [key = each.answerKey](Call& call, int status, Place const& place) {
             call.Answer(status, {{key, InJson(place)}});
         };
         api.Add({"POST", each.addPath,

@@ -24,7 +24,7 @@ RateLimiter::RateLimiter(std::optional<RateLimit> forAll) {
 }
 
 RateLimiter::Decision RateLimiter::Admit(std::int64_t who, RequestKind kind, TimePoint now) {
-    const RateLimit& limit = limits_[static_cast<std::size_t>(kind)];
+    RateLimit const& limit = limits_[static_cast<std::size_t>(kind)];
     std::scoped_lock lock(mutex_);
     ForgetQuietSessions(now);
     std::deque<TimePoint>& times = admitted_[{who, kind}];
@@ -39,7 +39,7 @@ RateLimiter::Decision RateLimiter::Admit(std::int64_t who, RequestKind kind, Tim
 
 void RateLimiter::ForgetQuietSessions(TimePoint now) {
     if (admitted_.size() < sweepAt_) return;
-    std::erase_if(admitted_, [&](const auto& entry) {
+    std::erase_if(admitted_, [&](auto const& entry) {
         const auto& [key, times] = entry;
         auto window = limits_[static_cast<std::size_t>(key.second)].window;
         return times.empty() || now - times.back() >= window;

@@ -24,13 +24,13 @@ void CountRequest(Call& call, RateLimiter& limiter, std::int64_t who, RequestKin
                    "Too many requests; try again in " + std::to_string(seconds) + " s.", seconds);
 }
 
-std::int64_t AddressKey(const Call& call) {
+std::int64_t AddressKey(Call const& call) {
     std::string network = call.request.remoteAddress;
     in6_addr address{};
     bool isIpv6 =
         ::inet_pton(AF_INET6, network.substr(0, network.find('%')).c_str(), &address) == 1;
     if (isIpv6 && !IN6_IS_ADDR_V4MAPPED(&address)) {
-        network.assign(reinterpret_cast<const char*>(address.s6_addr), 8);
+        network.assign(reinterpret_cast<char const*>(address.s6_addr), 8);
     }
     std::int64_t key = 0;
     std::string digest = Sha256(network);  // nobody is to find an address that counts as another's

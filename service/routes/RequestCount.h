@@ -14,6 +14,6 @@ void CountRequest(Call& call, RateLimiter& limiter, std::int64_t who, RequestKin
 
 /// Stands for the client's address where requests are counted before anybody has signed in. An IPv6
 /// client has all addresses of a network (/64), which count as one.
-std::int64_t AddressKey(const Call& call);
+std::int64_t AddressKey(Call const& call);
 
 }  // namespace quilloservice

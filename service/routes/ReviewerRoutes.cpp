@@ -17,7 +17,7 @@ namespace quilloservice {
 
 namespace {
 
-void AnswerPage(Call& call, int status, const std::string& html) {
+void AnswerPage(Call& call, int status, std::string const& html) {
     call.response.SetHeader("Cache-Control", "no-cache");
     call.AnswerPage(status, html, reviewpage::SecurityPolicy());
 }
@@ -34,14 +34,14 @@ void AnswerNotFound(Call& call) {
 
 /// The media type to serve a movie as. What its uploader calls it decides only between media, so
 /// that no movie is run as a page.
-std::string SafeMediaType(const std::string& mediaType) {
+std::string SafeMediaType(std::string const& mediaType) {
     bool media = mediaType.starts_with("video/") || mediaType.starts_with("audio/");
     return media ? mediaType : "application/octet-stream";
 }
 
-const MovieVersion* FindVersion(const ReviewContent& content, const std::string& asset) {
-    for (const auto& versions : content.movies) {
-        for (const MovieVersion& version : versions) {
+MovieVersion const* FindVersion(ReviewContent const& content, std::string const& asset) {
+    for (auto const& versions : content.movies) {
+        for (MovieVersion const& version : versions) {
             if (version.asset == asset) return &version;
         }
     }
@@ -51,7 +51,7 @@ const MovieVersion* FindVersion(const ReviewContent& content, const std::string&
 /// A part of a movie's file.
 class FilePart : public http::Content {
 public:
-    FilePart(const std::string& path, const ByteRange& part)
+    FilePart(std::string const& path, ByteRange const& part)
         : file_(path, File::Mode::Read), offset_(part.first) {}
 
     std::size_t Read(char* buffer, std::size_t size) override {
@@ -65,7 +65,7 @@ private:
     std::int64_t offset_;
 };
 
-void AnswerMovie(Call& call, const MovieVersion& movie, const DataDirectory& directory) {
+void AnswerMovie(Call& call, MovieVersion const& movie, DataDirectory const& directory) {
     http::Response& response = call.response;
     std::string tag = "\"" + movie.sha256 + "\"";
     response.SetHeader("ETag", tag);
@@ -109,7 +109,7 @@ void AnswerMovie(Call& call, const MovieVersion& movie, const DataDirectory& dir
 
 }  // namespace
 
-void AddReviewerRoutes(Api& api, const ReviewLinks& links, const DataDirectory& directory) {
+void AddReviewerRoutes(Api& api, ReviewLinks const& links, DataDirectory const& directory) {
     api.Add({"GET", "/r/{id}", [&links](Call& call) {
                  auto content = links.Find(call.ids[0]);
                  if (!content) return AnswerNotFound(call);

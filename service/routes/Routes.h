@@ -24,17 +24,17 @@ class Uploads;
 
 /// `localUser`: of the user who is signed in without a browser; null: nobody is.
 void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes,
-                     const LocalUserSecret* localUser, std::optional<RateLimit> limit);
-void AddAuthorizeRoutes(Api& api, const Store& store, AuthorizationCodes& codes,
-                        const Clock& clock);
-void AddLocationRoutes(Api& api, const Store& store);
+                     LocalUserSecret const* localUser, std::optional<RateLimit> limit);
+void AddAuthorizeRoutes(Api& api, Store const& store, AuthorizationCodes& codes,
+                        Clock const& clock);
+void AddLocationRoutes(Api& api, Store const& store);
 void AddPlaceRoutes(Api& api, Places& places);
 void AddEventRoutes(Api& api, EventStreams& streams);
 /// The start page, and the one on which a developer changes places: for browsers on this machine.
 void AddPageRoutes(Api& api);
-void AddUploadRoutes(Api& api, Uploads& uploads, const FaultOptions& faults);
+void AddUploadRoutes(Api& api, Uploads& uploads, FaultOptions const& faults);
 /// `address`: where links lead when a request does not say under which name it found the service.
-void AddLinkRoutes(Api& api, ReviewLinks& links, const std::string& address);
-void AddReviewerRoutes(Api& api, const ReviewLinks& links, const DataDirectory& directory);
+void AddLinkRoutes(Api& api, ReviewLinks& links, std::string const& address);
+void AddReviewerRoutes(Api& api, ReviewLinks const& links, DataDirectory const& directory);
 
 }  // namespace quilloservice

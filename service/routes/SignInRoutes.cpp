@@ -22,10 +22,10 @@ using nlohmann::json;
 namespace {
 
 TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes,
-                const LocalUserSecret* localUser) {
+                LocalUserSecret const* localUser) {
     OAuthFields form = OAuthFields::InBody(call.request, call.body());
-    const std::string& client = form.RequireClient();
-    const std::string& grant = form.Require("grant_type");
+    std::string const& client = form.RequireClient();
+    std::string const& grant = form.Require("grant_type");
     if (grant == "authorization_code") {
         auto pair = codes.Redeem(form.Require("code"), {client, form.Require("redirect_uri"),
                                                         form.Require("code_verifier")});
@@ -56,7 +56,7 @@ TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes,
 /// The end points that hand out tokens and take them back. Any thread.
 class TokenEndpoint {
 public:
-    TokenEndpoint(Sessions& sessions, AuthorizationCodes& codes, const LocalUserSecret* localUser,
+    TokenEndpoint(Sessions& sessions, AuthorizationCodes& codes, LocalUserSecret const* localUser,
                   std::optional<RateLimit> limit)
         : sessions_(sessions), codes_(codes), localUser_(localUser), limiter_(limit) {}
 
@@ -86,15 +86,15 @@ public:
 
 private:
     /// Counts the request and runs `answer`, with errors in these end points' own form.
-    void Answer(Call& call, const std::function<void()>& answer) {
+    void Answer(Call& call, std::function<void()> const& answer) {
         call.response.SetHeader("Cache-Control", "no-store");
         call.response.SetHeader("Pragma", "no-cache");
         try {
             CountRequest(call, limiter_, AddressKey(call), RequestKind::Tokens);
             answer();
-        } catch (const OAuthError& error) {
+        } catch (OAuthError const& error) {
             call.Answer(400, {{"error", error.error}, {"error_description", error.description}});
-        } catch (const ApiError& error) {
+        } catch (ApiError const& error) {
             if (error.retryAfter > 0) {
                 call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
             }
@@ -106,14 +106,14 @@ private:
 
     Sessions& sessions_;
     AuthorizationCodes& codes_;
-    const LocalUserSecret* localUser_;
+    LocalUserSecret const* localUser_;
     RateLimiter limiter_;
 };
 
 }  // namespace
 
 void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes,
-                     const LocalUserSecret* localUser, std::optional<RateLimit> limit) {
+                     LocalUserSecret const* localUser, std::optional<RateLimit> limit) {
     auto endpoint = std::make_shared<TokenEndpoint>(sessions, codes, localUser, limit);
     api.Add({"POST", "/oauth/token", [endpoint](Call& call) { endpoint->Grant(call); }});
     api.Add({"POST", "/oauth/revoke", [endpoint](Call& call) { endpoint->Revoke(call); }});

@@ -7,20 +7,20 @@ namespace quilloservice::tus {
 
 namespace {
 
-constexpr const char* kVersion = "1.0.0";
+constexpr char const* kVersion = "1.0.0";
 
 }  // namespace
 
-const char* const kRequestHeaders =
+char const* const kRequestHeaders =
     "Authorization, Content-Type, Idempotency-Key, Last-Event-ID, Quillo-Content-SHA256, "
     "Tus-Resumable, Upload-Checksum, Upload-Length, Upload-Metadata, Upload-Offset, "
     "X-HTTP-Method-Override, X-Requested-With";
-const char* const kAnswerHeaders =
+char const* const kAnswerHeaders =
     "Location, Retry-After, Tus-Checksum-Algorithm, Tus-Extension, Tus-Max-Size, Tus-Resumable, "
     "Tus-Version, Upload-Length, Upload-Metadata, Upload-Offset, X-RATELIMIT-LIMIT, "
     "X-RATELIMIT-WINDOW";
 
-std::string EffectiveMethod(const Call& call) {
+std::string EffectiveMethod(Call const& call) {
     return call.Header("X-HTTP-Method-Override").value_or(call.request.method);
 }
 

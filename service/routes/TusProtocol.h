@@ -7,12 +7,12 @@
 namespace quilloservice::tus {
 
 /// What browsers' clients may send and read beyond what every page may (CORS).
-extern const char* const kRequestHeaders;
-extern const char* const kAnswerHeaders;
+extern char const* const kRequestHeaders;
+extern char const* const kAnswerHeaders;
 
 /// The method that the request is to be taken for: clients that cannot send PATCH or DELETE send
 /// another one and name the method in a header.
-std::string EffectiveMethod(const Call& call);
+std::string EffectiveMethod(Call const& call);
 
 /// Says which version the answer speaks: every answer but the one to OPTIONS.
 void SayVersion(Call& call);

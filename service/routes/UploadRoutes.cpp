@@ -25,7 +25,7 @@ public:
     explicit DropFault(std::optional<std::int64_t> afterBytes) : afterBytes_(afterBytes) {}
 
     /// How much of `size` bytes at `offset` the service gets to see; nothing: all of them.
-    std::optional<std::size_t> CutWithin(const UploadRecord& upload, std::int64_t offset,
+    std::optional<std::size_t> CutWithin(UploadRecord const& upload, std::int64_t offset,
                                          std::size_t size) {
         if (!afterBytes_ || *afterBytes_ >= upload.length) return std::nullopt;
         std::int64_t room = *afterBytes_ - offset;
@@ -36,12 +36,12 @@ public:
     }
 
     /// Whether the last answer is to be lost: the place to cut lies at or past the upload's end.
-    bool CutsLastAnswer(const UploadRecord& upload) {
+    bool CutsLastAnswer(UploadRecord const& upload) {
         return afterBytes_ && *afterBytes_ >= upload.length && Strikes(upload.id);
     }
 
 private:
-    bool Strikes(const std::string& upload) {
+    bool Strikes(std::string const& upload) {
         std::scoped_lock lock(mutex_);
         return struck_.insert(upload).second;
     }
@@ -59,13 +59,13 @@ Api::Handler InProtocol(Api::Handler answer) {
     };
 }
 
-std::int64_t RequiredNumber(const Call& call, const std::string& header) {
+std::int64_t RequiredNumber(Call const& call, std::string const& header) {
     auto number = call.NumberHeader(header);
     if (!number) throw ApiError::BadRequest("The header " + header + " is missing.");
     return *number;
 }
 
-std::optional<AppendRequest::Checksum> ReadChecksum(const Call& call) {
+std::optional<AppendRequest::Checksum> ReadChecksum(Call const& call) {
     auto header = call.Header("Upload-Checksum");
     if (!header) return std::nullopt;
     std::size_t space = std::min(header->find(' '), header->size());
@@ -82,7 +82,7 @@ std::optional<AppendRequest::Checksum> ReadChecksum(const Call& call) {
         "Upload-Checksum has to be sha1, sha256 or xxh128, a blank, and the checksum in base64.");
 }
 
-std::optional<std::string> ReadContentSha256(const Call& call) {
+std::optional<std::string> ReadContentSha256(Call const& call) {
     auto hex = call.Header("Quillo-Content-SHA256");
     if (hex &&
         (hex->size() != 64 || hex->find_first_not_of("0123456789abcdef") != std::string::npos)) {
@@ -107,7 +107,7 @@ void Create(Call& call, Uploads& uploads) {
     call.response.SetHeader("Location", "/v1/uploads/" + id);
 }
 
-void Head(Call& call, const Uploads& uploads) {
+void Head(Call& call, Uploads const& uploads) {
     UploadRecord upload = uploads.Get(call.identity.user, call.ids[0]);
     call.response.SetHeader("Cache-Control", "no-store");
     call.response.status = 200;
@@ -172,7 +172,7 @@ std::unique_ptr<BodySink> OpenAppend(Call& call, Uploads& uploads, DropFault& fa
     return std::make_unique<AppendSink>(call, uploads, fault);
 }
 
-void Asset(Call& call, const Uploads& uploads) {
+void Asset(Call& call, Uploads const& uploads) {
     PublishedAsset asset = uploads.Asset(call.identity.user, call.ids[0]);
     call.Answer(200, {{"asset", {{"id", asset.id}, {"name", asset.name}, {"type", "file"}}},
                       {"version", asset.version},
@@ -184,7 +184,7 @@ void Asset(Call& call, const Uploads& uploads) {
 
 }  // namespace
 
-void AddUploadRoutes(Api& api, Uploads& uploads, const FaultOptions& faults) {
+void AddUploadRoutes(Api& api, Uploads& uploads, FaultOptions const& faults) {
     auto fault = std::make_shared<DropFault>(faults.dropUploadAfterBytes);
     api.Add({"POST", "/v1/uploads", InProtocol([&](Call& call) { Create(call, uploads); }),
              RequestKind::Uploads});

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::int64_t kKept = 10'000;
 
-std::string_view ListBelow(const Node& parent) {
+std::string_view ListBelow(Node const& parent) {
     if (parent.kind == kind::Account) return "workspaces";
     if (parent.kind == kind::Workspace) return "projects";
     if (parent.kind == kind::Folder) return "assets";
@@ -38,7 +38,7 @@ void ChangeFeed::RecordAccounts(Database& database, std::string_view account) {
     ForgetOld(database);
 }
 
-void ChangeFeed::RecordChildren(Database& database, const Node& parent) {
+void ChangeFeed::RecordChildren(Database& database, Node const& parent) {
     database.Run("INSERT INTO changes (list, parent, audience) VALUES (?, ?, ?)", ListBelow(parent),
                  parent.id, parent.account);
     ForgetOld(database);

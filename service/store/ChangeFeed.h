@@ -26,14 +26,14 @@ struct Change {
 /// thousand are kept, for those who come back. Any thread.
 class ChangeFeed {
 public:
-    explicit ChangeFeed(const Store& store) : store_(store) {}
+    explicit ChangeFeed(Store const& store) : store_(store) {}
 
     // In the transaction that changes the list:
 
     /// The account lists of all members of `account` have changed. While there are members.
     static void RecordAccounts(Database& database, std::string_view account);
     /// What lies below `parent`, an account, a workspace or a folder, has changed.
-    static void RecordChildren(Database& database, const Node& parent);
+    static void RecordChildren(Database& database, Node const& parent);
 
     /// Tells the listener that there is something new. After the transaction.
     void Announce() const {
@@ -54,7 +54,7 @@ public:
                                             std::int64_t most) const;
 
 private:
-    const Store& store_;
+    Store const& store_;
     std::function<void()> listener_;
 };
 

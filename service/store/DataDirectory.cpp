@@ -28,12 +28,12 @@ constexpr mode_t kOwnFile = 0600;
 constexpr mode_t kWritableByOthers = 0022;
 constexpr mode_t kOpenToOthers = 0077;
 
-[[noreturn]] void Fail(const std::string& doing) {
+[[noreturn]] void Fail(std::string const& doing) {
     throw std::runtime_error(doing + ": " + std::strerror(errno));
 }
 
 /// Makes the directory and those above it that are missing.
-void MakeDirectory(const std::filesystem::path& path) {
+void MakeDirectory(std::filesystem::path const& path) {
     if (::mkdir(path.c_str(), kOwnDirectory) == 0 || errno == EEXIST) return;
     if (errno == ENOENT && path.has_relative_path()) {
         MakeDirectory(path.parent_path());
@@ -43,7 +43,7 @@ void MakeDirectory(const std::filesystem::path& path) {
 }
 
 /// Throws unless what is open as `descriptor`, at `path`, is this user's.
-struct stat RequireOwn(int descriptor, const std::string& path) {
+struct stat RequireOwn(int descriptor, std::string const& path) {
     struct stat status {};
     if (::fstat(descriptor, &status) != 0) Fail("cannot look at " + path);
     if (status.st_uid != ::geteuid()) {
@@ -55,7 +55,7 @@ struct stat RequireOwn(int descriptor, const std::string& path) {
 }
 
 /// Opens the directory `name` in `parent`; `path` is what messages call it.
-Descriptor OpenDirectory(int parent, const std::string& name, const std::string& path, int flags) {
+Descriptor OpenDirectory(int parent, std::string const& name, std::string const& path, int flags) {
     Descriptor directory(
         ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
     if (!directory && errno == ENOTDIR) {
@@ -71,7 +71,7 @@ Descriptor OpenDirectory(int parent, const std::string& name, const std::string&
 
 }  // namespace
 
-DataDirectory::DataDirectory(const std::string& path) {
+DataDirectory::DataDirectory(std::string const& path) {
     MakeDirectory(path);
     // With no link left in it, nothing that is opened below it later goes by one.
     path_ = std::filesystem::canonical(path);
@@ -81,15 +81,15 @@ DataDirectory::DataDirectory(const std::string& path) {
         throw std::runtime_error("another quillo-service is running on " + path_ +
                                  "; stop it, or give this one a --data directory of its own");
     }
-    for (const char* folder : {"uploads", "movies", "set-aside"})
+    for (char const* folder : {"uploads", "movies", "set-aside"})
         MakeFolder(folder);
     // SQLite would make its file by the umask; the files beside it get the mode that it has.
     OpenFile("store.sqlite", O_CREAT);
-    for (const char* file : {"store.sqlite-wal", "store.sqlite-shm", "port"})
+    for (char const* file : {"store.sqlite-wal", "store.sqlite-shm", "port"})
         OpenFile(file, 0);
 }
 
-void DataDirectory::MakeFolder(const std::string& name) const {
+void DataDirectory::MakeFolder(std::string const& name) const {
     std::string path = path_ + "/" + name;
     if (::mkdirat(directory_.get(), name.c_str(), kOwnDirectory) != 0 && errno != EEXIST) {
         Fail("cannot make " + path);
@@ -97,7 +97,7 @@ void DataDirectory::MakeFolder(const std::string& name) const {
     OpenDirectory(directory_.get(), name, path, O_NOFOLLOW);
 }
 
-Descriptor DataDirectory::OpenFile(const std::string& name, int flags) const {
+Descriptor DataDirectory::OpenFile(std::string const& name, int flags) const {
     std::string path = path_ + "/" + name;
     // Not to wait for the other end, should it be a pipe.
     Descriptor file(::openat(directory_.get(), name.c_str(),
@@ -160,7 +160,7 @@ void DataDirectory::RememberPort(int port) const {
         File file(path_ + "/port", File::Mode::Write);
         file.WriteAt(0, text);
         file.Truncate(static_cast<std::int64_t>(text.size()));
-    } catch (const std::exception& error) {
+    } catch (std::exception const& error) {
         // A full disk, say; movies can be looked at all the same.
         std::fprintf(stderr, "quillo-service: cannot note the port: %s\n", error.what());
     }

@@ -17,7 +17,7 @@ public:
     /// Throws std::runtime_error when that fails, when the directory or something of the service's
     /// in it belongs to another user or is a link, when other users can write to it, and when
     /// another service has it.
-    explicit DataDirectory(const std::string& path);
+    explicit DataDirectory(std::string const& path);
 
     [[nodiscard]] std::string StorePath() const { return path_ + "/store.sqlite"; }
     [[nodiscard]] std::string MoviesPath() const { return path_ + "/movies"; }
@@ -41,9 +41,9 @@ public:
 
 private:
     [[nodiscard]] std::string PathOf(std::string_view folder, std::string_view id) const;
-    void MakeFolder(const std::string& name) const;
+    void MakeFolder(std::string const& name) const;
     /// Opens a file of the service's own and closes it to other users; nothing when it is missing.
-    Descriptor OpenFile(const std::string& name, int flags) const;
+    Descriptor OpenFile(std::string const& name, int flags) const;
 
     std::string path_;
     Descriptor directory_;

@@ -42,9 +42,9 @@ bool Statement::Next() {
 }
 
 std::string Statement::Text(int column) const {
-    const void* text = sqlite3_column_blob(handle_, column);
+    void const* text = sqlite3_column_blob(handle_, column);
     auto size = static_cast<std::size_t>(sqlite3_column_bytes(handle_, column));
-    return text == nullptr ? std::string() : std::string(static_cast<const char*>(text), size);
+    return text == nullptr ? std::string() : std::string(static_cast<char const*>(text), size);
 }
 
 std::int64_t Statement::Integer(int column) const {
@@ -70,7 +70,7 @@ void Database::Finalize::operator()(sqlite3_stmt* statement) const {
     sqlite3_finalize(statement);
 }
 
-Database::Database(const std::string& path) {
+Database::Database(std::string const& path) {
     int result = sqlite3_open_v2(path.c_str(), &handle_,
                                  SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX |
                                      SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW,
@@ -88,7 +88,7 @@ Database::~Database() {
     sqlite3_close(handle_);
 }
 
-void Database::RunScript(const char* sql) {
+void Database::RunScript(char const* sql) {
     Check(sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr), sql);
 }
 

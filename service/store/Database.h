@@ -17,7 +17,7 @@ namespace quilloservice {
 /// What SQLite reports: `code` is its result code, the message says what was being done.
 class DatabaseError : public std::runtime_error {
 public:
-    DatabaseError(int resultCode, const std::string& message)
+    DatabaseError(int resultCode, std::string const& message)
         : std::runtime_error(message), code(resultCode) {}
 
     /// Whether the disk had no room left.
@@ -47,14 +47,14 @@ private:
     Statement(Database& database, std::string sql);
 
     template <typename... Arguments>
-    Statement(Database& database, std::string sql, const Arguments&... arguments)
+    Statement(Database& database, std::string sql, Arguments const&... arguments)
         : Statement(database, std::move(sql)) {
         int index = 0;
         (Bind(++index, arguments), ...);
     }
 
     template <typename Argument>
-    void Bind(int index, const Argument& argument) {
+    void Bind(int index, Argument const& argument) {
         if constexpr (std::is_integral_v<Argument>) {
             BindNumber(index, argument);
         } else if constexpr (std::is_same_v<Argument, std::optional<std::string>>) {
@@ -75,26 +75,26 @@ private:
 class Database {
 public:
     /// Opens the file at `path`, in which no part is a link, and makes it when it is missing.
-    explicit Database(const std::string& path);
+    explicit Database(std::string const& path);
     ~Database();
-    Database(const Database&) = delete;
-    Database& operator=(const Database&) = delete;
+    Database(Database const&) = delete;
+    Database& operator=(Database const&) = delete;
 
     /// Prepares `sql` with `arguments` for its question marks, to be stepped through.
     template <typename... Arguments>
-    [[nodiscard]] Statement Query(std::string sql, const Arguments&... arguments) {
+    [[nodiscard]] Statement Query(std::string sql, Arguments const&... arguments) {
         return Statement(*this, std::move(sql), arguments...);
     }
 
     /// Runs one statement to its end; returns how many rows it changed.
     template <typename... Arguments>
-    int Run(std::string sql, const Arguments&... arguments) {
+    int Run(std::string sql, Arguments const&... arguments) {
         Query(std::move(sql), arguments...).Next();
         return Changes();
     }
 
     /// Runs several statements that take no arguments.
-    void RunScript(const char* sql);
+    void RunScript(char const* sql);
 
 private:
     friend class Statement;

@@ -7,7 +7,7 @@
 
 namespace quilloservice {
 
-std::optional<std::string> FindRepeated(Database& database, const IdempotentRequest& request,
+std::optional<std::string> FindRepeated(Database& database, IdempotentRequest const& request,
                                         std::int64_t now) {
     database.Run("DELETE FROM idempotency_keys WHERE used_at <= ?", now - kKeySeconds);
     Statement row =
@@ -20,7 +20,7 @@ std::optional<std::string> FindRepeated(Database& database, const IdempotentRequ
     return row.Text(1);
 }
 
-void RememberResult(Database& database, const IdempotentRequest& request, std::string_view result,
+void RememberResult(Database& database, IdempotentRequest const& request, std::string_view result,
                     std::int64_t now) {
     database.Run(
         "INSERT INTO idempotency_keys (user, key, request, result, used_at) "

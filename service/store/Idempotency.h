@@ -23,11 +23,11 @@ inline constexpr std::int64_t kKeySeconds = 7 * 24 * 3600;
 /// What the first request with this key made, nothing when this is the first for a week. Forgets
 /// the keys that count no more at `now`, in seconds since 1970. Throws ApiError 409 when the key
 /// was used for another request. In the transaction of the creation.
-std::optional<std::string> FindRepeated(Database& database, const IdempotentRequest& request,
+std::optional<std::string> FindRepeated(Database& database, IdempotentRequest const& request,
                                         std::int64_t now);
 
 /// Keeps what a first request made. In the transaction that makes it, after `FindRepeated`.
-void RememberResult(Database& database, const IdempotentRequest& request, std::string_view result,
+void RememberResult(Database& database, IdempotentRequest const& request, std::string_view result,
                     std::int64_t now);
 
 }  // namespace quilloservice

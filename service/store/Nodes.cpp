@@ -9,7 +9,7 @@ namespace quilloservice {
 
 namespace {
 
-Node FromRow(const Statement& row) {
+Node FromRow(Statement const& row) {
     return {row.Text(0),         row.Text(1), row.Text(2),
             row.OptionalText(3), row.Text(4), row.Integer(5)};
 }
@@ -44,7 +44,7 @@ Node RequireNode(Database& database, std::string_view user, std::string_view id,
     return *std::move(node);
 }
 
-void RequireMember(Database& database, std::string_view user, const Node& node) {
+void RequireMember(Database& database, std::string_view user, Node const& node) {
     if (!IsMember(database, user, node.account)) {
         throw ApiError::Forbidden("This " + InWords(node.kind) +
                                   " belongs to an account of which the user is no member.");
@@ -61,7 +61,7 @@ std::vector<Node> ChildrenOf(Database& database, std::string_view parent) {
     return children;
 }
 
-void InsertNode(Database& database, const Node& node) {
+void InsertNode(Database& database, Node const& node) {
     database.Run(
         "INSERT INTO nodes (id, kind, account, parent, name, version) VALUES (?, ?, ?, ?, ?, ?)",
         node.id, node.kind, node.account, node.parent, node.name, node.version);

@@ -42,11 +42,11 @@ Node RequireNode(Database& database, std::string_view user, std::string_view id,
                  std::string_view kind);
 
 /// Throws ApiError 403 unless `user` is a member of the node's account.
-void RequireMember(Database& database, std::string_view user, const Node& node);
+void RequireMember(Database& database, std::string_view user, Node const& node);
 
 /// The nodes right below `parent`, in the order in which they were made.
 std::vector<Node> ChildrenOf(Database& database, std::string_view parent);
 
-void InsertNode(Database& database, const Node& node);
+void InsertNode(Database& database, Node const& node);
 
 }  // namespace quilloservice

@@ -15,11 +15,11 @@ std::string_view KindOfParent(std::string_view kind) {
     return kind::Folder;
 }
 
-Node ParentOf(Database& database, const Node& node) {
+Node ParentOf(Database& database, Node const& node) {
     return *FindNode(database, *node.parent);
 }
 
-std::optional<Node> RootOf(Database& database, const Node& node) {
+std::optional<Node> RootOf(Database& database, Node const& node) {
     if (node.kind != kind::Project) return std::nullopt;
     for (Node& child : ChildrenOf(database, node.id)) {
         if (child.kind == kind::Folder) return std::move(child);
@@ -28,14 +28,14 @@ std::optional<Node> RootOf(Database& database, const Node& node) {
 }
 
 /// The list in which `node` stands has changed.
-void RecordList(Database& database, const Node& node) {
+void RecordList(Database& database, Node const& node) {
     if (node.kind == kind::Account) return ChangeFeed::RecordAccounts(database, node.id);
     ChangeFeed::RecordChildren(database, ParentOf(database, node));
 }
 
 /// The place, for a change of its own: a root folder is a part of its project.
-Node RequirePlace(Database& database, const std::string& user, std::string_view kind,
-                  const std::string& id) {
+Node RequirePlace(Database& database, std::string const& user, std::string_view kind,
+                  std::string const& id) {
     Node node = RequireNode(database, user, id, kind);
     if (kind == kind::Folder && ParentOf(database, node).kind == kind::Project) {
         throw ApiError::Conflict("This is the root folder of a project; change the project.");
@@ -43,7 +43,7 @@ Node RequirePlace(Database& database, const std::string& user, std::string_view 
     return node;
 }
 
-void RequireEmpty(Database& database, const Node& node) {
+void RequireEmpty(Database& database, Node const& node) {
     std::optional<Node> root = RootOf(database, node);
     if (root) RequireEmpty(database, *root);
     std::size_t children = ChildrenOf(database, node.id).size();
@@ -58,17 +58,17 @@ void RequireEmpty(Database& database, const Node& node) {
     }
 }
 
-void SetName(Database& database, const Node& node, const std::string& name) {
+void SetName(Database& database, Node const& node, std::string const& name) {
     database.Run("UPDATE nodes SET name = ? WHERE id = ?", name, node.id);
 }
 
-void DeleteNode(Database& database, const Node& node) {
+void DeleteNode(Database& database, Node const& node) {
     database.Run("DELETE FROM nodes WHERE id = ?", node.id);
 }
 
 }  // namespace
 
-Place Places::AddAccount(const std::string& user, const std::string& name) {
+Place Places::AddAccount(std::string const& user, std::string const& name) {
     Place place = store_.Write([&](Database& database) {
         std::string id = NewUuid();
         Node account{id, std::string(kind::Account), id, std::nullopt, name};
@@ -81,8 +81,8 @@ Place Places::AddAccount(const std::string& user, const std::string& name) {
     return place;
 }
 
-Place Places::Add(const std::string& user, std::string_view kind, const std::string& parent,
-                  const std::string& name) {
+Place Places::Add(std::string const& user, std::string_view kind, std::string const& parent,
+                  std::string const& name) {
     Place place = store_.Write([&](Database& database) {
         Node above = RequireNode(database, user, parent, KindOfParent(kind));
         Place made{{NewUuid(), std::string(kind), above.account, above.id, name}, std::nullopt};
@@ -99,8 +99,8 @@ Place Places::Add(const std::string& user, std::string_view kind, const std::str
     return place;
 }
 
-Place Places::Rename(const std::string& user, std::string_view kind, const std::string& id,
-                     const std::string& name) {
+Place Places::Rename(std::string const& user, std::string_view kind, std::string const& id,
+                     std::string const& name) {
     Place place = store_.Write([&](Database& database) {
         Node node = RequirePlace(database, user, kind, id);
         std::optional<Node> root = RootOf(database, node);
@@ -117,7 +117,7 @@ Place Places::Rename(const std::string& user, std::string_view kind, const std::
     return place;
 }
 
-void Places::Remove(const std::string& user, std::string_view kind, const std::string& id) {
+void Places::Remove(std::string const& user, std::string_view kind, std::string const& id) {
     store_.Write([&](Database& database) {
         Node node = RequirePlace(database, user, kind, id);
         RequireEmpty(database, node);

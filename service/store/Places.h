@@ -25,18 +25,18 @@ public:
     Places(Store& store, ChangeFeed& changes) : store_(store), changes_(changes) {}
 
     /// Makes an account with `user` as its one member.
-    Place AddAccount(const std::string& user, const std::string& name);
+    Place AddAccount(std::string const& user, std::string const& name);
 
     /// Makes a place of `kind` below `parent`; a project comes with its root folder.
-    Place Add(const std::string& user, std::string_view kind, const std::string& parent,
-              const std::string& name);
+    Place Add(std::string const& user, std::string_view kind, std::string const& parent,
+              std::string const& name);
 
     /// A root folder goes by its project's name, and is not renamed by itself.
-    Place Rename(const std::string& user, std::string_view kind, const std::string& id,
-                 const std::string& name);
+    Place Rename(std::string const& user, std::string_view kind, std::string const& id,
+                 std::string const& name);
 
     /// Removes a place that holds nothing and into which nothing is on its way.
-    void Remove(const std::string& user, std::string_view kind, const std::string& id);
+    void Remove(std::string const& user, std::string_view kind, std::string const& id);
 
 private:
     Store& store_;

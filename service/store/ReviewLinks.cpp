@@ -11,7 +11,7 @@ namespace quilloservice {
 namespace {
 
 /// What stands in the link for `asset`: the version stack that it is a version of, or itself.
-std::string LinkedAsset(Database& database, const std::string& user, const std::string& asset) {
+std::string LinkedAsset(Database& database, std::string const& user, std::string const& asset) {
     std::optional<Node> node = FindNode(database, asset);
     if (!node || (node->kind != kind::File && node->kind != kind::VersionStack)) {
         throw ApiError::NotFound("No file or version stack has the ID \"" +
@@ -25,7 +25,7 @@ std::string LinkedAsset(Database& database, const std::string& user, const std::
     return node->id;
 }
 
-std::vector<MovieVersion> VersionsOf(Database& database, const std::string& asset) {
+std::vector<MovieVersion> VersionsOf(Database& database, std::string const& asset) {
     Statement row = database.Query(
         "SELECT id, name, version, bytes, sha256, media_type, published_at "
         "FROM nodes JOIN movies ON movies.asset = nodes.id "
@@ -41,9 +41,9 @@ std::vector<MovieVersion> VersionsOf(Database& database, const std::string& asse
 
 }  // namespace
 
-Node ReviewLinks::Create(const std::string& user, const std::string& project,
-                         const std::string& name,
-                         const std::optional<std::string>& idempotencyKey) {
+Node ReviewLinks::Create(std::string const& user, std::string const& project,
+                         std::string const& name,
+                         std::optional<std::string> const& idempotencyKey) {
     return store_.Write([&](Database& database) {
         std::int64_t now = clock_();
         IdempotentRequest repeatable{user, idempotencyKey.value_or(""),
@@ -61,8 +61,8 @@ Node ReviewLinks::Create(const std::string& user, const std::string& project,
     });
 }
 
-std::int64_t ReviewLinks::AddAssets(const std::string& user, const std::string& link,
-                                    const std::vector<std::string>& assets) {
+std::int64_t ReviewLinks::AddAssets(std::string const& user, std::string const& link,
+                                    std::vector<std::string> const& assets) {
     return store_.Write([&](Database& database) {
         RequireNode(database, user, link, kind::ReviewLink);
         std::int64_t added = 0;
@@ -74,7 +74,7 @@ std::int64_t ReviewLinks::AddAssets(const std::string& user, const std::string& 
     });
 }
 
-std::optional<ReviewContent> ReviewLinks::Find(const std::string& link) const {
+std::optional<ReviewContent> ReviewLinks::Find(std::string const& link) const {
     return store_.Read([&](Database& database) -> std::optional<ReviewContent> {
         std::optional<Node> node = FindNode(database, link);
         if (!node || node->kind != kind::ReviewLink) return std::nullopt;

@@ -40,14 +40,14 @@ public:
     ReviewLinks(Store& store, Clock clock) : store_(store), clock_(std::move(clock)) {}
 
     /// Makes a link in a project, or finds the one that the same request with the same key made.
-    Node Create(const std::string& user, const std::string& project, const std::string& name,
-                const std::optional<std::string>& idempotencyKey);
+    Node Create(std::string const& user, std::string const& project, std::string const& name,
+                std::optional<std::string> const& idempotencyKey);
 
     /// Adds files and version stacks; returns how many were not there before. All or none.
-    std::int64_t AddAssets(const std::string& user, const std::string& link,
-                           const std::vector<std::string>& assets);
+    std::int64_t AddAssets(std::string const& user, std::string const& link,
+                           std::vector<std::string> const& assets);
 
-    [[nodiscard]] std::optional<ReviewContent> Find(const std::string& link) const;
+    [[nodiscard]] std::optional<ReviewContent> Find(std::string const& link) const;
 
 private:
     Store& store_;

@@ -16,11 +16,11 @@ class Planter {
 public:
     explicit Planter(Database& database) : database_(database) {}
 
-    void User(const std::string& id, std::string_view name) {
+    void User(std::string const& id, std::string_view name) {
         database_.Run("INSERT INTO users (id, name) VALUES (?, ?)", id, name);
     }
 
-    Node Account(const std::string& user, const std::string& name) {
+    Node Account(std::string const& user, std::string const& name) {
         std::string id = UuidOf("account/" + name);
         Node account{id, std::string(kind::Account), id, std::nullopt, name};
         InsertNode(database_, account);
@@ -28,7 +28,7 @@ public:
         return account;
     }
 
-    Node Child(const Node& parent, std::string_view kind, const std::string& name,
+    Node Child(Node const& parent, std::string_view kind, std::string const& name,
                std::int64_t version = 1) {
         Node child{UuidOf(parent.id + "/" + name + "/" + std::to_string(version)),
                    std::string(kind),
@@ -41,11 +41,11 @@ public:
     }
 
     /// A project; what is returned is its root folder.
-    Node Project(const Node& workspace, const std::string& name) {
+    Node Project(Node const& workspace, std::string const& name) {
         return Child(Child(workspace, kind::Project, name), kind::Folder, name);
     }
 
-    void Stack(const Node& folder, const std::string& name, int versions) {
+    void Stack(Node const& folder, std::string const& name, int versions) {
         Node stack = Child(folder, kind::VersionStack, name);
         for (int version = 1; version <= versions; ++version) {
             Child(stack, kind::File, name, version);
@@ -56,7 +56,7 @@ private:
     Database& database_;
 };
 
-void PlantSmall(Planter& plant, const std::string& user) {
+void PlantSmall(Planter& plant, std::string const& user) {
     Node studio = plant.Account(user, "Northlight Pictures");
     Node freelance = plant.Account(user, "Harbour Street Studio");
 
@@ -114,7 +114,7 @@ std::string LargeName(std::string_view word, int index) {
            number;
 }
 
-void PlantLarge(Planter& plant, const std::string& user) {
+void PlantLarge(Planter& plant, std::string const& user) {
     constexpr int workspaces = 40;
     constexpr int projects = 2000;
     constexpr int folders = 20'000;
@@ -128,7 +128,7 @@ void PlantLarge(Planter& plant, const std::string& user) {
     int project = 0;
     int folder = 0;
     for (int workspace = 0; workspace < workspaces; ++workspace) {
-        const Node& account = accounts[static_cast<std::size_t>(workspace) % accounts.size()];
+        Node const& account = accounts[static_cast<std::size_t>(workspace) % accounts.size()];
         Node place = plant.Child(account, kind::Workspace, LargeName("workspace", workspace + 1));
         int projectsUpTo = projectsOfFirst + (projects - projectsOfFirst) * workspace / 39;
         for (; project < projectsUpTo; ++project) {
@@ -139,7 +139,7 @@ void PlantLarge(Planter& plant, const std::string& user) {
             // wide.
             Node last = root;
             for (; folder < foldersUpTo; ++folder) {
-                const Node& parent = project > 0 && folder % 3 == 0 ? last : root;
+                Node const& parent = project > 0 && folder % 3 == 0 ? last : root;
                 last = plant.Child(parent, kind::Folder, LargeName("folder", folder + 1));
             }
         }

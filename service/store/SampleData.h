@@ -13,7 +13,7 @@ enum class SampleSize { None, Small, Large };
 std::string SampleUserId();
 
 /// With what every sample user signs in in the browser.
-inline constexpr const char* kSamplePassword = "review";
+inline constexpr char const* kSamplePassword = "review";
 
 /// Fills an empty store, in one transaction; does nothing to one that has a user. The same IDs and
 /// names every time.

@@ -14,7 +14,7 @@ constexpr int kVersion = 4;
 // exist, what is it, may this user see it" is one look-up whatever is asked for. `parent` is the
 // account of a workspace, the workspace of a project, the project of a root folder and of a review
 // link, the folder or version stack of a file.
-constexpr const char* kTables = R"sql(
+constexpr char const* kTables = R"sql(
 CREATE TABLE users (
     id TEXT PRIMARY KEY,
     name TEXT NOT NULL
@@ -96,7 +96,7 @@ CREATE TABLE link_assets (
 // Which lists have changed, for those who follow them. Numbering begins with the time, so that a
 // number which an earlier store gave out is never taken for one of this one's. `audience` is the
 // account whose members may hear of it, or the one user.
-constexpr const char* kChanges = R"sql(
+constexpr char const* kChanges = R"sql(
 CREATE TABLE changes (
     seq INTEGER PRIMARY KEY AUTOINCREMENT,
     list TEXT NOT NULL,
@@ -110,7 +110,7 @@ PRAGMA user_version = 2;
 )sql";
 
 // When a key was used first, from which on it counts for a while. Those of before begin with this.
-constexpr const char* kKeyTimes = R"sql(
+constexpr char const* kKeyTimes = R"sql(
 ALTER TABLE idempotency_keys ADD COLUMN used_at INTEGER NOT NULL DEFAULT 0;
 UPDATE idempotency_keys SET used_at = CAST(strftime('%s', 'now') AS INTEGER);
 CREATE INDEX idempotency_keys_by_time ON idempotency_keys (used_at);
@@ -120,7 +120,7 @@ PRAGMA user_version = 3;
 
 // The hash of the refresh token that was exchanged for a token, and when a refresh token was
 // exchanged first.
-constexpr const char* kTokenUse = R"sql(
+constexpr char const* kTokenUse = R"sql(
 ALTER TABLE tokens ADD COLUMN parent TEXT;
 ALTER TABLE tokens ADD COLUMN used_at INTEGER;
 CREATE INDEX tokens_by_parent ON tokens (parent) WHERE parent IS NOT NULL;

@@ -8,7 +8,7 @@ Store::Store(std::string path) : path_(std::move(path)), writer_(path_) {
     Write([](Database& database) { MakeTables(database); });
 }
 
-Store::Reader::Reader(const Store& owner) : store(owner) {
+Store::Reader::Reader(Store const& owner) : store(owner) {
     {
         std::scoped_lock lock(store.readersMutex_);
         if (!store.idleReaders_.empty()) {
@@ -34,7 +34,7 @@ Store::Transaction::~Transaction() {
     if (!open_) return;
     try {
         database_.RunScript("ROLLBACK");
-    } catch (const DatabaseError&) {
+    } catch (DatabaseError const&) {
         // SQLite has already rolled back, as it does when the disk is full.
     }
 }

@@ -46,11 +46,11 @@ public:
 
 private:
     struct Reader {
-        explicit Reader(const Store& owner);
+        explicit Reader(Store const& owner);
         ~Reader();
-        Reader(const Reader&) = delete;
-        Reader& operator=(const Reader&) = delete;
-        const Store& store;
+        Reader(Reader const&) = delete;
+        Reader& operator=(Reader const&) = delete;
+        Store const& store;
         std::unique_ptr<Database> database;
     };
 
@@ -58,8 +58,8 @@ private:
     public:
         Transaction(Database& database, Durability durability);
         ~Transaction();
-        Transaction(const Transaction&) = delete;
-        Transaction& operator=(const Transaction&) = delete;
+        Transaction(Transaction const&) = delete;
+        Transaction& operator=(Transaction const&) = delete;
         void Commit();
 
     private:

@@ -22,20 +22,20 @@ LiveUploads::Lease::~Lease() {
     }
 }
 
-std::optional<LiveUploads::Lease> LiveUploads::TryAcquire(const std::string& id) {
+std::optional<LiveUploads::Lease> LiveUploads::TryAcquire(std::string const& id) {
     std::scoped_lock lock(mutex_);
     Entry& entry = entries_[id];
     if (std::exchange(entry.leased, true)) return std::nullopt;
     return Lease(*this, id, entry.progress);
 }
 
-std::shared_ptr<UploadAppend> LiveUploads::Holder(const std::string& id) {
+std::shared_ptr<UploadAppend> LiveUploads::Holder(std::string const& id) {
     std::scoped_lock lock(mutex_);
     auto entry = entries_.find(id);
     return entry == entries_.end() ? nullptr : entry->second.holder.lock();
 }
 
-void LiveUploads::SetHolder(const std::string& id, const std::shared_ptr<UploadAppend>& append) {
+void LiveUploads::SetHolder(std::string const& id, std::shared_ptr<UploadAppend> const& append) {
     std::scoped_lock lock(mutex_);
     if (auto entry = entries_.find(id); entry != entries_.end()) entry->second.holder = append;
 }

@@ -49,11 +49,11 @@ public:
     };
 
     /// Nothing when another request holds the lease of this upload.
-    std::optional<Lease> TryAcquire(const std::string& id);
+    std::optional<Lease> TryAcquire(std::string const& id);
 
     /// The append that holds the lease, where there is one and it was named.
-    std::shared_ptr<UploadAppend> Holder(const std::string& id);
-    void SetHolder(const std::string& id, const std::shared_ptr<UploadAppend>& append);
+    std::shared_ptr<UploadAppend> Holder(std::string const& id);
+    void SetHolder(std::string const& id, std::shared_ptr<UploadAppend> const& append);
 
 private:
     struct Entry {

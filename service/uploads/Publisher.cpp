@@ -18,7 +18,7 @@ namespace quilloservice {
 namespace {
 
 /// Throws ApiError 403 or 409 when `user` may not put a movie into the version stack `stack`.
-void CheckStack(Database& database, const std::string& user, const std::string& stack) {
+void CheckStack(Database& database, std::string const& user, std::string const& stack) {
     std::optional<Node> node = FindNode(database, stack);
     if (!node) return;
     RequireMember(database, user, *node);
@@ -27,7 +27,7 @@ void CheckStack(Database& database, const std::string& user, const std::string& 
     }
 }
 
-void MoveStack(Database& database, const Node& stack, const Node& folder) {
+void MoveStack(Database& database, Node const& stack, Node const& folder) {
     if (auto former = FindNode(database, *stack.parent)) {
         ChangeFeed::RecordChildren(database, *former);
     }
@@ -38,8 +38,8 @@ void MoveStack(Database& database, const Node& stack, const Node& folder) {
 
 /// The version that the next movie of the upload's stack gets. Makes the stack on first use and
 /// moves it to the upload's folder.
-std::int64_t EnterStack(Database& database, const UploadRecord& upload, const Node& folder) {
-    const std::string& id = *upload.stack;
+std::int64_t EnterStack(Database& database, UploadRecord const& upload, Node const& folder) {
+    std::string const& id = *upload.stack;
     std::optional<Node> stack = FindNode(database, id);
     if (!stack) {
         InsertNode(database,
@@ -55,11 +55,11 @@ std::int64_t EnterStack(Database& database, const UploadRecord& upload, const No
 
 }  // namespace
 
-Publisher::Publisher(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock)
+Publisher::Publisher(DataDirectory const& directory, Store& store, ChangeFeed& changes, Clock clock)
     : directory_(directory), store_(store), changes_(changes), clock_(std::move(clock)) {}
 
-void Publisher::AdmitToStack(Database& database, const std::string& user, const Node& folder,
-                             const std::string& stack) {
+void Publisher::AdmitToStack(Database& database, std::string const& user, Node const& folder,
+                             std::string const& stack) {
     CheckStack(database, user, stack);
     // Each of these may make the stack or move it to its own folder before the others are complete.
     Statement other = database.Query(
@@ -80,7 +80,7 @@ void Publisher::AdmitToStack(Database& database, const std::string& user, const 
     }
 }
 
-void Publisher::Publish(const UploadRecord& upload, File& file, const Digest& whole) {
+void Publisher::Publish(UploadRecord const& upload, File& file, Digest const& whole) {
     store_.Read([&](Database& database) {
         if (upload.stack) CheckStack(database, upload.user, *upload.stack);
     });
@@ -90,7 +90,7 @@ void Publisher::Publish(const UploadRecord& upload, File& file, const Digest& wh
     Record(upload, whole);
 }
 
-bool Publisher::FinishInterrupted(const UploadRecord& upload) {
+bool Publisher::FinishInterrupted(UploadRecord const& upload) {
     std::optional<File> movie = File::OpenExisting(directory_.MoviePath(upload.asset));
     if (!movie) return false;
     if (std::int64_t size = movie->Size(); size != upload.length) {
@@ -108,13 +108,13 @@ bool Publisher::FinishInterrupted(const UploadRecord& upload) {
     }
     try {
         Record(upload, whole);
-    } catch (const ApiError& refusal) {
+    } catch (ApiError const& refusal) {
         SetAside(upload, refusal.what());
     }
     return true;
 }
 
-void Publisher::SetAside(const UploadRecord& upload, const std::string& reason) {
+void Publisher::SetAside(UploadRecord const& upload, std::string const& reason) {
     std::string kept = directory_.SetMovieAside(upload.asset);
     store_.Write([&](Database& database) { ForgetUpload(database, upload.id); });
     std::fprintf(stderr,
@@ -123,7 +123,7 @@ void Publisher::SetAside(const UploadRecord& upload, const std::string& reason) 
                  upload.id.c_str(), kept.c_str(), reason.c_str());
 }
 
-void Publisher::Record(const UploadRecord& upload, const Digest& whole) {
+void Publisher::Record(UploadRecord const& upload, Digest const& whole) {
     std::string sha256 = ToHex(whole.Value());
     store_.Write([&](Database& database) {
         if (upload.stack) CheckStack(database, upload.user, *upload.stack);
@@ -145,7 +145,7 @@ void Publisher::Record(const UploadRecord& upload, const Digest& whole) {
     changes_.Announce();
 }
 
-PublishedAsset Publisher::Find(const UploadRecord& upload) const {
+PublishedAsset Publisher::Find(UploadRecord const& upload) const {
     return store_.Read([&](Database& database) {
         Statement row = database.Query(
             "SELECT file.id, file.name, file.version, coalesce(stack.parent, file.parent), "

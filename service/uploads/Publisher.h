@@ -35,28 +35,28 @@ struct PublishedAsset {
 /// in a folder of its own, while the upload is forgotten. Any thread, one at a time per upload.
 class Publisher {
 public:
-    Publisher(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock);
+    Publisher(DataDirectory const& directory, Store& store, ChangeFeed& changes, Clock clock);
 
     /// In the transaction that records an unfinished upload of `user` into `folder`: checks that it
     /// may join the version stack, and that it and the unfinished uploads which have reserved the
     /// stack leave each other able to. Throws ApiError 403 or 409.
-    static void AdmitToStack(Database& database, const std::string& user, const Node& folder,
-                             const std::string& stack);
+    static void AdmitToStack(Database& database, std::string const& user, Node const& folder,
+                             std::string const& stack);
 
     /// Publishes the upload, all bytes of which are in `file`; `whole` has been fed them.
-    void Publish(const UploadRecord& upload, File& file, const Digest& whole);
+    void Publish(UploadRecord const& upload, File& file, Digest const& whole);
 
     /// Records a movie that an earlier `Publish` put under its final name without getting further,
     /// or sets it aside and logs a line. Returns whether there was one.
-    bool FinishInterrupted(const UploadRecord& upload);
+    bool FinishInterrupted(UploadRecord const& upload);
 
-    [[nodiscard]] PublishedAsset Find(const UploadRecord& upload) const;
+    [[nodiscard]] PublishedAsset Find(UploadRecord const& upload) const;
 
 private:
-    void Record(const UploadRecord& upload, const Digest& whole);
-    void SetAside(const UploadRecord& upload, const std::string& reason);
+    void Record(UploadRecord const& upload, Digest const& whole);
+    void SetAside(UploadRecord const& upload, std::string const& reason);
 
-    const DataDirectory& directory_;
+    DataDirectory const& directory_;
     Store& store_;
     ChangeFeed& changes_;
     Clock clock_;

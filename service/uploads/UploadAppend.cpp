@@ -40,7 +40,7 @@ void UploadAppend::Take(std::string_view bytes) {
             throw ApiError::TooLarge("The body goes past the upload's length.");
         }
         Write(bytes);
-    } catch (const ApiError& error) {
+    } catch (ApiError const& error) {
         // Of a body that is longer than it may be nothing can be meant.
         Settle(!request_.checksum && error.status != 413);
         lease_.reset();
@@ -82,7 +82,7 @@ std::int64_t UploadAppend::FinishBody(bool complete) {
     if (!complete) {
         failure = ApiError::BadRequest("The connection ended before the body did.");
     } else if (request_.checksum) {
-        const Digest& digest = body_ ? *body_ : lease_->progress().digest;
+        Digest const& digest = body_ ? *body_ : lease_->progress().digest;
         if (digest.Value() != request_.checksum->value) {
             failure = ApiError::ChecksumMismatch(
                 "The body arrived with another checksum than the one announced; send it again.");
@@ -144,7 +144,7 @@ void UploadAppend::Confirm(std::int64_t offset) {
 
 void UploadAppend::Complete() {
     lease_->Forget();
-    const Digest& whole = lease_->progress().digest;
+    Digest const& whole = lease_->progress().digest;
     if (request_.contentSha256 && *request_.contentSha256 != ToHex(whole.Value())) {
         file_.Truncate(0);
         Confirm(0);

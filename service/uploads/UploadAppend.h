@@ -40,7 +40,7 @@ public:
     struct Parts {
         Store& store;
         Publisher& publisher;
-        const Clock& clock;
+        Clock const& clock;
     };
 
     /// `file` is the upload's, as long as what is confirmed of it; the lease's progress stands for
@@ -48,7 +48,7 @@ public:
     UploadAppend(Parts parts, UploadRecord upload, LiveUploads::Lease lease, File file,
                  AppendRequest request, std::function<void()> onOvertaken);
 
-    [[nodiscard]] const UploadRecord& upload() const { return upload_; }
+    [[nodiscard]] UploadRecord const& upload() const { return upload_; }
 
     /// Throws ApiError when the body goes past the upload's length, the disk is full, or another
     /// request has taken the upload over. The append is over then.

@@ -31,7 +31,7 @@ bool IsKey(std::string_view key) {
            std::all_of(key.begin(), key.end(), [](char c) { return c > ' ' && c < 0x7F; });
 }
 
-ApiError Wrong(std::string_view key, const std::string& why) {
+ApiError Wrong(std::string_view key, std::string const& why) {
     return ApiError::BadRequest("Upload-Metadata: " + std::string(key) + " " + why);
 }
 
@@ -56,7 +56,7 @@ std::map<std::string, std::string> ParseUploadMetadata(std::string_view header) 
     return values;
 }
 
-NewUpload ReadUploadMetadata(const std::string& header, std::int64_t length) {
+NewUpload ReadUploadMetadata(std::string const& header, std::int64_t length) {
     auto values = ParseUploadMetadata(header);
     NewUpload upload{.name = values["filename"],
                      .folder = values["folder_id"],
@@ -69,7 +69,7 @@ NewUpload ReadUploadMetadata(const std::string& header, std::int64_t length) {
     if (upload.folder.empty()) throw Wrong("folder_id", "is missing.");
     if (upload.mediaType.empty()) upload.mediaType = "video/mp4";
     if (!IsMediaType(upload.mediaType)) throw Wrong("filetype", "has to be a media type.");
-    const std::string& stack = values["version_stack_id"];
+    std::string const& stack = values["version_stack_id"];
     if (!stack.empty() && stack != kNullUuid) {
         if (!IsUuid(stack)) throw Wrong("version_stack_id", "has to be a lower-case UUID.");
         upload.stack = stack;

@@ -12,6 +12,6 @@ struct NewUpload;
 std::map<std::string, std::string> ParseUploadMetadata(std::string_view header);
 
 /// What an upload's metadata asks for. Throws ApiError 400 when a value is missing or out of form.
-NewUpload ReadUploadMetadata(const std::string& header, std::int64_t length);
+NewUpload ReadUploadMetadata(std::string const& header, std::int64_t length);
 
 }  // namespace quilloservice

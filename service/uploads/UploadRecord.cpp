@@ -23,7 +23,7 @@ std::optional<UploadRecord> FindUpload(Database& database, std::string_view id) 
                         .published = row.Integer(10) != 0};
 }
 
-void InsertUpload(Database& database, const UploadRecord& upload, std::int64_t now) {
+void InsertUpload(Database& database, UploadRecord const& upload, std::int64_t now) {
     database.Run(
         "INSERT INTO uploads (id, user, asset, folder, stack, name, media_type, metadata, "
         "length, touched_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",

@@ -28,7 +28,7 @@ struct UploadRecord {
 };
 
 std::optional<UploadRecord> FindUpload(Database& database, std::string_view id);
-void InsertUpload(Database& database, const UploadRecord& upload, std::int64_t now);
+void InsertUpload(Database& database, UploadRecord const& upload, std::int64_t now);
 void SetConfirmed(Database& database, std::string_view id, std::int64_t confirmed,
                   std::int64_t now);
 

@@ -23,7 +23,7 @@ namespace {
 
 /// Makes `progress` stand for the file's first `offset` bytes, which are read if need be: after a
 /// restart, or after a request that was taken back.
-void CatchUp(LiveUploads::Progress& progress, const File& file, std::int64_t offset) {
+void CatchUp(LiveUploads::Progress& progress, File const& file, std::int64_t offset) {
     if (progress.offset == offset) return;
     progress = {};
     std::vector<char> buffer(1 << 18);
@@ -41,17 +41,17 @@ void CatchUp(LiveUploads::Progress& progress, const File& file, std::int64_t off
 /// Does what can be left for later. What is in the way of one upload is to keep neither the others
 /// nor the service waiting.
 template <typename Work>
-void Attempt(const std::string& what, Work&& work) {
+void Attempt(std::string const& what, Work&& work) {
     try {
         work();
-    } catch (const std::exception& error) {
+    } catch (std::exception const& error) {
         std::fprintf(stderr, "quillo-service: cannot %s yet: %s\n", what.c_str(), error.what());
     }
 }
 
 }  // namespace
 
-Uploads::Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock,
+Uploads::Uploads(DataDirectory const& directory, Store& store, ChangeFeed& changes, Clock clock,
                  FreeBytes freeBytes)
     : directory_(directory),
       store_(store),
@@ -60,7 +60,7 @@ Uploads::Uploads(const DataDirectory& directory, Store& store, ChangeFeed& chang
       publisher_(directory, store, changes, clock) {}
 
 void Uploads::Recover() {
-    for (const std::string& id : store_.Read([&](Database& database) {
+    for (std::string const& id : store_.Read([&](Database& database) {
              return UnfinishedUploads(database, std::numeric_limits<std::int64_t>::max());
          })) {
         auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
@@ -72,13 +72,13 @@ void Uploads::Recover() {
 
 void Uploads::ForgetOld() {
     std::int64_t before = clock_() - kForgetAfterSeconds;
-    for (const std::string& id :
+    for (std::string const& id :
          store_.Read([&](Database& database) { return UnfinishedUploads(database, before); })) {
         Attempt("forget upload " + id, [&] { Forget(id, before); });
     }
 }
 
-void Uploads::Forget(const std::string& id, std::int64_t before) {
+void Uploads::Forget(std::string const& id, std::int64_t before) {
     auto lease = live_.TryAcquire(id);
     if (!lease) return;
     auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
@@ -90,8 +90,8 @@ void Uploads::Forget(const std::string& id, std::int64_t before) {
     std::filesystem::remove(directory_.UploadPath(id), missing);
 }
 
-std::string Uploads::Create(const std::string& user, const NewUpload& request,
-                            const std::optional<std::string>& idempotencyKey) {
+std::string Uploads::Create(std::string const& user, NewUpload const& request,
+                            std::optional<std::string> const& idempotencyKey) {
     ForgetOld();
     return store_.Write([&](Database& database) {
         std::int64_t now = clock_();
@@ -121,14 +121,14 @@ std::string Uploads::Create(const std::string& user, const NewUpload& request,
     });
 }
 
-UploadRecord Uploads::Get(const std::string& user, const std::string& id) const {
+UploadRecord Uploads::Get(std::string const& user, std::string const& id) const {
     auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
     if (!upload) throw ApiError::NotFound("No upload has this ID.");
     if (upload->user != user) throw ApiError::Forbidden("This upload is another user's.");
     return *std::move(upload);
 }
 
-LiveUploads::Lease Uploads::Acquire(const std::string& id) {
+LiveUploads::Lease Uploads::Acquire(std::string const& id) {
     if (auto lease = live_.TryAcquire(id)) return *std::move(lease);
     if (auto holder = live_.Holder(id); holder && holder->GiveWay()) {
         if (auto lease = live_.TryAcquire(id)) return *std::move(lease);
@@ -136,11 +136,11 @@ LiveUploads::Lease Uploads::Acquire(const std::string& id) {
     throw ApiError::Conflict("Another request is completing this upload.");
 }
 
-std::shared_ptr<UploadAppend> Uploads::BeginAppend(const std::string& user, const std::string& id,
-                                                   const AppendRequest& request,
+std::shared_ptr<UploadAppend> Uploads::BeginAppend(std::string const& user, std::string const& id,
+                                                   AppendRequest const& request,
                                                    std::function<void()> onOvertaken) {
-    constexpr const char* moved = "The upload's offset is another one; ask HEAD for it.";
-    auto check = [&](const UploadRecord& upload) {
+    constexpr char const* moved = "The upload's offset is another one; ask HEAD for it.";
+    auto check = [&](UploadRecord const& upload) {
         if (request.offset != upload.confirmed) {
             throw ApiError::Conflict("The upload's offset is " + std::to_string(upload.confirmed) +
                                      ", not " + std::to_string(request.offset) + ".");
@@ -174,7 +174,7 @@ std::shared_ptr<UploadAppend> Uploads::BeginAppend(const std::string& user, cons
     return append;
 }
 
-PublishedAsset Uploads::Asset(const std::string& user, const std::string& id) const {
+PublishedAsset Uploads::Asset(std::string const& user, std::string const& id) const {
     return publisher_.Find(Get(user, id));
 }
 

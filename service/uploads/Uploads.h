@@ -43,7 +43,7 @@ public:
     using FreeBytes = std::function<std::int64_t()>;
 
     /// Asks the directory how much of its disk is free, or `freeBytes` when there is one.
-    Uploads(const DataDirectory& directory, Store& store, ChangeFeed& changes, Clock clock,
+    Uploads(DataDirectory const& directory, Store& store, ChangeFeed& changes, Clock clock,
             FreeBytes freeBytes = {});
 
     /// Records what an earlier process published without recording it, sets aside what cannot be
@@ -54,25 +54,25 @@ public:
     /// Makes an upload, or finds the one that the same request with the same key made. Returns its
     /// ID. Throws ApiError 507 when the movie would not fit on the disk beside what the unfinished
     /// uploads still need.
-    std::string Create(const std::string& user, const NewUpload& request,
-                       const std::optional<std::string>& idempotencyKey);
+    std::string Create(std::string const& user, NewUpload const& request,
+                       std::optional<std::string> const& idempotencyKey);
 
-    [[nodiscard]] UploadRecord Get(const std::string& user, const std::string& id) const;
+    [[nodiscard]] UploadRecord Get(std::string const& user, std::string const& id) const;
 
     /// Begins to append a body. `onOvertaken` runs when another request takes the upload over.
-    std::shared_ptr<UploadAppend> BeginAppend(const std::string& user, const std::string& id,
-                                              const AppendRequest& request,
+    std::shared_ptr<UploadAppend> BeginAppend(std::string const& user, std::string const& id,
+                                              AppendRequest const& request,
                                               std::function<void()> onOvertaken);
 
     /// The movie that the upload became.
-    [[nodiscard]] PublishedAsset Asset(const std::string& user, const std::string& id) const;
+    [[nodiscard]] PublishedAsset Asset(std::string const& user, std::string const& id) const;
 
 private:
     void ForgetOld();
-    void Forget(const std::string& id, std::int64_t before);
-    LiveUploads::Lease Acquire(const std::string& id);
+    void Forget(std::string const& id, std::int64_t before);
+    LiveUploads::Lease Acquire(std::string const& id);
 
-    const DataDirectory& directory_;
+    DataDirectory const& directory_;
     Store& store_;
     Clock clock_;
     FreeBytes freeBytes_;

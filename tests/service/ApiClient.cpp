@@ -15,7 +15,7 @@ using nlohmann::json;
 
 namespace {
 
-json Require(const httplib::Result& result, const std::string& what) {
+json Require(httplib::Result const& result, std::string const& what) {
     if (!result) throw std::runtime_error(what + ": no answer");
     if (result->status >= 400) {
         throw std::runtime_error(what + ": " + std::to_string(result->status) + " " + result->body);
@@ -47,8 +47,8 @@ ApiClient::ApiClient(int port) : http("127.0.0.1", port) {
     folder = first["root_folder"]["id"];
 }
 
-httplib::Result ApiClient::Send(const std::string& method, const std::string& path,
-                                httplib::Headers headers, const std::string& body) {
+httplib::Result ApiClient::Send(std::string const& method, std::string const& path,
+                                httplib::Headers headers, std::string const& body) {
     httplib::Request request;
     request.method = method;
     request.path = path;
@@ -61,16 +61,16 @@ httplib::Result ApiClient::Send(const std::string& method, const std::string& pa
     return http.send(request);
 }
 
-json ApiClient::Get(const std::string& path) {
+json ApiClient::Get(std::string const& path) {
     return Require(Send("GET", path), path);
 }
 
-json ApiClient::Post(const std::string& path, const json& body) {
+json ApiClient::Post(std::string const& path, json const& body) {
     return Require(Send("POST", path, {}, body.dump()), path);
 }
 
-std::string ApiClient::CreateUpload(std::size_t length, const std::string& name,
-                                    const std::string& stack, httplib::Headers headers) {
+std::string ApiClient::CreateUpload(std::size_t length, std::string const& name,
+                                    std::string const& stack, httplib::Headers headers) {
     headers.emplace("Upload-Length", std::to_string(length));
     headers.emplace("Upload-Metadata", Metadata(name, folder, stack));
     auto result = Send("POST", "/v1/uploads", headers);
@@ -78,37 +78,37 @@ std::string ApiClient::CreateUpload(std::size_t length, const std::string& name,
     return result->get_header_value("Location");
 }
 
-httplib::Result ApiClient::Append(const std::string& upload, std::size_t offset,
-                                  const std::string& body, httplib::Headers headers) {
+httplib::Result ApiClient::Append(std::string const& upload, std::size_t offset,
+                                  std::string const& body, httplib::Headers headers) {
     headers.emplace("Upload-Offset", std::to_string(offset));
     headers.emplace("Content-Type", "application/offset+octet-stream");
     return Send("PATCH", upload, std::move(headers), body);
 }
 
-std::string ApiClient::OffsetOf(const std::string& upload) {
+std::string ApiClient::OffsetOf(std::string const& upload) {
     auto result = Send("HEAD", upload);
     Require(result, "HEAD");
     return result->get_header_value("Upload-Offset");
 }
 
-json ApiClient::Upload(const std::string& content, const std::string& name,
-                       const std::string& stack) {
+json ApiClient::Upload(std::string const& content, std::string const& name,
+                       std::string const& stack) {
     std::string upload = CreateUpload(content.size(), name, stack);
     Require(Append(upload, 0, content), "append");
     return Get(upload + "/asset");
 }
 
-std::string ApiClient::CreateLink(const std::string& name) {
+std::string ApiClient::CreateLink(std::string const& name) {
     return Post("/v1/projects/" + project + "/review-links", {{"name", name}})["review_link"]["id"];
 }
 
-void ApiClient::AddToLink(const std::string& link, const std::string& asset) {
+void ApiClient::AddToLink(std::string const& link, std::string const& asset) {
     Post("/v1/review-links/" + link + "/assets", {{"asset_ids", {asset}}});
 }
 
 std::filesystem::path LocalUserSecretPath(int port) {
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    const char* home = std::getenv("HOME");
+    char const* runtime = std::getenv("XDG_RUNTIME_DIR");
+    char const* home = std::getenv("HOME");
     std::string below = "quillo/" + std::to_string(port) + "/127.0.0.1.secret";
     if (runtime != nullptr && std::filesystem::exists(runtime / std::filesystem::path(below))) {
         return runtime / std::filesystem::path(below);
@@ -122,22 +122,22 @@ std::string LocalUserSecretAt(int port) {
     return secret;
 }
 
-std::string Metadata(const std::string& name, const std::string& folder, const std::string& stack) {
+std::string Metadata(std::string const& name, std::string const& folder, std::string const& stack) {
     std::string metadata = "filename " + ToBase64(name) + ",folder_id " + ToBase64(folder);
     if (!stack.empty()) metadata += ",version_stack_id " + ToBase64(stack);
     return metadata;
 }
 
-std::string ToBase64(const std::string& bytes) {
+std::string ToBase64(std::string const& bytes) {
     std::string text(bytes.size() * 4 / 3 + 4, '\0');
     int size = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
-                               reinterpret_cast<const unsigned char*>(bytes.data()),
+                               reinterpret_cast<unsigned char const*>(bytes.data()),
                                static_cast<int>(bytes.size()));
     text.resize(static_cast<std::size_t>(size));
     return text;
 }
 
-std::string ChecksumOf(const std::string& body) {
+std::string ChecksumOf(std::string const& body) {
     return "sha256 " + ToBase64(Sha256(body));
 }
 

@@ -15,27 +15,27 @@ public:
     explicit ApiClient(int port);
 
     /// Sends a request with the token and the protocol's header on it.
-    httplib::Result Send(const std::string& method, const std::string& path,
-                         httplib::Headers headers = {}, const std::string& body = {});
+    httplib::Result Send(std::string const& method, std::string const& path,
+                         httplib::Headers headers = {}, std::string const& body = {});
 
     /// The JSON that a request is answered with; throws unless it succeeds.
-    nlohmann::json Get(const std::string& path);
-    nlohmann::json Post(const std::string& path, const nlohmann::json& body);
+    nlohmann::json Get(std::string const& path);
+    nlohmann::json Post(std::string const& path, nlohmann::json const& body);
 
     /// Creates an upload into `folder`; returns its path.
-    std::string CreateUpload(std::size_t length, const std::string& name = "movie.mp4",
-                             const std::string& stack = {}, httplib::Headers headers = {});
-    httplib::Result Append(const std::string& upload, std::size_t offset, const std::string& body,
+    std::string CreateUpload(std::size_t length, std::string const& name = "movie.mp4",
+                             std::string const& stack = {}, httplib::Headers headers = {});
+    httplib::Result Append(std::string const& upload, std::size_t offset, std::string const& body,
                            httplib::Headers headers = {});
-    std::string OffsetOf(const std::string& upload);
+    std::string OffsetOf(std::string const& upload);
 
     /// Uploads a whole movie; returns what the asset end point says of it.
-    nlohmann::json Upload(const std::string& content, const std::string& name = "movie.mp4",
-                          const std::string& stack = {});
+    nlohmann::json Upload(std::string const& content, std::string const& name = "movie.mp4",
+                          std::string const& stack = {});
 
     /// Makes a link in the sample project; returns its ID.
-    std::string CreateLink(const std::string& name = "Review");
-    void AddToLink(const std::string& link, const std::string& asset);
+    std::string CreateLink(std::string const& name = "Review");
+    void AddToLink(std::string const& link, std::string const& asset);
 
     httplib::Client http;
     std::string token;
@@ -49,13 +49,13 @@ std::filesystem::path LocalUserSecretPath(int port);
 std::string LocalUserSecretAt(int port);
 
 /// An Upload-Metadata header.
-std::string Metadata(const std::string& name, const std::string& folder,
-                     const std::string& stack = {});
+std::string Metadata(std::string const& name, std::string const& folder,
+                     std::string const& stack = {});
 
-std::string ToBase64(const std::string& bytes);
+std::string ToBase64(std::string const& bytes);
 
 /// The value of an Upload-Checksum header for `body`.
-std::string ChecksumOf(const std::string& body);
+std::string ChecksumOf(std::string const& body);
 
 /// Bytes that look the same nowhere.
 std::string Noise(std::size_t size, unsigned seed = 1);

@@ -45,9 +45,9 @@ TEST(Options, ReadsEverySwitch) {
 TEST(Options, SaysWhatIsWrong) {
     struct Row {
         std::vector<std::string> arguments;
-        const char* complaint;
+        char const* complaint;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {{}, "--data DIR is missing"},
              {{"--data"}, "--data needs a value"},
              {{"--dta", "d"}, "unknown argument \"--dta\""},
@@ -67,7 +67,7 @@ TEST(Options, SaysWhatIsWrong) {
         try {
             ParseOptions(row.arguments);
             ADD_FAILURE() << "taken, but for: " << row.complaint;
-        } catch (const UsageError& error) {
+        } catch (UsageError const& error) {
             EXPECT_THAT(error.what(), HasSubstr(row.complaint));
         }
     }

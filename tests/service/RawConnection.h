@@ -24,8 +24,8 @@ public:
         }
     }
     ~RawConnection() { ::close(socket_); }
-    RawConnection(const RawConnection&) = delete;
-    RawConnection& operator=(const RawConnection&) = delete;
+    RawConnection(RawConnection const&) = delete;
+    RawConnection& operator=(RawConnection const&) = delete;
 
     void Say(std::string_view text) const {
         while (!text.empty()) {

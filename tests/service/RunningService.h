@@ -20,8 +20,8 @@ public:
         Start();
     }
     ~RunningService() { Stop(); }
-    RunningService(const RunningService&) = delete;
-    RunningService& operator=(const RunningService&) = delete;
+    RunningService(RunningService const&) = delete;
+    RunningService& operator=(RunningService const&) = delete;
 
     [[nodiscard]] int port() const { return service_->port(); }
 

@@ -11,7 +11,7 @@
 namespace quilloservice::test {
 
 ServiceProcess::ServiceProcess(std::vector<std::string> arguments,
-                               const std::function<void()>& inChild) {
+                               std::function<void()> const& inChild) {
     arguments.insert(arguments.begin(), QUILLO_SERVICE_PROGRAM);
     std::vector<char*> argv;
     for (std::string& argument : arguments)

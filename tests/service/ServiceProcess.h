@@ -14,10 +14,10 @@ public:
     /// Starts it and returns once it has said that it is ready, or ended. `inChild` runs in the new
     /// process before the program does.
     explicit ServiceProcess(std::vector<std::string> arguments,
-                            const std::function<void()>& inChild = {});
+                            std::function<void()> const& inChild = {});
     ~ServiceProcess();  ///< kills it
-    ServiceProcess(const ServiceProcess&) = delete;
-    ServiceProcess& operator=(const ServiceProcess&) = delete;
+    ServiceProcess(ServiceProcess const&) = delete;
+    ServiceProcess& operator=(ServiceProcess const&) = delete;
 
     /// From its first line; 0 when it ended instead.
     [[nodiscard]] int port() const { return port_; }

@@ -30,7 +30,7 @@ protected:
     }
 
     /// Sends the first `size` bytes of `content` as the body of a PATCH for all of it.
-    static void Begin(const ApiClient& client, int port, const std::string& upload,
+    static void Begin(ApiClient const& client, int port, std::string const& upload,
                       std::string_view content, std::size_t size) {
         RawConnection connection(port);
         connection.Say("PATCH " + upload +

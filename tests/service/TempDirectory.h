@@ -20,10 +20,10 @@ public:
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
     }
-    TempDirectory(const TempDirectory&) = delete;
-    TempDirectory& operator=(const TempDirectory&) = delete;
+    TempDirectory(TempDirectory const&) = delete;
+    TempDirectory& operator=(TempDirectory const&) = delete;
 
-    [[nodiscard]] const std::string& path() const { return path_; }
+    [[nodiscard]] std::string const& path() const { return path_; }
 
 private:
     std::string path_;

@@ -12,7 +12,7 @@ TEST(Text, TakesCanonicalBase64Only) {
         std::string text;
         std::optional<std::string> bytes;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {"", ""},
              {"Zg==", "f"},
              {"Zm8=", "fo"},
@@ -32,14 +32,14 @@ TEST(Text, TakesCanonicalBase64Only) {
 TEST(Text, TakesPlainNumbersOnly) {
     EXPECT_EQ(ParseNumber("0"), 0);
     EXPECT_EQ(ParseNumber("9223372036854775807"), INT64_MAX);
-    for (const char* text : {"", "-1", "-0", "+1", " 1", "1 ", "0x10", "1e3", "1.0",
+    for (char const* text : {"", "-1", "-0", "+1", " 1", "1 ", "0x10", "1e3", "1.0",
                              "9223372036854775808", "99999999999999999999999"}) {
         EXPECT_EQ(ParseNumber(text), std::nullopt) << text;
     }
 }
 
 TEST(Text, ShowsWellFormedUtf8Only) {
-    for (const char* text :
+    for (char const* text :
          {"plain", "Größe", "撮影", "🎬", "مشهد", "\xEF\xBF\xBF", "\xF4\x8F\xBF\xBF"}) {
         EXPECT_TRUE(IsShowableText(text)) << text;
     }
@@ -64,7 +64,7 @@ TEST(Uuid, KnowsItsOneForm) {
     EXPECT_NE(NewUuid(), NewUuid());
     EXPECT_EQ(UuidOf("a/b"), UuidOf("a/b"));
     EXPECT_NE(UuidOf("a/b"), UuidOf("a/c"));
-    for (const char* text :
+    for (char const* text :
          {"", "..", "0123ABCD-4567-89ef-0123-456789abcdef", "0123abcd-4567-89ef-0123-456789abcde",
           "0123abcd04567-89ef-0123-456789abcdef", "../../../../../../../../etc/passwd-",
           "{123abcd-4567-89ef-0123-456789abcdef"}) {

@@ -9,11 +9,11 @@ TEST(ByteRange, FollowsTheStandard) {
     constexpr int ignored = -1;
     constexpr int unsatisfiable = -2;
     struct Row {
-        const char* header;
+        char const* header;
         std::int64_t first;
         std::int64_t length = 0;
     };
-    for (const Row& row : {
+    for (Row const& row : {
              Row{"bytes=0-0", 0, 1},          Row{"Bytes=2-5", 2, 4},
              Row{"bytes=9-9", 9, 1},          Row{"bytes=4-", 4, 6},
              Row{"bytes=4-99", 4, 6},         Row{"bytes=4-9223372036854775807", 4, 6},

@@ -18,8 +18,8 @@ struct Client {
         ::close(ends[0]);
         ::close(ends[1]);
     }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
+    Client(Client const&) = delete;
+    Client& operator=(Client const&) = delete;
 
     bool IsDropped() const {
         char byte = 0;
@@ -32,7 +32,7 @@ struct Client {
 class ConnectionTableTest : public testing::Test {
 protected:
     /// A client that has sent `bytes` since `since`, and is waited for if `waits`.
-    std::shared_ptr<TrackedSocket> Add(const Client& client, Time since, std::int64_t bytes,
+    std::shared_ptr<TrackedSocket> Add(Client const& client, Time since, std::int64_t bytes,
                                        bool waits = true) {
         auto tracked = table.Add(client.ends[0], since);
         if (tracked) {
@@ -93,7 +93,7 @@ TEST(PaceTest, WantsTheRateOverTheAverage) {
         std::vector<Step> steps;
         bool inTime;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {{{10, 30'720}, {29, 1}}, true},
              {{{30, 30'719}}, false},
              {{{30, 30'720}}, true},
@@ -103,7 +103,7 @@ TEST(PaceTest, WantsTheRateOverTheAverage) {
         Pace pace{PaceRule{}};
         Time now{};
         bool inTime = true;
-        for (const Step& step : row.steps) {
+        for (Step const& step : row.steps) {
             pace.BeginWait(now);
             now += seconds(step.waited);
             inTime = pace.EndWait(step.bytes, now);

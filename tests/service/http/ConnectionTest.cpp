@@ -26,7 +26,7 @@ const std::string kHealth = "GET /healthz HTTP/1.1\r\nHost: x\r\n\r\n";
 
 class ConnectionTest : public testing::Test {
 protected:
-    std::string Exchange(const std::string& request) {
+    std::string Exchange(std::string const& request) {
         RawConnection connection(service.port());
         connection.Say(request);
         connection.Finish();
@@ -37,7 +37,7 @@ protected:
 };
 
 TEST_F(ConnectionTest, SurvivesWhatIsNoRequest) {
-    for (const std::string& request :
+    for (std::string const& request :
          {std::string("\r\n\r\n"), std::string(1000, '\0'), std::string(200'000, 'x'),
           "GET / HTTP/1.1\r\nX: " + std::string(200'000, 'a') + "\r\n\r\n",
           std::string("GET / HTTP/1.1\r\nnonsense\r\n\r\n")}) {
@@ -53,7 +53,7 @@ TEST_F(ConnectionTest, SurvivesWhatIsNoRequest) {
 TEST_F(ConnectionTest, NeverTakesABodyForTheNextRequest) {
     const std::string length = "Content-Length: " + std::to_string(kHealth.size()) + "\r\n";
     const std::string token = "Authorization: Bearer " + ApiClient(service.port()).token + "\r\n";
-    for (const std::string& head : std::vector<std::string>{
+    for (std::string const& head : std::vector<std::string>{
              // Framing that two readers could understand in two ways.
              "POST /v1/me HTTP/1.1\r\nHost: x\r\nContent-Length: 5\r\n" + length,
              "POST /v1/me HTTP/1.1\r\nHost: x\r\nContent-Length: 5\r\nTransfer-Encoding: "
@@ -88,9 +88,9 @@ TEST_F(ConnectionTest, NeverTakesABodyForTheNextRequest) {
 }
 
 TEST_F(ConnectionTest, ReadsNoLargeBodyBeforeItKnowsWhoAsks) {
-    for (const char* request : {"DELETE /v1/accounts", "FETCH /v1/me", "PUT /v1/me",
+    for (char const* request : {"DELETE /v1/accounts", "FETCH /v1/me", "PUT /v1/me",
                                 "PATCH /v1/uploads/x", "POST /v1/accounts", "GET /healthz"}) {
-        for (const char* framing : {"Content-Length: 2000000000", "Transfer-Encoding: chunked"}) {
+        for (char const* framing : {"Content-Length: 2000000000", "Transfer-Encoding: chunked"}) {
             RawConnection connection(service.port());
             connection.Say(std::string(request) + " HTTP/1.1\r\nHost: x\r\n" + framing +
                            "\r\n\r\n");
@@ -106,7 +106,7 @@ TEST_F(ConnectionTest, ReadsNoLargeBodyBeforeItKnowsWhoAsks) {
 
 TEST_F(ConnectionTest, AsksForABodyOnlyWhenItWillReadIt) {
     ApiClient client(service.port());
-    auto begin = [&](const RawConnection& connection, const std::string& name) {
+    auto begin = [&](RawConnection const& connection, std::string const& name) {
         connection.Say("POST /v1/accounts HTTP/1.1\r\nHost: x\r\nExpect: 100-continue\r\n" + name +
                        ": Bearer " + client.token + "\r\nContent-Length: 13\r\n\r\n");
         return connection.ReadTo("\r\n\r\n");
@@ -181,7 +181,7 @@ TEST_F(ConnectionTest, TellsAClientThatIsStillSendingWhyItIsRefused) {
 TEST_F(ConnectionTest, KeepsWhatArrivedWhenTheClientGoes) {
     ApiClient client(service.port());
     std::string upload = client.CreateUpload(1'000'000);
-    auto begin = [&](const std::string& extra) {
+    auto begin = [&](std::string const& extra) {
         RawConnection connection(service.port());
         connection.Say(
             "PATCH " + upload +

@@ -8,11 +8,11 @@ namespace {
 TEST(PreconditionsTest, ComparesEntityTags) {
     using enum Precondition;
     struct Row {
-        const char* header;
-        const char* value;
+        char const* header;
+        char const* value;
         Precondition expected;
     };
-    for (const Row& row : {
+    for (Row const& row : {
              Row{"If-None-Match", "\"a\"", NotModified},
              Row{"if-none-match", "W/\"a\"", NotModified},
              Row{"If-None-Match", "\"b\" , \"a\"", NotModified},
@@ -34,7 +34,7 @@ TEST(PreconditionsTest, ComparesEntityTags) {
 }
 
 TEST(PreconditionsTest, TakesARangeOfWhatIsStillTheSame) {
-    auto applies = [](const char* method, Fields headers) {
+    auto applies = [](char const* method, Fields headers) {
         Request request;
         request.method = method;
         request.headers = std::move(headers);

@@ -9,7 +9,7 @@ namespace {
 
 /// What a request comes to: "METHOD PATH HOST BODY", or the status that it is refused with. Fed
 /// whole, and a byte at a time, which have to give the same.
-std::string ReadInPieces(const std::string& bytes, std::size_t size) {
+std::string ReadInPieces(std::string const& bytes, std::size_t size) {
     RequestParser parser;
     std::string input;
     std::string body;
@@ -31,10 +31,10 @@ std::string ReadInPieces(const std::string& bytes, std::size_t size) {
         do {
             input.erase(0, parser.ReadBody(input, [&](auto piece) { body += piece; }));
         } while (!parser.complete() && feed());
-    } catch (const ApiError& error) {
+    } catch (ApiError const& error) {
         return std::to_string(error.status);
     }
-    const Request& request = parser.request();
+    Request const& request = parser.request();
     std::string rest = input + bytes.substr(fed);
     return request.method + " " + request.path + " " + request.host + " " + body +
            (parser.complete() ? "" : " unfinished") + (rest.empty() ? "" : " + " + rest);
@@ -49,7 +49,7 @@ TEST(RequestParserTest, SeesOneRequestOrNone) {
         std::string bytes;
         std::string expected;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {get + host + "\r\n", "GET / h "},
              {"\r\n\r\n" + get + host + "\r\n", "GET / h "},
              {get + host + "\r\nGET", "GET / h  + GET"},
@@ -117,7 +117,7 @@ TEST(RequestParserTest, SeesOneRequestOrNone) {
 }
 
 TEST(RequestParserTest, TellsWhatTheClientWantsOfTheConnection) {
-    auto read = [](const std::string& version, const std::string& headers) {
+    auto read = [](std::string const& version, std::string const& headers) {
         RequestParser parser;
         EXPECT_GT(parser.ReadHead("GET / HTTP/" + version + "\r\nHost: h\r\n" + headers + "\r\n"),
                   0u);

@@ -45,7 +45,7 @@ TEST(RedirectUri, LeadsToAProgramOnTheBrowsersMachineOnly) {
         {"javascript:alert(1)//http://127.0.0.1:1/", false},
         {"http://127.0.0.1:1/" + std::string(1024, 'a'), false},
     };
-    for (const auto& [uri, good] : rows)
+    for (auto const& [uri, good] : rows)
         EXPECT_EQ(IsLoopbackRedirect(uri), good) << uri;
 }
 
@@ -57,8 +57,8 @@ TEST(RedirectUri, TakesParametersBehindItsQuery) {
 }
 
 // The example of RFC 7636, appendix B.
-constexpr const char* kVerifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
-constexpr const char* kChallenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
+constexpr char const* kVerifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
+constexpr char const* kChallenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
 
 TEST(MeetsChallenge, WithTheVerifierThatItWasMadeOfOnly) {
     EXPECT_TRUE(MeetsChallenge(kVerifier, kChallenge));
@@ -66,12 +66,12 @@ TEST(MeetsChallenge, WithTheVerifierThatItWasMadeOfOnly) {
     EXPECT_FALSE(MeetsChallenge("", kChallenge));
     EXPECT_FALSE(MeetsChallenge(kChallenge, kChallenge)) << "the method is not plain";
     // The right SHA-256, of what is no verifier: too short, too long, of other characters.
-    const std::pair<std::string, const char*> rows[] = {
+    const std::pair<std::string, char const*> rows[] = {
         {std::string(42, 'A'), "2FzmRL9Ogs7gMuqlw9kDCgkCdtm643AxEr38b4_d4wc"},
         {std::string(129, 'A'), "5xGMOom_gU3tKrIyMDVlI5JT9Z_eqT4n0CBuF1SS46c"},
         {std::string(42, 'A') + ' ', "m7AhPgSAqPpy6hGOwj09B2dO5LaO_qW8DYrpaX79kU8"},
     };
-    for (const auto& [verifier, challenge] : rows)
+    for (auto const& [verifier, challenge] : rows)
         EXPECT_FALSE(MeetsChallenge(verifier, challenge)) << verifier;
 }
 
@@ -79,7 +79,7 @@ class AuthorizationCodesTest : public testing::Test {
 protected:
     AuthorizationCodesTest() { MakeSampleData(store, SampleSize::Small); }
 
-    bool IsSignedIn(const TokenPair& pair) { return sessions.Find(pair.access).has_value(); }
+    bool IsSignedIn(TokenPair const& pair) { return sessions.Find(pair.access).has_value(); }
 
     test::TempDirectory directory;
     Store store{directory.path() + "/store.sqlite"};
@@ -119,7 +119,7 @@ TEST_F(AuthorizationCodesTest, AreBoundToTheRequestAndSpentByAWrongClaim) {
         {claim.client, claim.redirectUri, std::string(43, 'A')},
         {claim.client, claim.redirectUri, ""},
     };
-    for (const Claim& row : wrong) {
+    for (Claim const& row : wrong) {
         const std::string fresh = codes.Issue(SampleUserId(), request);
         EXPECT_FALSE(codes.Redeem(fresh, row));
         EXPECT_FALSE(codes.Redeem(fresh, claim));
@@ -149,7 +149,7 @@ TEST(FormTokens, AreGoodForTheRequestTheBrowserAndTenMinutes) {
     const AuthorizationRequest shifted{"editorh", "ttp://127.0.0.1:1/cb", "state", kChallenge};
     EXPECT_FALSE(tokens.IsGood(token, "browser", shifted));
     const std::string later = std::to_string(now + 1) + token.substr(token.find('.'));
-    for (const std::string& forged : {std::string(), std::string("."), later, token + "0"})
+    for (std::string const& forged : {std::string(), std::string("."), later, token + "0"})
         EXPECT_FALSE(tokens.IsGood(forged, "browser", request)) << forged;
 
     now += FormTokens::kSeconds - 1;

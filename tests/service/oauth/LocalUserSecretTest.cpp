@@ -24,23 +24,23 @@ protected:
         Set("HOME", directory.path());
     }
     ~LocalUserSecretTest() override {
-        for (const auto& [name, value] : before)
+        for (auto const& [name, value] : before)
             value ? ::setenv(name, value->c_str(), 1) : ::unsetenv(name);
     }
 
-    void Set(const char* name, const std::string& value) {
-        const char* old = std::getenv(name);
+    void Set(char const* name, std::string const& value) {
+        char const* old = std::getenv(name);
         before.emplace_back(name, old != nullptr ? std::optional<std::string>(old) : std::nullopt);
         ::setenv(name, value.c_str(), 1);
     }
 
-    static std::string Read(const fs::path& file) {
+    static std::string Read(fs::path const& file) {
         std::string secret;
         std::ifstream(file) >> secret;
         return secret;
     }
 
-    static mode_t ModeOf(const fs::path& path) {
+    static mode_t ModeOf(fs::path const& path) {
         struct stat status {};
         return ::lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
     }
@@ -48,7 +48,7 @@ protected:
     test::TempDirectory directory;
     fs::path runtime = directory.path() + "/run";
     fs::path cache = directory.path() + "/.cache";
-    std::vector<std::pair<const char*, std::optional<std::string>>> before;
+    std::vector<std::pair<char const*, std::optional<std::string>>> before;
 };
 
 TEST_F(LocalUserSecretTest, LiesWhereOnlyItsUserCanReadItForAsLongAsItIsGood) {
@@ -79,13 +79,13 @@ TEST_F(LocalUserSecretTest, LiesWhereOnlyItsUserCanReadItForAsLongAsItIsGood) {
 
 TEST_F(LocalUserSecretTest, GoesToTheCacheOrNowhereWhereThePlaceIsNotTheUsersAlone) {
     struct Row {
-        const char* what;
+        char const* what;
         std::function<void()> spoil;
     };
     fs::path elsewhere = directory.path() + "/elsewhere";
     fs::create_directory(elsewhere);
     fs::path inCache = cache / "quillo/8080/127.0.0.1.secret";
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {"others may write", [&] { ::chmod(runtime.c_str(), 0777); }},
              {"a link", [&] { fs::create_directory_symlink(elsewhere, runtime / "quillo"); }},
              {"others may read",
@@ -109,7 +109,7 @@ TEST_F(LocalUserSecretTest, GoesToTheCacheOrNowhereWhereThePlaceIsNotTheUsersAlo
     try {
         LocalUserSecret secret("127.0.0.1", 8080);
         ADD_FAILURE() << "found a place";
-    } catch (const std::runtime_error& error) {
+    } catch (std::runtime_error const& error) {
         EXPECT_THAT(error.what(), testing::HasSubstr("run chmod 700 '" + cache.string() + "'"));
     }
 }

@@ -15,9 +15,9 @@ namespace {
 
 class SessionsTest : public testing::Test {
 protected:
-    bool Signed(const std::string& access) { return sessions.Find(access).has_value(); }
+    bool Signed(std::string const& access) { return sessions.Find(access).has_value(); }
 
-    TokenPair Exchange(const TokenPair& old) {
+    TokenPair Exchange(TokenPair const& old) {
         return sessions.Refresh(old.refresh, "editor").value();
     }
 
@@ -59,10 +59,10 @@ TEST_F(SessionsTest, RefreshesAndForgivesALostAnswerForAMinute) {
 
 TEST_F(SessionsTest, EndsASessionWhoseRefreshTokenIsUsedAgain) {
     struct Row {
-        const char* what;
-        std::function<std::string(const TokenPair& first, const TokenPair& second)> again;
+        char const* what;
+        std::function<std::string(TokenPair const& first, TokenPair const& second)> again;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const &row : std::vector<Row>{
              {"the answer is no longer on its way",
               [&](auto&first, auto&) {
                   now += Sessions::kRefreshGraceSeconds;
@@ -116,7 +116,7 @@ TEST_F(SessionsTest, EndsTheWholeSessionWithEitherToken) {
 }
 
 TEST_F(SessionsTest, KeepsNoTokenInItsFiles) {
-    for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
+    for (auto const& entry : std::filesystem::directory_iterator(directory.path())) {
         std::ifstream file(entry.path(), std::ios::binary);
         std::string content{std::istreambuf_iterator<char>(file), {}};
         EXPECT_EQ(content.find(pair.access), std::string::npos) << entry.path();

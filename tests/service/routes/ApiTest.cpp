@@ -14,9 +14,9 @@ using test::ApiClient;
 using test::Metadata;
 using test::RunningService;
 
-constexpr const char* kForm = "application/x-www-form-urlencoded";
+constexpr char const* kForm = "application/x-www-form-urlencoded";
 
-std::string CodeOf(const httplib::Result& result) {
+std::string CodeOf(httplib::Result const& result) {
     return json::parse(result->body)["error"]["code"];
 }
 
@@ -28,7 +28,7 @@ protected:
 };
 
 TEST_F(ApiTest, LetsNobodyInWithoutAToken) {
-    const std::vector<std::pair<const char*, std::string>> requests = {
+    const std::vector<std::pair<char const*, std::string>> requests = {
         {"GET", "/v1/me"},
         {"GET", "/v1/accounts"},
         {"GET", "/v1/accounts/" + unknown + "/workspaces"},
@@ -48,8 +48,8 @@ TEST_F(ApiTest, LetsNobodyInWithoutAToken) {
         {"GET", "/v1/no-such-route"},
         {"GET", "/v1"},
     };
-    for (const auto& [method, path] : requests) {
-        for (const std::string& authorization :
+    for (auto const& [method, path] : requests) {
+        for (std::string const& authorization :
              {std::string(), std::string("Bearer "), "Bearer " + unknown, "Basic " + client.token,
               client.token, "Bearer " + client.token + "x"}) {
             auto result = client.Send(method, path, {{"Authorization", authorization}});
@@ -70,7 +70,7 @@ TEST_F(ApiTest, SaysWhichMethodsAnAddressTakes) {
         int status;
         std::string allow;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {"OPTIONS", "/v1/uploads", 204, "POST, OPTIONS"},
              {"OPTIONS", "/v1/uploads/" + unknown, 204, "HEAD, PATCH, OPTIONS"},
              {"OPTIONS", "/v1/folders/" + unknown + "/children", 204, "GET, HEAD, POST, OPTIONS"},
@@ -90,7 +90,7 @@ TEST_F(ApiTest, SaysWhichMethodsAnAddressTakes) {
 }
 
 TEST_F(ApiTest, SpeaksTusInEveryAnswer) {
-    auto version = [&](const std::string& method, const std::string& path, const Headers& headers) {
+    auto version = [&](std::string const& method, std::string const& path, Headers const& headers) {
         auto result = client.Send(method, path, headers);
         return std::to_string(result->status) + " " + result->get_header_value("Tus-Resumable");
     };
@@ -113,7 +113,7 @@ TEST_F(ApiTest, SpeaksTusInEveryAnswer) {
 TEST_F(ApiTest, LetsPagesOfTheAllowedOriginInAndNoOthers) {
     RunningService open({.allowOrigin = "https://review.example"});
     ApiClient reader(open.port());
-    auto origin = [&](ApiClient& of, const std::string& method, const char* from) {
+    auto origin = [&](ApiClient& of, std::string const& method, char const* from) {
         auto result = of.Send(method, "/v1/uploads", {{"Origin", from}});
         return result->get_header_value("Access-Control-Allow-Origin") + " " +
                result->get_header_value("Access-Control-Allow-Methods") + " " +
@@ -130,10 +130,10 @@ TEST_F(ApiTest, LetsPagesOfTheAllowedOriginInAndNoOthers) {
 }
 
 TEST_F(ApiTest, SignsInAndOut) {
-    auto token = [&](const std::string& form, const Headers& headers = {}) {
+    auto token = [&](std::string const& form, Headers const& headers = {}) {
         return client.http.Post("/oauth/token", headers, form, kForm);
     };
-    auto errorOf = [](const httplib::Result& result) {
+    auto errorOf = [](httplib::Result const& result) {
         return result->status == 400 ? json::parse(result->body)["error"] : json(result->status);
     };
     const std::string grant = "&grant_type=urn%3Aquillo%3Agrant-type%3Alocal-user";
@@ -153,13 +153,13 @@ TEST_F(ApiTest, SignsInAndOut) {
     };
     EXPECT_EQ(refresh()->status, 200);
 
-    for (const std::string& claim :
+    for (std::string const& claim :
          {std::string(), std::string("&local_user_secret="),
           "&local_user_secret=" + secret.substr(1), "&local_user_secret=" + std::string(64, '0')})
         EXPECT_EQ(errorOf(token("client_id=editor" + grant + claim)), "unauthorized_client");
     EXPECT_EQ(token("client_id=" + std::string(256, 'a') + proof)->status, 200);
     EXPECT_EQ(token("client_id=Sch%C3%A4rfe%20%E2%9C%82" + proof)->status, 200);
-    for (const std::string& name :
+    for (std::string const& name :
          {std::string(257, 'a'), std::string("a%0Ab"), std::string("%7F"), std::string("%C2%85"),
           std::string("%E2%80%AEa"), std::string("%EF%BB%BFa"), std::string("%FF")}) {
         EXPECT_EQ(errorOf(token("client_id=" + name + proof)), "invalid_request") << name;
@@ -192,7 +192,7 @@ TEST_F(ApiTest, TellsUnknownThingsFromThoseOfOthers) {
         std::string path;
         int status;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {"GET", "/v1/accounts/" + strangersAccount + "/workspaces", 403},
              {"GET", "/v1/accounts/" + unknown + "/workspaces", 404},
              {"GET", "/v1/workspaces/" + client.folder + "/projects", 404},
@@ -220,7 +220,7 @@ TEST_F(ApiTest, TellsErrorsToBrowsersOnAPage) {
         int status;
         bool page;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {"/nothing", browser, 404, true},
              {"/v1x", browser, 404, true},
              {"/nothing", "TEXT/*", 404, true},
@@ -256,15 +256,15 @@ TEST_F(ApiTest, ListsTheLargeSampleCompletely) {
     std::size_t projects = 0;
     std::size_t longest = 0;
     std::set<std::string> ids;
-    auto list = [&](const std::string& path, const char* key) {
+    auto list = [&](std::string const& path, char const* key) {
         return reader.Get(path)[key].get<std::vector<json>>();
     };
-    for (const json& account : list("/v1/accounts", "accounts")) {
+    for (json const& account : list("/v1/accounts", "accounts")) {
         std::string path = "/v1/accounts/" + account["id"].get<std::string>() + "/workspaces";
-        for (const json& workspace : list(path, "workspaces")) {
+        for (json const& workspace : list(path, "workspaces")) {
             ++workspaces;
             path = "/v1/workspaces/" + workspace["id"].get<std::string>() + "/projects";
-            for (const json& project : list(path, "projects")) {
+            for (json const& project : list(path, "projects")) {
                 ++projects;
                 ids.insert(project["id"]);
                 ids.insert(project["root_folder"]["id"]);
@@ -329,7 +329,7 @@ TEST_F(ApiTest, ChecksWhatCreatesAnUpload) {
         Headers headers;
         int status;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {{{"Upload-Length", "10"}, {"Upload-Metadata", good}}, 201},
              {{{"Upload-Length", "10"}, {"Upload-Metadata", good + ",x"}}, 201},
              {{{"Upload-Length", "10"},
@@ -378,7 +378,7 @@ TEST_F(ApiTest, ChecksWhatAppends) {
         int status;
     };
     const std::string type = "application/offset+octet-stream";
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {{{"Content-Type", "video/mp4"}, {"Upload-Offset", "0"}}, "x", 415},
              {{{"Content-Type", type}}, "x", 400},
              {{{"Content-Type", type}, {"Upload-Offset", "-1"}}, "x", 400},
@@ -443,7 +443,7 @@ TEST_F(ApiTest, AnswersARepeatedCreationWithWhatTheFirstMade) {
     EXPECT_THROW(client.CreateUpload(11, "a.mp4", {}, headers), std::runtime_error);
     EXPECT_THROW(client.CreateUpload(10, "b.mp4", {}, headers), std::runtime_error);
 
-    auto createLink = [&](const std::string& name, const std::string& linkKey) {
+    auto createLink = [&](std::string const& name, std::string const& linkKey) {
         return client.Send("POST", "/v1/projects/" + client.project + "/review-links",
                            {{"Idempotency-Key", linkKey}}, json{{"name", name}}.dump());
     };
@@ -464,7 +464,7 @@ TEST_F(ApiTest, ChecksWhatReviewLinksAreAskedFor) {
         std::string body;
         int status;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {links, "", 400},
              {links, "[]", 400},
              {links, "{\"name\":", 400},

@@ -17,16 +17,16 @@ using testing::StartsWith;
 
 using Fields = std::map<std::string, std::string>;
 
-constexpr const char* kForm = "application/x-www-form-urlencoded";
-constexpr const char* kRedirect = "http://127.0.0.1:5000/cb?app=1";
+constexpr char const* kForm = "application/x-www-form-urlencoded";
+constexpr char const* kRedirect = "http://127.0.0.1:5000/cb?app=1";
 // The example of RFC 7636, appendix B.
-constexpr const char* kVerifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
-constexpr const char* kChallenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
+constexpr char const* kVerifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
+constexpr char const* kChallenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
 
-constexpr const char* kStateBack = "&state=a&b";  // the test's client decodes what it is sent
+constexpr char const* kStateBack = "&state=a&b";  // the test's client decodes what it is sent
 
 /// What stands in `text` between `before` and `after`; empty when it is not there.
-std::string Between(const std::string& text, const std::string& before, const std::string& after) {
+std::string Between(std::string const& text, std::string const& before, std::string const& after) {
     auto begin = text.find(before);
     if (begin == std::string::npos) return {};
     begin += before.size();
@@ -35,58 +35,58 @@ std::string Between(const std::string& text, const std::string& before, const st
 
 class AuthorizeTest : public testing::Test {
 protected:
-    static Fields Request(const Fields& changes = {}) {
+    static Fields Request(Fields const& changes = {}) {
         Fields fields{{"response_type", "code"},      {"client_id", "The \"Editor\""},
                       {"redirect_uri", kRedirect},    {"state", "a&b"},
                       {"code_challenge", kChallenge}, {"code_challenge_method", "S256"}};
-        for (const auto& [name, value] : changes)
+        for (auto const& [name, value] : changes)
             fields[name] = value;
         return fields;
     }
 
-    static std::string Query(const Fields& fields) {
+    static std::string Query(Fields const& fields) {
         return httplib::detail::params_to_query_str({fields.begin(), fields.end()});
     }
 
-    httplib::Result Get(const Fields& fields, const Headers& headers = {}) {
+    httplib::Result Get(Fields const& fields, Headers const& headers = {}) {
         return http.Get("/oauth/authorize?" + Query(fields), headers);
     }
 
     /// Opens the page and sends its form, with `changes` to what it would send, as the browser
     /// does that has `cookie`; empty: the one that it has just been given.
-    httplib::Result Submit(const Fields& changes, std::string cookie = {}) {
+    httplib::Result Submit(Fields const& changes, std::string cookie = {}) {
         auto page = Get(Request());
         if (cookie.empty()) cookie = CookieOf(page);
         Fields fields = Request({{"form_token", TokenOf(page)},
                                  {"user", Between(page->body, "<option value=\"", "\"")},
                                  {"password", "review"},
                                  {"decision", "allow"}});
-        for (const auto& [name, value] : changes)
+        for (auto const& [name, value] : changes)
             fields[name] = value;
         return http.Post("/oauth/authorize", {{"Cookie", cookie}}, Query(fields), kForm);
     }
 
-    static std::string CookieOf(const httplib::Result& page) {
+    static std::string CookieOf(httplib::Result const& page) {
         std::string cookie = page->get_header_value("Set-Cookie");
         return cookie.substr(0, cookie.find(';'));
     }
 
-    static std::string TokenOf(const httplib::Result& page) {
+    static std::string TokenOf(httplib::Result const& page) {
         return Between(page->body, "name=\"form_token\" value=\"", "\"");
     }
 
-    httplib::Result Redeem(const std::string& code, const Fields& changes = {}) {
+    httplib::Result Redeem(std::string const& code, Fields const& changes = {}) {
         Fields fields{{"grant_type", "authorization_code"},
                       {"client_id", "The \"Editor\""},
                       {"redirect_uri", kRedirect},
                       {"code_verifier", kVerifier},
                       {"code", code}};
-        for (const auto& [name, value] : changes)
+        for (auto const& [name, value] : changes)
             fields[name] = value;
         return http.Post("/oauth/token", Query(fields), kForm);
     }
 
-    static void ExpectGuarded(const httplib::Result& answer) {
+    static void ExpectGuarded(httplib::Result const& answer) {
         EXPECT_EQ(answer->get_header_value("Cache-Control"), "no-store");
         EXPECT_EQ(answer->get_header_value("X-Frame-Options"), "DENY");
         EXPECT_EQ(answer->get_header_value("Referrer-Policy"), "no-referrer");
@@ -139,13 +139,13 @@ TEST_F(AuthorizeTest, NeverSendsTheBrowserToWhomItDoesNotTrust) {
         {{"redirect_uri", "http://evil.example/cb"}},
         {{"redirect_uri", "http://localhost:5000/cb"}},
     };
-    auto expectRefused = [](const httplib::Result& answer) {
+    auto expectRefused = [](httplib::Result const& answer) {
         EXPECT_EQ(answer->status, 400);
         EXPECT_FALSE(answer->has_header("Location"));
         EXPECT_THAT(answer->body, HasSubstr("cannot go on"));
         ExpectGuarded(answer);
     };
-    for (const Fields& row : rows) {
+    for (Fields const& row : rows) {
         SCOPED_TRACE(row.begin()->second);
         // An error that would be told by a redirect does not change it.
         Fields broken = row;
@@ -164,7 +164,7 @@ TEST_F(AuthorizeTest, TellsTheProgramOfItsOtherErrors) {
     struct Row {
         Fields changes;
         std::string extra;
-        const char* error;
+        char const* error;
     };
     const Row rows[] = {
         {{{"response_type", ""}}, "", "invalid_request"},
@@ -177,7 +177,7 @@ TEST_F(AuthorizeTest, TellsTheProgramOfItsOtherErrors) {
         {{}, "&code_challenge=x", "invalid_request"},
         {{}, "&response_type=token", "invalid_request"},
     };
-    for (const Row& row : rows) {
+    for (Row const& row : rows) {
         auto answer = http.Get("/oauth/authorize?" + Query(Request(row.changes)) + row.extra);
         EXPECT_EQ(answer->status, 303);
         std::string location = answer->get_header_value("Location");
@@ -185,7 +185,7 @@ TEST_F(AuthorizeTest, TellsTheProgramOfItsOtherErrors) {
         EXPECT_THAT(location, testing::EndsWith(kStateBack));
     }
     // A state that is none is not sent back.
-    for (const std::string& state : {std::string("a\r\nb"), std::string(1025, 'a')}) {
+    for (std::string const& state : {std::string("a\r\nb"), std::string(1025, 'a')}) {
         EXPECT_THAT(Get(Request({{"state", state}}))->get_header_value("Location"),
                     testing::AllOf(HasSubstr("error=invalid_request"), Not(HasSubstr("state="))));
     }
@@ -232,7 +232,7 @@ TEST_F(AuthorizeTest, TakesAFormThatThisBrowserWasShownForThisRequestOnly) {
         {{{"code_challenge", std::string(43, 'A')}}, ""},
         {{{"decision", ""}}, ""},
     };
-    for (const auto& [changes, cookie] : rows) {
+    for (auto const& [changes, cookie] : rows) {
         auto answer = Submit(changes, cookie);
         EXPECT_EQ(answer->status, 400) << cookie << testing::PrintToString(changes);
         EXPECT_FALSE(answer->has_header("Location"));
@@ -246,7 +246,7 @@ TEST_F(AuthorizeTest, TakesAFormThatThisBrowserWasShownForThisRequestOnly) {
 
 TEST_F(AuthorizeTest, GivesTokensForTheWholeClaimOnly) {
     std::string code = Between(Submit({})->get_header_value("Location"), "code=", "&");
-    for (const char* missing : {"code", "redirect_uri", "code_verifier", "client_id"}) {
+    for (char const* missing : {"code", "redirect_uri", "code_verifier", "client_id"}) {
         auto answer = Redeem(code, {{missing, ""}});
         EXPECT_EQ(answer->status, 400) << missing;
         EXPECT_EQ(json::parse(answer->body)["error"], "invalid_request");

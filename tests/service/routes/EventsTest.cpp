@@ -38,7 +38,7 @@ struct Event {
 /// A client that follows the changes.
 class Follower {
 public:
-    Follower(int port, const std::string& token, const std::string& lastEventId = {})
+    Follower(int port, std::string const& token, std::string const& lastEventId = {})
         : connection_(port) {
         connection_.Say("GET /v1/events HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: Bearer " +
                         token + "\r\n" +
@@ -81,7 +81,7 @@ private:
 
 class EventsTest : public testing::Test {
 protected:
-    std::string AddFolder(const std::string& parent) {
+    std::string AddFolder(std::string const& parent) {
         return client.Post("/v1/folders/" + parent + "/children", {{"name", "F"}})["asset"]["id"];
     }
 
@@ -154,7 +154,7 @@ TEST_F(EventsTest, WhoComesBackMissesNothing) {
 }
 
 TEST_F(EventsTest, WhoComesBackWithAnotherStoresNumberIsToldToReadAllAnew) {
-    for (const char* id : {"0", "7", "9000000000000000000", "-1", "x", "99999999999999999999"}) {
+    for (char const* id : {"0", "7", "9000000000000000000", "-1", "x", "99999999999999999999"}) {
         Follower follower(service.port(), client.token, id);
         Event reset = follower.Next();
         EXPECT_EQ(reset.name, "reset") << id;
@@ -171,7 +171,7 @@ TEST_F(EventsTest, AsManyFollowersAsThereMayBeLeaveRoomForRequests) {
     service.Restart();  // with the limit
 
     std::list<Follower> followers;
-    auto follow = [&](const std::string& token) {
+    auto follow = [&](std::string const& token) {
         followers.emplace_back(service.port(), token);
         return followers.back().head;
     };

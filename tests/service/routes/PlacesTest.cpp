@@ -17,7 +17,7 @@ using testing::Not;
 class PlacesTest : public testing::Test {
 protected:
     /// The status and the error's code, where there is one, that a request is answered with.
-    std::string Try(const std::string& method, const std::string& path, const json& body = {}) {
+    std::string Try(std::string const& method, std::string const& path, json const& body = {}) {
         auto result = client.Send(method, path, {}, body.is_null() ? "" : body.dump());
         std::string told = std::to_string(result->status);
         if (result->status >= 400) {
@@ -26,10 +26,10 @@ protected:
         return told;
     }
 
-    std::vector<std::string> NamesIn(const std::string& path, const std::string& key) {
+    std::vector<std::string> NamesIn(std::string const& path, std::string const& key) {
         std::vector<std::string> names;
         json answer = client.Get(path);
-        for (const json& item : answer[key])
+        for (json const& item : answer[key])
             names.push_back(item["name"]);
         return names;
     }
@@ -53,7 +53,7 @@ TEST_F(PlacesTest, AreMadeRenamedAndRemovedFromTheAccountDown) {
     std::vector<std::string> paths = {"/v1/folders/" + folder["id"].get<std::string>(),
                                       "/v1/projects/" + project["id"].get<std::string>(),
                                       "/v1/workspaces/" + workspace, "/v1/accounts/" + account};
-    for (const std::string& path : paths)
+    for (std::string const& path : paths)
         EXPECT_EQ(Try("PATCH", path, {{"name", "new"}}), "200") << path;
     EXPECT_EQ(NamesIn(children, "assets"), std::vector<std::string>{"new"});
     EXPECT_EQ(client.Get(projects)["projects"][0]["root_folder"]["name"], "new");
@@ -62,7 +62,7 @@ TEST_F(PlacesTest, AreMadeRenamedAndRemovedFromTheAccountDown) {
 
     for (auto path = paths.rbegin(); path != paths.rend() - 1; ++path)
         EXPECT_EQ(Try("DELETE", *path), "409 conflict") << *path;
-    for (const std::string& path : paths) {
+    for (std::string const& path : paths) {
         EXPECT_EQ(Try("DELETE", path), "204") << path;
         EXPECT_EQ(Try("DELETE", path), "404 not_found") << path;
     }
@@ -93,12 +93,12 @@ TEST_F(PlacesTest, TellsWhatIsWrongWithARequest) {
     std::string stranger = UuidOf("account/Somebody Else's Account");
     std::string unknown = UuidOf("nothing");
     struct Row {
-        const char* method;
+        char const* method;
         std::string path;
         json body;
-        const char* answer;
+        char const* answer;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {"POST", "/v1/accounts", {{"name", ""}}, "400 bad_request"},
              {"POST", "/v1/accounts", {{"name", std::string(1025, 'x')}}, "400 bad_request"},
              {"POST", "/v1/accounts", {{"name", std::string("a\0b", 3)}}, "400 bad_request"},
@@ -134,9 +134,9 @@ TEST_F(PlacesTest, HaveAPageForBrowsersOfThisMachineThatHoldsNoSecret) {
     EXPECT_EQ(named->status, 302) << "the sign-in comes back to no name";
     EXPECT_EQ(named->get_header_value("Location"), "http://127.0.0.1" + port + "/admin");
 
-    constexpr const char* link = "href=\"/admin\"";
+    constexpr char const* link = "href=\"/admin\"";
     EXPECT_THAT(client.http.Get("/")->body, HasSubstr(link));
-    for (const httplib::Headers& headers :
+    for (httplib::Headers const& headers :
          std::vector<httplib::Headers>{{{"Host", "elsewhere.example"}},
                                        {{"Host", "127.0.0.1.elsewhere.example"}},
                                        {{"Host", "localhost.elsewhere.example"}},

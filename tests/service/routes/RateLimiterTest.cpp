@@ -64,7 +64,7 @@ TEST_F(RateLimiterTest, KeepsCountingWhileItForgetsQuietSessions) {
 }
 
 TEST(RequestCountTest, CountsTheAddressesOfOneNetworkAsOne) {
-    auto key = [](const char* address) {
+    auto key = [](char const* address) {
         auto exchange = std::make_shared<http::Exchange>();
         exchange->request.remoteAddress = address;
         return AddressKey(Call(exchange));

@@ -20,16 +20,16 @@ using testing::Not;
 
 class ReviewTest : public testing::Test {
 protected:
-    std::string Publish(const std::string& content, const std::string& name,
-                        const std::string& stack = {}) {
+    std::string Publish(std::string const& content, std::string const& name,
+                        std::string const& stack = {}) {
         return client.Upload(content, name, stack)["asset"]["id"];
     }
-    std::string Page(const std::string& query = "") {
+    std::string Page(std::string const& query = "") {
         auto result = client.http.Get("/r/" + link + query);
         EXPECT_EQ(result->status, 200);
         return result->body;
     }
-    httplib::Result Movie(const std::string& asset, const Headers& headers = {}) {
+    httplib::Result Movie(std::string const& asset, Headers const& headers = {}) {
         return client.http.Get("/r/" + link + "/assets/" + asset, headers);
     }
 
@@ -89,7 +89,7 @@ TEST_F(ReviewTest, ShowsOnlyWhatTheLinkHas) {
     client.AddToLink(link, shared);
     std::string otherLink = client.CreateLink("Other");
     client.AddToLink(otherLink, secret);
-    for (const std::string& path :
+    for (std::string const& path :
          {"/r/" + link + "/assets/" + secret, "/r/" + otherLink + "/assets/" + shared,
           "/r/" + UuidOf("no link") + "/assets/" + shared, "/r/" + UuidOf("no link"),
           "/r/" + client.project, "/r/" + link.substr(0, 20), std::string("/r/"),
@@ -116,7 +116,7 @@ TEST_F(ReviewTest, ServesPartsOfAMovie) {
         std::string body;
         std::string range;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {{{"Range", "bytes=10-19"}}, 206, content.substr(10, 10), "bytes 10-19/700000"},
              {{{"Range", "bytes=300000-"}},
               206,
@@ -187,7 +187,7 @@ TEST_F(ReviewTest, ServesNoUploadAsAPage) {
 }
 
 TEST_F(ReviewTest, LeadsToTheServiceUnderTheNameItWasReachedBy) {
-    auto urlFor = [&](const std::string& host) {
+    auto urlFor = [&](std::string const& host) {
         auto result = client.Send("POST", "/v1/projects/" + client.project + "/review-links",
                                   {{"Host", host}}, R"({"name":"x"})");
         return json::parse(result->body)["review_link"]["url"].get<std::string>();

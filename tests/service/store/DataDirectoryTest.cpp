@@ -19,16 +19,16 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
-unsigned ModeOf(const fs::path& path) {
+unsigned ModeOf(fs::path const& path) {
     return static_cast<unsigned>(fs::symlink_status(path).permissions());
 }
 
 /// What is wrong with the directory, in the service's words; nothing when it takes it.
-std::string Complaint(const std::string& path) {
+std::string Complaint(std::string const& path) {
     try {
         DataDirectory directory(path);
         return {};
-    } catch (const std::exception& error) {
+    } catch (std::exception const& error) {
         return error.what();
     }
 }
@@ -49,7 +49,7 @@ TEST_F(DataDirectoryTest, IsClosedToOthersWhateverTheUmask) {
         client.Append(client.CreateUpload(10), 0, "begun");
         client.Upload("complete");
         int files = 0;
-        for (const auto& entry : fs::recursive_directory_iterator(temp.path())) {
+        for (auto const& entry : fs::recursive_directory_iterator(temp.path())) {
             EXPECT_EQ(ModeOf(entry.path()), entry.is_directory() ? 0700u : 0600u) << entry.path();
             files += entry.is_directory() ? 0 : 1;
         }
@@ -72,7 +72,7 @@ TEST_F(DataDirectoryTest, LeavesTheModeOfADirectoryThatIsThere) {
 
 TEST_F(DataDirectoryTest, IsRefusedWhereOthersCanWrite) {
     EXPECT_EQ(Complaint(data), "");
-    for (const std::string& path : {data, data + "/movies", data + "/uploads"}) {
+    for (std::string const& path : {data, data + "/movies", data + "/uploads"}) {
         for (unsigned mode : {0720u, 0702u}) {
             ::chmod(path.c_str(), mode);
             EXPECT_EQ(Complaint(data), "other users can write to " + path + "; run chmod go-w '" +

@@ -36,20 +36,20 @@ using testing::Not;
 
 constexpr std::string_view kContent = "a whole movie";
 
-std::string ReadFile(const std::string& path) {
+std::string ReadFile(std::string const& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// What a service has open on a directory; one at a time.
 struct Opened {
-    explicit Opened(const std::string& path) : directory(path) {
+    explicit Opened(std::string const& path) : directory(path) {
         MakeSampleData(store, SampleSize::Small);
         uploads.Recover();
     }
 
-    std::string Create(const std::string& user, const std::string& folder,
-                       const std::string& stack) {
+    std::string Create(std::string const& user, std::string const& folder,
+                       std::string const& stack) {
         return uploads.Create(user,
                               {.name = "movie.mp4",
                                .folder = folder,
@@ -60,17 +60,17 @@ struct Opened {
     }
 
     /// The status with which the creation of an upload is refused, 0 when it is not.
-    int Refusal(const std::string& user, const std::string& folder, const std::string& stack) {
+    int Refusal(std::string const& user, std::string const& folder, std::string const& stack) {
         try {
             Create(user, folder, stack);
             return 0;
-        } catch (const ApiError& error) {
+        } catch (ApiError const& error) {
             return error.status;
         }
     }
 
     /// All of the upload's bytes arrive, and nothing further happens.
-    void Fill(const std::string& user, const std::string& id, bool renamed = false) {
+    void Fill(std::string const& user, std::string const& id, bool renamed = false) {
         UploadRecord upload = uploads.Get(user, id);
         File(renamed ? directory.MoviePath(upload.asset) : directory.UploadPath(id),
              File::Mode::Write)
@@ -79,7 +79,7 @@ struct Opened {
             [&](Database& database) { SetConfirmed(database, id, kContent.size() - 1, now); });
     }
 
-    void Publish(const UploadRecord& upload) {
+    void Publish(UploadRecord const& upload) {
         Digest whole;
         whole.Update(kContent);
         File file(directory.UploadPath(upload.id), File::Mode::Write);
@@ -124,7 +124,7 @@ bool EntersAChange(pid_t process) {
 /// Runs `work` in a process of its own. `work` calls what it is given once it is prepared; the
 /// process is killed before its `count`th change of the disk after that. Returns whether it got
 /// that far.
-bool IsKilledAt(int count, const std::function<void(const std::function<void()>& prepared)>& work) {
+bool IsKilledAt(int count, std::function<void(const std::function<void()>& prepared)> const& work) {
     pid_t child = ::fork();
     if (child == 0) {
         ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
@@ -150,18 +150,18 @@ bool IsKilledAt(int count, const std::function<void(const std::function<void()>&
 
 class PublisherTest : public testing::Test {
 protected:
-    static std::string FolderOf(const std::string& account, const std::string& workspace,
-                                const std::string& project) {
+    static std::string FolderOf(std::string const& account, std::string const& workspace,
+                                std::string const& project) {
         std::string id = UuidOf("account/" + account);
-        for (const std::string& name : {workspace, project, project})
+        for (std::string const& name : {workspace, project, project})
             id = UuidOf(id + "/" + name + "/1");
         return id;
     }
 
     /// What the service lists in the folder, and how far the upload is, once it runs again; then
     /// the upload goes on to its end.
-    void ExpectOpensAndGoesOn(const std::string& data, const std::string& upload,
-                              const std::string& stack, const std::string& when) {
+    void ExpectOpensAndGoesOn(std::string const& data, std::string const& upload,
+                              std::string const& stack, std::string const& when) {
         Options options;
         options.dataDirectory = data;
         test::RunningService service(options);
@@ -200,7 +200,7 @@ TEST_F(PublisherTest, LosesNothingWhereverItIsKilled) {
                 upload = opened.Create(user, folder, stack);
                 opened.Fill(user, upload, renamed);
             }
-            killed = IsKilledAt(steps + 1, [&](const auto& prepared) {
+            killed = IsKilledAt(steps + 1, [&](auto const& prepared) {
                 // What a rename left behind is finished by the next start.
                 if (renamed) prepared();
                 Opened opened(data.path());
@@ -223,7 +223,7 @@ TEST_F(PublisherTest, ReservesTheStackOfAnUnfinishedUpload) {
         database.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", other,
                      UuidOf("account/Harbour Street Studio"));
     });
-    const std::string& shared = freelance;
+    std::string const& shared = freelance;
     std::string mine = NewUuid();
     std::string ours = NewUuid();
     opened.Create(user, folder, mine);
@@ -232,7 +232,7 @@ TEST_F(PublisherTest, ReservesTheStackOfAnUnfinishedUpload) {
         std::string user, folder, stack;
         int refusal;
     };
-    for (const Row& row : std::vector<Row>{
+    for (Row const& row : std::vector<Row>{
              {other, strangers, mine, 403},  // would take it from under the upload
              {other, shared, mine, 403},
              {user, shared, mine, 0},  // moves it, but to where the upload may follow
@@ -261,7 +261,7 @@ TEST_F(PublisherTest, OpensWithMoviesThatCannotBeRecordedAndSetsThemAside) {
             *upload = opened.Create(user, folder, upload == &taken ? stack : NewUuid());
             opened.Fill(user, *upload, true);
         }
-        for (const std::string& upload : {taken, damaged})
+        for (std::string const& upload : {taken, damaged})
             aside.push_back(opened.uploads.Get(user, upload).asset);
         std::ofstream(opened.directory.MoviePath(aside[1]), std::ios::app) << "and more";
         opened.store.Write([&](Database& database) {
@@ -280,13 +280,13 @@ TEST_F(PublisherTest, OpensWithMoviesThatCannotBeRecordedAndSetsThemAside) {
     test::RunningService service(options);
     std::string log = testing::internal::GetCapturedStderr();
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 3) << log;
-    for (const std::string& upload : {taken, damaged, later})
+    for (std::string const& upload : {taken, damaged, later})
         EXPECT_THAT(log, HasSubstr("upload " + upload));
     EXPECT_EQ(ReadFile(data.path() + "/set-aside/" + aside[0]), kContent);
     EXPECT_EQ(ReadFile(data.path() + "/set-aside/" + aside[1]), std::string(kContent) + "and more");
 
     test::ApiClient client(service.port());
-    for (const std::string& upload : {taken, damaged})
+    for (std::string const& upload : {taken, damaged})
         EXPECT_EQ(client.Send("HEAD", "/v1/uploads/" + upload)->status, 404);
     EXPECT_EQ(client.OffsetOf("/v1/uploads/" + good), std::to_string(kContent.size()));
     EXPECT_EQ(client.OffsetOf("/v1/uploads/" + later), std::to_string(kContent.size() - 1));

@@ -40,7 +40,7 @@ void TakeInPieces(UploadAppend& append, std::string_view bytes) {
     }
 }
 
-std::string ReadFile(const std::string& path) {
+std::string ReadFile(std::string const& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -69,8 +69,8 @@ protected:
         uploads->Recover();
     }
 
-    std::string Create(std::size_t length, const std::string& stack = {},
-                       const std::string& into = {}) {
+    std::string Create(std::size_t length, std::string const& stack = {},
+                       std::string const& into = {}) {
         NewUpload request{.name = "movie.mp4",
                           .folder = into.empty() ? folder : into,
                           .mediaType = "video/mp4",
@@ -79,8 +79,8 @@ protected:
         return uploads->Create(user, request, std::nullopt);
     }
 
-    std::int64_t Append(const std::string& id, std::int64_t offset, const Body& body,
-                        const std::string& announced = {}, const std::string& whole = {}) {
+    std::int64_t Append(std::string const& id, std::int64_t offset, Body const& body,
+                        std::string const& announced = {}, std::string const& whole = {}) {
         AppendRequest request{.offset = offset};
         if (!announced.empty()) request.checksum = {Digest::Algorithm::Sha256, Sha256(announced)};
         if (!whole.empty()) request.contentSha256 = ToHex(Sha256(whole));
@@ -91,22 +91,22 @@ protected:
 
     /// The status that `Append` is refused with, 0 when it is not.
     template <typename... Arguments>
-    int Refusal(const Arguments&... arguments) {
+    int Refusal(Arguments const&... arguments) {
         try {
             Append(arguments...);
             return 0;
-        } catch (const ApiError& error) {
+        } catch (ApiError const& error) {
             return error.status;
         }
     }
 
-    std::int64_t Offset(const std::string& id) { return uploads->Get(user, id).confirmed; }
+    std::int64_t Offset(std::string const& id) { return uploads->Get(user, id).confirmed; }
 
-    std::string Movie(const std::string& id) {
+    std::string Movie(std::string const& id) {
         return ReadFile(directory.MoviePath(uploads->Asset(user, id).id));
     }
 
-    std::vector<Node> Children(const std::string& parent) {
+    std::vector<Node> Children(std::string const& parent) {
         return store.Read([&](Database& database) { return ChildrenOf(database, parent); });
     }
 
@@ -335,7 +335,7 @@ TEST_F(UploadsTest, LetsAnIdempotencyKeyCountForAWeek) {
     std::string project =
         store.Read([&](Database& database) { return FindNode(database, folder)->parent.value(); });
     ReviewLinks links(store, [this] { return now; });
-    auto make = [&](const std::string& name) {
+    auto make = [&](std::string const& name) {
         NewUpload request{.name = name,
                           .folder = folder,
                           .mediaType = "video/mp4",
@@ -358,7 +358,7 @@ TEST_F(UploadsTest, LetsAnIdempotencyKeyCountForAWeek) {
 
 TEST_F(UploadsTest, NumbersTheVersionsOfAStackAndMovesItWhereTheNewestWent) {
     std::string stack = NewUuid();
-    auto publish = [&](const std::string& into) {
+    auto publish = [&](std::string const& into) {
         std::string id = Create(1, stack, into);
         Append(id, 0, Body("x"));
         return uploads->Asset(user, id);
@@ -368,12 +368,12 @@ TEST_F(UploadsTest, NumbersTheVersionsOfAStackAndMovesItWhereTheNewestWent) {
     EXPECT_EQ(first.stack, stack);
     EXPECT_EQ(first.folder, folder);
     EXPECT_EQ(publish(folder).version, 2);
-    auto isStack = [&](const Node& node) { return node.id == stack; };
+    auto isStack = [&](Node const& node) { return node.id == stack; };
     auto inFolder = Children(folder);
     ASSERT_EQ(std::count_if(inFolder.begin(), inFolder.end(), isStack), 1);
     EXPECT_EQ(std::find_if(inFolder.begin(), inFolder.end(), isStack)->name, "movie.mp4");
     EXPECT_EQ(std::count_if(inFolder.begin(), inFolder.end(),
-                            [](const Node& node) { return node.kind == kind::File; }),
+                            [](Node const& node) { return node.kind == kind::File; }),
               0);
 
     PublishedAsset third = publish(otherFolder);
@@ -398,7 +398,7 @@ TEST_F(UploadsTest, RefusesStacksThatAreNone) {
         try {
             Create(1, stack);
             ADD_FAILURE() << "taken, but for " << status;
-        } catch (const ApiError& error) {
+        } catch (ApiError const& error) {
             EXPECT_EQ(error.status, status);
         }
     }
