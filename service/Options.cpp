@@ -90,12 +90,12 @@ double ParseRate(std::string const& text) {
 
 Options ParseOptions(std::vector<std::string> const& arguments) {
     Options options;
-    const std::map<std::string, std::function<void()>> switches = {
+    std::map<std::string, std::function<void()>> const switches = {
         {"--help", [&] { options.help = true; }},
         {"--trust-local-user", [&] { options.trustLocalUser = true; }},
         {"--stop-with-stdin", [&] { options.stopWithStdin = true; }},
     };
-    const std::map<std::string, std::function<void(std::string const&)>> values = {
+    std::map<std::string, std::function<void(std::string const&)>> const values = {
         {"--data", [&](auto& text) { options.dataDirectory = text; }},
         {"--host", [&](auto& text) { options.host = text; }},
         {"--port",

@@ -104,24 +104,24 @@ struct Service::Parts {
     std::optional<LocalUserSecret> localUser;
 };
 
-Service::Service(Options const& options) : parts_(std::make_unique<Parts>(options)) {}
+Service::Service(Options const& options) : parts(std::make_unique<Parts>(options)) {}
 
 Service::~Service() = default;
 
-std::string const& Service::address() const {
-    return parts_->address;
+std::string const& Service::GetAddress() const {
+    return parts->address;
 }
 
-int Service::port() const {
-    return parts_->port;
+int Service::GetPort() const {
+    return parts->port;
 }
 
 void Service::Run() {
-    parts_->server.Run();
+    parts->server.Run();
 }
 
 void Service::Stop() {
-    parts_->server.Stop();
+    parts->server.Stop();
 }
 
 }  // namespace quilloservice

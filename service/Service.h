@@ -16,8 +16,8 @@ public:
     ~Service();
 
     /// "http://127.0.0.1:PORT"
-    [[nodiscard]] std::string const& address() const;
-    [[nodiscard]] int port() const;
+    [[nodiscard]] std::string const& GetAddress() const;
+    [[nodiscard]] int GetPort() const;
 
     /// Answers requests until `Stop`. Once.
     void Run();
@@ -27,7 +27,7 @@ public:
 
 private:
     struct Parts;
-    std::unique_ptr<Parts> parts_;
+    std::unique_ptr<Parts> parts;
 };
 
 }  // namespace quilloservice

@@ -57,7 +57,7 @@ void Serve(Options const& options) {
         service.Run();
         ::eventfd_write(finished, 1);
     });
-    std::printf("quillo-service listening on %s\n", service.address().c_str());
+    std::printf("quillo-service listening on %s\n", service.GetAddress().c_str());
     std::fflush(stdout);
     WaitForEnd(signals, options.stopWithStdin, finished);
     service.Stop();

@@ -32,7 +32,7 @@ void SerialExecutor::Schedule() {
                 }
                 executor.Schedule();
             }
-        } const next{*self};
+        } next const {*self};
         self->RunFirst();
     });
 }

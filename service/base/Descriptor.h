@@ -9,21 +9,21 @@ namespace quilloservice {
 /// A file descriptor that is closed at the end. False when there is none.
 class Descriptor {
 public:
-    explicit Descriptor(int number = -1) : number_(number) {}
+    explicit Descriptor(int number = -1) : number(number) {}
     ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
+        if (number >= 0) ::close(number);
     }
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor(Descriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
     Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(number_, other.number_);
+        std::swap(number, other.number);
         return *this;
     }
 
-    explicit operator bool() const { return number_ >= 0; }
-    [[nodiscard]] int get() const { return number_; }
+    explicit operator bool() const { return number >= 0; }
+    [[nodiscard]] int GetNumber() const { return number; }
 
 private:
-    int number_;
+    int number;
 };
 
 }  // namespace quilloservice

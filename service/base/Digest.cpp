@@ -28,24 +28,24 @@ void Digest::Free::operator()(XXH3_state_s* context) const {
 
 Digest::Digest(Algorithm algorithm) {
     if (algorithm == Algorithm::Xxh128) {
-        fastContext_.reset(XXH3_createState());
-        Check(fastContext_ && XXH3_128bits_reset(fastContext_.get()) == XXH_OK);
+        fastContext.reset(XXH3_createState());
+        Check(fastContext && XXH3_128bits_reset(fastContext.get()) == XXH_OK);
         return;
     }
-    context_.reset(EVP_MD_CTX_new());
-    const EVP_MD* type = algorithm == Algorithm::Sha1 ? EVP_sha1() : EVP_sha256();
-    Check(EVP_DigestInit_ex(context_.get(), type, nullptr));
+    context.reset(EVP_MD_CTX_new());
+    EVP_MD const* type = algorithm == Algorithm::Sha1 ? EVP_sha1() : EVP_sha256();
+    Check(EVP_DigestInit_ex(context.get(), type, nullptr));
 }
 
 Digest::Digest(Digest const& other) {
-    if (other.fastContext_) {
-        fastContext_.reset(XXH3_createState());
-        Check(fastContext_ != nullptr);
-        XXH3_copyState(fastContext_.get(), other.fastContext_.get());
+    if (other.fastContext) {
+        fastContext.reset(XXH3_createState());
+        Check(fastContext != nullptr);
+        XXH3_copyState(fastContext.get(), other.fastContext.get());
         return;
     }
-    context_.reset(EVP_MD_CTX_new());
-    Check(EVP_MD_CTX_copy_ex(context_.get(), other.context_.get()));
+    context.reset(EVP_MD_CTX_new());
+    Check(EVP_MD_CTX_copy_ex(context.get(), other.context.get()));
 }
 
 Digest& Digest::operator=(Digest const& other) {
@@ -54,22 +54,22 @@ Digest& Digest::operator=(Digest const& other) {
 }
 
 void Digest::Update(std::string_view bytes) {
-    if (fastContext_)
-        Check(XXH3_128bits_update(fastContext_.get(), bytes.data(), bytes.size()) == XXH_OK);
+    if (fastContext)
+        Check(XXH3_128bits_update(fastContext.get(), bytes.data(), bytes.size()) == XXH_OK);
     else
-        Check(EVP_DigestUpdate(context_.get(), bytes.data(), bytes.size()));
+        Check(EVP_DigestUpdate(context.get(), bytes.data(), bytes.size()));
 }
 
 std::string Digest::Value() const {
-    if (fastContext_) {
+    if (fastContext) {
         XXH128_canonical_t canonical;
-        XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(fastContext_.get()));
+        XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(fastContext.get()));
         return {reinterpret_cast<char const*>(canonical.digest), sizeof canonical.digest};
     }
     Digest finished(*this);
     unsigned char value[EVP_MAX_MD_SIZE];
     unsigned int size = 0;
-    Check(EVP_DigestFinal_ex(finished.context_.get(), value, &size));
+    Check(EVP_DigestFinal_ex(finished.context.get(), value, &size));
     return {reinterpret_cast<char const*>(value), size};
 }
 

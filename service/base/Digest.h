@@ -35,8 +35,8 @@ private:
     };
 
     // One of the two, by the algorithm.
-    std::unique_ptr<evp_md_ctx_st, Free> context_;
-    std::unique_ptr<XXH3_state_s, Free> fastContext_;
+    std::unique_ptr<evp_md_ctx_st, Free> context;
+    std::unique_ptr<XXH3_state_s, Free> fastContext;
 };
 
 /// SHA-256 of `bytes`, raw.

@@ -27,16 +27,16 @@ constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW;
 }  // namespace
 
 File::File(std::string const& path, Mode mode)
-    : descriptor_(
+    : descriptor(
           ::open(path.c_str(), (mode == Mode::Read ? O_RDONLY : O_RDWR | O_CREAT) | kFlags, 0600)) {
-    if (descriptor_ < 0) Fail("open " + path);
+    if (descriptor < 0) Fail("open " + path);
 }
 
 File::~File() {
-    if (descriptor_ >= 0) ::close(descriptor_);
+    if (descriptor >= 0) ::close(descriptor);
 }
 
-File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+File::File(File&& other) noexcept : descriptor(std::exchange(other.descriptor, -1)) {}
 
 std::optional<File> File::OpenExisting(std::string const& path) {
     int descriptor = ::open(path.c_str(), O_RDONLY | kFlags);
@@ -47,13 +47,13 @@ std::optional<File> File::OpenExisting(std::string const& path) {
 
 std::int64_t File::Size() const {
     struct stat status {};
-    if (::fstat(descriptor_, &status) != 0) Fail("stat");
+    if (::fstat(descriptor, &status) != 0) Fail("stat");
     return status.st_size;
 }
 
 std::size_t File::ReadAt(std::int64_t offset, char* buffer, std::size_t size) const {
     for (;;) {
-        ssize_t count = ::pread(descriptor_, buffer, size, offset);
+        ssize_t count = ::pread(descriptor, buffer, size, offset);
         if (count >= 0) return static_cast<std::size_t>(count);
         if (errno != EINTR) Fail("read");
     }
@@ -61,7 +61,7 @@ std::size_t File::ReadAt(std::int64_t offset, char* buffer, std::size_t size) co
 
 void File::WriteAt(std::int64_t offset, std::string_view bytes) {
     while (!bytes.empty()) {
-        ssize_t count = ::pwrite(descriptor_, bytes.data(), bytes.size(), offset);
+        ssize_t count = ::pwrite(descriptor, bytes.data(), bytes.size(), offset);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) Fail("write");
         offset += count;
@@ -70,11 +70,11 @@ void File::WriteAt(std::int64_t offset, std::string_view bytes) {
 }
 
 void File::Truncate(std::int64_t size) {
-    if (::ftruncate(descriptor_, size) != 0) Fail("truncate");
+    if (::ftruncate(descriptor, size) != 0) Fail("truncate");
 }
 
 void File::Sync() {
-    if (::fsync(descriptor_) != 0) Fail("sync");
+    if (::fsync(descriptor) != 0) Fail("sync");
 }
 
 void SyncDirectory(std::string const& path) {

@@ -33,8 +33,8 @@ public:
     void Sync();
 
 private:
-    explicit File(int descriptor) : descriptor_(descriptor) {}
-    int descriptor_;
+    explicit File(int descriptor) : descriptor(descriptor) {}
+    int descriptor;
 };
 
 /// Returns once the entries of the directory at `path` are on the disk.

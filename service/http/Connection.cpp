@@ -44,33 +44,33 @@ std::string const& Date() {
 
 Connection::Connection(ServerContext& context, asio::ip::tcp::socket socket,
                        std::shared_ptr<TrackedSocket> tracked)
-    : context_(context),
-      socket_(std::move(socket)),
-      tracked_(std::move(tracked)),
-      running_(asio::make_work_guard(context.io)),
-      pace_(context.limits.pace) {
+    : context(context),
+      socket(std::move(socket)),
+      tracked(std::move(tracked)),
+      running(asio::make_work_guard(context.io)),
+      pace(context.limits.pace) {
     boost::system::error_code gone;
-    socket_.set_option(asio::ip::tcp::no_delay(true), gone);
-    remoteAddress_ = socket_.remote_endpoint(gone).address().to_string();
+    this->socket.set_option(asio::ip::tcp::no_delay(true), gone);
+    remoteAddress = this->socket.remote_endpoint(gone).address().to_string();
 }
 
 Connection::~Connection() {
-    if (tracked_) context_.table.Remove(tracked_);
+    if (tracked) context.table.Remove(tracked);
 }
 
 void Connection::Start() {
-    BeginHead(context_.limits.head);
+    BeginHead(context.limits.head);
     Advance();
 }
 
 void Connection::Advance() {
     for (;;) {
-        if (++steps_ % kStepsInARow == 0) {
-            asio::post(context_.io, [self = shared_from_this()] { self->Advance(); });
+        if (++steps % kStepsInARow == 0) {
+            asio::post(context.io, [self = shared_from_this()] { self->Advance(); });
             return;
         }
         bool goesOn = false;
-        switch (stage_) {
+        switch (stage) {
             case Stage::Head:
                 goesOn = ReadHead();
                 break;
@@ -98,77 +98,77 @@ void Connection::Advance() {
 }
 
 void Connection::BeginHead(Duration patience) {
-    stage_ = Stage::Head;
-    parser_ = std::make_unique<RequestParser>();
-    exchange_.reset();
-    action_ = {};
-    headBegun_ = false;
-    delayed_ = false;
-    continued_ = false;
-    bodyOver_ = false;
+    stage = Stage::Head;
+    parser = std::make_unique<RequestParser>();
+    exchange.reset();
+    action = {};
+    headBegun = false;
+    delayed = false;
+    continued = false;
+    bodyOver = false;
     Time now = Now();
-    deadline_ = now + patience;
-    tracked_->BeginStage(now);
+    deadline = now + patience;
+    tracked->BeginStage(now);
 }
 
 bool Connection::ReadHead() {
     for (;;) {
-        if (input_.size() > 0) {
-            if (!std::exchange(headBegun_, true)) {
-                deadline_ = std::min(deadline_, Now() + context_.limits.head);
+        if (input.size() > 0) {
+            if (!std::exchange(headBegun, true)) {
+                deadline = std::min(deadline, Now() + context.limits.head);
             }
             try {
-                if (std::size_t size = parser_->ReadHead(Input())) {
-                    input_.consume(size);
-                    stage_ = Stage::Decide;
+                if (std::size_t size = parser->ReadHead(Input())) {
+                    input.consume(size);
+                    stage = Stage::Decide;
                     return true;
                 }
             } catch (ApiError const& error) {
-                exchange_ = std::make_shared<Exchange>();
-                exchange_->request.method = "GET";
-                last_ = true;
+                exchange = std::make_shared<Exchange>();
+                exchange->request.method = "GET";
+                last = true;
                 Refuse(error.status, error.code, error.what());
                 return true;
             }
         }
         Received received = Receive(kHeadPiece);
         if (received == Received::End) return Close();
-        if (received == Received::Nothing) return WaitToRead(deadline_);
+        if (received == Received::Nothing) return WaitToRead(deadline);
     }
 }
 
 bool Connection::Decide() {
-    if (context_.limits.latency > Duration{} && !std::exchange(delayed_, true)) {
-        auto timer = std::make_shared<asio::steady_timer>(context_.io, context_.limits.latency);
+    if (context.limits.latency > Duration{} && !std::exchange(delayed, true)) {
+        auto timer = std::make_shared<asio::steady_timer>(context.io, context.limits.latency);
         timer->async_wait([self = shared_from_this(), timer](auto) { self->Advance(); });
         return false;
     }
-    exchange_ = std::make_shared<Exchange>();
-    exchange_->request = std::move(parser_->request());
-    exchange_->request.remoteAddress = remoteAddress_;
-    exchange_->abort = [tracked = std::weak_ptr(tracked_)] {
+    exchange = std::make_shared<Exchange>();
+    exchange->request = std::move(parser->GetRequest());
+    exchange->request.remoteAddress = remoteAddress;
+    exchange->abort = [tracked = std::weak_ptr(tracked)] {
         if (auto alive = tracked.lock()) alive->ShutDown();
     };
-    last_ = exchange_->request.closes;
-    action_ = context_.application.Begin(exchange_);
-    if (action_.body == Action::Body::None) {
-        stage_ = Stage::Finish;
+    last = exchange->request.closes;
+    action = context.application.Begin(exchange);
+    if (action.body == Action::Body::None) {
+        stage = Stage::Finish;
         return true;
     }
-    if (action_.body == Action::Body::Stream) {
+    if (action.body == Action::Body::Stream) {
         return Work([this] {
-            if (action_.open()) {
-                stage_ = Stage::Body;
-                bodyArrived_ = true;
+            if (action.open()) {
+                stage = Stage::Body;
+                bodyArrived = true;
             } else {
                 BeginAnswer();
             }
         });
     }
-    stage_ = Stage::Body;
-    bodyArrived_ = true;
-    if (exchange_->request.bodyLength.value_or(0) >
-        static_cast<std::int64_t>(context_.limits.smallBody)) {
+    stage = Stage::Body;
+    bodyArrived = true;
+    if (exchange->request.bodyLength.value_or(0) >
+        static_cast<std::int64_t>(context.limits.smallBody)) {
         Refuse(413, "too_large", "The body is larger than 64 KiB.");
     }
     return true;
@@ -176,67 +176,67 @@ bool Connection::Decide() {
 
 /// Asks a client that waits for it to send the body.
 bool Connection::BeginBody() {
-    pace_ = Pace(context_.limits.pace);
-    waited_ = false;
-    tracked_->BeginStage(Now());
-    continued_ = true;
-    if (!exchange_->request.expectsContinue || input_.size() > 0) return true;
+    pace = Pace(context.limits.pace);
+    waited = false;
+    tracked->BeginStage(Now());
+    continued = true;
+    if (!exchange->request.expectsContinue || input.size() > 0) return true;
     constexpr std::string_view interim = "HTTP/1.1 100 Continue\r\n\r\n";
     // A connection that does not take these few bytes has not taken earlier answers either.
-    return ::send(socket_.native_handle(), interim.data(), interim.size(),
+    return ::send(socket.native_handle(), interim.data(), interim.size(),
                   MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(interim.size());
 }
 
 bool Connection::ReadBody() {
-    if (!continued_ && !BeginBody()) return Close();
-    bool streams = action_.body == Action::Body::Stream;
+    if (!continued && !BeginBody()) return Close();
+    bool streams = action.body == Action::Body::Stream;
     for (;;) {
-        if (bodyOver_ || parser_->complete()) {
-            stage_ = Stage::Finish;
+        if (bodyOver || parser->IsComplete()) {
+            stage = Stage::Finish;
             return true;
         }
-        if (std::exchange(bodyArrived_, false) && input_.size() > 0) {
+        if (std::exchange(bodyArrived, false) && input.size() > 0) {
             if (streams) return Work([this] { TakeBody(); });
             TakeBody();
-            if (stage_ != Stage::Body) return true;
+            if (stage != Stage::Body) return true;
             continue;
         }
-        std::size_t before = input_.size();
+        std::size_t before = input.size();
         Received received = Receive(streams ? kStreamPiece : kSmallPiece);
         if (received == Received::Nothing) {
-            waited_ = true;
-            return WaitToRead(pace_.BeginWait(Now()));
+            waited = true;
+            return WaitToRead(pace.BeginWait(Now()));
         }
-        auto bytes = static_cast<std::int64_t>(input_.size() - before);
+        auto bytes = static_cast<std::int64_t>(input.size() - before);
         bool inTime = true;
-        if (std::exchange(waited_, false)) {
-            inTime = pace_.EndWait(bytes, Now());
+        if (std::exchange(waited, false)) {
+            inTime = pace.EndWait(bytes, Now());
         } else {
-            pace_.Count(bytes);
+            pace.Count(bytes);
         }
-        bodyOver_ = received == Received::End || !inTime;
-        bodyArrived_ = true;
+        bodyOver = received == Received::End || !inTime;
+        bodyArrived = true;
     }
 }
 
 /// Hands what there is of the body to the application.
 void Connection::TakeBody() {
-    bool streams = action_.body == Action::Body::Stream;
+    bool streams = action.body == Action::Body::Stream;
     bool refused = false;
     try {
-        std::size_t size = parser_->ReadBody(Input(), [&](std::string_view piece) {
+        std::size_t size = parser->ReadBody(Input(), [&](std::string_view piece) {
             if (refused) return;
             if (streams) {
-                refused = !action_.take(piece);
+                refused = !action.take(piece);
             } else {
-                exchange_->body += piece;
-                refused = exchange_->body.size() > context_.limits.smallBody;
+                exchange->body += piece;
+                refused = exchange->body.size() > context.limits.smallBody;
             }
         });
-        input_.consume(size);
+        input.consume(size);
     } catch (ApiError const&) {
-        bodyOver_ = true;  // where the next request would begin is not certain
-        last_ = true;
+        bodyOver = true;  // where the next request would begin is not certain
+        last = true;
         return;
     }
     if (!refused) return;
@@ -248,177 +248,177 @@ void Connection::TakeBody() {
 }
 
 bool Connection::Finish() {
-    bool complete = action_.body == Action::Body::None || parser_->complete();
-    if (action_.quick) {
-        action_.finish(complete);
+    bool complete = action.body == Action::Body::None || parser->IsComplete();
+    if (action.quick) {
+        action.finish(complete);
         BeginAnswer();
         return true;
     }
     return Work([this, complete] {
-        action_.finish(complete);
+        action.finish(complete);
         BeginAnswer();
     });
 }
 
 void Connection::Refuse(int status, std::string_view code, std::string_view message) {
-    context_.application.Refuse(*exchange_, status, code, message);
+    context.application.Refuse(*exchange, status, code, message);
     BeginAnswer();
 }
 
 void Connection::BeginAnswer() {
-    action_ = {};  // and with it what it holds on to
-    Request const& request = exchange_->request;
-    Response& response = exchange_->response;
+    action = {};  // and with it what it holds on to
+    Request const& request = exchange->request;
+    Response& response = exchange->response;
     // A body that was not read stands before the next request. To skip it is worth it when it is
     // small, and certain to come.
-    bool skippable = request.bodyLength && !bodyOver_ &&
-                     *request.bodyLength <= static_cast<std::int64_t>(context_.limits.smallBody) &&
-                     (continued_ || !request.expectsContinue);
-    last_ |= response.closes || (!parser_->complete() && !skippable);
-    output_ = response.Head(Date(), last_);
-    sent_ = 0;
-    contentLeft_ = 0;
+    bool skippable = request.bodyLength && !bodyOver &&
+                     *request.bodyLength <= static_cast<std::int64_t>(context.limits.smallBody) &&
+                     (continued || !request.expectsContinue);
+    last |= response.closes || (!parser->IsComplete() && !skippable);
+    output = response.Head(Date(), last);
+    sent = 0;
+    contentLeft = 0;
     if (request.method != "HEAD") {
-        output_ += response.body;
-        if (response.content) contentLeft_ = response.contentLength;
+        output += response.body;
+        if (response.content) contentLeft = response.contentLength;
     }
-    pace_ = Pace(context_.limits.pace);
-    waited_ = false;
-    tracked_->BeginStage(Now());
-    tracked_->CutAtStop(contentLeft_ > 0);
-    stage_ = Stage::Answer;
+    pace = Pace(context.limits.pace);
+    waited = false;
+    tracked->BeginStage(Now());
+    tracked->CutAtStop(contentLeft > 0);
+    stage = Stage::Answer;
 }
 
 bool Connection::SendAnswer() {
-    if (exchange_->response.cut) return Close();
+    if (exchange->response.cut) return Close();
     for (;;) {
-        while (sent_ < output_.size()) {
-            ssize_t count = ::send(socket_.native_handle(), output_.data() + sent_,
-                                   output_.size() - sent_, MSG_NOSIGNAL | MSG_DONTWAIT);
+        while (sent < output.size()) {
+            ssize_t count = ::send(socket.native_handle(), output.data() + sent,
+                                   output.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
             if (count < 0 && errno == EINTR) continue;
             if (count < 0 && errno == EAGAIN) {
-                waited_ = true;
+                waited = true;
                 return WaitToWrite();
             }
             if (count < 0) return Close();
-            sent_ += static_cast<std::size_t>(count);
-            tracked_->Count(count);
-            if (!std::exchange(waited_, false)) {
-                pace_.Count(count);
-            } else if (!pace_.EndWait(count, Now())) {
+            sent += static_cast<std::size_t>(count);
+            tracked->Count(count);
+            if (!std::exchange(waited, false)) {
+                pace.Count(count);
+            } else if (!pace.EndWait(count, Now())) {
                 return Close();
             }
         }
-        if (contentLeft_ == 0) return EndAnswer();
+        if (contentLeft == 0) return EndAnswer();
         return Work([this] {
             // The head, once sent, promises a length: what cannot be read cuts the connection.
-            auto size = std::min<std::int64_t>(contentLeft_, kContentPiece);
-            output_.resize(static_cast<std::size_t>(size));
+            auto size = std::min<std::int64_t>(contentLeft, kContentPiece);
+            output.resize(static_cast<std::size_t>(size));
             std::size_t count = 0;
             try {
-                count = exchange_->response.content->Read(output_.data(), output_.size());
-            } catch (const std::exception& error) {
+                count = exchange->response.content->Read(output.data(), output.size());
+            } catch (std::exception const& error) {
                 std::fprintf(stderr, "quillo-service: %s\n", error.what());
             }
-            output_.resize(count);
-            sent_ = 0;
-            contentLeft_ -= static_cast<std::int64_t>(count);
-            if (count == 0) exchange_->response.cut = true;
+            output.resize(count);
+            sent = 0;
+            contentLeft -= static_cast<std::int64_t>(count);
+            if (count == 0) exchange->response.cut = true;
         });
     }
 }
 
 bool Connection::EndAnswer() {
-    output_ = {};
-    tracked_->CutAtStop(false);
-    if (exchange_->response.takeOver && exchange_->request.method != "HEAD") return GiveAway();
-    if (last_ || exchange_->response.takeOver) {
+    output = {};
+    tracked->CutAtStop(false);
+    if (exchange->response.takeOver && exchange->request.method != "HEAD") return GiveAway();
+    if (last || exchange->response.takeOver) {
         // Closing a socket with unread bytes resets the connection, and the client might lose the
         // answer that it has not read yet.
-        ::shutdown(socket_.native_handle(), SHUT_WR);
-        deadline_ = Now() + context_.limits.linger;
-        stage_ = Stage::Linger;
-    } else if (!parser_->complete()) {
-        deadline_ = Now() + context_.limits.head;
-        bodyArrived_ = true;
-        stage_ = Stage::Skip;
+        ::shutdown(socket.native_handle(), SHUT_WR);
+        deadline = Now() + context.limits.linger;
+        stage = Stage::Linger;
+    } else if (!parser->IsComplete()) {
+        deadline = Now() + context.limits.head;
+        bodyArrived = true;
+        stage = Stage::Skip;
     } else {
-        BeginHead(context_.limits.idle);
+        BeginHead(context.limits.idle);
     }
     return true;
 }
 
 bool Connection::Skip() {
     for (;;) {
-        if (std::exchange(bodyArrived_, false) && input_.size() > 0) {
+        if (std::exchange(bodyArrived, false) && input.size() > 0) {
             try {
-                input_.consume(parser_->ReadBody(Input(), [](std::string_view) {}));
+                input.consume(parser->ReadBody(Input(), [](std::string_view) {}));
             } catch (ApiError const&) {
                 return Close();
             }
         }
-        if (parser_->complete()) {
-            BeginHead(context_.limits.idle);
+        if (parser->IsComplete()) {
+            BeginHead(context.limits.idle);
             return true;
         }
         Received received = Receive(kSmallPiece);
         if (received == Received::End) return Close();
-        if (received == Received::Nothing) return WaitToRead(deadline_);
-        bodyArrived_ = true;
+        if (received == Received::Nothing) return WaitToRead(deadline);
+        bodyArrived = true;
     }
 }
 
 bool Connection::Linger() {
-    input_.clear();
-    if (Now() > deadline_) return Close();
+    input.clear();
+    if (Now() > deadline) return Close();
     Received received = Receive(kSmallPiece);
     if (received == Received::End) return Close();
-    if (received == Received::Nothing) return WaitToRead(deadline_);
+    if (received == Received::Nothing) return WaitToRead(deadline);
     return true;
 }
 
 Connection::Received Connection::Receive(std::size_t most) {
-    auto room = input_.prepare(most);
+    auto room = input.prepare(most);
     ssize_t count = 0;
     do {
-        count = ::recv(socket_.native_handle(), room.data(), room.size(), MSG_DONTWAIT);
+        count = ::recv(socket.native_handle(), room.data(), room.size(), MSG_DONTWAIT);
     } while (count < 0 && errno == EINTR);
     if (count > 0) {
-        input_.commit(static_cast<std::size_t>(count));
-        tracked_->Count(count);
+        input.commit(static_cast<std::size_t>(count));
+        tracked->Count(count);
         return Received::Some;
     }
     if (count == 0 || errno != EAGAIN) return Received::End;
     // A connection that waits for its client holds no more memory than it has to.
-    if (input_.size() == 0 && input_.capacity() <= kSmallPiece) input_ = {};
+    if (input.size() == 0 && input.capacity() <= kSmallPiece) input = {};
     return Received::Nothing;
 }
 
 std::string_view Connection::Input() const {
-    auto data = input_.cdata();
+    auto data = input.cdata();
     return {static_cast<char const*>(data.data()), data.size()};
 }
 
 bool Connection::WaitToRead(Time deadline) {
-    tracked_->BeginWait(deadline);
-    socket_.async_wait(asio::ip::tcp::socket::wait_read, [self = shared_from_this()](auto) {
-        self->tracked_->EndWait();
+    tracked->BeginWait(deadline);
+    socket.async_wait(asio::ip::tcp::socket::wait_read, [self = shared_from_this()](auto) {
+        self->tracked->EndWait();
         self->Advance();
     });
     return false;
 }
 
 bool Connection::WaitToWrite() {
-    tracked_->BeginWait(pace_.BeginWait(Now()));
-    socket_.async_wait(asio::ip::tcp::socket::wait_write, [self = shared_from_this()](auto) {
-        self->tracked_->EndWait();
+    tracked->BeginWait(pace.BeginWait(Now()));
+    socket.async_wait(asio::ip::tcp::socket::wait_write, [self = shared_from_this()](auto) {
+        self->tracked->EndWait();
         self->Advance();
     });
     return false;
 }
 
 bool Connection::Work(std::function<void()> work) {
-    asio::post(context_.workers, [self = shared_from_this(), work = std::move(work)] {
+    asio::post(context.workers, [self = shared_from_this(), work = std::move(work)] {
         work();
         self->Advance();
     });
@@ -426,17 +426,17 @@ bool Connection::Work(std::function<void()> work) {
 }
 
 bool Connection::Close() {
-    context_.table.Remove(std::exchange(tracked_, nullptr));
+    context.table.Remove(std::exchange(tracked, nullptr));
     boost::system::error_code ignored;
-    socket_.close(ignored);
+    socket.close(ignored);
     return false;
 }
 
 bool Connection::GiveAway() {
-    context_.table.Remove(std::exchange(tracked_, nullptr));
+    context.table.Remove(std::exchange(tracked, nullptr));
     boost::system::error_code failed;
-    int socket = socket_.release(failed);
-    if (!failed) exchange_->response.takeOver(socket);
+    int released = socket.release(failed);
+    if (!failed) exchange->response.takeOver(released);
     return false;
 }
 

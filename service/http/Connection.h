@@ -83,32 +83,32 @@ private:
     [[nodiscard]] bool Close();
     [[nodiscard]] bool GiveAway();
 
-    ServerContext& context_;
-    boost::asio::ip::tcp::socket socket_;
-    std::shared_ptr<TrackedSocket> tracked_;
+    ServerContext& context;
+    boost::asio::ip::tcp::socket socket;
+    std::shared_ptr<TrackedSocket> tracked;
     /// The server runs for as long as it has connections.
-    boost::asio::executor_work_guard<boost::asio::io_context::executor_type> running_;
-    std::string remoteAddress_;
-    Stage stage_ = Stage::Head;
-    unsigned steps_ = 0;
-    boost::beast::flat_buffer input_;
-    std::unique_ptr<RequestParser> parser_;
-    Time deadline_{};         ///< of the head, of a body that is skipped, of lingering
-    bool headBegun_ = false;  ///< its first byte is there
-    bool delayed_ = false;    ///< by the fault
+    boost::asio::executor_work_guard<boost::asio::io_context::executor_type> running;
+    std::string remoteAddress;
+    Stage stage = Stage::Head;
+    unsigned steps = 0;
+    boost::beast::flat_buffer input;
+    std::unique_ptr<RequestParser> parser;
+    Time deadline{};         ///< of the head, of a body that is skipped, of lingering
+    bool headBegun = false;  ///< its first byte is there
+    bool delayed = false;    ///< by the fault
 
-    std::shared_ptr<Exchange> exchange_;
-    Action action_;
-    Pace pace_;
-    bool waited_ = false;       ///< for the client, within what `pace_` watches
-    bool bodyArrived_ = false;  ///< some that the parser has not seen
-    bool bodyOver_ = false;     ///< no more of it is to be read, though it may not be complete
-    bool continued_ = false;    ///< the client was told to send the body
+    std::shared_ptr<Exchange> exchange;
+    Action action;
+    Pace pace;
+    bool waited = false;       ///< for the client, within what `pace` watches
+    bool bodyArrived = false;  ///< some that the parser has not seen
+    bool bodyOver = false;     ///< no more of it is to be read, though it may not be complete
+    bool continued = false;    ///< the client was told to send the body
 
-    std::string output_;
-    std::size_t sent_ = 0;
-    std::int64_t contentLeft_ = 0;
-    bool last_ = false;  ///< the connection ends after the answer
+    std::string output;
+    std::size_t sent = 0;
+    std::int64_t contentLeft = 0;
+    bool last = false;  ///< the connection ends after the answer
 };
 
 }  // namespace quilloservice::http

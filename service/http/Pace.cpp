@@ -4,27 +4,27 @@ namespace quilloservice::http {
 
 bool Pace::HasEnough() const {
     using Milliseconds = std::chrono::milliseconds;
-    auto average = std::chrono::duration_cast<Milliseconds>(rule_.average).count();
-    return bytes_ >= rule_.bytesPerSecond * average / 1000;
+    auto average = std::chrono::duration_cast<Milliseconds>(rule.average).count();
+    return bytes >= rule.bytesPerSecond * average / 1000;
 }
 
 Time Pace::BeginWait(Time now) {
-    waitBegan_ = now;
-    Duration left = rule_.average - waited_;
-    return now + (HasEnough() ? left + rule_.average : left);
+    waitBegan = now;
+    Duration left = rule.average - waited;
+    return now + (HasEnough() ? left + rule.average : left);
 }
 
-bool Pace::EndWait(std::int64_t bytes, Time now) {
-    waited_ += now - waitBegan_;
-    if (waited_ >= rule_.average) {
+bool Pace::EndWait(std::int64_t moved, Time now) {
+    waited += now - waitBegan;
+    if (waited >= rule.average) {
         // What came last counts for this window: it is what ended the wait.
-        bytes_ += bytes;
+        bytes += moved;
         bool enough = HasEnough();
-        waited_ = {};
-        bytes_ = 0;
+        waited = {};
+        bytes = 0;
         return enough;
     }
-    bytes_ += bytes;
+    bytes += moved;
     return true;
 }
 

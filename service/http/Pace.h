@@ -18,24 +18,24 @@ struct PaceRule {
 /// counts. One thread at a time.
 class Pace {
 public:
-    explicit Pace(PaceRule const& rule) : rule_(rule) {}
+    explicit Pace(PaceRule const& rule) : rule(rule) {}
 
     /// From now on the client is waited for. Returns until when it may let itself be waited for.
     Time BeginWait(Time now);
 
-    /// The client has sent or taken `bytes`. Returns false when it was too slow.
-    bool EndWait(std::int64_t bytes, Time now);
+    /// The client has sent or taken `moved` bytes. Returns false when it was too slow.
+    bool EndWait(std::int64_t moved, Time now);
 
     /// Counts bytes that came without a wait.
-    void Count(std::int64_t bytes) { bytes_ += bytes; }
+    void Count(std::int64_t moved) { bytes += moved; }
 
 private:
     [[nodiscard]] bool HasEnough() const;
 
-    PaceRule rule_;
-    Time waitBegan_{};
-    Duration waited_{};       // of the window under way
-    std::int64_t bytes_ = 0;  // ditto
+    PaceRule rule;
+    Time waitBegan{};
+    Duration waited{};       // of the window under way
+    std::int64_t bytes = 0;  // ditto
 };
 
 }  // namespace quilloservice::http

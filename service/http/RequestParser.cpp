@@ -151,7 +151,7 @@ public:
     /// counts on as much as the shortest one has.
     [[nodiscard]] bool CanTake(std::string_view rest) const {
         constexpr std::string_view shortest = "0\r\n\r\n";
-        if (rest.size() >= shortest.size() || !chunked() || leftOfChunk_ > 0) return true;
+        if (rest.size() >= shortest.size() || !chunked() || leftOfChunk > 0) return true;
         if (rest.starts_with("\r\n")) rest.remove_prefix(2);  // of the chunk before
         return !rest.starts_with('0');
     }
@@ -175,7 +175,7 @@ private:
         return body.size();
     }
     std::size_t on_chunk_body_impl(std::uint64_t, beast::string_view body, Error&) override {
-        leftOfChunk_ -= body.size();
+        leftOfChunk -= body.size();
         (*take)(View(body));
         return body.size();
     }
@@ -184,7 +184,7 @@ private:
     void on_body_init_impl(boost::optional<std::uint64_t> const&, Error&) override {}
     void on_chunk_header_impl(std::uint64_t size, beast::string_view extensions,
                               Error& error) override {
-        leftOfChunk_ = size;
+        leftOfChunk = size;
         // A quoted value could hold what others take for the line's end.
         auto isControl = [](unsigned char c) { return (c < ' ' && c != '\t') || c == 0x7F; };
         if (std::any_of(extensions.begin(), extensions.end(), isControl)) {
@@ -193,15 +193,15 @@ private:
     }
     void on_finish_impl(Error&) override {}
 
-    std::uint64_t leftOfChunk_ = 0;
+    std::uint64_t leftOfChunk = 0;
 };
 
-RequestParser::RequestParser() : machine_(std::make_unique<Machine>()) {}
+RequestParser::RequestParser() : machine(std::make_unique<Machine>()) {}
 
 RequestParser::~RequestParser() = default;
 
-Request& RequestParser::request() {
-    return machine_->request;
+Request& RequestParser::GetRequest() {
+    return machine->request;
 }
 
 std::size_t RequestParser::ReadHead(std::string_view bytes) {
@@ -211,7 +211,7 @@ std::size_t RequestParser::ReadHead(std::string_view bytes) {
         begin += 2;
     std::string_view head = bytes.substr(begin);
     constexpr std::string_view ending = "\r\n\r\n";
-    std::size_t end = head.find(ending, searched_ > 3 ? searched_ - 3 : 0);
+    std::size_t end = head.find(ending, searched > 3 ? searched - 3 : 0);
     bool whole = end != std::string_view::npos;
     if (whole) head = head.substr(0, end + ending.size());
     // Of a head that is still arriving only as much is looked at as each further byte is worth.
@@ -219,21 +219,21 @@ std::size_t RequestParser::ReadHead(std::string_view bytes) {
     if (whole || longLine) CheckLengths(head);
     if (head.size() > kLongestHead) throw HeadTooLarge();
     if (!whole) {
-        searched_ = head.size();
+        searched = head.size();
         return 0;
     }
 
     CheckLines(head);
     beast::error_code error;
-    machine_->put(boost::asio::buffer(head.data(), head.size()), error);
+    machine->put(boost::asio::buffer(head.data(), head.size()), error);
     if (error == beast::http::error::bad_version) {
         throw ApiError(505, "http_version", "The service speaks HTTP/1.1 and HTTP/1.0.");
     }
-    if (error || !machine_->is_header_done()) {
+    if (error || !machine->is_header_done()) {
         throw Malformed(error ? error.message() : "its head does not end");
     }
-    Request& request = machine_->request;
-    ReadTarget(request, machine_->target);
+    Request& request = machine->request;
+    ReadTarget(request, machine->target);
     ReadHost(request);
     ReadFraming(request);
     ReadConnection(request);
@@ -242,13 +242,13 @@ std::size_t RequestParser::ReadHead(std::string_view bytes) {
 
 std::size_t RequestParser::ReadBody(std::string_view bytes,
                                     std::function<void(std::string_view)> const& take) {
-    machine_->take = &take;
+    machine->take = &take;
     std::size_t read = 0;
-    while (!machine_->is_done() && read < bytes.size()) {
+    while (!machine->is_done() && read < bytes.size()) {
         std::string_view rest = bytes.substr(read);
-        if (!machine_->CanTake(rest)) break;
+        if (!machine->CanTake(rest)) break;
         beast::error_code error;
-        std::size_t count = machine_->put(boost::asio::buffer(rest.data(), rest.size()), error);
+        std::size_t count = machine->put(boost::asio::buffer(rest.data(), rest.size()), error);
         read += count;
         if (error == beast::http::error::need_more) {
             if (rest.size() - count > kLongestChunkLine) {
@@ -258,12 +258,12 @@ std::size_t RequestParser::ReadBody(std::string_view bytes,
         }
         if (error) throw Malformed(error.message());
     }
-    machine_->take = nullptr;
+    machine->take = nullptr;
     return read;
 }
 
-bool RequestParser::complete() const {
-    return machine_->is_done();
+bool RequestParser::IsComplete() const {
+    return machine->is_done();
 }
 
 }  // namespace quilloservice::http

@@ -32,7 +32,7 @@ public:
     std::size_t ReadHead(std::string_view bytes);
 
     /// The head; after ReadHead has returned more than 0. May be moved from.
-    [[nodiscard]] Request& request();
+    [[nodiscard]] Request& GetRequest();
 
     /// Reads what there is of the body from `bytes`, which follow what was read before, and hands
     /// its content to `take`. Returns how many bytes it took up; the rest has to come again with
@@ -40,13 +40,13 @@ public:
     std::size_t ReadBody(std::string_view bytes, std::function<void(std::string_view)> const& take);
 
     /// Whether the body is read to its end.
-    [[nodiscard]] bool complete() const;
+    [[nodiscard]] bool IsComplete() const;
 
 private:
     class Machine;
 
-    std::unique_ptr<Machine> machine_;
-    std::size_t searched_ = 0;  ///< the head's end is not before here
+    std::unique_ptr<Machine> machine;
+    std::size_t searched = 0;  ///< the head's end is not before here
 };
 
 }  // namespace quilloservice::http

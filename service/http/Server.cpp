@@ -60,7 +60,7 @@ struct Server::Parts {
         sweeper.expires_after(stopping ? kSweepEachAtStop : kSweepEach);
         sweeper.async_wait([this](auto) {
             context.table.DropOverdue(Clock());
-            if (!stopping || context.table.size() > 0) Sweep();
+            if (!stopping || context.table.GetSize() > 0) Sweep();
         });
     }
 
@@ -73,14 +73,14 @@ struct Server::Parts {
 };
 
 Server::Server(Application& application, Limits const& limits)
-    : parts_(std::make_unique<Parts>(application, limits)) {}
+    : parts(std::make_unique<Parts>(application, limits)) {}
 
 Server::~Server() = default;
 
 int Server::Bind(std::string const& host, int port) {
-    tcp::acceptor& acceptor = parts_->acceptor;
+    tcp::acceptor& acceptor = parts->acceptor;
     boost::system::error_code error;
-    tcp::resolver resolver(parts_->context.io);
+    tcp::resolver resolver(parts->context.io);
     auto found = resolver.resolve(host, std::to_string(port), tcp::resolver::passive, error);
     if (error || found.empty()) return -1;
     tcp::endpoint endpoint = *found.begin();
@@ -99,26 +99,24 @@ int Server::Bind(std::string const& host, int port) {
 }
 
 void Server::Run() {
-    Parts& parts = *parts_;
-    parts.Accept();
-    parts.Sweep();
+    parts->Accept();
+    parts->Sweep();
     std::vector<std::thread> threads;
     for (int i = 1; i < kWaitingThreads; ++i)
-        threads.emplace_back([&] { parts.context.io.run(); });
-    parts.context.io.run();
+        threads.emplace_back([&] { parts->context.io.run(); });
+    parts->context.io.run();
     for (std::thread& thread : threads)
         thread.join();
-    parts.context.workers.join();
+    parts->context.workers.join();
 }
 
 void Server::Stop() {
-    Parts& parts = *parts_;
-    parts.stopping = true;
-    parts.context.table.Stop();
-    asio::post(parts.acceptor.get_executor(), [&parts] {
+    parts->stopping = true;
+    parts->context.table.Stop();
+    asio::post(parts->acceptor.get_executor(), [this] {
         boost::system::error_code ignored;
-        parts.acceptor.close(ignored);
-        parts.sweeper.cancel();
+        parts->acceptor.close(ignored);
+        parts->sweeper.cancel();
     });
 }
 

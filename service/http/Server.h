@@ -32,7 +32,7 @@ public:
 
 private:
     struct Parts;
-    std::unique_ptr<Parts> parts_;
+    std::unique_ptr<Parts> parts;
 };
 
 /// How many connections fit into `descriptors` open files, which are also needed for what the

@@ -6,25 +6,25 @@
 namespace quilloservice {
 
 AuthorizationCodes::AuthorizationCodes(Sessions& sessions, Clock clock)
-    : sessions_(sessions), clock_(std::move(clock)) {}
+    : sessions(sessions), clock(std::move(clock)) {}
 
 std::string AuthorizationCodes::Issue(std::string const& user,
                                       AuthorizationRequest const& request) {
     std::string code = ToHex(RandomBytes(32));
-    std::int64_t now = clock_();
-    std::scoped_lock lock(mutex_);
-    std::erase_if(entries_, [now](auto const& entry) { return entry.second.expiresAt <= now; });
-    entries_.emplace(Sha256(code), Entry{user, request, now + kSeconds});
+    std::int64_t now = clock();
+    std::scoped_lock lock(mutex);
+    std::erase_if(entries, [now](auto const& entry) { return entry.second.expiresAt <= now; });
+    entries.emplace(Sha256(code), Entry{user, request, now + kSeconds});
     return code;
 }
 
 std::optional<TokenPair> AuthorizationCodes::Redeem(std::string const& code, Claim const& claim) {
-    std::scoped_lock lock(mutex_);
-    auto found = entries_.find(Sha256(code));
-    if (found == entries_.end() || found->second.expiresAt <= clock_()) return std::nullopt;
+    std::scoped_lock lock(mutex);
+    auto found = entries.find(Sha256(code));
+    if (found == entries.end() || found->second.expiresAt <= clock()) return std::nullopt;
     Entry& entry = found->second;
     if (entry.used) {
-        sessions_.Revoke(entry.accessToken);
+        sessions.Revoke(entry.accessToken);
         return std::nullopt;
     }
     entry.used = true;
@@ -32,7 +32,7 @@ std::optional<TokenPair> AuthorizationCodes::Redeem(std::string const& code, Cla
         !MeetsChallenge(claim.verifier, entry.request.challenge)) {
         return std::nullopt;
     }
-    TokenPair pair = sessions_.SignIn(entry.user, claim.client);
+    TokenPair pair = sessions.SignIn(entry.user, claim.client);
     entry.accessToken = pair.access;
     return pair;
 }

@@ -44,10 +44,10 @@ private:
         std::string accessToken{};  ///< of the session that it began
     };
 
-    Sessions& sessions_;
-    Clock clock_;
-    std::mutex mutex_;
-    std::map<std::string, Entry> entries_;  // mutex_; by the code's SHA-256
+    Sessions& sessions;
+    Clock clock;
+    std::mutex mutex;
+    std::map<std::string, Entry> entries;  // mutex; by the code's SHA-256
 };
 
 }  // namespace quilloservice

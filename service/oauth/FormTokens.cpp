@@ -5,17 +5,17 @@
 
 namespace quilloservice {
 
-FormTokens::FormTokens(Clock clock) : clock_(std::move(clock)), key_(RandomBytes(32)) {}
+FormTokens::FormTokens(Clock clock) : clock(std::move(clock)), key(RandomBytes(32)) {}
 
 std::string FormTokens::Make(std::string const& browser,
                              AuthorizationRequest const& request) const {
-    return MakeAt(clock_(), browser, request);
+    return MakeAt(clock(), browser, request);
 }
 
 bool FormTokens::IsGood(std::string const& token, std::string const& browser,
                         AuthorizationRequest const& request) const {
     auto time = ParseNumber(std::string_view(token).substr(0, token.find('.')));
-    return time && *time <= clock_() && clock_() - *time < kSeconds &&
+    return time && *time <= clock() && clock() - *time < kSeconds &&
            IsSameSecret(token, MakeAt(*time, browser, request));
 }
 
@@ -27,7 +27,7 @@ std::string FormTokens::MakeAt(std::int64_t time, std::string const& browser,
          {browser, request.client, request.redirectUri, request.state, request.challenge}) {
         text += '/' + std::to_string(part.size()) + ':' + part;
     }
-    return token + ToHex(HmacSha256(key_, text));
+    return token + ToHex(HmacSha256(key, text));
 }
 
 }  // namespace quilloservice

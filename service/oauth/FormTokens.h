@@ -27,8 +27,8 @@ private:
     [[nodiscard]] std::string MakeAt(std::int64_t time, std::string const& browser,
                                      AuthorizationRequest const& request) const;
 
-    Clock clock_;
-    std::string key_;
+    Clock clock;
+    std::string key;
 };
 
 }  // namespace quilloservice

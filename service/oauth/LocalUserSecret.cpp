@@ -44,7 +44,7 @@ Descriptor OpenOwn(int parent, std::string const& name, std::string const& path,
     Descriptor directory(
         ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
     struct stat status {};
-    if (!directory || ::fstat(directory.get(), &status) != 0) {
+    if (!directory || ::fstat(directory.GetNumber(), &status) != 0) {
         throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
     }
     if (status.st_uid != ::geteuid()) throw std::runtime_error(path + " belongs to another user");
@@ -90,7 +90,7 @@ std::vector<std::string> LoopbackAddressesOf(std::string const& host) {
 }  // namespace
 
 LocalUserSecret::LocalUserSecret(std::string const& host, int port)
-    : secret_(ToHex(RandomBytes(32))), port_(std::to_string(port)) {
+    : secret(ToHex(RandomBytes(32))), port(std::to_string(port)) {
     std::vector<std::string> addresses = LoopbackAddressesOf(host);
     if (addresses.empty()) return;
     OpenDirectory();
@@ -99,21 +99,21 @@ LocalUserSecret::LocalUserSecret(std::string const& host, int port)
 }
 
 LocalUserSecret::~LocalUserSecret() {
-    for (auto const& [name, file] : files_) {
+    for (auto const& [name, file] : files) {
         struct stat ours {};
         struct stat there {};
         // A service that was started at this address since has put its own in the place of ours.
-        if (::fstat(file.get(), &ours) == 0 &&
-            ::fstatat(directory_.get(), name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 &&
+        if (::fstat(file.GetNumber(), &ours) == 0 &&
+            ::fstatat(directory.GetNumber(), name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 &&
             ours.st_ino == there.st_ino) {
-            ::unlinkat(directory_.get(), name.c_str(), 0);
+            ::unlinkat(directory.GetNumber(), name.c_str(), 0);
         }
     }
-    if (directory_) ::unlinkat(parent_.get(), port_.c_str(), AT_REMOVEDIR);
+    if (directory) ::unlinkat(parent.GetNumber(), port.c_str(), AT_REMOVEDIR);
 }
 
 bool LocalUserSecret::Is(std::string_view claim) const {
-    return IsSameSecret(claim, secret_);
+    return IsSameSecret(claim, secret);
 }
 
 void LocalUserSecret::OpenDirectory() {
@@ -125,8 +125,8 @@ void LocalUserSecret::OpenDirectory() {
             if (base == cache) ::mkdir(base.c_str(), kOwnDirectory);
             Descriptor root = OpenOwn(AT_FDCWD, base, base, kWritableByOthers, 0);
             base += "/quillo";
-            parent_ = MakeOwn(root.get(), "quillo", base, kWritableByOthers);
-            directory_ = MakeOwn(parent_.get(), port_, base + "/" + port_, kOpenToOthers);
+            parent = MakeOwn(root.GetNumber(), "quillo", base, kWritableByOthers);
+            directory = MakeOwn(parent.GetNumber(), port, base + "/" + port, kOpenToOthers);
             return;
         } catch (std::runtime_error const& error) {
             complaints += std::string("; ") + error.what();
@@ -141,17 +141,18 @@ void LocalUserSecret::OpenDirectory() {
 void LocalUserSecret::Write(std::string const& address) {
     std::string name = address + ".secret";
     std::string temporary = name + ".new";
-    ::unlinkat(directory_.get(), temporary.c_str(), 0);  // of a service that was killed
-    Descriptor file(::openat(directory_.get(), temporary.c_str(),
+    ::unlinkat(directory.GetNumber(), temporary.c_str(), 0);  // of a service that was killed
+    Descriptor file(::openat(directory.GetNumber(), temporary.c_str(),
                              O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnFile));
-    std::string text = secret_ + "\n";
-    if (!file || ::fchmod(file.get(), kOwnFile) != 0 ||
-        ::write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
-        ::renameat(directory_.get(), temporary.c_str(), directory_.get(), name.c_str()) != 0) {
+    std::string text = secret + "\n";
+    if (!file || ::fchmod(file.GetNumber(), kOwnFile) != 0 ||
+        ::write(file.GetNumber(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
+        ::renameat(directory.GetNumber(), temporary.c_str(), directory.GetNumber(), name.c_str()) !=
+            0) {
         throw std::runtime_error("cannot write the secret of the local user: " +
                                  std::string(std::strerror(errno)));
     }
-    files_.emplace_back(std::move(name), std::move(file));
+    files.emplace_back(std::move(name), std::move(file));
 }
 
 }  // namespace quilloservice

@@ -30,11 +30,11 @@ private:
     void OpenDirectory();
     void Write(std::string const& address);
 
-    std::string secret_;
-    std::string port_;
-    Descriptor parent_;
-    Descriptor directory_;                                   ///< in `parent_`, called `port_`
-    std::vector<std::pair<std::string, Descriptor>> files_;  ///< in `directory_`, by their names
+    std::string secret;
+    std::string port;
+    Descriptor parent;
+    Descriptor directory;                                   ///< in `parent`, called `port`
+    std::vector<std::pair<std::string, Descriptor>> files;  ///< in `directory`, by their names
 };
 
 }  // namespace quilloservice

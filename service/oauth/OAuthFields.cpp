@@ -22,7 +22,7 @@ OAuthFields OAuthFields::InBody(http::Request const& request, std::string const&
 
 std::vector<std::string const*> OAuthFields::Values(std::string const& name) const {
     std::vector<std::string const*> values;
-    for (auto const& [key, value] : fields_) {
+    for (auto const& [key, value] : fields) {
         if (key == name) values.push_back(&value);
     }
     return values;

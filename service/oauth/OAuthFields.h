@@ -18,7 +18,7 @@ struct OAuthError {
 /// The parameters of an OAuth request. One that is empty counts as absent, as RFC 6749 wants it.
 class OAuthFields {
 public:
-    explicit OAuthFields(http::Fields fields) : fields_(std::move(fields)) {}
+    explicit OAuthFields(http::Fields fields) : fields(std::move(fields)) {}
 
     /// The fields of the form that is the request's body. Throws OAuthError when it is none.
     static OAuthFields InBody(http::Request const& request, std::string const& body);
@@ -36,7 +36,7 @@ public:
 private:
     [[nodiscard]] std::vector<std::string const*> Values(std::string const& name) const;
 
-    http::Fields fields_;
+    http::Fields fields;
 };
 
 }  // namespace quilloservice

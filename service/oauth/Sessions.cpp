@@ -52,11 +52,11 @@ void ForgetExpired(Database& database, std::int64_t now) {
 
 }  // namespace
 
-Sessions::Sessions(Store& store, Clock clock) : store_(store), clock_(std::move(clock)) {}
+Sessions::Sessions(Store& store, Clock clock) : store(store), clock(std::move(clock)) {}
 
 TokenPair Sessions::SignIn(std::string const& user, std::string_view client) {
-    return store_.Write([&](Database& database) {
-        std::int64_t now = clock_();
+    return store.Write([&](Database& database) {
+        std::int64_t now = clock();
         ForgetExpired(database, now);
         Statement session = database.Query(
             "INSERT INTO sessions (user, client) VALUES (?, ?) RETURNING id", user, client);
@@ -66,8 +66,8 @@ TokenPair Sessions::SignIn(std::string const& user, std::string_view client) {
 }
 
 std::optional<TokenPair> Sessions::Refresh(std::string_view refreshToken, std::string_view client) {
-    return store_.Write([&](Database& database) -> std::optional<TokenPair> {
-        std::int64_t now = clock_();
+    return store.Write([&](Database& database) -> std::optional<TokenPair> {
+        std::int64_t now = clock();
         std::string hash = HashOf(refreshToken);
         std::int64_t session = 0;
         std::optional<std::int64_t> usedAt;
@@ -95,7 +95,7 @@ std::optional<TokenPair> Sessions::Refresh(std::string_view refreshToken, std::s
 }
 
 void Sessions::Revoke(std::string_view token) {
-    store_.Write([&](Database& database) {
+    store.Write([&](Database& database) {
         database.Run("DELETE FROM sessions WHERE id = (SELECT session FROM tokens WHERE hash = ?)",
                      HashOf(token));
     });
@@ -103,9 +103,9 @@ void Sessions::Revoke(std::string_view token) {
 
 std::optional<Identity> Sessions::Find(std::string_view accessToken) const {
     std::string hash = HashOf(accessToken);
-    std::int64_t now = clock_();
+    std::int64_t now = clock();
     bool isNew = false;
-    auto identity = store_.Read([&](Database& database) -> std::optional<Identity> {
+    auto identity = store.Read([&](Database& database) -> std::optional<Identity> {
         Statement row = database.Query(
             "SELECT session, user, parent IS NOT NULL AND expires_at > ? "
             "FROM tokens JOIN sessions ON sessions.id = session "
@@ -116,10 +116,10 @@ std::optional<Identity> Sessions::Find(std::string_view accessToken) const {
         return Identity{row.Integer(0), row.Text(1)};
     });
     if (isNew) {
-        std::scoped_lock lock(mutex_);
+        std::scoped_lock lock(mutex);
         std::erase_if(
-            seen_, [now](auto const& entry) { return now - entry.second >= kRefreshGraceSeconds; });
-        seen_.emplace(std::move(hash), now);
+            seen, [now](auto const& entry) { return now - entry.second >= kRefreshGraceSeconds; });
+        seen.emplace(std::move(hash), now);
     }
     return identity;
 }
@@ -127,11 +127,11 @@ std::optional<Identity> Sessions::Find(std::string_view accessToken) const {
 bool Sessions::MayBeRepeated(Database& database, std::string const& hash, std::int64_t usedAt,
                              std::int64_t now) {
     if (now - usedAt >= kRefreshGraceSeconds) return false;
-    std::scoped_lock lock(mutex_);
+    std::scoped_lock lock(mutex);
     Statement row =
         database.Query("SELECT hash, used_at IS NOT NULL FROM tokens WHERE parent = ?", hash);
     while (row.Next()) {
-        if (row.Integer(1) != 0 || seen_.contains(row.Text(0))) return false;
+        if (row.Integer(1) != 0 || seen.contains(row.Text(0))) return false;
     }
     return true;
 }

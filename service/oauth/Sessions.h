@@ -56,12 +56,12 @@ private:
     bool MayBeRepeated(Database& database, std::string const& hash, std::int64_t usedAt,
                        std::int64_t now);
 
-    Store& store_;
-    Clock clock_;
-    mutable std::mutex mutex_;
+    Store& store;
+    Clock clock;
+    mutable std::mutex mutex;
     /// The access tokens that were issued for a refresh token and used in the last minute, by their
     /// hashes, and when. Not in the store: to look a token up must not wait for the disk.
-    mutable std::map<std::string, std::int64_t> seen_;  // mutex_
+    mutable std::map<std::string, std::int64_t> seen;  // mutex
 };
 
 }  // namespace quilloservice

@@ -8,7 +8,7 @@ namespace quilloservice::adminpage {
 namespace {
 
 std::string const& Style() {
-    static const std::string style =
+    static std::string const style =
         htmlpage::Style(std::string(resources::kFormCss) + std::string(resources::kAdminCss));
     return style;
 }
@@ -16,7 +16,7 @@ std::string const& Style() {
 }  // namespace
 
 std::string SecurityPolicy() {
-    static const std::string policy =
+    static std::string const policy =
         htmlpage::Policy(Style(), "connect-src 'self'; form-action 'none'; script-src " +
                                       htmlpage::PolicySource(resources::kAdminJs));
     return policy;

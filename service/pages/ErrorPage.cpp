@@ -38,8 +38,8 @@ double Weight(std::string_view parameters) {
 /// How much a client wants a media type: by the most specific range that fits it (RFC 9110,
 /// section 12.5.1).
 double Preference(std::string_view accept, std::string_view type) {
-    const std::string anyOfKind = std::string(type.substr(0, type.find('/'))) + "/*";
-    const std::array<std::string_view, 3> fitting = {"*/*", anyOfKind, type};
+    std::string const anyOfKind = std::string(type.substr(0, type.find('/'))) + "/*";
+    std::array<std::string_view, 3> const fitting = {"*/*", anyOfKind, type};
     std::size_t best = 0;
     double weight = 0;
     for (std::string_view parameters : http::ListElements(accept)) {
@@ -71,7 +71,7 @@ char const* Heading(int status) {
 }
 
 std::string const& Style() {
-    static const std::string style = htmlpage::Style();
+    static std::string const style = htmlpage::Style();
     return style;
 }
 
@@ -87,7 +87,7 @@ bool IsWanted(std::string_view accept) {
 }
 
 std::string SecurityPolicy() {
-    static const std::string policy = htmlpage::Policy(Style(), "form-action 'none'");
+    static std::string const policy = htmlpage::Policy(Style(), "form-action 'none'");
     return policy;
 }
 

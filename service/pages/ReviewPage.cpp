@@ -17,7 +17,7 @@ namespace quilloservice::reviewpage {
 namespace {
 
 std::string const& Style() {
-    static const std::string style = htmlpage::Style(resources::kReviewCss);
+    static std::string const style = htmlpage::Style(resources::kReviewCss);
     return style;
 }
 
@@ -91,7 +91,7 @@ std::string Movie(ReviewContent const& content, std::vector<MovieVersion> const&
 }  // namespace
 
 std::string SecurityPolicy() {
-    static const std::string policy =
+    static std::string const policy =
         htmlpage::Policy(Style(), "media-src 'self'; form-action 'none'");
     return policy;
 }

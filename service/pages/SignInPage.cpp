@@ -14,7 +14,7 @@ namespace {
 constexpr std::string_view kWrong = " aria-invalid=\"true\" aria-describedby=\"wrong\"";
 
 std::string const& Style() {
-    static const std::string style = htmlpage::Style(resources::kFormCss);
+    static std::string const style = htmlpage::Style(resources::kFormCss);
     return style;
 }
 

@@ -7,14 +7,14 @@ namespace quilloservice::startpage {
 namespace {
 
 std::string const& Style() {
-    static const std::string style = htmlpage::Style();
+    static std::string const style = htmlpage::Style();
     return style;
 }
 
 }  // namespace
 
 std::string SecurityPolicy() {
-    static const std::string policy = htmlpage::Policy(Style(), "form-action 'none'");
+    static std::string const policy = htmlpage::Policy(Style(), "form-action 'none'");
     return policy;
 }
 

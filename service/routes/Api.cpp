@@ -97,13 +97,13 @@ bool Guard(Call& call, Work&& work) {
 }  // namespace
 
 Api::Api(Sessions const& sessions, Settings settings)
-    : sessions_(sessions),
-      limiter_(settings.limit),
-      failRate_(settings.failRate),
-      allowedOrigin_(std::move(settings.allowOrigin)) {}
+    : sessions(sessions),
+      limiter(settings.limit),
+      failRate(settings.failRate),
+      allowedOrigin(std::move(settings.allowOrigin)) {}
 
 void Api::Add(Route route) {
-    routes_.push_back(std::move(route));
+    routes.push_back(std::move(route));
 }
 
 http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
@@ -159,7 +159,7 @@ void Api::Refuse(http::Exchange& exchange, int status, std::string_view code,
 Api::Route const& Api::Admit(Call& call, std::string const& method) {
     std::string const& path = call.request.path;
     bool restricted = IsUnder(path, "/v1");
-    if (restricted && ComesTrue(failRate_)) {
+    if (restricted && ComesTrue(failRate)) {
         throw ApiError(500, "internal", "The service was told to fail now and then.");
     }
     Route const* route = Match(method, path, call.ids);
@@ -170,13 +170,13 @@ Api::Route const& Api::Admit(Call& call, std::string const& method) {
         call.response.SetHeader("Allow", allowed);
         throw ApiError(405, "method_not_allowed", "This address takes " + allowed + " only.");
     }
-    if (route->kind) CountRequest(call, limiter_, call.identity.session, *route->kind);
+    if (route->kind) CountRequest(call, limiter, call.identity.session, *route->kind);
     return *route;
 }
 
 Api::Route const* Api::Match(std::string const& method, std::string const& path,
                              std::vector<std::string>& ids) const {
-    for (Route const& route : routes_) {
+    for (Route const& route : routes) {
         if (route.method != method) continue;
         if (auto found = MatchPath(route.path, path)) {
             ids = *std::move(found);
@@ -212,17 +212,17 @@ void Api::AnswerOptions(Call& call) const {
 
 /// Lets pages of the allowed origin use the interface (CORS).
 void Api::AllowOrigin(Call& call) const {
-    if (allowedOrigin_.empty()) return;
+    if (allowedOrigin.empty()) return;
     call.response.SetHeader("Vary", "Origin");
-    if (call.Header("Origin") != allowedOrigin_) return;
-    call.response.SetHeader("Access-Control-Allow-Origin", allowedOrigin_);
+    if (call.Header("Origin") != allowedOrigin) return;
+    call.response.SetHeader("Access-Control-Allow-Origin", allowedOrigin);
     call.response.SetHeader("Access-Control-Expose-Headers", tus::kAnswerHeaders);
 }
 
 Identity Api::Authorize(Call& call) const {
     std::string token = call.BearerToken();
     if (!token.empty()) {
-        if (auto identity = sessions_.Find(token)) return *identity;
+        if (auto identity = sessions.Find(token)) return *identity;
     }
     call.response.SetHeader("WWW-Authenticate", "Bearer");
     throw ApiError(401, "unauthorized", "This needs an access token that is valid.");

@@ -60,11 +60,11 @@ private:
     void AllowOrigin(Call& call) const;
     Identity Authorize(Call& call) const;
 
-    Sessions const& sessions_;
-    RateLimiter limiter_;
-    double failRate_;
-    std::string allowedOrigin_;
-    std::vector<Route> routes_;
+    Sessions const& sessions;
+    RateLimiter limiter;
+    double failRate;
+    std::string allowedOrigin;
+    std::vector<Route> routes;
 };
 
 }  // namespace quilloservice

@@ -66,7 +66,7 @@ std::optional<std::string> FindUser(Store const& store, std::string const& name)
 class AuthorizeEndpoint {
 public:
     AuthorizeEndpoint(Store const& store, AuthorizationCodes& codes, Clock const& clock)
-        : store_(store), codes_(codes), tokens_(clock) {}
+        : store(store), codes(codes), tokens(clock) {}
 
     void Show(Call& call) const {
         Answer(call, [&] {
@@ -74,18 +74,18 @@ public:
                 ReadAuthorizationRequest(OAuthFields(call.request.parameters));
             std::string browser = BrowserOf(call);
             if (browser.empty()) browser = GiveBrowserASecret(call);
-            std::vector<std::string> users = ListUsers(store_);
-            AnswerForm(call, 200, {request, tokens_.Make(browser, request), users, users.front()});
+            std::vector<std::string> users = ListUsers(store);
+            AnswerForm(call, 200, {request, tokens.Make(browser, request), users, users.front()});
         });
     }
 
     void Decide(Call& call) const {
         Answer(call, [&] {
-            OAuthFields fields = OAuthFields::InBody(call.request, call.body());
+            OAuthFields fields = OAuthFields::InBody(call.request, call.GetBody());
             AuthorizationRequest request = ReadAuthorizationRequest(fields);
             std::string browser = BrowserOf(call);
-            const std::string& token = fields.Require("form_token");
-            if (browser.empty() || !tokens_.IsGood(token, browser, request)) {
+            std::string const& token = fields.Require("form_token");
+            if (browser.empty() || !tokens.IsGood(token, browser, request)) {
                 throw UntrustedRequest{"This page is too old, or is not one of this service."};
             }
             if (fields.Require("decision") != "allow") {
@@ -99,11 +99,11 @@ public:
 private:
     void Allow(Call& call, AuthorizationRequest const& request, OAuthFields const& fields) const {
         std::string name = fields.Find("user").value_or("");
-        auto user = FindUser(store_, name);
+        auto user = FindUser(store, name);
         if (user && fields.Find("password") == kSamplePassword) {
-            return Redirect(call, LocationOfCode(request, codes_.Issue(*user, request)));
+            return Redirect(call, LocationOfCode(request, codes.Issue(*user, request)));
         }
-        AnswerForm(call, 403, {request, *fields.Find("form_token"), ListUsers(store_), name, true});
+        AnswerForm(call, 403, {request, *fields.Find("form_token"), ListUsers(store), name, true});
     }
 
     static void AnswerForm(Call& call, int status, signinpage::Form const& form) {
@@ -134,9 +134,9 @@ private:
         call.AnswerPage(400, signinpage::RenderRefusal(reason), signinpage::RefusalPolicy());
     }
 
-    Store const& store_;
-    AuthorizationCodes& codes_;
-    FormTokens tokens_;
+    Store const& store;
+    AuthorizationCodes& codes;
+    FormTokens tokens;
 };
 
 }  // namespace

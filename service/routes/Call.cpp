@@ -58,7 +58,7 @@ std::string Call::BearerToken() const {
 }
 
 json Call::ReadJson() const {
-    json object = json::parse(body(), nullptr, /*allow_exceptions=*/false);
+    json object = json::parse(GetBody(), nullptr, /*allow_exceptions=*/false);
     if (!object.is_object()) throw ApiError::BadRequest("The body has to be a JSON object.");
     return object;
 }

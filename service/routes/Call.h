@@ -18,9 +18,7 @@ namespace quilloservice {
 class Call {
 public:
     explicit Call(std::shared_ptr<http::Exchange> exchange)
-        : request(exchange->request),
-          response(exchange->response),
-          exchange_(std::move(exchange)) {}
+        : request(exchange->request), response(exchange->response), exchange(std::move(exchange)) {}
 
     http::Request const& request;
     http::Response& response;
@@ -41,7 +39,7 @@ public:
     [[nodiscard]] std::string BearerToken() const;
 
     /// The body, up to 64 KiB; of the routes that get it as a whole.
-    [[nodiscard]] std::string const& body() const { return exchange_->body; }
+    [[nodiscard]] std::string const& GetBody() const { return exchange->body; }
 
     /// The body, which has to be a JSON object. Throws ApiError.
     [[nodiscard]] nlohmann::json ReadJson() const;
@@ -58,10 +56,10 @@ public:
     void AnswerError(int status, std::string_view code, std::string_view message);
 
     /// What ends the client's connection: see http::Exchange::abort.
-    [[nodiscard]] std::function<void()> const& abort() const { return exchange_->abort; }
+    [[nodiscard]] std::function<void()> const& GetAbort() const { return exchange->abort; }
 
 private:
-    std::shared_ptr<http::Exchange> exchange_;
+    std::shared_ptr<http::Exchange> exchange;
 };
 
 }  // namespace quilloservice

@@ -71,7 +71,7 @@ bool SendSome(int socket, std::string& text) {
 
 /// Who has how many streams. Outlives its owner, for places that are in an answer on its way.
 struct EventStreams::Places {
-    const std::size_t most = MostStreams();
+    std::size_t const most = MostStreams();
     std::mutex mutex;
     std::map<std::int64_t, std::size_t> ofSession;  // mutex
     std::size_t count = 0;                          // mutex
@@ -80,47 +80,47 @@ struct EventStreams::Places {
 class EventStreams::Place {
 public:
     Place(std::shared_ptr<Places> places, std::int64_t session)
-        : places_(std::move(places)), session_(session) {}
+        : places(std::move(places)), session(session) {}
     ~Place() {
-        std::scoped_lock lock(places_->mutex);
-        --places_->count;
-        auto own = places_->ofSession.find(session_);
-        if (--own->second == 0) places_->ofSession.erase(own);
+        std::scoped_lock lock(places->mutex);
+        --places->count;
+        auto own = places->ofSession.find(session);
+        if (--own->second == 0) places->ofSession.erase(own);
     }
     Place(Place const&) = delete;
     Place& operator=(Place const&) = delete;
 
 private:
-    std::shared_ptr<Places> places_;
-    std::int64_t session_;
+    std::shared_ptr<Places> places;
+    std::int64_t session;
 };
 
 EventStreams::EventStreams(ChangeFeed& changes, Sessions const& sessions,
                            std::chrono::milliseconds heartbeat)
-    : changes_(changes),
-      sessions_(sessions),
-      heartbeat_(heartbeat),
-      wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      places_(std::make_shared<Places>()) {
+    : changes(changes),
+      sessions(sessions),
+      heartbeat(heartbeat),
+      wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      places(std::make_shared<Places>()) {
     changes.Listen([this] {
-        changed_ = true;
+        changed = true;
         Wake();
     });
-    thread_ = std::thread([this] { Run(); });
+    thread = std::thread([this] { Run(); });
 }
 
 EventStreams::~EventStreams() {
     {
-        std::scoped_lock lock(mutex_);
-        stopping_ = true;
+        std::scoped_lock lock(mutex);
+        stopping = true;
     }
     Wake();
-    thread_.join();
-    for (Stream const& stream : streams_)
+    thread.join();
+    for (Stream const& stream : streams)
         ::close(stream.socket);
-    for (Stream const& stream : newcomers_)
+    for (Stream const& stream : newcomers)
         ::close(stream.socket);
-    ::close(wakeUp_);
+    ::close(wakeUp);
 }
 
 EventStreams::Follower EventStreams::MakeFollower(
@@ -128,30 +128,30 @@ EventStreams::Follower EventStreams::MakeFollower(
     std::optional<std::string> const& lastEventId) const {
     // Found out before the answer begins: whatever changes once the client has seen it, follows.
     std::optional<std::int64_t> last = lastEventId ? ParseNumber(*lastEventId) : std::nullopt;
-    bool resumes = last && changes_.Reaches(*last);
-    return {user, token, resumes ? *last : changes_.Position(), lastEventId && !resumes};
+    bool resumes = last && changes.Reaches(*last);
+    return {user, token, resumes ? *last : changes.Position(), lastEventId && !resumes};
 }
 
 std::shared_ptr<EventStreams::Place> EventStreams::Reserve(std::int64_t session) {
-    std::scoped_lock lock(places_->mutex);
-    if (places_->count >= places_->most) {
+    std::scoped_lock lock(places->mutex);
+    if (places->count >= places->most) {
         throw ApiError(503, "unavailable",
                        "As many clients as the service takes follow its changes.", 10);
     }
-    std::size_t& own = places_->ofSession[session];
+    std::size_t& own = places->ofSession[session];
     if (own >= kMostStreamsOfASession) {
         throw ApiError(429, "rate_limited",
                        "This session has as many streams of events as it may: 8.", 10);
     }
     ++own;
-    ++places_->count;
-    return std::make_shared<Place>(places_, session);
+    ++places->count;
+    return std::make_shared<Place>(places, session);
 }
 
 void EventStreams::Take(int socket, Follower const& follower, std::shared_ptr<Place> place) {
     {
-        std::scoped_lock lock(mutex_);
-        newcomers_.push_back(
+        std::scoped_lock lock(mutex);
+        newcomers.push_back(
             {.socket = socket,
              .follower = follower,
              .place = std::move(place),
@@ -162,36 +162,36 @@ void EventStreams::Take(int socket, Follower const& follower, std::shared_ptr<Pl
 }
 
 void EventStreams::Wake() const {
-    ::eventfd_write(wakeUp_, 1);
+    ::eventfd_write(wakeUp, 1);
 }
 
 void EventStreams::Run() {
     std::vector<pollfd> sources;
     for (;;) {
-        sources.assign(1, {wakeUp_, POLLIN, 0});
-        for (Stream const& stream : streams_) {
+        sources.assign(1, {wakeUp, POLLIN, 0});
+        for (Stream const& stream : streams) {
             short events = stream.outbox.empty() ? POLLIN : POLLIN | POLLOUT;
             sources.push_back({stream.socket, events, 0});
         }
         // Looked at each half a heartbeat, and sent after as long: none comes later than a whole
         // one.
-        ::poll(sources.data(), sources.size(), static_cast<int>(heartbeat_.count() / 2));
+        ::poll(sources.data(), sources.size(), static_cast<int>(heartbeat.count() / 2));
 
         auto source = sources.begin();
         eventfd_t ignored = 0;
-        bool woken = source->revents != 0 && ::eventfd_read(wakeUp_, &ignored) == 0;
+        bool woken = source->revents != 0 && ::eventfd_read(wakeUp, &ignored) == 0;
         // Newcomers are no reason to ask the store for everybody.
-        bool changed = changed_.exchange(false);
+        bool hasChanged = changed.exchange(false);
         Time now = std::chrono::steady_clock::now();
-        for (Stream& stream : streams_) {
+        for (Stream& stream : streams) {
             short events = (++source)->revents;
             if ((events & ~POLLOUT) != 0 && !Drain(stream.socket)) stream.over = true;
-            stream.behind |= changed;
+            stream.behind |= hasChanged;
         }
         if (woken && !TakeNewcomers(now)) return;
-        for (Stream& stream : streams_)
+        for (Stream& stream : streams)
             Serve(stream, now);
-        std::erase_if(streams_, [](Stream const& stream) {
+        std::erase_if(streams, [](Stream const& stream) {
             if (stream.over) ::close(stream.socket);
             return stream.over;
         });
@@ -200,22 +200,22 @@ void EventStreams::Run() {
 
 /// False when there is to be an end.
 bool EventStreams::TakeNewcomers(Time now) {
-    std::vector<Stream> newcomers;
+    std::vector<Stream> arrived;
     {
-        std::scoped_lock lock(mutex_);
-        if (stopping_) return false;
-        newcomers.swap(newcomers_);
+        std::scoped_lock lock(mutex);
+        if (stopping) return false;
+        arrived.swap(newcomers);
     }
-    for (Stream& stream : newcomers) {
+    for (Stream& stream : arrived) {
         stream.lastSent = now;
-        streams_.push_back(std::move(stream));
+        streams.push_back(std::move(stream));
     }
     return true;
 }
 
 void EventStreams::Serve(Stream& stream, Time now) {
     if (stream.over) return;
-    bool quiet = now - stream.lastSent >= heartbeat_ / 2;
+    bool quiet = now - stream.lastSent >= heartbeat / 2;
     try {
         if (stream.outbox.empty() && (stream.behind || quiet)) {
             if (!MayFollow(stream)) {
@@ -233,7 +233,7 @@ void EventStreams::Serve(Stream& stream, Time now) {
     std::size_t before = stream.outbox.size();
     if (!SendSome(stream.socket, stream.outbox)) stream.over = true;
     if (stream.outbox.size() < before) stream.lastSent = now;
-    if (!stream.outbox.empty() && now - stream.lastSent >= kStalledHeartbeats * heartbeat_) {
+    if (!stream.outbox.empty() && now - stream.lastSent >= kStalledHeartbeats * heartbeat) {
         stream.over = true;
     }
     // More than one batch, or changes while the last one was on its way.
@@ -241,16 +241,16 @@ void EventStreams::Serve(Stream& stream, Time now) {
 }
 
 void EventStreams::AddChanges(Stream& stream) const {
-    auto changes = changes_.After(stream.position, stream.follower.user, kBatch);
-    for (Change const& change : changes) {
+    auto batch = changes.After(stream.position, stream.follower.user, kBatch);
+    for (Change const& change : batch) {
         stream.outbox += ChangedEvent(change);
         stream.position = change.number;
     }
-    stream.behind = changes.size() == static_cast<std::size_t>(kBatch);
+    stream.behind = batch.size() == static_cast<std::size_t>(kBatch);
 }
 
 bool EventStreams::MayFollow(Stream const& stream) const {
-    return sessions_.Find(stream.follower.token).has_value();
+    return sessions.Find(stream.follower.token).has_value();
 }
 
 }  // namespace quilloservice

@@ -78,18 +78,18 @@ private:
     void AddChanges(Stream& stream) const;
     [[nodiscard]] bool MayFollow(Stream const& stream) const;
 
-    ChangeFeed const& changes_;
-    Sessions const& sessions_;
-    const std::chrono::milliseconds heartbeat_;
-    int const wakeUp_;  ///< an eventfd
-    std::atomic<bool> changed_ = false;
-    const std::shared_ptr<Places> places_;
-    std::list<Stream> streams_;  // the thread's
+    ChangeFeed const& changes;
+    Sessions const& sessions;
+    std::chrono::milliseconds const heartbeat;
+    int const wakeUp;  ///< an eventfd
+    std::atomic<bool> changed = false;
+    std::shared_ptr<Places> const places;
+    std::list<Stream> streams;  // the thread's
 
-    std::mutex mutex_;
-    std::vector<Stream> newcomers_;  // mutex_
-    bool stopping_ = false;          // mutex_
-    std::thread thread_;
+    std::mutex mutex;
+    std::vector<Stream> newcomers;  // mutex
+    bool stopping = false;          // mutex
+    std::thread thread;
 };
 
 }  // namespace quilloservice

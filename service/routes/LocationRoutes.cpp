@@ -68,7 +68,7 @@ void AddLocationRoutes(Api& api, Store const& store) {
         [](Database& database, Call const& call) {
             RequireNode(database, call.identity.user, call.ids[0], kind::Account);
             json workspaces = json::array();
-            for (const Node& node : ChildrenOf(database, call.ids[0])) {
+            for (Node const& node : ChildrenOf(database, call.ids[0])) {
                 workspaces.push_back(NamedJson(node));
             }
             return workspaces;
@@ -82,7 +82,7 @@ void AddLocationRoutes(Api& api, Store const& store) {
         [](Database& database, Call const& call) {
             RequireNode(database, call.identity.user, call.ids[0], kind::Folder);
             json assets = json::array();
-            for (const Node& node : ChildrenOf(database, call.ids[0])) {
+            for (Node const& node : ChildrenOf(database, call.ids[0])) {
                 assets.push_back(TypedJson(node));
             }
             return assets;

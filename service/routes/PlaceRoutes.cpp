@@ -28,7 +28,7 @@ struct PlaceKind {
 };
 
 std::vector<PlaceKind> const& Kinds() {
-    static const std::vector<PlaceKind> kinds = {
+    static std::vector<PlaceKind> const kinds = {
         {kind::Account, "/v1/accounts/{id}", "/v1/accounts", "account"},
         {kind::Workspace, "/v1/workspaces/{id}", "/v1/accounts/{id}/workspaces", "workspace"},
         {kind::Project, "/v1/projects/{id}", "/v1/workspaces/{id}/projects", "project"},
@@ -46,7 +46,7 @@ void AddPlaceRoutes(Api& api, Places& places) {
         };
         api.Add({"POST", each.addPath,
                  [&places, answer, kind = each.kind](Call& call) {
-                     const std::string& user = call.identity.user;
+                     std::string const& user = call.identity.user;
                      std::string name = call.ReadName();
                      answer(call, 201,
                             kind == kind::Account ? places.AddAccount(user, name)

@@ -10,7 +10,7 @@ using namespace std::chrono_literals;
 
 RateLimiter::RateLimiter(std::optional<RateLimit> forAll) {
     auto limit = [&](RequestKind kind) -> RateLimit& {
-        return limits_[static_cast<std::size_t>(kind)];
+        return limits[static_cast<std::size_t>(kind)];
     };
     limit(RequestKind::User) = {600, 60s};
     limit(RequestKind::Workspaces) = {200, 60s};
@@ -20,14 +20,14 @@ RateLimiter::RateLimiter(std::optional<RateLimit> forAll) {
     limit(RequestKind::Uploads) = {600, 60s};
     limit(RequestKind::Changes) = {600, 60s};
     limit(RequestKind::Tokens) = {600, 60s};
-    if (forAll) limits_.fill(*forAll);
+    if (forAll) limits.fill(*forAll);
 }
 
 RateLimiter::Decision RateLimiter::Admit(std::int64_t who, RequestKind kind, TimePoint now) {
-    RateLimit const& limit = limits_[static_cast<std::size_t>(kind)];
-    std::scoped_lock lock(mutex_);
+    RateLimit const& limit = limits[static_cast<std::size_t>(kind)];
+    std::scoped_lock lock(mutex);
     ForgetQuietSessions(now);
-    std::deque<TimePoint>& times = admitted_[{who, kind}];
+    std::deque<TimePoint>& times = admitted[{who, kind}];
     while (!times.empty() && now - times.front() >= limit.window)
         times.pop_front();
     if (times.size() < limit.requests) {
@@ -38,13 +38,13 @@ RateLimiter::Decision RateLimiter::Admit(std::int64_t who, RequestKind kind, Tim
 }
 
 void RateLimiter::ForgetQuietSessions(TimePoint now) {
-    if (admitted_.size() < sweepAt_) return;
-    std::erase_if(admitted_, [&](auto const& entry) {
-        const auto& [key, times] = entry;
-        auto window = limits_[static_cast<std::size_t>(key.second)].window;
+    if (admitted.size() < sweepAt) return;
+    std::erase_if(admitted, [&](auto const& entry) {
+        auto const& [key, times] = entry;
+        auto window = limits[static_cast<std::size_t>(key.second)].window;
         return times.empty() || now - times.back() >= window;
     });
-    sweepAt_ = std::max<std::size_t>(1024, admitted_.size() * 2);
+    sweepAt = std::max<std::size_t>(1024, admitted.size() * 2);
 }
 
 }  // namespace quilloservice

@@ -43,11 +43,11 @@ private:
 
     static constexpr std::size_t kKinds = static_cast<std::size_t>(RequestKind::Tokens) + 1;
 
-    std::array<RateLimit, kKinds> limits_;
-    std::mutex mutex_;
-    /// When each admitted request of the window came, oldest first. mutex_
-    std::map<std::pair<std::int64_t, RequestKind>, std::deque<TimePoint>> admitted_;
-    std::size_t sweepAt_ = 1024;  // mutex_
+    std::array<RateLimit, kKinds> limits;
+    std::mutex mutex;
+    /// When each admitted request of the window came, oldest first. mutex
+    std::map<std::pair<std::int64_t, RequestKind>, std::deque<TimePoint>> admitted;
+    std::size_t sweepAt = 1024;  // mutex
 };
 
 }  // namespace quilloservice

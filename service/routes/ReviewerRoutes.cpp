@@ -52,17 +52,17 @@ MovieVersion const* FindVersion(ReviewContent const& content, std::string const&
 class FilePart : public http::Content {
 public:
     FilePart(std::string const& path, ByteRange const& part)
-        : file_(path, File::Mode::Read), offset_(part.first) {}
+        : file(path, File::Mode::Read), offset(part.first) {}
 
     std::size_t Read(char* buffer, std::size_t size) override {
-        std::size_t count = file_.ReadAt(offset_, buffer, size);
-        offset_ += static_cast<std::int64_t>(count);
+        std::size_t count = file.ReadAt(offset, buffer, size);
+        offset += static_cast<std::int64_t>(count);
         return count;
     }
 
 private:
-    File file_;
-    std::int64_t offset_;
+    File file;
+    std::int64_t offset;
 };
 
 void AnswerMovie(Call& call, MovieVersion const& movie, DataDirectory const& directory) {
@@ -117,7 +117,7 @@ void AddReviewerRoutes(Api& api, ReviewLinks const& links, DataDirectory const& 
              }});
     api.Add({"GET", "/r/{id}/assets/{id}", [&links, &directory](Call& call) {
                  auto content = links.Find(call.ids[0]);
-                 const MovieVersion* movie = content ? FindVersion(*content, call.ids[1]) : nullptr;
+                 MovieVersion const* movie = content ? FindVersion(*content, call.ids[1]) : nullptr;
                  if (!movie) return AnswerNotFound(call);
                  AnswerMovie(call, *movie, directory);
              }});

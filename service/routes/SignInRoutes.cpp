@@ -23,7 +23,7 @@ namespace {
 
 TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes,
                 LocalUserSecret const* localUser) {
-    OAuthFields form = OAuthFields::InBody(call.request, call.body());
+    OAuthFields form = OAuthFields::InBody(call.request, call.GetBody());
     std::string const& client = form.RequireClient();
     std::string const& grant = form.Require("grant_type");
     if (grant == "authorization_code") {
@@ -58,11 +58,11 @@ class TokenEndpoint {
 public:
     TokenEndpoint(Sessions& sessions, AuthorizationCodes& codes, LocalUserSecret const* localUser,
                   std::optional<RateLimit> limit)
-        : sessions_(sessions), codes_(codes), localUser_(localUser), limiter_(limit) {}
+        : sessions(sessions), codes(codes), localUser(localUser), limiter(limit) {}
 
     void Grant(Call& call) {
         Answer(call, [&] {
-            TokenPair pair = quilloservice::Grant(call, sessions_, codes_, localUser_);
+            TokenPair pair = quilloservice::Grant(call, sessions, codes, localUser);
             call.Answer(200, {{"access_token", pair.access},
                               {"token_type", "Bearer"},
                               {"expires_in", Sessions::kAccessSeconds},
@@ -72,16 +72,16 @@ public:
 
     void Revoke(Call& call) {
         Answer(call, [&] {
-            OAuthFields form = OAuthFields::InBody(call.request, call.body());
+            OAuthFields form = OAuthFields::InBody(call.request, call.GetBody());
             if (form.Find("client_id")) static_cast<void>(form.RequireClient());
-            sessions_.Revoke(form.Require("token"));
+            sessions.Revoke(form.Require("token"));
             call.Answer(200, json::object());
         });
     }
 
     void Describe(Call& call) const {
         call.Answer(
-            200, DescribeAuthorizationServer("http://" + call.request.host, localUser_ != nullptr));
+            200, DescribeAuthorizationServer("http://" + call.request.host, localUser != nullptr));
     }
 
 private:
@@ -90,7 +90,7 @@ private:
         call.response.SetHeader("Cache-Control", "no-store");
         call.response.SetHeader("Pragma", "no-cache");
         try {
-            CountRequest(call, limiter_, AddressKey(call), RequestKind::Tokens);
+            CountRequest(call, limiter, AddressKey(call), RequestKind::Tokens);
             answer();
         } catch (OAuthError const& error) {
             call.Answer(400, {{"error", error.error}, {"error_description", error.description}});
@@ -104,10 +104,10 @@ private:
         }
     }
 
-    Sessions& sessions_;
-    AuthorizationCodes& codes_;
-    LocalUserSecret const* localUser_;
-    RateLimiter limiter_;
+    Sessions& sessions;
+    AuthorizationCodes& codes;
+    LocalUserSecret const* localUser;
+    RateLimiter limiter;
 };
 
 }  // namespace

@@ -22,13 +22,13 @@ namespace {
 /// Says where each upload's connection is to be cut, once, for tests of clients. Any thread.
 class DropFault {
 public:
-    explicit DropFault(std::optional<std::int64_t> afterBytes) : afterBytes_(afterBytes) {}
+    explicit DropFault(std::optional<std::int64_t> afterBytes) : afterBytes(afterBytes) {}
 
     /// How much of `size` bytes at `offset` the service gets to see; nothing: all of them.
     std::optional<std::size_t> CutWithin(UploadRecord const& upload, std::int64_t offset,
                                          std::size_t size) {
-        if (!afterBytes_ || *afterBytes_ >= upload.length) return std::nullopt;
-        std::int64_t room = *afterBytes_ - offset;
+        if (!afterBytes || *afterBytes >= upload.length) return std::nullopt;
+        std::int64_t room = *afterBytes - offset;
         if (room <= 0 || room > static_cast<std::int64_t>(size) || !Strikes(upload.id)) {
             return std::nullopt;
         }
@@ -37,18 +37,18 @@ public:
 
     /// Whether the last answer is to be lost: the place to cut lies at or past the upload's end.
     bool CutsLastAnswer(UploadRecord const& upload) {
-        return afterBytes_ && *afterBytes_ >= upload.length && Strikes(upload.id);
+        return afterBytes && *afterBytes >= upload.length && Strikes(upload.id);
     }
 
 private:
     bool Strikes(std::string const& upload) {
-        std::scoped_lock lock(mutex_);
-        return struck_.insert(upload).second;
+        std::scoped_lock lock(mutex);
+        return struck.insert(upload).second;
     }
 
-    std::optional<std::int64_t> afterBytes_;
-    std::mutex mutex_;
-    std::set<std::string> struck_;  // mutex_
+    std::optional<std::int64_t> afterBytes;
+    std::mutex mutex;
+    std::set<std::string> struck;  // mutex
 };
 
 /// `answer` for clients that speak the protocol's version only.
@@ -120,47 +120,47 @@ void Head(Call& call, Uploads const& uploads) {
 class AppendSink : public BodySink {
 public:
     AppendSink(Call& call, Uploads& uploads, DropFault& fault)
-        : call_(call),
-          uploads_(uploads),
-          fault_(fault),
-          request_{.offset = RequiredNumber(call, "Upload-Offset"),
-                   .bodyLength = call.request.bodyLength,
-                   .checksum = ReadChecksum(call),
-                   .contentSha256 = ReadContentSha256(call)} {}
+        : call(call),
+          uploads(uploads),
+          fault(fault),
+          request{.offset = RequiredNumber(call, "Upload-Offset"),
+                  .bodyLength = call.request.bodyLength,
+                  .checksum = ReadChecksum(call),
+                  .contentSha256 = ReadContentSha256(call)} {}
 
     void Open() override {
-        append_ = uploads_.BeginAppend(call_.identity.user, call_.ids[0], request_, call_.abort());
-        offset_ = request_.offset;
+        append = uploads.BeginAppend(call.identity.user, call.ids[0], request, call.GetAbort());
+        offset = request.offset;
     }
 
     void Take(std::string_view piece) override {
-        if (auto seen = fault_.CutWithin(append_->upload(), offset_, piece.size())) {
+        if (auto seen = fault.CutWithin(append->GetUpload(), offset, piece.size())) {
             // As a connection that breaks there: what came before it is kept or not, and only then
             // does the client notice.
-            call_.response.cut = true;
-            append_->Take(piece.substr(0, *seen));
-            append_->Finish(false);
+            call.response.cut = true;
+            append->Take(piece.substr(0, *seen));
+            append->Finish(false);
         }
-        append_->Take(piece);
-        offset_ += static_cast<std::int64_t>(piece.size());
+        append->Take(piece);
+        offset += static_cast<std::int64_t>(piece.size());
     }
 
     void Finish(bool complete) override {
-        std::int64_t offset = append_->Finish(complete);
-        call_.response.status = 204;
-        call_.response.SetHeader("Upload-Offset", std::to_string(offset));
-        if (offset == append_->upload().length && fault_.CutsLastAnswer(append_->upload())) {
-            call_.response.cut = true;
+        std::int64_t end = append->Finish(complete);
+        call.response.status = 204;
+        call.response.SetHeader("Upload-Offset", std::to_string(end));
+        if (end == append->GetUpload().length && fault.CutsLastAnswer(append->GetUpload())) {
+            call.response.cut = true;
         }
     }
 
 private:
-    Call& call_;
-    Uploads& uploads_;
-    DropFault& fault_;
-    AppendRequest request_;
-    std::shared_ptr<UploadAppend> append_;
-    std::int64_t offset_ = 0;
+    Call& call;
+    Uploads& uploads;
+    DropFault& fault;
+    AppendRequest request;
+    std::shared_ptr<UploadAppend> append;
+    std::int64_t offset = 0;
 };
 
 std::unique_ptr<BodySink> OpenAppend(Call& call, Uploads& uploads, DropFault& fault) {

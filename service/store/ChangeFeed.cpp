@@ -45,11 +45,11 @@ void ChangeFeed::RecordChildren(Database& database, Node const& parent) {
 }
 
 std::int64_t ChangeFeed::Position() const {
-    return store_.Read([](Database& database) { return LastNumber(database); });
+    return store.Read([](Database& database) { return LastNumber(database); });
 }
 
 bool ChangeFeed::Reaches(std::int64_t number) const {
-    return store_.Read([&](Database& database) {
+    return store.Read([&](Database& database) {
         std::int64_t last = LastNumber(database);
         Statement row = database.Query("SELECT coalesce(min(seq), ?) FROM changes", last + 1);
         row.Next();
@@ -59,7 +59,7 @@ bool ChangeFeed::Reaches(std::int64_t number) const {
 
 std::vector<Change> ChangeFeed::After(std::int64_t number, std::string_view user,
                                       std::int64_t most) const {
-    return store_.Read([&](Database& database) {
+    return store.Read([&](Database& database) {
         Statement row = database.Query(
             "SELECT seq, list, parent FROM changes WHERE seq > ? AND (audience = ? OR audience IN "
             "(SELECT account FROM memberships WHERE user = ?)) ORDER BY seq LIMIT ?",

@@ -26,7 +26,7 @@ struct Change {
 /// thousand are kept, for those who come back. Any thread.
 class ChangeFeed {
 public:
-    explicit ChangeFeed(Store const& store) : store_(store) {}
+    explicit ChangeFeed(Store const& store) : store(store) {}
 
     // In the transaction that changes the list:
 
@@ -37,11 +37,11 @@ public:
 
     /// Tells the listener that there is something new. After the transaction.
     void Announce() const {
-        if (listener_) listener_();
+        if (listener) listener();
     }
 
-    /// `listener` is called by each Announce, on its thread. Before there is any.
-    void Listen(std::function<void()> listener) { listener_ = std::move(listener); }
+    /// `function` is called by each Announce, on its thread. Before there is any.
+    void Listen(std::function<void()> function) { listener = std::move(function); }
 
     /// The number of the last change there was.
     [[nodiscard]] std::int64_t Position() const;
@@ -54,8 +54,8 @@ public:
                                             std::int64_t most) const;
 
 private:
-    Store const& store_;
-    std::function<void()> listener_;
+    Store const& store;
+    std::function<void()> listener;
 };
 
 }  // namespace quilloservice

@@ -62,7 +62,7 @@ Descriptor OpenDirectory(int parent, std::string const& name, std::string const&
         throw std::runtime_error(path + " is no directory, or a link, which is not followed");
     }
     if (!directory) Fail("cannot open " + path);
-    if ((RequireOwn(directory.get(), path).st_mode & kWritableByOthers) != 0) {
+    if ((RequireOwn(directory.GetNumber(), path).st_mode & kWritableByOthers) != 0) {
         throw std::runtime_error("other users can write to " + path + "; run chmod go-w '" + path +
                                  "', or name another directory with --data");
     }
@@ -71,14 +71,14 @@ Descriptor OpenDirectory(int parent, std::string const& name, std::string const&
 
 }  // namespace
 
-DataDirectory::DataDirectory(std::string const& path) {
-    MakeDirectory(path);
+DataDirectory::DataDirectory(std::string const& given) {
+    MakeDirectory(given);
     // With no link left in it, nothing that is opened below it later goes by one.
-    path_ = std::filesystem::canonical(path);
-    directory_ = OpenDirectory(AT_FDCWD, path_, path_, O_NOFOLLOW);
-    lock_ = OpenFile("lock", O_CREAT);
-    if (::flock(lock_.get(), LOCK_EX | LOCK_NB) != 0) {
-        throw std::runtime_error("another quillo-service is running on " + path_ +
+    path = std::filesystem::canonical(given);
+    directory = OpenDirectory(AT_FDCWD, path, path, O_NOFOLLOW);
+    lock = OpenFile("lock", O_CREAT);
+    if (::flock(lock.GetNumber(), LOCK_EX | LOCK_NB) != 0) {
+        throw std::runtime_error("another quillo-service is running on " + path +
                                  "; stop it, or give this one a --data directory of its own");
     }
     for (char const* folder : {"uploads", "movies", "set-aside"})
@@ -90,26 +90,26 @@ DataDirectory::DataDirectory(std::string const& path) {
 }
 
 void DataDirectory::MakeFolder(std::string const& name) const {
-    std::string path = path_ + "/" + name;
-    if (::mkdirat(directory_.get(), name.c_str(), kOwnDirectory) != 0 && errno != EEXIST) {
-        Fail("cannot make " + path);
+    std::string whole = path + "/" + name;
+    if (::mkdirat(directory.GetNumber(), name.c_str(), kOwnDirectory) != 0 && errno != EEXIST) {
+        Fail("cannot make " + whole);
     }
-    OpenDirectory(directory_.get(), name, path, O_NOFOLLOW);
+    OpenDirectory(directory.GetNumber(), name, whole, O_NOFOLLOW);
 }
 
 Descriptor DataDirectory::OpenFile(std::string const& name, int flags) const {
-    std::string path = path_ + "/" + name;
+    std::string whole = path + "/" + name;
     // Not to wait for the other end, should it be a pipe.
-    Descriptor file(::openat(directory_.get(), name.c_str(),
+    Descriptor file(::openat(directory.GetNumber(), name.c_str(),
                              O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, kOwnFile));
     if (!file && errno == ENOENT) return file;
     if (!file && errno == ELOOP)
-        throw std::runtime_error(path + " is a link, which is not followed");
-    if (!file) Fail("cannot open " + path);
-    struct stat status = RequireOwn(file.get(), path);
-    if (!S_ISREG(status.st_mode)) throw std::runtime_error(path + " is no plain file");
-    if ((status.st_mode & kOpenToOthers) != 0 && ::fchmod(file.get(), kOwnFile) != 0) {
-        Fail("cannot close " + path + " to other users");
+        throw std::runtime_error(whole + " is a link, which is not followed");
+    if (!file) Fail("cannot open " + whole);
+    struct stat status = RequireOwn(file.GetNumber(), whole);
+    if (!S_ISREG(status.st_mode)) throw std::runtime_error(whole + " is no plain file");
+    if ((status.st_mode & kOpenToOthers) != 0 && ::fchmod(file.GetNumber(), kOwnFile) != 0) {
+        Fail("cannot close " + whole + " to other users");
     }
     return file;
 }
@@ -124,13 +124,13 @@ std::string DataDirectory::MoviePath(std::string_view id) const {
 
 std::string DataDirectory::PathOf(std::string_view folder, std::string_view id) const {
     if (!IsUuid(id)) throw std::invalid_argument("not a UUID");
-    return path_ + std::string(folder) + std::string(id);
+    return path + std::string(folder) + std::string(id);
 }
 
 std::int64_t DataDirectory::FreeBytes() const {
     constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
     struct statvfs disk {};
-    if (::fstatvfs(directory_.get(), &disk) != 0 || disk.f_blocks == 0) return most;
+    if (::fstatvfs(directory.GetNumber(), &disk) != 0 || disk.f_blocks == 0) return most;
     auto blocks = static_cast<std::uint64_t>(disk.f_bavail);
     if (blocks > static_cast<std::uint64_t>(most) / disk.f_frsize) return most;
     return static_cast<std::int64_t>(blocks * disk.f_frsize);
@@ -140,13 +140,13 @@ std::string DataDirectory::SetMovieAside(std::string_view id) const {
     std::string kept = PathOf("/set-aside/", id);
     if (std::filesystem::exists(kept)) throw std::runtime_error(kept + " is there already");
     std::filesystem::rename(MoviePath(id), kept);
-    SyncDirectory(path_ + "/set-aside");
+    SyncDirectory(path + "/set-aside");
     SyncDirectory(MoviesPath());
     return kept;
 }
 
 int DataDirectory::LastPort() const {
-    std::optional<File> file = File::OpenExisting(path_ + "/port");
+    std::optional<File> file = File::OpenExisting(path + "/port");
     if (!file) return 0;
     std::string text(16, '\0');
     text.resize(file->ReadAt(0, text.data(), text.size()));
@@ -157,7 +157,7 @@ int DataDirectory::LastPort() const {
 void DataDirectory::RememberPort(int port) const {
     std::string text = std::to_string(port) + '\n';
     try {
-        File file(path_ + "/port", File::Mode::Write);
+        File file(path + "/port", File::Mode::Write);
         file.WriteAt(0, text);
         file.Truncate(static_cast<std::int64_t>(text.size()));
     } catch (std::exception const& error) {

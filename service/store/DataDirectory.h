@@ -19,8 +19,8 @@ public:
     /// another service has it.
     explicit DataDirectory(std::string const& path);
 
-    [[nodiscard]] std::string StorePath() const { return path_ + "/store.sqlite"; }
-    [[nodiscard]] std::string MoviesPath() const { return path_ + "/movies"; }
+    [[nodiscard]] std::string StorePath() const { return path + "/store.sqlite"; }
+    [[nodiscard]] std::string MoviesPath() const { return path + "/movies"; }
 
     /// Where an upload grows, and where the movie it becomes stands. `id` has to be a UUID; any
     /// other text throws, so that nothing a client sends can become a path.
@@ -45,9 +45,9 @@ private:
     /// Opens a file of the service's own and closes it to other users; nothing when it is missing.
     Descriptor OpenFile(std::string const& name, int flags) const;
 
-    std::string path_;
-    Descriptor directory_;
-    Descriptor lock_;
+    std::string path;
+    Descriptor directory;
+    Descriptor lock;
 };
 
 }  // namespace quilloservice

@@ -44,7 +44,7 @@ public:
 
 private:
     friend class Database;
-    Statement(Database& database, std::string sql);
+    Statement(Database& database, std::string text);
 
     template <typename... Arguments>
     Statement(Database& database, std::string sql, Arguments const&... arguments)
@@ -66,9 +66,9 @@ private:
     void BindText(int index, std::string_view text);
     void BindNumber(int index, std::int64_t number);
 
-    Database& database_;
-    std::string sql_;
-    sqlite3_stmt* handle_;
+    Database& database;
+    std::string sql;
+    sqlite3_stmt* handle;
 };
 
 /// One connection to a SQLite file. One thread at a time.
@@ -105,8 +105,8 @@ private:
     void Check(int result, std::string_view doing) const;
     int Changes() const;
 
-    sqlite3* handle_ = nullptr;
-    std::unordered_multimap<std::string, std::unique_ptr<sqlite3_stmt, Finalize>> idle_;
+    sqlite3* handle = nullptr;
+    std::unordered_multimap<std::string, std::unique_ptr<sqlite3_stmt, Finalize>> idle;
 };
 
 }  // namespace quilloservice

@@ -69,7 +69,7 @@ void DeleteNode(Database& database, Node const& node) {
 }  // namespace
 
 Place Places::AddAccount(std::string const& user, std::string const& name) {
-    Place place = store_.Write([&](Database& database) {
+    Place place = store.Write([&](Database& database) {
         std::string id = NewUuid();
         Node account{id, std::string(kind::Account), id, std::nullopt, name};
         InsertNode(database, account);
@@ -77,13 +77,13 @@ Place Places::AddAccount(std::string const& user, std::string const& name) {
         RecordList(database, account);
         return Place{account, std::nullopt};
     });
-    changes_.Announce();
+    changes.Announce();
     return place;
 }
 
 Place Places::Add(std::string const& user, std::string_view kind, std::string const& parent,
                   std::string const& name) {
-    Place place = store_.Write([&](Database& database) {
+    Place place = store.Write([&](Database& database) {
         Node above = RequireNode(database, user, parent, KindOfParent(kind));
         Place made{{NewUuid(), std::string(kind), above.account, above.id, name}, std::nullopt};
         InsertNode(database, made.node);
@@ -95,13 +95,13 @@ Place Places::Add(std::string const& user, std::string_view kind, std::string co
         RecordList(database, made.node);
         return made;
     });
-    changes_.Announce();
+    changes.Announce();
     return place;
 }
 
 Place Places::Rename(std::string const& user, std::string_view kind, std::string const& id,
                      std::string const& name) {
-    Place place = store_.Write([&](Database& database) {
+    Place place = store.Write([&](Database& database) {
         Node node = RequirePlace(database, user, kind, id);
         std::optional<Node> root = RootOf(database, node);
         SetName(database, node, name);
@@ -113,12 +113,12 @@ Place Places::Rename(std::string const& user, std::string_view kind, std::string
         RecordList(database, node);
         return Place{node, root};
     });
-    changes_.Announce();
+    changes.Announce();
     return place;
 }
 
 void Places::Remove(std::string const& user, std::string_view kind, std::string const& id) {
-    store_.Write([&](Database& database) {
+    store.Write([&](Database& database) {
         Node node = RequirePlace(database, user, kind, id);
         RequireEmpty(database, node);
         RecordList(database, node);
@@ -126,7 +126,7 @@ void Places::Remove(std::string const& user, std::string_view kind, std::string 
         database.Run("DELETE FROM memberships WHERE account = ?", node.id);
         DeleteNode(database, node);
     });
-    changes_.Announce();
+    changes.Announce();
 }
 
 }  // namespace quilloservice

@@ -22,7 +22,7 @@ struct Place {
 /// what is asked for would lose something. Any thread.
 class Places {
 public:
-    Places(Store& store, ChangeFeed& changes) : store_(store), changes_(changes) {}
+    Places(Store& store, ChangeFeed& changes) : store(store), changes(changes) {}
 
     /// Makes an account with `user` as its one member.
     Place AddAccount(std::string const& user, std::string const& name);
@@ -39,8 +39,8 @@ public:
     void Remove(std::string const& user, std::string_view kind, std::string const& id);
 
 private:
-    Store& store_;
-    ChangeFeed& changes_;
+    Store& store;
+    ChangeFeed& changes;
 };
 
 }  // namespace quilloservice

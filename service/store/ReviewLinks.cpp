@@ -44,8 +44,8 @@ std::vector<MovieVersion> VersionsOf(Database& database, std::string const& asse
 Node ReviewLinks::Create(std::string const& user, std::string const& project,
                          std::string const& name,
                          std::optional<std::string> const& idempotencyKey) {
-    return store_.Write([&](Database& database) {
-        std::int64_t now = clock_();
+    return store.Write([&](Database& database) {
+        std::int64_t now = clock();
         IdempotentRequest repeatable{user, idempotencyKey.value_or(""),
                                      "review link " + project + " " + name};
         if (idempotencyKey) {
@@ -63,10 +63,10 @@ Node ReviewLinks::Create(std::string const& user, std::string const& project,
 
 std::int64_t ReviewLinks::AddAssets(std::string const& user, std::string const& link,
                                     std::vector<std::string> const& assets) {
-    return store_.Write([&](Database& database) {
+    return store.Write([&](Database& database) {
         RequireNode(database, user, link, kind::ReviewLink);
         std::int64_t added = 0;
-        for (const std::string& asset : assets) {
+        for (std::string const& asset : assets) {
             added += database.Run("INSERT OR IGNORE INTO link_assets (link, asset) VALUES (?, ?)",
                                   link, LinkedAsset(database, user, asset));
         }
@@ -75,7 +75,7 @@ std::int64_t ReviewLinks::AddAssets(std::string const& user, std::string const& 
 }
 
 std::optional<ReviewContent> ReviewLinks::Find(std::string const& link) const {
-    return store_.Read([&](Database& database) -> std::optional<ReviewContent> {
+    return store.Read([&](Database& database) -> std::optional<ReviewContent> {
         std::optional<Node> node = FindNode(database, link);
         if (!node || node->kind != kind::ReviewLink) return std::nullopt;
         ReviewContent content{node->id, node->name, {}};

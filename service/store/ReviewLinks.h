@@ -37,7 +37,7 @@ struct ReviewContent {
 /// Any thread.
 class ReviewLinks {
 public:
-    ReviewLinks(Store& store, Clock clock) : store_(store), clock_(std::move(clock)) {}
+    ReviewLinks(Store& store, Clock clock) : store(store), clock(std::move(clock)) {}
 
     /// Makes a link in a project, or finds the one that the same request with the same key made.
     Node Create(std::string const& user, std::string const& project, std::string const& name,
@@ -50,8 +50,8 @@ public:
     [[nodiscard]] std::optional<ReviewContent> Find(std::string const& link) const;
 
 private:
-    Store& store_;
-    Clock clock_;
+    Store& store;
+    Clock clock;
 };
 
 }  // namespace quilloservice

@@ -14,17 +14,17 @@ namespace {
 /// Writes nodes whose IDs follow from where they stand.
 class Planter {
 public:
-    explicit Planter(Database& database) : database_(database) {}
+    explicit Planter(Database& database) : database(database) {}
 
     void User(std::string const& id, std::string_view name) {
-        database_.Run("INSERT INTO users (id, name) VALUES (?, ?)", id, name);
+        database.Run("INSERT INTO users (id, name) VALUES (?, ?)", id, name);
     }
 
     Node Account(std::string const& user, std::string const& name) {
         std::string id = UuidOf("account/" + name);
         Node account{id, std::string(kind::Account), id, std::nullopt, name};
-        InsertNode(database_, account);
-        database_.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", user, id);
+        InsertNode(database, account);
+        database.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", user, id);
         return account;
     }
 
@@ -36,7 +36,7 @@ public:
                    parent.id,
                    name,
                    version};
-        InsertNode(database_, child);
+        InsertNode(database, child);
         return child;
     }
 
@@ -53,7 +53,7 @@ public:
     }
 
 private:
-    Database& database_;
+    Database& database;
 };
 
 void PlantSmall(Planter& plant, std::string const& user) {

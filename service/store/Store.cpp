@@ -4,44 +4,44 @@
 
 namespace quilloservice {
 
-Store::Store(std::string path) : path_(std::move(path)), writer_(path_) {
+Store::Store(std::string file) : path(std::move(file)), writer(path) {
     Write([](Database& database) { MakeTables(database); });
 }
 
 Store::Reader::Reader(Store const& owner) : store(owner) {
     {
-        std::scoped_lock lock(store.readersMutex_);
-        if (!store.idleReaders_.empty()) {
-            database = std::move(store.idleReaders_.back());
-            store.idleReaders_.pop_back();
+        std::scoped_lock lock(store.readersMutex);
+        if (!store.idleReaders.empty()) {
+            database = std::move(store.idleReaders.back());
+            store.idleReaders.pop_back();
         }
     }
-    if (!database) database = std::make_unique<Database>(store.path_);
+    if (!database) database = std::make_unique<Database>(store.path);
 }
 
 Store::Reader::~Reader() {
-    std::scoped_lock lock(store.readersMutex_);
-    store.idleReaders_.push_back(std::move(database));
+    std::scoped_lock lock(store.readersMutex);
+    store.idleReaders.push_back(std::move(database));
 }
 
-Store::Transaction::Transaction(Database& database, Durability durability) : database_(database) {
-    database_.RunScript(durability == Durability::Disk
-                            ? "PRAGMA synchronous = FULL; BEGIN IMMEDIATE"
-                            : "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE");
+Store::Transaction::Transaction(Database& database, Durability durability) : database(database) {
+    database.RunScript(durability == Durability::Disk
+                           ? "PRAGMA synchronous = FULL; BEGIN IMMEDIATE"
+                           : "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE");
 }
 
 Store::Transaction::~Transaction() {
-    if (!open_) return;
+    if (!open) return;
     try {
-        database_.RunScript("ROLLBACK");
+        database.RunScript("ROLLBACK");
     } catch (DatabaseError const&) {
         // SQLite has already rolled back, as it does when the disk is full.
     }
 }
 
 void Store::Transaction::Commit() {
-    database_.RunScript("COMMIT");
-    open_ = false;
+    database.RunScript("COMMIT");
+    open = false;
 }
 
 }  // namespace quilloservice

@@ -19,7 +19,7 @@ public:
     enum class Durability { Disk, Process };
 
     /// Opens the file, makes or upgrades its tables.
-    explicit Store(std::string path);
+    explicit Store(std::string file);
 
     /// Runs `work(Database&)`, which must only read, on a connection of its own.
     template <typename Work>
@@ -32,13 +32,13 @@ public:
     /// short: no file is to be synced, no client to be waited for in it.
     template <typename Work>
     auto Write(Work&& work, Durability durability = Durability::Disk) {
-        std::scoped_lock lock(writing_);
-        Transaction transaction(writer_, durability);
-        if constexpr (std::is_void_v<decltype(work(writer_))>) {
-            work(writer_);
+        std::scoped_lock lock(writing);
+        Transaction transaction(writer, durability);
+        if constexpr (std::is_void_v<decltype(work(writer))>) {
+            work(writer);
             transaction.Commit();
         } else {
-            auto result = work(writer_);
+            auto result = work(writer);
             transaction.Commit();
             return result;
         }
@@ -63,15 +63,15 @@ private:
         void Commit();
 
     private:
-        Database& database_;
-        bool open_ = true;
+        Database& database;
+        bool open = true;
     };
 
-    std::string path_;
-    std::mutex writing_;
-    Database writer_;  // writing_
-    mutable std::mutex readersMutex_;
-    mutable std::vector<std::unique_ptr<Database>> idleReaders_;  // readersMutex_
+    std::string path;
+    std::mutex writing;
+    Database writer;  // writing
+    mutable std::mutex readersMutex;
+    mutable std::vector<std::unique_ptr<Database>> idleReaders;  // readersMutex
 };
 
 }  // namespace quilloservice

@@ -30,22 +30,22 @@ public:
         ~Lease();
 
         /// Belongs to the holder of the lease.
-        [[nodiscard]] Progress& progress() const { return *progress_; }
+        [[nodiscard]] Progress& GetProgress() const { return *progress; }
 
         /// Lets the checksum go: the upload is published, or the file says better.
-        void Forget() { keep_ = false; }
+        void Forget() { keep = false; }
         /// Keeps the checksum for the next request.
-        void Keep() { keep_ = true; }
+        void Keep() { keep = true; }
 
     private:
         friend class LiveUploads;
         Lease(LiveUploads& owner, std::string id, Progress& progress)
-            : owner_(&owner), id_(std::move(id)), progress_(&progress) {}
+            : owner(&owner), id(std::move(id)), progress(&progress) {}
 
-        LiveUploads* owner_;
-        std::string id_;
-        Progress* progress_;
-        bool keep_ = false;
+        LiveUploads* owner;
+        std::string id;
+        Progress* progress;
+        bool keep = false;
     };
 
     /// Nothing when another request holds the lease of this upload.
@@ -62,8 +62,8 @@ private:
         std::weak_ptr<UploadAppend> holder{};
     };
 
-    std::mutex mutex_;
-    std::map<std::string, Entry> entries_;  // mutex_
+    std::mutex mutex;
+    std::map<std::string, Entry> entries;  // mutex
 };
 
 }  // namespace quilloservice

@@ -56,7 +56,7 @@ std::int64_t EnterStack(Database& database, UploadRecord const& upload, Node con
 }  // namespace
 
 Publisher::Publisher(DataDirectory const& directory, Store& store, ChangeFeed& changes, Clock clock)
-    : directory_(directory), store_(store), changes_(changes), clock_(std::move(clock)) {}
+    : directory(directory), store(store), changes(changes), clock(std::move(clock)) {}
 
 void Publisher::AdmitToStack(Database& database, std::string const& user, Node const& folder,
                              std::string const& stack) {
@@ -81,17 +81,17 @@ void Publisher::AdmitToStack(Database& database, std::string const& user, Node c
 }
 
 void Publisher::Publish(UploadRecord const& upload, File& file, Digest const& whole) {
-    store_.Read([&](Database& database) {
+    store.Read([&](Database& database) {
         if (upload.stack) CheckStack(database, upload.user, *upload.stack);
     });
     file.Sync();
-    std::filesystem::rename(directory_.UploadPath(upload.id), directory_.MoviePath(upload.asset));
-    SyncDirectory(directory_.MoviesPath());
+    std::filesystem::rename(directory.UploadPath(upload.id), directory.MoviePath(upload.asset));
+    SyncDirectory(directory.MoviesPath());
     Record(upload, whole);
 }
 
 bool Publisher::FinishInterrupted(UploadRecord const& upload) {
-    std::optional<File> movie = File::OpenExisting(directory_.MoviePath(upload.asset));
+    std::optional<File> movie = File::OpenExisting(directory.MoviePath(upload.asset));
     if (!movie) return false;
     if (std::int64_t size = movie->Size(); size != upload.length) {
         SetAside(upload,
@@ -115,8 +115,8 @@ bool Publisher::FinishInterrupted(UploadRecord const& upload) {
 }
 
 void Publisher::SetAside(UploadRecord const& upload, std::string const& reason) {
-    std::string kept = directory_.SetMovieAside(upload.asset);
-    store_.Write([&](Database& database) { ForgetUpload(database, upload.id); });
+    std::string kept = directory.SetMovieAside(upload.asset);
+    store.Write([&](Database& database) { ForgetUpload(database, upload.id); });
     std::fprintf(stderr,
                  "quillo-service: the movie of upload %s cannot be published and is kept as %s: "
                  "%s\n",
@@ -125,7 +125,7 @@ void Publisher::SetAside(UploadRecord const& upload, std::string const& reason) 
 
 void Publisher::Record(UploadRecord const& upload, Digest const& whole) {
     std::string sha256 = ToHex(whole.Value());
-    store_.Write([&](Database& database) {
+    store.Write([&](Database& database) {
         if (upload.stack) CheckStack(database, upload.user, *upload.stack);
         Node folder = RequireNode(database, upload.user, upload.folder, kind::Folder);
         Node file{upload.asset, std::string(kind::File), folder.account, folder.id, upload.name};
@@ -137,16 +137,16 @@ void Publisher::Record(UploadRecord const& upload, Digest const& whole) {
         database.Run(
             "INSERT INTO movies (asset, bytes, sha256, media_type, published_at) "
             "VALUES (?, ?, ?, ?, ?)",
-            upload.asset, upload.length, sha256, upload.mediaType, clock_());
+            upload.asset, upload.length, sha256, upload.mediaType, clock());
         database.Run("UPDATE uploads SET published = 1, confirmed = length WHERE id = ?",
                      upload.id);
         ChangeFeed::RecordChildren(database, folder);
     });
-    changes_.Announce();
+    changes.Announce();
 }
 
 PublishedAsset Publisher::Find(UploadRecord const& upload) const {
-    return store_.Read([&](Database& database) {
+    return store.Read([&](Database& database) {
         Statement row = database.Query(
             "SELECT file.id, file.name, file.version, coalesce(stack.parent, file.parent), "
             "       sha256, bytes "

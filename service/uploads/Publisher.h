@@ -56,10 +56,10 @@ private:
     void Record(UploadRecord const& upload, Digest const& whole);
     void SetAside(UploadRecord const& upload, std::string const& reason);
 
-    DataDirectory const& directory_;
-    Store& store_;
-    ChangeFeed& changes_;
-    Clock clock_;
+    DataDirectory const& directory;
+    Store& store;
+    ChangeFeed& changes;
+    Clock clock;
 };
 
 }  // namespace quilloservice

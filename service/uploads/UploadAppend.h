@@ -48,7 +48,7 @@ public:
     UploadAppend(Parts parts, UploadRecord upload, LiveUploads::Lease lease, File file,
                  AppendRequest request, std::function<void()> onOvertaken);
 
-    [[nodiscard]] UploadRecord const& upload() const { return upload_; }
+    [[nodiscard]] UploadRecord const& GetUpload() const { return upload; }
 
     /// Throws ApiError when the body goes past the upload's length, the disk is full, or another
     /// request has taken the upload over. The append is over then.
@@ -64,7 +64,7 @@ public:
     bool GiveWay();
 
 private:
-    [[nodiscard]] std::int64_t end() const { return lease_->progress().offset; }
+    [[nodiscard]] std::int64_t GetEnd() const { return lease->GetProgress().offset; }
     void Write(std::string_view bytes);
     std::int64_t FinishBody(bool complete);
     void TakeBack();
@@ -73,17 +73,17 @@ private:
     void Confirm(std::int64_t offset);
     void Complete();
 
-    Parts parts_;
-    const UploadRecord upload_;
-    const AppendRequest request_;
-    std::function<void()> onOvertaken_;
-    std::atomic<bool> finishing_ = false;
+    Parts parts;
+    UploadRecord const upload;
+    AppendRequest const request;
+    std::function<void()> onOvertaken;
+    std::atomic<bool> finishing = false;
 
-    std::mutex mutex_;
-    std::optional<LiveUploads::Lease> lease_;  // mutex_; nothing once the append is over
-    File file_;                                // mutex_
-    std::optional<Digest> body_;               // mutex_; absent where the whole movie's will do
-    LiveUploads::Progress confirmed_;          // mutex_; what the append can be taken back to
+    std::mutex mutex;
+    std::optional<LiveUploads::Lease> lease;  // mutex; nothing once the append is over
+    File file;                                // mutex
+    std::optional<Digest> body;               // mutex; absent where the whole movie's will do
+    LiveUploads::Progress confirmed;          // mutex; what the append can be taken back to
 };
 
 }  // namespace quilloservice

@@ -53,48 +53,48 @@ void Attempt(std::string const& what, Work&& work) {
 
 Uploads::Uploads(DataDirectory const& directory, Store& store, ChangeFeed& changes, Clock clock,
                  FreeBytes freeBytes)
-    : directory_(directory),
-      store_(store),
-      clock_(clock),
-      freeBytes_(freeBytes ? std::move(freeBytes) : [&directory] { return directory.FreeBytes(); }),
-      publisher_(directory, store, changes, clock) {}
+    : directory(directory),
+      store(store),
+      clock(clock),
+      freeBytes(freeBytes ? std::move(freeBytes) : [&directory] { return directory.FreeBytes(); }),
+      publisher(directory, store, changes, clock) {}
 
 void Uploads::Recover() {
-    for (std::string const& id : store_.Read([&](Database& database) {
+    for (std::string const& id : store.Read([&](Database& database) {
              return UnfinishedUploads(database, std::numeric_limits<std::int64_t>::max());
          })) {
-        auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
+        auto upload = store.Read([&](Database& database) { return FindUpload(database, id); });
         if (!upload) continue;
-        Attempt("finish upload " + id, [&] { publisher_.FinishInterrupted(*upload); });
+        Attempt("finish upload " + id, [&] { publisher.FinishInterrupted(*upload); });
     }
     ForgetOld();
 }
 
 void Uploads::ForgetOld() {
-    std::int64_t before = clock_() - kForgetAfterSeconds;
+    std::int64_t before = clock() - kForgetAfterSeconds;
     for (std::string const& id :
-         store_.Read([&](Database& database) { return UnfinishedUploads(database, before); })) {
+         store.Read([&](Database& database) { return UnfinishedUploads(database, before); })) {
         Attempt("forget upload " + id, [&] { Forget(id, before); });
     }
 }
 
 void Uploads::Forget(std::string const& id, std::int64_t before) {
-    auto lease = live_.TryAcquire(id);
+    auto lease = live.TryAcquire(id);
     if (!lease) return;
-    auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
-    if (!upload || publisher_.FinishInterrupted(*upload)) return;
+    auto upload = store.Read([&](Database& database) { return FindUpload(database, id); });
+    if (!upload || publisher.FinishInterrupted(*upload)) return;
     bool forgotten =
-        store_.Write([&](Database& database) { return ForgetUpload(database, id, before); });
+        store.Write([&](Database& database) { return ForgetUpload(database, id, before); });
     if (!forgotten) return;
     std::error_code missing;
-    std::filesystem::remove(directory_.UploadPath(id), missing);
+    std::filesystem::remove(directory.UploadPath(id), missing);
 }
 
 std::string Uploads::Create(std::string const& user, NewUpload const& request,
                             std::optional<std::string> const& idempotencyKey) {
     ForgetOld();
-    return store_.Write([&](Database& database) {
-        std::int64_t now = clock_();
+    return store.Write([&](Database& database) {
+        std::int64_t now = clock();
         IdempotentRequest repeatable{
             user, idempotencyKey.value_or(""),
             "upload " + std::to_string(request.length) + " " + request.metadata};
@@ -103,7 +103,7 @@ std::string Uploads::Create(std::string const& user, NewUpload const& request,
         }
         Node folder = RequireNode(database, user, request.folder, kind::Folder);
         if (request.stack) Publisher::AdmitToStack(database, user, folder, *request.stack);
-        if (freeBytes_() - kReserveBytes - BytesToCome(database) < request.length) {
+        if (freeBytes() - kReserveBytes - BytesToCome(database) < request.length) {
             throw ApiError::DoesNotFit();
         }
         UploadRecord upload{.id = NewUuid(),
@@ -122,16 +122,16 @@ std::string Uploads::Create(std::string const& user, NewUpload const& request,
 }
 
 UploadRecord Uploads::Get(std::string const& user, std::string const& id) const {
-    auto upload = store_.Read([&](Database& database) { return FindUpload(database, id); });
+    auto upload = store.Read([&](Database& database) { return FindUpload(database, id); });
     if (!upload) throw ApiError::NotFound("No upload has this ID.");
     if (upload->user != user) throw ApiError::Forbidden("This upload is another user's.");
     return *std::move(upload);
 }
 
 LiveUploads::Lease Uploads::Acquire(std::string const& id) {
-    if (auto lease = live_.TryAcquire(id)) return *std::move(lease);
-    if (auto holder = live_.Holder(id); holder && holder->GiveWay()) {
-        if (auto lease = live_.TryAcquire(id)) return *std::move(lease);
+    if (auto lease = live.TryAcquire(id)) return *std::move(lease);
+    if (auto holder = live.Holder(id); holder && holder->GiveWay()) {
+        if (auto lease = live.TryAcquire(id)) return *std::move(lease);
     }
     throw ApiError::Conflict("Another request is completing this upload.");
 }
@@ -154,28 +154,28 @@ std::shared_ptr<UploadAppend> Uploads::BeginAppend(std::string const& user, std:
     LiveUploads::Lease lease = Acquire(id);
     UploadRecord upload = Get(user, id);
     check(upload);
-    if (!upload.published && publisher_.FinishInterrupted(upload)) throw ApiError::Conflict(moved);
-    File file = upload.published ? File(directory_.MoviePath(upload.asset), File::Mode::Read)
-                                 : File(directory_.UploadPath(upload.id), File::Mode::Write);
+    if (!upload.published && publisher.FinishInterrupted(upload)) throw ApiError::Conflict(moved);
+    File file = upload.published ? File(directory.MoviePath(upload.asset), File::Mode::Read)
+                                 : File(directory.UploadPath(upload.id), File::Mode::Write);
     if (!upload.published) {
         if (std::int64_t size = file.Size(); size < upload.confirmed) {
             // The machine went down before the system had written what was confirmed.
-            store_.Write([&](Database& database) { SetConfirmed(database, id, size, clock_()); },
-                         Store::Durability::Process);
+            store.Write([&](Database& database) { SetConfirmed(database, id, size, clock()); },
+                        Store::Durability::Process);
             throw ApiError::Conflict(moved);
         }
         file.Truncate(upload.confirmed);
-        CatchUp(lease.progress(), file, upload.confirmed);
+        CatchUp(lease.GetProgress(), file, upload.confirmed);
     }
-    auto append = std::make_shared<UploadAppend>(UploadAppend::Parts{store_, publisher_, clock_},
+    auto append = std::make_shared<UploadAppend>(UploadAppend::Parts{store, publisher, clock},
                                                  std::move(upload), std::move(lease),
                                                  std::move(file), request, std::move(onOvertaken));
-    live_.SetHolder(id, append);
+    live.SetHolder(id, append);
     return append;
 }
 
 PublishedAsset Uploads::Asset(std::string const& user, std::string const& id) const {
-    return publisher_.Find(Get(user, id));
+    return publisher.Find(Get(user, id));
 }
 
 }  // namespace quilloservice

@@ -72,12 +72,12 @@ private:
     void Forget(std::string const& id, std::int64_t before);
     LiveUploads::Lease Acquire(std::string const& id);
 
-    DataDirectory const& directory_;
-    Store& store_;
-    Clock clock_;
-    FreeBytes freeBytes_;
-    Publisher publisher_;
-    LiveUploads live_;
+    DataDirectory const& directory;
+    Store& store;
+    Clock clock;
+    FreeBytes freeBytes;
+    Publisher publisher;
+    LiveUploads live;
 };
 
 }  // namespace quilloservice

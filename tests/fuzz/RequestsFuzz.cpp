@@ -69,7 +69,7 @@ private:
             auto const size = parser->ReadHead(input);
             if (size == 0) return false;
             FUZZ_REQUIRE(size <= input.size());
-            seen.messages.push_back({.head = parser->request(), .headSize = size});
+            seen.messages.push_back({.head = parser->GetRequest(), .headSize = size});
             input.erase(0, size);
             inBody = true;
         }
@@ -79,7 +79,7 @@ private:
         FUZZ_REQUIRE(size <= input.size());
         input.erase(0, size);
         message.bodySize += size;
-        message.complete = parser->complete();
+        message.complete = parser->IsComplete();
         if (!message.complete) return false;
         parser.reset();
         inBody = false;

@@ -14,33 +14,33 @@ namespace quilloservice::test {
 /// A connection on which a test says what it likes.
 class RawConnection {
 public:
-    explicit RawConnection(int port) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+    explicit RawConnection(int port) : socket(::socket(AF_INET, SOCK_STREAM, 0)) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_port = htons(static_cast<std::uint16_t>(port));
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        if (::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
+        if (::connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
             throw std::runtime_error("connect failed");
         }
     }
-    ~RawConnection() { ::close(socket_); }
+    ~RawConnection() { ::close(socket); }
     RawConnection(RawConnection const&) = delete;
     RawConnection& operator=(RawConnection const&) = delete;
 
     void Say(std::string_view text) const {
         while (!text.empty()) {
-            ssize_t sent = ::send(socket_, text.data(), text.size(), MSG_NOSIGNAL);
+            ssize_t sent = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
             if (sent <= 0) return;
             text.remove_prefix(static_cast<std::size_t>(sent));
         }
     }
-    void Finish() const { ::shutdown(socket_, SHUT_WR); }
+    void Finish() const { ::shutdown(socket, SHUT_WR); }
 
     /// Reads until what came ends with `end`, or the other side has ended.
     std::string ReadTo(std::string_view end) const {
         std::string answer;
         char byte = 0;
-        while (!answer.ends_with(end) && ::recv(socket_, &byte, 1, 0) > 0)
+        while (!answer.ends_with(end) && ::recv(socket, &byte, 1, 0) > 0)
             answer += byte;
         return answer;
     }
@@ -48,14 +48,14 @@ public:
     std::string ReadAll() const {
         std::string answer;
         char buffer[4096];
-        for (ssize_t count; (count = ::recv(socket_, buffer, sizeof(buffer), 0)) > 0;) {
+        for (ssize_t count; (count = ::recv(socket, buffer, sizeof(buffer), 0)) > 0;) {
             answer.append(buffer, static_cast<std::size_t>(count));
         }
         return answer;
     }
 
 private:
-    int socket_;
+    int socket;
 };
 
 }  // namespace quilloservice::test

@@ -14,16 +14,16 @@ namespace quilloservice::test {
 /// own.
 class RunningService {
 public:
-    explicit RunningService(Options options = {}) : options_(std::move(options)) {
-        if (options_.dataDirectory.empty()) options_.dataDirectory = directory_.path();
-        options_.trustLocalUser = true;
+    explicit RunningService(Options given = {}) : options(std::move(given)) {
+        if (options.dataDirectory.empty()) options.dataDirectory = directory.GetPath();
+        options.trustLocalUser = true;
         Start();
     }
     ~RunningService() { Stop(); }
     RunningService(RunningService const&) = delete;
     RunningService& operator=(RunningService const&) = delete;
 
-    [[nodiscard]] int port() const { return service_->port(); }
+    [[nodiscard]] int GetPort() const { return service->GetPort(); }
 
     /// Ends it and starts another on the same data.
     void Restart() {
@@ -33,20 +33,20 @@ public:
 
 private:
     void Start() {
-        service_ = std::make_unique<Service>(options_);
-        thread_ = std::thread([this] { service_->Run(); });
+        service = std::make_unique<Service>(options);
+        thread = std::thread([this] { service->Run(); });
     }
 
     void Stop() {
-        service_->Stop();
-        thread_.join();
-        service_.reset();
+        service->Stop();
+        thread.join();
+        service.reset();
     }
 
-    TempDirectory directory_;
-    Options options_;
-    std::unique_ptr<Service> service_;
-    std::thread thread_;
+    TempDirectory directory;
+    Options options;
+    std::unique_ptr<Service> service;
+    std::thread thread;
 };
 
 }  // namespace quilloservice::test

@@ -23,8 +23,8 @@ ServiceProcess::ServiceProcess(std::vector<std::string> arguments,
         ::pipe2(err, O_CLOEXEC) != 0) {
         throw std::runtime_error("pipe failed");
     }
-    pid_ = ::fork();
-    if (pid_ == 0) {
+    pid = ::fork();
+    if (pid == 0) {
         ::dup2(in[0], STDIN_FILENO);
         ::dup2(out[1], STDOUT_FILENO);
         ::dup2(err[1], STDERR_FILENO);
@@ -34,47 +34,47 @@ ServiceProcess::ServiceProcess(std::vector<std::string> arguments,
     }
     for (int end : {in[0], out[1], err[1]})
         ::close(end);
-    stdin_ = in[1];
-    stdout_ = out[0];
-    stderr_ = err[0];
+    input = in[1];
+    output = out[0];
+    errors = err[0];
 
     std::string line;
-    for (char c; ::read(stdout_, &c, 1) == 1 && c != '\n';)
+    for (char c; ::read(output, &c, 1) == 1 && c != '\n';)
         line += c;
-    const std::string ready = "quillo-service listening on http://127.0.0.1:";
-    if (line.starts_with(ready)) port_ = std::atoi(line.c_str() + ready.size());
+    std::string const ready = "quillo-service listening on http://127.0.0.1:";
+    if (line.starts_with(ready)) port = std::atoi(line.c_str() + ready.size());
 }
 
 ServiceProcess::~ServiceProcess() {
-    if (pid_ > 0) {
+    if (pid > 0) {
         Signal(SIGKILL);
         Wait();
     }
-    for (int end : {stdin_, stdout_, stderr_}) {
+    for (int end : {input, output, errors}) {
         if (end >= 0) ::close(end);
     }
 }
 
 void ServiceProcess::Signal(int signal) const {
-    ::kill(pid_, signal);
+    ::kill(pid, signal);
 }
 
 void ServiceProcess::CloseStdin() {
-    ::close(stdin_);
-    stdin_ = -1;
+    ::close(input);
+    input = -1;
 }
 
 int ServiceProcess::Wait() {
     int status = 0;
-    ::waitpid(pid_, &status, 0);
-    pid_ = -1;
+    ::waitpid(pid, &status, 0);
+    pid = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 std::string ServiceProcess::Complaint() const {
     std::string text;
     char buffer[4096];
-    for (ssize_t count; (count = ::read(stderr_, buffer, sizeof(buffer))) > 0;) {
+    for (ssize_t count; (count = ::read(errors, buffer, sizeof(buffer))) > 0;) {
         text.append(buffer, static_cast<std::size_t>(count));
     }
     return text;

@@ -20,7 +20,7 @@ public:
     ServiceProcess& operator=(ServiceProcess const&) = delete;
 
     /// From its first line; 0 when it ended instead.
-    [[nodiscard]] int port() const { return port_; }
+    [[nodiscard]] int GetPort() const { return port; }
 
     void Signal(int signal) const;
     void CloseStdin();
@@ -32,11 +32,11 @@ public:
     [[nodiscard]] std::string Complaint() const;
 
 private:
-    pid_t pid_ = -1;
-    int stdin_ = -1;
-    int stdout_ = -1;
-    int stderr_ = -1;
-    int port_ = 0;
+    pid_t pid = -1;
+    int input = -1;
+    int output = -1;
+    int errors = -1;
+    int port = 0;
 };
 
 }  // namespace quilloservice::test

@@ -24,7 +24,7 @@ using testing::HasSubstr;
 class ServiceProcessTest : public testing::Test {
 protected:
     std::vector<std::string> Arguments(std::vector<std::string> more = {}) const {
-        std::vector<std::string> arguments{"--data", directory.path(), "--trust-local-user"};
+        std::vector<std::string> arguments{"--data", directory.GetPath(), "--trust-local-user"};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return arguments;
     }
@@ -45,8 +45,8 @@ protected:
 };
 
 TEST_F(ServiceProcessTest, ListsOnlyWholeMoviesWhereverItIsKilled) {
-    const std::string content = test::Noise(24'000'000);
-    const std::string sha256 = ToHex(Sha256(content));
+    std::string const content = test::Noise(24'000'000);
+    std::string const sha256 = ToHex(Sha256(content));
     // The last ones end around the moment of publishing.
     for (std::size_t sent : {1ul, 100'000ul, 9'000'000ul, 20'000'000ul, 23'999'999ul, 24'000'000ul,
                              24'000'000ul, 24'000'000ul}) {
@@ -54,13 +54,13 @@ TEST_F(ServiceProcessTest, ListsOnlyWholeMoviesWhereverItIsKilled) {
         std::size_t listed = 0;
         {
             ServiceProcess process(Arguments());
-            ApiClient client(process.port());
+            ApiClient client(process.GetPort());
             listed = client.Get("/v1/folders/" + client.folder + "/children")["assets"].size();
             upload = client.CreateUpload(content.size());
-            Begin(client, process.port(), upload, content, sent);
+            Begin(client, process.GetPort(), upload, content, sent);
         }
         ServiceProcess process(Arguments());
-        ApiClient client(process.port());
+        ApiClient client(process.GetPort());
         std::size_t offset = std::stoul(client.OffsetOf(upload));
         std::size_t listedNow =
             client.Get("/v1/folders/" + client.folder + "/children")["assets"].size();
@@ -81,14 +81,14 @@ TEST_F(ServiceProcessTest, ListsOnlyWholeMoviesWhereverItIsKilled) {
 }
 
 TEST_F(ServiceProcessTest, RefusesWhatTheDiskHasNoRoomFor) {
-    const std::string content = test::Noise(12'000'000);
+    std::string const content = test::Noise(12'000'000);
     std::string upload;
     {
         ServiceProcess process(Arguments(), [] {
             rlimit limit{8'000'000, 8'000'000};
             ::setrlimit(RLIMIT_FSIZE, &limit);
         });
-        ApiClient client(process.port());
+        ApiClient client(process.GetPort());
         upload = client.CreateUpload(content.size());
         auto checked =
             client.Append(upload, 0, content, {{"Upload-Checksum", test::ChecksumOf(content)}});
@@ -100,7 +100,7 @@ TEST_F(ServiceProcessTest, RefusesWhatTheDiskHasNoRoomFor) {
         EXPECT_EQ(client.Upload("small")["bytes"], 5);
     }
     ServiceProcess process(Arguments());
-    ApiClient client(process.port());
+    ApiClient client(process.GetPort());
     std::size_t offset = std::stoul(client.OffsetOf(upload));
     EXPECT_GT(offset, 0u);
     client.Append(upload, offset, content.substr(offset));
@@ -112,8 +112,8 @@ TEST_F(ServiceProcessTest, StopsWhenAskedAndComesBackOnTheSamePortWithItsSession
     int port = 0;
     for (int signal : {SIGTERM, SIGINT}) {
         ServiceProcess process(Arguments());
-        EXPECT_TRUE(port == 0 || process.port() == port);
-        port = process.port();
+        EXPECT_TRUE(port == 0 || process.GetPort() == port);
+        port = process.GetPort();
         ApiClient client(port);
         if (!token.empty()) {
             client.token = token;
@@ -125,11 +125,11 @@ TEST_F(ServiceProcessTest, StopsWhenAskedAndComesBackOnTheSamePortWithItsSession
     }
     // Somebody else has the port now.
     test::TempDirectory other;
-    ServiceProcess squatter({"--data", other.path(), "--port", std::to_string(port)});
-    ASSERT_EQ(squatter.port(), port);
+    ServiceProcess squatter({"--data", other.GetPath(), "--port", std::to_string(port)});
+    ASSERT_EQ(squatter.GetPort(), port);
     ServiceProcess process(Arguments());
-    EXPECT_NE(process.port(), 0);
-    EXPECT_NE(process.port(), port);
+    EXPECT_NE(process.GetPort(), 0);
+    EXPECT_NE(process.GetPort(), port);
     process.Signal(SIGTERM);
     process.Wait();
     ServiceProcess again(Arguments({"--port", std::to_string(port)}));
@@ -139,7 +139,7 @@ TEST_F(ServiceProcessTest, StopsWhenAskedAndComesBackOnTheSamePortWithItsSession
 
 TEST_F(ServiceProcessTest, StopsWithItsParentWhenToldTo) {
     ServiceProcess process(Arguments({"--stop-with-stdin"}));
-    EXPECT_NE(process.port(), 0);
+    EXPECT_NE(process.GetPort(), 0);
     process.CloseStdin();
     EXPECT_EQ(process.Wait(), 0);
 }
@@ -149,7 +149,7 @@ TEST_F(ServiceProcessTest, RefusesADirectoryThatAnotherServes) {
     ServiceProcess second(Arguments());
     EXPECT_EQ(second.Wait(), 1);
     EXPECT_THAT(second.Complaint(), HasSubstr("another quillo-service is running on"));
-    EXPECT_EQ(ApiClient(first.port()).Send("GET", "/v1/me")->status, 200);
+    EXPECT_EQ(ApiClient(first.GetPort()).Send("GET", "/v1/me")->status, 200);
 }
 
 TEST_F(ServiceProcessTest, KeepsToItsUsage) {
@@ -158,8 +158,8 @@ TEST_F(ServiceProcessTest, KeepsToItsUsage) {
     EXPECT_EQ(wrong.Complaint(),
               "quillo-service: unknown argument \"--dta\"; --help lists the known ones\n");
 
-    ServiceProcess distrustful({"--data", directory.path()});
-    httplib::Client client("127.0.0.1", distrustful.port());
+    ServiceProcess distrustful({"--data", directory.GetPath()});
+    httplib::Client client("127.0.0.1", distrustful.GetPort());
     auto result =
         client.Post("/oauth/token", "client_id=x&grant_type=urn:quillo:grant-type:local-user",
                     "application/x-www-form-urlencoded");

@@ -14,19 +14,19 @@ public:
     TempDirectory() {
         std::string pattern = std::filesystem::temp_directory_path() / "quillo-service-XXXXXX";
         if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-        path_ = pattern;
+        path = pattern;
     }
     ~TempDirectory() {
         std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        std::filesystem::remove_all(path, ignored);
     }
     TempDirectory(TempDirectory const&) = delete;
     TempDirectory& operator=(TempDirectory const&) = delete;
 
-    [[nodiscard]] std::string const& path() const { return path_; }
+    [[nodiscard]] std::string const& GetPath() const { return path; }
 
 private:
-    std::string path_;
+    std::string path;
 };
 
 }  // namespace quilloservice::test

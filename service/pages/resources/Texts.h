@@ -5,11 +5,11 @@
 /// The files of this folder, and the style sheet that all pages share, as they were built in.
 namespace quilloservice::resources {
 
-extern const std::string_view kPageCss;
-extern const std::string_view kFormCss;
-extern const std::string_view kReviewCss;
-extern const std::string_view kAdminCss;
-extern const std::string_view kAdminHtml;
-extern const std::string_view kAdminJs;
+extern std::string_view const kPageCss;
+extern std::string_view const kFormCss;
+extern std::string_view const kReviewCss;
+extern std::string_view const kAdminCss;
+extern std::string_view const kAdminHtml;
+extern std::string_view const kAdminJs;
 
 }  // namespace quilloservice::resources

@@ -42,7 +42,7 @@ protected:
         return tracked;
     }
 
-    const Time start{seconds(1000)};
+    Time const start{seconds(1000)};
     ConnectionTable table{3};
     std::array<Client, 5> clients;
 };

@@ -22,12 +22,12 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-const std::string kHealth = "GET /healthz HTTP/1.1\r\nHost: x\r\n\r\n";
+std::string const kHealth = "GET /healthz HTTP/1.1\r\nHost: x\r\n\r\n";
 
 class ConnectionTest : public testing::Test {
 protected:
     std::string Exchange(std::string const& request) {
-        RawConnection connection(service.port());
+        RawConnection connection(service.GetPort());
         connection.Say(request);
         connection.Finish();
         return connection.ReadAll();
@@ -51,8 +51,9 @@ TEST_F(ConnectionTest, SurvivesWhatIsNoRequest) {
 }
 
 TEST_F(ConnectionTest, NeverTakesABodyForTheNextRequest) {
-    const std::string length = "Content-Length: " + std::to_string(kHealth.size()) + "\r\n";
-    const std::string token = "Authorization: Bearer " + ApiClient(service.port()).token + "\r\n";
+    std::string const length = "Content-Length: " + std::to_string(kHealth.size()) + "\r\n";
+    std::string const token =
+        "Authorization: Bearer " + ApiClient(service.GetPort()).token + "\r\n";
     for (std::string const& head : std::vector<std::string>{
              // Framing that two readers could understand in two ways.
              "POST /v1/me HTTP/1.1\r\nHost: x\r\nContent-Length: 5\r\n" + length,
@@ -91,7 +92,7 @@ TEST_F(ConnectionTest, ReadsNoLargeBodyBeforeItKnowsWhoAsks) {
     for (char const* request : {"DELETE /v1/accounts", "FETCH /v1/me", "PUT /v1/me",
                                 "PATCH /v1/uploads/x", "POST /v1/accounts", "GET /healthz"}) {
         for (char const* framing : {"Content-Length: 2000000000", "Transfer-Encoding: chunked"}) {
-            RawConnection connection(service.port());
+            RawConnection connection(service.GetPort());
             connection.Say(std::string(request) + " HTTP/1.1\r\nHost: x\r\n" + framing +
                            "\r\n\r\n");
             // The answer comes though no byte of the body does.
@@ -105,15 +106,15 @@ TEST_F(ConnectionTest, ReadsNoLargeBodyBeforeItKnowsWhoAsks) {
 }
 
 TEST_F(ConnectionTest, AsksForABodyOnlyWhenItWillReadIt) {
-    ApiClient client(service.port());
+    ApiClient client(service.GetPort());
     auto begin = [&](RawConnection const& connection, std::string const& name) {
         connection.Say("POST /v1/accounts HTTP/1.1\r\nHost: x\r\nExpect: 100-continue\r\n" + name +
                        ": Bearer " + client.token + "\r\nContent-Length: 13\r\n\r\n");
         return connection.ReadTo("\r\n\r\n");
     };
-    RawConnection refused(service.port());
+    RawConnection refused(service.GetPort());
     EXPECT_THAT(begin(refused, "X"), StartsWith("HTTP/1.1 401 "));
-    RawConnection welcome(service.port());
+    RawConnection welcome(service.GetPort());
     EXPECT_EQ(begin(welcome, "Authorization"), "HTTP/1.1 100 Continue\r\n\r\n");
     welcome.Say("{\"name\":\"new\"}");
     EXPECT_THAT(welcome.ReadTo("\r\n\r\n"), StartsWith("HTTP/1.1 400 "))
@@ -126,14 +127,14 @@ TEST_F(ConnectionTest, DropsClientsThatAreTooSlow) {
                                     .idle = soon,
                                     .linger = soon,
                                     .pace = {.bytesPerSecond = 1 << 20, .average = soon}}});
-    RawConnection silent(strict.port());
-    RawConnection halfway(strict.port());
+    RawConnection silent(strict.GetPort());
+    RawConnection halfway(strict.GetPort());
     halfway.Say("GET /healthz HT");
-    RawConnection idle(strict.port());
+    RawConnection idle(strict.GetPort());
     idle.Say(kHealth);
-    RawConnection body(strict.port());
+    RawConnection body(strict.GetPort());
     body.Say("POST /oauth/token HTTP/1.1\r\nHost: x\r\nContent-Length: 50\r\n\r\nhalf");
-    RawConnection lingering(strict.port());
+    RawConnection lingering(strict.GetPort());
     lingering.Say("nonsense\r\n\r\n");
     // Each reads to the connection's end, which the service makes.
     EXPECT_EQ(silent.ReadAll(), "");
@@ -144,9 +145,9 @@ TEST_F(ConnectionTest, DropsClientsThatAreTooSlow) {
 }
 
 TEST_F(ConnectionTest, LetsANewerPatchTakeOverFromAStalledOne) {
-    ApiClient client(service.port());
+    ApiClient client(service.GetPort());
     std::string upload = client.CreateUpload(100'000);
-    RawConnection stalled(service.port());
+    RawConnection stalled(service.GetPort());
     stalled.Say("PATCH " + upload +
                 " HTTP/1.1\r\nHost: x\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
                 "Content-Type: application/offset+octet-stream\r\nContent-Length: 100000\r\n"
@@ -171,7 +172,7 @@ TEST_F(ConnectionTest, AnswersRequestsInARowOnOneConnection) {
 }
 
 TEST_F(ConnectionTest, TellsAClientThatIsStillSendingWhyItIsRefused) {
-    RawConnection connection(service.port());
+    RawConnection connection(service.GetPort());
     connection.Say("PATCH /v1/uploads/x HTTP/1.1\r\nHost: x\r\nContent-Length: 3000000\r\n\r\n");
     connection.Say(std::string(3'000'000, 'x'));
     connection.Finish();
@@ -179,10 +180,10 @@ TEST_F(ConnectionTest, TellsAClientThatIsStillSendingWhyItIsRefused) {
 }
 
 TEST_F(ConnectionTest, KeepsWhatArrivedWhenTheClientGoes) {
-    ApiClient client(service.port());
+    ApiClient client(service.GetPort());
     std::string upload = client.CreateUpload(1'000'000);
     auto begin = [&](std::string const& extra) {
-        RawConnection connection(service.port());
+        RawConnection connection(service.GetPort());
         connection.Say(
             "PATCH " + upload +
             " HTTP/1.1\r\nHost: x\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
@@ -199,7 +200,7 @@ TEST_F(ConnectionTest, KeepsWhatArrivedWhenTheClientGoes) {
 }
 
 TEST_F(ConnectionTest, TakesBodiesOfUnannouncedLength) {
-    ApiClient client(service.port());
+    ApiClient client(service.GetPort());
     std::string upload = client.CreateUpload(11);
     std::string head = "PATCH " + upload +
                        " HTTP/1.1\r\nHost: x\r\nTus-Resumable: 1.0.0\r\n"
@@ -222,10 +223,10 @@ TEST_F(ConnectionTest, TakesBodiesOfUnannouncedLength) {
 
 TEST_F(ConnectionTest, StopsAtOnceWhileClientsKeepTheirConnectionsOpen) {
     auto brief = std::make_unique<RunningService>();
-    RawConnection idle(brief->port());
-    RawConnection halfway(brief->port());
+    RawConnection idle(brief->GetPort());
+    RawConnection halfway(brief->GetPort());
     halfway.Say("POST /oauth/token HTTP/1.1\r\nHost: x\r\nContent-Length: 50\r\n\r\nhalf");
-    ApiClient client(brief->port());
+    ApiClient client(brief->GetPort());
     brief.reset();
     EXPECT_EQ(idle.ReadAll(), "");
 }
@@ -238,7 +239,7 @@ TEST_F(ConnectionTest, ServesManyClientsThatShareAtOnce) {
     for (int i = 0; i < clients; ++i) {
         threads.emplace_back([&, i] {
             try {
-                ApiClient client(service.port());
+                ApiClient client(service.GetPort());
                 std::string content = test::Noise(200'000, static_cast<unsigned>(i));
                 json asset = client.Upload(content, "take.mp4", stack);
                 std::string link = client.CreateLink();
@@ -246,7 +247,7 @@ TEST_F(ConnectionTest, ServesManyClientsThatShareAtOnce) {
                 auto movie = client.http.Get("/r/" + link + "/assets/" +
                                              asset["asset"]["id"].get<std::string>());
                 if (movie && movie->body == content) ++shared;
-            } catch (const std::exception& error) {
+            } catch (std::exception const& error) {
                 ADD_FAILURE() << error.what();
             }
         });
@@ -254,17 +255,17 @@ TEST_F(ConnectionTest, ServesManyClientsThatShareAtOnce) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(shared, clients);
-    EXPECT_EQ(ApiClient(service.port()).Upload("x", "last.mp4", stack)["version"], clients + 1);
+    EXPECT_EQ(ApiClient(service.GetPort()).Upload("x", "last.mp4", stack)["version"], clients + 1);
 }
 
 class FaultTest : public testing::Test {
 protected:
-    const std::string content = test::Noise(500'000);
+    std::string const content = test::Noise(500'000);
 };
 
 TEST_F(FaultTest, CutsEachUploadOnceWhereItWasTold) {
     RunningService service({.faults = {.dropUploadAfterBytes = 300'000}});
-    ApiClient client(service.port());
+    ApiClient client(service.GetPort());
     for (bool checked : {false, true}) {
         httplib::Headers headers;
         if (checked) headers.emplace("Upload-Checksum", test::ChecksumOf(content));
@@ -281,7 +282,7 @@ TEST_F(FaultTest, CutsEachUploadOnceWhereItWasTold) {
 TEST_F(FaultTest, DropsTheLastAnswerWhenToldToCutAtTheEnd) {
     RunningService service(
         {.faults = {.dropUploadAfterBytes = static_cast<std::int64_t>(content.size())}});
-    ApiClient client(service.port());
+    ApiClient client(service.GetPort());
     std::string upload = client.CreateUpload(content.size());
     EXPECT_FALSE(client.Append(upload, 0, content));
     EXPECT_EQ(client.OffsetOf(upload), "500000");
@@ -291,7 +292,7 @@ TEST_F(FaultTest, DropsTheLastAnswerWhenToldToCutAtTheEnd) {
 
 TEST_F(FaultTest, FailsApiRequestsOnly) {
     RunningService service({.faults = {.failRate = 1}});
-    httplib::Client client("127.0.0.1", service.port());
+    httplib::Client client("127.0.0.1", service.GetPort());
     EXPECT_EQ(client.Get("/v1/me")->status, 500);
     EXPECT_EQ(client.Get("/healthz")->status, 200);
 }

@@ -30,21 +30,21 @@ std::string ReadInPieces(std::string const& bytes, std::size_t size) {
         if (!headRead) return "unfinished";
         do {
             input.erase(0, parser.ReadBody(input, [&](auto piece) { body += piece; }));
-        } while (!parser.complete() && feed());
+        } while (!parser.IsComplete() && feed());
     } catch (ApiError const& error) {
         return std::to_string(error.status);
     }
-    Request const& request = parser.request();
+    Request const& request = parser.GetRequest();
     std::string rest = input + bytes.substr(fed);
     return request.method + " " + request.path + " " + request.host + " " + body +
-           (parser.complete() ? "" : " unfinished") + (rest.empty() ? "" : " + " + rest);
+           (parser.IsComplete() ? "" : " unfinished") + (rest.empty() ? "" : " + " + rest);
 }
 
 TEST(RequestParserTest, SeesOneRequestOrNone) {
-    const std::string host = "Host: h\r\n";
-    const std::string get = "GET / HTTP/1.1\r\n";
-    const std::string post = "POST /p HTTP/1.1\r\nHost: h\r\n";
-    const std::string chunked = post + "Transfer-Encoding: chunked\r\n\r\n";
+    std::string const host = "Host: h\r\n";
+    std::string const get = "GET / HTTP/1.1\r\n";
+    std::string const post = "POST /p HTTP/1.1\r\nHost: h\r\n";
+    std::string const chunked = post + "Transfer-Encoding: chunked\r\n\r\n";
     struct Row {
         std::string bytes;
         std::string expected;
@@ -121,7 +121,7 @@ TEST(RequestParserTest, TellsWhatTheClientWantsOfTheConnection) {
         RequestParser parser;
         EXPECT_GT(parser.ReadHead("GET / HTTP/" + version + "\r\nHost: h\r\n" + headers + "\r\n"),
                   0u);
-        return parser.request();
+        return parser.GetRequest();
     };
     EXPECT_FALSE(read("1.1", "").closes);
     EXPECT_TRUE(read("1.0", "Connection: keep-alive\r\n").closes);

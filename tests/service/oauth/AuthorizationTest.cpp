@@ -11,7 +11,7 @@ namespace quilloservice {
 namespace {
 
 TEST(RedirectUri, LeadsToAProgramOnTheBrowsersMachineOnly) {
-    const std::pair<std::string, bool> rows[] = {
+    std::pair<std::string, bool> const rows[] = {
         {"http://127.0.0.1:1/", true},
         {"http://127.0.0.1:65535/signed-in?app=1&x=%20", true},
         {"http://127.0.0.1/", true},
@@ -82,13 +82,13 @@ protected:
     bool IsSignedIn(TokenPair const& pair) { return sessions.Find(pair.access).has_value(); }
 
     test::TempDirectory directory;
-    Store store{directory.path() + "/store.sqlite"};
+    Store store{directory.GetPath() + "/store.sqlite"};
     std::int64_t now = 1'000'000;
     Sessions sessions{store, [this] { return now; }};
     AuthorizationCodes codes{sessions, [this] { return now; }};
-    const AuthorizationRequest request{"editor", "http://127.0.0.1:1/cb", "state", kChallenge};
-    const AuthorizationCodes::Claim claim{request.client, request.redirectUri, kVerifier};
-    const std::string code = codes.Issue(SampleUserId(), request);
+    AuthorizationRequest const request{"editor", "http://127.0.0.1:1/cb", "state", kChallenge};
+    AuthorizationCodes::Claim const claim{request.client, request.redirectUri, kVerifier};
+    std::string const code = codes.Issue(SampleUserId(), request);
 };
 
 TEST_F(AuthorizationCodesTest, BeginASessionOfTheUserOnce) {
@@ -102,10 +102,10 @@ TEST_F(AuthorizationCodesTest, BeginASessionOfTheUserOnce) {
 
 TEST_F(AuthorizationCodesTest, AreGoodForAMinute) {
     now += AuthorizationCodes::kSeconds - 1;
-    const std::string later = codes.Issue(SampleUserId(), request);
+    std::string const later = codes.Issue(SampleUserId(), request);
     EXPECT_TRUE(codes.Redeem(code, claim));
     now += 1;
-    const std::string last = codes.Issue(SampleUserId(), request);
+    std::string const last = codes.Issue(SampleUserId(), request);
     EXPECT_TRUE(codes.Redeem(later, claim));
     now += AuthorizationCodes::kSeconds;
     EXPECT_FALSE(codes.Redeem(last, claim));
@@ -113,14 +113,14 @@ TEST_F(AuthorizationCodesTest, AreGoodForAMinute) {
 
 TEST_F(AuthorizationCodesTest, AreBoundToTheRequestAndSpentByAWrongClaim) {
     using Claim = AuthorizationCodes::Claim;
-    const Claim wrong[] = {
+    Claim const wrong[] = {
         {"another", claim.redirectUri, claim.verifier},
         {claim.client, "http://127.0.0.1:2/cb", claim.verifier},
         {claim.client, claim.redirectUri, std::string(43, 'A')},
         {claim.client, claim.redirectUri, ""},
     };
     for (Claim const& row : wrong) {
-        const std::string fresh = codes.Issue(SampleUserId(), request);
+        std::string const fresh = codes.Issue(SampleUserId(), request);
         EXPECT_FALSE(codes.Redeem(fresh, row));
         EXPECT_FALSE(codes.Redeem(fresh, claim));
     }
@@ -132,8 +132,8 @@ TEST_F(AuthorizationCodesTest, AreBoundToTheRequestAndSpentByAWrongClaim) {
 TEST(FormTokens, AreGoodForTheRequestTheBrowserAndTenMinutes) {
     std::int64_t now = 1'000'000;
     FormTokens tokens([&] { return now; });
-    const AuthorizationRequest request{"editor", "http://127.0.0.1:1/cb", "state", kChallenge};
-    const std::string token = tokens.Make("browser", request);
+    AuthorizationRequest const request{"editor", "http://127.0.0.1:1/cb", "state", kChallenge};
+    std::string const token = tokens.Make("browser", request);
 
     EXPECT_TRUE(tokens.IsGood(token, "browser", request));
     EXPECT_FALSE(tokens.IsGood(token, "another", request));
@@ -146,9 +146,9 @@ TEST(FormTokens, AreGoodForTheRequestTheBrowserAndTenMinutes) {
         other.*part += 'x';
         EXPECT_FALSE(tokens.IsGood(token, "browser", other)) << other.*part;
     }
-    const AuthorizationRequest shifted{"editorh", "ttp://127.0.0.1:1/cb", "state", kChallenge};
+    AuthorizationRequest const shifted{"editorh", "ttp://127.0.0.1:1/cb", "state", kChallenge};
     EXPECT_FALSE(tokens.IsGood(token, "browser", shifted));
-    const std::string later = std::to_string(now + 1) + token.substr(token.find('.'));
+    std::string const later = std::to_string(now + 1) + token.substr(token.find('.'));
     for (std::string const& forged : {std::string(), std::string("."), later, token + "0"})
         EXPECT_FALSE(tokens.IsGood(forged, "browser", request)) << forged;
 

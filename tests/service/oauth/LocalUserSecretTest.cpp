@@ -21,7 +21,7 @@ protected:
     LocalUserSecretTest() {
         fs::create_directory(runtime);
         Set("XDG_RUNTIME_DIR", runtime);
-        Set("HOME", directory.path());
+        Set("HOME", directory.GetPath());
     }
     ~LocalUserSecretTest() override {
         for (auto const& [name, value] : before)
@@ -46,8 +46,8 @@ protected:
     }
 
     test::TempDirectory directory;
-    fs::path runtime = directory.path() + "/run";
-    fs::path cache = directory.path() + "/.cache";
+    fs::path runtime = directory.GetPath() + "/run";
+    fs::path cache = directory.GetPath() + "/.cache";
     std::vector<std::pair<char const*, std::optional<std::string>>> before;
 };
 
@@ -82,7 +82,7 @@ TEST_F(LocalUserSecretTest, GoesToTheCacheOrNowhereWhereThePlaceIsNotTheUsersAlo
         char const* what;
         std::function<void()> spoil;
     };
-    fs::path elsewhere = directory.path() + "/elsewhere";
+    fs::path elsewhere = directory.GetPath() + "/elsewhere";
     fs::create_directory(elsewhere);
     fs::path inCache = cache / "quillo/8080/127.0.0.1.secret";
     for (Row const& row : std::vector<Row>{

@@ -22,7 +22,7 @@ protected:
     }
 
     test::TempDirectory directory;
-    Store store{directory.path() + "/store.sqlite"};
+    Store store{directory.GetPath() + "/store.sqlite"};
     std::int64_t now = 1'000'000;
     Sessions sessions{store, [this] { return now; }};
     TokenPair pair = [this] {
@@ -116,7 +116,7 @@ TEST_F(SessionsTest, EndsTheWholeSessionWithEitherToken) {
 }
 
 TEST_F(SessionsTest, KeepsNoTokenInItsFiles) {
-    for (auto const& entry : std::filesystem::directory_iterator(directory.path())) {
+    for (auto const& entry : std::filesystem::directory_iterator(directory.GetPath())) {
         std::ifstream file(entry.path(), std::ios::binary);
         std::string content{std::istreambuf_iterator<char>(file), {}};
         EXPECT_EQ(content.find(pair.access), std::string::npos) << entry.path();

@@ -23,12 +23,12 @@ std::string CodeOf(httplib::Result const& result) {
 class ApiTest : public testing::Test {
 protected:
     RunningService service;
-    ApiClient client{service.port()};
+    ApiClient client{service.GetPort()};
     std::string unknown = UuidOf("nothing");
 };
 
 TEST_F(ApiTest, LetsNobodyInWithoutAToken) {
-    const std::vector<std::pair<char const*, std::string>> requests = {
+    std::vector<std::pair<char const*, std::string>> const requests = {
         {"GET", "/v1/me"},
         {"GET", "/v1/accounts"},
         {"GET", "/v1/accounts/" + unknown + "/workspaces"},
@@ -112,7 +112,7 @@ TEST_F(ApiTest, SpeaksTusInEveryAnswer) {
 
 TEST_F(ApiTest, LetsPagesOfTheAllowedOriginInAndNoOthers) {
     RunningService open({.allowOrigin = "https://review.example"});
-    ApiClient reader(open.port());
+    ApiClient reader(open.GetPort());
     auto origin = [&](ApiClient& of, std::string const& method, char const* from) {
         auto result = of.Send(method, "/v1/uploads", {{"Origin", from}});
         return result->get_header_value("Access-Control-Allow-Origin") + " " +
@@ -136,9 +136,9 @@ TEST_F(ApiTest, SignsInAndOut) {
     auto errorOf = [](httplib::Result const& result) {
         return result->status == 400 ? json::parse(result->body)["error"] : json(result->status);
     };
-    const std::string grant = "&grant_type=urn%3Aquillo%3Agrant-type%3Alocal-user";
-    const std::string secret = test::LocalUserSecretAt(service.port());
-    const std::string proof = grant + "&local_user_secret=" + secret;
+    std::string const grant = "&grant_type=urn%3Aquillo%3Agrant-type%3Alocal-user";
+    std::string const secret = test::LocalUserSecretAt(service.GetPort());
+    std::string const proof = grant + "&local_user_secret=" + secret;
     std::string local = "client_id=editor" + proof;
     auto result = token(local);
     ASSERT_EQ(result->status, 200);
@@ -213,7 +213,7 @@ TEST_F(ApiTest, TellsUnknownThingsFromThoseOfOthers) {
 }
 
 TEST_F(ApiTest, TellsErrorsToBrowsersOnAPage) {
-    const std::string browser = "text/html,application/xhtml+xml,application/xml;q=0.9,*/*;q=0.8";
+    std::string const browser = "text/html,application/xhtml+xml,application/xml;q=0.9,*/*;q=0.8";
     struct Row {
         std::string path;
         std::string accept;
@@ -251,7 +251,7 @@ TEST_F(ApiTest, TellsErrorsToBrowsersOnAPage) {
 
 TEST_F(ApiTest, ListsTheLargeSampleCompletely) {
     RunningService large({.sample = SampleSize::Large});
-    ApiClient reader(large.port());
+    ApiClient reader(large.GetPort());
     std::size_t workspaces = 0;
     std::size_t projects = 0;
     std::size_t longest = 0;
@@ -282,7 +282,7 @@ TEST_F(ApiTest, ListsTheLargeSampleCompletely) {
 
 TEST_F(ApiTest, CountsRequestsAndRefusesThosePastTheLimit) {
     RunningService limited({.limit = RateLimit{3, std::chrono::hours(1)}});
-    ApiClient impatient(limited.port());  // has asked for accounts, workspaces and projects once
+    ApiClient impatient(limited.GetPort());  // has asked for accounts, workspaces and projects once
     auto children = [&] { return impatient.Send("GET", "/v1/folders/" + unknown + "/children"); };
     for (int i = 0; i < 3; ++i) {
         auto result = children();
@@ -295,7 +295,7 @@ TEST_F(ApiTest, CountsRequestsAndRefusesThosePastTheLimit) {
     EXPECT_EQ(CodeOf(refused), "rate_limited");
     EXPECT_GT(std::stoi(refused->get_header_value("Retry-After")), 3500);
     EXPECT_EQ(impatient.Send("GET", "/v1/me")->status, 200);
-    EXPECT_EQ(ApiClient(limited.port()).Send("GET", "/v1/me")->status, 200);
+    EXPECT_EQ(ApiClient(limited.GetPort()).Send("GET", "/v1/me")->status, 200);
     // What belongs to an upload that was admitted is not counted.
     std::string upload = impatient.CreateUpload(10);
     for (std::size_t i = 0; i < 10; ++i)
@@ -304,7 +304,7 @@ TEST_F(ApiTest, CountsRequestsAndRefusesThosePastTheLimit) {
 
 TEST_F(ApiTest, CountsTheRequestsForTokensOfAnAddress) {
     RunningService limited({.limit = RateLimit{3, std::chrono::hours(1)}});
-    httplib::Client stranger("127.0.0.1", limited.port());
+    httplib::Client stranger("127.0.0.1", limited.GetPort());
     for (auto [path, status] : {std::pair("/oauth/token", 400),
                                 {"/oauth/revoke", 200},
                                 {"/oauth/token", 400},
@@ -377,7 +377,7 @@ TEST_F(ApiTest, ChecksWhatAppends) {
         std::string body;
         int status;
     };
-    const std::string type = "application/offset+octet-stream";
+    std::string const type = "application/offset+octet-stream";
     for (Row const& row : std::vector<Row>{
              {{{"Content-Type", "video/mp4"}, {"Upload-Offset", "0"}}, "x", 415},
              {{{"Content-Type", type}}, "x", 400},

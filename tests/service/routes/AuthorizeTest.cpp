@@ -94,7 +94,7 @@ protected:
     }
 
     test::RunningService service;
-    httplib::Client http{"127.0.0.1", service.port()};
+    httplib::Client http{"127.0.0.1", service.GetPort()};
 };
 
 TEST_F(AuthorizeTest, SignsInWhomItsUserChoosesAndGivesTheCodeForTokensOnce) {
@@ -129,7 +129,7 @@ TEST_F(AuthorizeTest, SignsInWhomItsUserChoosesAndGivesTheCodeForTokensOnce) {
 }
 
 TEST_F(AuthorizeTest, NeverSendsTheBrowserToWhomItDoesNotTrust) {
-    const Fields rows[] = {
+    Fields const rows[] = {
         {{"client_id", ""}},
         {{"client_id", std::string(257, 'a')}},
         {{"client_id", std::string("a\0b", 3)}},
@@ -166,7 +166,7 @@ TEST_F(AuthorizeTest, TellsTheProgramOfItsOtherErrors) {
         std::string extra;
         char const* error;
     };
-    const Row rows[] = {
+    Row const rows[] = {
         {{{"response_type", ""}}, "", "invalid_request"},
         {{{"response_type", "token"}}, "", "unsupported_response_type"},
         {{{"code_challenge", ""}}, "", "invalid_request"},
@@ -219,8 +219,8 @@ TEST_F(AuthorizeTest, TellsTheProgramWhenItsUserDenies) {
 }
 
 TEST_F(AuthorizeTest, TakesAFormThatThisBrowserWasShownForThisRequestOnly) {
-    const std::string secret(64, 'a');
-    const std::pair<Fields, std::string> rows[] = {
+    std::string const secret(64, 'a');
+    std::pair<Fields, std::string> const rows[] = {
         {{}, "quillo_browser=" + secret},
         {{}, "other=1"},
         {{}, "quillo_browser="},

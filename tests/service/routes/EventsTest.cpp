@@ -39,18 +39,18 @@ struct Event {
 class Follower {
 public:
     Follower(int port, std::string const& token, std::string const& lastEventId = {})
-        : connection_(port) {
-        connection_.Say("GET /v1/events HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: Bearer " +
-                        token + "\r\n" +
-                        (lastEventId.empty() ? "" : "Last-Event-ID: " + lastEventId + "\r\n") +
-                        "\r\n");
-        head = connection_.ReadTo("\r\n\r\n");
+        : connection(port) {
+        connection.Say("GET /v1/events HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: Bearer " +
+                       token + "\r\n" +
+                       (lastEventId.empty() ? "" : "Last-Event-ID: " + lastEventId + "\r\n") +
+                       "\r\n");
+        head = connection.ReadTo("\r\n\r\n");
     }
 
     /// The next event; an empty one when the stream has ended.
     Event Next() {
         for (;;) {
-            std::istringstream lines(connection_.ReadTo("\n\n"));
+            std::istringstream lines(connection.ReadTo("\n\n"));
             Event event;
             for (std::string line; std::getline(lines, line);) {
                 if (line.starts_with("id: ")) event.id = line.substr(4);
@@ -76,7 +76,7 @@ public:
     std::string head;
 
 private:
-    RawConnection connection_;
+    RawConnection connection;
 };
 
 class EventsTest : public testing::Test {
@@ -86,11 +86,11 @@ protected:
     }
 
     RunningService service;
-    ApiClient client{service.port()};
+    ApiClient client{service.GetPort()};
 };
 
 TEST_F(EventsTest, EachChangeNamesItsList) {
-    Follower follower(service.port(), client.token);
+    Follower follower(service.GetPort(), client.token);
     EXPECT_THAT(follower.head, StartsWith("HTTP/1.1 200"));
     EXPECT_THAT(follower.head, HasSubstr("Content-Type: text/event-stream"));
     EXPECT_EQ(follower.Next().name, "ready");
@@ -115,7 +115,7 @@ TEST_F(EventsTest, EachChangeNamesItsList) {
 }
 
 TEST_F(EventsTest, APublishedMovieChangesItsFolderAndTheOneThatItsStackLeaves) {
-    Follower follower(service.port(), client.token);
+    Follower follower(service.GetPort(), client.token);
     follower.Next();
     std::string stack = "5ca1ab1e-0000-4000-8000-000000000001";
     std::string first = client.folder;
@@ -131,15 +131,15 @@ TEST_F(EventsTest, APublishedMovieChangesItsFolderAndTheOneThatItsStackLeaves) {
 TEST_F(EventsTest, WhoComesBackMissesNothing) {
     std::string id;
     {
-        Follower follower(service.port(), client.token);
+        Follower follower(service.GetPort(), client.token);
         id = follower.Next().id;
     }
     std::string first = AddFolder(client.folder);
     service.Restart();
-    ApiClient again(service.port());
+    ApiClient again(service.GetPort());
     again.Post("/v1/folders/" + first + "/children", {{"name", "F"}});
     {
-        Follower back(service.port(), again.token, id);
+        Follower back(service.GetPort(), again.token, id);
         Event ready = back.Next();
         EXPECT_EQ(ready.name, "ready");
         EXPECT_EQ(ready.id, id);
@@ -148,14 +148,14 @@ TEST_F(EventsTest, WhoComesBackMissesNothing) {
         id = change.id;
         EXPECT_THAT(back.Changes(1), ElementsAre("assets " + first));
     }
-    Follower third(service.port(), again.token, id);
+    Follower third(service.GetPort(), again.token, id);
     third.Next();
     EXPECT_THAT(third.Changes(1), ElementsAre("assets " + first));
 }
 
 TEST_F(EventsTest, WhoComesBackWithAnotherStoresNumberIsToldToReadAllAnew) {
     for (char const* id : {"0", "7", "9000000000000000000", "-1", "x", "99999999999999999999"}) {
-        Follower follower(service.port(), client.token, id);
+        Follower follower(service.GetPort(), client.token, id);
         Event reset = follower.Next();
         EXPECT_EQ(reset.name, "reset") << id;
         AddFolder(client.folder);
@@ -172,11 +172,11 @@ TEST_F(EventsTest, AsManyFollowersAsThereMayBeLeaveRoomForRequests) {
 
     std::list<Follower> followers;
     auto follow = [&](std::string const& token) {
-        followers.emplace_back(service.port(), token);
+        followers.emplace_back(service.GetPort(), token);
         return followers.back().head;
     };
     while (followers.size() < EventStreams::kMostStreams) {
-        ApiClient session(service.port());
+        ApiClient session(service.GetPort());
         for (std::size_t i = 0; i < EventStreams::kMostStreamsOfASession; ++i)
             ASSERT_THAT(follow(session.token), StartsWith("HTTP/1.1 200")) << followers.size();
         if (followers.size() > EventStreams::kMostStreamsOfASession) continue;
@@ -187,18 +187,18 @@ TEST_F(EventsTest, AsManyFollowersAsThereMayBeLeaveRoomForRequests) {
     EXPECT_THAT(followers.back().head, HasSubstr("Retry-After: "));
     followers.pop_back();
 
-    ApiClient(service.port()).Upload("a movie");
+    ApiClient(service.GetPort()).Upload("a movie");
     for (Follower& follower : followers) {
         follower.Next();
         EXPECT_THAT(follower.Changes(1), ElementsAre("assets " + client.folder));
     }
     followers.pop_front();
-    while (!Follower(service.port(), client.token).head.starts_with("HTTP/1.1 200")) {
+    while (!Follower(service.GetPort(), client.token).head.starts_with("HTTP/1.1 200")) {
     }
 }
 
 TEST_F(EventsTest, EndWithTheService) {
-    Follower follower(service.port(), client.token);
+    Follower follower(service.GetPort(), client.token);
     follower.Next();
     service.Restart();
     EXPECT_EQ(follower.Next().name, "");
@@ -223,7 +223,7 @@ protected:
     }
 
     TempDirectory directory;
-    Store store{directory.path() + "/store.sqlite"};
+    Store store{directory.GetPath() + "/store.sqlite"};
     Sessions sessions{store, [] { return std::int64_t{1'000}; }};
     ChangeFeed changes{store};
     EventStreams streams{changes, sessions, std::chrono::milliseconds(2)};
@@ -236,7 +236,7 @@ TEST_F(EventStreamsTest, TellOfOnesOwnAccountsAndEndWithTheToken) {
     EventStreams::Follower follower = streams.MakeFollower(user, token, std::nullopt);
     // The answer is on its way to the client, who counts on what changes from here on.
     store.Write([](Database& database) {
-        for (const char* name : {"Northlight Pictures", "Somebody Else's Account"})
+        for (char const* name : {"Northlight Pictures", "Somebody Else's Account"})
             ChangeFeed::RecordChildren(database,
                                        *FindNode(database, UuidOf("account/" + std::string(name))));
     });
@@ -273,8 +273,8 @@ TEST_F(EventStreamsTest, CatchUpInBatchesAndForgetWhatIsLongPast) {
 
 TEST(StoreTest, TakesOverWhatTheFirstVersionWrote) {
     TempDirectory directory;
-    std::string path = directory.path() + "/store.sqlite";
-    const IdempotentRequest request{SampleUserId(), NewUuid(), "review link"};
+    std::string path = directory.GetPath() + "/store.sqlite";
+    IdempotentRequest const request{SampleUserId(), NewUuid(), "review link"};
     {
         Store store(path);
         MakeSampleData(store, SampleSize::Small);

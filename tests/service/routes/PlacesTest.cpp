@@ -35,7 +35,7 @@ protected:
     }
 
     RunningService service;
-    ApiClient client{service.port()};
+    ApiClient client{service.GetPort()};
 };
 
 TEST_F(PlacesTest, AreMadeRenamedAndRemovedFromTheAccountDown) {
@@ -120,7 +120,7 @@ TEST_F(PlacesTest, TellsWhatIsWrongWithARequest) {
 }
 
 TEST_F(PlacesTest, HaveAPageForBrowsersOfThisMachineThatHoldsNoSecret) {
-    std::string port = ":" + std::to_string(service.port());
+    std::string port = ":" + std::to_string(service.GetPort());
     auto page = client.http.Get("/admin");
     ASSERT_EQ(page->status, 200);
     EXPECT_EQ(page->get_header_value("Cache-Control"), "no-store");

@@ -34,7 +34,7 @@ protected:
     }
 
     RunningService service;
-    ApiClient client{service.port()};
+    ApiClient client{service.GetPort()};
     std::string link = client.CreateLink("Rough <cut> & \"notes\"");
 };
 
@@ -162,7 +162,7 @@ TEST_F(ReviewTest, ServesPartsOfAMovie) {
 TEST_F(ReviewTest, OffersMoviesForDownloadUnderAnyName) {
     std::string asset = Publish("x", "Größe\r\nX-Injected: \"1\".mp4");
     client.AddToLink(link, asset);
-    test::RawConnection connection(service.port());
+    test::RawConnection connection(service.GetPort());
     connection.Say("GET /r/" + link + "/assets/" + asset +
                    "?download=1 HTTP/1.1\r\nHost: x\r\n\r\n");
     connection.Finish();

@@ -36,7 +36,7 @@ std::string Complaint(std::string const& path) {
 class DataDirectoryTest : public testing::Test {
 protected:
     test::TempDirectory temp;
-    const std::string data = temp.path() + "/data";
+    std::string const data = temp.GetPath() + "/data";
 };
 
 TEST_F(DataDirectoryTest, IsClosedToOthersWhateverTheUmask) {
@@ -45,11 +45,11 @@ TEST_F(DataDirectoryTest, IsClosedToOthersWhateverTheUmask) {
         Options options;
         options.dataDirectory = data + "/below";
         test::RunningService service(options);
-        test::ApiClient client(service.port());
+        test::ApiClient client(service.GetPort());
         client.Append(client.CreateUpload(10), 0, "begun");
         client.Upload("complete");
         int files = 0;
-        for (auto const& entry : fs::recursive_directory_iterator(temp.path())) {
+        for (auto const& entry : fs::recursive_directory_iterator(temp.GetPath())) {
             EXPECT_EQ(ModeOf(entry.path()), entry.is_directory() ? 0700u : 0600u) << entry.path();
             files += entry.is_directory() ? 0 : 1;
         }
@@ -66,8 +66,8 @@ TEST_F(DataDirectoryTest, LeavesTheModeOfADirectoryThatIsThere) {
     EXPECT_EQ(Complaint(data), "");
     EXPECT_EQ(ModeOf(data), 0755u);
     EXPECT_EQ(ModeOf(data + "/store.sqlite"), 0600u) << "as earlier versions made it";
-    fs::create_directory_symlink(data, temp.path() + "/link");
-    EXPECT_EQ(Complaint(temp.path() + "/link"), "") << "the user has named it so";
+    fs::create_directory_symlink(data, temp.GetPath() + "/link");
+    EXPECT_EQ(Complaint(temp.GetPath() + "/link"), "") << "the user has named it so";
 }
 
 TEST_F(DataDirectoryTest, IsRefusedWhereOthersCanWrite) {
@@ -90,7 +90,7 @@ TEST_F(DataDirectoryTest, IsRefusedWhereOthersCanWrite) {
 }
 
 TEST_F(DataDirectoryTest, IsRefusedWithALinkInIt) {
-    const std::string target = temp.path() + "/target";
+    std::string const target = temp.GetPath() + "/target";
     for (auto [name, folder] : {std::pair("uploads", true),
                                 {"movies", true},
                                 {"set-aside", true},
@@ -108,11 +108,11 @@ TEST_F(DataDirectoryTest, IsRefusedWithALinkInIt) {
         fs::remove_all(data);
         fs::remove_all(target);
     }
-    fs::create_symlink(target, temp.path() + "/movie");
+    fs::create_symlink(target, temp.GetPath() + "/movie");
     std::ofstream{target} << "somebody's";
     for (auto mode : {File::Mode::Read, File::Mode::Write})
-        EXPECT_THROW(File(temp.path() + "/movie", mode), std::system_error);
-    EXPECT_THROW(File::OpenExisting(temp.path() + "/movie"), std::system_error);
+        EXPECT_THROW(File(temp.GetPath() + "/movie", mode), std::system_error);
+    EXPECT_THROW(File::OpenExisting(temp.GetPath() + "/movie"), std::system_error);
 }
 
 }  // namespace

@@ -124,7 +124,7 @@ bool EntersAChange(pid_t process) {
 /// Runs `work` in a process of its own. `work` calls what it is given once it is prepared; the
 /// process is killed before its `count`th change of the disk after that. Returns whether it got
 /// that far.
-bool IsKilledAt(int count, std::function<void(const std::function<void()>& prepared)> const& work) {
+bool IsKilledAt(int count, std::function<void(std::function<void()> const& prepared)> const& work) {
     pid_t child = ::fork();
     if (child == 0) {
         ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
@@ -165,7 +165,7 @@ protected:
         Options options;
         options.dataDirectory = data;
         test::RunningService service(options);
-        test::ApiClient client(service.port());
+        test::ApiClient client(service.GetPort());
         std::size_t offset = std::stoul(client.OffsetOf("/v1/uploads/" + upload));
         std::string listed = client.Get("/v1/folders/" + folder + "/children").dump();
         if (offset < kContent.size()) {
@@ -180,12 +180,12 @@ protected:
         EXPECT_EQ(ReadFile(data + "/movies/" + asset), kContent) << when;
     }
 
-    const std::string user = SampleUserId();
-    const std::string other = UuidOf("user/other");
-    const std::string folder = FolderOf("Northlight Pictures", "Feature Films", "The Long River");
-    const std::string freelance =
+    std::string const user = SampleUserId();
+    std::string const other = UuidOf("user/other");
+    std::string const folder = FolderOf("Northlight Pictures", "Feature Films", "The Long River");
+    std::string const freelance =
         FolderOf("Harbour Street Studio", "Documentaries", "Lighthouse Keepers");
-    const std::string strangers = FolderOf("Somebody Else's Account", "Private", "Closed Set");
+    std::string const strangers = FolderOf("Somebody Else's Account", "Private", "Closed Set");
 };
 
 TEST_F(PublisherTest, LosesNothingWhereverItIsKilled) {
@@ -196,20 +196,21 @@ TEST_F(PublisherTest, LosesNothingWhereverItIsKilled) {
             std::string stack = NewUuid();
             std::string upload;
             {
-                Opened opened(data.path());
+                Opened opened(data.GetPath());
                 upload = opened.Create(user, folder, stack);
                 opened.Fill(user, upload, renamed);
             }
             killed = IsKilledAt(steps + 1, [&](auto const& prepared) {
                 // What a rename left behind is finished by the next start.
                 if (renamed) prepared();
-                Opened opened(data.path());
+                Opened opened(data.GetPath());
                 if (renamed) return;
                 UploadRecord record = opened.uploads.Get(user, upload);
                 prepared();
                 opened.Publish(record);
             });
-            ExpectOpensAndGoesOn(data.path(), upload, stack, "change " + std::to_string(steps + 1));
+            ExpectOpensAndGoesOn(data.GetPath(), upload, stack,
+                                 "change " + std::to_string(steps + 1));
         }
         EXPECT_GT(steps, 10) << "are the changes seen?";
         RecordProperty(renamed ? "recovery" : "publication", steps);
@@ -218,7 +219,7 @@ TEST_F(PublisherTest, LosesNothingWhereverItIsKilled) {
 
 TEST_F(PublisherTest, ReservesTheStackOfAnUnfinishedUpload) {
     test::TempDirectory data;
-    Opened opened(data.path());
+    Opened opened(data.GetPath());
     opened.store.Write([&](Database& database) {
         database.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", other,
                      UuidOf("account/Harbour Street Studio"));
@@ -255,7 +256,7 @@ TEST_F(PublisherTest, OpensWithMoviesThatCannotBeRecordedAndSetsThemAside) {
     std::string taken, damaged, later, good;
     std::vector<std::string> aside;
     {
-        Opened opened(data.path());
+        Opened opened(data.GetPath());
         std::string stack = NewUuid();
         for (std::string* upload : {&taken, &damaged, &later, &good}) {
             *upload = opened.Create(user, folder, upload == &taken ? stack : NewUuid());
@@ -275,17 +276,18 @@ TEST_F(PublisherTest, OpensWithMoviesThatCannotBeRecordedAndSetsThemAside) {
         });
     }
     Options options;
-    options.dataDirectory = data.path();
+    options.dataDirectory = data.GetPath();
     testing::internal::CaptureStderr();
     test::RunningService service(options);
     std::string log = testing::internal::GetCapturedStderr();
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 3) << log;
     for (std::string const& upload : {taken, damaged, later})
         EXPECT_THAT(log, HasSubstr("upload " + upload));
-    EXPECT_EQ(ReadFile(data.path() + "/set-aside/" + aside[0]), kContent);
-    EXPECT_EQ(ReadFile(data.path() + "/set-aside/" + aside[1]), std::string(kContent) + "and more");
+    EXPECT_EQ(ReadFile(data.GetPath() + "/set-aside/" + aside[0]), kContent);
+    EXPECT_EQ(ReadFile(data.GetPath() + "/set-aside/" + aside[1]),
+              std::string(kContent) + "and more");
 
-    test::ApiClient client(service.port());
+    test::ApiClient client(service.GetPort());
     for (std::string const& upload : {taken, damaged})
         EXPECT_EQ(client.Send("HEAD", "/v1/uploads/" + upload)->status, 404);
     EXPECT_EQ(client.OffsetOf("/v1/uploads/" + good), std::to_string(kContent.size()));

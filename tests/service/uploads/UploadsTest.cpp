@@ -111,7 +111,7 @@ protected:
     }
 
     test::TempDirectory temp;
-    DataDirectory directory{temp.path()};
+    DataDirectory directory{temp.GetPath()};
     Store store{directory.StorePath()};
     ChangeFeed changes{store};
     std::int64_t now = 1'000'000;
@@ -120,7 +120,7 @@ protected:
     std::string folder;
     std::string otherFolder;
     std::unique_ptr<Uploads> uploads;
-    const std::string content = Noise(1'000'000);
+    std::string const content = Noise(1'000'000);
 };
 
 TEST_F(UploadsTest, PublishesWhatWasSentInPieces) {
@@ -302,7 +302,7 @@ TEST_F(UploadsTest, TakesOnlyWhatFitsOnTheDiskBesideTheOthersAndAReserve) {
         try {
             Create(static_cast<std::size_t>(length));
             return 0;
-        } catch (const ApiError& error) {
+        } catch (ApiError const& error) {
             return error.status;
         }
     };
@@ -324,14 +324,14 @@ TEST_F(UploadsTest, TakesOnlyWhatFitsOnTheDiskBesideTheOthersAndAReserve) {
 
     Uploads real(directory, store, changes, [this] { return now; });
     NewUpload request{.name = "m", .folder = folder, .mediaType = "video/mp4"};
-    request.length = static_cast<std::int64_t>(fs::space(temp.path()).capacity);
+    request.length = static_cast<std::int64_t>(fs::space(temp.GetPath()).capacity);
     EXPECT_THROW(real.Create(user, request, std::nullopt), ApiError) << "as large as the disk";
     request.length = 1;
     EXPECT_NO_THROW(real.Create(user, request, std::nullopt));
 }
 
 TEST_F(UploadsTest, LetsAnIdempotencyKeyCountForAWeek) {
-    const std::string keys[] = {NewUuid(), NewUuid()};
+    std::string const keys[] = {NewUuid(), NewUuid()};
     std::string project =
         store.Read([&](Database& database) { return FindNode(database, folder)->parent.value(); });
     ReviewLinks links(store, [this] { return now; });
