@@ -31,7 +31,7 @@ int Listen(http::Server& server, DataDirectory const& directory, Options const& 
     if (options.port != 0) {
         port = server.Bind(options.host, options.port);
     } else {
-        if (int last = directory.LastPort()) port = server.Bind(options.host, last);
+        if (int last = directory.GetLastPort()) port = server.Bind(options.host, last);
         if (port <= 0) port = server.Bind(options.host, 0);
     }
     if (port <= 0) {
@@ -62,7 +62,7 @@ std::string AddressOf(std::string const& host, int port) {
 struct Service::Parts {
     explicit Parts(Options const& options)
         : directory(options.dataDirectory),
-          store(directory.StorePath()),
+          store(directory.GetStorePath()),
           sessions(store, SystemTime),
           codes(sessions, SystemTime),
           changes(store),

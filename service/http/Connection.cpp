@@ -118,7 +118,7 @@ bool Connection::ReadHead() {
                 deadline = std::min(deadline, Now() + context.limits.head);
             }
             try {
-                if (std::size_t size = parser->ReadHead(Input())) {
+                if (std::size_t size = parser->ReadHead(GetInput())) {
                     input.consume(size);
                     stage = Stage::Decide;
                     return true;
@@ -224,7 +224,7 @@ void Connection::TakeBody() {
     bool streams = action.body == Action::Body::Stream;
     bool refused = false;
     try {
-        std::size_t size = parser->ReadBody(Input(), [&](std::string_view piece) {
+        std::size_t size = parser->ReadBody(GetInput(), [&](std::string_view piece) {
             if (refused) return;
             if (streams) {
                 refused = !action.take(piece);
@@ -352,7 +352,7 @@ bool Connection::Skip() {
     for (;;) {
         if (std::exchange(bodyArrived, false) && input.size() > 0) {
             try {
-                input.consume(parser->ReadBody(Input(), [](std::string_view) {}));
+                input.consume(parser->ReadBody(GetInput(), [](std::string_view) {}));
             } catch (ApiError const&) {
                 return Close();
             }
@@ -394,7 +394,7 @@ Connection::Received Connection::Receive(std::size_t most) {
     return Received::Nothing;
 }
 
-std::string_view Connection::Input() const {
+std::string_view Connection::GetInput() const {
     auto data = input.cdata();
     return {static_cast<char const*>(data.data()), data.size()};
 }

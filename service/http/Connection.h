@@ -75,7 +75,7 @@ private:
     [[nodiscard]] bool EndAnswer();
 
     Received Receive(std::size_t most);
-    [[nodiscard]] std::string_view Input() const;
+    [[nodiscard]] std::string_view GetInput() const;
     [[nodiscard]] bool WaitToRead(Time deadline);
     [[nodiscard]] bool WaitToWrite();
     /// Runs `work` on a worker, which then goes on with Advance.

@@ -220,7 +220,7 @@ void Api::AllowOrigin(Call& call) const {
 }
 
 Identity Api::Authorize(Call& call) const {
-    std::string token = call.BearerToken();
+    std::string token = call.GetBearerToken();
     if (!token.empty()) {
         if (auto identity = sessions.Find(token)) return *identity;
     }

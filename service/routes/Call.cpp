@@ -48,7 +48,7 @@ std::optional<std::string> Call::UuidHeader(std::string_view name) const {
     return text;
 }
 
-std::string Call::BearerToken() const {
+std::string Call::GetBearerToken() const {
     constexpr std::string_view scheme = "Bearer";
     std::string_view header = request.Header("Authorization").value_or("");
     std::size_t blank = std::min(header.find(' '), header.size());

@@ -36,7 +36,7 @@ public:
     [[nodiscard]] std::optional<std::string> UuidHeader(std::string_view name) const;
 
     /// The token of an Authorization header of the scheme Bearer, empty when there is none.
-    [[nodiscard]] std::string BearerToken() const;
+    [[nodiscard]] std::string GetBearerToken() const;
 
     /// The body, up to 64 KiB; of the routes that get it as a whole.
     [[nodiscard]] std::string const& GetBody() const { return exchange->body; }

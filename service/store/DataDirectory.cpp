@@ -141,11 +141,11 @@ std::string DataDirectory::SetMovieAside(std::string_view id) const {
     if (std::filesystem::exists(kept)) throw std::runtime_error(kept + " is there already");
     std::filesystem::rename(MoviePath(id), kept);
     SyncDirectory(path + "/set-aside");
-    SyncDirectory(MoviesPath());
+    SyncDirectory(GetMoviesPath());
     return kept;
 }
 
-int DataDirectory::LastPort() const {
+int DataDirectory::GetLastPort() const {
     std::optional<File> file = File::OpenExisting(path + "/port");
     if (!file) return 0;
     std::string text(16, '\0');

@@ -19,8 +19,8 @@ public:
     /// another service has it.
     explicit DataDirectory(std::string const& path);
 
-    [[nodiscard]] std::string StorePath() const { return path + "/store.sqlite"; }
-    [[nodiscard]] std::string MoviesPath() const { return path + "/movies"; }
+    [[nodiscard]] std::string GetStorePath() const { return path + "/store.sqlite"; }
+    [[nodiscard]] std::string GetMoviesPath() const { return path + "/movies"; }
 
     /// Where an upload grows, and where the movie it becomes stands. `id` has to be a UUID; any
     /// other text throws, so that nothing a client sends can become a path.
@@ -36,7 +36,7 @@ public:
     [[nodiscard]] std::string SetMovieAside(std::string_view id) const;
 
     /// The port that was used last with this directory, 0 when there is none.
-    [[nodiscard]] int LastPort() const;
+    [[nodiscard]] int GetLastPort() const;
     void RememberPort(int port) const;
 
 private:

@@ -86,7 +86,7 @@ void Publisher::Publish(UploadRecord const& upload, File& file, Digest const& wh
     });
     file.Sync();
     std::filesystem::rename(directory.UploadPath(upload.id), directory.MoviePath(upload.asset));
-    SyncDirectory(directory.MoviesPath());
+    SyncDirectory(directory.GetMoviesPath());
     Record(upload, whole);
 }
 

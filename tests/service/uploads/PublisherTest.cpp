@@ -87,7 +87,7 @@ struct Opened {
     }
 
     DataDirectory directory;
-    Store store{directory.StorePath()};
+    Store store{directory.GetStorePath()};
     ChangeFeed changes{store};
     std::int64_t now = SystemTime();
     Uploads uploads{directory, store, changes, [this] { return now; }};

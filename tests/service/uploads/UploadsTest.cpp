@@ -112,7 +112,7 @@ protected:
 
     test::TempDirectory temp;
     DataDirectory directory{temp.GetPath()};
-    Store store{directory.StorePath()};
+    Store store{directory.GetStorePath()};
     ChangeFeed changes{store};
     std::int64_t now = 1'000'000;
     std::int64_t freeBytes = Uploads::kMaxBytes;
@@ -215,10 +215,10 @@ TEST_F(UploadsTest, StepsBackWhenTheDiskLostWhatWasConfirmed) {
 
 TEST_F(UploadsTest, CountsTheLastBytesOnlyOnceTheMovieIsPublished) {
     std::string id = Create(content.size());
-    fs::remove(directory.MoviesPath());
+    fs::remove(directory.GetMoviesPath());
     EXPECT_ANY_THROW(Append(id, 0, Body(content)));
     EXPECT_LT(Offset(id), 1'000'000);
-    fs::create_directory(directory.MoviesPath());
+    fs::create_directory(directory.GetMoviesPath());
     auto offset = static_cast<std::size_t>(Offset(id));
     Append(id, Offset(id), Body(content.substr(offset)), {}, content);
     EXPECT_EQ(Movie(id), content);
