@@ -32,7 +32,7 @@ void SerialExecutor::Schedule() {
                 }
                 executor.Schedule();
             }
-        } next const {*self};
+        } const next{*self};
         self->RunFirst();
     });
 }
