@@ -3,6 +3,7 @@
 #include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "moxcore/config/Error.h"
 #include "moxcore/filesupport/CommonDirs.h"
@@ -70,6 +71,36 @@ Current& TheCurrent() {
     return current;
 }
 
+/// Those who hear of the session.
+class Listeners {
+public:
+    void Add(std::shared_ptr<SessionListener const> const& listener) {
+        std::lock_guard lock(mutex);
+        std::erase_if(listeners, [](auto const& each) { return each.expired(); });
+        listeners.push_back(listener);
+    }
+
+    void Tell(bool exists) const {
+        for (auto const& weak : All())
+            if (auto const listener = weak.lock()) (*listener)(exists);
+    }
+
+private:
+    [[nodiscard]] std::vector<std::weak_ptr<SessionListener const>> All() const {
+        std::lock_guard lock(mutex);
+        return listeners;
+    }
+
+    mutable std::mutex mutex;
+    std::vector<std::weak_ptr<SessionListener const>> listeners;  // guarded by mutex
+};
+
+/// Never destroyed: a sign-in may still end while the process does.
+Listeners& TheListeners() {
+    static Listeners& listeners = *new Listeners;
+    return listeners;
+}
+
 }  // namespace
 
 void InitializeAuthManager(std::string const& clientID, std::string const& redirectURI,
@@ -96,7 +127,9 @@ Future<std::string> GetAccessToken() {
 
 Response Login(std::string const& /*userID*/) {
     auto const session = TheCurrent().Get();
-    return session ? session->Login() : Response(kNotSignedIn);
+    auto const response = session ? session->Login() : Response(kNotSignedIn);
+    if (response.GetResult() == kSessionExists) TheListeners().Tell(true);
+    return response;
 }
 
 void CancelLogin() {
@@ -105,7 +138,15 @@ void CancelLogin() {
 
 Response Logout() {
     auto const session = TheCurrent().Get();
-    return session ? session->Logout() : Response();
+    auto const response = session ? session->Logout() : Response();
+    if (response.IsSuccess()) TheListeners().Tell(false);
+    return response;
+}
+
+std::shared_ptr<SessionListener const> ListenToSession(SessionListener listener) {
+    auto kept = std::make_shared<SessionListener const>(std::move(listener));
+    TheListeners().Add(kept);
+    return kept;
 }
 
 void AwaitSignOuts() {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
 
 #include "moxcore/async/Future.h"
@@ -59,6 +61,16 @@ QUILLOSERVICES_API void CancelLogin();
 /// and the service is asked to end it, where it can be reached. Waits neither for it nor for the
 /// keyring. Fails only when the tokens' file cannot be removed.
 QUILLOSERVICES_API quillocommon::Response Logout();
+
+/// Hears of the session that is kept: true once a Login has found or begun one, false when a Logout
+/// has ended it. It is told on the thread that does so, before that returns; must not throw.
+using SessionListener = std::function<void(bool exists)>;
+
+/// Has `listener` hear of the session, whoever begins and ends it, until the result is dropped: all
+/// that holds a token of the session lets go of it when that ends. A call that is under way then
+/// goes on, so the listener holds weakly what may be gone.
+[[nodiscard]] QUILLOSERVICES_API std::shared_ptr<SessionListener const> ListenToSession(
+    SessionListener listener);
 
 /// Sleeps until the service has been told of the sign-outs under way, four seconds at most. The end
 /// of the process does so by itself; only a host that takes the service down before that calls it.

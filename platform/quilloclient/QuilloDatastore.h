@@ -52,8 +52,9 @@ public:
 
     virtual ~QuilloDatastore();
 
-    /// Signs in, with the token there is or interactively. What is asked for meanwhile waits for
-    /// it; without a sign-in, every request fails (quilloauth::jwt::kNotSignedIn).
+    /// Signs in, with the token there is or interactively; one that waits for the user is begun
+    /// anew. What is asked for meanwhile waits for it; without a sign-in, every request fails
+    /// (quilloauth::jwt::kNotSignedIn).
     virtual void SignIn() = 0;
 
     /// Signs in, and asks the service who that is.
@@ -66,7 +67,8 @@ public:
 
     [[nodiscard]] virtual ImmutableString GetStationID() const = 0;
 
-    /// Ends the session that quilloauth keeps. Waits for the disk, not for the service.
+    /// Ends the session that quilloauth keeps, and with it whatever else goes by it
+    /// (quilloauth::jwt::ListenToSession). Waits for the disk, not for the service.
     virtual void SignOutJwt() = 0;
 
     /// Ends what the datastore does with the session: its token and its lists are dropped, requests

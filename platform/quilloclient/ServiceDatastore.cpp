@@ -6,7 +6,6 @@
 #include "moxcore/messaging/Station.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/utility/Keychain.h"
-#include "quilloauth/AuthManager.h"
 #include "quilloclient/ChangeNotice.h"
 #include "quilloclient/Entries.h"
 #include "quillosdk/AnswerReader.h"
@@ -85,7 +84,13 @@ char const* MessageTypeOf(ListKind kind) {
 }  // namespace
 
 std::shared_ptr<ServiceDatastore> ServiceDatastore::Create() {
-    return std::shared_ptr<ServiceDatastore>(new ServiceDatastore);
+    std::shared_ptr<ServiceDatastore> made(new ServiceDatastore);
+    made->sessionListener =
+        quilloauth::jwt::ListenToSession([weak = made->weak_from_this()](bool exists) {
+            auto const self = weak.lock();
+            if (self && !exists) self->SignOutOAuth2();
+        });
+    return made;
 }
 
 ServiceDatastore::ServiceDatastore()
@@ -101,7 +106,17 @@ void ServiceDatastore::Post(std::function<void(ServiceDatastore&)> work) {
 }
 
 void ServiceDatastore::SignIn() {
-    Post([](ServiceDatastore& self) { self.BeginSignIn(); });
+    Post([](ServiceDatastore& self) { self.BeginSignInAnew(); });
+}
+
+/// Who signs in again has lost the page that a sign-in under way has opened. What waits for that
+/// one waits for the new one.
+void ServiceDatastore::BeginSignInAnew() {
+    if (state == State::SigningIn) {
+        quilloauth::jwt::CancelLogin();
+        state = State::SignedOut;
+    }
+    BeginSignIn();
 }
 
 void ServiceDatastore::BeginSignIn() {

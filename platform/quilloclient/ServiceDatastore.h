@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "moxcore/async/Future.h"
+#include "quilloauth/AuthManager.h"
 #include "quilloclient/EventStream.h"
 #include "quilloclient/ListCache.h"
 #include "quilloclient/QuilloDatastore.h"
@@ -55,6 +56,7 @@ private:
 
     void Post(std::function<void(ServiceDatastore&)> work);
     void BeginSignIn();
+    void BeginSignInAnew();
     void OnToken(unsigned signIn, Token const& token);
     void OpenSession(std::string const& token);
     void OnNoSession(std::exception_ptr const& exception);
@@ -74,6 +76,7 @@ private:
 
     std::shared_ptr<SerialExecutor> const executor = std::make_shared<SerialExecutor>();
     ImmutableString const station;
+    std::shared_ptr<quilloauth::jwt::SessionListener const> sessionListener;  // set by Create
 
     // The executor's:
     State state = State::SignedOut;

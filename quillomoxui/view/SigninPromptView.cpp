@@ -72,7 +72,9 @@ void SigninPromptView::OnLoginClicked(moxui::ui::Message*) {
 }
 
 void SigninPromptView::OnIsLoggedInChanged(bool loggedIn) {
-    if (loggedIn) ViewModel().SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);
+    // The user may have signed out since this was said.
+    if (loggedIn && ViewModel().GetIsLoggedIn())
+        ViewModel().SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);
 }
 
 }  // namespace quillomoxui::view

@@ -22,18 +22,46 @@ ShareForReviewViewModel::ShareForReviewViewModel() {
 ShareForReviewViewModel::~ShareForReviewViewModel() = default;
 
 void ShareForReviewViewModel::SetUser(std::shared_ptr<QuilloUser> const& user) {
-    if (!user)
+    TakeUser(user, std::nullopt, std::nullopt);
+}
+
+/// Puts `newUser` in the place of the user, then shows `view`. Nothing happens when it is what
+/// `signIn` has brought, and that is late.
+void ShareForReviewViewModel::TakeUser(std::shared_ptr<QuilloUser> const& newUser,
+                                       std::optional<unsigned> signIn,
+                                       std::optional<ShareForReviewViewID> view) {
+    if (!newUser)
         ThrowFatalError(
             "$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/NoNullUser="
             "Contract violation: User property may not be set to null.");
-    UserNotifyingPropertyHost::SetValue(user);
-    auto keeper = std::make_shared<SelectionKeeper>(user);
+    auto keeper = std::make_shared<SelectionKeeper>(newUser);
     keeper->Start();
+    std::shared_ptr<QuilloUser> replaced;  // dies after the lock, as does the keeper before
     {
+        // Held across the change, so that no sign-out slips in between the question and the answer.
         std::lock_guard lock(mutex);
+        if (signIn && *signIn != signIns) return;
+        ++signIns;
+        replaced = GetUser();
+        UserNotifyingPropertyHost::SetValue(newUser);
         selectionKeeper.swap(keeper);
+        if (view && fields.currentViewIDMessagesEnabled)
+            CurrentViewIDNotifyingPropertyHost::SetValue(*view);
     }
-    user->FetchChildren();
+    newUser->FetchChildren();
+}
+
+unsigned ShareForReviewViewModel::BeginSignIn() {
+    std::lock_guard lock(mutex);
+    return ++signIns;
+}
+
+/// Sets IsLoggedIn, unless `signIn` is late; whether it was not.
+bool ShareForReviewViewModel::TakeSignedIn(unsigned signIn) {
+    std::lock_guard lock(mutex);
+    if (signIn != signIns) return false;
+    IsLoggedInNotifyingPropertyHost::SetValue(true);
+    return true;
 }
 
 void ShareForReviewViewModel::SetCurrentViewID(ShareForReviewViewID id) {

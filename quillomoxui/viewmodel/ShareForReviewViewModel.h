@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 #include "quillomoxui/Export.h"
 #include "quillomoxui/properties/NamedPropertyHosts.h"
@@ -54,14 +55,18 @@ public:
     ShareForReviewViewModel();
     ~ShareForReviewViewModel() override;
 
-    /// Replaces the user and has it fetch its tree. Its selection stays in the tree from now on,
-    /// also when lists are fetched again. A null user breaks the contract.
+    /// Replaces the user and has it fetch its tree. When lists are fetched again, its selection
+    /// goes over to the new folder of the same ID; when that is gone, there is none from then on
+    /// (QuilloUser::GetLostSelectionPath). What is still to come of a sign-in is dropped. A null
+    /// user breaks the contract.
     void SetUser(std::shared_ptr<QuilloUser> const& user) override;
 
-    /// Signs in; the user follows when the service has said who it is. The view is left to whoever
+    /// Signs in; the user follows when the service has said who it is, unless something else is
+    /// asked for by then: another Login, a Logout, another user. The view is left to whoever
     /// watches IsLoggedIn. With the developer's switch "QuilloNative.UseQuilloCppSdk" set to false,
-    /// the tree comes from the older client library instead and follows the service's changes;
-    /// IsLoggedIn is left alone then, and the view is moved on here.
+    /// the user and the tree come from the older client library instead, and the tree follows the
+    /// service's changes; IsLoggedIn is left alone then, and the view is moved on here. Uploads and
+    /// links then use the same session.
     virtual void Login();
 
     /// Signs out and forgets the user's tree. The view stays.
@@ -136,6 +141,11 @@ private:
         Guid assetID2;
     };
 
+    [[nodiscard]] QUILLO_HIDDEN unsigned BeginSignIn();
+    QUILLO_HIDDEN bool TakeSignedIn(unsigned signIn);
+    QUILLO_HIDDEN void TakeUser(std::shared_ptr<QuilloUser> const& newUser,
+                                std::optional<unsigned> signIn,
+                                std::optional<ShareForReviewViewID> view);
     [[nodiscard]] QUILLO_HIDDEN Fields CopyFields() const;
     QUILLO_HIDDEN bool ReadAssetData(char const* key, UTF16String& value) const;
     [[nodiscard]] QUILLO_HIDDEN Guid ReadAssetGuid(char const* key) const;
@@ -146,6 +156,9 @@ private:
     mutable std::mutex mutex;
     Fields fields;  // guarded by mutex, which is never held across a callback
     std::shared_ptr<SelectionKeeper> selectionKeeper;  // of the user; guarded by mutex
+    /// Grows with each sign-in, sign-out and user: what an earlier sign-in brings is late. Guarded
+    /// by mutex.
+    unsigned signIns = 0;
 };
 
 /// The view's name for developers; "(unknown ShareForReviewViewID value)" for one that has none.

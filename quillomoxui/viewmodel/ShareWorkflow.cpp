@@ -62,20 +62,6 @@ void ReportNowhereToShareTo() {
          "choose a location."});
 }
 
-/// Uploads and review links take the SDK's client whichever backend fills the tree, so that one
-/// signs in first; both use the sign-in that is kept.
-void LoginToClientLibrary(std::weak_ptr<ShareForReviewViewModel> const& weak) {
-    QuilloCppSdkIntegration::SignIn([weak](bool loggedIn) {
-        if (!loggedIn) return;
-        QuilloClientIntegration::GetCurrentUser([weak](std::shared_ptr<QuilloUser> const& user) {
-            auto const self = weak.lock();
-            if (!self) return;
-            self->SetUser(user);
-            self->SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);
-        });
-    });
-}
-
 }  // namespace
 
 void ShareForReviewViewModel::StartShareForReviewPopup() {
@@ -100,20 +86,31 @@ void ShareForReviewViewModel::StartShareForReviewPopup() {
 
 void ShareForReviewViewModel::Login() {
     std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    if (!IsSwitchedOn(kUseQuilloCppSdk, true)) return LoginToClientLibrary(weak);
-    QuilloCppSdkIntegration::SignIn([weak](bool loggedIn) {
+    auto const signIn = BeginSignIn();
+    auto const takeUser = [weak, signIn](std::shared_ptr<QuilloUser> const& user,
+                                         std::optional<ShareForReviewViewID> view = std::nullopt) {
+        if (auto const self = weak.lock()) self->TakeUser(user, signIn, view);
+    };
+    if (!IsSwitchedOn(kUseQuilloCppSdk, true)) {
+        // Uploads and review links take the SDK's client whichever backend fills the tree.
+        QuilloCppSdkIntegration::FollowSession();
+        return QuilloClientIntegration::GetCurrentUser(
+            [takeUser](auto const& user) { takeUser(user, ShareForReviewViewID::ReviewInQuillo); });
+    }
+    QuilloCppSdkIntegration::SignIn([weak, signIn, takeUser](bool loggedIn) {
         auto const self = weak.lock();
-        if (!self || !loggedIn) return;
-        self->SetIsLoggedIn(true);
-        QuilloCppSdkIntegration::GetCurrentUser([weak](std::shared_ptr<QuilloUser> const& user) {
-            if (auto const stillThere = weak.lock()) stillThere->SetUser(user);
-        });
+        if (!self || !loggedIn || !self->TakeSignedIn(signIn)) return;
+        QuilloCppSdkIntegration::GetCurrentUser([takeUser](auto const& user) { takeUser(user); });
     });
 }
 
 void ShareForReviewViewModel::Logout() {
-    if (!IsSwitchedOn(kUseQuilloCppSdk, true)) QuilloClientIntegration::SignOut();
-    QuilloCppSdkIntegration::SignOut();
+    static_cast<void>(BeginSignIn());  // what is under way is late from here on
+    // That the other backend is signed out with this one, the session sees to.
+    if (IsSwitchedOn(kUseQuilloCppSdk, true))
+        QuilloCppSdkIntegration::SignOut();
+    else
+        QuilloClientIntegration::SignOut();
     SetIsLoggedIn(false);
     SetUser(std::make_shared<QuilloUser>());
 }

@@ -32,12 +32,13 @@ public:
     class QuilloClientFile;
     class QuilloClientVersionStack;
 
-    /// Signs the datastore out. Nodes that there are stay as they are.
+    /// Signs the datastore out, and ends the session, which the other backend may go by as well.
+    /// Nodes that there are stay as they are.
     static void SignOut();
 
     /// Hands a new root of the tree, with the signed-in user's ID and name, to `callback`. The user
     /// is asked for once in the process: every call hears of that one. Nothing is called when the
-    /// request has failed.
+    /// request fails; the next call makes it again.
     static void GetCurrentUser(
         std::function<void(std::shared_ptr<QuilloUser> const&)> const& callback);
 

@@ -1,6 +1,7 @@
 #include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 
 #include <mutex>
+#include <optional>
 #include <utility>
 
 #include "moxcore/async/Future.h"
@@ -39,18 +40,33 @@ struct SharedState {
     std::string sRedirectURI;
     std::shared_ptr<quillosdk::QuilloClient> sQuilloClient;
     std::shared_ptr<std::function<void(bool)> const> sOnClientLoggedInChanged;
+    unsigned signOuts = 0;        // a token that was asked for before the last one is late
+    bool followsSession = false;  // since FollowSession
+    std::shared_ptr<quilloauth::jwt::SessionListener const> sessionListener;
 };
+
+void OnSession(bool exists);
 
 /// Never destroyed: answers may still arrive while the process ends.
 SharedState& State() {
-    static SharedState& state = *new SharedState;
+    static SharedState& state = []() -> SharedState& {
+        auto& made = *new SharedState;
+        made.sessionListener = quilloauth::jwt::ListenToSession(OnSession);
+        return made;
+    }();
     return state;
 }
 
-/// The callback as it is now; it may be called once the lock is released.
-std::shared_ptr<std::function<void(bool)> const> LoggedInCallback() {
+unsigned CountSignOuts() {
     std::lock_guard lock(State().mutex);
-    return State().sOnClientLoggedInChanged;
+    return State().signOuts;
+}
+
+/// The callback as it is now, unless there was a sign-out after the first `signOuts`; it may be
+/// called once the lock is released.
+std::shared_ptr<std::function<void(bool)> const> LoggedInCallback(unsigned signOuts) {
+    std::lock_guard lock(State().mutex);
+    return State().signOuts == signOuts ? State().sOnClientLoggedInChanged : nullptr;
 }
 
 /// Has the client take a fresh token. What it cannot get, the client does without: its request then
@@ -64,14 +80,13 @@ void RefreshToken() {
     }));
 }
 
-/// Gives the client the token, if there is one; false when there is none.
-bool CheckToken(Future<std::string> const& token) {
-    if (ExtractResultFromException(token.GetException()) < 0) return false;
-    std::string const text = token.Get();
-
+/// Makes a client with the token, which was asked for after `signOuts`; whether it takes it. None
+/// when somebody has signed out since.
+std::optional<bool> MakeClient(std::string const& token, unsigned signOuts) {
     std::string clientID;
     {
         std::lock_guard lock(State().mutex);
+        if (State().signOuts != signOuts) return std::nullopt;
         clientID = State().sClientID;
     }
     quillosdk::QuilloClient::Initialize(quillosdk::QuilloConfig(clientID),
@@ -80,21 +95,58 @@ bool CheckToken(Future<std::string> const& token) {
     auto replaced = client;  // swapped with the client before, which thus dies after the lock
     {
         std::lock_guard lock(State().mutex);
+        if (State().signOuts != signOuts) return std::nullopt;
         State().sQuilloClient.swap(replaced);
     }
-    bool const accepted = client->UpdateAccessToken(text).IsSuccess();
-    auto const callback = LoggedInCallback();
-    if (callback && *callback) (*callback)(accepted);
+    return client->UpdateAccessToken(token).IsSuccess();
+}
+
+/// Gives the client the token, if there is one; false when there is none.
+bool CheckToken(Future<std::string> const& token, unsigned signOuts) {
+    if (ExtractResultFromException(token.GetException()) < 0) return false;
+    auto const accepted = MakeClient(token.Get(), signOuts);
+    if (!accepted) return true;
+    auto const callback = LoggedInCallback(signOuts);
+    if (callback && *callback) (*callback)(*accepted);
     return true;
 }
 
 /// The second half of a sign-in: with the token at hand, or through an interactive login.
-void CheckTokenOrLogin(Future<std::string> const& token) {
-    if (CheckToken(token)) return;
+void CheckTokenOrLogin(Future<std::string> const& token, unsigned signOuts) {
+    if (CheckToken(token, signOuts) || CountSignOuts() != signOuts) return;
     auto const response =
         quilloauth::jwt::Login(UTF16toStdString(moxcore::utility::Keychain::GetNexoUserID()));
     if (response.IsSuccess() || response.GetResult() != quilloauth::jwt::kSessionExists) return;
-    static_cast<void>(quilloauth::jwt::GetAccessToken().Then(CheckToken));
+    static_cast<void>(quilloauth::jwt::GetAccessToken().Then(
+        [signOuts](Future<std::string> const& fresh) { return CheckToken(fresh, signOuts); }));
+}
+
+/// Makes a client of the session that is kept, if there is one.
+void TakeSession() {
+    auto const signOuts = CountSignOuts();
+    static_cast<void>(
+        quilloauth::jwt::GetAccessToken().Then([signOuts](Future<std::string> const& token) {
+            if (!token.GetException()) MakeClient(token.Get(), signOuts);
+        }));
+}
+
+/// Somebody has signed in or out, be it the other backend.
+void OnSession(bool exists) {
+    std::shared_ptr<std::function<void(bool)> const> callback;
+    {
+        std::lock_guard lock(State().mutex);
+        if (exists && !State().followsSession) return;
+        if (!exists) {
+            ++State().signOuts;
+            State().followsSession = false;
+            callback = State().sOnClientLoggedInChanged;
+        }
+    }
+    if (exists) return TakeSession();
+    if (callback && *callback) (*callback)(false);
+    std::shared_ptr<quillosdk::QuilloClient> released;  // dies after the lock
+    std::lock_guard lock(State().mutex);
+    State().sQuilloClient.swap(released);
 }
 
 }  // namespace
@@ -116,26 +168,33 @@ std::shared_ptr<quillosdk::QuilloClient> QuilloCppSdkIntegration::GetQuilloClien
 
 void QuilloCppSdkIntegration::SignIn(std::function<void(bool)> const& onLoggedInChanged) {
     auto callback = std::make_shared<std::function<void(bool)> const>(onLoggedInChanged);
+    unsigned signOuts = 0;
     {
         std::lock_guard lock(State().mutex);
         State().sOnClientLoggedInChanged.swap(callback);
+        State().followsSession = false;
+        signOuts = State().signOuts;
     }
     // Whoever signs in again has lost the page that the one before has opened.
     quilloauth::jwt::CancelLogin();
     // On the sign-in's own thread even when the token is there by now: the login may wait for a
     // person.
     auto const token = quilloauth::jwt::GetAccessToken();
-    static_cast<void>(token.Then(token.GetExecutor(), CheckTokenOrLogin));
+    static_cast<void>(token.Then(token.GetExecutor(), [signOuts](Future<std::string> const& there) {
+        CheckTokenOrLogin(there, signOuts);
+    }));
+}
+
+void QuilloCppSdkIntegration::FollowSession() {
+    {
+        std::lock_guard lock(State().mutex);
+        State().followsSession = true;
+    }
+    TakeSession();
 }
 
 void QuilloCppSdkIntegration::SignOut() {
-    if (!quilloauth::jwt::Logout().IsSuccess()) return;
-    auto const callback = LoggedInCallback();
-    if (!callback || !*callback) return;
-    (*callback)(false);
-    std::shared_ptr<quillosdk::QuilloClient> released;  // dies after the lock
-    std::lock_guard lock(State().mutex);
-    State().sQuilloClient.swap(released);
+    static_cast<void>(quilloauth::jwt::Logout());  // OnSession does the rest
 }
 
 void QuilloCppSdkIntegration::GetCurrentUser(

@@ -55,11 +55,16 @@ public:
 
     /// Signs in, with the token there is or interactively. `onLoggedInChanged` replaces the one of
     /// an earlier call and hears true once the client has a token, false when it refuses one and on
-    /// sign-out. A sign-in that fails calls nothing.
+    /// sign-out. A sign-in that fails calls nothing, nor does one that a sign-out has overtaken.
     static void SignIn(std::function<void(bool)> const& onLoggedInChanged);
 
-    /// Signs out and releases the client, telling the callback of the last SignIn. Nothing happens
-    /// when the session cannot be ended or nobody ever signed in.
+    /// Has the client go by the session that another backend signs in to: it is there as soon as
+    /// that is. Tells nobody, and asks nobody to sign in.
+    static void FollowSession();
+
+    /// Signs out and releases the client, telling the callback of the last SignIn; so does a
+    /// sign-out of another backend, since the session is one. Nothing happens when it cannot be
+    /// ended.
     static void SignOut();
 
     /// Hands a new root of the tree, with the signed-in user's ID and name, to `callback`. Nothing

@@ -1,6 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <latch>
+
 #include "moxcore/debug/DebugDatabase.h"
+#include "quilloauth/AuthManager.h"
 #include "quilloclient/ServiceDatastore.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 #include "tests/quillomoxui/viewmodel/WorkflowTest.h"
@@ -76,6 +79,92 @@ TEST_F(WorkflowTest, LoginSetsTheUserThatTheServiceNames) {
     EXPECT_THROW(onTheStack.Login(), std::bad_weak_ptr);
 }
 
+/// A sign-in whose answers the test gives, with either backend.
+class SignInTest : public WorkflowTest, public testing::WithParamInterface<bool> {
+protected:
+    SignInTest() {
+        moxcore::debug::DebugDatabase::Instance().SetEntry(kSwitch, GetParam());
+        quillo::QuilloDatastore::SetDatastore(quillo::ServiceDatastore::Create());
+        ServeTree();
+        Ignore("GET /v1/me");
+        viewModel->Logout();
+        viewModel->StartShareForReviewPopup();
+    }
+    ~SignInTest() override {
+        viewModel->Logout();
+        executor.RunDue();
+        quillo::QuilloDatastore::SetDatastore(nullptr);
+        moxcore::debug::DebugDatabase::Instance().RemoveEntry(kSwitch);
+    }
+
+    /// Signs in, as far as the question who that is; returns the request's number.
+    std::size_t Login() {
+        auto const before = Requests("GET /v1/me").size();
+        viewModel->Login();
+        executor.RunUntil([&] { return Requests("GET /v1/me").size() > before; });
+        return IndicesOf("GET /v1/me").back();
+    }
+    void Answer(std::size_t request, std::string const& name) {
+        transport.Answer(request, 200, R"({"user":)" + testsupport::Record(1, name) + "}");
+        executor.RunDue();
+        testsupport::DrainMainThread();
+    }
+    [[nodiscard]] std::string UserName() const { return UTF16to8(viewModel->GetUser()->GetName()); }
+
+    static constexpr char kSwitch[] = "QuilloNative.UseQuilloCppSdk";
+};
+INSTANTIATE_TEST_SUITE_P(Backends, SignInTest, testing::Bool());
+
+TEST_P(SignInTest, TheUserWhoComesAfterTheSignOutStaysOut) {
+    auto const late = Login();
+    viewModel->Logout();
+    Answer(late, "Late");
+    EXPECT_TRUE(viewModel->GetUser()->GetID().IsNull());
+    EXPECT_FALSE(viewModel->GetIsLoggedIn());
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::SigninPrompt);
+
+    auto const current = Login();
+    EXPECT_EQ(UserName(), "");
+    Answer(current, "Jane");
+    EXPECT_EQ(UserName(), "Jane");
+    EXPECT_TRUE(model::QuilloCppSdkIntegration::GetQuilloClient()) << "for uploads and links";
+}
+
+TEST_P(SignInTest, TheLastSignInHasTheLastWord) {
+    auto const first = Login();
+    if (!GetParam()) {  // the client library asks once
+        viewModel->Login();
+        Answer(first, "Jane");
+        EXPECT_EQ(UserName(), "Jane");
+        EXPECT_EQ(viewModel->GetCurrentViewID(), View::ReviewInQuillo);
+        return;
+    }
+    auto const second = Login();
+    auto const third = Login();
+    Answer(first, "Late");
+    EXPECT_EQ(UserName(), "");
+    Answer(third, "Jane");
+    Answer(second, "Late");
+    EXPECT_EQ(UserName(), "Jane");
+    EXPECT_TRUE(viewModel->GetIsLoggedIn());
+    // A user whom the host sets is the last word as well.
+    auto const fourth = Login();
+    viewModel->SetUser(user);
+    Answer(fourth, "Late");
+    EXPECT_EQ(viewModel->GetUser(), user);
+
+    // Nobody is signed in by a sign-in that is overtaken before it has the token.
+    viewModel->SetIsLoggedIn(false);
+    std::latch goOn{1};
+    quilloauth::jwt::GetAccessToken().GetExecutor()->CallAsync([&] { goOn.wait(); });
+    viewModel->Login();
+    viewModel->SetUser(user);
+    goOn.count_down();
+    for (int i = 0; i < 2; ++i)
+        quilloauth::jwt::GetAccessToken().Wait();
+    EXPECT_FALSE(viewModel->GetIsLoggedIn());
+}
+
 TEST_F(WorkflowTest, WithTheClientLibraryLoginMovesTheViewAndSharesAsEver) {
     auto& switches = moxcore::debug::DebugDatabase::Instance();
     switches.SetEntry("QuilloNative.UseQuilloCppSdk", false);
@@ -118,6 +207,16 @@ TEST_F(WorkflowTest, WithTheClientLibraryLoginMovesTheViewAndSharesAsEver) {
     executor.AdvanceBy(std::chrono::minutes(10));
     EXPECT_EQ(user->GetFetchChildrenState(), FetchChildrenState::Fetching)
         << "the datastore is signed out as well";
+
+    // The user and the view follow the client library, whatever becomes of the SDK's session.
+    On("POST /oauth/token", R"({"error":"access_denied"})", 400);
+    viewModel->SetCurrentViewID(View::SigninPrompt);
+    viewModel->Login();
+    executor.RunUntil([&] { return viewModel->GetCurrentViewID() == View::ReviewInQuillo; });
+    EXPECT_EQ(UTF16to8(viewModel->GetUser()->GetName()), "Jane");
+    EXPECT_FALSE(model::QuilloCppSdkIntegration::GetQuilloClient());
+    viewModel->Logout();
+    executor.RunDue();
     quillo::QuilloDatastore::SetDatastore(nullptr);
     switches.RemoveEntry("QuilloNative.UseQuilloCppSdk");
 }

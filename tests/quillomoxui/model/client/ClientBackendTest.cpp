@@ -11,6 +11,7 @@
 #include "quilloclient/ServiceDatastore.h"
 #include "quillomoxui/model/client/ClientNodes.h"
 #include "tests/quillomoxui/SignedIn.h"
+#include "tests/support/FakeBrowser.h"
 
 namespace quillomoxui {
 namespace {
@@ -198,15 +199,46 @@ TEST_F(ClientBackendTest, TheUserIsAskedForOnceAndDeliveredAlsoAfterASignOut) {
     ASSERT_TRUE(first && second);
     EXPECT_NE(first, second);
     EXPECT_EQ(first->GetID(), second->GetID());
-    Client::SignOut();
-    first->FetchChildren();
-    executor.RunDue();
-    EXPECT_EQ(first->GetFetchChildrenState(), State::Fetching) << "nobody is signed in";
+    // The session is one: it ends whichever backend is told to end it.
+    for (auto const signOut : {&Client::SignOut, &model::QuilloCppSdkIntegration::SignOut}) {
+        signOut();
+        first->FetchChildren();
+        executor.RunDue();
+        EXPECT_EQ(first->GetFetchChildrenState(), State::Fetching) << "nobody is signed in";
 
-    auto const third = FetchedUser();
-    EXPECT_EQ(third->GetID(), first->GetID());
-    EXPECT_EQ(third->GetFetchChildrenState(), State::Fetched) << "it has signed in again";
-    EXPECT_LE(Requests("GET /v1/me").size(), 1u);
+        auto const third = FetchedUser();
+        EXPECT_EQ(third->GetID(), first->GetID());
+        EXPECT_EQ(third->GetFetchChildrenState(), State::Fetched) << "it has signed in again";
+    }
+    EXPECT_EQ(Requests("GET /v1/me").size(), 1u);
+}
+
+TEST_F(ClientBackendTest, AUserWhoCouldNotBeHadIsAskedForAgainTheNextTime) {
+    On("GET /v1/me", "", 403);
+    EXPECT_FALSE(CurrentUser());
+    ServeTree();
+    EXPECT_TRUE(CurrentUser());
+}
+
+TEST_F(ClientBackendTest, SigningInAgainOpensTheBrowserAnewInPlaceOfThePageThatWasLost) {
+    testsupport::FakeBrowser browser;
+    On("POST /oauth/token", R"({"error":"unauthorized_client"})", 400);
+    std::shared_ptr<QuilloUser> user;
+    auto const signIn = [&] {
+        Client::GetCurrentUser(
+            [&](std::shared_ptr<QuilloUser> const& received) { user = received; });
+        executor.RunDue();
+        return browser.NextPage();
+    };
+    auto const lost = signIn();
+    auto const page = signIn();
+    GrantTokens();
+    EXPECT_THAT(testsupport::FakeBrowser::Visit(lost.ReturnAddress("c0de")),
+                testing::Not(testing::HasSubstr("Thank you")));
+    EXPECT_THAT(testsupport::FakeBrowser::Visit(page.ReturnAddress("c0de")),
+                testing::HasSubstr("Thank you"));
+    executor.RunUntil([&] { return user != nullptr; });
+    EXPECT_TRUE(failures.All().empty());
 }
 
 TEST_F(ClientBackendTest, AListThatFailsLeavesTheNodeFetching) {

@@ -170,6 +170,44 @@ TEST_F(BackendTest, OnlyTheNewestCallbackHearsOfTheSignOut) {
     EXPECT_FALSE(Sdk::GetQuilloClient());
 }
 
+TEST_F(BackendTest, ASignInThatASignOutOvertakesComesToNothing) {
+    struct Halt {
+        std::latch reached{1}, goOn{1};
+    };
+    for (bool const hasToken : {false, true}) {
+        SCOPED_TRACE(hasToken);
+        ASSERT_TRUE(SignIn());
+        auto const logins = Requests("POST /oauth/token").size();
+        // The sign-in's thread does one thing after the other, and waits at each of these.
+        auto const thread = quilloauth::jwt::GetAccessToken().GetExecutor();
+        Halt before, after;
+        auto const haltAt = [&](Halt& halt) {
+            thread->CallAsync([&halt] {
+                halt.reached.count_down();
+                halt.goOn.wait();
+            });
+        };
+        auto const log = std::make_shared<std::vector<bool>>();
+        haltAt(before);
+        Sdk::SignIn([=](bool loggedIn) { log->push_back(loggedIn); });
+        haltAt(after);
+        if (hasToken) {
+            before.goOn.count_down();
+            after.reached.wait();
+            Sdk::SignOut();
+        } else {
+            Sdk::SignOut();
+            before.goOn.count_down();
+        }
+        after.goOn.count_down();
+        for (int i = 0; i < 2; ++i)
+            quilloauth::jwt::GetAccessToken().Wait();
+        EXPECT_THAT(*log, ElementsAre(false));
+        EXPECT_FALSE(Sdk::GetQuilloClient());
+        EXPECT_EQ(Requests("POST /oauth/token").size(), logins);
+    }
+}
+
 TEST_F(BackendTest, ASignInThatIsRefusedCallsNothing) {
     On("POST /oauth/token", R"({"error":"unauthorized_client"})", 400);
     auto const told = std::make_shared<int>(0);
