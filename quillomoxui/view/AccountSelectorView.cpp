@@ -1,5 +1,7 @@
 #include "quillomoxui/view/AccountSelectorView.h"
 
+#include <algorithm>
+
 #include "quillomoxui/model/QuilloAccount.h"
 #include "quillomoxui/utility/GetResourceManager.h"
 #include "quillomoxui/utility/WeakBindMemberFunction.h"
@@ -24,21 +26,39 @@ void AccountSelectorView::SetAccountVector(NodeVector<QuilloAccount> const& newA
     EnableAllItems();
 }
 
+/// Makes the entries those of the accounts. One that stays is left alone: the menu may be open, and
+/// the user about to choose it.
+void AccountSelectorView::UpdateItems() {
+    std::vector<Item> wanted;
+    for (auto const& account : accounts)
+        wanted.push_back({account->GetID(), account->GetName()});
+    auto const remove = [this](std::size_t row) {
+        DeleteItem(static_cast<int>(row));
+        items.erase(items.begin() + static_cast<std::ptrdiff_t>(row));
+    };
+    for (auto row = items.size(); row-- > 0;)
+        if (std::find(wanted.begin(), wanted.end(), items[row]) == wanted.end()) remove(row);
+    for (std::size_t row = 0; row < wanted.size(); ++row) {
+        if (row < items.size() && items[row] == wanted[row]) continue;
+        InsertItemWithCustomIcon(static_cast<int>(row), wanted[row].name);
+        items.insert(items.begin() + static_cast<std::ptrdiff_t>(row), wanted[row]);
+    }
+    while (items.size() > wanted.size())
+        remove(items.size() - 1);
+}
+
 void AccountSelectorView::PopulateAccountSelector() {
-    DeleteAllItems();
+    UpdateItems();
     auto const proposed = GetProposedAccountGuid();
     int value = 0;
     for (std::size_t i = 0; i < accounts.size(); ++i) {
-        AddItemWithCustomIcon(accounts[i]->GetName());
         if (accounts[i]->GetID() == proposed) value = static_cast<int>(i);
     }
     SetValue(value);
-    if (accounts.empty()) return;
-
-    // A list that was fetched again has new objects: what is shown must follow the one in it.
-    if (proposed.IsNull()) return;
-    auto const& shown = accounts[static_cast<std::size_t>(value)];
-    if (shown->GetID() == proposed) proposedAccount->SetProposedAccount(shown);
+    // A list that was fetched again has new objects, and may lack the account: the projects that
+    // are shown must be those of the account that the menu shows.
+    if (!accounts.empty())
+        proposedAccount->SetProposedAccount(accounts[static_cast<std::size_t>(value)]);
 }
 
 moxcore::utility::Guid AccountSelectorView::GetProposedAccountGuid() {

@@ -57,6 +57,17 @@ void UI_Popup::AddItemWithCustomIcon(moxcore::string::UTF16String const& text) {
     ShowValue();
 }
 
+void UI_Popup::InsertItemWithCustomIcon(int index, moxcore::string::UTF16String const& text) {
+    if (auto* const widget = WidgetOf(*this))
+        widget->Entries().Insert(index, Kind::CustomIconItem, text);
+    ShowValue();
+}
+
+void UI_Popup::DeleteItem(int index) {
+    if (auto* const widget = WidgetOf(*this)) widget->Entries().Remove(index);
+    ShowValue();
+}
+
 void UI_Popup::DeleteAllItems() {
     if (auto* const widget = WidgetOf(*this)) widget->Entries().Clear();
     ShowValue();

@@ -37,6 +37,12 @@ public:
     void AddItemWithCustomIcon(moxcore::string::UTF16String const& text);
     void DeleteAllItems();
 
+    /// The same before the entry at `index`, or at the end where there is none. When the menu is
+    /// open, it stays so, with the highlight on the entry that it was on.
+    void InsertItemWithCustomIcon(int index, moxcore::string::UTF16String const& text);
+    /// Nothing where there is no entry. An open menu stays open here, too.
+    void DeleteItem(int index);
+
     [[nodiscard]] int GetItemCount() const;
     /// Empty where there is no entry.
     [[nodiscard]] moxcore::string::UTF16String GetItemText(int index) const;

@@ -80,6 +80,31 @@ TEST_F(ProjectPickerTest, ChoosingAnAccountShowsItsProjectsAndNoOthers) {
     EXPECT_TRUE(FindText<moxui::controls::UI_StaticText>(*view, "Films"));
 }
 
+TEST_F(ProjectPickerTest, AnOpenMenuOfAccountsStaysOpenWhenTheirListIsFetchedAgain) {
+    Show(ID::SelectProject);
+    auto const menu = Find<UI_Popup>(*view);
+    menu->UI_SetFocus();
+    Key(Qt::Key_Space);
+    Key(Qt::Key_Down);
+    for (auto const& names : std::vector<std::vector<std::string>>{
+             {"Acme", "Zeta"}, {"Abc", "Acme", "Mid", "Zeta"}, {"Mid", "Zeta"}}) {
+        NodeVector<QuilloAccount> accounts;
+        for (auto const& name : names)
+            accounts.push_back(MakeNode<QuilloAccount>(name, user));
+        user->SetAccounts(accounts);
+        RunEvents();
+        ASSERT_TRUE(QApplication::activePopupWidget()) << names.size();
+        EXPECT_EQ(menu->GetItemCount(), int(names.size()));
+        // The one that is gone is proposed no more: what is shown must be what the menu says.
+        auto const proposed = accounts[std::size_t(menu->GetValue())];
+        EXPECT_EQ(user->GetProposedAccount(), proposed);
+        EXPECT_EQ(UTF16to8(proposed->GetName()), names.front() == "Mid" ? "Mid" : "Acme");
+    }
+    // What was highlighted still is.
+    Key(Qt::Key_Return);
+    EXPECT_EQ(UTF16to8(user->GetProposedAccount()->GetName()), "Zeta");
+}
+
 TEST_F(ProjectPickerTest, APressProposesTheRootFolderUnlessAFolderOfTheProjectIsProposed) {
     auto const inside = Receive(summer->GetRootFolder(), {"Dailies"}).front();
     for (auto const& [before, project, after] : std::vector<

@@ -4,13 +4,22 @@
 
 namespace moxui::backend {
 
-void MenuModel::Append(Kind kind, moxcore::string::UTF16String const& text) {
-    auto const row = rowCount();
+void MenuModel::Insert(int row, Kind kind, moxcore::string::UTF16String const& text) {
+    row = std::clamp(row, 0, rowCount());
     beginInsertRows({}, row, row);
-    entries.push_back({kind, {}});
-    entries.back().text.SetText(text);
+    auto const entry = entries.insert(entries.begin() + row, {kind, {}});
+    entry->text.SetText(text);
     hasPictures |= kind == Kind::CustomIconItem;
     endInsertRows();
+}
+
+void MenuModel::Remove(int row) {
+    if (!At(row)) return;
+    beginRemoveRows({}, row, row);
+    entries.erase(entries.begin() + row);
+    hasPictures = std::any_of(entries.begin(), entries.end(),
+                              [](auto const& entry) { return entry.kind == Kind::CustomIconItem; });
+    endRemoveRows();
 }
 
 void MenuModel::Clear() {

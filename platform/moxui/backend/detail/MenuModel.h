@@ -19,7 +19,13 @@ public:
     /// Answers with the picture of a CustomIconItem, or null.
     std::function<boost::intrusive_ptr<drawbot::ImageInterface>(int row)> picture;
 
-    void Append(Kind kind, moxcore::string::UTF16String const& text);
+    void Append(Kind kind, moxcore::string::UTF16String const& text) {
+        Insert(rowCount(), kind, text);
+    }
+    /// Before the entry at `row`, or at the end where there is none.
+    void Insert(int row, Kind kind, moxcore::string::UTF16String const& text);
+    /// Nothing where there is no entry.
+    void Remove(int row);
     void Clear();
     /// Nothing where there is no entry.
     void SetEnabled(int row, bool enabled);
