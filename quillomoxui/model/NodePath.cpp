@@ -30,19 +30,23 @@ std::shared_ptr<BindingHandle> BindChildren(QuilloNode& node,
     return nullptr;
 }
 
-bool Holds(NodeVector<QuilloNode> const& children, std::shared_ptr<QuilloNode> const& node) {
-    return std::find(children.begin(), children.end(), node) != children.end();
-}
-
 /// Of `children`, `node` itself or else the one that has taken its place; null when it is gone.
 std::shared_ptr<QuilloNode> Find(NodeVector<QuilloNode> const& children,
                                  std::shared_ptr<QuilloNode> const& node) {
-    if (Holds(children, node)) return node;
+    if (std::find(children.begin(), children.end(), node) != children.end()) return node;
     auto const id = node->GetID();
     if (id.IsNull()) return nullptr;
     auto const found = std::find_if(children.begin(), children.end(),
                                     [&](auto const& child) { return child->GetID() == id; });
     return found == children.end() ? nullptr : *found;
+}
+
+/// Whether `node`, which is not among the children of `above`, has been taken away.
+bool IsGone(QuilloNode const& node, QuilloNode const& above,
+            NodeVector<QuilloNode> const& children) {
+    if (node.GetParent().get() == &above) return node.HasBeenListed();
+    // `above` has taken the place of the node's parent: has its list come?
+    return !children.empty() || above.GetFetchChildrenState() == FetchChildrenState::Fetched;
 }
 
 }  // namespace
@@ -52,6 +56,22 @@ NodeVector<QuilloNode> WithAncestors(std::shared_ptr<QuilloNode> node) {
     for (; node; node = node->GetParent())
         path.push_back(node);
     return path;
+}
+
+std::shared_ptr<QuilloFolder> FindInTree(std::shared_ptr<QuilloUser> const& user,
+                                         std::shared_ptr<QuilloFolder> const& folder) {
+    auto const path = std::make_shared<NodePath>(user, [] {});
+    path->Follow(folder);
+    path->Update();
+    switch (path->GetState()) {
+        case NodePath::State::Whole:
+            return path->GetFolder();
+        case NodePath::State::OnWay:
+            return folder;
+        case NodePath::State::Broken:
+            break;
+    }
+    return nullptr;
 }
 
 NodePath::NodePath(std::shared_ptr<QuilloUser> const& user, std::function<void()> onReplaced)
@@ -71,9 +91,8 @@ void NodePath::Follow(std::shared_ptr<QuilloFolder> const& folder) {
     if (!kept.empty() && std::dynamic_pointer_cast<QuilloAccount>(kept.back()))
         steps.push_back({user});
     for (auto node = kept.rbegin(); node != kept.rend(); ++node)
-        steps.push_back({*node});
-    for (std::size_t i = 1; i < steps.size(); ++i)
-        steps[i].isListed = Holds(steps[i - 1].node->GetChildNodes(), steps[i].node);
+        // One of another user's tree goes over to this one's, too.
+        steps.push_back({std::dynamic_pointer_cast<QuilloUser>(*node) ? user : *node});
     for (auto& step : steps)
         Watch(step);
 }
@@ -106,17 +125,19 @@ void NodePath::Update() {
 
 bool NodePath::UpdateSteps() {
     bool hasChanged = std::exchange(state, State::Whole) != State::Whole;
+    if (followed && followed->HasBeenListed() && !GetProject()) {
+        // What it lay in went before anybody kept it: where it would be now, nobody knows.
+        steps.clear();
+        state = State::Broken;
+        return true;
+    }
     for (std::size_t i = 1; i < steps.size(); ++i) {
-        auto& above = steps[i - 1];
+        auto const& above = steps[i - 1];
         auto& step = steps[i];
         auto const children = above.node->GetChildNodes();
         auto found = Find(children, step.node);
         if (!found) {
-            bool const isGone = above.isNew
-                                    ? !children.empty() || above.node->GetFetchChildrenState() ==
-                                                               FetchChildrenState::Fetched
-                                    : step.isListed;
-            if (!isGone) {
+            if (!IsGone(*step.node, *above.node, children)) {
                 state = State::OnWay;
                 return true;
             }
@@ -124,12 +145,9 @@ bool NodePath::UpdateSteps() {
             state = State::Broken;
             return true;
         }
-        above.isNew = false;
-        step.isListed = true;
         if (found == step.node) continue;
         hasChanged = true;
         step.node = std::move(found);
-        step.isNew = true;
         Watch(step);
         auto const folder = std::dynamic_pointer_cast<QuilloFolder>(step.node);
         if (folder && i + 1 < steps.size() &&

@@ -13,6 +13,11 @@ namespace quillomoxui {
 /// their parents: a child does not keep its parent itself.
 [[nodiscard]] NodeVector<QuilloNode> WithAncestors(std::shared_ptr<QuilloNode> node);
 
+/// `folder` as the user's tree has it now: itself, or the new node of its ID in a list that was
+/// fetched again; itself, too, while that list is on its way. Null when it is gone. Main thread.
+[[nodiscard]] std::shared_ptr<QuilloFolder> FindInTree(std::shared_ptr<QuilloUser> const& user,
+                                                       std::shared_ptr<QuilloFolder> const& folder);
+
 /// The nodes from the top of the tree down to a folder. A list that is fetched again comes with new
 /// nodes: the path then goes on with those of the same IDs, level by level as their lists come in,
 /// for which it asks where nobody has. Made with std::make_shared. Main thread.
@@ -31,6 +36,9 @@ public:
     /// Begins anew with the way to `folder`; null for none.
     void Follow(std::shared_ptr<QuilloFolder> const& folder);
 
+    /// Brings the path up to date without waiting to be told of the changes.
+    void Update();
+
     /// What was given to Follow.
     [[nodiscard]] std::shared_ptr<QuilloFolder> const& GetFollowed() const { return followed; }
     [[nodiscard]] State GetState() const { return state; }
@@ -41,14 +49,11 @@ public:
 private:
     struct Step {
         std::shared_ptr<QuilloNode> node;
-        bool isListed = false;  ///< has been seen among the children of the node above
-        bool isNew = false;     ///< has taken another one's place, and its list has not come yet
         std::shared_ptr<BindingHandle> listBinding;
         std::shared_ptr<BindingHandle> stateBinding;
     };
 
     void Watch(Step& step);
-    void Update();
     bool UpdateSteps();
 
     std::shared_ptr<QuilloUser> const user;

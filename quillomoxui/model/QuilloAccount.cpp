@@ -17,6 +17,7 @@ UTF16String QuilloAccount::GetTypeAbbreviation() const {
 }
 
 void QuilloAccount::SetWorkspaces(NodeVector<QuilloWorkspace> const& workspaces) {
+    NoteListed(workspaces);
     WorkspacesNotifyingPropertyHost::ReplaceValue(SortNodes(workspaces));
     FetchChildrenOfEach(workspaces);
 }

@@ -18,6 +18,7 @@ UTF16String QuilloFolder::GetTypeAbbreviation() const {
 }
 
 void QuilloFolder::SetFolders(NodeVector<QuilloFolder> const& folders) {
+    NoteListed(folders);
     FoldersNotifyingPropertyHost::ReplaceValue(SortNodes(folders));
 }
 

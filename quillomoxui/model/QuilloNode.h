@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -37,13 +38,27 @@ public:
     /// Null when there is none or it is gone.
     [[nodiscard]] std::shared_ptr<QuilloNode> GetParent() const;
 
+    /// Whether the node has ever been among its parent's children: one that has, and is no longer,
+    /// has been taken away, while one that a host has made itself may never be listed.
+    [[nodiscard]] bool HasBeenListed() const { return hasBeenListed; }
+
     /// The nearest T on the way from this node, itself included, to the root; null when there is
     /// none. T is QuilloAccount or QuilloProject.
     template <class T>
     [[nodiscard]] std::shared_ptr<T> FindSelfOrAncestorOfType();
 
+protected:
+    /// For the setters of child properties, before anybody can see the node there.
+    static void NoteListed(QuilloNode& child) { child.hasBeenListed = true; }
+    template <class Node>
+    static void NoteListed(NodeVector<Node> const& children) {
+        for (auto const& child : children)
+            NoteListed(*child);
+    }
+
 private:
     std::weak_ptr<QuilloNode> const parent;
+    std::atomic<bool> hasBeenListed{false};
 };
 
 }  // namespace quillomoxui

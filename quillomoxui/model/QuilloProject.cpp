@@ -22,6 +22,7 @@ void QuilloProject::SetRootFolder(std::shared_ptr<QuilloFolder> const& root) {
         ThrowFatalError(
             "$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/NoNullRootFolder="
             "Contract violation: RootFolder property may not be set to null.");
+    NoteListed(*root);
     RootFolderNotifyingPropertyHost::SetValue(root);
 }
 

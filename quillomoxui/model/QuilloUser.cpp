@@ -30,11 +30,31 @@ UTF16String QuilloUser::GetTypeAbbreviation() const {
 }
 
 void QuilloUser::SetSelection(std::shared_ptr<QuilloFolder> const& folder) {
+    PutSelection(folder, {});
+}
+
+void QuilloUser::LoseSelection() {
+    PutSelection(nullptr, GetSelectionPath());
+}
+
+UTF16String QuilloUser::GetLostSelectionPath() const {
+    std::lock_guard lock(mutex);
+    return lostSelectionPath;
+}
+
+void QuilloUser::PutSelection(std::shared_ptr<QuilloFolder> const& folder,
+                              UTF16String const& lostPath) {
+    // Where there was none, nobody is told that there is none: a loss is known until the next one.
+    if (folder || GetSelection()) {
+        std::lock_guard lock(mutex);
+        lostSelectionPath = lostPath;
+    }
     SelectionNotifyingPropertyHost::SetValue(folder);
     SelectionPathNotifyingPropertyHost::SetValue(ConstructSelectionPath(folder));
 }
 
 void QuilloUser::SetAccounts(NodeVector<QuilloAccount> const& accounts) {
+    NoteListed(accounts);
     AccountsNotifyingPropertyHost::ReplaceValue(SortNodes(accounts));
     FetchChildrenOfEach(accounts);
 }

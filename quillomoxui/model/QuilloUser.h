@@ -1,5 +1,7 @@
 #pragma once
 
+#include <mutex>
+
 #include "quillomoxui/model/QuilloNode.h"
 
 namespace quillomoxui {
@@ -24,6 +26,11 @@ public:
     /// Sets the selection, then its path.
     void SetSelection(std::shared_ptr<QuilloFolder> const& folder) override;
 
+    /// The folder that is selected is gone: there is no selection from now on.
+    QUILLO_HIDDEN void LoseSelection();
+    /// The path of the selection that was lost; empty once another one has been set.
+    [[nodiscard]] UTF16String GetLostSelectionPath() const;
+
     /// Keeps the accounts sorted by name and has every one fetch its children. None may be null.
     void SetAccounts(NodeVector<QuilloAccount> const& accounts) override;
 
@@ -34,6 +41,13 @@ public:
     /// The account that `node` is or lies in; null when there is none.
     [[nodiscard]] std::shared_ptr<QuilloAccount> GetAccountFor(
         std::shared_ptr<QuilloNode> const& node) const;
+
+private:
+    QUILLO_HIDDEN void PutSelection(std::shared_ptr<QuilloFolder> const& folder,
+                                    UTF16String const& lostPath);
+
+    mutable std::mutex mutex;
+    UTF16String lostSelectionPath;  // guarded by mutex
 };
 
 }  // namespace quillomoxui

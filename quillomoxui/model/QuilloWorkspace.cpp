@@ -17,6 +17,7 @@ UTF16String QuilloWorkspace::GetTypeAbbreviation() const {
 }
 
 void QuilloWorkspace::SetProjects(NodeVector<QuilloProject> const& projects) {
+    NoteListed(projects);
     ProjectsNotifyingPropertyHost::ReplaceValue(SortNodes(projects));
     FetchChildrenOfEach(projects);
 }

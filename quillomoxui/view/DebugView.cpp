@@ -49,9 +49,8 @@ DebugView::DebugView(std::shared_ptr<ShareForReviewViewModel> const& viewModel)
         WeakBindMemberFunction(loginButton.get(), &UI_TextButton::UI_SetDisabled)));
     RetainBinding(isLoggedIn.BindValueChanged(
         WeakBindMemberFunction(logoutButton.get(), &UI_TextButton::UI_SetEnabled)));
-    RetainBinding(
-        static_cast<NameNotifyingPropertyHost&>(*viewModel->GetUser())
-            .BindValueChanged(WeakBindMemberFunction(userName.get(), &UI_StaticText::SetText)));
+    RetainBinding(static_cast<UserNotifyingPropertyHost&>(*viewModel)
+                      .BindValueChanged(WeakBindMemberFunction(this, &DebugView::OnUserChanged)));
     userName->SetText(AsciiToUTF16("--empty--"));
 
     for (auto const& child : std::initializer_list<boost::intrusive_ptr<UI_SubView>>{
@@ -76,6 +75,13 @@ void DebugView::UI_SizeChanged(moxcore::geom::RectT<float> const& rect) {
     userName->UI_SetLocalRectF({kMargin, 112, width, 24});
     shareButton->UI_SetLocalRectF({kMargin, 152, 120, 24});
     traceButton->UI_SetLocalRectF({width - kMargin - 120, 152, 120, 24});
+}
+
+void DebugView::OnUserChanged(std::shared_ptr<QuilloUser> const& user) {
+    if (user != ViewModel().GetUser()) return;
+    nameBinding.reset();  // what it still delivers comes before what the new one does
+    nameBinding = static_cast<NameNotifyingPropertyHost&>(*user).BindValueChanged(
+        WeakBindMemberFunction(userName.get(), &UI_StaticText::SetText));
 }
 
 void DebugView::OnShareClicked(moxui::ui::Message*) {

@@ -2,6 +2,7 @@
 
 #include "moxui/controls/UI_StaticText.h"
 #include "moxui/controls/UI_TextButton.h"
+#include "quillomoxui/properties/NamedPropertyHosts.h"
 #include "quillomoxui/view/PopupBaseView.h"
 
 namespace quillomoxui::view {
@@ -18,6 +19,7 @@ public:
     void UI_SizeChanged(moxcore::geom::RectT<float> const& rect) override;
 
 private:
+    void OnUserChanged(std::shared_ptr<QuilloUser> const& user);
     void OnShareClicked(moxui::ui::Message* message);
     void OnLoginClicked(moxui::ui::Message* message);
     void OnLogoutClicked(moxui::ui::Message* message);
@@ -30,6 +32,7 @@ private:
     boost::intrusive_ptr<moxui::controls::UI_TextButton> traceButton;
     boost::intrusive_ptr<moxui::controls::UI_StaticText> userNameCaption;
     boost::intrusive_ptr<moxui::controls::UI_StaticText> userName;
+    std::shared_ptr<BindingHandle> nameBinding;  // to the user that there is
 };
 
 }  // namespace quillomoxui::view

@@ -36,6 +36,10 @@ void FolderPickerHeaderView::SetHeaderName(UTF16String const& project,
     UI_SetLocalRectF(UI_GetLocalRectF(true));
 }
 
+UTF16String FolderPickerHeaderView::GetProjectName() const {
+    return projectName->GetText();
+}
+
 moxcore::geom::PointT<float> FolderPickerHeaderView::UI_GetRecommendedSize(
     moxui::drawbot::Drawbot*) const {
     return {310, 20};

@@ -14,6 +14,7 @@ public:
     ~FolderPickerHeaderView() override;
 
     void SetHeaderName(UTF16String const& project, UTF16String const& workspace);
+    [[nodiscard]] UTF16String GetProjectName() const;
 
     [[nodiscard]] moxcore::geom::PointT<float> UI_GetRecommendedSize(
         moxui::drawbot::Drawbot* drawbot) const override;

@@ -18,6 +18,22 @@ namespace {
 
 using moxui::controls::UI_MultiColumnTree;
 
+constexpr char kProjectGone[] =
+    "$$$/Vistrel/quillomoxui/view/LocationPicker/ProjectGone=This project is gone";
+
+/// Whether they are one folder, be it two nodes of it.
+bool AreSame(std::shared_ptr<QuilloFolder> const& one, std::shared_ptr<QuilloFolder> const& other) {
+    if (one == other || !one || !other) return one == other;
+    auto const id = one->GetID();
+    return !id.IsNull() && id == other->GetID();
+}
+
+bool IsWayOpen(UI_MultiColumnTree const& tree, UI_MultiColumnTree::RowPtr const& row) {
+    for (auto above = row->GetParentRow(); above; above = above->GetParentRow())
+        if (!tree.IsRowOpen(above)) return false;
+    return true;
+}
+
 bool IsRootFolder(QuilloFolder const& folder) {
     return !std::dynamic_pointer_cast<QuilloFolder>(folder.GetParent());
 }
@@ -45,8 +61,7 @@ FolderPickerViewImpl::FolderPickerViewImpl(
     std::shared_ptr<CurrentViewIDNotifyingPropertyHost> const& currentViewID)
     : SelectionBaseView(user),
       header(new FolderPickerHeaderView(currentViewID)),
-      tree(new UI_MultiColumnTree(1)),
-      currentViewID(currentViewID) {
+      tree(new UI_MultiColumnTree(1)) {
     moxcore::utility::RefCountedWeakPtr<FolderPickerViewImpl> const weakSelf(this);
     rows = std::make_shared<FolderTree>(tree, [weakSelf] {
         if (auto const self = weakSelf.Lock()) self->ShowSelection();
@@ -141,13 +156,15 @@ void FolderPickerViewImpl::SetTreeSelection(FolderPtr const& folder, bool scroll
 void FolderPickerViewImpl::ShowSelection() {
     auto const selection = GetSelection();
     auto const row = rows->GetRowForFolder(selection);
-    if (!row || tree->IsRowSelected(row)) return;
-    MakeRowVisible(selection, selection != rows->GetRoot());
-    SetTreeSelection(selection, !rows->IsRestoring());
+    if (!row) return;
+    if (std::exchange(opensWay, false)) MakeRowVisible(selection, selection != rows->GetRoot());
+    if (tree->IsRowSelected(row)) return;
+    SetTreeSelection(selection, !rows->IsRestoring() && IsWayOpen(*tree, row));
 }
 
 void FolderPickerViewImpl::FollowSelection() {
     auto const selection = GetSelection();
+    if (!AreSame(selection, path->GetFollowed())) opensWay = true;
     path->Follow(selection);
     auto const project = ProjectOf(selection);
     auto const root = project ? project->GetRootFolder() : nullptr;
@@ -158,8 +175,9 @@ void FolderPickerViewImpl::FollowSelection() {
         PopulateFolderTree();
 }
 
-void FolderPickerViewImpl::OnProposedSelectionChanged(FolderPtr const&) {
-    FollowSelection();
+void FolderPickerViewImpl::OnProposedSelectionChanged(FolderPtr const& proposed) {
+    // Where nothing is proposed any more, the view stays where it is.
+    if (proposed) FollowSelection();
 }
 
 void FolderPickerViewImpl::OnPathReplaced() {
@@ -170,11 +188,18 @@ void FolderPickerViewImpl::OnPathReplaced() {
     }
     if (path->GetState() == NodePath::State::OnWay) return;
 
-    auto const folder = path->GetFolder();
     // What the user has proposed meanwhile stays.
-    if (User().GetProposedSelection() == path->GetFollowed()) User().SetProposedSelection(folder);
-    if (!folder && currentViewID->GetCurrentViewID() == ShareForReviewViewID::SelectFolder)
-        currentViewID->SetCurrentViewID(ShareForReviewViewID::SelectProject);
+    bool const isProposed = User().GetProposedSelection() == path->GetFollowed();
+    auto const folder = path->GetFolder();
+    if (!folder) {
+        header->SetHeaderName(header->GetProjectName(), Text(kProjectGone));
+        rows->SetRoot(nullptr);
+    }
+    if (!isProposed) return;
+    path->Follow(folder);
+    opensWay = false;
+    User().SetProposedSelection(folder);
+    ShowSelection();
 }
 
 void FolderPickerViewImpl::SetHeaderNames(std::shared_ptr<QuilloProject> const& project) {
@@ -187,6 +212,8 @@ void FolderPickerViewImpl::SelectionChangedCallback(std::vector<RowPtr> const& s
     if (selected.size() != 1) return;
     auto const folder = rows->GetFolder(selected.front());
     if (!folder) return;
+    path->Follow(folder);
+    opensWay = false;
     User().SetProposedSelection(folder);
     FetchFirst(folder);
 }

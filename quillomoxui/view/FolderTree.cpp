@@ -257,6 +257,7 @@ void FolderTree::DropUnreachable() {
 }
 
 void FolderTree::MakeAllRowsAnew() {
+    tree->LayoutAfterAppendRow(GetRootRow(), true);  // which opens what is to be open
     if (!scrollWanted) scrollWanted = tree->GetScrollPosition();
     for (auto const& entry : entries) {
         if (entry->row) entry->isOpen = tree->IsRowOpen(entry->row);

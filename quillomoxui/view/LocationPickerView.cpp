@@ -1,6 +1,6 @@
 #include "quillomoxui/view/LocationPickerView.h"
 
-#include "quillomoxui/model/QuilloUser.h"
+#include "quillomoxui/model/NodePath.h"
 #include "quillomoxui/utility/WeakBindMemberFunction.h"
 #include "quillomoxui/view/Layout.h"
 #include "quillomoxui/view/Texts.h"
@@ -32,21 +32,6 @@ LocationPickerView::LocationPickerView(std::shared_ptr<ShareForReviewViewModel> 
       cancelButton(new moxui::controls::UI_TextButton(
           Text("$$$/Vistrel/quillomoxui/view/LocationPicker/CancelBtn=Cancel"))),
       chooseButton(new sharedui::CallToActionButton) {
-    auto const user = viewModel->GetUser();
-    moxcore::utility::RefCountedWeakPtr<LocationPickerView> const weakSelf(this);
-    auto const tellingPopup = [weakSelf](void (PopupBaseView::*tell)()) {
-        return [weakSelf, tell](moxui::controls::UI_Popup&) {
-            if (auto const self = weakSelf.Lock()) ((*self).*tell)();
-        };
-    };
-    projectPicker =
-        new ProjectPickerView(user, viewModel, tellingPopup(&PopupBaseView::SetPreShowPopupMenu),
-                              tellingPopup(&PopupBaseView::SetPostShowPopupMenu));
-    folderPicker = FolderPickerView::CreateFolderPickerView(user, viewModel);
-    folderPicker->SetFolderActivatedFunction([weakSelf] {
-        if (auto const self = weakSelf.Lock()) self->chooseButton->Press();
-    });
-
     header->SetFontStyleName("Bold");
     cancelButton->SetFontStyleName("Bold");
     cancelButton->UI_SetNodeID(kCancelButtonID);
@@ -61,20 +46,17 @@ LocationPickerView::LocationPickerView(std::shared_ptr<ShareForReviewViewModel> 
 
     AddShown(*this, header);
     AddShown(*this, topDivider);
-    ChildPushBack(projectPicker);
-    ChildPushBack(&folderPicker->GetView());
     AddShown(*this, bottomDivider);
     AddShown(*this, cancelButton);
     AddShown(*this, chooseButton);
-    auto const id = viewModel->GetCurrentViewID();
-    projectPicker->UI_Show(id == ID::SelectProject);
-    folderPicker->GetView().UI_Show(id == ID::SelectFolder);
+    MakePickers();
 
     RetainBinding(static_cast<CurrentViewIDNotifyingPropertyHost&>(*viewModel)
                       .BindValueChanged(WeakBindMemberFunction(
                           this, &LocationPickerView::ShowCurrentSelectionView)));
-    RetainBinding(static_cast<ProposedSelectionNotifyingPropertyHost&>(*user).BindValueChanged(
-        WeakBindMemberFunction(this, &LocationPickerView::OnSelectionChanged)));
+    RetainBinding(
+        static_cast<UserNotifyingPropertyHost&>(*viewModel)
+            .BindValueChanged(WeakBindMemberFunction(this, &LocationPickerView::OnUserChanged)));
 }
 
 LocationPickerView::~LocationPickerView() = default;
@@ -107,6 +89,50 @@ void LocationPickerView::UI_SetLocalRectF(moxcore::geom::RectT<float> const& rec
         {chooseLeft - 10 - cancelWidth, buttonTop, cancelWidth, kButtonHeight});
 }
 
+/// Makes the pickers of the user there is, and shows the one that is due.
+void LocationPickerView::MakePickers() {
+    user = ViewModel().GetUser();
+    // What is gone since it was proposed is no place to start from.
+    auto const proposed = user->GetProposedSelection();
+    if (proposed && !FindInTree(user, proposed)) ResetProposedSelection();
+
+    moxcore::utility::RefCountedWeakPtr<LocationPickerView> const weakSelf(this);
+    auto const tellingPopup = [weakSelf](void (PopupBaseView::*tell)()) {
+        return [weakSelf, tell](moxui::controls::UI_Popup&) {
+            if (auto const self = weakSelf.Lock()) ((*self).*tell)();
+        };
+    };
+    auto const& viewModel = SharedViewModel();
+    projectPicker =
+        new ProjectPickerView(user, viewModel, tellingPopup(&PopupBaseView::SetPreShowPopupMenu),
+                              tellingPopup(&PopupBaseView::SetPostShowPopupMenu));
+    folderPicker = FolderPickerView::CreateFolderPickerView(user, viewModel);
+    folderPicker->SetFolderActivatedFunction([weakSelf] {
+        if (auto const self = weakSelf.Lock()) self->chooseButton->Press();
+    });
+    constexpr std::size_t kBelowTopDivider = 2;
+    ChildInsert(kBelowTopDivider, projectPicker);
+    ChildInsert(kBelowTopDivider + 1, &folderPicker->GetView());
+    ShowCurrentSelectionView(viewModel->GetCurrentViewID());
+
+    proposalBinding.reset();  // what it still delivers comes before what the new one does
+    proposalBinding = static_cast<ProposedSelectionNotifyingPropertyHost&>(*user).BindValueChanged(
+        WeakBindMemberFunction(this, &LocationPickerView::OnSelectionChanged));
+}
+
+void LocationPickerView::OnUserChanged(std::shared_ptr<QuilloUser> const& newUser) {
+    if (newUser == user || newUser != ViewModel().GetUser()) return;
+    auto const oldProjects = projectPicker;
+    auto const oldFolders = folderPicker;
+    bool const hadFocus = HoldsFocus(*oldProjects) || HoldsFocus(oldFolders->GetView());
+    MakePickers();
+    UI_SetLocalRectF(UI_GetLocalRectF(true));
+    if (hadFocus && projectPicker->UI_IsViewVisible()) projectPicker->TakeFocus();
+    if (hadFocus && folderPicker->GetView().UI_IsViewVisible()) folderPicker->TakeFocus();
+    ChildRequestRemove(oldProjects);
+    ChildRequestRemove(&oldFolders->GetView());
+}
+
 void LocationPickerView::ShowCurrentSelectionView(ShareForReviewViewID id) {
     auto& folderView = folderPicker->GetView();
     bool const showsProjects = id == ID::SelectProject;
@@ -130,13 +156,19 @@ void LocationPickerView::OnCancelBtnClicked(moxui::ui::Message*) {
 }
 
 void LocationPickerView::OnChooseBtnClicked(moxui::ui::Message*) {
+    auto const proposed = user->GetProposedSelection();
+    if (proposed && !FindInTree(user, proposed)) {
+        // It has gone while the user pressed. The picker proposes what is left of its way, which he
+        // has yet to see.
+        chooseButton->UI_SetEnabled(false);
+        return;
+    }
     projectPicker->CommitProposedSelection();
     ResetProposedSelection();
     ViewModel().LocationPickerSelectionCommitted();
 }
 
 void LocationPickerView::ResetProposedSelection() {
-    auto const user = ViewModel().GetUser();
     user->SetProposedSelection(user->GetSelection());
 }
 

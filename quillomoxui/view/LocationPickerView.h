@@ -11,7 +11,8 @@
 namespace quillomoxui::view {
 
 /// Has the user pick the folder that a share goes to: first a project, then a folder. The pickers
-/// propose; Choose commits the proposal and Cancel goes back to what was committed. Main thread.
+/// propose; Choose commits the proposal and Cancel goes back to what was committed. Another user
+/// gets pickers of his own. Main thread.
 class LocationPickerView : public PopupBaseView {
 public:
     // The IDs by which a dialog finds its buttons.
@@ -26,12 +27,16 @@ public:
     void UI_SetLocalRectF(moxcore::geom::RectT<float> const& rect) override;
 
 private:
+    void MakePickers();
+    void OnUserChanged(std::shared_ptr<QuilloUser> const& newUser);
     void ShowCurrentSelectionView(ShareForReviewViewID id);
     void OnSelectionChanged(std::shared_ptr<QuilloFolder> const& proposed);
     void OnCancelBtnClicked(moxui::ui::Message* message);
     void OnChooseBtnClicked(moxui::ui::Message* message);
     void ResetProposedSelection();
 
+    std::shared_ptr<QuilloUser> user;  // whose pickers these are
+    std::shared_ptr<BindingHandle> proposalBinding;
     boost::intrusive_ptr<moxui::controls::UI_StaticText> header;
     boost::intrusive_ptr<moxui::controls::UI_Divider> topDivider;
     boost::intrusive_ptr<ProjectPickerView> projectPicker;

@@ -17,6 +17,12 @@ using utility::WeakBindMemberFunction;
 constexpr char kSelectLocation[] =
     "$$$/Vistrel/quillomoxui/view/QuilloShare/ReviewInQuilloView/SelectQuilloLocation="
     "Select Quillo Location...";
+constexpr char kLocationGone[] =
+    "$$$/Vistrel/quillomoxui/view/QuilloShare/ReviewInQuilloView/LocationGone="
+    "The folder is gone, select another...";
+constexpr char kLocationGoneTip[] =
+    "$$$/Vistrel/quillomoxui/view/QuilloShare/ReviewInQuilloView/LocationGoneTip="
+    "The folder that was selected is gone. Select another location to share to.";
 
 /// The presets, as the menu shows them.
 std::vector<std::string> PresetNames() {
@@ -44,13 +50,12 @@ ReviewInQuilloView::ReviewInQuilloView(std::shared_ptr<ShareForReviewViewModel> 
     locationCaption->SetText(
         Text("$$$/Vistrel/quillomoxui/view/QuilloShare/ReviewInQuilloView/Location=Location:"));
 
-    auto const user = viewModel->GetUser();
-    RetainBinding(static_cast<SelectionPathNotifyingPropertyHost&>(*user).BindValueChanged(
-        WeakBindMemberFunction(this, &ReviewInQuilloView::OnSelectionChanged)));
+    RetainBinding(
+        static_cast<UserNotifyingPropertyHost&>(*viewModel)
+            .BindValueChanged(WeakBindMemberFunction(this, &ReviewInQuilloView::OnUserChanged)));
+    OnUserChanged(viewModel->GetUser());
     locationLink->SetTruncationMode(moxui::drawbot::TruncationMode::Start);
-    RegisterMouseNotifications(locationLink, user->GetSelection()
-                                                 ? ShareForReviewViewID::SelectFolder
-                                                 : ShareForReviewViewID::SelectProject);
+    RegisterMouseNotifications(locationLink, LocationTarget());
 
     presetPicker = CreatePresetPicker(PresetNames(), 3);
     shareButton->SetFontStyleName("Bold");
@@ -116,16 +121,39 @@ boost::intrusive_ptr<UI_Popup> ReviewInQuilloView::CreatePresetPicker(
     return picker;
 }
 
+void ReviewInQuilloView::OnUserChanged(std::shared_ptr<QuilloUser> const& user) {
+    // One that has been replaced since is nobody's business any more.
+    if (user != ViewModel().GetUser()) return;
+    locationLink->UI_SetToolTip({}, 400);
+    selectionBinding = static_cast<SelectionPathNotifyingPropertyHost&>(*user).BindValueChanged(
+        WeakBindMemberFunction(this, &ReviewInQuilloView::OnSelectionChanged));
+}
+
 void ReviewInQuilloView::OnSelectionChanged(UTF16String const&) {
     auto const user = ViewModel().GetUser();
     if (user->GetSelection()) {
         auto const path = user->GetSelectionPath();
         locationLink->SetText(path);
         locationLink->UI_SetToolTip(path, 400);
+    } else if (auto const lost = user->GetLostSelectionPath(); !lost.empty()) {
+        locationLink->SetText(Text(kLocationGone));
+        auto tip = Text(kLocationGoneTip);
+        tip += moxcore::string::AsciiToUTF16("\n");
+        locationLink->UI_SetToolTip(tip + lost, 400);
     } else {
         locationLink->SetText(Text(kSelectLocation));
     }
     UI_SizeChanged(UI_GetLocalRectF(false));
+}
+
+ShareForReviewViewID ReviewInQuilloView::LocationTarget() const {
+    return ViewModel().GetUser()->GetSelection() ? ShareForReviewViewID::SelectFolder
+                                                 : ShareForReviewViewID::SelectProject;
+}
+
+bool ReviewInQuilloView::OnMouseEvent(moxui::ui::UI_Node* node, moxui::ui::MouseEvent const& event,
+                                      bool& handled, ShareForReviewViewID) {
+    return PopupBaseView::OnMouseEvent(node, event, handled, LocationTarget());
 }
 
 void ReviewInQuilloView::OnShareClicked(moxui::ui::Message*) {

@@ -1,6 +1,6 @@
 #include "quillomoxui/view/SelectionBaseView.h"
 
-#include "quillomoxui/model/QuilloUser.h"
+#include "quillomoxui/model/NodePath.h"
 
 namespace quillomoxui::view {
 
@@ -9,7 +9,8 @@ SelectionBaseView::SelectionBaseView(std::shared_ptr<QuilloUser> const& user) : 
 SelectionBaseView::~SelectionBaseView() = default;
 
 void SelectionBaseView::CommitProposedSelection() {
-    if (auto const proposed = user->GetProposedSelection()) user->SetSelection(proposed);
+    if (auto const folder = FindInTree(user, user->GetProposedSelection()))
+        user->SetSelection(folder);
 }
 
 moxcore::geom::PointT<float> SelectionBaseView::UI_GetRecommendedSize(

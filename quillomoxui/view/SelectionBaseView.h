@@ -16,7 +16,8 @@ class SelectionBaseView : public moxui::controls::UI_ControlView, public utility
 public:
     ~SelectionBaseView() override;
 
-    /// Makes the folder that is proposed the one that is selected; nothing when none is.
+    /// Makes the folder that is proposed the one that is selected; nothing when none is, or when
+    /// it is gone.
     void CommitProposedSelection();
 
     [[nodiscard]] moxcore::geom::PointT<float> UI_GetRecommendedSize(

@@ -25,6 +25,7 @@ void SelectionKeeper::OnReplaced() {
     auto const followed = path->GetFollowed();
     // Not there yet, or the user has chosen another folder meanwhile.
     if (path->GetState() == NodePath::State::OnWay || user->GetSelection() != followed) return;
+    if (path->GetState() == NodePath::State::Broken) return user->LoseSelection();
     auto const folder = path->GetFolder();
     bool const isProposed = user->GetProposedSelection() == followed;
     user->SetSelection(folder);

@@ -149,6 +149,8 @@ drawbot::SupplierInterface const* UI_Dialog::UI_GetDrawSupplier() const {
 void UI_Dialog::EndWith(UI_Button* button, Result result) {
     auto* const window = WindowOf(*this);
     if (!window || (button != state->cancel.get() && button != state->commit.get())) return;
+    // Who heard of the press first has refused it.
+    if (result == Result::Committed && !button->UI_IsEnabled()) return;
     state->result = result;
     // Later: others may hear of the press after this.
     auto const end = [this, window, showing = state->showings] {

@@ -35,7 +35,8 @@ public:
     [[nodiscard]] boost::intrusive_ptr<OS_ViewContainer> GetContentContainer() const;
 
     /// Two buttons of the content, by which the dialog ends: after all that hear of the press have
-    /// run. They take the place of those before; null for none.
+    /// run. A commit button that one of those before has disabled ends nothing. They take the place
+    /// of those before; null for none.
     void SetButtons(boost::intrusive_ptr<controls::UI_Button> const& cancel,
                     boost::intrusive_ptr<controls::UI_Button> const& commit);
 

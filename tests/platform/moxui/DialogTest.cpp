@@ -133,6 +133,19 @@ TEST_F(Dialog, EndsByItsButtonsAfterAllThatHearOfThePress) {
     }
 }
 
+TEST_F(Dialog, ACommitThatWasRefusedEndsNothing) {
+    auto const refusing = AddButton(180);
+    refusing->NotifyWhenChanged([&](Message*) { refusing->UI_SetEnabled(false); });
+    dialog->SetButtons(cancel, refusing);
+    EXPECT_EQ(ShowAnd([&] {
+                  refusing->Press();
+                  RunEvents();
+                  EXPECT_TRUE(WidgetOf(*dialog).isVisible());
+                  dialog->Close();
+              }),
+              Result::Closed);
+}
+
 TEST_F(Dialog, AHandlerMayCloseTheDialogAndLetGoOfTheButton) {
     commit->NotifyWhenChanged([this](Message*) {
         dialog->Close();

@@ -242,12 +242,62 @@ TEST_F(RefetchTest, NewProjectsAndWorkspacesAreFollowed) {
     EXPECT_TRUE(before.expired());
 }
 
-TEST_F(RefetchTest, AProjectThatIsGoneLeadsBackToTheProjects) {
+TEST_F(RefetchTest, AProjectThatIsGoneLeavesTheStepWithNothingToChoose) {
+    user->SetSelection(summer->GetRootFolder());
     ReceiveProjects(promos, {"Summer"});
     RunEvents();
     EXPECT_EQ(Proposed(), "none");
-    EXPECT_EQ(model->GetCurrentViewID(), ID::SelectProject);
+    EXPECT_EQ(model->GetCurrentViewID(), ID::SelectFolder);
+    EXPECT_THAT(TreeRows(), IsEmpty());
+    EXPECT_EQ(HeaderTexts(), "Spring;This project is gone;");
     EXPECT_FALSE(Button("LocationPickerCommit").UI_IsEnabled());
+}
+
+TEST_F(RefetchTest, WhatIsGoneIsNotChosenByThePressThatWasOnItsWay) {
+    Receive(root, {"B"});
+    QTest::mouseClick(&WidgetOf(Button("LocationPickerCommit")), Qt::LeftButton);
+    EXPECT_FALSE(user->GetSelection());
+    RunEvents();
+    EXPECT_EQ(model->GetCurrentViewID(), ID::SelectFolder);
+    EXPECT_EQ(Proposed(), "root of Spring");
+    Click(Button("LocationPickerCommit"));
+    EXPECT_EQ(user->GetSelection(), root);
+
+    // A picker does not begin with it, either.
+    user->SetProposedSelection(d);
+    Show(ID::SelectProject);
+    EXPECT_EQ(user->GetProposedSelection(), root);
+}
+
+TEST_F(RefetchTest, AWayThatTheUserHasClosedStaysClosed) {
+    // What keeps the selection hears of each change before the picker does.
+    window.Container().ChildRemoveAll();
+    view.reset();
+    user->SetSelection(d);
+    RunEvents();
+    ShowFolders(d);
+    auto& tree = Tree();
+    auto const close = [&] { tree.collapse(tree.model()->index(0, 0, tree.model()->index(0, 0))); };
+    close();
+    for (auto const& [top, rows] :
+         std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>>{
+             {{"A", "B", "X"}, {"Assets", ".A", ".B", ".X"}},
+             {{"A", "X"}, {"Assets", ".A", ".X"}}}) {
+        auto const folders = Receive(root, top);
+        RunEvents();
+        auto const newC = Receive(folders.front(), {"C"}).front();
+        RunEvents();
+        auto const newD = Receive(newC, {"D"}).front();
+        RunEvents();
+        EXPECT_EQ(user->GetProposedSelection(), newD);
+        EXPECT_THAT(TreeRows(), testing::ElementsAreArray(rows));
+    }
+    // Nor does the proposal open it that goes to what is left of its way.
+    auto const folders = Receive(root, {"A", "B"});
+    Receive(Receive(folders.front(), {"C"}).front(), {});
+    RunEvents();
+    EXPECT_EQ(Proposed(), "C");
+    EXPECT_THAT(TreeRows(), ElementsAre("Assets", ".A", ".B"));
 }
 
 TEST_F(RefetchTest, WhatIsOpenAndWhereItIsScrolledToStay) {
@@ -277,6 +327,45 @@ TEST_F(RefetchTest, WhatIsOpenAndWhereItIsScrolledToStay) {
     EXPECT_EQ(TreeRows().size(), 203U);
     EXPECT_EQ(tree->GetScrollPosition().y, scrolled);
     EXPECT_EQ(Tree().selectionModel()->selectedRows().size(), 1);
+}
+
+TEST_F(FolderPickerTest, ThePickersAreThoseOfTheUserThereIs) {
+    auto const other = std::make_shared<QuilloUser>();
+    auto const account = MakeNode<QuilloAccount>("Other", other);
+    other->SetAccounts({account});
+    auto const heist =
+        ReceiveProjects(ReceiveWorkspaces(account, {"Films"}).front(), {"Heist"}).front();
+    other->SetProposedSelection(heist->GetRootFolder());
+    Receive(heist->GetRootFolder(), {"Takes"});
+    ReceiveTree();
+    for (auto const id : {ID::SelectFolder, ID::SelectProject}) {
+        model->SetUser(user);
+        user->SetProposedSelection(nullptr);
+        user->SetSelection(d);
+        Show(id);
+        if (id == ID::SelectFolder)
+            Tree().setFocus();
+        else
+            Rows().front()->UI_SetFocus();
+        model->SetUser(other);
+        RunEvents();
+        // What comes late for the user before is nobody's business any more.
+        user->SetProposedSelection(nullptr);
+        ReceiveProjects(promos, {"Late"});
+        RunEvents();
+        EXPECT_THAT(ProjectNames(), ElementsAre("Heist"));
+        EXPECT_EQ(UTF16to8(Find<moxui::controls::UI_Popup>(*view)->GetItemText(0)), "Other");
+        EXPECT_THAT(TreeRows(), ElementsAre("Assets*", ".Takes"));
+        EXPECT_EQ(Tree().hasFocus(), id == ID::SelectFolder);
+        EXPECT_EQ(WidgetOf(Row("Heist")).isVisible(), id == ID::SelectProject);
+        EXPECT_TRUE(Button("LocationPickerCommit").UI_IsEnabled());
+    }
+    Click(Button("LocationPickerCommit"));
+    EXPECT_EQ(other->GetSelection(), heist->GetRootFolder());
+    std::weak_ptr<QuilloUser> const released = user;
+    user.reset();
+    RunEvents();
+    EXPECT_TRUE(released.expired());
 }
 
 TEST_F(FolderPickerTest, AFolderThatWasSetAsideByNobodyIsLeftAlone) {

@@ -119,6 +119,10 @@ TEST_F(ShareViewsTest, TheSignInPromptSignsInAndMovesOnOnceSomebodyIs) {
     model->SetIsLoggedIn(false);
     RunEvents();
     EXPECT_EQ(model->GetCurrentViewID(), ID::SigninPrompt);
+    model->SetIsLoggedIn(true);
+    model->SetIsLoggedIn(false);  // before anybody has heard of the sign-in
+    RunEvents();
+    EXPECT_EQ(model->GetCurrentViewID(), ID::SigninPrompt);
 }
 
 TEST_F(ShareViewsTest, TheCallToActionStandsOutAsFarAsItsGivenColoursDo) {
@@ -238,13 +242,52 @@ TEST_F(ReviewViewTest, TheLocationLeadsToThePickersStepThatIsDue) {
     }
 }
 
-TEST_F(ReviewViewTest, ASelectionThatGoesPutsTheDefaultTextBack) {
+TEST_F(ReviewViewTest, AFolderThatIsGoneIsMissedUntilAnotherIsSelected) {
     user->SetSelection(folder);
     Show(ID::ReviewInQuillo);
+    auto link = Find<UI_HotTextButton>(*view);
+    auto const path = UTF16to8(user->GetSelectionPath());
+    root->SetFolders({});
+    for (bool const isNewView : {false, true}) {
+        if (isNewView) Show(ID::ReviewInQuillo);
+        RunEvents();
+        link = Find<UI_HotTextButton>(*view);
+        EXPECT_EQ(UTF16to8(link->GetText()), "The folder is gone, select another...");
+        EXPECT_THAT(UTF16to8(link->UI_GetToolTip()), testing::EndsWith("\n" + path));
+        QTest::mousePress(&WidgetOf(*link), Qt::LeftButton);
+        EXPECT_EQ(model->GetCurrentViewID(), ID::SelectProject);
+    }
+    root->SetFolders({folder});
+    for (auto const& selection : {folder, std::shared_ptr<QuilloFolder>()}) {
+        user->SetSelection(selection);
+        RunEvents();
+        EXPECT_EQ(UTF16to8(link->GetText()),
+                  selection ? UTF16to8(user->GetSelectionPath()) : "Select Quillo Location...");
+    }
+}
+
+TEST_F(ReviewViewTest, TheFormIsThatOfTheUserThereIs) {
+    auto before = std::make_shared<QuilloUser>();
+    model->SetUser(before);
+    Show(ID::ReviewInQuillo);
     auto const link = Find<UI_HotTextButton>(*view);
-    user->SetSelection(nullptr);
+    user->SetSelection(folder);
+    model->SetUser(user);
+    RunEvents();
+    auto const path = UTF16to8(user->GetSelectionPath());
+    before->SetSelection(std::make_shared<QuilloFolder>(nullptr));
+    RunEvents();
+    EXPECT_EQ(UTF16to8(link->GetText()), path);
+    QTest::mousePress(&WidgetOf(*link), Qt::LeftButton);
+    EXPECT_EQ(model->GetCurrentViewID(), ID::SelectFolder);
+    std::weak_ptr<QuilloUser> const released = before;
+    before.reset();
+    EXPECT_TRUE(released.expired());
+
+    model->SetUser(std::make_shared<QuilloUser>());
     RunEvents();
     EXPECT_EQ(UTF16to8(link->GetText()), "Select Quillo Location...");
+    EXPECT_EQ(UTF16to8(link->UI_GetToolTip()), "");
 }
 
 TEST_F(ReviewViewTest, ThePresetIsTheMenusAlone) {
@@ -284,6 +327,12 @@ TEST_F(ShareViewsTest, TheDebugViewFollowsTheSignIn) {
     EXPECT_TRUE(Shows("--empty--"));
     window.Add(view, {0, 0, 340, 200});
     EXPECT_TRUE(Shows("Ada"));
+    auto const other = std::make_shared<QuilloUser>();
+    other->SetName(AsciiToUTF16("Grace"));
+    model->SetUser(other);
+    user->SetName(AsciiToUTF16("Lovelace"));
+    RunEvents();
+    EXPECT_TRUE(Shows("Grace"));
 
     auto const login = FindText<UI_TextButton>(*view, "Login");
     auto const logout = FindText<UI_TextButton>(*view, "Logout");

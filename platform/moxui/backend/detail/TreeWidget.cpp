@@ -105,10 +105,13 @@ void TreeWidget::Select(Row& row, QItemSelectionModel::SelectionFlags how, bool 
     ShowAppended();
     QScopedValueRollback const program(programs, programs + 1);
     auto const index = rows.IndexOf(row);
+    // Qt would scroll to it, and open what it lies in.
+    setAutoScroll(false);
     if (moveFocus)
         selectionModel()->setCurrentIndex(index, how | QItemSelectionModel::Rows);
     else
         selectionModel()->select(index, how | QItemSelectionModel::Rows);
+    setAutoScroll(true);
 }
 
 bool TreeWidget::IsSelected(Row const& row) const {
