@@ -4,6 +4,7 @@
 
 #include "host/Failure.h"
 #include "host/HostFiles.h"
+#include "host/TellWaits.h"
 #include "moxcore/debug/DebugDatabase.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quilloauth/AuthManager.h"
@@ -56,6 +57,7 @@ Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& displa
     moxcore::debug::DebugDatabase::Instance().SetEntry("QuilloNative.UseQuilloCppSdk",
                                                        options.backend == Backend::Sdk);
     viewModel = std::make_shared<quillomoxui::ShareForReviewViewModel>();
+    waits = TellWaits(*viewModel, [&display](auto const& line) { display.Tell(line); });
 }
 
 Session::~Session() = default;

@@ -79,6 +79,7 @@ private:
     ServiceConnection service;
     ChildLists lists;
     std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
+    std::vector<std::shared_ptr<quillomoxui::BindingHandle>> waits;
 };
 
 }  // namespace quillohost

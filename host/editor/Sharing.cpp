@@ -8,6 +8,7 @@
 #include "host/FolderWay.h"
 #include "host/HostFiles.h"
 #include "host/OnMainThread.h"
+#include "host/TellWaits.h"
 #include "host/editor/AssetIcon.h"
 #include "moxcore/string/Conversions.h"
 #include "moxui/backend/HostWidget.h"
@@ -104,6 +105,10 @@ void Sharing::ConnectLibrary() {
         [this](auto const& user) { OnUserChanged(*user); }));
     bindings.push_back(viewModel->EncodingStatusNotifyingPropertyHost::BindValueChanged(
         [this](auto const& status) { OnStatusChanged(status); }));
+    bindings.push_back(viewModel->SignInProgressNotifyingPropertyHost::BindValueChanged(
+        [this](auto const& progress) { OnSignInChanged(progress); }));
+    for (auto const& binding : TellWaits(*viewModel, hooks.tell))
+        bindings.push_back(binding);
 }
 
 void Sharing::SetMovie(Movie const& movie) {
@@ -219,6 +224,13 @@ void Sharing::OnUserChanged(quillomoxui::QuilloUser const& user) {
         viewModel->SetCurrentViewID(view);
     }
     hooks.tell("Signed in as " + NameOf(user) + ".");
+}
+
+/// What was told of a sign-in that was given up holds no longer.
+void Sharing::OnSignInChanged(quilloauth::SignInProgress const& progress) {
+    bool const wasSigningIn = std::exchange(isSigningIn, progress.IsUnderWay());
+    bool const isOver = progress.stage == quilloauth::SignInStage::None;
+    if (wasSigningIn && isOver && viewModel->GetUser()->GetID().IsNull()) hooks.tell("");
 }
 
 void Sharing::OnStatusChanged(EncodingStatus const& status) {

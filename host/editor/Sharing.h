@@ -85,6 +85,7 @@ private:
     void WithLocks(std::function<void()> const& then);
     void OnViewChanged(quillomoxui::ShareForReviewViewID view);
     void OnUserChanged(quillomoxui::QuilloUser const& user);
+    void OnSignInChanged(quilloauth::SignInProgress const& progress);
     void OnStatusChanged(quillomoxui::EncodingStatus const& status);
     void OnFailure(quillocommon::Failure const& failure);
     void OnExportRequested(std::filesystem::path const& output);
@@ -110,6 +111,7 @@ private:
     std::shared_ptr<SharedAsset> open;    // the window's; null: none
     std::shared_ptr<SharedAsset> active;  // the popup's; null: none
     Phase phase = Phase::Idle;
+    bool isSigningIn = false;
     std::filesystem::path exported;
     std::filesystem::file_time_type sharedState;  // of the movie's file, when it was exported
     std::unique_ptr<MovieProbe> probe;

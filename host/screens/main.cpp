@@ -27,21 +27,36 @@ namespace {
 
 using namespace quillomoxui;
 using moxcore::string::AsciiToUTF16;
+using quilloauth::SignInStage;
 using ID = ShareForReviewViewID;
 
 struct Screen {
     char const* name;
     ID id;
+    SignInStage signIn = SignInStage::None;
+    bool isUploadWaiting = false;
 };
+
+/// Five past two in the afternoon.
+constexpr moxcore::threads::TimePoint kSince{std::chrono::hours(14) + std::chrono::minutes(5)};
 
 constexpr Screen kScreens[] = {
     {"sign-in", ID::SigninPrompt},
+    {"sign-in-asking", ID::SigninPrompt, SignInStage::Asking},
+    {"sign-in-waiting", ID::SigninPrompt, SignInStage::Waiting},
+    {"sign-in-browser", ID::SigninPrompt, SignInStage::InBrowser},
+    {"sign-in-denied", ID::SigninPrompt, SignInStage::Denied},
+    {"sign-in-expired", ID::SigninPrompt, SignInStage::Expired},
+    {"sign-in-no-browser", ID::SigninPrompt, SignInStage::NoBrowser},
+    {"sign-in-unavailable", ID::SigninPrompt, SignInStage::Unavailable},
+    {"sign-in-refused", ID::SigninPrompt, SignInStage::Refused},
     {"review", ID::ReviewInQuillo},
     {"select-project", ID::SelectProject},
     {"select-folder", ID::SelectFolder},
     {"waiting", ID::WaitingInQueue},
     {"encoding", ID::EncodingProgress},
     {"uploading", ID::UploadInProgress},
+    {"uploading-waiting", ID::UploadInProgress, SignInStage::None, true},
     {"copy-link", ID::CopyLinkSection},
     {"debug", ID::DebugView},
 };
@@ -87,7 +102,9 @@ bool WriteScreens(QDir const& folder, QString const& suffix) {
     auto const popupManager = CreatePopupManager();
     popupManager->SetParent(anchor);
     auto const screenManager = CreateShareForReviewScreenManager(viewModel, popupManager);
-    for (auto const& [name, id] : kScreens) {
+    for (auto const& [name, id, signIn, isUploadWaiting] : kScreens) {
+        viewModel->SetSignInProgress({signIn, kSince});
+        viewModel->SetUploadWaitingSince(isUploadWaiting ? std::optional(kSince) : std::nullopt);
         viewModel->SetCurrentViewID(id);
         Settle();
         auto* const popup = PopupWindow();
@@ -105,6 +122,8 @@ int Run(int count, char** arguments) {
         if (std::strcmp(arguments[i], "--scale") == 0) qputenv("QT_SCALE_FACTOR", arguments[i + 1]);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(count, arguments);
+    qputenv("TZ", "UTC");  // the pictures' times are the same everywhere
+    qputenv("LC_ALL", "en_US");
 
     QCommandLineParser options;
     options.setApplicationDescription("Writes a picture of every view of the share popup.");
@@ -131,6 +150,7 @@ int Run(int count, char** arguments) {
             return EXIT_FAILURE;
         }
         suffix += "-" + locale;
+        qputenv("LC_ALL", locale.toUtf8());
         QGuiApplication::setLayoutDirection(QLocale(locale).textDirection());
     }
     using moxui::skins::ThemeKind;

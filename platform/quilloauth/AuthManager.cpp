@@ -136,6 +136,10 @@ void CancelLogin() {
     if (auto const session = TheCurrent().Get()) session->CancelLogin();
 }
 
+void ReopenBrowser() {
+    if (auto const session = TheCurrent().Get()) session->ReopenBrowser();
+}
+
 Response Logout() {
     auto const session = TheCurrent().Get();
     auto const response = session ? session->Logout() : Response();

@@ -53,11 +53,16 @@ QUILLOSERVICES_API void InitializeAuthManager(std::string const& clientID,
 /// another failure when there is none.
 QUILLOSERVICES_API quillocommon::Response Login(std::string const& userID);
 
-/// Ends a Login that waits for the browser, which then answers kNotSignedIn: the user has begun
-/// anew, or thought better of it. Nothing happens when there is none. Never waits.
+/// Ends a Login that waits for the browser or for the service, which then answers kNotSignedIn: the
+/// user has begun anew, or thought better of it. Tokens that are granted all the same are given
+/// back. Nothing happens when there is none. Never waits.
 QUILLOSERVICES_API void CancelLogin();
 
-/// Ends the session, and a Login that waits for the browser: the tokens are forgotten here at once,
+/// Has the browser show its page again, the same one, while a Login waits for it: the user has lost
+/// it. Nothing happens when none does. Never waits.
+QUILLOSERVICES_API void ReopenBrowser();
+
+/// Ends the session, and a Login that waits: the tokens are forgotten here at once,
 /// and the service is asked to end it, where it can be reached. Waits neither for it nor for the
 /// keyring. Fails only when the tokens' file cannot be removed.
 QUILLOSERVICES_API quillocommon::Response Logout();

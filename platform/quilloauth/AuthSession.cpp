@@ -8,8 +8,10 @@
 #include "moxcore/threads/AsyncExecutor.h"
 #include "quilloauth/AuthManager.h"
 #include "quilloauth/LocalUserSecret.h"
+#include "quilloauth/SignInProgress.h"
 #include "quillocommon/Failures.h"
 #include "quillocommon/ServiceAddress.h"
+#include "quillosdk/RetryPolicy.h"
 
 namespace quilloauth {
 namespace {
@@ -211,63 +213,103 @@ unsigned AuthSession::CurrentSession() const {
 }
 
 Response AuthSession::Login() {
-    auto const address = quillocommon::GetServiceAddress();
+    std::stop_source attempt;
     auto const session = CurrentSession();
+    Begin(attempt);
+    if (CurrentSession() != session) attempt.request_stop();  // the sign-out came in between
+    std::stop_callback const onStop(worker.GetStopToken(), [&attempt] { attempt.request_stop(); });
+    return LoginAs({quillocommon::GetServiceAddress(), attempt.get_token()}, session);
+}
+
+Response AuthSession::LoginAs(Attempt const& attempt, unsigned session) {
+    auto const fail = [](SignInStage stage) {
+        TellSignIn(stage);
+        return Response(jwt::kNotSignedIn);
+    };
     try {
-        auto const grant = AskForGrant(address, session);
+        auto const grant = AskForGrant(attempt);
         if (auto const* tokens = std::get_if<Tokens>(&grant))
-            return Response(Keep(address, *tokens, session) ? jwt::kSessionExists
-                                                            : jwt::kNotSignedIn);
+            return Response(Keep(attempt.address, *tokens, session) ? jwt::kSessionExists
+                                                                    : jwt::kNotSignedIn);
         auto const& refused = std::get<GrantRefused>(grant);
         quillocommon::ReportFailure(
             {kStep, jwt::kNotSignedIn, refused.httpStatus, refused.message});
-        return Response(jwt::kNotSignedIn);
+        return fail(quillosdk::RetryPolicy::IsTransient(refused.httpStatus)
+                        ? SignInStage::Unavailable
+                        : SignInStage::Refused);
+    } catch (moxcore::async::CancelledException const&) {
+        return Response(jwt::kNotSignedIn);  // whoever has called it off knows
+    } catch (NotAllowed const& ended) {
+        ReportException(SignInTask(), std::current_exception());
+        return fail(ended.Stage());
     } catch (...) {
         auto const exception = std::current_exception();
         ReportException(SignInTask(), exception);
         auto const result = moxcore::config::ExtractResultFromException(exception);
+        TellSignIn(quillosdk::RetryPolicy::IsTransientResult(result) ? SignInStage::Unavailable
+                                                                     : SignInStage::Refused);
         return Response(result < 0 ? result : jwt::kNotSignedIn);
     }
 }
 
-Grant AuthSession::AskForGrant(std::string const& address, unsigned session) {
-    auto secrets = FindLocalUserSecrets(address);
+Grant AuthSession::AskForGrant(Attempt const& attempt) {
+    auto secrets = FindLocalUserSecrets(attempt.address);
     if (secrets.empty()) secrets.emplace_back();  // a service may trust without one
     for (auto const& secret : secrets) {
-        auto const grant = Await(RequestLocalUserGrant(address, clientID, secret));
+        auto const grant = Await(
+            RequestLocalUserGrant(attempt.address, clientID, secret, attempt.calledOff), attempt);
         auto const* refused = std::get_if<GrantRefused>(&grant);
         bool const wantsBrowser = refused && (refused->code == "unauthorized_client" ||
                                               refused->code == "unsupported_grant_type");
         if (!wantsBrowser) return grant;
     }
-    return Await(RequestCodeGrant(address, clientID, AskInBrowser(address, session)));
+    auto const code = AskInBrowser(attempt);
+    TellSignIn(SignInStage::Asking);
+    return Await(RequestCodeGrant(attempt.address, clientID, code, attempt.calledOff), attempt);
 }
 
-Grant AuthSession::Await(Future<Grant> const& granted) {
-    if (!worker.WaitFor(granted)) throw moxcore::async::CancelledException();
-    return granted.Get();
+Grant AuthSession::Await(Future<Grant> const& granted, Attempt const& attempt) {
+    if (Worker::WaitFor(granted, attempt.calledOff)) return granted.Get();
+    // Nobody is to have the tokens that may still come.
+    granted.OnComplete([address = attempt.address](Future<Grant> const& late) {
+        if (late.GetException()) return;
+        if (auto const* tokens = std::get_if<Tokens>(&late.Peek())) EndSession(address, *tokens);
+    });
+    throw moxcore::async::CancelledException();
 }
 
-AuthorizationCode AuthSession::AskInBrowser(std::string const& address, unsigned session) {
-    auto const signIn = std::make_shared<BrowserSignIn>(clientID, address, redirectURI);
-    std::weak_ptr<BrowserSignIn> earlier = signIn;
+AuthorizationCode AuthSession::AskInBrowser(Attempt const& attempt) {
+    auto const signIn = std::make_shared<BrowserSignIn>(clientID, attempt.address, redirectURI);
+    std::stop_callback const onCalledOff(attempt.calledOff, [&signIn] { signIn->Cancel(); });
     {
-        std::lock_guard lock(browserMutex);
-        browserSignIn.swap(earlier);
+        std::lock_guard lock(loginMutex);
+        browserSignIn = signIn;
     }
-    if (auto const waiting = earlier.lock()) waiting->Cancel();
-    if (CurrentSession() != session) signIn->Cancel();
-    std::stop_callback const onStop(worker.GetStopToken(), [&signIn] { signIn->Cancel(); });
+    if (!attempt.calledOff.stop_requested()) TellSignIn(SignInStage::InBrowser);
     return signIn->Run();
 }
 
+void AuthSession::Begin(std::stop_source const& attempt) {
+    auto earlier = attempt;
+    {
+        std::lock_guard lock(loginMutex);
+        login.swap(earlier);
+    }
+    earlier.request_stop();
+}
+
 void AuthSession::CancelLogin() {
+    Begin(std::stop_source(std::nostopstate));
+}
+
+void AuthSession::ReopenBrowser() {
     std::shared_ptr<BrowserSignIn> waiting;
     {
-        std::lock_guard lock(browserMutex);
+        std::lock_guard lock(loginMutex);
         waiting = browserSignIn.lock();
     }
-    if (waiting) waiting->Cancel();
+    if (!waiting) return;
+    moxcore::threads::GetIOBoundExecutor()->CallAsync([waiting] { waiting->OpenAgain(); });
 }
 
 Response AuthSession::Logout() {

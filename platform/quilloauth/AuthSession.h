@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,7 @@ public:
     [[nodiscard]] moxcore::async::Future<std::string> GetAccessToken();
     [[nodiscard]] quillocommon::Response Login();
     void CancelLogin();
+    void ReopenBrowser();
     [[nodiscard]] quillocommon::Response Logout();
 
     /// Sleeps until the tokens of the sign-outs so far have been found, to be revoked, for
@@ -62,10 +64,20 @@ private:
         std::unique_ptr<RenewalTurn> turn;
     };
 
-    // Of Login, which has begun in `session`: these wait, and throw when nothing has come of it.
-    [[nodiscard]] Grant Await(moxcore::async::Future<Grant> const& granted);
-    [[nodiscard]] Grant AskForGrant(std::string const& address, unsigned session);
-    [[nodiscard]] AuthorizationCode AskInBrowser(std::string const& address, unsigned session);
+    /// A Login under way: where, and what calls it off.
+    struct Attempt {
+        std::string address;
+        std::stop_token calledOff;
+    };
+
+    // Of Login: these wait, and throw when nothing has come of it.
+    [[nodiscard]] Grant Await(moxcore::async::Future<Grant> const& granted, Attempt const& attempt);
+    [[nodiscard]] Grant AskForGrant(Attempt const& attempt);
+    [[nodiscard]] AuthorizationCode AskInBrowser(Attempt const& attempt);
+    [[nodiscard]] quillocommon::Response LoginAs(Attempt const& attempt, unsigned session);
+
+    /// Takes the place of the Login that is under way, and calls that off.
+    void Begin(std::stop_source const& attempt);
 
     // On the worker.
     void HandOut(std::shared_ptr<TokenPromise> const& promise);
@@ -94,8 +106,9 @@ private:
     mutable std::mutex mutex;   // held while the store changes, never while a keyring is asked
     unsigned sessionCount = 0;  // guarded by mutex; grows with each Logout
 
-    std::mutex browserMutex;                     // held for no longer than it takes to copy
-    std::weak_ptr<BrowserSignIn> browserSignIn;  // guarded by browserMutex; the one that waits
+    std::mutex loginMutex;                       // held for no longer than it takes to copy
+    std::stop_source login{std::nostopstate};    // guarded by loginMutex; calls the last one off
+    std::weak_ptr<BrowserSignIn> browserSignIn;  // guarded by loginMutex; the one that waits
 
     std::string rejected;  // the worker's: the token rejected last
     std::map<std::string, Waiting>

@@ -22,6 +22,9 @@ using moxcore::config::ResultException;
 
 constexpr std::chrono::milliseconds kPatience = std::chrono::minutes(10);
 
+/// What the browser comes back with when the user refuses (RFC 6749).
+constexpr char kDenied[] = "access_denied";
+
 using Parameters = std::vector<std::pair<std::string, std::string>>;
 
 /// The value of a parameter that is there once; empty otherwise.
@@ -48,8 +51,7 @@ std::string PathOf(std::string const& redirectURI) {
 
 std::string DescribeError(Parameters const& parameters, std::string const& error,
                           std::string const& state) {
-    if (error == "access_denied")
-        return "the access was denied in the browser; sign in again and allow it";
+    if (error == kDenied) return "the access was denied in the browser; sign in again and allow it";
     auto description = ValueOf(parameters, "error_description");
     if (description.empty()) description = error;
     quillosdk::Redact(description, state);
@@ -57,6 +59,9 @@ std::string DescribeError(Parameters const& parameters, std::string const& error
 }
 
 }  // namespace
+
+NotAllowed::NotAllowed(SignInStage stage, std::string const& why)
+    : ResultException(jwt::kNotSignedIn, why), stage(stage) {}
 
 BrowserSignIn::BrowserSignIn(std::string clientID, std::string address,
                              std::string const& redirectURI)
@@ -70,7 +75,8 @@ AuthorizationCode BrowserSignIn::Run() {
     moxcore::threads::GetIOBoundExecutor()->CallAsyncDelayed(
         [weak = weak_from_this()] {
             if (auto const self = weak.lock())
-                self->End(Failed{"nobody has signed in in the browser for ten minutes; try again"});
+                self->End(Failed{SignInStage::Expired,
+                                 "nobody has signed in in the browser for ten minutes; try again"});
         },
         static_cast<std::uint32_t>(kPatience.count()));
     if (!HasEnded()) Open();
@@ -78,7 +84,7 @@ AuthorizationCode BrowserSignIn::Run() {
 
     std::lock_guard lock(mutex);
     if (auto const* failed = std::get_if<Failed>(&*outcome))
-        throw ResultException(jwt::kNotSignedIn, failed->why);
+        throw NotAllowed(failed->stage, failed->why);
     if (auto const* allowed = std::get_if<Allowed>(&*outcome))
         return {allowed->code, listener.Address(), verifier};
     throw moxcore::async::CancelledException();
@@ -86,6 +92,10 @@ AuthorizationCode BrowserSignIn::Run() {
 
 void BrowserSignIn::Cancel() {
     End(Cancelled{});
+}
+
+void BrowserSignIn::OpenAgain() {
+    if (!HasEnded()) Open();
 }
 
 void BrowserSignIn::End(Outcome newOutcome) {
@@ -103,8 +113,9 @@ bool BrowserSignIn::HasEnded() {
 void BrowserSignIn::Open() {
     auto const onFailure = [weak = weak_from_this()](std::string const& why) {
         if (auto const self = weak.lock())
-            self->End(Failed{"the browser cannot be opened: " + why +
-                             "; see that there is one, and which is the system's own"});
+            self->End(Failed{SignInStage::NoBrowser,
+                             "the browser cannot be opened: " + why +
+                                 "; see that there is one, and which is the system's own"});
     };
     try {
         OpenBrowser(PageAddress(), onFailure);
@@ -129,7 +140,8 @@ ReturnPage BrowserSignIn::OnReturn(std::string const& query) {
                 "Nothing has changed. Close this window and go on in the one that the program has "
                 "opened."};
     if (code.empty()) {
-        End(Failed{DescribeError(parameters, error, state)});
+        auto const stage = error == kDenied ? SignInStage::Denied : SignInStage::Refused;
+        End(Failed{stage, DescribeError(parameters, error, state)});
         return {200, "Not signed in",
                 "The program has not been allowed to sign you in. You can close this window."};
     }

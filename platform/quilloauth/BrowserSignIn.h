@@ -6,7 +6,9 @@
 #include <string>
 #include <variant>
 
+#include "moxcore/config/Error.h"
 #include "quilloauth/LoopbackListener.h"
+#include "quilloauth/SignInProgress.h"
 #include "quillocommon/Export.h"
 
 namespace quilloauth {
@@ -18,6 +20,17 @@ struct AuthorizationCode {
     std::string verifier;
 };
 
+/// Nobody has allowed the sign-in in the browser: how it has ended, and why.
+class NotAllowed : public moxcore::config::ResultException {
+public:
+    NotAllowed(SignInStage stage, std::string const& why);
+
+    [[nodiscard]] SignInStage Stage() const { return stage; }
+
+private:
+    SignInStage stage;
+};
+
 /// Asks the user in the system's browser (OAuth 2.0's authorization code with PKCE, and a redirect
 /// to a port of this machine, which is open until Run returns). Once.
 class QUILLOSERVICES_API BrowserSignIn : public std::enable_shared_from_this<BrowserSignIn> {
@@ -27,16 +40,21 @@ public:
     /// ResultException when that is no such address, a std::system_error when there is no port.
     BrowserSignIn(std::string clientID, std::string address, std::string const& redirectURI);
 
-    /// Opens the browser and waits until it comes back, ten minutes at most. A ResultException
-    /// (kNotSignedIn) when nobody has allowed it, CancelledException after Cancel.
+    /// Opens the browser and waits until it comes back, ten minutes at most. A NotAllowed when
+    /// nobody has allowed it, CancelledException after Cancel.
     [[nodiscard]] AuthorizationCode Run();
 
     /// Has Run end, also one that is called later. Any thread.
     void Cancel();
 
+    /// Opens the browser once more on the same page, while Run waits. Any thread but a main one:
+    /// the opener may take its time.
+    void OpenAgain();
+
 private:
     struct Cancelled {};
     struct Failed {
+        SignInStage stage;
         std::string why;
     };
     struct Allowed {

@@ -3,10 +3,12 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "quilloauth/SignInProgress.h"
 #include "quillocommon/Saturating.h"
 #include "quillocommon/ServiceAddress.h"
 #include "quillocommon/Url.h"
@@ -38,6 +40,7 @@ Answer Send(HttpRequest const& request) {
 }
 
 Answer PostForm(std::string const& url, Form const& fields,
+                std::shared_ptr<quillosdk::RetryPolicy> policy, std::stop_token const& calledOff,
                 Answer (*send)(HttpRequest const&) = Send) {
     std::string body;
     for (auto const& [name, value] : fields)
@@ -46,15 +49,26 @@ Answer PostForm(std::string const& url, Form const& fields,
                               .url = url,
                               .headers = {{"Content-Type", "application/x-www-form-urlencoded"}},
                               .body = std::make_shared<std::string const>(std::move(body))};
-    return quillosdk::SendWithRetries([request, send] { return send(request); },
-                                      std::make_shared<quillosdk::RetryPolicy>(kLimits));
+    return quillosdk::SendWithRetries(
+        [request, send, calledOff] {
+            return calledOff.stop_requested() ? quillosdk::AnswerPromise().GetFuture()  // cancelled
+                                              : send(request);
+        },
+        std::move(policy));
 }
 
-moxcore::async::Future<Grant> RequestGrant(std::string const& address, Form const& fields) {
+moxcore::async::Future<Grant> RequestGrant(std::string const& address, Form const& fields,
+                                           std::stop_token const& calledOff = {}) {
     if (address.empty())
         return moxcore::async::Future<Grant>::CreateFailed(
             quillosdk::kBadRequest, quillocommon::WhyNoServiceAddress(), nullptr);
-    return PostForm(address + "/oauth/token", fields).Then([fields](Answer const& answer) -> Grant {
+    auto const policy = std::make_shared<quillosdk::RetryPolicy>(kLimits);
+    policy->SetWaitListener([calledOff](std::optional<moxcore::threads::TimePoint> since) {
+        if (calledOff.stop_requested()) return;
+        since ? TellSignIn(SignInStage::Waiting, *since) : TellSignIn(SignInStage::Asking);
+    });
+    auto const answered = PostForm(address + "/oauth/token", fields, policy, calledOff);
+    return answered.Then([fields](Answer const& answer) -> Grant {
         auto const response = answer.Get();
         for (auto const& [name, value] : fields)
             if (!IsPublic(name)) quillosdk::RedactRefusal(*response, value);
@@ -117,20 +131,24 @@ Answer SendRevocation(HttpRequest const& request) {
 
 moxcore::async::Future<Grant> RequestLocalUserGrant(std::string const& address,
                                                     std::string const& clientID,
-                                                    std::string const& secret) {
+                                                    std::string const& secret,
+                                                    std::stop_token const& calledOff) {
     Form form{{"client_id", clientID}, {"grant_type", "urn:quillo:grant-type:local-user"}};
     if (!secret.empty()) form.emplace_back("local_user_secret", secret);
-    return RequestGrant(address, form);
+    return RequestGrant(address, form, calledOff);
 }
 
 moxcore::async::Future<Grant> RequestCodeGrant(std::string const& address,
                                                std::string const& clientID,
-                                               AuthorizationCode const& code) {
-    return RequestGrant(address, {{"client_id", clientID},
-                                  {"grant_type", "authorization_code"},
-                                  {"code", code.code},
-                                  {"redirect_uri", code.redirectURI},
-                                  {"code_verifier", code.verifier}});
+                                               AuthorizationCode const& code,
+                                               std::stop_token const& calledOff) {
+    return RequestGrant(address,
+                        {{"client_id", clientID},
+                         {"grant_type", "authorization_code"},
+                         {"code", code.code},
+                         {"redirect_uri", code.redirectURI},
+                         {"code_verifier", code.verifier}},
+                        calledOff);
 }
 
 moxcore::async::Future<Grant> RequestRefresh(std::string const& address,
@@ -142,8 +160,9 @@ moxcore::async::Future<Grant> RequestRefresh(std::string const& address,
 }
 
 void RequestRevocation(std::string const& address, std::string const& refreshToken) {
-    static_cast<void>(
-        PostForm(address + "/oauth/revoke", {{"token", refreshToken}}, SendRevocation));
+    static_cast<void>(PostForm(address + "/oauth/revoke", {{"token", refreshToken}},
+                               std::make_shared<quillosdk::RetryPolicy>(kLimits), {},
+                               SendRevocation));
 }
 
 void PrepareToRevoke() {

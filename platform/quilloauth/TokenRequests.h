@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stop_token>
 #include <string>
 #include <variant>
 
@@ -23,16 +24,21 @@ struct GrantRefused {
 
 using Grant = std::variant<Tokens, GrantRefused>;
 
+// A request for tokens tells how it fares (SignInProgress.h). Once it is called off it tells nothing
+// more and is not repeated; what is granted all the same has to be revoked.
+
 /// Asks for tokens for the user of this machine, which only a service that trusts him grants.
 /// `secret` shows that this is the service's own user (see FindLocalUserSecrets); empty: none.
 [[nodiscard]] moxcore::async::Future<Grant> RequestLocalUserGrant(std::string const& address,
                                                                   std::string const& clientID,
-                                                                  std::string const& secret);
+                                                                  std::string const& secret,
+                                                                  std::stop_token const& calledOff);
 
 /// Asks for tokens for the user who has allowed it in the browser.
 [[nodiscard]] moxcore::async::Future<Grant> RequestCodeGrant(std::string const& address,
                                                              std::string const& clientID,
-                                                             AuthorizationCode const& code);
+                                                             AuthorizationCode const& code,
+                                                             std::stop_token const& calledOff);
 
 /// Asks for fresh tokens.
 [[nodiscard]] moxcore::async::Future<Grant> RequestRefresh(std::string const& address,

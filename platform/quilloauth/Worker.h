@@ -26,12 +26,13 @@ public:
     /// The same for what must not get lost: Stop waits until it has run.
     void PostLasting(std::function<void()> function) { Add({std::move(function), true}); }
 
-    /// Sleeps until `future` is complete; false when Stop came first.
+    /// Sleeps until `future` is complete; false when `stop` came first. On any thread.
     template <class T>
-    [[nodiscard]] bool WaitFor(moxcore::async::Future<T> const& future) {
+    [[nodiscard]] static bool WaitFor(moxcore::async::Future<T> const& future,
+                                      std::stop_token const& stop) {
         auto const done = std::make_shared<Gate>();
         future.OnComplete([done](moxcore::async::Future<T> const&) { done->Open(); });
-        return done->Wait(stopping.get_token());
+        return done->Wait(stop);
     }
 
     /// Asks to end what waits on the thread once Stop is called.

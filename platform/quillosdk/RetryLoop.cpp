@@ -26,10 +26,12 @@ private:
         auto const delay = verdict.worthRepeating ? policy->NextDelay(verdict.retryAfter)
                                                   : std::optional<std::chrono::milliseconds>();
         if (delay) {
+            policy->Unavailable(*delay);
             moxcore::threads::GetIOBoundExecutor()->CallAsyncDelayed(
                 [self = shared_from_this()] { self->Attempt(); },
                 static_cast<std::uint32_t>(delay->count()));
         } else {
+            policy->Answered();
             Forward(answer, promise);
         }
     }

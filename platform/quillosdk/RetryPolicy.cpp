@@ -7,6 +7,7 @@
 #include <ctime>
 #include <mutex>
 #include <random>
+#include <utility>
 
 #include "quillocommon/Saturating.h"
 #include "quillosdk/Transport.h"
@@ -19,6 +20,9 @@ using std::chrono::milliseconds;
 constexpr milliseconds kFirstBound{500};
 constexpr milliseconds kLargestBound{30'000};
 constexpr milliseconds kLongestRetryAfter{120'000};
+
+/// A single wait that is shorter is over before anybody could read of it.
+constexpr milliseconds kShortestWaitToTell{1'000};
 
 class RandomSource {
 public:
@@ -49,18 +53,36 @@ RandomSource& TheRandomSource() {
 RetryPolicy::RetryPolicy(RetryLimits limits) : limits(limits), beginning(moxcore::threads::Now()) {}
 
 std::optional<milliseconds> RetryPolicy::NextDelay(std::optional<milliseconds> retryAfter) {
-    if (++failures >= limits.attempts) return std::nullopt;
+    if (++failures >= limits.attempts) {
+        Answered();
+        return std::nullopt;
+    }
     int const doublings = std::min(failures - 1, 10);
     milliseconds const bound = std::min(kFirstBound * (1 << doublings), kLargestBound);
     milliseconds const delay =
         retryAfter ? *retryAfter
                    : milliseconds(static_cast<milliseconds::rep>(
                          static_cast<double>(bound.count()) * TheRandomSource().Next()));
-    if (moxcore::threads::Now() + delay > beginning + limits.patience) return std::nullopt;
+    if (moxcore::threads::Now() + delay > beginning + limits.patience) {
+        Answered();
+        return std::nullopt;
+    }
     return delay;
 }
 
+void RetryPolicy::Unavailable(milliseconds delay) {
+    if (!unavailableSince) unavailableSince = moxcore::threads::Now();
+    bool const isNoticed = failures > 1 || delay >= kShortestWaitToTell;
+    if (onWait && isNoticed && !std::exchange(isWaitTold, true)) onWait(unavailableSince);
+}
+
+void RetryPolicy::Answered() {
+    if (std::exchange(isWaitTold, false)) onWait({});
+}
+
 void RetryPolicy::Progressed() {
+    Answered();
+    unavailableSince.reset();
     failures = 0;
     beginning = moxcore::threads::Now();
 }

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "moxcore/config/Error.h"
 #include "moxcore/threads/Clock.h"
@@ -28,10 +29,26 @@ class QUILLOSERVICES_API RetryPolicy {
 public:
     explicit RetryPolicy(RetryLimits limits = {});
 
+    /// Hears since when the operation has waited for the service, and nothing once it goes on.
+    using WaitListener = std::function<void(std::optional<moxcore::threads::TimePoint> since)>;
+
+    /// `listener` is told of the waits for an unavailable service that a person would notice: from
+    /// the second failure in a row on, or when the wait is a second or longer. Until there is
+    /// progress, the waits count as one: each is told with the time of the first. Called within the
+    /// functions below; must not throw. Before any of them.
+    void SetWaitListener(WaitListener listener) { onWait = std::move(listener); }
+
     /// How long to wait before the next attempt, after one that has ended just now and that is
     /// worth repeating; none when the limits are reached. `retryAfter` is what the service said.
     [[nodiscard]] std::optional<std::chrono::milliseconds> NextDelay(
         std::optional<std::chrono::milliseconds> retryAfter = {});
+
+    /// What has just failed is that the service cannot be reached, or takes nothing for now; it is
+    /// asked again after `delay`.
+    void Unavailable(std::chrono::milliseconds delay);
+
+    /// The service has answered as it should: it is not waited for any more.
+    void Answered();
 
     /// The operation has come closer to its end: the limits count anew.
     void Progressed();
@@ -55,6 +72,9 @@ private:
     RetryLimits limits;
     int failures = 0;                       // since the last progress
     moxcore::threads::TimePoint beginning;  // of the time without progress
+    std::optional<moxcore::threads::TimePoint> unavailableSince;  // none since the last progress
+    WaitListener onWait;
+    bool isWaitTold = false;
 };
 
 }  // namespace quillosdk

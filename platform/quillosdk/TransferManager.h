@@ -9,6 +9,7 @@
 #include "moxcore/async/Future.h"
 #include "quillosdk/Records.h"
 #include "quillosdk/ResponseWith.h"
+#include "quillosdk/RetryPolicy.h"
 
 namespace quillosdk {
 
@@ -30,16 +31,23 @@ public:
     /// none.
     void SetAutoversionId(quillocommon::Guid const& id) { autoversionID = id; }
 
+    /// Hears since when the upload has waited for a service that cannot be reached or takes nothing
+    /// for now, and nothing once it goes on, succeeds or fails. The upload goes on by itself.
+    /// Called on the same threads as the progress, by one at a time; must not throw.
+    void SetWaitListener(RetryPolicy::WaitListener listener) { onWait = std::move(listener); }
+
     [[nodiscard]] quillocommon::Guid const& FolderID() const { return folderID; }
     [[nodiscard]] quillocommon::Guid const& AutoversionID() const { return autoversionID; }
     [[nodiscard]] std::string const& Path() const { return path; }
     [[nodiscard]] Progress const& GetProgress() const { return progress; }
+    [[nodiscard]] RetryPolicy::WaitListener const& GetWaitListener() const { return onWait; }
 
 private:
     quillocommon::Guid folderID;
     quillocommon::Guid autoversionID;
     std::string path;  // UTF-8
     Progress progress;
+    RetryPolicy::WaitListener onWait;
 };
 
 class UploadResponse : public ResponseWith<Asset> {

@@ -81,7 +81,9 @@ TusUpload::TusUpload(std::shared_ptr<Session> session, UploadRequest newRequest,
       request(std::move(newRequest)),
       description("upload " + Sanitise(FileName(request.Path()))),
       policy(std::make_shared<RetryPolicy>(kLimits)),
-      key(std::move(key)) {}
+      key(std::move(key)) {
+    policy->SetWaitListener(request.GetWaitListener());
+}
 
 moxcore::async::Future<std::shared_ptr<UploadResponse>> TusUpload::Start() {
     moxcore::threads::GetIOBoundExecutor()->CallAsync(
@@ -188,12 +190,14 @@ void TusUpload::OnPublished(Answer const& answer) {
 
 void TusUpload::AskForOffsetLater(Answer const& doubtful) {
     publicationInDoubt = publicationInDoubt || sendingTo == file->Size();
-    auto const delay = policy->NextDelay(JudgeAnswer(doubtful).retryAfter);
+    auto const verdict = JudgeAnswer(doubtful);
+    auto const delay = policy->NextDelay(verdict.retryAfter);
     if (!delay) {
         auto const response = doubtful.Get();
         if (IsSuccess(response->status)) FailWithoutOffset();
         return Refuse(*response);
     }
+    if (verdict.worthRepeating) policy->Unavailable(*delay);
     moxcore::threads::GetIOBoundExecutor()->CallAsyncDelayed(
         [self = shared_from_this()] { self->Guard([&] { self->AskForOffset(); }); },
         static_cast<std::uint32_t>(delay->count()));

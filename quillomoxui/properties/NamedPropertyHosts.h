@@ -3,12 +3,15 @@
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "moxcore/threads/Clock.h"
 #include "moxcore/utility/Guid.h"
 #include "moxui/drawbot/ColorRGBA.h"
 #include "moxui/drawbot/ImageInterface.h"
 #include "moxui/ui/ConstMessage.h"
+#include "quilloauth/SignInProgress.h"
 #include "quillomoxui/Export.h"
 #include "quillomoxui/properties/EncodingStatus.h"
 #include "quillomoxui/properties/FetchChildrenState.h"
@@ -82,7 +85,9 @@ using NodeVector = std::vector<std::shared_ptr<Node>>;
     BY_VALUE(IsLoggedIn, bool)                                               \
     BY_REFERENCE(EncodingStatus, quillomoxui::EncodingStatus)                \
     BY_VALUE(EncodingProgress, double)                                       \
-    BY_REFERENCE(AssetTypeIcon, PictureSupplyHandler)
+    BY_REFERENCE(AssetTypeIcon, PictureSupplyHandler)                        \
+    BY_REFERENCE(SignInProgress, quilloauth::SignInProgress)                 \
+    BY_REFERENCE(UploadWaitingSince, std::optional<moxcore::threads::TimePoint>)
 
 // The template's code for each of these types is in the library, once; exported by name, because a
 // template of a type that is hidden elsewhere would be hidden, too.
@@ -105,7 +110,9 @@ using NodeVector = std::vector<std::shared_ptr<Node>>;
     BY_VALUE(ShareForReviewViewID)                                     \
     BY_VALUE(bool)                                                     \
     BY_REFERENCE(EncodingStatus)                                       \
-    BY_VALUE(double)
+    BY_VALUE(double)                                                   \
+    BY_REFERENCE(quilloauth::SignInProgress)                           \
+    BY_REFERENCE(std::optional<moxcore::threads::TimePoint>)
 
 #define QUILLO_EXTERN_BY_VALUE(T) extern template class QUILLO_API NotifyingPropertyHost<T, T>;
 #define QUILLO_EXTERN_BY_REFERENCE(T) \

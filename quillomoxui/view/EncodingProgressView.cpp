@@ -1,5 +1,7 @@
 #include "quillomoxui/view/EncodingProgressView.h"
 
+#include <algorithm>
+
 #include "quillomoxui/utility/WeakBindMemberFunction.h"
 #include "quillomoxui/view/Layout.h"
 #include "quillomoxui/view/Texts.h"
@@ -39,24 +41,28 @@ UTF16String StatusText(ShareForReviewViewID id) {
 EncodingProgressView::EncodingProgressView(
     std::shared_ptr<ShareForReviewViewModel> const& viewModel)
     : PopupBaseView(viewModel),
+      statusText(StatusText(viewModel->GetCurrentViewID())),
       title(new UI_StaticText),
       linkCaption(new UI_StaticText),
       linkBox(new TextWithBackground(Text(kLinkDescription))),
       status(new UI_StaticText),
       progressBar(new moxui::controls::UI_ProgressBar),
-      cancelButton(new moxui::controls::UI_TextButton) {
+      cancelButton(new moxui::controls::UI_TextButton),
+      waitNote(new UI_StaticText) {
     title->SetText(
         Text("$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/ShareForReview="
              "Share for Review"));
     title->SetFontStyleName("Bold");
     linkCaption->SetText(
         Text("$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/Link=Link:"));
-    auto const statusText = StatusText(viewModel->GetCurrentViewID());
     status->SetText(statusText);
     progressBar->UI_SetAccessibleName(statusText);
     cancelButton->SetText(
         Text("$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/CancelBtn=Cancel"));
     cancelButton->UI_SetEnabled(true);
+    waitNote->SetText(
+        Text("$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/GoesOnByItself="
+             "The upload goes on by itself."));
 
     RetainBinding(static_cast<EncodingProgressNotifyingPropertyHost&>(*viewModel)
                       .BindValueChanged(
@@ -64,10 +70,15 @@ EncodingProgressView::EncodingProgressView(
     RetainBinding(static_cast<ReviewLinkURLNotifyingPropertyHost&>(*viewModel)
                       .BindValueChanged(WeakBindMemberFunction(
                           this, &EncodingProgressView::OnReviewLinkChanged)));
+    if (viewModel->GetCurrentViewID() == ShareForReviewViewID::UploadInProgress)
+        RetainBinding(static_cast<UploadWaitingSinceNotifyingPropertyHost&>(*viewModel)
+                          .BindValueChanged(WeakBindMemberFunction(
+                              this, &EncodingProgressView::OnWaitingChanged)));
 
     for (auto const& child : std::initializer_list<boost::intrusive_ptr<UI_SubView>>{
              title, linkCaption, linkBox, status, progressBar, cancelButton})
         AddShown(*this, child);
+    ChildPushBack(waitNote);
     UI_Show(true);
 }
 
@@ -83,17 +94,35 @@ void EncodingProgressView::UI_SetLocalRectF(moxcore::geom::RectT<float> const& r
     Layout const layout(*this);
     if (!layout) return;
     constexpr float kLeft = 15;
+    constexpr float kWidth = 310;
     layout.PlaceAt(*title, kLeft, 12);
     layout.PlaceAt(*linkCaption, kLeft, 35);
     layout.PlaceAt(*linkBox, kLeft, 54);
-    layout.PlaceAt(*status, kLeft, 84);
-    progressBar->UI_SetLocalRectF({kLeft, 103, 310, 12});
-    layout.PlaceAt(*cancelButton, 324 - layout.SizeOf(*cancelButton).x, 125);
+    auto const statusSize = layout.SizeOf(*status);
+    status->UI_SetLocalRectF({kLeft, 84, std::min(statusSize.x, kWidth), statusSize.y});
+    progressBar->UI_SetLocalRectF({kLeft, 103, kWidth, 12});
+    float const cancelLeft = 324 - layout.SizeOf(*cancelButton).x;
+    auto const cancelSize = layout.PlaceAt(*cancelButton, cancelLeft, 125);
+    waitNote->UI_SetLocalRectF({kLeft, 125, cancelLeft - kLeft - 8, cancelSize.y});
 }
 
 void EncodingProgressView::OnProgressChanged(double progress) {
     constexpr unsigned kMaximum = 1000;
     progressBar->SetProgress(static_cast<unsigned>(progress * kMaximum), kMaximum);
+}
+
+void EncodingProgressView::OnWaitingChanged(
+    std::optional<moxcore::threads::TimePoint> const& since) {
+    auto const text =
+        since ? TextWithTime(
+                    "$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/WaitingSince="
+                    "Quillo has not been available since {time}.",
+                    *since)
+              : statusText;
+    status->SetText(text);
+    progressBar->UI_SetAccessibleName(text);
+    waitNote->UI_Show(since.has_value());
+    UI_SetLocalRectF(UI_GetLocalRectF(true));
 }
 
 void EncodingProgressView::OnReviewLinkChanged(UTF16String const& link) {

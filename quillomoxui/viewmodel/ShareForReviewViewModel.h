@@ -31,7 +31,9 @@ class QUILLO_API ShareForReviewViewModel : public UserNotifyingPropertyHost,
                                            public IsLoggedInNotifyingPropertyHost,
                                            public EncodingStatusNotifyingPropertyHost,
                                            public EncodingProgressNotifyingPropertyHost,
-                                           public AssetTypeIconNotifyingPropertyHost {
+                                           public AssetTypeIconNotifyingPropertyHost,
+                                           public SignInProgressNotifyingPropertyHost,
+                                           public UploadWaitingSinceNotifyingPropertyHost {
 public:
     using Guid = moxcore::utility::Guid;
 
@@ -68,6 +70,11 @@ public:
     /// service's changes; IsLoggedIn is left alone then, and the view is moved on here. Uploads and
     /// links then use the same session.
     virtual void Login();
+
+    /// While Login waits, as SignInProgress tells: gives up, so that it never was; has the browser
+    /// show its page once more. Nothing happens when nothing waits.
+    void CancelLogin();
+    void ReopenLoginPage();
 
     /// Signs out and forgets the user's tree. The view stays.
     virtual void Logout();

@@ -9,6 +9,7 @@
 #include "moxcore/filesupport/File.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/utility/FileUtils.h"
+#include "quilloauth/AuthManager.h"
 #include "quillocommon/Failures.h"
 #include "quillomoxui/model/QuilloFolder.h"
 #include "quillomoxui/model/QuilloProject.h"
@@ -87,21 +88,35 @@ void ShareForReviewViewModel::StartShareForReviewPopup() {
 void ShareForReviewViewModel::Login() {
     std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
     auto const signIn = BeginSignIn();
+    auto const onProgress = [weak](quilloauth::SignInProgress const& progress) {
+        if (auto const self = weak.lock()) self->SetSignInProgress(progress);
+    };
     auto const takeUser = [weak, signIn](std::shared_ptr<QuilloUser> const& user,
                                          std::optional<ShareForReviewViewID> view = std::nullopt) {
         if (auto const self = weak.lock()) self->TakeUser(user, signIn, view);
     };
     if (!IsSwitchedOn(kUseQuilloCppSdk, true)) {
         // Uploads and review links take the SDK's client whichever backend fills the tree.
-        QuilloCppSdkIntegration::FollowSession();
+        QuilloCppSdkIntegration::FollowSession(onProgress);
         return QuilloClientIntegration::GetCurrentUser(
             [takeUser](auto const& user) { takeUser(user, ShareForReviewViewID::ReviewInQuillo); });
     }
-    QuilloCppSdkIntegration::SignIn([weak, signIn, takeUser](bool loggedIn) {
+    auto const onLoggedIn = [weak, signIn, takeUser](bool loggedIn) {
         auto const self = weak.lock();
         if (!self || !loggedIn || !self->TakeSignedIn(signIn)) return;
         QuilloCppSdkIntegration::GetCurrentUser([takeUser](auto const& user) { takeUser(user); });
-    });
+    };
+    QuilloCppSdkIntegration::SignIn(onLoggedIn, onProgress);
+}
+
+void ShareForReviewViewModel::CancelLogin() {
+    // The sign-in under way may be another view model's.
+    if (GetSignInProgress().IsUnderWay()) QuilloCppSdkIntegration::CancelSignIn();
+}
+
+void ShareForReviewViewModel::ReopenLoginPage() {
+    if (GetSignInProgress().stage == quilloauth::SignInStage::InBrowser)
+        quilloauth::jwt::ReopenBrowser();
 }
 
 void ShareForReviewViewModel::Logout() {
@@ -221,6 +236,7 @@ void ShareForReviewViewModel::StartUpload() {
     auto const versionStackID = ReadAssetGuid(assetdata::kVersionStackGuid);
     SetEncodingStatus({EncodingStatus::Uploading});
     SetEncodingProgress(0.0);
+    SetUploadWaitingSince({});
     SetCurrentViewID(ShareForReviewViewID::UploadInProgress);
 
     std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
@@ -235,6 +251,9 @@ void ShareForReviewViewModel::StartUpload() {
             if (!ok) return self->SetEncodingStatus({EncodingStatus::UploadFailed});
             self->SetUploadedAssetID(assetID);
             self->SetEncodingStatus({EncodingStatus::UploadComplete});
+        },
+        [weak](std::optional<moxcore::threads::TimePoint> since) {
+            if (auto const self = weak.lock()) self->SetUploadWaitingSince(since);
         });
     // Signed out meanwhile: the share can be tried again, which a status of Uploading would rule
     // out.

@@ -14,6 +14,14 @@ bool UploadToFolder(UTF16String const& path, moxcore::utility::Guid const& folde
                     moxcore::utility::Guid const& versionStackID,
                     std::function<void(double)> const& progress,
                     std::function<void(bool, moxcore::utility::Guid const&)> const& completion) {
+    return UploadToFolder(path, folderID, versionStackID, progress, completion, nullptr);
+}
+
+bool UploadToFolder(
+    UTF16String const& path, moxcore::utility::Guid const& folderID,
+    moxcore::utility::Guid const& versionStackID, std::function<void(double)> const& progress,
+    std::function<void(bool, moxcore::utility::Guid const&)> const& completion,
+    std::function<void(std::optional<moxcore::threads::TimePoint>)> const& waiting) {
     auto const client = ClientFor(quillocommon::Step::Upload);
     if (!client) return false;
 
@@ -23,6 +31,7 @@ bool UploadToFolder(UTF16String const& path, moxcore::utility::Guid const& folde
             progress(static_cast<double>(done) / static_cast<double>(total));
         });
     request.SetAutoversionId(ToServiceGuid(versionStackID));
+    request.SetWaitListener(waiting);
     quillocommon::Guid uploadID;
     using Answer = moxcore::async::Future<std::shared_ptr<quillosdk::UploadResponse>>;
     static_cast<void>(

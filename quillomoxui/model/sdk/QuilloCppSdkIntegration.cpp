@@ -11,6 +11,7 @@
 #include "quilloauth/AuthManager.h"
 #include "quillomoxui/model/sdk/ChildQueues.h"
 #include "quillomoxui/model/sdk/SdkNodes.h"
+#include "quillomoxui/model/sdk/SignInAttempt.h"
 #include "quillomoxui/model/sdk/WeakSingleton.h"
 #include "quillosdk/QuilloClient.h"
 
@@ -19,6 +20,7 @@ namespace quillomoxui {
 using moxcore::async::Future;
 using moxcore::config::ExtractResultFromException;
 using moxcore::string::UTF16toStdString;
+using quilloauth::SignInStage;
 
 void InitQuilloCppSdk(UTF16String const& clientID, UTF16String const& redirectURI) {
     if (clientID.empty() || redirectURI.empty()) return;
@@ -43,6 +45,7 @@ struct SharedState {
     unsigned signOuts = 0;        // a token that was asked for before the last one is late
     bool followsSession = false;  // since FollowSession
     std::shared_ptr<quilloauth::jwt::SessionListener const> sessionListener;
+    std::shared_ptr<SignInAttempt> attempt;  // the last one
 };
 
 void OnSession(bool exists);
@@ -67,6 +70,11 @@ unsigned CountSignOuts() {
 std::shared_ptr<std::function<void(bool)> const> LoggedInCallback(unsigned signOuts) {
     std::lock_guard lock(State().mutex);
     return State().signOuts == signOuts ? State().sOnClientLoggedInChanged : nullptr;
+}
+
+std::shared_ptr<SignInAttempt> LastAttempt() {
+    std::lock_guard lock(State().mutex);
+    return State().attempt;
 }
 
 /// Has the client take a fresh token. What it cannot get, the client does without: its request then
@@ -102,23 +110,47 @@ std::optional<bool> MakeClient(std::string const& token, unsigned signOuts) {
 }
 
 /// Gives the client the token, if there is one; false when there is none.
-bool CheckToken(Future<std::string> const& token, unsigned signOuts) {
+bool CheckToken(SignInAttempt& attempt, Future<std::string> const& token, unsigned signOuts) {
     if (ExtractResultFromException(token.GetException()) < 0) return false;
     auto const accepted = MakeClient(token.Get(), signOuts);
     if (!accepted) return true;
     auto const callback = LoggedInCallback(signOuts);
     if (callback && *callback) (*callback)(*accepted);
+    attempt.End(*accepted ? SignInStage::None : SignInStage::Refused);
     return true;
 }
 
 /// The second half of a sign-in: with the token at hand, or through an interactive login.
-void CheckTokenOrLogin(Future<std::string> const& token, unsigned signOuts) {
-    if (CheckToken(token, signOuts) || CountSignOuts() != signOuts) return;
+void CheckTokenOrLogin(std::shared_ptr<SignInAttempt> const& attempt,
+                       Future<std::string> const& token, unsigned signOuts) {
+    if (attempt->IsGivenUp() || CheckToken(*attempt, token, signOuts) ||
+        CountSignOuts() != signOuts)
+        return;
     auto const response =
         quilloauth::jwt::Login(UTF16toStdString(moxcore::utility::Keychain::GetNexoUserID()));
-    if (response.IsSuccess() || response.GetResult() != quilloauth::jwt::kSessionExists) return;
+    if (response.IsSuccess() || response.GetResult() != quilloauth::jwt::kSessionExists)
+        return attempt->End(SignInStage::Refused);  // unless it has been told how it has ended
     static_cast<void>(quilloauth::jwt::GetAccessToken().Then(
-        [signOuts](Future<std::string> const& fresh) { return CheckToken(fresh, signOuts); }));
+        [attempt, signOuts](Future<std::string> const& granted) {
+            if (attempt->IsGivenUp()) return;
+            if (!CheckToken(*attempt, granted, signOuts)) attempt->End(SignInStage::Refused);
+        }));
+}
+
+/// Puts an attempt in the place of the last one, and has it told what the session has to tell.
+std::shared_ptr<SignInAttempt> BeginAttempt(quilloauth::SignInListener const& onProgress) {
+    auto const attempt = std::make_shared<SignInAttempt>(onProgress);
+    auto earlier = attempt;
+    {
+        std::lock_guard lock(State().mutex);
+        State().attempt.swap(earlier);
+    }
+    if (earlier) earlier->End(SignInStage::None);
+    attempt->Tell({SignInStage::Asking, moxcore::threads::Now()});
+    quilloauth::SetSignInListener([](quilloauth::SignInProgress const& progress) {
+        if (auto const last = LastAttempt()) last->Tell(progress);
+    });
+    return attempt;
 }
 
 /// Makes a client of the session that is kept, if there is one.
@@ -126,13 +158,17 @@ void TakeSession() {
     auto const signOuts = CountSignOuts();
     static_cast<void>(
         quilloauth::jwt::GetAccessToken().Then([signOuts](Future<std::string> const& token) {
-            if (!token.GetException()) MakeClient(token.Get(), signOuts);
+            if (token.GetException()) return;
+            auto const accepted = MakeClient(token.Get(), signOuts);
+            if (auto const last = LastAttempt(); last && accepted)
+                last->End(*accepted ? SignInStage::None : SignInStage::Refused);
         }));
 }
 
 /// Somebody has signed in or out, be it the other backend.
 void OnSession(bool exists) {
     std::shared_ptr<std::function<void(bool)> const> callback;
+    std::shared_ptr<SignInAttempt> overtaken;
     {
         std::lock_guard lock(State().mutex);
         if (exists && !State().followsSession) return;
@@ -140,9 +176,11 @@ void OnSession(bool exists) {
             ++State().signOuts;
             State().followsSession = false;
             callback = State().sOnClientLoggedInChanged;
+            overtaken = State().attempt;
         }
     }
     if (exists) return TakeSession();
+    if (overtaken) overtaken->End(SignInStage::None);
     if (callback && *callback) (*callback)(false);
     std::shared_ptr<quillosdk::QuilloClient> released;  // dies after the lock
     std::lock_guard lock(State().mutex);
@@ -167,6 +205,11 @@ std::shared_ptr<quillosdk::QuilloClient> QuilloCppSdkIntegration::GetQuilloClien
 }
 
 void QuilloCppSdkIntegration::SignIn(std::function<void(bool)> const& onLoggedInChanged) {
+    SignIn(onLoggedInChanged, nullptr);
+}
+
+void QuilloCppSdkIntegration::SignIn(std::function<void(bool)> const& onLoggedInChanged,
+                                     quilloauth::SignInListener const& onProgress) {
     auto callback = std::make_shared<std::function<void(bool)> const>(onLoggedInChanged);
     unsigned signOuts = 0;
     {
@@ -175,22 +218,30 @@ void QuilloCppSdkIntegration::SignIn(std::function<void(bool)> const& onLoggedIn
         State().followsSession = false;
         signOuts = State().signOuts;
     }
+    auto const attempt = BeginAttempt(onProgress);
     // Whoever signs in again has lost the page that the one before has opened.
     quilloauth::jwt::CancelLogin();
     // On the sign-in's own thread even when the token is there by now: the login may wait for a
     // person.
     auto const token = quilloauth::jwt::GetAccessToken();
-    static_cast<void>(token.Then(token.GetExecutor(), [signOuts](Future<std::string> const& there) {
-        CheckTokenOrLogin(there, signOuts);
-    }));
+    static_cast<void>(
+        token.Then(token.GetExecutor(), [attempt, signOuts](Future<std::string> const& kept) {
+            CheckTokenOrLogin(attempt, kept, signOuts);
+        }));
 }
 
-void QuilloCppSdkIntegration::FollowSession() {
+void QuilloCppSdkIntegration::FollowSession(quilloauth::SignInListener const& onProgress) {
+    BeginAttempt(onProgress);
     {
         std::lock_guard lock(State().mutex);
         State().followsSession = true;
     }
     TakeSession();
+}
+
+void QuilloCppSdkIntegration::CancelSignIn() {
+    if (auto const last = LastAttempt()) last->GiveUp();
+    quilloauth::jwt::CancelLogin();
 }
 
 void QuilloCppSdkIntegration::SignOut() {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "quilloauth/SignInProgress.h"
 #include "quillomoxui/Export.h"
 #include "quillomoxui/model/QuilloNode.h"
 #include "quillomoxui/properties/UTF16String.h"
@@ -58,9 +59,20 @@ public:
     /// sign-out. A sign-in that fails calls nothing, nor does one that a sign-out has overtaken.
     static void SignIn(std::function<void(bool)> const& onLoggedInChanged);
 
+    /// The same; `onProgress` hears how it fares: first, within the call, that the service is
+    /// asked, last of all how it has ended (SignInStage::None when it has succeeded, was given up,
+    /// or another SignIn has taken its place). On the thread that finds it out, one call at a time;
+    /// must not throw and must not sign in or out.
+    static void SignIn(std::function<void(bool)> const& onLoggedInChanged,
+                       quilloauth::SignInListener const& onProgress);
+
     /// Has the client go by the session that another backend signs in to: it is there as soon as
-    /// that is. Tells nobody, and asks nobody to sign in.
-    static void FollowSession();
+    /// that is. Asks nobody to sign in. `onProgress` as for SignIn.
+    static void FollowSession(quilloauth::SignInListener const& onProgress);
+
+    /// Gives up the sign-in under way: nobody is signed in by it. Nothing happens when there is
+    /// none. Never waits.
+    static void CancelSignIn();
 
     /// Signs out and releases the client, telling the callback of the last SignIn; so does a
     /// sign-out of another backend, since the session is one. Nothing happens when it cannot be

@@ -14,6 +14,7 @@
 #include "tests/support/FailureLog.h"
 #include "tests/support/ManualExecutor.h"
 #include "tests/support/ScriptedTransport.h"
+#include "tests/support/SignInStages.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/UserDirectories.h"
 
@@ -23,6 +24,7 @@ using namespace std::chrono_literals;
 using moxcore::config::ExtractResultFromException;
 using quilloauth::AuthSession;
 using quilloauth::FileTokenStore;
+using quilloauth::SignInStage;
 using quilloauth::Tokens;
 using quilloauth::jwt::kNotSignedIn;
 using quilloauth::jwt::kSessionExists;
@@ -153,6 +155,7 @@ protected:
     testsupport::ManualExecutor executor;
     testsupport::ScriptedTransport transport;
     testsupport::FailureLog failures;
+    testsupport::SignInStages stages;
     testsupport::TemporaryDirectory directory;
     std::string const path = (directory.Path() / "tokens.json").string();
     FileTokenStore store{path};  // of another process
@@ -219,17 +222,20 @@ TEST_F(AuthTest, ASignInThatFailsSaysWhy) {
         std::int32_t result;
         std::size_t requests;
         char const* says;
+        SignInStage stage;
     };
     constexpr Row kRows[] = {
         {400, R"({"error":"invalid_request","error_description":"Which?"})", kNotSignedIn, 1,
-         "400 (Which?)"},
+         "400 (Which?)", SignInStage::Refused},
         {200, R"({"access_token":"secret-access-a"})", quillosdk::kMalformedAnswer, 1,
-         "no refresh_token"},
+         "no refresh_token", SignInStage::Refused},
         {200,
          R"({"access_token":"secret-access-token","refresh_token":"secret-fifteen-","expires_in":9})",
-         quillosdk::kMalformedAnswer, 1, "its refresh_token is no token of 16"},
-        {503, "", kNotSignedIn, 5, "try again later"},
-        {0, "", quillosdk::kNoConnection, 5, "check the network connection"},
+         quillosdk::kMalformedAnswer, 1, "its refresh_token is no token of 16",
+         SignInStage::Refused},
+        {503, "", kNotSignedIn, 5, "try again later", SignInStage::Unavailable},
+        {0, "", quillosdk::kNoConnection, 5, "check the network connection",
+         SignInStage::Unavailable},
     };
     for (auto const& row : kRows) {
         SCOPED_TRACE(row.says);
@@ -243,6 +249,7 @@ TEST_F(AuthTest, ASignInThatFailsSaysWhy) {
         EXPECT_EQ(transport.Count(), first + row.requests);
         EXPECT_THAT(failures.All().back().message, HasSubstr(row.says));
         EXPECT_EQ(failures.All().back().httpStatus, row.status == 200 ? 0 : row.status);
+        EXPECT_EQ(stages.All().back(), row.stage);
     }
     EXPECT_EQ(failures.All().size(), std::size(kRows));
 }
@@ -256,9 +263,33 @@ TEST_F(AuthTest, ASignInThatTheServiceLimitsGoesOnWhenItMay) {
     });
     auto login = std::async(std::launch::async, [&] { return session->Login().GetResult(); });
     executor.RunUntil([&] { return executor.Waiting() == std::vector{7000ms}; });
+    EXPECT_THAT(stages.All(), testing::ElementsAre(SignInStage::Waiting));
     executor.AdvanceBy(7s);
     EXPECT_EQ(login.get(), kSessionExists);
     EXPECT_TRUE(failures.All().empty());
+    EXPECT_EQ(stages.All().back(), SignInStage::Asking);
+}
+
+TEST_F(AuthTest, ASignInThatIsCalledOffWhileItWaitsForTheServiceLeavesNothingBehind) {
+    transport.SetResponder({});
+    for (bool const isAnswered : {false, true}) {
+        auto const first = transport.Count();
+        auto login = std::async(std::launch::async, [&] { return session->Login().GetResult(); });
+        transport.WaitForCount(first + 1);
+        session->CancelLogin();
+        EXPECT_EQ(login.get(), kNotSignedIn);
+        // What comes of the request now is nobody's: the tokens go back, and it is not repeated.
+        if (isAnswered)
+            transport.Answer(first, 200, Granted(1));
+        else
+            transport.Answer(first, 503, "", {{"RETRY-AFTER", "7"}});
+        executor.AdvanceBy(1min);
+        ASSERT_EQ(transport.Count(), first + 1 + isAnswered);
+        EXPECT_TRUE(!isAnswered || transport.LineAt(first + 1) == "POST /oauth/revoke");
+    }
+    EXPECT_EQ(ExtractResultFromException(session->GetAccessToken().GetException()), kNotSignedIn);
+    EXPECT_TRUE(failures.All().empty());
+    EXPECT_TRUE(stages.All().empty());
 }
 
 TEST_F(AuthTest, ATokenIsRenewedOnceItIsNearItsEndOrRejected) {

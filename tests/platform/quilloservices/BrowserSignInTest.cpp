@@ -17,12 +17,14 @@
 #include "tests/support/FakeBrowser.h"
 #include "tests/support/ManualExecutor.h"
 #include "tests/support/ScriptedTransport.h"
+#include "tests/support/SignInStages.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
 using namespace std::chrono_literals;
 using quilloauth::AuthSession;
+using quilloauth::SignInStage;
 using quilloauth::jwt::kNotSignedIn;
 using quilloauth::jwt::kSessionExists;
 using testing::ElementsAre;
@@ -109,6 +111,7 @@ protected:
     testsupport::ManualExecutor executor;
     testsupport::ScriptedTransport transport;
     testsupport::FailureLog failures;
+    testsupport::SignInStages stages;
     testsupport::TemporaryDirectory directory;
     FakeBrowser browser;
     std::string const tokenPath = (directory.Path() / "tokens.json").string();
@@ -220,25 +223,28 @@ TEST_F(BrowserSignInTest, EndsWithAReasonWhenNobodyIsSignedIn) {
     struct Row {
         std::function<void(Page const&)> user;
         char const* says;
+        SignInStage stage;
         int httpStatus = 0;
     };
     Row const rows[] = {
         {[&](Page const& page) { comeBack(page, "error=access_denied", "Not signed in"); },
-         "Could not sign in: the access was denied in the browser; sign in again"},
+         "Could not sign in: the access was denied in the browser; sign in again",
+         SignInStage::Denied},
         {[&](Page const& page) {
              comeBack(page, "error=server_error&error_description=Down%0Afor+now", "Not signed in");
          },
-         "answered in the browser: Down for now."},
+         "answered in the browser: Down for now.", SignInStage::Refused},
         {[&](Page const& page) {
              comeBack(page, "error=no&error_description=Not+for+" + page.Parameter("state"),
                       "Not signed in");
          },
-         "answered in the browser: Not for ...."},
+         "answered in the browser: Not for ....", SignInStage::Refused},
         {[&](Page const& page) { comeBack(page, "code=secret%2Fcode", "Thank you"); },
-         "400 (Too late for ... and ....)", 400},
+         "400 (Too late for ... and ....)", SignInStage::Refused, 400},
         {[](Page const& page) { page.onFailure("there is none"); },
-         "the browser cannot be opened: there is none; see that"},
-        {[&](Page const&) { executor.AdvanceBy(10min); }, "for ten minutes; try again."},
+         "the browser cannot be opened: there is none; see that", SignInStage::NoBrowser},
+        {[&](Page const&) { executor.AdvanceBy(10min); }, "for ten minutes; try again.",
+         SignInStage::Expired},
     };
     transport.SetResponder([](quillosdk::HttpRequest const& request) {
         std::map<std::string, std::string> form;
@@ -263,10 +269,27 @@ TEST_F(BrowserSignInTest, EndsWithAReasonWhenNobodyIsSignedIn) {
         EXPECT_THAT(failures.All().back().message, HasSubstr(row.says));
         EXPECT_THAT(failures.All().back().message, Not(HasSubstr(page.Parameter("state"))));
         EXPECT_EQ(failures.All().back().httpStatus, row.httpStatus);
+        EXPECT_EQ(stages.All().back(), row.stage);
         EXPECT_FALSE(IsOpen(page));
     }
     executor.AdvanceBy(10min - 1ms);
     EXPECT_EQ(failures.All().size(), std::size(rows));
+}
+
+TEST_F(BrowserSignInTest, ThePageThatIsLostIsOpenedAgain) {
+    session->ReopenBrowser();
+    auto login = Login();
+    auto const page = browser.NextPage();
+    EXPECT_THAT(stages.All(), ElementsAre(SignInStage::InBrowser));
+    session->ReopenBrowser();
+    EXPECT_EQ(executor.RunDue(), 1u);
+    EXPECT_EQ(browser.NextPage().url, page.url) << "one sign-in, one proof";
+    EXPECT_THAT(FakeBrowser::Visit(page.ReturnAddress("secret")), HasSubstr("Thank you"));
+    EXPECT_EQ(login.Result(), kSessionExists);
+    EXPECT_EQ(stages.All().back(), SignInStage::Asking);
+    quilloauth::SetBrowserOpener([](auto const&, auto const&) { ADD_FAILURE() << "opened"; });
+    session->ReopenBrowser();
+    executor.RunDue();
 }
 
 TEST_F(BrowserSignInTest, WaitsTenMinutes) {
@@ -310,6 +333,7 @@ TEST_F(BrowserSignInTest, IsCalledOffWithoutAWord) {
         auto const page = browser.NextPage();
         callOff();
         EXPECT_EQ(login.Result(), kNotSignedIn);
+        EXPECT_EQ(stages.All().back(), SignInStage::InBrowser) << "who called it off knows";
         EXPECT_FALSE(IsOpen(page));
         EXPECT_TRUE(failures.All().empty());
     }

@@ -53,6 +53,30 @@ TEST_F(RetryPolicyTest, ProgressMakesTheLimitsCountAnew) {
     EXPECT_FALSE(policy.NextDelay());
 }
 
+TEST_F(RetryPolicyTest, TellsOfTheWaitsThatAPersonWouldNotice) {
+    RetryPolicy policy;
+    std::vector<std::optional<moxcore::threads::TimePoint>> told;
+    policy.SetWaitListener([&](auto since) { told.push_back(since); });
+    auto const fail = [&](std::optional<milliseconds> retryAfter = {}) {
+        policy.Unavailable(*policy.NextDelay(retryAfter));
+    };
+    auto const first = moxcore::threads::Now();
+    fail();
+    EXPECT_TRUE(told.empty()) << "over in a moment";
+    executor.AdvanceBy(10s);
+    fail();
+    fail();
+    policy.Answered();
+    executor.AdvanceBy(10s);
+    fail();
+    policy.Progressed();
+    policy.Answered();
+    auto const second = moxcore::threads::Now();
+    fail(1s);
+    EXPECT_EQ(policy.NextDelay(1h), std::nullopt);
+    EXPECT_EQ(told, (decltype(told){first, {}, first, {}, second, {}}));
+}
+
 TEST_F(RetryPolicyTest, DoesNotWaitBeyondItsPatience) {
     RetryPolicy policy({.attempts = 100, .patience = 60s});
     EXPECT_TRUE(policy.NextDelay(59s));

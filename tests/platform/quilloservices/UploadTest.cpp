@@ -57,6 +57,7 @@ protected:
             kFolderID, path.string(),
             [this](std::uint64_t done, std::uint64_t all) { progress.emplace_back(done, all); });
         request.SetAutoversionId(stack);
+        request.SetWaitListener([this](auto since) { waits.push_back(since.has_value()); });
         auto future = client.GetTransferManager().Upload(request, uploadID);
         executor.AdvanceBy(1h);
         EXPECT_TRUE(future.IsComplete());
@@ -71,6 +72,7 @@ protected:
     QuilloClient client{QuilloConfig("editor"), {}};
     quillocommon::Guid uploadID;
     std::vector<std::pair<std::uint64_t, std::uint64_t>> progress;
+    std::vector<bool> waits;  // those told, each with its end
 };
 
 TEST_F(UploadTest, SendsAFileInPiecesUnderTheKeyThatItTells) {
@@ -133,12 +135,13 @@ TEST_F(UploadTest, WeathersWhatItCan) {
         char const* name;
         std::deque<FakeTus::Event> events;
         std::size_t creations = 1;  // of different uploads
+        std::size_t waits = 0;      // that somebody hears of
     };
     using enum Weather;
     Row const rows[] = {
         {"a creation is lost", {{"POST", LoseRequest}}},
-        {"a creation's answer is lost", {{"POST", LoseAnswer}, {"POST", LoseAnswer}}},
-        {"too many creations", {{"POST", {}, 429, {{"RETRY-AFTER", "100"}}}}},
+        {"a creation's answer is lost", {{"POST", LoseAnswer}, {"POST", LoseAnswer}}, 1, 1},
+        {"too many creations", {{"POST", {}, 429, {{"RETRY-AFTER", "100"}}}}, 1, 1},
         {"a piece is lost", {{"PATCH", LoseRequest}}},
         {"cut in mid-piece, nothing kept", {{"PATCH", LoseRequest}, {"PATCH", LoseRequest}}},
         {"cut in mid-piece, half kept", {{"PATCH", KeepHalf}}},
@@ -151,7 +154,9 @@ TEST_F(UploadTest, WeathersWhatItCan) {
         {"an offset that is not current", {{"PATCH", {}, 409}}},
         {"bytes changed on the way", {{"PATCH", {}, 460}, {"PATCH", {}, 460}}},
         {"down for a while",
-         {{"PATCH", {}, 500}, {"HEAD", {}, 503}, {"HEAD", LoseRequest}, {"PATCH", {}, 502}}},
+         {{"PATCH", {}, 500}, {"HEAD", {}, 503}, {"HEAD", LoseRequest}, {"PATCH", {}, 502}},
+         1,
+         2},
         {"the answer tells no offset", {{"PATCH", {}, 204}}},
         {"the answer tells one beyond", {{"PATCH", {}, 204, {{"UPLOAD-OFFSET", "99999999"}}}}},
         {"the asset is slow to come", {{"GET", {}, 409}, {"GET", {}, 503}, {"GET", LoseAnswer}}},
@@ -167,6 +172,7 @@ TEST_F(UploadTest, WeathersWhatItCan) {
         tus = FakeTus();
         tus.events = row.events;
         progress.clear();
+        waits.clear();
         std::set<std::string> keys;
         tus.onRequest = [&](HttpRequest const& request) {
             if (request.method == "POST") keys.insert(HeaderOf(request, "Idempotency-Key"));
@@ -176,6 +182,8 @@ TEST_F(UploadTest, WeathersWhatItCan) {
             << moxcore::config::ExtractMessageFromException(future.GetException());
         EXPECT_TRUE(future.Get()->IsSuccessful());
         EXPECT_TRUE(tus.events.empty()) << "the weather did not come";
+        EXPECT_EQ(waits.size(), 2 * row.waits);
+        EXPECT_TRUE(waits.empty() || !waits.back()) << "it went on";
         EXPECT_EQ(keys.size(), row.creations);
         ASSERT_EQ(tus.uploads.size(), 1u);
         EXPECT_EQ(tus.uploads.begin()->second.bytes, movie);
