@@ -287,7 +287,9 @@ TEST_F(AuthTest, ASignInThatIsCalledOffWhileItWaitsForTheServiceLeavesNothingBeh
         ASSERT_EQ(transport.Count(), first + 1 + isAnswered);
         EXPECT_TRUE(!isAnswered || transport.LineAt(first + 1) == "POST /oauth/revoke");
     }
-    EXPECT_EQ(ExtractResultFromException(session->GetAccessToken().GetException()), kNotSignedIn);
+    auto const token = session->GetAccessToken();
+    token.Wait();
+    EXPECT_EQ(ExtractResultFromException(token.GetException()), kNotSignedIn);
     EXPECT_TRUE(failures.All().empty());
     EXPECT_TRUE(stages.All().empty());
 }

@@ -46,7 +46,10 @@ using ID = ShareForReviewViewID;
 /// Counts what the views ask of it, and lets it happen where no service is needed for it.
 class Model : public ShareForReviewViewModel {
 public:
-    void Login() override { ++logins; }
+    void Login() override {
+        ++logins;
+        SetSignInProgress({quilloauth::SignInStage::Asking, {}});
+    }
     void Logout() override { ++logouts; }
     int logins = 0;
     int logouts = 0;
@@ -106,7 +109,10 @@ TEST_F(ShareViewsTest, TheSignInPromptSignsInAndMovesOnOnceSomebodyIs) {
     ASSERT_NE(button, nullptr);
     Click(*button);
     Click(*button);
-    EXPECT_EQ(model->logins, 2);
+    EXPECT_EQ(model->logins, 1);
+    EXPECT_FALSE(button->UI_IsEnabled());
+    model->SetSignInProgress({});
+    RunEvents();
     EXPECT_TRUE(button->UI_IsEnabled());
     auto const place = button->UI_GetLocalRectF(true);
     EXPECT_EQ(place.x + place.width, 325);
@@ -123,6 +129,49 @@ TEST_F(ShareViewsTest, TheSignInPromptSignsInAndMovesOnOnceSomebodyIs) {
     model->SetIsLoggedIn(false);  // before anybody has heard of the sign-in
     RunEvents();
     EXPECT_EQ(model->GetCurrentViewID(), ID::SigninPrompt);
+}
+
+TEST_F(ShareViewsTest, TheSignInPromptSaysWhatItWaitsForAndHowItEnded) {
+    using quilloauth::SignInStage;
+    struct Row {
+        SignInStage stage;
+        char const* says;
+        std::vector<std::string> buttons;  // those that can be pressed
+    };
+    constexpr char kFirst[] = "Sign in to Quillo to create a review link";
+    constexpr char kSignIn[] = "Sign in to Quillo";
+    constexpr char kCancel[] = "Cancel";
+    Row const rows[] = {
+        {SignInStage::Asking, kFirst, {kCancel}},
+        {SignInStage::InBrowser, "Go on in the browser", {kCancel, "Open the page again"}},
+        {SignInStage::Waiting, "not been available since 14:05.", {kCancel}},
+        {SignInStage::Denied, "refused in the browser. Sign in again", {kSignIn}},
+        {SignInStage::Expired, "within ten minutes. Sign in again", {kSignIn}},
+        {SignInStage::NoBrowser, "could not be opened. Choose a default", {kSignIn}},
+        {SignInStage::Unavailable, "Check the network connection", {kSignIn}},
+        {SignInStage::Refused, "did not accept the sign-in", {kSignIn}},
+        {SignInStage::None, kFirst, {kSignIn}},
+    };
+    setenv("TZ", "UTC", 1);
+    setenv("LC_ALL", "de_DE", 1);
+    Show(ID::SigninPrompt);
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.says);
+        model->SetSignInProgress(
+            {row.stage, moxcore::threads::TimePoint(std::chrono::minutes(14 * 60 + 5))});
+        RunEvents();
+        std::string texts;
+        testsupport::ForEach<UI_StaticText>(
+            *view, [&](UI_StaticText& text) { texts += UTF16to8(text.GetText()) + "\n"; });
+        EXPECT_THAT(texts, testing::HasSubstr(row.says));
+        std::vector<std::string> buttons;
+        testsupport::ForEach<UI_TextButton>(*view, [&](UI_TextButton& button) {
+            if (button.UI_IsViewVisible() && button.UI_IsEnabled())
+                buttons.push_back(UTF16to8(button.GetText()));
+        });
+        EXPECT_EQ(buttons, row.buttons);
+    }
+    unsetenv("LC_ALL");
 }
 
 TEST_F(ShareViewsTest, TheCallToActionStandsOutAsFarAsItsGivenColoursDo) {
@@ -181,6 +230,23 @@ TEST_F(ShareViewsTest, TheProgressViewFollowsTheProgressAndTheLink) {
     model->SetReviewLinkURL({});
     RunEvents();
     EXPECT_TRUE(Shows(kNote));
+}
+
+TEST_F(ShareViewsTest, TheProgressViewSaysSinceWhenAnUploadWaits) {
+    setenv("TZ", "UTC", 1);
+    setenv("LC_ALL", "de_DE", 1);
+    constexpr moxcore::threads::TimePoint kSince(std::chrono::minutes(14 * 60 + 5));
+    constexpr char kNote[] = "The upload goes on by itself.";
+    model->SetUploadWaitingSince(kSince);
+    for (bool const waits : {true, false}) {
+        model->SetUploadWaitingSince(waits ? std::optional(kSince) : std::nullopt);
+        Show(ID::UploadInProgress);
+        RunEvents();
+        EXPECT_EQ(Shows("Quillo has not been available since 14:05."), waits);
+        EXPECT_EQ(Shows("Upload in Progress..."), !waits);
+        EXPECT_EQ(FindText<UI_StaticText>(*view, kNote)->UI_IsViewVisible(), waits);
+    }
+    unsetenv("LC_ALL");
 }
 
 TEST_F(ShareViewsTest, CopyLinkPutsTheLinkOnTheClipboardAndSaysSo) {

@@ -165,6 +165,48 @@ TEST_P(SignInTest, TheLastSignInHasTheLastWord) {
     EXPECT_FALSE(viewModel->GetIsLoggedIn());
 }
 
+TEST_F(WorkflowTest, ASignInThatWaitsIsShownAndCanBeGivenUp) {
+    using quilloauth::SignInStage;
+    auto const stage = [&] { return viewModel->GetSignInProgress().stage; };
+    viewModel->Logout();
+    On("POST /oauth/token", "", 503, {{"RETRY-AFTER", "7"}});
+    viewModel->Login();
+    EXPECT_EQ(stage(), SignInStage::Asking) << "at once";
+    executor.RunUntil([&] { return stage() == SignInStage::Waiting; });
+    viewModel->CancelLogin();
+    EXPECT_EQ(stage(), SignInStage::None);
+    // What comes of it later signs nobody in.
+    GrantTokens();
+    executor.AdvanceBy(std::chrono::minutes(1));
+    EXPECT_FALSE(viewModel->GetIsLoggedIn());
+    EXPECT_EQ(stage(), SignInStage::None);
+
+    On("POST /oauth/token", R"({"error":"invalid_request"})", 400);
+    viewModel->Login();
+    executor.RunUntil([&] { return stage() == SignInStage::Refused; });
+
+    // Another one's takes the place of a sign-in, which it ends.
+    Ignore("POST /oauth/token");
+    viewModel->Login();
+    auto const another = BeginSignIn();
+    EXPECT_EQ(stage(), SignInStage::None);
+    model::QuilloCppSdkIntegration::CancelSignIn();
+}
+
+TEST_F(WorkflowTest, AnUploadThatWaitsSaysSinceWhen) {
+    user->SetSelection(folder);
+    viewModel->ProcessAssetForReview();
+    std::ofstream(host.exports.back()) << "a movie";
+    tus.events = {{"POST", {}, 503, {{"RETRY-AFTER", "60"}}}};
+    auto const begun = moxcore::threads::Now();
+    viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+    executor.AdvanceBy(std::chrono::seconds(30));
+    EXPECT_EQ(viewModel->GetUploadWaitingSince(), begun);
+    executor.AdvanceBy(std::chrono::seconds(31));
+    EXPECT_EQ(viewModel->GetUploadWaitingSince(), std::nullopt);
+    EXPECT_EQ(viewModel->GetEncodingStatus().status, EncodingStatus::UploadComplete);
+}
+
 TEST_F(WorkflowTest, WithTheClientLibraryLoginMovesTheViewAndSharesAsEver) {
     auto& switches = moxcore::debug::DebugDatabase::Instance();
     switches.SetEntry("QuilloNative.UseQuilloCppSdk", false);
