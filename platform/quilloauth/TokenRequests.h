@@ -24,8 +24,8 @@ struct GrantRefused {
 
 using Grant = std::variant<Tokens, GrantRefused>;
 
-// A request for tokens tells how it fares (SignInProgress.h). Once it is called off it tells nothing
-// more and is not repeated; what is granted all the same has to be revoked.
+// A request for tokens tells how it fares (SignInProgress.h). Once it is called off it tells
+// nothing more and is not repeated; what is granted all the same has to be revoked.
 
 /// Asks for tokens for the user of this machine, which only a service that trusts him grants.
 /// `secret` shows that this is the service's own user (see FindLocalUserSecrets); empty: none.
