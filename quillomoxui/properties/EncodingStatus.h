@@ -9,6 +9,12 @@ namespace quillomoxui {
 /// How far the export and the upload of the asset are. The host reports `Queued`, `Encoding` and
 /// `EncodingComplete`; the view model itself sets the others. Any other code is kept and means
 /// nothing.
+///
+/// A host whose export has failed sets `UploadFailed` (or `None`), and calls
+/// StartShareForReviewPopup if the popup is open: that shows the review form again, where the user
+/// can press Share. Before an asset is shared again, or another one, it sets `None`, the
+/// EncodingProgress 0 and an empty ReviewLinkURL: otherwise the popup opens on the link of the
+/// share before.
 struct QUILLO_API EncodingStatus {
     enum Code : std::uint32_t {
         None = 0,

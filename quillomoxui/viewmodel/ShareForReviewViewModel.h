@@ -17,6 +17,13 @@ class SelectionKeeper;
 /// from the sign-in to the link that can be copied. Make it with std::make_shared and keep it until
 /// the share has ended; an operation that outlives it does nothing more.
 ///
+/// What a host sets: ActiveAssetName, the movie's name without an extension (".mp4" is appended);
+/// AssetTypeIcon; EncodingProgress while it exports, from 0 to 1 and not in percent;
+/// EncodingStatus, which says also what to set when an export has failed and before the next share.
+/// What it may watch besides: SignInProgress, and UploadWaitingSince, the time since which an
+/// upload has waited for a service that is not available, none while it does not; it goes on by
+/// itself.
+///
 /// Threads: the host calls it on the main thread. Answers of the service arrive on worker threads
 /// and move the workflow there; so the host's callbacks may be called on any thread, one at a time
 /// for one share. They are never called under a lock. Properties notify on the main thread.
@@ -41,12 +48,15 @@ public:
     /// `processingID` names this export.
     using AssetProcessingMethod =
         std::function<void(UTF16String const& outputFilePath, UTF16String const& processingID)>;
-    /// Names the asset being shared; both Guids are null on entry.
+    /// Names the asset being shared; both Guids are null on entry. Asked when Share is pressed, and
+    /// also when a location is chosen in the popup. The result is ignored: the Guids as they are
+    /// then name the asset.
     using GetAssetIDsMethod = std::function<bool(Guid& first, Guid& second)>;
     /// Reads a string stored with an asset; true when there is one.
     using GetAssetDataMethod = std::function<bool(Guid const& first, Guid const& second,
                                                   UTF16String const& key, UTF16String& value)>;
-    /// Stores a string with an asset.
+    /// Stores a string with an asset. The result is ignored: a host that cannot store it tells its
+    /// user itself.
     using SetAssetDataMethod = std::function<bool(
         Guid const& first, Guid const& second, UTF16String const& key, UTF16String const& value)>;
     /// Receives the folder chosen and its display path; the null Guid and nothing when none was.
@@ -96,7 +106,8 @@ public:
     virtual void LocationPickerSelectionCommitted();
     virtual void LocationPickerCancelled();
 
-    /// Call each time the popup is opened: shows the view that the state of the share calls for.
+    /// Call each time the popup is to be opened: shows the view that the state of the share calls
+    /// for, and with it the popup's window, where there is a screen manager.
     void StartShareForReviewPopup();
 
     void EnableCurrentViewIDMessages(bool enable);
