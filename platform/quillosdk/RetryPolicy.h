@@ -70,8 +70,8 @@ public:
 
 private:
     RetryLimits limits;
-    int failures = 0;                       // since the last progress
-    moxcore::threads::TimePoint beginning;  // of the time without progress
+    int failures = 0;                                             // since the last progress
+    moxcore::threads::TimePoint beginning;                        // of the time without progress
     std::optional<moxcore::threads::TimePoint> unavailableSince;  // none since the last progress
     WaitListener onWait;
     bool isWaitTold = false;

@@ -10,8 +10,8 @@ namespace quillomoxui {
 class PopupManager;
 class ShareForReviewViewModel;
 
-/// Shows, in one section of a popup, the view that the view model calls for, as long as it lives. It
-/// opens the popup's window with the first view, so that StartShareForReviewPopup shows it, and
+/// Shows, in one section of a popup, the view that the view model calls for, as long as it lives.
+/// It opens the popup's window with the first view, so that StartShareForReviewPopup shows it, and
 /// closes it with ShareForReviewViewID::None.
 ///
 /// Some controls of the views do nothing as yet: the presets of the review form, Cancel in the
