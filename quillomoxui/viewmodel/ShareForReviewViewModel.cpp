@@ -115,8 +115,18 @@ moxcore::utility::Guid ShareForReviewViewModel::ReadAssetGuid(char const* key) c
 }
 
 void ShareForReviewViewModel::WriteAssetData(char const* key, UTF16String const& value) const {
-    auto const now = CopyFields();
-    now.setAssetDataMethod(now.assetID1, now.assetID2, AsciiToUTF16(key), value);
+    WriteAssetData(CopyFields(), key, value);
+}
+
+void ShareForReviewViewModel::WriteAssetData(Fields const& share, char const* key,
+                                             UTF16String const& value) {
+    share.setAssetDataMethod(share.assetID1, share.assetID2, AsciiToUTF16(key), value);
+}
+
+bool ShareForReviewViewModel::IsCurrent(Fields const& share, Guid const& userID) const {
+    bool const sameUser = GetUser()->GetID() == userID;
+    std::lock_guard lock(mutex);
+    return sameUser && fields.shareID == share.shareID;
 }
 
 UTF16String const& ShareForReviewViewIDAsString(ShareForReviewViewID id) {

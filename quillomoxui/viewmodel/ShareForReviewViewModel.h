@@ -157,6 +157,8 @@ private:
         bool isNewVersionStack = false;  ///< the asset's version stack is not on its link yet
         Guid assetID1;                   ///< the asset being shared
         Guid assetID2;
+        Guid shareID;  ///< new with every share
+        bool isLinkPending = false;
     };
 
     [[nodiscard]] QUILLO_HIDDEN unsigned BeginSignIn();
@@ -168,6 +170,11 @@ private:
     QUILLO_HIDDEN bool ReadAssetData(char const* key, UTF16String& value) const;
     [[nodiscard]] QUILLO_HIDDEN Guid ReadAssetGuid(char const* key) const;
     QUILLO_HIDDEN void WriteAssetData(char const* key, UTF16String const& value) const;
+    QUILLO_HIDDEN static void WriteAssetData(Fields const& share, char const* key,
+                                             UTF16String const& value);
+    /// False once another share has begun or `userID` is no longer the user's.
+    [[nodiscard]] QUILLO_HIDDEN bool IsCurrent(Fields const& share, Guid const& userID) const;
+    QUILLO_HIDDEN void FinishOvertaken(Fields const& share, Guid const& uploadedID);
     QUILLO_HIDDEN void CreateLinkAndExport(Guid const& projectID);
     QUILLO_HIDDEN void DeleteOutputFileAndShowLink();
 

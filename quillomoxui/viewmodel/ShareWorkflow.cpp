@@ -158,6 +158,10 @@ void ShareForReviewViewModel::ProcessAssetForReview() {
     {
         std::lock_guard lock(mutex);
         sameAsset = fields.assetID1 == first && fields.assetID2 == second;
+        // Pressed twice: one link and one export are enough.
+        if (sameAsset && fields.isLinkPending) return;
+        fields.shareID = Guid::CreateUnique();
+        fields.isLinkPending = false;
         fields.assetID1 = first;
         fields.assetID2 = second;
     }
@@ -189,21 +193,39 @@ void ShareForReviewViewModel::ProcessAssetForReview() {
 
 void ShareForReviewViewModel::CreateLinkAndExport(Guid const& projectID) {
     std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    model::CreateReviewLink(projectID, GetOutputFileName(),
-                            [weak](bool ok, Guid const& linkID, UTF16String const& url) {
-                                auto const self = weak.lock();
-                                if (!self || !ok) return;
-                                self->WriteAssetData(assetdata::kReviewLinkGuid, ToText(linkID));
-                                self->WriteAssetData(assetdata::kReviewLinkURL, url);
-                                self->SetReviewLinkURL(url);
-                                {
-                                    // Nothing is on a link that has just been made, an older
-                                    // version stack neither.
-                                    std::lock_guard lock(self->mutex);
-                                    self->fields.isNewVersionStack = true;
-                                }
-                                self->ProcessAssetForReview_Internal();
-                            });
+    auto const userID = GetUser()->GetID();
+    Fields share;
+    {
+        std::lock_guard lock(mutex);
+        fields.isLinkPending = true;
+        share = fields;
+    }
+    auto const endPending = [](ShareForReviewViewModel& self, Guid const& shareID) {
+        std::lock_guard lock(self.mutex);
+        if (self.fields.shareID == shareID) self.fields.isLinkPending = false;
+    };
+    bool const asked = model::CreateReviewLink(
+        projectID, GetOutputFileName(),
+        [weak, share, userID, endPending](bool ok, Guid const& linkID, UTF16String const& url) {
+            auto const self = weak.lock();
+            if (!self) return;
+            endPending(*self, share.shareID);
+            if (!ok) return;
+            WriteAssetData(share, assetdata::kReviewLinkGuid, ToText(linkID));
+            WriteAssetData(share, assetdata::kReviewLinkURL, url);
+            if (!self->IsCurrent(share, userID))
+                // Without an upload the next share of this asset takes its stack as new: nothing
+                // is on the link yet.
+                return WriteAssetData(share, assetdata::kUploadedAssetGuid, {});
+            self->SetReviewLinkURL(url);
+            {
+                // Nothing is on a link that has just been made, an older version stack neither.
+                std::lock_guard lock(self->mutex);
+                self->fields.isNewVersionStack = true;
+            }
+            self->ProcessAssetForReview_Internal();
+        });
+    if (!asked) endPending(*this, share.shareID);
 }
 
 void ShareForReviewViewModel::ProcessAssetForReview_Internal() {
@@ -240,14 +262,21 @@ void ShareForReviewViewModel::StartUpload() {
     SetCurrentViewID(ShareForReviewViewID::UploadInProgress);
 
     std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
+    auto const share = CopyFields();
+    auto const userID = GetUser()->GetID();
     bool const started = model::UploadToFolder(
-        CopyFields().outputFilePath, folderID, versionStackID,
-        [weak](double progress) {
-            if (auto const self = weak.lock()) self->SetEncodingProgress(progress);
+        share.outputFilePath, folderID, versionStackID,
+        [weak, share, userID](double progress) {
+            auto const self = weak.lock();
+            if (self && self->IsCurrent(share, userID)) self->SetEncodingProgress(progress);
         },
-        [weak](bool ok, Guid const& assetID) {
+        [weak, share, userID](bool ok, Guid const& assetID) {
             auto const self = weak.lock();
             if (!self) return;
+            if (!self->IsCurrent(share, userID)) {
+                if (ok) self->FinishOvertaken(share, assetID);
+                return;
+            }
             if (!ok) return self->SetEncodingStatus({EncodingStatus::UploadFailed});
             self->SetUploadedAssetID(assetID);
             self->SetEncodingStatus({EncodingStatus::UploadComplete});
@@ -282,6 +311,25 @@ void ShareForReviewViewModel::FinalizeUpload() {
                               // is to do, is its own.
                               if (self->CopyFields().outputFilePath != path) File(path, 0).Delete();
                           });
+}
+
+void ShareForReviewViewModel::FinishOvertaken(Fields const& share, Guid const& uploadedID) {
+    WriteAssetData(share, assetdata::kUploadedAssetGuid, ToText(uploadedID));
+    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
+    auto const finish = [weak, share](bool ok) {
+        auto const self = weak.lock();
+        if (!self) return;
+        // A failed addition leaves the stack off its link: the next share has to add it.
+        if (!ok) return WriteAssetData(share, assetdata::kUploadedAssetGuid, {});
+        // The next share may be exporting to the same path.
+        if (self->CopyFields().outputFilePath != share.outputFilePath)
+            File(share.outputFilePath, 0).Delete();
+    };
+    if (!share.isNewVersionStack) return finish(true);
+    UTF16String link;
+    share.getAssetDataMethod(share.assetID1, share.assetID2,
+                             AsciiToUTF16(assetdata::kReviewLinkGuid), link);
+    if (!model::AddAssetToLink(uploadedID, Guid(UTF16toStdString(link)), finish)) finish(false);
 }
 
 void ShareForReviewViewModel::DeleteOutputFileAndShowLink() {

@@ -130,6 +130,44 @@ TEST_F(WorkflowTest, AnAnswerThatComesLateLeavesTheNextShareAlone) {
     EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
 }
 
+TEST_F(WorkflowTest, ALinkThatComesLateIsKeptWithItsOwnAsset) {
+    constexpr char kLateURL[] = "http://service.test/r/late";
+    auto const lateLink =
+        std::string(R"({"review_link":{"id":")") + kLink + R"(","url":")" + kLateURL + R"("}})";
+    for (bool const signsOut : {false, true}) {
+        AllowLinks();
+        user->SetSelection(folder);
+        Ignore(kCreateLink);
+        host.asset = Guid::CreateUnique();
+        host.data.clear();
+        auto const before = IndicesOf(kCreateLink).size();
+        viewModel->ProcessAssetForReview();
+        viewModel->ProcessAssetForReview();
+        ASSERT_EQ(IndicesOf(kCreateLink).size(), before + 1) << "pressed twice";
+        auto const late = IndicesOf(kCreateLink).back();
+        auto const exports = host.exports.size();
+
+        auto const first = host.asset;
+        host.asset = Guid::CreateUnique();
+        if (signsOut) {
+            auto const other = std::make_shared<QuilloUser>();
+            other->SetInitialID(Guid::CreateUnique());
+            viewModel->SetUser(other);
+        } else {
+            AllowLinks();
+            viewModel->ProcessAssetForReview();
+            ASSERT_EQ(host.exports.size(), exports + 1);
+        }
+        auto const exportsNow = host.exports.size();
+        auto const view = viewModel->GetCurrentViewID();
+        transport.Answer(late, 201, lateLink);
+        EXPECT_EQ(host.others[first.AsStdString()][assetdata::kReviewLinkURL], kLateURL);
+        EXPECT_EQ(host.exports.size(), exportsNow);
+        EXPECT_NE(UTF16to8(viewModel->GetReviewLinkURL()), kLateURL);
+        EXPECT_EQ(viewModel->GetCurrentViewID(), view);
+    }
+}
+
 TEST_F(WorkflowTest, ALinkWithoutItsURLIsMadeAnewAndGetsTheMovie) {
     Share();
     host.data[assetdata::kReviewLinkURL] = "";

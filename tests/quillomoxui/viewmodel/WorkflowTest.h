@@ -31,7 +31,9 @@ inline std::string const kAddToLink = std::string("POST /v1/review-links/") + kL
 
 /// An editor with one asset, whose strings it keeps and which it exports when told.
 struct Host {
-    std::map<std::string, std::string> data;
+    using Strings = std::map<std::string, std::string>;
+    Strings data;                           ///< of the active asset
+    std::map<std::string, Strings> others;  ///< written to other assets, by their first Guid
     std::vector<std::string> exports;
     moxcore::utility::Guid asset{"bbbbbbbb-0000-0000-0000-000000000001"};
 
@@ -49,9 +51,10 @@ struct Host {
                 value = moxcore::string::UTF8to16(found->second);
                 return true;
             },
-            [this](moxcore::utility::Guid const&, moxcore::utility::Guid const&,
+            [this](moxcore::utility::Guid const& first, moxcore::utility::Guid const&,
                    UTF16String const& key, UTF16String const& value) {
-                data[moxcore::string::UTF16to8(key)] = moxcore::string::UTF16to8(value);
+                auto& strings = first == asset ? data : others[first.AsStdString()];
+                strings[moxcore::string::UTF16to8(key)] = moxcore::string::UTF16to8(value);
                 return true;
             });
         viewModel.SetAssetProcessingMethod([this](UTF16String const& path, UTF16String const&) {
