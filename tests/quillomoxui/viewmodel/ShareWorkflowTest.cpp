@@ -138,8 +138,7 @@ TEST_F(WorkflowTest, ALinkThatComesLateIsKeptWithItsOwnAsset) {
         AllowLinks();
         user->SetSelection(folder);
         Ignore(kCreateLink);
-        host.asset = Guid::CreateUnique();
-        host.data.clear();
+        host.ActivateAnother();
         auto const before = IndicesOf(kCreateLink).size();
         viewModel->ProcessAssetForReview();
         viewModel->ProcessAssetForReview();
@@ -147,8 +146,7 @@ TEST_F(WorkflowTest, ALinkThatComesLateIsKeptWithItsOwnAsset) {
         auto const late = IndicesOf(kCreateLink).back();
         auto const exports = host.exports.size();
 
-        auto const first = host.asset;
-        host.asset = Guid::CreateUnique();
+        auto const& first = host.ActivateAnother();
         if (signsOut) {
             auto const other = std::make_shared<QuilloUser>();
             other->SetInitialID(Guid::CreateUnique());
@@ -161,10 +159,38 @@ TEST_F(WorkflowTest, ALinkThatComesLateIsKeptWithItsOwnAsset) {
         auto const exportsNow = host.exports.size();
         auto const view = viewModel->GetCurrentViewID();
         transport.Answer(late, 201, lateLink);
-        EXPECT_EQ(host.others[first.AsStdString()][assetdata::kReviewLinkURL], kLateURL);
+        EXPECT_EQ(first.at(assetdata::kReviewLinkURL), kLateURL);
         EXPECT_EQ(host.exports.size(), exportsNow);
         EXPECT_NE(UTF16to8(viewModel->GetReviewLinkURL()), kLateURL);
         EXPECT_EQ(viewModel->GetCurrentViewID(), view);
+    }
+}
+
+TEST_F(WorkflowTest, AnUploadThatEndsLateIsFinishedForItsOwnAsset) {
+    for (bool const fails : {false, true}) {
+        SCOPED_TRACE(fails);
+        user->SetSelection(folder);
+        host.ActivateAnother();
+        viewModel->SetActiveAssetName(UTF8to16("One"));
+        viewModel->ProcessAssetForReview();
+        auto const movie = host.exports.back();
+        std::ofstream(movie) << "one";
+        viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+        auto const added = Requests(kAddToLink).size();
+
+        auto const& first = host.ActivateAnother();
+        viewModel->SetActiveAssetName(UTF8to16("Two"));
+        viewModel->ProcessAssetForReview();
+        viewModel->SetEncodingStatus({EncodingStatus::Encoding});
+        if (fails) On("POST /v1/uploads", R"({"error":{"code":"forbidden","message":"no"}})", 403);
+        executor.AdvanceBy(std::chrono::hours(1));
+        EXPECT_EQ(first.count(assetdata::kUploadedAssetGuid), fails ? 0u : 1u);
+        EXPECT_EQ(Requests(kAddToLink).size(), added + (fails ? 0 : 1));
+        EXPECT_EQ(std::filesystem::exists(movie), fails);
+        EXPECT_EQ(host.data.count(assetdata::kUploadedAssetGuid), 0u);
+        EXPECT_EQ(viewModel->GetEncodingStatus().status, EncodingStatus::Encoding);
+        EXPECT_EQ(viewModel->GetEncodingProgress(), 0.0);
+        EXPECT_EQ(viewModel->GetCurrentViewID(), View::EncodingProgress);
     }
 }
 

@@ -33,9 +33,17 @@ inline std::string const kAddToLink = std::string("POST /v1/review-links/") + kL
 struct Host {
     using Strings = std::map<std::string, std::string>;
     Strings data;                           ///< of the active asset
-    std::map<std::string, Strings> others;  ///< written to other assets, by their first Guid
+    std::map<std::string, Strings> others;  ///< of the other assets, by their first Guid
     std::vector<std::string> exports;
     moxcore::utility::Guid asset{"bbbbbbbb-0000-0000-0000-000000000001"};
+
+    /// Makes another asset the active one; returns the strings of the one before.
+    Strings& ActivateAnother() {
+        auto& before = others[asset.AsStdString()];
+        before = std::exchange(data, {});
+        asset = moxcore::utility::Guid::CreateUnique();
+        return before;
+    }
 
     void Connect(ShareForReviewViewModel& viewModel) {
         viewModel.SetAssetDataMethods(
@@ -44,10 +52,11 @@ struct Host {
                 second = moxcore::utility::Guid("bbbbbbbb-0000-0000-0000-000000000002");
                 return true;
             },
-            [this](moxcore::utility::Guid const&, moxcore::utility::Guid const&,
+            [this](moxcore::utility::Guid const& first, moxcore::utility::Guid const&,
                    UTF16String const& key, UTF16String& value) {
-                auto const found = data.find(moxcore::string::UTF16to8(key));
-                if (found == data.end()) return false;
+                auto& strings = first == asset ? data : others[first.AsStdString()];
+                auto const found = strings.find(moxcore::string::UTF16to8(key));
+                if (found == strings.end()) return false;
                 value = moxcore::string::UTF8to16(found->second);
                 return true;
             },
