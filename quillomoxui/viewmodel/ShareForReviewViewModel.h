@@ -175,6 +175,7 @@ private:
     /// False once another share has begun or `userID` is no longer the user's.
     [[nodiscard]] QUILLO_HIDDEN bool IsCurrent(Fields const& share, Guid const& userID) const;
     QUILLO_HIDDEN void FinishOvertaken(Fields const& share, Guid const& uploadedID);
+    QUILLO_HIDDEN void EndOvertaken(Fields const& share, bool isOnLink);
     QUILLO_HIDDEN void CreateLinkAndExport(Guid const& projectID);
     QUILLO_HIDDEN void DeleteOutputFileAndShowLink();
 

@@ -162,6 +162,7 @@ void ShareForReviewViewModel::ProcessAssetForReview() {
         if (sameAsset && fields.isLinkPending) return;
         fields.shareID = Guid::CreateUnique();
         fields.isLinkPending = false;
+        fields.outputFilePath.clear();  // the file is the earlier share's
         fields.assetID1 = first;
         fields.assetID2 = second;
     }
@@ -296,40 +297,41 @@ void ShareForReviewViewModel::FinalizeUpload() {
     auto const assetID = ReadAssetGuid(assetdata::kUploadedAssetGuid);
     auto const linkID = ReadAssetGuid(assetdata::kReviewLinkGuid);
     std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    model::AddAssetToLink(assetID, linkID,
-                          [weak, addedIn = now.processingID, path = now.outputFilePath](bool ok) {
-                              auto const self = weak.lock();
-                              if (!self || !ok) return;
-                              bool isCurrent = false;
-                              {
-                                  std::lock_guard lock(self->mutex);
-                                  isCurrent = self->fields.processingID == addedIn;
-                                  if (isCurrent) self->fields.isNewVersionStack = false;
-                              }
-                              if (isCurrent) return self->DeleteOutputFileAndShowLink();
-                              // The next share has begun meanwhile: what is shown, and what there
-                              // is to do, is its own.
-                              if (self->CopyFields().outputFilePath != path) File(path, 0).Delete();
-                          });
+    auto const userID = GetUser()->GetID();
+    model::AddAssetToLink(assetID, linkID, [weak, share = now, userID](bool ok) {
+        auto const self = weak.lock();
+        if (!self) return;
+        if (!self->IsCurrent(share, userID)) return self->EndOvertaken(share, ok);
+        if (!ok) return;
+        {
+            std::lock_guard lock(self->mutex);
+            if (self->fields.shareID == share.shareID) self->fields.isNewVersionStack = false;
+        }
+        self->DeleteOutputFileAndShowLink();
+    });
 }
 
 void ShareForReviewViewModel::FinishOvertaken(Fields const& share, Guid const& uploadedID) {
     WriteAssetData(share, assetdata::kUploadedAssetGuid, ToText(uploadedID));
-    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    auto const finish = [weak, share](bool ok) {
-        auto const self = weak.lock();
-        if (!self) return;
-        // A failed addition leaves the stack off its link: the next share has to add it.
-        if (!ok) return WriteAssetData(share, assetdata::kUploadedAssetGuid, {});
-        // The next share may be exporting to the same path.
-        if (self->CopyFields().outputFilePath != share.outputFilePath)
-            File(share.outputFilePath, 0).Delete();
-    };
-    if (!share.isNewVersionStack) return finish(true);
+    if (!share.isNewVersionStack) return EndOvertaken(share, true);
     UTF16String link;
     share.getAssetDataMethod(share.assetID1, share.assetID2,
                              AsciiToUTF16(assetdata::kReviewLinkGuid), link);
-    if (!model::AddAssetToLink(uploadedID, Guid(UTF16toStdString(link)), finish)) finish(false);
+    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
+    bool const asked =
+        model::AddAssetToLink(uploadedID, Guid(UTF16toStdString(link)), [weak, share](bool ok) {
+            if (auto const self = weak.lock()) self->EndOvertaken(share, ok);
+        });
+    if (!asked) EndOvertaken(share, false);
+}
+
+void ShareForReviewViewModel::EndOvertaken(Fields const& share, bool isOnLink) {
+    // A failed addition leaves the stack off its link: the asset's next share has to add it.
+    if (!isOnLink) return WriteAssetData(share, assetdata::kUploadedAssetGuid, {});
+    auto const now = CopyFields();
+    // The next share may be exporting to the same path.
+    if (now.shareID == share.shareID || now.outputFilePath != share.outputFilePath)
+        File(share.outputFilePath, 0).Delete();
 }
 
 void ShareForReviewViewModel::DeleteOutputFileAndShowLink() {
