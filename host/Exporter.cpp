@@ -37,9 +37,8 @@ std::vector<std::string> Arguments(Movie const& movie, fs::path const& output) {
     return arguments;
 }
 
-fs::path WithSuffix(fs::path path, char const* suffix) {
-    path += suffix;
-    return path;
+fs::path WithExtension(fs::path path, char const* extension) {
+    return path.replace_extension(extension);
 }
 
 Movie const& NotAt(fs::path const& output, Movie const& movie) {
@@ -54,7 +53,7 @@ Movie const& NotAt(fs::path const& output, Movie const& movie) {
 Exporter::Exporter(Movie const& movie, fs::path const& output, Progress onProgress)
     : movie(NotAt(output, movie)),
       output(output),
-      unfinished(WithSuffix(output, kUnfinished)),
+      unfinished(WithExtension(output, kUnfinished)),
       onProgress(std::move(onProgress)),
       self(std::make_shared<Exporter*>(this)),
       ffmpeg(std::make_unique<ChildProcess>(

@@ -40,8 +40,9 @@ public:
         return promise.GetFuture();
     }
 
-    /// What is added to the output's name while it is not complete.
-    static constexpr char const* kUnfinished = ".part";
+    /// Stands in the place of the output's extension while it is not complete. No longer than that:
+    /// the name may be as long as names can be.
+    static constexpr char const* kUnfinished = ".tmp";
 
 private:
     void OnProgressLine(std::string const& line);

@@ -47,7 +47,6 @@ ShareCommand::Result ShareCommand::Run() {
     auto& viewModel = session.ViewModel();
     ConnectLibrary();
     TakeLocks();
-    asset.ForgetUnfinishedShare();
 
     display.Tell("Signing in to " + session.Service().Address());
     auto const user = session.SignIn();

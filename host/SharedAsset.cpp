@@ -33,10 +33,6 @@ std::int64_t SharedAsset::Version() const {
     return store->CountVersions(Guid(Stored(assetdata::kVersionStackGuid)));
 }
 
-void SharedAsset::ForgetUnfinishedShare() {
-    if (Way().empty()) store->Forget(asset, assetdata::kUploadedAssetGuid);
-}
-
 void SharedAsset::ForgetShares() {
     for (char const* key : {assetdata::kUploadedAssetGuid, assetdata::kVersionStackGuid,
                             assetdata::kReviewLinkGuid, assetdata::kReviewLinkURL})

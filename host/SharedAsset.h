@@ -38,11 +38,6 @@ public:
     /// How many versions have been shared under its link.
     [[nodiscard]] std::int64_t Version() const;
 
-    /// An earlier share may have ended between the upload and the link. The library takes a movie
-    /// that has been uploaded for one that is on its link; without that mark it puts it there with
-    /// the next share.
-    void ForgetUnfinishedShare();
-
     /// Has the next share begin anew, under a new link: the service may have lost what was shared,
     /// one for development is often begun anew at the same address.
     void ForgetShares();

@@ -145,10 +145,7 @@ void Sharing::OpenPopup() {
     if (!IsReady()) return;
     // What the link shows is not what the file is now.
     if (CanShareAgain() && TimeOf(active->GetMovie().file) != sharedState) Reset();
-    WithLocks([this] {
-        if (phase == Phase::Idle) active->ForgetUnfinishedShare();
-        viewModel->StartShareForReviewPopup();
-    });
+    WithLocks([this] { viewModel->StartShareForReviewPopup(); });
 }
 
 std::optional<ChosenLocation> Sharing::DefaultDestination() const {

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "moxcore/async/CancelledException.h"
 #include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
 #include "quillosdk/AnswerReader.h"
@@ -98,6 +99,8 @@ ReviewLinks::AddAssetsToReviewLink(AddAssetsToReviewLinkRequest const& request) 
         std::shared_ptr<HttpResponse> response;
         try {
             response = arrived.Get();
+        } catch (moxcore::async::CancelledException const&) {
+            throw moxcore::config::ResultException(kCalledOff, "the addition was called off");
         } catch (...) {
             ReportException(task, std::current_exception());
             throw;

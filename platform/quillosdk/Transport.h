@@ -74,7 +74,8 @@ enum TransportResult : std::int32_t {
     kBadRequest = static_cast<std::int32_t>(
         0xBB580005),  ///< could not be sent: no address, or one whose certificate is not
                       ///< trusted; repeating it is in vain
-    kRefused = static_cast<std::int32_t>(0xBB580006),  ///< answered, with an unsuccessful status
+    kRefused = static_cast<std::int32_t>(0xBB580006),    ///< answered, with an unsuccessful status
+    kCalledOff = static_cast<std::int32_t>(0xBB580007),  ///< before there was an answer
 };
 
 }  // namespace quillosdk

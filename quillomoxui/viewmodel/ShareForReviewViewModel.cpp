@@ -43,6 +43,7 @@ void ShareForReviewViewModel::TakeUser(std::shared_ptr<QuilloUser> const& newUse
         if (signIn && *signIn != signIns) return;
         ++signIns;
         replaced = GetUser();
+        if (!replaced || replaced->GetID() != newUser->GetID()) ++users;
         UserNotifyingPropertyHost::SetValue(newUser);
         selectionKeeper.swap(keeper);
         if (view && fields.currentViewIDMessagesEnabled)
@@ -121,12 +122,6 @@ void ShareForReviewViewModel::WriteAssetData(char const* key, UTF16String const&
 void ShareForReviewViewModel::WriteAssetData(Fields const& share, char const* key,
                                              UTF16String const& value) {
     share.setAssetDataMethod(share.assetID1, share.assetID2, AsciiToUTF16(key), value);
-}
-
-bool ShareForReviewViewModel::IsCurrent(Fields const& share, Guid const& userID) const {
-    bool const sameUser = GetUser()->GetID() == userID;
-    std::lock_guard lock(mutex);
-    return sameUser && fields.shareID == share.shareID;
 }
 
 UTF16String const& ShareForReviewViewIDAsString(ShareForReviewViewID id) {

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
+#include <tuple>
 
 #include "quillomoxui/Export.h"
 #include "quillomoxui/properties/NamedPropertyHosts.h"
@@ -129,11 +133,19 @@ public:
     /// The step after the upload: puts the asset on its link, deletes the file, shows the link.
     void FinalizeUpload();
 
+    /// Ends the share under way: one that waits for its link or for the export goes no further, and
+    /// an upload stops soon. The host ends its own export. The status is None then, and a popup
+    /// that shows the progress goes back to the form. The exported file stays, the service keeps
+    /// for a while what it has of it, and a link that is on its way is kept for the asset's next
+    /// share. Nothing happens when no share is under way, or when its movie is uploaded already.
+    void CancelShare();
+
     /// The active asset's name as a file name, with ".mp4": without what may not stand in one, and
-    /// cut to 240 bytes of UTF-8, so that there is room for a host's suffix.
+    /// cut to 255 bytes of UTF-8.
     [[nodiscard]] UTF16String GetOutputFileName();
 
-    /// Where the host is to export to, in the user's cache directory.
+    /// Where the host is to export to, in the user's cache directory. An export that would
+    /// overwrite a movie which is still being shared goes to a directory of its own below that.
     [[nodiscard]] UTF16String GetOutputFileFullPath();
 
     /// Stores the ID of the asset's last upload with the asset.
@@ -157,8 +169,19 @@ private:
         bool isNewVersionStack = false;  ///< the asset's version stack is not on its link yet
         Guid assetID1;                   ///< the asset being shared
         Guid assetID2;
-        Guid shareID;  ///< new with every share
+        Guid shareID;                       ///< new with every share
+        std::optional<unsigned> shareUser;  ///< whose it is: `users` when it began
+        Guid versionStackID;
         bool isLinkPending = false;
+        bool isUploading = false;
+        std::shared_ptr<std::atomic<bool>> isCancelled;  ///< of the share; null before the first
+    };
+    /// Whose asset's link is on its way: `users`, and the asset.
+    using LinkKey = std::tuple<unsigned, Guid, Guid>;
+    /// Who writes or reads an exported file.
+    struct FileClaim {
+        Guid shareID;
+        bool isUploading = false;
     };
 
     [[nodiscard]] QUILLO_HIDDEN unsigned BeginSignIn();
@@ -172,12 +195,22 @@ private:
     QUILLO_HIDDEN void WriteAssetData(char const* key, UTF16String const& value) const;
     QUILLO_HIDDEN static void WriteAssetData(Fields const& share, char const* key,
                                              UTF16String const& value);
-    /// False once another share has begun or `userID` is no longer the user's.
-    [[nodiscard]] QUILLO_HIDDEN bool IsCurrent(Fields const& share, Guid const& userID) const;
+    // The steps of a share; ShareWorkflow.cpp says more.
+    [[nodiscard]] QUILLO_HIDDEN bool BeginShare(Guid const& first, Guid const& second,
+                                                bool& isStillNew);
+    QUILLO_HIDDEN void FindVersionStack(bool isStillNew);
+    QUILLO_HIDDEN void CreateLinkAndExport(Guid const& projectID);
+    QUILLO_HIDDEN void TakeLink(Fields const& share, LinkKey const& key, bool ok,
+                                Guid const& linkID, UTF16String const& url);
+    QUILLO_HIDDEN void ClaimOutputFile();
+    QUILLO_HIDDEN void TakeUpload(Fields const& share, bool ok, Guid const& assetID);
     QUILLO_HIDDEN void FinishOvertaken(Fields const& share, Guid const& uploadedID);
     QUILLO_HIDDEN void EndOvertaken(Fields const& share, bool isOnLink);
-    QUILLO_HIDDEN void CreateLinkAndExport(Guid const& projectID);
-    QUILLO_HIDDEN void DeleteOutputFileAndShowLink();
+    QUILLO_HIDDEN void ForgetStatus(Fields const& share);
+    QUILLO_HIDDEN void DeleteOutputFile(Fields const& share);
+    [[nodiscard]] QUILLO_HIDDEN bool IsCurrentLocked(Fields const& share) const;
+    template <class Action>
+    QUILLO_HIDDEN bool IfCurrent(Fields const& share, Action action);
 
     mutable std::mutex mutex;
     Fields fields;  // guarded by mutex, which is never held across a callback
@@ -185,6 +218,9 @@ private:
     /// Grows with each sign-in, sign-out and user: what an earlier sign-in brings is late. Guarded
     /// by mutex.
     unsigned signIns = 0;
+    unsigned users = 0;                           // grows with each other user; guarded by mutex
+    std::set<LinkKey> pendingLinks;               // guarded by mutex
+    std::map<UTF16String, FileClaim> fileClaims;  // by path; guarded by mutex
 };
 
 /// The view's name for developers; "(unknown ShareForReviewViewID value)" for one that has none.

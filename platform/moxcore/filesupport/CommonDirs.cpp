@@ -23,7 +23,7 @@ constexpr mode_t kOwnerOnly = 0700;
 constexpr mode_t kOthers = 0077;
 constexpr mode_t kOthersWrite = 0022;
 
-/// Where one of the three directories lies.
+/// Where one of the directories lies.
 struct Place {
     char const* variable;   // names the parent directory in the environment
     char const* belowHome;  // the parent directory where the variable does not
@@ -125,6 +125,10 @@ File UserConfigDir() {
 
 File UserDataDir() {
     return UserDirectory({"XDG_DATA_HOME", ".local/share", "data"});
+}
+
+File UserStateDir() {
+    return UserDirectory({"XDG_STATE_HOME", ".local/state", "state"});
 }
 
 void SetApplicationName(string::UTF16String const& name) {

@@ -13,11 +13,12 @@ namespace moxcore::filesupport::commondirs {
 [[nodiscard]] MOXCORE_API File UserCacheDir();
 [[nodiscard]] MOXCORE_API File UserConfigDir();
 [[nodiscard]] MOXCORE_API File UserDataDir();
+[[nodiscard]] MOXCORE_API File UserStateDir();
 
 /// The application's name in these directories. Call before any of them is used.
 MOXCORE_API void SetApplicationName(string::UTF16String const& name);
 
-/// Puts all three below one directory, as "cache", "config" and "data", instead of where XDG has
+/// Puts all of them below one directory, as "cache", "config", "data" and "state", instead of where XDG has
 /// them. The directory has to be the user's own and closed to the writing of others; its mode stays
 /// what it is, and a link in it is refused. Call before any of them is used.
 MOXCORE_API void SetUserRoot(string::UTF16String const& directory);

@@ -43,7 +43,9 @@ bool AddAssetToLink(Guid const& assetID, Guid const& linkID,
                                                           {ToServiceGuid(assetID)});
     using Answer = Future<std::shared_ptr<quillosdk::AddAssetsToReviewLinkResponse>>;
     static_cast<void>(client->GetReviewLinks().AddAssetsToReviewLink(request).Then(
-        [completion](Answer const& answer) { completion(!answer.GetException()); }));
+        [completion](Answer const& answer) {
+            completion(ExtractResultFromException(answer.GetException()) >= 0);
+        }));
     return true;
 }
 

@@ -59,7 +59,8 @@ TEST_F(CommonDirs, LieWhereXdgHasThemAndAreClosedToOthers) {
     for (auto const& [variable, ask, belowHome] :
          {Case{"XDG_CACHE_HOME", commondirs::UserCacheDir, ".cache/vorschau"},
           Case{"XDG_CONFIG_HOME", commondirs::UserConfigDir, ".config/vorschau"},
-          Case{"XDG_DATA_HOME", commondirs::UserDataDir, ".local/share/vorschau"}}) {
+          Case{"XDG_DATA_HOME", commondirs::UserDataDir, ".local/share/vorschau"},
+          Case{"XDG_STATE_HOME", commondirs::UserStateDir, ".local/state/vorschau"}}) {
         SCOPED_TRACE(variable);
         for (auto const& [value, expected] :
              {std::pair<std::string, fs::path>{"", home / belowHome},

@@ -124,23 +124,26 @@ TEST(FileUtils, ReplacesWhatMayNotStandInAFileName) {
 }
 
 TEST(FileUtils, ShortensBetweenTwoCharacters) {
+    auto const cut = [](string::UTF16String const& name) {
+        return utility::FileUtils::ReplaceIllegalFileNameCharacters(name, '_');
+    };
     struct Row {
-        char const* name;
-        std::size_t bytes;
-        char const* shortened;
+        std::size_t before;  // bytes, of "a"
+        char const* end;
+        char const* kept;  // of the end
     };
-    constexpr Row kRows[] = {
-        {"short", 5, "short"}, {"longer", 5, "longe"}, {"é", 1, ""},   {"aé", 2, "a"},
-        {"aéb", 3, "aé"},      {"予告", 5, "予"},      {"🎬🎬", 7, "🎬"}, {"🎬🎬", 8, "🎬🎬"},
-    };
-    for (auto const& row : kRows)
-        EXPECT_EQ(string::UTF16to8(
-                      utility::FileUtils::ShortenFileName(string::UTF8to16(row.name), row.bytes)),
-                  row.shortened)
-            << row.name << " " << row.bytes;
-    // Half a pair is written as U+FFFD.
-    EXPECT_EQ(utility::FileUtils::ShortenFileName({0xD83C, 'a'}, 2).size(), 0u);
-    EXPECT_EQ(utility::FileUtils::ShortenFileName({0xD83C, 'a'}, 3).size(), 1u);
+    constexpr Row kRows[] = {{250, "b", "b"},  {251, "b", ""},      {250, "é", ""},
+                             {249, "éb", "é"}, {248, "予告", "予"}, {247, "🎬🎬", "🎬"},
+                             {248, "🎬", ""}};
+    for (auto const& row : kRows) {
+        auto const start = std::string(row.before, 'a');
+        EXPECT_EQ(string::UTF16to8(cut(string::UTF8to16(start + row.end))), start + row.kept)
+            << row.before << " " << row.end;
+    }
+    // Half a pair is written as U+FFFD, which takes three.
+    string::UTF16String half(248, 'a');
+    half += {0xD83C, 'a'};
+    EXPECT_EQ(cut(half).size(), 249u);
 }
 
 TEST(DebugDatabase, AnswersTheFallbackForWhatIsAbsentOrOfAnotherType) {

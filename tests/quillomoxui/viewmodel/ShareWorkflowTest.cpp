@@ -63,7 +63,7 @@ TEST_F(WorkflowTest, ANameThatIsTooLongForAFileIsCutAndItsMovieShared) {
     Share();
     EXPECT_EQ(viewModel->GetEncodingStatus().status, EncodingStatus::UploadComplete);
     auto const exported = std::filesystem::path(host.exports.back()).filename().string();
-    EXPECT_EQ(exported, name.substr(0, 236) + ".mp4");
+    EXPECT_EQ(exported, name.substr(0, 248) + ".mp4");
 }
 
 // Each step of a first share fails once; sharing again must put the movie on the link.
@@ -103,6 +103,139 @@ TEST_F(WorkflowTest, AShareThatFailedHalfWayIsCompletedByTheNextOne) {
         EXPECT_EQ(Requests(kAddToLink).size(), addedBefore + 1);
         EXPECT_FALSE(IsExportKept());
     }
+}
+
+// The process ends at each step of a first share; the next one knows but what is on the disk.
+TEST_F(WorkflowTest, AShareThatEndedWithItsProcessIsCompletedByTheNextOne) {
+    std::vector<std::function<void()>> const steps = {
+        [&] {
+            Ignore(kCreateLink);
+            viewModel->ProcessAssetForReview();
+        },
+        [&] { viewModel->ProcessAssetForReview(); },
+        [&] {
+            Ignore(kAddToLink);
+            Share();
+        },
+        [&] { Share(); },
+    };
+    for (std::size_t step = 0; step < steps.size(); ++step) {
+        SCOPED_TRACE(step);
+        auto const marks = std::filesystem::path(directory.Path()) / "state/unlinked-stacks";
+        auto const restart = [&] {
+            viewModel = std::make_shared<ShareForReviewViewModel>();
+            host.Connect(*viewModel);
+            viewModel->SetUser(user);
+            viewModel->SetActiveAssetName(UTF8to16("name"));
+            user->SetSelection(folder);
+            viewModel->StartShareForReviewPopup();
+        };
+        host = {};
+        restart();
+        AllowLinks();
+        auto const added = Requests(kAddToLink).size();
+        steps[step]();
+        bool const isLast = step + 1 == steps.size();
+        EXPECT_EQ(std::filesystem::is_empty(marks), isLast);
+        restart();
+        AllowLinks();
+        Share();
+        EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
+        // Once, and once more where the first request has got no answer.
+        EXPECT_EQ(Requests(kAddToLink).size(), added + (step == 2 ? 2 : 1));
+        EXPECT_FALSE(IsExportKept());
+        EXPECT_TRUE(std::filesystem::is_empty(marks));
+    }
+}
+
+TEST_F(WorkflowTest, WhatCannotBeNotedIsReportedAndSharedAllTheSame) {
+    std::ofstream(std::filesystem::path(directory.Path()) / "state") << "no directory";
+    Share();
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
+    EXPECT_EQ(Requests(kAddToLink).size(), 1u);
+    EXPECT_THAT(failures.All().front().message, testing::HasSubstr("cannot be noted"));
+}
+
+TEST_F(WorkflowTest, AShareIsCancelledAtAnyStepAndSharedAgain) {
+    struct {
+        char const* step;
+        std::function<void()> reach;
+    } const cases[] = {
+        {"link",
+         [&] {
+             Ignore(kCreateLink);
+             viewModel->ProcessAssetForReview();
+         }},
+        {"queued", [&] { viewModel->ProcessAssetForReview(); }},
+        {"export",
+         [&] {
+             viewModel->ProcessAssetForReview();
+             viewModel->SetEncodingStatus({EncodingStatus::Encoding});
+         }},
+        {"upload",
+         [&] {
+             viewModel->ProcessAssetForReview();
+             std::ofstream(host.exports.back()) << "a movie";
+             viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+         }},
+    };
+    for (auto const& one : cases) {
+        SCOPED_TRACE(one.step);
+        AllowLinks();
+        host.ActivateAnother();
+        user->SetSelection(folder);
+        viewModel->StartShareForReviewPopup();
+        auto const links = Requests(kCreateLink).size();
+        auto const uploads = tus.uploads.size();
+        auto const failed = failures.All().size();
+        one.reach();
+        viewModel->CancelShare();
+        EXPECT_EQ(viewModel->GetEncodingStatus().status, EncodingStatus::None);
+        EXPECT_EQ(viewModel->GetCurrentViewID(), View::ReviewInQuillo);
+        viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});  // the host is late
+        executor.AdvanceBy(std::chrono::hours(1));
+        EXPECT_EQ(host.data.count(assetdata::kUploadedAssetGuid), 0u);
+        EXPECT_EQ(viewModel->GetEncodingStatus().status, EncodingStatus::None);
+        EXPECT_EQ(failures.All().size(), failed);
+
+        if (!IndicesOf(kCreateLink).empty() && host.data.count(assetdata::kReviewLinkURL) == 0) {
+            viewModel->ProcessAssetForReview();  // while the link is still on its way
+            transport.Answer(IndicesOf(kCreateLink).back(), 201,
+                             std::string(R"({"review_link":{"id":")") + kLink + R"(","url":")" +
+                                 kUrl + R"("}})");
+        }
+        Share();
+        EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
+        EXPECT_EQ(Requests(kCreateLink).size(), links + 1);
+        EXPECT_LE(tus.uploads.size(), uploads + 2);
+        viewModel->CancelShare();  // has ended
+        EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
+    }
+}
+
+TEST_F(WorkflowTest, AMovieIsNotUploadedInTheNameOfTheNextUser) {
+    user->SetSelection(folder);
+    viewModel->ProcessAssetForReview();
+    std::ofstream(host.exports.back()) << "a movie";
+    auto const other = std::make_shared<QuilloUser>();
+    other->SetInitialID(Guid::CreateUnique());
+    viewModel->SetUser(other);
+    viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+    executor.AdvanceBy(std::chrono::hours(1));
+    EXPECT_EQ(viewModel->GetEncodingStatus().status, EncodingStatus::UploadFailed);
+    EXPECT_TRUE(tus.uploads.empty());
+    EXPECT_TRUE(IsExportKept());
+}
+
+TEST_F(WorkflowTest, TheVersionStackThatIsFoundIsUsedAsItReads) {
+    for (char const* const found : {"aaaaaaaa-0000-0000-0000-00000000000f", "no identifier"}) {
+        host.ActivateAnother();
+        host.data[assetdata::kVersionStackGuid] = found;
+        Share();
+        EXPECT_EQ(host.data[assetdata::kVersionStackGuid], found);
+        EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
+    }
+    EXPECT_EQ(Requests(kAddToLink).size(), 2u) << "neither has been on a link";
 }
 
 TEST_F(WorkflowTest, AnAnswerThatComesLateLeavesTheNextShareAlone) {
@@ -146,6 +279,16 @@ TEST_F(WorkflowTest, ALinkThatComesLateIsKeptWithItsOwnAsset) {
         auto const late = IndicesOf(kCreateLink).back();
         auto const exports = host.exports.size();
 
+        // Another one, and the first one again, which waits for the link that is on its way.
+        auto const firstAsset = host.asset;
+        host.ActivateAnother();
+        viewModel->ProcessAssetForReview();
+        host.ActivateAnother();
+        host.asset = firstAsset;
+        host.data = host.others[firstAsset.AsStdString()];
+        viewModel->ProcessAssetForReview();
+        ASSERT_EQ(IndicesOf(kCreateLink).size(), before + 2) << "asked for again";
+
         auto const& first = host.ActivateAnother();
         if (signsOut) {
             auto const other = std::make_shared<QuilloUser>();
@@ -179,8 +322,10 @@ TEST_F(WorkflowTest, AnUploadThatEndsLateIsFinishedForItsOwnAsset) {
         auto const added = Requests(kAddToLink).size();
 
         auto const& first = host.ActivateAnother();
-        viewModel->SetActiveAssetName(UTF8to16("Two"));
-        viewModel->ProcessAssetForReview();
+        viewModel->ProcessAssetForReview();  // of the same name
+        EXPECT_NE(host.exports.back(), movie);
+        EXPECT_EQ(std::filesystem::path(host.exports.back()).filename(), "One.mp4");
+        std::ofstream(host.exports.back()) << "two";
         viewModel->SetEncodingStatus({EncodingStatus::Encoding});
         if (fails) On("POST /v1/uploads", R"({"error":{"code":"forbidden","message":"no"}})", 403);
         executor.AdvanceBy(std::chrono::hours(1));
@@ -191,6 +336,12 @@ TEST_F(WorkflowTest, AnUploadThatEndsLateIsFinishedForItsOwnAsset) {
         EXPECT_EQ(viewModel->GetEncodingStatus().status, EncodingStatus::Encoding);
         EXPECT_EQ(viewModel->GetEncodingProgress(), 0.0);
         EXPECT_EQ(viewModel->GetCurrentViewID(), View::EncodingProgress);
+        EXPECT_TRUE(IsExportKept());
+        if (fails) continue;
+        viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+        executor.AdvanceBy(std::chrono::hours(1));
+        EXPECT_FALSE(
+            std::filesystem::exists(std::filesystem::path(host.exports.back()).parent_path()));
     }
 }
 
