@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "host/ExportSettings.h"
 #include "host/Failure.h"
 #include "host/FileChecksum.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
@@ -24,15 +25,11 @@ std::vector<std::string> Arguments(Movie const& movie, fs::path const& output) {
                                        "-y",       "-progress",    "pipe:1"};
     auto const input = FfmpegMovieInput(movie.format);
     arguments.insert(arguments.end(), input.begin(), input.end());
-    auto const add = [&arguments](std::initializer_list<char const*> words) {
-        arguments.insert(arguments.end(), words.begin(), words.end());
-    };
-    if (movie.hasPicture)  // V: not the cover of an album
-        add({"-map", "0:V:0", "-c:v", "libx264", "-preset", "veryfast", "-crf", "20", "-pix_fmt",
-             "yuv420p", "-vf", "scale=ceil(iw/2)*2:ceil(ih/2)*2"});
-    if (movie.hasSound) add({"-map", "0:a:0", "-c:a", "aac", "-b:a", "192k"});
-    add({"-map_metadata", "-1", "-map_chapters", "-1", "-movflags", "+faststart", "-abort_on",
-         "empty_output", "-f", "mp4"});
+    auto const settings = ExportSettings(movie);
+    arguments.insert(arguments.end(), settings.begin(), settings.end());
+    for (char const* const word : {"-map_metadata", "-1", "-map_chapters", "-1", "-movflags",
+                                   "+faststart", "-abort_on", "empty_output", "-f", "mp4"})
+        arguments.emplace_back(word);
     arguments.push_back(FfmpegFileName(output));
     return arguments;
 }

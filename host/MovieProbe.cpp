@@ -35,6 +35,45 @@ std::optional<double> FrameRate(std::string const& fraction) {
     return std::nullopt;
 }
 
+/// How long the stream is, where the file tells: as a number of seconds, or, in Matroska files, as
+/// "00:01:02.345000000".
+std::optional<double> DurationOf(nlohmann::json const& stream) {
+    auto text = stream.value("duration", "");
+    if (text.empty() && stream.contains("tags")) text = stream["tags"].value("DURATION", "");
+    double seconds = 0;
+    for (char const* rest = text.c_str(); *rest != 0;) {
+        char* end = nullptr;
+        seconds = seconds * 60 + std::strtod(rest, &end);
+        if (end == rest) return std::nullopt;
+        rest = *end == ':' ? end + 1 : end;
+        if (*end != ':' && *end != 0) return std::nullopt;
+    }
+    if (seconds > 0) return seconds;
+    return std::nullopt;
+}
+
+Picture ReadPicture(nlohmann::json const& stream) {
+    return {.height = stream.value("height", 0),
+            .pixelFormat = stream.value("pix_fmt", ""),
+            .range = stream.value("color_range", ""),
+            .matrix = stream.value("color_space", ""),
+            .primaries = stream.value("color_primaries", ""),
+            .transfer = stream.value("color_transfer", ""),
+            .fieldOrder = stream.value("field_order", ""),
+            .averageRate = FrameRate(stream.value("avg_frame_rate", "")),
+            .nominalRate = stream.value("r_frame_rate", "")};
+}
+
+Sound ReadSound(nlohmann::json const& stream, int number) {
+    auto const tags = stream.value("tags", nlohmann::json::object());
+    auto description = tags.value("title", tags.value("language", ""));
+    if (description.empty() || description == "und")
+        description = "track " + std::to_string(number + 1);
+    return {.number = number,
+            .channels = stream.value("channels", 0),
+            .description = std::move(description)};
+}
+
 }  // namespace
 
 fs::path FindFfmpegProgram(std::string const& name) {
@@ -66,8 +105,11 @@ MovieProbe::MovieProbe(fs::path const& path) : given(path) {
         std::vector<std::string>{"-v", "error", "-protocol_whitelist", "file", "-format_whitelist",
                                  std::string(kMovieFormats) + ',' + kPictureFormats, "-of", "json",
                                  "-show_entries",
-                                 "format=format_name,duration:stream=codec_type,avg_frame_rate:"
-                                 "stream_disposition=attached_pic",
+                                 "format=format_name,duration:stream=codec_type,avg_frame_rate,"
+                                 "r_frame_rate,height,pix_fmt,color_range,color_space,"
+                                 "color_primaries,color_transfer,field_order,channels,duration:"
+                                 "stream_disposition=attached_pic,default:"
+                                 "stream_tags=title,language,DURATION",
                                  kStandardInput},
         movie.opened->Number(),
         ChildProcess::Hooks{.onOutput = [this](auto& line) { report += line; },
@@ -103,16 +145,35 @@ Movie MovieProbe::ReadReport() const {
 
     Movie found = movie;
     found.format = names.substr(0, names.find(','));
+    int sounds = 0;
+    bool hasDefaultSound = false;
+    std::optional<double> exported[2];  // how long the picture and the sound are
     for (auto const& stream : parsed.at("streams")) {
         auto const kind = stream.value("codec_type", "");
         bool const isCover =
             stream.contains("disposition") && stream["disposition"].value("attached_pic", 0) != 0;
         if (kind == "video" && !isCover && !found.hasPicture) {
             found.hasPicture = true;
-            found.frameRate = FrameRate(stream.value("avg_frame_rate", ""));
+            found.picture = ReadPicture(stream);
+            found.frameRate = found.picture.averageRate;
+            exported[0] = DurationOf(stream);
         }
-        found.hasSound |= kind == "audio";
+        if (kind != "audio") continue;
+        auto sound = ReadSound(stream, sounds++);
+        bool const isDefault =
+            stream.contains("disposition") && stream["disposition"].value("default", 0) != 0;
+        if (found.hasSound && (hasDefaultSound || !isDefault)) {
+            found.otherSounds.push_back(sound.description);
+            continue;
+        }
+        if (found.hasSound) found.otherSounds.push_back(found.sound.description);
+        found.hasSound = true;
+        hasDefaultSound = isDefault;
+        found.sound = std::move(sound);
+        exported[1] = DurationOf(stream);
     }
+    for (auto const& duration : exported)
+        if (duration && duration > found.streamDuration) found.streamDuration = duration;
     if (!found.hasPicture && !found.hasSound)
         RefuseMovie(given, "it has neither picture nor sound.");
     if (auto const text = format.value("duration", ""); !text.empty()) {

@@ -12,6 +12,26 @@
 
 namespace quillohost {
 
+/// A movie's picture, in ffprobe's words; what its file does not tell is empty.
+struct Picture {
+    int height = 0;  ///< in lines
+    std::string pixelFormat;
+    std::string range;
+    std::string matrix;
+    std::string primaries;
+    std::string transfer;
+    std::string fieldOrder;
+    std::optional<double> averageRate;  ///< pictures in a second
+    std::string nominalRate;            ///< the rate that the file claims, as "30000/1001"
+};
+
+/// The sound track that is exported: the file's default one, or else the first.
+struct Sound {
+    int number = 0;  ///< among the sound tracks
+    int channels = 0;
+    std::string description;  ///< its title or language, for the user
+};
+
 /// A movie that can be exported. At least one of picture and sound is there.
 struct Movie {
     std::filesystem::path file;       ///< canonical
@@ -21,6 +41,10 @@ struct Movie {
     bool hasSound = false;
     std::shared_ptr<MovieFile const> opened = nullptr;  ///< what was probed
     std::string format = {};  ///< what ffmpeg calls the format that was found
+    Picture picture = {};
+    Sound sound = {};
+    std::vector<std::string> otherSounds = {};  ///< described, as the one that is exported is
+    std::optional<double> streamDuration = {};  ///< of what is exported, in seconds
 };
 
 /// Where the program `name`, which is part of ffmpeg, is. A Failure (Export) when it is not

@@ -123,6 +123,12 @@ void ShareCommand::TakeLocks() {
 ExportedFile ShareCommand::Export(Movie const& movie) {
     auto& viewModel = session.ViewModel();
     viewModel.SetEncodingStatus({EncodingStatus::Encoding});
+    if (!movie.otherSounds.empty()) {
+        std::string others;
+        for (auto const& other : movie.otherSounds)
+            others += (others.empty() ? "" : ", ") + other;
+        display.Tell("The sound is " + movie.sound.description + "; left out: " + others);
+    }
     display.Begin("Exporting", [&movie](double fractionPerSecond) {
         return FormatSpeed(fractionPerSecond * movie.duration.value_or(0));
     });

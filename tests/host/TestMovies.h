@@ -19,4 +19,15 @@ void Make(std::filesystem::path const& file, std::vector<std::string> const& arg
 /// What ffprobe tells of the streams and the container of `file`.
 [[nodiscard]] nlohmann::json Describe(std::filesystem::path const& file);
 
+/// The colour in the middle of the first picture of `file`, as it is shown: 0 to 255 each.
+struct Colour {
+    int red = 0;
+    int green = 0;
+    int blue = 0;
+};
+[[nodiscard]] Colour FirstColour(std::filesystem::path const& file);
+
+/// When each picture of `file` is shown, in milliseconds.
+[[nodiscard]] std::vector<int> PictureTimes(std::filesystem::path const& file);
+
 }  // namespace testmovies
