@@ -73,9 +73,9 @@ std::string Filters(Picture const& picture, Colours const& colours) {
     bool const isWide = IsHdr(picture) || picture.primaries == "bt2020";
     if (isWide && !HasAlpha(picture)) filters += ToBT709(picture) + ",";
     // Without a tag it is what pictures of its size usually are.
-    std::string const from = isWide                                        ? "bt709"
-                             : IsTagged(picture.matrix) && !IsRgb(picture) ? "auto"
-                                                                           : colours.scaleMatrix;
+    std::string const from = isWide                     ? "bt709"
+                             : IsTagged(picture.matrix) ? "auto"
+                                                        : colours.scaleMatrix;
     // In two steps: a scaler that changes both the size and the matrix takes the wrong matrix.
     filters += "scale=ceil(iw/2)*2:ceil(ih/2)*2,scale=in_color_matrix=" + from +
                ":out_color_matrix=" + colours.scaleMatrix +

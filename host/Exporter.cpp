@@ -47,11 +47,12 @@ Movie const& NotAt(fs::path const& output, Movie const& movie) {
 
 }  // namespace
 
-Exporter::Exporter(Movie const& movie, fs::path const& output, Progress onProgress)
+Exporter::Exporter(Movie const& movie, fs::path const& output, Progress onProgress, Damaged damaged)
     : movie(NotAt(output, movie)),
       output(output),
       unfinished(WithExtension(output, kUnfinished)),
       onProgress(std::move(onProgress)),
+      damaged(damaged),
       self(std::make_shared<Exporter*>(this)),
       ffmpeg(std::make_unique<ChildProcess>(
           FindFfmpegProgram("ffmpeg"), Arguments(movie, unfinished), movie.opened->Number(),
@@ -67,24 +68,31 @@ Exporter::~Exporter() {
 
 void Exporter::OnProgressLine(std::string const& line) {
     constexpr std::string_view kTime = "out_time_us=";  // of the export; "N/A" at first
-    if (!line.starts_with(kTime) || !movie.duration) return;
+    if (!line.starts_with(kTime)) return;
     double microseconds = 0;
     auto const [rest, error] =
         std::from_chars(line.data() + kTime.size(), line.data() + line.size(), microseconds);
-    if (error == std::errc())
-        onProgress(std::clamp(microseconds / 1e6 / *movie.duration, 0.0, 1.0));
+    if (error != std::errc()) return;
+    readReport.SetSeconds(microseconds / 1e6);
+    if (movie.duration) onProgress(std::clamp(microseconds / 1e6 / *movie.duration, 0.0, 1.0));
 }
 
 void Exporter::OnComplaint(std::string const& line) {
     // ffmpeg 5 counts an export as a success even when these last steps fail.
     endIsMissing |=
         line.starts_with("Error writing trailer") || line.starts_with("Error closing file");
+    readReport.AddComplaint(line);
     complaints.push_back(FfmpegComplaint(line));
     if (complaints.size() > kKeptComplaints) complaints.pop_front();
 }
 
 void Exporter::OnExit(ExitStatus status) {
-    if (status.IsSuccess() && !endIsMissing) return Checksum();
+    if (status.IsSuccess() && !endIsMissing) {
+        damage = readReport.FindDamage(movie).value_or("");
+        if (damage.empty() || damaged == Damaged::Accept) return Checksum();
+        promise.SetException(std::make_exception_ptr(DamagedMovie(movie, damage)));
+        return;
+    }
     promise.SetException(std::make_exception_ptr(Failure(
         ExitCode::Export, "Cannot export \"" + movie.file.string() + "\": " + Complaint(status))));
 }
@@ -100,7 +108,7 @@ std::string Exporter::Complaint(ExitStatus status) const {
     if (status.signal != 0)
         return "ffmpeg was ended by signal " + std::to_string(status.signal) +
                "; free some memory or disk space and share again.";
-    return "ffmpeg says: " + said;
+    return ExplainComplaint(said);
 }
 
 void Exporter::Checksum() {
@@ -134,6 +142,7 @@ void Exporter::Finish(ExportedFile exported) {
         return;
     }
     exported.file = output;
+    exported.damage = damage;
     promise.SetValue(std::move(exported));
 }
 

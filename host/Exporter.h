@@ -8,6 +8,7 @@
 #include <string>
 
 #include "host/ChildProcess.h"
+#include "host/MovieDamage.h"
 #include "host/MovieProbe.h"
 #include "moxcore/async/Future.h"
 
@@ -16,7 +17,8 @@ namespace quillohost {
 struct ExportedFile {
     std::filesystem::path file;
     std::uint64_t bytes = 0;
-    std::string sha256;  ///< lower-case hexadecimal
+    std::string sha256;       ///< lower-case hexadecimal
+    std::string damage = {};  ///< of the movie, when it was accepted; else empty
 };
 
 /// Exports a movie to an MP4 file that browsers play: H.264 with even sides and 4:2:0 colour, AAC,
@@ -29,8 +31,15 @@ public:
     /// How far it is, 0 to 1; on the main thread. Not called when the movie's duration is unknown.
     using Progress = std::function<void(double)>;
 
+    /// What becomes of a movie that cannot be read to its end.
+    enum class Damaged {
+        Refuse,  ///< the export fails, with a DamagedMovie
+        Accept,  ///< what there is of it is exported
+    };
+
     /// A Failure (Export) when `output` is the movie itself, or ffmpeg is missing.
-    Exporter(Movie const& movie, std::filesystem::path const& output, Progress onProgress);
+    Exporter(Movie const& movie, std::filesystem::path const& output, Progress onProgress,
+             Damaged damaged = Damaged::Refuse);
     ~Exporter();
     Exporter(Exporter const&) = delete;
     Exporter& operator=(Exporter const&) = delete;
@@ -56,6 +65,9 @@ private:
     std::filesystem::path const output;
     std::filesystem::path const unfinished;
     Progress onProgress;
+    Damaged const damaged;
+    ReadReport readReport;
+    std::string damage;
     std::deque<std::string> complaints;  // the last lines that ffmpeg had to say
     bool endIsMissing = false;           // the file could not be written to its end
     moxcore::async::Promise<ExportedFile> promise;

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/Failure.h"
+#include "host/MovieDamage.h"
 
 namespace quillohost {
 namespace {
@@ -119,7 +120,8 @@ MovieProbe::MovieProbe(fs::path const& path) : given(path) {
 
 void MovieProbe::OnComplaint(std::string const& line) {
     isOfOtherFormat |= line.find("Format not on whitelist") != std::string::npos;
-    complaint = FfmpegComplaint(line);
+    // What comes first says more than what follows from it.
+    complaint += (complaint.empty() ? "" : "; ") + FfmpegComplaint(line);
 }
 
 void MovieProbe::OnExit(ExitStatus status) {
@@ -128,8 +130,7 @@ void MovieProbe::OnExit(ExitStatus status) {
             RefuseMovie(given,
                         "it is in no format that is shared: lists of other files and texts are not "
                         "either; name a movie.");
-        if (!status.IsSuccess())
-            RefuseMovie(given, "it is no movie that ffmpeg can read (" + complaint + ").");
+        if (!status.IsSuccess()) RefuseMovie(given, ExplainComplaint(complaint));
         promise.SetValue(ReadReport());
     } catch (...) {
         promise.SetException(std::current_exception());

@@ -15,7 +15,7 @@ char const* const kHelp =
     R"(quillo-host: shares a movie for review
 
 usage: quillo-host [MOVIE]
-       quillo-host share MOVIE [--name NAME] [--to PATH] [--json]
+       quillo-host share MOVIE [--name NAME] [--to PATH] [--accept-damaged] [--json]
        quillo-host locations [--depth N] [--json] [--watch]
        quillo-host choose-location [--json]
        quillo-host sign-in | sign-out | trace
@@ -32,6 +32,8 @@ usage: quillo-host [MOVIE]
   --name NAME    the movie's name in the service (the file's name without its extension)
   --to PATH      Account/Workspace/Project/Folder/...; "\/" stands for a "/" in a name
                  (where the movie was shared last, else the first project)
+  --accept-damaged
+                 share what there is of a movie that cannot be read to its end
   --depth N      levels of places below the user (4: down to each project's folders)
   --json         print one JSON object instead of text
   --watch        go on, and print the places anew whenever they change (with --backend client)
@@ -132,6 +134,10 @@ std::vector<OptionRule> const& Rules() {
          {Command::Share, Command::Locations, Command::ChooseLocation},
          false,
          [](Options& options, auto&) { options.json = true; }},
+        {"--accept-damaged",
+         {Command::Share},
+         false,
+         [](Options& options, auto&) { options.acceptDamaged = true; }},
         {"--watch",
          {Command::Locations},
          false,

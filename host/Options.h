@@ -38,6 +38,8 @@ struct Options {
     int depth = 4;
     bool watch = false;
     bool json = false;
+    bool acceptDamaged =
+        false;  ///< a movie that cannot be read to its end is shared as far as it can
 };
 
 /// Reads the arguments that follow the program's name. A Failure (Usage) when they cannot be

@@ -132,12 +132,23 @@ ExportedFile ShareCommand::Export(Movie const& movie) {
     display.Begin("Exporting", [&movie](double fractionPerSecond) {
         return FormatSpeed(fractionPerSecond * movie.duration.value_or(0));
     });
-    Exporter const exporter(movie, *exportRequest, [this, &viewModel](double fraction) {
-        viewModel.SetEncodingProgress(fraction);
-        display.Update(fraction);
-    });
-    auto exported = loop.Await(exporter.Result());
+    Exporter const exporter(
+        movie, *exportRequest,
+        [this, &viewModel](double fraction) {
+            viewModel.SetEncodingProgress(fraction);
+            display.Update(fraction);
+        },
+        options.acceptDamaged ? Exporter::Damaged::Accept : Exporter::Damaged::Refuse);
+    ExportedFile exported;
+    try {
+        exported = loop.Await(exporter.Result());
+    } catch (DamagedMovie const& damaged) {
+        throw Failure(damaged.GetExitCode(),
+                      std::string(damaged.what()) + " --accept-damaged shares what there is.");
+    }
     display.End();
+    if (!exported.damage.empty())
+        display.Tell("The movie is damaged: " + exported.damage + "; that is shared.");
     display.Tell("Exported " + FormatBytes(static_cast<double>(exported.bytes)));
     return exported;
 }

@@ -81,7 +81,8 @@ MainWindow::MainWindow(Options const& options, EventLog* log)
       cancelAction(new QAction("&Cancel the Export", this)),
       sharing(options, *shareButton,
               {.tell = [this](auto const& line) { Tell(line); },
-               .onChanged = [this] { OnSharingChanged(); }}),
+               .onChanged = [this] { OnSharingChanged(); },
+               .acceptsDamage = [this](auto const& damage) { return AskToAccept(damage); }}),
       self(std::make_shared<MainWindow*>(this)) {
     MakeToolBar();
     MakeStatusBar();
@@ -290,6 +291,19 @@ bool MainWindow::MayClose() {
     question.setEscapeButton(keep);
     question.exec();
     return question.clickedButton() == stop;
+}
+
+bool MainWindow::AskToAccept(std::string const& damage) {
+    QMessageBox question(QMessageBox::Warning, windowTitle(),
+                         QString::fromStdString(OneLine(damage)), QMessageBox::NoButton, this);
+    question.setTextFormat(Qt::PlainText);
+    question.setInformativeText("Share what there is of it?");
+    auto* const share = question.addButton("Share What There Is", QMessageBox::AcceptRole);
+    auto* const stop = question.addButton("Do Not Share", QMessageBox::RejectRole);
+    question.setDefaultButton(stop);
+    question.setEscapeButton(stop);
+    question.exec();
+    return question.clickedButton() == share;
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -54,6 +54,7 @@ private:
     void ShowMovie(Movie const& movie);
     void OnSharingChanged();
     [[nodiscard]] bool MayClose();
+    [[nodiscard]] bool AskToAccept(std::string const& damage);
 
     EventLog* log;
     QSettings settings;

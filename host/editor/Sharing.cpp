@@ -288,14 +288,22 @@ void Sharing::Export(fs::path const& output) {
                  });
 }
 
-void Sharing::ExportMovie(Movie const& movie, fs::path const& output) {
+void Sharing::ExportMovie(Movie const& movie, fs::path const& output, Exporter::Damaged damaged) {
     exporter = std::make_unique<Exporter>(
-        movie, output, [this](double fraction) { viewModel->SetEncodingProgress(fraction); });
+        movie, output, [this](double fraction) { viewModel->SetEncodingProgress(fraction); },
+        damaged);
     // Called off, the exporter is gone, and its result with it.
     auto const result = exporter->Result();
-    OnMainThread(result, std::weak_ptr(self), [this](auto const& done) {
+    OnMainThread(result, std::weak_ptr(self), [this, movie, output](auto const& done) {
         if (!exporter) return;
         exporter.reset();
+        try {
+            if (auto const thrown = done.GetException()) std::rethrow_exception(thrown);
+        } catch (DamagedMovie const& refused) {
+            if (hooks.acceptsDamage(refused.what()))
+                return ExportMovie(movie, output, Exporter::Damaged::Accept);
+        } catch (...) {
+        }
         if (auto const thrown = done.GetException()) return Fail(MessageOf(thrown));
         SetPhase(Phase::Uploading);
         viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});

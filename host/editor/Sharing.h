@@ -31,6 +31,8 @@ public:
     struct Hooks {
         std::function<void(std::string const&)> tell;  ///< one line for the user
         std::function<void()> onChanged;               ///< what can be done, or the phase
+        /// Whether to share a damaged movie as far as it could be read; may wait for the user.
+        std::function<bool(std::string const& damage)> acceptsDamage;
     };
 
     /// The popup hangs from `anchorWidget`. Starts a service when the options name none. A Failure
@@ -90,7 +92,8 @@ private:
     void OnFailure(quillocommon::Failure const& failure);
     void OnExportRequested(std::filesystem::path const& output);
     void Export(std::filesystem::path const& output);
-    void ExportMovie(Movie const& movie, std::filesystem::path const& output);
+    void ExportMovie(Movie const& movie, std::filesystem::path const& output,
+                     Exporter::Damaged damaged = Exporter::Damaged::Refuse);
     void Finish();
     void Fail(std::string const& message);
     void End();

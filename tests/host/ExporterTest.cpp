@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <fstream>
 
 #include "host/Failure.h"
 #include "host/FileChecksum.h"
@@ -139,7 +140,76 @@ TEST_F(ExporterTest, SaysWhyAnExportFailedAndLeavesNothingBehind) {
     signal(SIGXFSZ, handler);
 
     std::filesystem::resize_file(movie.file, 1000);
-    expect("moov atom not found");
+    expect("was not finished, or its copy was cut short");
+    expect("(ffmpeg says: ");
+}
+
+TEST_F(ExporterTest, AMovieThatCannotBeReadToItsEndIsRefusedUnlessThatIsAccepted) {
+    using Words = std::vector<std::string>;
+    Words const picture{"-f", "lavfi", "-i", "testsrc2=s=160x90:d=4"};
+    Words const indexFirst{"-movflags", "+faststart"};
+    Words const sound{"-f", "lavfi", "-i", "sine=d=4"};
+    Words const brief{"-f", "lavfi", "-i", "sine=d=1"};
+    struct {
+        char const* file;
+        std::vector<Words> parts;
+        double kept;  // how much of the file
+        bool hasHole;
+        char const* damage;  // null: none
+    } const cases[] = {
+        {"cut.mp4", {picture, sound, indexFirst}, 0.6, false, "only 0:02 of 0:04 could be read"},
+        {"cut.mkv", {picture, sound}, 0.6, false, "only 0:02 of 0:04 could be read"},
+        {"hole.mp4", {picture, sound, indexFirst}, 1, true, "parts of its picture or sound"},
+        {"whole.mp4", {picture, sound}, 1, false, nullptr},
+        {"whole.mkv", {picture, sound}, 1, false, nullptr},
+        {"whole.ts", {picture, sound}, 1, false, nullptr},
+        // What it is without its end, it does not tell.
+        {"cut.ts", {picture, sound}, 0.6, false, nullptr},
+        {"brief_sound.mp4", {picture, brief}, 1, false, nullptr},
+        {"brief_picture.mkv",
+         {{"-f", "lavfi", "-i", "testsrc2=s=160x90:d=1"}, sound},
+         1,
+         false,
+         nullptr},
+    };
+    for (auto const& one : cases) {
+        SCOPED_TRACE(one.file);
+        Make(one.file, one.parts);
+        auto const file = directory.Path() / one.file;
+        auto const size = std::filesystem::file_size(file);
+        if (one.kept < 1)
+            std::filesystem::resize_file(
+                file, static_cast<std::uintmax_t>(static_cast<double>(size) * one.kept));
+        if (one.hasHole) {
+            std::fstream out(file, std::ios::binary | std::ios::in | std::ios::out);
+            out.seekp(static_cast<std::streamoff>(size / 2));
+            out << std::string(size / 4, '\0');
+        }
+        MovieProbe const probe(file);
+        auto const movie = loop.Await(probe.Result());
+        if (!one.damage) {
+            EXPECT_EQ(Export(movie).damage, "");
+            continue;
+        }
+        try {
+            Export(movie);
+            ADD_FAILURE() << "exported";
+        } catch (DamagedMovie const& refused) {
+            EXPECT_EQ(refused.GetExitCode(), ExitCode::Export);
+            EXPECT_THAT(refused.what(), HasSubstr(one.damage));
+        }
+        EXPECT_FALSE(std::filesystem::exists(output));
+        Exporter const exporter(
+            movie, output, [](double) {}, Exporter::Damaged::Accept);
+        EXPECT_THAT(loop.Await(exporter.Result()).damage, HasSubstr(one.damage));
+        std::filesystem::remove(output);
+    }
+    // An edit list hides what comes before its start.
+    auto const edited = directory.Path() / "edited.mp4";
+    testmovies::Make(
+        edited, {"-ss", "1.5", "-i", FfmpegFileName(directory.Path() / "whole.mp4"), "-c", "copy"});
+    MovieProbe const probe(edited);
+    EXPECT_EQ(Export(loop.Await(probe.Result())).damage, "");
 }
 
 }  // namespace

@@ -74,8 +74,8 @@ TEST_F(MovieProbeTest, RefusesWhatIsNoMovieAndSaysWhy) {
     ExpectRefusal(directory.Path(), "it is a directory");
     ExpectRefusal(directory.Path() / "pipe", "it is no file");
     ExpectRefusal(directory.Write("empty.mp4", ""), "it is empty");
-    ExpectRefusal(directory.Write("notes.mp4", "To do: the titles.\n"), "no movie that ffmpeg");
-    ExpectRefusal(movie, "can read (Invalid data found when processing input)");
+    ExpectRefusal(directory.Write("notes.mp4", "To do: the titles.\n"), "content is no movie");
+    ExpectRefusal(movie, "was not finished, or its copy was cut short");
 }
 
 TEST_F(MovieProbeTest, RefusesListsOfOtherFilesWhateverTheirNames) {
@@ -104,7 +104,7 @@ TEST_F(MovieProbeTest, RefusesListsOfOtherFilesWhateverTheirNames) {
     for (auto const& [name, text] : lists)
         ExpectRefusal(directory.Write(name, text), "in no format that is shared");
     // Not the pictures beside it, either.
-    ExpectRefusal(directory.Write("%d.png", "x"), "no movie that ffmpeg");
+    ExpectRefusal(directory.Write("%d.png", "x"), "content is no movie");
 }
 
 TEST_F(MovieProbeTest, SaysThatAFileMayNotBeRead) {
