@@ -1,5 +1,6 @@
 #include "quillomoxui/sharedui/SelectLocationDialog.h"
 
+#include <exception>
 #include <utility>
 #include <vector>
 
@@ -20,8 +21,21 @@ public:
     Request(std::shared_ptr<QuilloUser> const& user, SelectLocationCallback const& callback)
         : user(user), callback(callback) {}
 
+    [[nodiscard]] bool IsAnswered() const { return isAnswered; }
+
+    /// The first answer counts. What the callback throws is kept: Qt's loop, in which the dialog
+    /// runs, lets nothing through.
     void Answer(moxcore::utility::Guid const& folderID, UTF16String const& path) {
-        if (auto const function = std::exchange(callback, nullptr)) function(folderID, path);
+        if (std::exchange(isAnswered, true)) return;
+        try {
+            if (auto const function = std::exchange(callback, nullptr)) function(folderID, path);
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+    }
+
+    void RethrowWhatTheCallbackThrew() const {
+        if (thrown) std::rethrow_exception(thrown);
     }
 
     std::shared_ptr<QuilloUser> const user;
@@ -30,6 +44,8 @@ public:
 
 private:
     SelectLocationCallback callback;  // until it was called
+    bool isAnswered = false;
+    std::exception_ptr thrown;  // by the callback
 };
 
 class SelectLocationManagerImpl : public moxcore::utility::RefCountedObjectWithWeakPtr {
@@ -38,6 +54,24 @@ public:
     void Show(std::shared_ptr<Request> const& request) {
         auto const viewID = viewModel->GetCurrentViewID();
         requests.push_back(request);
+        std::exception_ptr failure;
+        try {
+            ShowPicker(request);
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        // The section may stand in a dialog that goes on to be shown for another call.
+        if (auto const section = request->section.Lock())
+            if (auto* const column =
+                    dynamic_cast<moxui::ui::UI_Container*>(section->UI_GetParentNode().get()))
+                column->ChildRequestRemove(section);
+        requests.pop_back();
+        if (!requests.empty()) GoBackTo(requests.back(), viewID);
+        if (failure) std::rethrow_exception(failure);
+    }
+
+private:
+    void ShowPicker(std::shared_ptr<Request> const& request) {
         Serve(request);
 
         boost::intrusive_ptr<view::LocationPickerView> const picker(
@@ -48,16 +82,10 @@ public:
         dialogManager->SetButtons(picker, view::LocationPickerView::kCancelButtonID,
                                   view::LocationPickerView::kCommitButtonID);
         dialogManager->ShowWindow();
-
-        // The section may stand in a dialog that goes on to be shown for another call.
-        if (auto* const column =
-                dynamic_cast<moxui::ui::UI_Container*>(section->UI_GetParentNode().get()))
-            column->ChildRequestRemove(section);
-        requests.pop_back();
-        if (!requests.empty()) GoBackTo(requests.back(), viewID);
+        // Its window went without a button's being pressed, with the host's for instance.
+        if (!request->IsAnswered()) picker->Cancel();
     }
 
-private:
     void Serve(std::shared_ptr<Request> const& request) {
         // A callback that asks again does so when its own picker has ended, and with it the
         // messages.
@@ -91,9 +119,13 @@ void ShowSelectLocationDialogCentered(std::shared_ptr<QuilloUser> const& user,
     if (!slot) slot = new SelectLocationManagerImpl;
     auto const manager = slot;
     auto const request = std::make_shared<Request>(user, callback);
-    manager->Show(request);
-    slot.reset();
-    request->Answer({}, {});
+    {
+        struct Emptying {
+            ~Emptying() { slot.reset(); }
+        } const emptying;
+        manager->Show(request);
+    }
+    request->RethrowWhatTheCallbackThrew();
 }
 
 void ShowSelectLocationDialogCentered(

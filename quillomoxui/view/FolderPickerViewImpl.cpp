@@ -113,6 +113,8 @@ void FolderPickerViewImpl::UI_Show(bool show) {
         SetHeaderNames(path->GetProject());
         rows->FetchAhead();
         FetchFirst(GetSelection());
+    } else {
+        rows->StopFetching();
     }
     SelectionBaseView::UI_Show(show);
 }

@@ -39,6 +39,8 @@ public:
 
     /// From now on every folder in the tree is asked for its children, once.
     void FetchAhead();
+    /// Until the next FetchAhead no folder is.
+    void StopFetching() { fetchesAhead = false; }
 
     [[nodiscard]] FolderPtr GetRoot() const;
     /// Whether `folder` is the root, or the one whose place that has taken, or both are null.

@@ -151,6 +151,12 @@ void LocationPickerView::OnSelectionChanged(std::shared_ptr<QuilloFolder> const&
 }
 
 void LocationPickerView::OnCancelBtnClicked(moxui::ui::Message*) {
+    Cancel();
+}
+
+void LocationPickerView::Cancel() {
+    // Nobody looks any more at what the proposal goes back to: it is not fetched.
+    folderPicker->GetView().UI_Show(false);
     ResetProposedSelection();
     ViewModel().LocationPickerCancelled();
 }

@@ -22,6 +22,9 @@ public:
     explicit LocationPickerView(std::shared_ptr<ShareForReviewViewModel> const& viewModel);
     ~LocationPickerView() override;
 
+    /// As the button does.
+    void Cancel();
+
     [[nodiscard]] moxcore::geom::PointT<float> UI_GetRecommendedSize(
         moxui::drawbot::Drawbot* drawbot) const override;
     void UI_SetLocalRectF(moxcore::geom::RectT<float> const& rect) override;

@@ -65,8 +65,9 @@ void UI_Container::ChildRemoveAll() {
 }
 
 void UI_Container::Detach(UI_Node& child) {
-    child.parent = nullptr;
+    // A menu that is open below it closes with its widget, and tells so on the way up.
     child.GetPeer().SetParent(nullptr);
+    if (child.parent == this) child.parent = nullptr;
 }
 
 }  // namespace moxui::ui

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <QApplication>
+#include <QComboBox>
 #include <QTest>
 
 #include "moxcore/string/Conversions.h"
@@ -307,6 +309,20 @@ TEST_F(ScreenManagerTest, AViewTellsThePopupThatItIsInOfItsMenus) {
     ViewAfter(ID::SigninPrompt);
     view->SetPreShowPopupMenu();
     EXPECT_FALSE(popup->GetPopupMenuShowing()) << "it is in no popup any more";
+}
+
+TEST_F(ScreenManagerTest, AMenuThatIsOpenWhenTheStepChangesEndsWithItsView) {
+    auto const view = ViewAfter(ID::ReviewInQuillo);
+    auto const popup = boost::dynamic_pointer_cast<moxui::controls::UI_TouchPopupContainer>(
+        view->UI_GetRootNode());
+    auto* const presets = PopupWindow()->findChild<QComboBox*>();
+    ASSERT_NE(presets, nullptr);
+    presets->showPopup();
+    RunEvents();
+    ASSERT_TRUE(popup->GetPopupMenuShowing());
+    ViewAfter(ID::WaitingInQueue);
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    EXPECT_FALSE(popup->GetPopupMenuShowing()) << "no press outside would close the popup";
 }
 
 TEST_F(ScreenManagerTest, NothingFollowsTheViewModelOnceItIsGone) {

@@ -6,6 +6,8 @@
 #include <QPointer>
 #include <QTest>
 #include <QTimer>
+#include <memory>
+#include <stdexcept>
 
 #include "moxui/backend/HostWidget.h"
 #include "moxworkspace/workspace/WorkspaceUtils.h"
@@ -141,6 +143,48 @@ TEST_F(SelectLocationDialogTest, AThousandOfThemLeaveNoWidgetBehind) {
     for (int i = 0; i < 1000; ++i)
         EXPECT_EQ(Ask(&Cancel), cancelled);
     EXPECT_EQ(QApplication::allWidgets().size(), widgets);
+}
+
+TEST_F(SelectLocationDialogTest, WhatFailsInOneCallReachesItsCallerAndLeavesTheNextAlone) {
+    EXPECT_THROW(ShowSelectLocationDialogCentered(std::shared_ptr<QuilloUser>(), nullptr),
+                 std::exception);
+    EXPECT_EQ(Ask(&Cancel), cancelled);
+
+    QTimer::singleShot(0, [] {
+        RunEvents();
+        Cancel();
+    });
+    bool hasEnded = false;
+    try {
+        ShowSelectLocationDialogCentered(
+            MakeUser(), [](auto const&, auto const&) { throw std::runtime_error("of the host"); });
+    } catch (std::runtime_error const& thrown) {
+        hasEnded = Dialog() == nullptr;
+        EXPECT_STREQ(thrown.what(), "of the host");
+    }
+    EXPECT_TRUE(hasEnded);
+    EXPECT_EQ(Ask(&Cancel), cancelled);
+}
+
+TEST_F(SelectLocationDialogTest, AWindowThatDiesBelowItCancelsItAndItsProposal) {
+    auto const user = MakeUser();
+    auto host = std::make_unique<QWidget>();
+    host->show();
+    auto const node = moxui::backend::WrapWidget(host.get());
+    WorkspaceUtils::SetModalDialogParentNode(node);
+    QTimer::singleShot(0, [&] {
+        RunEvents();
+        PickProject();
+        host.reset();
+    });
+    int answers = 0;
+    ShowSelectLocationDialogCentered(user, [&](auto const& folderID, auto const& path) {
+        ++answers;
+        EXPECT_TRUE(folderID.IsNull() && path.empty());
+    });
+    EXPECT_EQ(answers, 1);
+    EXPECT_EQ(user->GetProposedSelection(), nullptr);
+    WorkspaceUtils::SetModalDialogParentNode(parent);
 }
 
 TEST_F(SelectLocationDialogTest, WithoutAWindowToBeShownOverItIsCancelled) {

@@ -42,6 +42,16 @@ protected:
     std::shared_ptr<QuilloFolder> c, d;
 };
 
+TEST_F(FolderPickerTest, CancelAsksForNothing) {
+    user->SetSelection(spring->GetRootFolder());
+    auto& picker = ShowFolders(summer->GetRootFolder());
+    RunEvents();
+    picker.Cancel();
+    RunEvents();
+    EXPECT_EQ(user->GetProposedSelection(), spring->GetRootFolder());
+    EXPECT_EQ(spring->GetRootFolder()->GetFetchChildrenState(), FetchChildrenState::NotFetched);
+}
+
 TEST_F(FolderPickerTest, FoldersAreFetchedOnceAsTheyArrive) {
     EXPECT_EQ(Fetches(root), 0);
     ShowFolders(root);
