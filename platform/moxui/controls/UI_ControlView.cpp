@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "moxui/backend/detail/CallFromQt.h"
 #include "moxui/backend/detail/Peer.h"
 
 namespace moxui::controls {
@@ -32,7 +33,7 @@ void UI_ControlView::NotifyChanged() {
     auto const count = changeFunctions.size();
     for (std::size_t i = 0; i < count; ++i) {
         auto const function = changeFunctions[i];
-        function(&message);
+        backend::CallFromQt([&] { function(&message); });
     }
 }
 

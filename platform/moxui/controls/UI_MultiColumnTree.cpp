@@ -3,6 +3,7 @@
 #include <cmath>
 #include <utility>
 
+#include "moxui/backend/detail/CallFromQt.h"
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/TreeWidget.h"
 
@@ -51,12 +52,17 @@ void UI_MultiColumnTree::SetDrawCellFunction(DrawCellFunction function) {
     widget->drawCell = [function = std::move(function)](drawbot::Drawbot& drawbot,
                                                         RowPtr const& row, int column,
                                                         QRectF const& cell) {
-        function(&drawbot, row, column, backend::FromQRectF(cell));
+        backend::CallFromQt([&] { function(&drawbot, row, column, backend::FromQRectF(cell)); });
     };
 }
 
 void UI_MultiColumnTree::SetRowNameFunction(RowNameFunction function) {
-    if (auto* const widget = WidgetOf(*this)) widget->Model().name = std::move(function);
+    if (auto* const widget = WidgetOf(*this))
+        widget->Model().name = [function = std::move(function)](RowPtr const& row) {
+            moxcore::string::UTF16String name;
+            backend::CallFromQt([&] { name = function(row); });
+            return name;
+        };
 }
 
 void UI_MultiColumnTree::SetRowsSelectionChangedFunction(SelectionFunction function) {

@@ -1,5 +1,7 @@
 #include "moxui/controls/UI_PictureSupplyMessage.h"
 
+#include "moxui/backend/detail/CallFromQt.h"
+
 namespace moxui::controls {
 
 UI_PictureSupplyMessage::UI_PictureSupplyMessage() = default;
@@ -16,7 +18,7 @@ boost::intrusive_ptr<drawbot::ImageInterface> SuppliedPicture(
     PictureSupplyFunction const& function) {
     if (!function || !*function) return nullptr;
     UI_PictureSupplyMessage message;
-    (*function)(&message);
+    backend::CallFromQt([&] { (*function)(&message); });
     return message.GetPicture();
 }
 

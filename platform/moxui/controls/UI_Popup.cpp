@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "moxui/backend/detail/CallFromQt.h"
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/DropDown.h"
 #include "moxui/backend/detail/Theme.h"
@@ -100,7 +101,7 @@ void UI_Popup::SetCustomIconMenuItemImageFunction(ItemImageFunction function) {
     if (function)
         picture = [function = std::move(function)](int row) {
             UI_PictureSupplyMessage message;
-            function(&message, row);
+            backend::CallFromQt([&] { function(&message, row); });
             return message.GetPicture();
         };
     ShowValue();

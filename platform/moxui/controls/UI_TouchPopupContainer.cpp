@@ -1,6 +1,6 @@
 #include "moxui/controls/UI_TouchPopupContainer.h"
 
-#include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "moxui/backend/detail/CallFromQt.h"
 #include "moxui/backend/detail/PopupWindow.h"
 #include "moxui/backend/detail/QtDrawbot.h"
 
@@ -91,13 +91,7 @@ void UI_TouchPopupContainer::OnDismissed() {
     UI_SubView::UI_Show(false);
     auto const function = notifyOnCommit;
     if (!function || !*function) return;
-    try {
-        (*function)();
-    } catch (...) {
-        // Qt's loop, which called this, lets nothing through.
-        moxcore::threads::AsyncCallFromMainThread(
-            [thrown = std::current_exception()] { std::rethrow_exception(thrown); }, 0);
-    }
+    backend::CallFromQt(*function);
 }
 
 }  // namespace moxui::controls

@@ -1,10 +1,18 @@
 #include <gmock/gmock.h>
 
 #include <QAccessible>
+#include <QApplication>
 #include <QTest>
+#include <stdexcept>
 #include <thread>
 
+#include "moxcore/config/Error.h"
+#include "moxcore/string/Conversions.h"
+#include "moxcore/threads/MainThread.h"
 #include "moxui/controls/UI_ControlView.h"
+#include "moxui/controls/UI_MultiColumnTree.h"
+#include "moxui/controls/UI_Popup.h"
+#include "moxui/controls/UI_TextButton.h"
 #include "moxui/ui/UI_SubView.h"
 #include "support/TestWindow.h"
 
@@ -55,6 +63,70 @@ TEST(ViewTree, KeepsChildrenInTheOrderAskedForAndKnowsItsWayUp) {
     parent->ChildRequestRemove(other);
     EXPECT_EQ(parent->UI_ChildGetFromID("b"), nullptr);
     EXPECT_EQ(b->UI_GetRootNode(), other);
+}
+
+/// A view that cannot draw itself.
+class Undrawable : public UI_ControlView {
+public:
+    void UI_Draw(drawbot::Drawbot*) const override { throw std::runtime_error("draw"); }
+};
+
+TEST(ViewTree, WhatAFunctionThrowsReachesTheFailureHandlerAndNotQtsLoop) {
+    std::vector<std::string> heard;
+    moxcore::threads::MainThread::SetFailureHandler([&](std::exception_ptr const& thrown) {
+        heard.push_back(moxcore::config::ExtractMessageFromException(thrown));
+    });
+    auto const fail = [](char const* what) {
+        return [what](auto const&...) { throw std::runtime_error(what); };
+    };
+    TestWindow window;
+    boost::intrusive_ptr<controls::UI_TextButton> const button(
+        new controls::UI_TextButton(moxcore::string::AsciiToUTF16("Share")));
+    button->NotifyWhenChanged(fail("button"));
+    int others = 0;
+    button->NotifyWhenChanged([&](auto*) { ++others; });
+    window.Add(button, {0, 0, 100, 20});
+    QTest::mouseClick(&WidgetOf(*button), Qt::LeftButton);
+    EXPECT_EQ(others, 1);
+
+    auto const link = Make<UI_ControlView>("link");
+    link->UI_AddCustomMouseEventFunction(std::make_shared<UI_Node::MouseEventFunction>(
+                                             [](UI_Node*, MouseEvent const& event, bool&) -> bool {
+                                                 if (event.GetAction() == PointerAction::Press)
+                                                     throw std::runtime_error("link");
+                                                 return false;
+                                             }),
+                                         0);
+    window.Add(link, {0, 30, 100, 20});
+    QTest::mouseClick(&WidgetOf(*link), Qt::LeftButton);
+
+    boost::intrusive_ptr<controls::UI_MultiColumnTree> const tree(
+        new controls::UI_MultiColumnTree(1));
+    tree->SetRowsSelectionChangedFunction(fail("select"));
+    tree->SetRowActivatedFunction(fail("activate"));
+    tree->SetRowDisclosureChangedFunction(fail("open"));
+    auto const row = tree->CreateAndAppendRow(nullptr, true, false);
+    static_cast<void>(tree->CreateAndAppendRow(row, true, false));
+    window.Add(tree, {0, 60, 100, 80});
+    for (auto const key : {Qt::Key_Down, Qt::Key_Return, Qt::Key_Right})
+        QTest::keyClick(&WidgetOf(*tree), key);
+
+    boost::intrusive_ptr<controls::UI_Popup> const menu(new controls::UI_Popup(0, false));
+    menu->AddItem(moxcore::string::AsciiToUTF16("one"));
+    menu->SetPreShowPopupMenuFunction(fail("before"));
+    menu->SetPostShowPopupMenuFunction(fail("after"));
+    window.Add(menu, {0, 150, 100, 20});
+    QTest::keyClick(&WidgetOf(*menu), Qt::Key_Space);
+    RunEvents();
+    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+    RunEvents();
+    EXPECT_THAT(heard,
+                ElementsAre("button", "link", "select", "activate", "open", "before", "after"));
+
+    window.Add(Make<Undrawable>("undrawable"), {0, 180, 100, 20});
+    RunEvents();
+    EXPECT_THAT(heard, testing::Contains("draw"));
+    moxcore::threads::MainThread::SetFailureHandler(nullptr);
 }
 
 TEST(ViewTree, AViewIsSeenOnlyInAWindowAndWhileItIsShown) {

@@ -3,6 +3,8 @@
 #include <functional>
 #include <utility>
 
+#include "moxui/backend/detail/CallFromQt.h"
+
 namespace moxui::backend {
 
 /// Tells somebody before a menu opens and after it has closed, once each.
@@ -24,7 +26,7 @@ public:
 private:
     /// A function may replace itself.
     static void Call(std::function<void()> const& function) {
-        if (auto const copy = function) copy();
+        if (auto const copy = function) CallFromQt(copy);
     }
 
     bool isOpen = false;

@@ -1,4 +1,5 @@
 #include "moxui/backend/detail/Peer.h"
+#include "moxui/backend/detail/CallFromQt.h"
 
 #include <QCoreApplication>
 #include <algorithm>
@@ -41,9 +42,15 @@ bool Peer::Deliver(ui::MouseEvent const& event) {
     for (std::size_t i = 0; i < mouseFunctions.size(); ++i) {
         auto const function = mouseFunctions[i].second;
         bool handled = false;
-        if ((*function)(alive.get(), event, handled) || handled) return true;
+        bool taken = false;
+        // What has failed has taken the event: nothing else is to act on it as well.
+        if (!CallFromQt([&] { taken = (*function)(alive.get(), event, handled); }) || taken ||
+            handled)
+            return true;
     }
-    return alive->UI_DoPointerEvent(alive.get(), event);
+    bool taken = true;
+    CallFromQt([&] { taken = alive->UI_DoPointerEvent(alive.get(), event); });
+    return taken;
 }
 
 bool Peer::DeliverKeyPress() {

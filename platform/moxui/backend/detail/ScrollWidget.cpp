@@ -1,4 +1,5 @@
 #include "moxui/backend/detail/ScrollWidget.h"
+#include "moxui/backend/detail/CallFromQt.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -105,7 +106,7 @@ bool ScrollWidget::MoveFocus(int key) {
 
 void ScrollWidget::scrollContentsBy(int dx, int dy) {
     QScrollArea::scrollContentsBy(dx, dy);
-    if (node && onScrolled) onScrolled();
+    if (node && onScrolled) CallFromQt(onScrolled);
 }
 
 void ScrollWidget::keyPressEvent(QKeyEvent* event) {

@@ -1,4 +1,5 @@
 #include "moxui/backend/detail/TreeWidget.h"
+#include "moxui/backend/detail/CallFromQt.h"
 
 #include <QHeaderView>
 #include <QHelpEvent>
@@ -249,7 +250,7 @@ void TreeWidget::OnExpanded(QModelIndex const& index, bool open) {
     FitColumns();
     if (!node || programs > 0 || !onDisclosure) return;
     auto const function = onDisclosure;
-    function(row, open);
+    CallFromQt([&] { function(row, open); });
 }
 
 void TreeWidget::GoIn(QModelIndex const& current) {
@@ -289,7 +290,7 @@ void TreeWidget::keyPressEvent(QKeyEvent* event) {
         case Qt::Key_Enter:
             if (!onActivated) break;
             if (auto const function = onActivated; !event->isAutoRepeat())
-                function(TreeModel::RowAt(current));
+                CallFromQt([&] { function(TreeModel::RowAt(current)); });
             return;
         default:
             break;
@@ -382,7 +383,7 @@ void TreeWidget::selectionChanged(QItemSelection const& selected,
     QTreeView::selectionChanged(selected, deselected);
     if (!node || programs > 0 || !onSelection) return;
     auto const function = onSelection;
-    function(SelectedRows());
+    CallFromQt([&] { function(SelectedRows()); });
 }
 
 QItemSelectionModel::SelectionFlags TreeWidget::selectionCommand(QModelIndex const& index,

@@ -1,4 +1,5 @@
 #include "moxui/backend/detail/ViewWidget.h"
+#include "moxui/backend/detail/CallFromQt.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -51,7 +52,7 @@ void ViewWidget::paintEvent(QPaintEvent*) {
     if (!node) return;
     {
         QtDrawbot drawbot(*this, node->GetPeer().origin);
-        node->UI_Draw(&drawbot);
+        CallFromQt([&] { node->UI_Draw(&drawbot); });
     }
     if (!hasFocus()) return;
     QPainter painter(this);
