@@ -18,9 +18,9 @@ namespace moxcore::filesupport::commondirs {
 /// The application's name in these directories. Call before any of them is used.
 MOXCORE_API void SetApplicationName(string::UTF16String const& name);
 
-/// Puts all of them below one directory, as "cache", "config", "data" and "state", instead of where XDG has
-/// them. The directory has to be the user's own and closed to the writing of others; its mode stays
-/// what it is, and a link in it is refused. Call before any of them is used.
+/// Puts all of them below one directory, as "cache", "config", "data" and "state", instead of where
+/// XDG has them. The directory has to be the user's own and closed to the writing of others; its
+/// mode stays what it is, and a link in it is refused. Call before any of them is used.
 MOXCORE_API void SetUserRoot(string::UTF16String const& directory);
 
 /// Whether they are there: then nothing of the user's is to be kept elsewhere.
