@@ -277,8 +277,8 @@ void ShareForReviewViewModel::TakeLink(Fields const& share, LinkKey const& key, 
     {
         std::lock_guard lock(mutex);
         pendingLinks.erase(key);
-        bool const isWaitedFor = fields.isLinkPending && fields.shareUser == users &&
-                                 key == LinkKey(users, fields.assetID1, fields.assetID2);
+        bool const isWaitedFor =
+            fields.isLinkPending && key == LinkKey(users, fields.assetID1, fields.assetID2);
         if (!isWaitedFor) return;
         fields.isLinkPending = false;
         if (!ok) return;

@@ -213,6 +213,56 @@ TEST_F(WorkflowTest, AShareIsCancelledAtAnyStepAndSharedAgain) {
     }
 }
 
+TEST_F(WorkflowTest, AnExportThatIsReportedLateOrTwiceIsUploadedOnceAtMost) {
+    user->SetSelection(folder);
+    viewModel->ProcessAssetForReview();
+    std::ofstream(host.exports.back()) << "a movie";
+    viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+    viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+    executor.AdvanceBy(std::chrono::hours(1));
+    EXPECT_EQ(Requests("POST /v1/uploads").size(), 1u);
+
+    // Its export ends while the next share waits for its link.
+    host.ActivateAnother();
+    viewModel->ProcessAssetForReview();
+    std::ofstream(host.exports.back()) << "overtaken";
+    viewModel->SetEncodingStatus({EncodingStatus::Encoding});
+    Ignore(kCreateLink);
+    host.ActivateAnother();
+    viewModel->ProcessAssetForReview();
+    EXPECT_EQ(viewModel->GetEncodingStatus().status, EncodingStatus::None);
+    viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+    executor.AdvanceBy(std::chrono::seconds(1));
+    EXPECT_EQ(Requests("POST /v1/uploads").size(), 1u);
+    EXPECT_TRUE(IsExportKept());
+}
+
+TEST_F(WorkflowTest, AnUploadThatIsCancelledTooLateGoesOnItsLinkWithTheNextShare) {
+    tus.onRequest = [this](quillosdk::HttpRequest const& request) {
+        if (request.url.ends_with("/asset")) viewModel->CancelShare();
+    };
+    Share();
+    EXPECT_TRUE(Requests(kAddToLink).empty());
+    EXPECT_EQ(viewModel->GetEncodingStatus().status, EncodingStatus::None);
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::ReviewInQuillo);
+    tus.onRequest = nullptr;
+    Share();
+    EXPECT_EQ(Requests(kAddToLink).size(), 1u);
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
+}
+
+TEST_F(WorkflowTest, AnOlderStackUnderANewLinkIsNewBeyondTheProcess) {
+    Share();
+    host.data[assetdata::kReviewLinkURL] = "";
+    viewModel->ProcessAssetForReview();
+    viewModel = std::make_shared<ShareForReviewViewModel>();
+    host.Connect(*viewModel);
+    viewModel->SetUser(user);
+    Share();
+    EXPECT_EQ(Requests(kCreateLink).size(), 2u);
+    EXPECT_EQ(Requests(kAddToLink).size(), 2u);
+}
+
 TEST_F(WorkflowTest, AMovieIsNotUploadedInTheNameOfTheNextUser) {
     user->SetSelection(folder);
     viewModel->ProcessAssetForReview();
