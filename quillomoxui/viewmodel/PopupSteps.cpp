@@ -1,0 +1,156 @@
+// What the popup and the location picker do: which view comes first, signing in and out, a
+// location.
+
+#include <optional>
+#include <utility>
+
+#include "moxcore/debug/DebugDatabase.h"
+#include "moxcore/string/Conversions.h"
+#include "quilloauth/AuthManager.h"
+#include "quillomoxui/model/QuilloFolder.h"
+#include "quillomoxui/model/QuilloUser.h"
+#include "quillomoxui/model/client/QuilloClientIntegration.h"
+#include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
+#include "quillomoxui/viewmodel/AssetDataKeys.h"
+#include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
+
+namespace quillomoxui {
+
+using model::QuilloClientIntegration;
+using model::QuilloCppSdkIntegration;
+using moxcore::string::AsciiToUTF16;
+using moxcore::string::StdToUTF16String;
+using moxcore::utility::Guid;
+
+namespace {
+
+constexpr char kUseQuilloCppSdk[] = "QuilloNative.UseQuilloCppSdk";
+
+/// Views that a developer can have the popup open on, in the order in which the switches are tried.
+constexpr std::pair<char const*, ShareForReviewViewID> kDebugViews[] = {
+    {"UnifiedHeader.ShowQuilloNativeShareButtonDebugView", ShareForReviewViewID::DebugView},
+    {"UnifiedHeader.ShowQuilloNativeShareButtonCopyLinkView",
+     ShareForReviewViewID::CopyLinkSection},
+    {"UnifiedHeader.ShowQuilloNativeShareButtonEncodingProgressView",
+     ShareForReviewViewID::EncodingProgress},
+};
+
+bool IsSwitchedOn(char const* key, bool byDefault) {
+    return moxcore::debug::DebugDatabase::Instance().GetEntryAs<bool>(key, byDefault);
+}
+
+}  // namespace
+
+void ShareForReviewViewModel::StartShareForReviewPopup() {
+    EnableCurrentViewIDMessages(true);
+    for (auto const& [key, view] : kDebugViews)
+        if (IsSwitchedOn(key, false)) return SetCurrentViewID(view);
+
+    if (GetUser()->GetID().IsNull()) return SetCurrentViewID(ShareForReviewViewID::SigninPrompt);
+    switch (GetEncodingStatus().status) {
+        case EncodingStatus::Queued:
+            return SetCurrentViewID(ShareForReviewViewID::WaitingInQueue);
+        case EncodingStatus::Encoding:
+            return SetCurrentViewID(ShareForReviewViewID::EncodingProgress);
+        case EncodingStatus::Uploading:
+            return SetCurrentViewID(ShareForReviewViewID::UploadInProgress);
+        case EncodingStatus::UploadComplete:
+            return SetCurrentViewID(ShareForReviewViewID::CopyLinkSection);
+        default:
+            return SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);
+    }
+}
+
+void ShareForReviewViewModel::Login() {
+    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
+    auto const signIn = BeginSignIn();
+    auto const onProgress = [weak](quilloauth::SignInProgress const& progress) {
+        if (auto const self = weak.lock()) self->SetSignInProgress(progress);
+    };
+    auto const takeUser = [weak, signIn](std::shared_ptr<QuilloUser> const& user,
+                                         std::optional<ShareForReviewViewID> view = std::nullopt) {
+        if (auto const self = weak.lock()) self->TakeUser(user, signIn, view);
+    };
+    if (!IsSwitchedOn(kUseQuilloCppSdk, true)) {
+        // Uploads and review links take the SDK's client whichever backend fills the tree.
+        QuilloCppSdkIntegration::FollowSession(onProgress);
+        return QuilloClientIntegration::GetCurrentUser(
+            [takeUser](auto const& user) { takeUser(user, ShareForReviewViewID::ReviewInQuillo); });
+    }
+    auto const onLoggedIn = [weak, signIn, takeUser](bool loggedIn) {
+        auto const self = weak.lock();
+        if (!self || !loggedIn || !self->TakeSignedIn(signIn)) return;
+        QuilloCppSdkIntegration::GetCurrentUser([takeUser](auto const& user) { takeUser(user); });
+    };
+    QuilloCppSdkIntegration::SignIn(onLoggedIn, onProgress);
+}
+
+void ShareForReviewViewModel::CancelLogin() {
+    // The sign-in under way may be another view model's.
+    if (GetSignInProgress().IsUnderWay()) QuilloCppSdkIntegration::CancelSignIn();
+}
+
+void ShareForReviewViewModel::ReopenLoginPage() {
+    if (GetSignInProgress().stage == quilloauth::SignInStage::InBrowser)
+        quilloauth::jwt::ReopenBrowser();
+}
+
+void ShareForReviewViewModel::Logout() {
+    static_cast<void>(BeginSignIn());  // what is under way is late from here on
+    // That the other backend is signed out with this one, the session sees to.
+    if (IsSwitchedOn(kUseQuilloCppSdk, true))
+        QuilloCppSdkIntegration::SignOut();
+    else
+        QuilloClientIntegration::SignOut();
+    SetIsLoggedIn(false);
+    SetUser(std::make_shared<QuilloUser>());
+}
+
+void ShareForReviewViewModel::SelectLocationAPI(std::shared_ptr<QuilloUser> const& user,
+                                                SelectLocationCallback const& callback) {
+    SetUser(user);
+    {
+        SelectLocationCallback replaced = callback;  // what it held dies after the lock
+        std::lock_guard lock(mutex);
+        fields.selectLocationCallback.swap(replaced);
+        fields.locationPickerMode = LocationPickerMode::API;
+    }
+    SetInitialCurrentViewID(ShareForReviewViewID::SelectProject);
+}
+
+void ShareForReviewViewModel::LocationPickerSelectionCommitted() {
+    auto const now = CopyFields();
+    auto const user = GetUser();
+    auto const selection = user->GetSelection();
+    switch (now.locationPickerMode) {
+        case LocationPickerMode::Share:
+            if (selection) {
+                Guid first;
+                Guid second;
+                now.getAssetIDsMethod(first, second);
+                now.setAssetDataMethod(first, second, AsciiToUTF16(assetdata::kUploadFolderGuid),
+                                       StdToUTF16String(selection->GetID().AsStdString()));
+            }
+            return SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);
+        case LocationPickerMode::API:
+            SetCurrentViewID(ShareForReviewViewID::None);
+            if (!now.selectLocationCallback) return;
+            return selection
+                       ? now.selectLocationCallback(selection->GetID(), user->GetSelectionPath())
+                       : now.selectLocationCallback({}, {});
+    }
+}
+
+void ShareForReviewViewModel::LocationPickerCancelled() {
+    auto const now = CopyFields();
+    switch (now.locationPickerMode) {
+        case LocationPickerMode::Share:
+            return SetCurrentViewID(ShareForReviewViewID::ReviewInQuillo);
+        case LocationPickerMode::API:
+            SetCurrentViewID(ShareForReviewViewID::None);
+            if (now.selectLocationCallback) now.selectLocationCallback({}, {});
+            return;
+    }
+}
+
+}  // namespace quillomoxui
