@@ -169,7 +169,7 @@ class WindowTests(WindowTest):
         text = self.directory / "notes.txt"
         text.write_text("no movie")
         window = self.window(text)
-        window.hear("it is no movie that ffmpeg can read")
+        window.hear("its content is no movie")
         window.click("Button", "Open the Sample Clip")
         window.see("Client", "Movie: *Sample clip.mov")
         window.activate()
