@@ -48,7 +48,7 @@ class ErrorTests(EndToEnd):
         for movie, reason in ((self.directory / "missing.mov", "no such file"),
                               (self.directory / "two\nlines", "two\ufffdlines"),
                               (self.directory, "is a directory"),
-                              (notes, "no movie that ffmpeg can read")):
+                              (notes, "its content is no movie")):
             with self.subTest(movie=movie):
                 line = self.refusal(5, "share", movie)
                 self.assertIn(str(movie).replace("\n", "\ufffd"), line)
