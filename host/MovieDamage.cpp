@@ -9,11 +9,10 @@ namespace {
 
 constexpr char kWhatToDo[] = "copy it again, or export it again from the program that made it";
 
-/// By how much a file may err about its own length.
-constexpr double kLeastDifference = 0.25;  // seconds
-constexpr double kRelativeDifference = 0.02;
-/// The same where ffmpeg says that the file ends early.
-constexpr double kLeastCut = 0.1;
+constexpr double kLeastCut = 0.1;  // seconds
+/// By how many pictures ffmpeg's last word on its progress may be behind.
+constexpr double kPicturesBehind = 4;
+constexpr double kLostShare = 0.02;
 /// How many pieces a healthy recording may lose: those before its first whole picture.
 constexpr double kFewPieces = 10;
 constexpr double kSoundPiecesPerSecond = 40;
@@ -43,17 +42,14 @@ void ReadReport::AddComplaint(std::string const& line) {
 }
 
 std::optional<std::string> ReadReport::FindDamage(Movie const& movie) const {
-    // Others write down a length that they only guess.
-    bool const isTold =
-        movie.streamDuration && (movie.format == "mov" || movie.format == "matroska");
     auto const length = movie.streamDuration ? movie.streamDuration : movie.duration;
     if (!length) return std::nullopt;
-    double const missing = *length - seconds;
-    if ((isTold && missing > std::max(kLeastDifference, kRelativeDifference * *length)) ||
-        (hasEndedEarly && missing > kLeastCut))
+    // Only where ffmpeg has missed the end: a last picture that is held for long is no damage.
+    double const behind = movie.frameRate ? kPicturesBehind / *movie.frameRate : 0;
+    if (hasEndedEarly && *length - seconds > std::max(kLeastCut, behind))
         return "only " + FormatLength(seconds) + " of " + FormatLength(*length) + " could be read";
     double const pieces = *length * movie.frameRate.value_or(kSoundPiecesPerSecond);
-    if (lostPieces > kFewPieces + kRelativeDifference * pieces)
+    if (lostPieces > kFewPieces + kLostShare * pieces)
         return "parts of its picture or sound could not be read";
     return std::nullopt;
 }

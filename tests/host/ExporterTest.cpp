@@ -163,6 +163,13 @@ TEST_F(ExporterTest, AMovieThatCannotBeReadToItsEndIsRefusedUnlessThatIsAccepted
         {"whole.mp4", {picture, sound}, 1, false, nullptr},
         {"whole.mkv", {picture, sound}, 1, false, nullptr},
         {"whole.ts", {picture, sound}, 1, false, nullptr},
+        {"slow.mp4", {{"-f", "lavfi", "-i", "testsrc2=s=160x90:r=1/2:d=8"}}, 1, false, nullptr},
+        {"held.mp4",
+         {{"-f", "lavfi", "-i", "testsrc2=s=160x90:d=2", "-vf", "setpts='PTS+if(eq(N,49),3/TB,0)'",
+           "-fps_mode", "vfr"}},
+         1,
+         false,
+         nullptr},
         // What it is without its end, it does not tell.
         {"cut.ts", {picture, sound}, 0.6, false, nullptr},
         {"brief_sound.mp4", {picture, brief}, 1, false, nullptr},
