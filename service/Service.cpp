@@ -16,7 +16,7 @@
 #include "service/routes/Routes.h"
 #include "service/store/ChangeFeed.h"
 #include "service/store/DataDirectory.h"
-#include "service/store/Places.h"
+#include "service/store/Locations.h"
 #include "service/store/ReviewLinks.h"
 #include "service/store/SampleData.h"
 #include "service/store/Store.h"
@@ -66,7 +66,7 @@ struct Service::Parts {
           sessions(store, SystemTime),
           codes(sessions, SystemTime),
           changes(store),
-          places(store, changes),
+          locations(store, changes),
           uploads(directory, store, changes, SystemTime),
           links(store, SystemTime),
           events(changes, sessions),
@@ -80,7 +80,7 @@ struct Service::Parts {
         AddSignInRoutes(api, sessions, codes, localUser ? &*localUser : nullptr, options.limit);
         AddAuthorizeRoutes(api, store, codes, SystemTime);
         AddLocationRoutes(api, store);
-        AddPlaceRoutes(api, places);
+        AddLocationChangeRoutes(api, locations);
         AddEventRoutes(api, events);
         AddPageRoutes(api);
         AddUploadRoutes(api, uploads, options.faults);
@@ -93,7 +93,7 @@ struct Service::Parts {
     Sessions sessions;
     AuthorizationCodes codes;
     ChangeFeed changes;
-    Places places;
+    Locations locations;
     Uploads uploads;
     ReviewLinks links;
     EventStreams events;

@@ -27,7 +27,7 @@ std::string Render() {
     body += "<script>";
     body += resources::kAdminJs;
     body += "</script>\n";
-    return htmlpage::Document("Places of this service", Style(), body);
+    return htmlpage::Document("Locations of this service", Style(), body);
 }
 
 }  // namespace quilloservice::adminpage

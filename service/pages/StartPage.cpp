@@ -18,15 +18,15 @@ std::string SecurityPolicy() {
     return policy;
 }
 
-std::string Render(bool showsPlaces) {
+std::string Render(bool showsLocations) {
     std::string body =
         "<main class=\"card\">\n<h1>Quillo review service</h1>\n"
         "<p>Video editors share movies for review here. To watch one, open the link that you "
         "were sent.</p>\n";
-    if (showsPlaces) {
+    if (showsLocations) {
         body +=
             "<p>On this computer you can also see and change the accounts, projects and folders: "
-            "<a href=\"/admin\">Places of this service</a></p>\n";
+            "<a href=\"/admin\">Locations of this service</a></p>\n";
     }
     body += "<p class=\"quiet\">This is a service for development and tests.</p>\n</main>\n";
     return htmlpage::Document("Quillo review service", Style(), body);

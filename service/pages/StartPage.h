@@ -8,7 +8,8 @@ namespace quilloservice::startpage {
 /// The value of the Content-Security-Policy header that the page is to be served with.
 std::string SecurityPolicy();
 
-/// `showsPlaces`: whether the page /admin is shown to this visitor, so that a link may lead there.
-std::string Render(bool showsPlaces);
+/// `showsLocations`: whether the page /admin is shown to this visitor, so that a link may lead
+/// there.
+std::string Render(bool showsLocations);
 
 }  // namespace quilloservice::startpage

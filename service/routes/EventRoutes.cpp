@@ -14,11 +14,11 @@ void Follow(Call& call, EventStreams& streams) {
     call.response.SetHeader("Cache-Control", "no-store");
     call.response.SetHeader("Content-Type", "text/event-stream");
     if (call.request.method == "HEAD") return;
-    std::shared_ptr<EventStreams::Place> place = streams.Reserve(call.identity.session);
+    std::shared_ptr<EventStreams::Slot> slot = streams.Reserve(call.identity.session);
     EventStreams::Follower follower = streams.MakeFollower(
         call.identity.user, call.GetBearerToken(), call.Header("Last-Event-ID"));
-    call.response.takeOver = [&streams, follower, place](int socket) {
-        streams.Take(socket, follower, place);
+    call.response.takeOver = [&streams, follower, slot](int socket) {
+        streams.Take(socket, follower, slot);
     };
 }
 

@@ -69,29 +69,29 @@ bool SendSome(int socket, std::string& text) {
 
 }  // namespace
 
-/// Who has how many streams. Outlives its owner, for places that are in an answer on its way.
-struct EventStreams::Places {
+/// Who has how many streams. Outlives its owner, for slots that are in an answer on its way.
+struct EventStreams::Slots {
     std::size_t const most = MostStreams();
     std::mutex mutex;
     std::map<std::int64_t, std::size_t> ofSession;  // mutex
     std::size_t count = 0;                          // mutex
 };
 
-class EventStreams::Place {
+class EventStreams::Slot {
 public:
-    Place(std::shared_ptr<Places> places, std::int64_t session)
-        : places(std::move(places)), session(session) {}
-    ~Place() {
-        std::scoped_lock lock(places->mutex);
-        --places->count;
-        auto own = places->ofSession.find(session);
-        if (--own->second == 0) places->ofSession.erase(own);
+    Slot(std::shared_ptr<Slots> slots, std::int64_t session)
+        : slots(std::move(slots)), session(session) {}
+    ~Slot() {
+        std::scoped_lock lock(slots->mutex);
+        --slots->count;
+        auto own = slots->ofSession.find(session);
+        if (--own->second == 0) slots->ofSession.erase(own);
     }
-    Place(Place const&) = delete;
-    Place& operator=(Place const&) = delete;
+    Slot(Slot const&) = delete;
+    Slot& operator=(Slot const&) = delete;
 
 private:
-    std::shared_ptr<Places> places;
+    std::shared_ptr<Slots> slots;
     std::int64_t session;
 };
 
@@ -101,7 +101,7 @@ EventStreams::EventStreams(ChangeFeed& changes, Sessions const& sessions,
       sessions(sessions),
       heartbeat(heartbeat),
       wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      places(std::make_shared<Places>()) {
+      slots(std::make_shared<Slots>()) {
     changes.Listen([this] {
         changed = true;
         Wake();
@@ -132,29 +132,29 @@ EventStreams::Follower EventStreams::MakeFollower(
     return {user, token, resumes ? *last : changes.Position(), lastEventId && !resumes};
 }
 
-std::shared_ptr<EventStreams::Place> EventStreams::Reserve(std::int64_t session) {
-    std::scoped_lock lock(places->mutex);
-    if (places->count >= places->most) {
+std::shared_ptr<EventStreams::Slot> EventStreams::Reserve(std::int64_t session) {
+    std::scoped_lock lock(slots->mutex);
+    if (slots->count >= slots->most) {
         throw ApiError(503, "unavailable",
                        "As many clients as the service takes follow its changes.", 10);
     }
-    std::size_t& own = places->ofSession[session];
+    std::size_t& own = slots->ofSession[session];
     if (own >= kMostStreamsOfASession) {
         throw ApiError(429, "rate_limited",
                        "This session has as many streams of events as it may: 8.", 10);
     }
     ++own;
-    ++places->count;
-    return std::make_shared<Place>(places, session);
+    ++slots->count;
+    return std::make_shared<Slot>(slots, session);
 }
 
-void EventStreams::Take(int socket, Follower const& follower, std::shared_ptr<Place> place) {
+void EventStreams::Take(int socket, Follower const& follower, std::shared_ptr<Slot> slot) {
     {
         std::scoped_lock lock(mutex);
         newcomers.push_back(
             {.socket = socket,
              .follower = follower,
-             .place = std::move(place),
+             .slot = std::move(slot),
              .position = follower.since,
              .outbox = Event(follower.since, follower.reset ? "reset" : "ready", json::object())});
     }

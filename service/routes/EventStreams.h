@@ -36,7 +36,7 @@ public:
     };
 
     /// The right to one stream, given back at its end. May outlive the streams.
-    class Place;
+    class Slot;
 
     /// Something is sent at least each `heartbeat`.
     EventStreams(ChangeFeed& changes, Sessions const& sessions,
@@ -49,21 +49,21 @@ public:
     [[nodiscard]] Follower MakeFollower(std::string const& user, std::string const& token,
                                         std::optional<std::string> const& lastEventId) const;
 
-    /// A place for a stream of the session, to be filled by Take. Throws ApiError 429 or 503 when
+    /// A slot for a stream of the session, to be filled by Take. Throws ApiError 429 or 503 when
     /// the session, or all of them, have as many as they may.
-    std::shared_ptr<Place> Reserve(std::int64_t session);
+    std::shared_ptr<Slot> Reserve(std::int64_t session);
 
     /// Takes over the socket, on which the answer's head has been sent.
-    void Take(int socket, Follower const& follower, std::shared_ptr<Place> place);
+    void Take(int socket, Follower const& follower, std::shared_ptr<Slot> slot);
 
 private:
-    struct Places;
+    struct Slots;
     using Time = std::chrono::steady_clock::time_point;
 
     struct Stream {
         int socket;
         Follower follower;
-        std::shared_ptr<Place> place;
+        std::shared_ptr<Slot> slot;
         std::int64_t position;  ///< the number of the last change that is sent or in `outbox`
         std::string outbox;     ///< what the socket has not taken yet
         bool behind = true;     ///< there may be changes after `position`
@@ -83,7 +83,7 @@ private:
     std::chrono::milliseconds const heartbeat;
     int const wakeUp;  ///< an eventfd
     std::atomic<bool> changed = false;
-    std::shared_ptr<Places> const places;
+    std::shared_ptr<Slots> const slots;
     std::list<Stream> streams;  // the thread's
 
     std::mutex mutex;

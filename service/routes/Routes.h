@@ -14,7 +14,7 @@ class AuthorizationCodes;
 class DataDirectory;
 class EventStreams;
 class LocalUserSecret;
-class Places;
+class Locations;
 class ReviewLinks;
 class Sessions;
 class Store;
@@ -28,9 +28,10 @@ void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes,
 void AddAuthorizeRoutes(Api& api, Store const& store, AuthorizationCodes& codes,
                         Clock const& clock);
 void AddLocationRoutes(Api& api, Store const& store);
-void AddPlaceRoutes(Api& api, Places& places);
+void AddLocationChangeRoutes(Api& api, Locations& locations);
 void AddEventRoutes(Api& api, EventStreams& streams);
-/// The start page, and the one on which a developer changes places: for browsers on this machine.
+/// The start page, and the one on which a developer changes locations: for browsers on this
+/// machine.
 void AddPageRoutes(Api& api);
 void AddUploadRoutes(Api& api, Uploads& uploads, FaultOptions const& faults);
 /// `address`: where links lead when a request does not say under which name it found the service.

@@ -129,10 +129,11 @@ void PlantLarge(Planter& plant, std::string const& user) {
     int folder = 0;
     for (int workspace = 0; workspace < workspaces; ++workspace) {
         Node const& account = accounts[static_cast<std::size_t>(workspace) % accounts.size()];
-        Node place = plant.Child(account, kind::Workspace, LargeName("workspace", workspace + 1));
+        Node workspaceNode =
+            plant.Child(account, kind::Workspace, LargeName("workspace", workspace + 1));
         int projectsUpTo = projectsOfFirst + (projects - projectsOfFirst) * workspace / 39;
         for (; project < projectsUpTo; ++project) {
-            Node root = plant.Project(place, LargeName("project", project + 1));
+            Node root = plant.Project(workspaceNode, LargeName("project", project + 1));
             int foldersUpTo =
                 foldersOfFirst + (folders - foldersOfFirst) * project / (projects - 1);
             // Each third folder stands in the one before it, so that trees are deep as well as

@@ -12,7 +12,7 @@ const find = (id) => document.getElementById(id);
 const lists = new Map();
 
 // The sign-in is that of any program (RFC 6749, 7636); it ends with the tab, if not before.
-const client = "Quillo places page";
+const client = "Quillo locations page";
 const redirectUri = location.origin + "/admin";
 const ranOut = "The sign-in has run out. Sign in again.";
 let session = null;  // while somebody is signed in: the token, and what ends the requests
@@ -74,7 +74,7 @@ function button(label, name, action) {
   return made;
 }
 
-/// The list that stands below a place: of a project, that of its root folder.
+/// The list that stands below a location: of a project, that of its root folder.
 function listBelow(item) {
   const owner = item.type === "project" ? {id: item.root_folder.id, type: "folder"} : item;
   const kind = kinds[owner.type];
@@ -100,11 +100,11 @@ async function remove(item) {
   await attempt("Remove " + item.name, () => ask("DELETE", kinds[item.type].path + item.id));
 }
 
-function makePlace(item) {
-  const place = document.createElement("li");
+function makeLocation(item) {
+  const entry = document.createElement("li");
   if (!kinds[item.type]) {
-    place.textContent = item.name + (item.type === "file" ? " (file)" : " (versions)");
-    return place;
+    entry.textContent = item.name + (item.type === "file" ? " (file)" : " (versions)");
+    return entry;
   }
   const details = document.createElement("details");
   const summary = document.createElement("summary");
@@ -120,8 +120,8 @@ function makePlace(item) {
     lists.set(below.of, {...below, element: children});
     attempt("", () => show(below.of));
   };
-  place.append(details);
-  return place;
+  entry.append(details);
+  return entry;
 }
 
 async function show(of) {
@@ -132,18 +132,18 @@ async function show(of) {
   const hadFocus = list.element.contains(document.activeElement);
   items.forEach((item, index) => {
     item.type ??= list.child;
-    let place = before.get(item.id);
-    if (place?.dataset.name !== item.name) {
-      const made = makePlace(item);
+    let entry = before.get(item.id);
+    if (entry?.dataset.name !== item.name) {
+      const made = makeLocation(item);
       made.dataset.id = item.id;
       made.dataset.name = item.name;
-      if (place?.querySelector("details")?.open) made.querySelector("details").open = true;
-      place?.replaceWith(made);
-      place = made;
+      if (entry?.querySelector("details")?.open) made.querySelector("details").open = true;
+      entry?.replaceWith(made);
+      entry = made;
     }
     before.delete(item.id);
     const standing = list.element.children[index];
-    if (standing !== place) list.element.insertBefore(place, standing ?? null);
+    if (standing !== entry) list.element.insertBefore(entry, standing ?? null);
   });
   for (const gone of before.values()) gone.remove();
   if (hadFocus && !list.element.contains(document.activeElement)) {
@@ -234,7 +234,7 @@ function showSignedOut(text) {
   session = null;
   sessionStorage.removeItem("token");
   lists.clear();
-  find("places").replaceChildren();
+  find("locations").replaceChildren();
   document.querySelector("dialog").close();
   const hadFocus = find("signed-in").contains(document.activeElement);
   find("signed-in").hidden = true;
@@ -245,7 +245,7 @@ function showSignedOut(text) {
 
 function showSignedIn(token) {
   session = {token, end: new AbortController()};
-  lists.set("", {path: "/v1/accounts", key: "accounts", child: "account", element: find("places")});
+  lists.set("", {path: "/v1/accounts", key: "accounts", child: "account", element: find("locations")});
   find("user").textContent = "";
   find("signed-out").hidden = true;
   find("signed-in").hidden = false;

@@ -101,7 +101,7 @@ function statusIs(text, tab = page) {
   return tab.getByRole("status").filter({ hasText: text }).waitFor();
 }
 
-/// The token that the page of places was given.
+/// The token that the page of locations was given.
 function token() {
   return page.evaluate(() => sessionStorage.getItem("token"));
 }
@@ -114,7 +114,7 @@ async function call(bearer, url, options = {}) {
 test("the start page, and what is not there", async () => {
   await visit("/", 200);
   await check("start");
-  await page.getByRole("link", { name: "Places" }).click();
+  await page.getByRole("link", { name: "Locations" }).click();
   await page.getByRole("button", { name: "Sign in" }).waitFor();
   await visit("/nothing", 404);
   await check("not-found");
@@ -123,10 +123,10 @@ test("the start page, and what is not there", async () => {
   await visit("/oauth/authorize?client_id=x&redirect_uri=http://evil.example/", 400);
   await check("refusal");
   await visit(`http://${ELSEWHERE}:${new URL(address).port}/admin`, 403);
-  await check("no-places");
+  await check("no-locations");
 });
 
-test("the page of places says that it needs scripts", async () => {
+test("the page of locations says that it needs scripts", async () => {
   const tab = await openTab({ javaScriptEnabled: false });
   await visit("/admin", 200, tab);
   assert.match(await tab.evaluate(() => document.body.innerText), /This page needs scripts/);
@@ -137,12 +137,12 @@ test("the page of places says that it needs scripts", async () => {
     const alternative = document.querySelector("noscript");
     alternative.outerHTML = alternative.textContent;
   });
-  await check("places-without-scripts");
+  await check("locations-without-scripts");
 });
 
-test("the page of places signs in and out", async () => {
+test("the page of locations signs in and out", async () => {
   await visit("/admin", 200);
-  await check("places-signed-out");
+  await check("locations-signed-out");
   await page.getByRole("button", { name: "Sign in" }).click();
   await page.getByLabel("Password").waitFor();
   await check("sign-in");
@@ -173,13 +173,13 @@ test("the page of places signs in and out", async () => {
   await page.getByRole("button", { name: "Sign in" }).waitFor();
 });
 
-test("places are made on their page", async () => {
+test("locations are made on their page", async () => {
   await visit("/admin", 200);
   await page.getByRole("button", { name: "Sign in" }).click();
   await signIn("Allow");
   await page.getByText("Signed in as Robin Ellery").waitFor();
   await page.getByRole("button", { name: "Add account" }).click();
-  await check("places-dialog");
+  await check("locations-dialog");
   await page.getByRole("textbox").fill("A new account with a name that is long enough to need more than one line");
   await page.getByRole("button", { name: "OK" }).click();
   await page.getByText("A new account").first().waitFor();
@@ -187,7 +187,7 @@ test("places are made on their page", async () => {
     await page.locator("summary").getByText(name, { exact: true }).click();
   }
   await page.locator("summary").getByText("Editorial", { exact: true }).waitFor();
-  await check("places");
+  await check("locations");
 });
 
 test("reviewers see what a link has", async () => {

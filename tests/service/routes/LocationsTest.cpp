@@ -14,7 +14,7 @@ using test::RunningService;
 using testing::HasSubstr;
 using testing::Not;
 
-class PlacesTest : public testing::Test {
+class LocationsTest : public testing::Test {
 protected:
     /// The status and the error's code, where there is one, that a request is answered with.
     std::string Try(std::string const& method, std::string const& path, json const& body = {}) {
@@ -38,7 +38,7 @@ protected:
     ApiClient client{service.GetPort()};
 };
 
-TEST_F(PlacesTest, AreMadeRenamedAndRemovedFromTheAccountDown) {
+TEST_F(LocationsTest, AreMadeRenamedAndRemovedFromTheAccountDown) {
     std::string account = client.Post("/v1/accounts", {{"name", "A"}})["account"]["id"];
     std::string workspaces = "/v1/accounts/" + account + "/workspaces";
     std::string workspace = client.Post(workspaces, {{"name", "W"}})["workspace"]["id"];
@@ -69,7 +69,7 @@ TEST_F(PlacesTest, AreMadeRenamedAndRemovedFromTheAccountDown) {
     EXPECT_EQ(NamesIn("/v1/accounts", "accounts").size(), 2u);
 }
 
-TEST_F(PlacesTest, WithMoviesOrLinksAreKept) {
+TEST_F(LocationsTest, WithMoviesOrLinksAreKept) {
     std::string projects = "/v1/workspaces/" +
                            UuidOf(UuidOf("account/Northlight Pictures") + "/Commercials/1") +
                            "/projects";
@@ -89,7 +89,7 @@ TEST_F(PlacesTest, WithMoviesOrLinksAreKept) {
     EXPECT_EQ(Try("PATCH", "/v1/folders/" + root, {{"name", "x"}}), "409 conflict");
 }
 
-TEST_F(PlacesTest, TellsWhatIsWrongWithARequest) {
+TEST_F(LocationsTest, TellsWhatIsWrongWithARequest) {
     std::string stranger = UuidOf("account/Somebody Else's Account");
     std::string unknown = UuidOf("nothing");
     struct Row {
@@ -119,7 +119,7 @@ TEST_F(PlacesTest, TellsWhatIsWrongWithARequest) {
     }
 }
 
-TEST_F(PlacesTest, HaveAPageForBrowsersOfThisMachineThatHoldsNoSecret) {
+TEST_F(LocationsTest, HaveAPageForBrowsersOfThisMachineThatHoldsNoSecret) {
     std::string port = ":" + std::to_string(service.GetPort());
     auto page = client.http.Get("/admin");
     ASSERT_EQ(page->status, 200);

@@ -1,4 +1,4 @@
-#include "service/store/Places.h"
+#include "service/store/Locations.h"
 
 #include "service/base/ApiError.h"
 #include "service/base/Uuid.h"
@@ -33,9 +33,9 @@ void RecordList(Database& database, Node const& node) {
     ChangeFeed::RecordChildren(database, ParentOf(database, node));
 }
 
-/// The place, for a change of its own: a root folder is a part of its project.
-Node RequirePlace(Database& database, std::string const& user, std::string_view kind,
-                  std::string const& id) {
+/// The location, for a change of its own: a root folder is a part of its project.
+Node RequireLocation(Database& database, std::string const& user, std::string_view kind,
+                     std::string const& id) {
     Node node = RequireNode(database, user, id, kind);
     if (kind == kind::Folder && ParentOf(database, node).kind == kind::Project) {
         throw ApiError::Conflict("This is the root folder of a project; change the project.");
@@ -49,7 +49,7 @@ void RequireEmpty(Database& database, Node const& node) {
     std::size_t children = ChildrenOf(database, node.id).size();
     if (children > (root ? 1U : 0U)) {
         throw ApiError::Conflict(
-            "It is not empty, and movies and links are never removed with a place; "
+            "It is not empty, and movies and links are never removed with a location; "
             "remove what it holds first.");
     }
     if (database.Query("SELECT 1 FROM uploads WHERE folder = ? AND published = 0", node.id)
@@ -68,24 +68,24 @@ void DeleteNode(Database& database, Node const& node) {
 
 }  // namespace
 
-Place Places::AddAccount(std::string const& user, std::string const& name) {
-    Place place = store.Write([&](Database& database) {
+Location Locations::AddAccount(std::string const& user, std::string const& name) {
+    Location location = store.Write([&](Database& database) {
         std::string id = NewUuid();
         Node account{id, std::string(kind::Account), id, std::nullopt, name};
         InsertNode(database, account);
         database.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", user, id);
         RecordList(database, account);
-        return Place{account, std::nullopt};
+        return Location{account, std::nullopt};
     });
     changes.Announce();
-    return place;
+    return location;
 }
 
-Place Places::Add(std::string const& user, std::string_view kind, std::string const& parent,
-                  std::string const& name) {
-    Place place = store.Write([&](Database& database) {
+Location Locations::Add(std::string const& user, std::string_view kind, std::string const& parent,
+                        std::string const& name) {
+    Location location = store.Write([&](Database& database) {
         Node above = RequireNode(database, user, parent, KindOfParent(kind));
-        Place made{{NewUuid(), std::string(kind), above.account, above.id, name}, std::nullopt};
+        Location made{{NewUuid(), std::string(kind), above.account, above.id, name}, std::nullopt};
         InsertNode(database, made.node);
         if (kind == kind::Project) {
             made.root =
@@ -96,13 +96,13 @@ Place Places::Add(std::string const& user, std::string_view kind, std::string co
         return made;
     });
     changes.Announce();
-    return place;
+    return location;
 }
 
-Place Places::Rename(std::string const& user, std::string_view kind, std::string const& id,
-                     std::string const& name) {
-    Place place = store.Write([&](Database& database) {
-        Node node = RequirePlace(database, user, kind, id);
+Location Locations::Rename(std::string const& user, std::string_view kind, std::string const& id,
+                           std::string const& name) {
+    Location location = store.Write([&](Database& database) {
+        Node node = RequireLocation(database, user, kind, id);
         std::optional<Node> root = RootOf(database, node);
         SetName(database, node, name);
         node.name = name;
@@ -111,15 +111,15 @@ Place Places::Rename(std::string const& user, std::string_view kind, std::string
             root->name = name;
         }
         RecordList(database, node);
-        return Place{node, root};
+        return Location{node, root};
     });
     changes.Announce();
-    return place;
+    return location;
 }
 
-void Places::Remove(std::string const& user, std::string_view kind, std::string const& id) {
+void Locations::Remove(std::string const& user, std::string_view kind, std::string const& id) {
     store.Write([&](Database& database) {
-        Node node = RequirePlace(database, user, kind, id);
+        Node node = RequireLocation(database, user, kind, id);
         RequireEmpty(database, node);
         RecordList(database, node);
         if (auto root = RootOf(database, node)) DeleteNode(database, *root);
