@@ -37,7 +37,8 @@ std::optional<std::vector<std::string>> MatchPath(std::string_view pattern, std:
         std::string_view expected = NextSegment(pattern);
         if (expected == "/{rest}") return ids;
         std::string_view segment = NextSegment(path);
-        if (expected == "/{id}" && segment.size() > 1 && IsUuid(segment.substr(1))) {
+        if (expected == "/{id}") {
+            if (segment.empty() || !IsUuid(segment.substr(1))) return std::nullopt;
             ids.emplace_back(segment.substr(1));
         } else if (expected != segment) {
             return std::nullopt;

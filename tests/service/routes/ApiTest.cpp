@@ -203,6 +203,7 @@ TEST_F(ApiTest, TellsUnknownThingsFromThoseOfOthers) {
              {"GET", "/v1/folders/FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF/children", 404},
              {"GET", "/v1/folders/" + std::string(4000, 'a') + "/children", 404},
              {"GET", "/v1/folders/%00/children", 404},
+             {"GET", "/v1/folders/%7Bid%7D/children", 404},
              {"HEAD", "/v1/uploads/" + unknown, 404},
              {"DELETE", "/v1/uploads/" + unknown, 405},
          }) {

@@ -93,7 +93,8 @@ TEST_F(ReviewTest, ShowsOnlyWhatTheLinkHas) {
          {"/r/" + link + "/assets/" + secret, "/r/" + otherLink + "/assets/" + shared,
           "/r/" + UuidOf("no link") + "/assets/" + shared, "/r/" + UuidOf("no link"),
           "/r/" + client.project, "/r/" + link.substr(0, 20), std::string("/r/"),
-          "/r/" + link + "/assets/..%2F..%2Fstore.sqlite", "/r/" + link + "/nothing"}) {
+          std::string("/r/%7Bid%7D"), "/r/" + link + "/assets/..%2F..%2Fstore.sqlite",
+          "/r/" + link + "/nothing"}) {
         auto result = client.http.Get(path);
         EXPECT_EQ(result->status, 404) << path;
         EXPECT_THAT(result->body, HasSubstr("There is nothing here")) << path;
