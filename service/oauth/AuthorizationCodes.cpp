@@ -8,8 +8,7 @@ namespace quilloservice {
 AuthorizationCodes::AuthorizationCodes(Sessions& sessions, Clock clock)
     : sessions(sessions), clock(std::move(clock)) {}
 
-std::string AuthorizationCodes::Issue(std::string const& user,
-                                      AuthorizationRequest const& request) {
+std::string AuthorizationCodes::Issue(UserId const& user, AuthorizationRequest const& request) {
     std::string code = ToHex(RandomBytes(32));
     std::int64_t now = clock();
     std::scoped_lock lock(mutex);

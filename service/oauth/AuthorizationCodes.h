@@ -11,37 +11,37 @@
 
 namespace quilloservice {
 
-/// The codes with which users who have allowed it send programs back. They are kept in memory only,
-/// under their SHA-256, for a minute: a service that is restarted has the user allow it anew. Any
+/// The authorization codes that have been issued and not yet expired, one minute each. Kept in
+/// memory only and by their SHA-256; after a restart users have to allow the access again. Any
 /// thread.
 class AuthorizationCodes {
 public:
     static constexpr std::int64_t kSeconds = 60;
 
-    /// What a program presents together with a code.
+    /// The parameters of a token request beside the code.
     struct Claim {
-        std::string client;
+        ClientId client;
         std::string redirectUri;
         std::string verifier;
     };
 
     AuthorizationCodes(Sessions& sessions, Clock clock);
 
-    /// A code that begins a session of `user` for what `request` asked.
-    std::string Issue(std::string const& user, AuthorizationRequest const& request);
+    /// Issues a code for a session of `user` with the program that sent `request`.
+    std::string Issue(UserId const& user, AuthorizationRequest const& request);
 
-    /// Begins that session; nothing when the code is unknown or expired, or the claim is not of the
-    /// request that it was issued for. A code is good for one attempt, whatever comes of it; at the
-    /// second the session that it began is ended, for one of the two has stolen it.
+    /// Starts the session; nothing if the code is unknown or expired, or if the claim does not
+    /// match the request. A code is valid for one attempt, successful or not. A second attempt
+    /// means that the code was stolen, so it ends the session that the first one started.
     std::optional<TokenPair> Redeem(std::string const& code, Claim const& claim);
 
 private:
     struct Entry {
-        std::string user;
+        UserId user;
         AuthorizationRequest request;
         std::int64_t expiresAt = 0;
         bool used = false;
-        std::string accessToken{};  ///< of the session that it began
+        std::string accessToken{};  ///< of the session that the code started
     };
 
     Sessions& sessions;

@@ -23,7 +23,7 @@ std::string Locate(AuthorizationRequest const& request,
     return WithParameters(request.redirectUri, parameters);
 }
 
-/// The bytes of a SHA-256 in base64url without padding; nothing when `text` is no such thing.
+/// Decodes a SHA-256 in base64url without padding; nothing if `text` is anything else.
 std::optional<std::string> DigestIn(std::string text) {
     if (text.find_first_of("+/=") != std::string::npos) return std::nullopt;
     std::replace(text.begin(), text.end(), '-', '+');
@@ -32,21 +32,18 @@ std::optional<std::string> DigestIn(std::string text) {
     return digest && digest->size() == 32 ? digest : std::nullopt;
 }
 
-/// Who asks, and where the answer goes: without these there is nobody to tell of an error.
+/// Reads the client and the redirect URI, without which no error can be sent to the program.
 AuthorizationRequest ReadSender(OAuthFields const& fields) {
-    AuthorizationRequest request;
     try {
-        request.client = fields.RequireClient();
-        request.redirectUri = fields.Require("redirect_uri");
+        AuthorizationRequest request{
+            fields.RequireClient(), fields.Require("redirect_uri"), {}, {}};
+        if (IsLoopbackRedirect(request.redirectUri)) return request;
     } catch (OAuthError const& error) {
         throw UntrustedRequest{error.description};
     }
-    if (!IsLoopbackRedirect(request.redirectUri)) {
-        throw UntrustedRequest{
-            "redirect_uri does not lead to a program on this computer: it has to be "
-            "http://127.0.0.1:PORT/..."};
-    }
-    return request;
+    throw UntrustedRequest{
+        "redirect_uri does not lead to a program on this computer: it has to be "
+        "http://127.0.0.1:PORT/..."};
 }
 
 std::string ReadState(OAuthFields const& fields) {

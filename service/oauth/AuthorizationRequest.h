@@ -2,44 +2,42 @@
 
 #include <string>
 
+#include "service/oauth/ClientId.h"
+
 namespace quilloservice {
 
 class OAuthFields;
 
-/// What a program asks for when it sends its user here: a code for `client`, brought to
-/// `redirectUri` together with `state` (RFC 6749), which only who made `challenge` can use (RFC
-/// 7636).
+/// An authorization request (RFC 6749, 4.1.1) with a PKCE challenge (RFC 7636, 4.3).
 struct AuthorizationRequest {
-    std::string client;
+    ClientId client;
     std::string redirectUri;
     std::string state;      ///< empty: none
-    std::string challenge;  ///< base64url of a SHA-256
+    std::string challenge;  ///< base64url of the verifier's SHA-256
 };
 
-/// A request that cannot be answered with a redirect: to whom it would lead is not certain.
+/// A request with an invalid client or redirect URI. It is answered with a page: a redirect could
+/// lead anywhere.
 struct UntrustedRequest {
-    std::string reason;  ///< a sentence for people
+    std::string reason;  ///< a sentence for the user
 };
 
-/// A request that is answered with a redirect to this address, which tells the program of an error.
+/// Any other invalid request. It is answered with a redirect to `location`, which holds the error.
 struct RefusedRequest {
     std::string location;
 };
 
-/// Reads the request from the parameters of RFC 6749 4.1.1 and RFC 7636 4.3. Throws
-/// UntrustedRequest and RefusedRequest. Clients need no registration: the name is what the user is
-/// shown.
+/// Reads a request from its parameters. Throws UntrustedRequest and RefusedRequest.
 AuthorizationRequest ReadAuthorizationRequest(OAuthFields const& fields);
 
-/// Where the browser goes with an error (RFC 6749 4.1.2.1).
+/// The redirect that carries an error (RFC 6749, 4.1.2.1).
 std::string LocationOfError(AuthorizationRequest const& request, std::string const& error,
                             std::string const& description);
 
-/// Where it goes with the code.
+/// The redirect that carries the code.
 std::string LocationOfCode(AuthorizationRequest const& request, std::string const& code);
 
-/// Whether the SHA-256 of `verifier` is what the challenge says, and the verifier is of the form
-/// and the length of RFC 7636.
+/// Whether `verifier` is well-formed (RFC 7636, 4.1) and its SHA-256 equals the challenge.
 bool MeetsChallenge(std::string const& verifier, std::string const& challenge);
 
 }  // namespace quilloservice

@@ -1,15 +1,8 @@
 #include "service/oauth/OAuthFields.h"
 
-#include "service/base/Text.h"
 #include "service/http/UrlEncoding.h"
 
 namespace quilloservice {
-
-namespace {
-
-constexpr std::size_t kLongestClient = 256;
-
-}  // namespace
 
 OAuthFields OAuthFields::InBody(http::Request const& request, std::string const& body) {
     std::string_view type = request.Header("Content-Type").value_or("");
@@ -36,13 +29,13 @@ std::string const& OAuthFields::Require(std::string const& name) const {
     return *values.front();
 }
 
-std::string const& OAuthFields::RequireClient() const {
-    std::string const& client = Require("client_id");
-    if (client.size() > kLongestClient || !IsPrintableText(client)) {
+ClientId OAuthFields::RequireClient() const {
+    std::optional<ClientId> client = ClientId::Parse(Require("client_id"));
+    if (!client) {
         throw OAuthError{"invalid_request",
                          "client_id has to be at most 256 bytes of printable text."};
     }
-    return client;
+    return *std::move(client);
 }
 
 std::optional<std::string> OAuthFields::Find(std::string const& name) const {

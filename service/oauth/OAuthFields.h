@@ -6,31 +6,31 @@
 #include <vector>
 
 #include "service/http/Request.h"
+#include "service/oauth/ClientId.h"
 
 namespace quilloservice {
 
-/// An error of RFC 6749's kind.
+/// An error response of RFC 6749, 5.2.
 struct OAuthError {
     std::string error;
     std::string description;
 };
 
-/// The parameters of an OAuth request. One that is empty counts as absent, as RFC 6749 wants it.
+/// The parameters of an OAuth request. An empty one counts as absent (RFC 6749, 3.1).
 class OAuthFields {
 public:
     explicit OAuthFields(http::Fields fields) : fields(std::move(fields)) {}
 
-    /// The fields of the form that is the request's body. Throws OAuthError when it is none.
+    /// Reads the form in the request's body. Throws OAuthError if the body is not a form.
     static OAuthFields InBody(http::Request const& request, std::string const& body);
 
-    /// Throws OAuthError when the field is absent, or there twice.
+    /// Throws OAuthError if the parameter is absent or repeated.
     [[nodiscard]] std::string const& Require(std::string const& name) const;
 
-    /// The client_id: the name of a program, since programs need no registration. Throws OAuthError
-    /// when it is absent or there twice, and when it is longer than 256 bytes or not printable.
-    [[nodiscard]] std::string const& RequireClient() const;
+    /// The parameter client_id. Throws OAuthError if it is absent, repeated or malformed.
+    [[nodiscard]] ClientId RequireClient() const;
 
-    /// Throws OAuthError when the field is there twice.
+    /// Throws OAuthError if the parameter is repeated.
     [[nodiscard]] std::optional<std::string> Find(std::string const& name) const;
 
 private:

@@ -9,7 +9,7 @@ using nlohmann::json;
 json DescribeAuthorizationServer(std::string const& issuer, bool trustsLocalUser) {
     json grants = {"authorization_code", "refresh_token"};
     if (trustsLocalUser) grants.push_back("urn:quillo:grant-type:local-user");
-    json none = json::array({"none"});  // programs have no secret of their own (RFC 8252)
+    json none = json::array({"none"});  // native apps keep no secret (RFC 8252)
     return {{"issuer", issuer},
             {"authorization_endpoint", issuer + "/oauth/authorize"},
             {"token_endpoint", issuer + "/oauth/token"},

@@ -5,8 +5,8 @@
 
 namespace quilloservice {
 
-/// What clients may want to know of the service as an authorization server (RFC 8414), for those
-/// that find it at `issuer`, "http://host:port".
+/// The authorization server's metadata (RFC 8414). `issuer` is the address at which the client
+/// reached the service, "http://host:port".
 nlohmann::json DescribeAuthorizationServer(std::string const& issuer, bool trustsLocalUser);
 
 }  // namespace quilloservice

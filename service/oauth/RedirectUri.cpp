@@ -14,7 +14,7 @@ constexpr std::string_view kIpv6 = "http://[::1]";
 constexpr std::size_t kLongest = 1024;
 constexpr std::int64_t kHighestPort = 65535;
 
-/// What follows the host in a URI of a loopback host; nothing when it is no such URI.
+/// The rest of `uri` after a loopback host; nothing if it has another scheme or host.
 std::optional<std::string_view> AfterHost(std::string_view uri) {
     for (std::string_view origin : {kIpv4, kIpv6}) {
         if (uri.starts_with(origin)) return uri.substr(origin.size());
@@ -22,7 +22,8 @@ std::optional<std::string_view> AfterHost(std::string_view uri) {
     return std::nullopt;
 }
 
-/// Takes ":PORT" off the front of `rest`, if it begins with a colon; false when that is no port.
+/// Removes ":PORT" from the front of `rest`, if it starts with a colon; false if the port is
+/// invalid.
 bool TakePort(std::string_view& rest) {
     if (!rest.starts_with(':')) return true;
     std::string_view digits = rest.substr(1, rest.find('/') - 1);
@@ -32,8 +33,8 @@ bool TakePort(std::string_view& rest) {
     return true;
 }
 
-/// RFC 3986's characters of a path and a query; those that browsers mend or read in their own way
-/// are none.
+/// The characters of a path and query in RFC 3986. Browsers normalise others, such as backslashes,
+/// each in its own way.
 bool IsPathCharacter(char c) {
     constexpr std::string_view marks = "-._~!$&'()*+,;=:@/?%";
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
@@ -60,7 +61,7 @@ std::string WithParameters(std::string uri,
 }
 
 std::string FormActionSource(std::string_view uri) {
-    // A policy cannot name an IPv6 address.
+    // Content-Security-Policy has no syntax for IPv6 addresses.
     if (uri.starts_with(kIpv6)) return "http:";
     return std::string(uri.substr(0, uri.find('/', kIpv4.size())));
 }

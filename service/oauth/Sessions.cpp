@@ -15,7 +15,7 @@ std::string HashOf(std::string_view token) {
     return ToHex(Sha256(token));
 }
 
-std::string Issue(Database& database, std::int64_t session, std::string_view kind,
+std::string Issue(Database& database, SessionId session, std::string_view kind,
                   std::int64_t expiresAt, std::string_view parent) {
     std::string token = ToHex(RandomBytes(32));
     database.Run(
@@ -26,20 +26,20 @@ std::string Issue(Database& database, std::int64_t session, std::string_view kin
 }
 
 /// `parent`: the hash of the refresh token that is exchanged for the pair.
-TokenPair IssuePair(Database& database, std::int64_t session, std::int64_t now,
+TokenPair IssuePair(Database& database, SessionId session, std::int64_t now,
                     std::string_view parent = {}) {
     return {Issue(database, session, kAccess, now + Sessions::kAccessSeconds, parent),
             Issue(database, session, kRefresh, now + Sessions::kRefreshSeconds, parent)};
 }
 
-/// Takes back the pair that was issued for the refresh token `hash`. Its refresh token stays known
-/// as one that was used long ago, so that who has it is found out.
-void TakeBack(Database& database, std::string const& hash) {
+/// Revokes the pair that was issued for the refresh token `hash`. Its refresh token is kept as one
+/// used long ago, so that using it ends the session.
+void RevokePair(Database& database, std::string const& hash) {
     database.Run("DELETE FROM tokens WHERE parent = ? AND kind = ?", hash, kAccess);
     database.Run("UPDATE tokens SET used_at = 0, parent = NULL WHERE parent = ?", hash);
 }
 
-void End(Database& database, std::int64_t session) {
+void End(Database& database, SessionId session) {
     database.Run("DELETE FROM sessions WHERE id = ?", session);
 }
 
@@ -54,22 +54,22 @@ void ForgetExpired(Database& database, std::int64_t now) {
 
 Sessions::Sessions(Store& store, Clock clock) : store(store), clock(std::move(clock)) {}
 
-TokenPair Sessions::SignIn(std::string const& user, std::string_view client) {
+TokenPair Sessions::SignIn(UserId const& user, ClientId const& client) {
     return store.Write([&](Database& database) {
         std::int64_t now = clock();
         ForgetExpired(database, now);
         Statement session = database.Query(
             "INSERT INTO sessions (user, client) VALUES (?, ?) RETURNING id", user, client);
         session.Next();
-        return IssuePair(database, session.Integer(0), now);
+        return IssuePair(database, SessionId(session.Integer(0)), now);
     });
 }
 
-std::optional<TokenPair> Sessions::Refresh(std::string_view refreshToken, std::string_view client) {
+std::optional<TokenPair> Sessions::Refresh(std::string_view refreshToken, ClientId const& client) {
     return store.Write([&](Database& database) -> std::optional<TokenPair> {
         std::int64_t now = clock();
         std::string hash = HashOf(refreshToken);
-        std::int64_t session = 0;
+        SessionId session{};
         std::optional<std::int64_t> usedAt;
         {
             Statement row = database.Query(
@@ -78,13 +78,13 @@ std::optional<TokenPair> Sessions::Refresh(std::string_view refreshToken, std::s
                 "WHERE hash = ? AND kind = ? AND expires_at > ? AND client = ?",
                 hash, kRefresh, now, client);
             if (!row.Next()) return std::nullopt;
-            session = row.Integer(0);
+            session = SessionId(row.Integer(0));
             if (row.Integer(1) != 0) usedAt = row.Integer(2);
         }
         if (!usedAt) {
             database.Run("UPDATE tokens SET used_at = ? WHERE hash = ?", now, hash);
         } else if (MayBeRepeated(database, hash, *usedAt, now)) {
-            TakeBack(database, hash);
+            RevokePair(database, hash);
         } else {
             End(database, session);
             return std::nullopt;
@@ -113,7 +113,7 @@ std::optional<Identity> Sessions::Find(std::string_view accessToken) const {
             now + kAccessSeconds - kRefreshGraceSeconds, hash, kAccess, now);
         if (!row.Next()) return std::nullopt;
         isNew = row.Integer(2) != 0;
-        return Identity{row.Integer(0), row.Text(1)};
+        return Identity{SessionId(row.Integer(0)), row.Id<UserId>(1)};
     });
     if (isNew) {
         std::scoped_lock lock(mutex);

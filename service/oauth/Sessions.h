@@ -8,16 +8,18 @@
 #include <string_view>
 
 #include "service/base/Clock.h"
+#include "service/oauth/ClientId.h"
+#include "service/store/Ids.h"
 
 namespace quilloservice {
 
 class Database;
 class Store;
 
-/// Who is asking: a signed-in session and its user.
+/// The session and user of a request.
 struct Identity {
-    std::int64_t session = 0;
-    std::string user;
+    SessionId session{};
+    UserId user;
 };
 
 struct TokenPair {
@@ -25,31 +27,31 @@ struct TokenPair {
     std::string refresh;
 };
 
-/// Signed-in sessions and their tokens. A token is 256 random bits; the store has only its
-/// SHA-256, so that a copy of the store signs nobody in. Any thread.
+/// Signed-in sessions and their tokens. A token is 256 random bits, of which the store holds only
+/// the SHA-256. Any thread.
 class Sessions {
 public:
     static constexpr std::int64_t kAccessSeconds = 3600;
     static constexpr std::int64_t kRefreshSeconds = 30 * 24 * 3600;
-    /// How long a refresh token may be used again, for a client that lost the answer.
+    /// How long a refresh token may be used again by a client that lost the response.
     static constexpr std::int64_t kRefreshGraceSeconds = 60;
 
     Sessions(Store& store, Clock clock);
 
-    /// Begins a session of `user` for the program `client`.
-    TokenPair SignIn(std::string const& user, std::string_view client);
+    /// Starts a session of `user` with the program `client`.
+    TokenPair SignIn(UserId const& user, ClientId const& client);
 
-    /// A new pair for a refresh token; nothing when it is unknown, expired, or of another client. A
-    /// refresh token is good for one exchange. One that is used again has been stolen, or its thief
-    /// was first: that ends its session (RFC 9700). But a client that lost the answer may ask for
-    /// it again for a while, as long as nothing of the pair in that answer was used; that pair is
-    /// taken back then.
-    std::optional<TokenPair> Refresh(std::string_view refreshToken, std::string_view client);
+    /// Exchanges a refresh token for a new pair; nothing if it is unknown, expired or another
+    /// client's. A refresh token is valid once: using it again ends its session, because one of the
+    /// two users has stolen it (RFC 9700). Exception, for a client that lost the response: within
+    /// kRefreshGraceSeconds, and before a token of the new pair is used, the exchange may be
+    /// repeated; the former pair is revoked.
+    std::optional<TokenPair> Refresh(std::string_view refreshToken, ClientId const& client);
 
-    /// Ends the session that `token`, of either sort, belongs to. Unknown tokens are no error.
+    /// Ends the session of `token`, an access or refresh token. Ignores unknown tokens.
     void Revoke(std::string_view token);
 
-    /// Whose access token this is; nothing when it is unknown, expired or revoked.
+    /// The identity behind an access token; nothing if it is unknown, expired or revoked.
     [[nodiscard]] std::optional<Identity> Find(std::string_view accessToken) const;
 
 private:
@@ -59,8 +61,8 @@ private:
     Store& store;
     Clock clock;
     mutable std::mutex mutex;
-    /// The access tokens that were issued for a refresh token and used in the last minute, by their
-    /// hashes, and when. Not in the store: to look a token up must not wait for the disk.
+    /// The access tokens from a refresh that were used in the last minute: hash and time of first
+    /// use. In memory only, because Find must not wait for the disk.
     mutable std::map<std::string, std::int64_t> seen;  // mutex
 };
 

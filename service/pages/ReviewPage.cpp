@@ -58,8 +58,8 @@ std::string Versions(ReviewContent const& content, std::vector<MovieVersion> con
     for (MovieVersion const& version : versions) {
         html += "<a class=\"pill\"";
         if (version.asset == shown.asset) html += " aria-current=\"true\"";
-        html += " href=\"/r/" + content.id + "?v=" + version.asset + "#" + anchor + "\">Version " +
-                std::to_string(version.version);
+        html += " href=\"/r/" + content.id.GetText() + "?v=" + version.asset.GetText() + "#" +
+                anchor + "\">Version " + std::to_string(version.version);
         if (&version == &versions.front()) html += " (newest)";
         html += "</a>\n";
     }
@@ -67,12 +67,12 @@ std::string Versions(ReviewContent const& content, std::vector<MovieVersion> con
 }
 
 std::string Movie(ReviewContent const& content, std::vector<MovieVersion> const& versions,
-                  std::string const& chosenAsset, std::size_t index) {
+                  FileId const& chosenAsset, std::size_t index) {
     auto chosen = std::find_if(versions.begin(), versions.end(), [&](MovieVersion const& version) {
         return version.asset == chosenAsset;
     });
     MovieVersion const& shown = chosen == versions.end() ? versions.front() : *chosen;
-    std::string address = "/r/" + content.id + "/assets/" + shown.asset;
+    std::string address = "/r/" + content.id.GetText() + "/assets/" + shown.asset.GetText();
     std::string anchor = "movie-" + std::to_string(index + 1);
     std::string html = "<section id=\"" + anchor + "\">\n";
     html += "<video controls preload=\"metadata\" playsinline src=\"" + address +
@@ -96,7 +96,7 @@ std::string SecurityPolicy() {
     return policy;
 }
 
-std::string Render(ReviewContent const& content, std::string const& chosenAsset) {
+std::string Render(ReviewContent const& content, FileId const& chosen) {
     std::string body = "<header>\n<p class=\"label\">For review</p>\n<h1>" + Title(content.name) +
                        "</h1>\n</header>\n<main>\n";
     if (content.movies.empty()) {
@@ -106,7 +106,7 @@ std::string Render(ReviewContent const& content, std::string const& chosenAsset)
             "been shared under this link so far. Reload the page later.</p></section>\n";
     }
     for (std::size_t i = 0; i < content.movies.size(); ++i) {
-        body += Movie(content, content.movies[i], chosenAsset, i);
+        body += Movie(content, content.movies[i], chosen, i);
     }
     return Page(content.name, body + "</main>\n");
 }

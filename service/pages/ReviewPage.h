@@ -2,20 +2,21 @@
 
 #include <string>
 
+#include "service/store/Ids.h"
+
 namespace quilloservice {
 
 struct ReviewContent;
 
-/// The reviewers' pages: complete HTML documents without scripts, that load nothing but the link's
-/// movies.
+/// The reviewers' page: an HTML document without scripts that loads nothing but the link's movies.
 namespace reviewpage {
 
-/// The value of the Content-Security-Policy header that the pages are to be served with.
+/// The page's Content-Security-Policy.
 std::string SecurityPolicy();
 
-/// The page of a link. `chosenAsset` is the version that is shown in place of the newest one of its
-/// movie; empty or unknown: the newest of each.
-std::string Render(ReviewContent const& content, std::string const& chosenAsset);
+/// Renders the page of a link. It shows each movie's newest version, or `chosen` if that is one of
+/// its versions.
+std::string Render(ReviewContent const& content, FileId const& chosen);
 
 }  // namespace reviewpage
 

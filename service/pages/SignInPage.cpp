@@ -68,14 +68,14 @@ std::string FormPolicy(AuthorizationRequest const& request) {
 
 std::string RenderForm(Form const& form) {
     AuthorizationRequest const& request = form.request;
-    std::string body = "<p><bdi>" + EscapeHtml(request.client) +
+    std::string body = "<p><bdi>" + EscapeHtml(request.client.GetText()) +
                        "</bdi>, a program on this computer, wants to see and change your "
                        "projects and to share movies for review in your name.</p>\n"
                        "<form method=\"post\" action=\"/oauth/authorize\">\n";
-    body += Hidden("client_id", request.client) + Hidden("redirect_uri", request.redirectUri) +
-            Hidden("response_type", "code") + Hidden("state", request.state) +
-            Hidden("code_challenge", request.challenge) + Hidden("code_challenge_method", "S256") +
-            Hidden("form_token", form.token);
+    body += Hidden("client_id", request.client.GetText()) +
+            Hidden("redirect_uri", request.redirectUri) + Hidden("response_type", "code") +
+            Hidden("state", request.state) + Hidden("code_challenge", request.challenge) +
+            Hidden("code_challenge_method", "S256") + Hidden("form_token", form.token);
     body += UserField(form) + PasswordField(form.wrong);
     body +=
         "<div class=\"buttons\">\n"

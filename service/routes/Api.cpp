@@ -7,8 +7,6 @@
 
 #include "service/base/ApiError.h"
 #include "service/base/Text.h"
-#include "service/base/Uuid.h"
-#include "service/routes/Call.h"
 #include "service/routes/RequestCount.h"
 #include "service/routes/TusProtocol.h"
 #include "service/store/Database.h"
@@ -30,16 +28,18 @@ std::string_view NextSegment(std::string_view& path) {
     return segment;
 }
 
-/// The IDs in `path` when it is one that `pattern` describes.
-std::optional<std::vector<std::string>> MatchPath(std::string_view pattern, std::string_view path) {
-    std::vector<std::string> ids;
+/// The IDs in `path` if it matches `pattern`.
+std::optional<std::vector<PathId>> MatchPath(std::string_view pattern, std::string_view path) {
+    std::vector<PathId> ids;
     while (!pattern.empty()) {
         std::string_view expected = NextSegment(pattern);
         if (expected == "/{rest}") return ids;
         std::string_view segment = NextSegment(path);
         if (expected == "/{id}") {
-            if (segment.empty() || !IsUuid(segment.substr(1))) return std::nullopt;
-            ids.emplace_back(segment.substr(1));
+            if (segment.empty()) return std::nullopt;
+            std::optional<PathId> id = PathId::Parse(segment.substr(1));
+            if (!id) return std::nullopt;
+            ids.push_back(*std::move(id));
         } else if (expected != segment) {
             return std::nullopt;
         }
@@ -58,7 +58,7 @@ void CheckBodyForm(Call const& call) {
     }
 }
 
-/// Only reads, from the store and from memory.
+/// Whether a request of this method only reads, from the store and from memory.
 bool IsQuick(std::string_view method) {
     return method == "GET" || method == "HEAD" || method == "OPTIONS";
 }
@@ -69,7 +69,7 @@ bool ComesTrue(double probability) {
     return std::uniform_real_distribution<double>(0, 1)(random) < probability;
 }
 
-/// Runs `work` and turns what it throws into the answer. Returns whether it threw nothing.
+/// Runs `work` and turns an exception into the response. Returns whether there was none.
 template <typename Work>
 bool Guard(Call& call, Work&& work) {
     try {
@@ -152,7 +152,7 @@ http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
 
 void Api::Refuse(http::Exchange& exchange, int status, std::string_view code,
                  std::string_view message) {
-    // The exchange is the caller's, and outlives the call.
+    // Not owned: the exchange belongs to the caller and outlives the call.
     Call call(std::shared_ptr<http::Exchange>(&exchange, [](http::Exchange*) {}));
     call.AnswerError(status, code, message);
 }
@@ -163,7 +163,7 @@ Api::Route const& Api::Admit(Call& call, std::string const& method) {
     if (restricted && ComesTrue(failRate)) {
         throw ApiError(500, "internal", "The service was told to fail now and then.");
     }
-    Route const* route = Match(method, path, call.ids);
+    Route const* route = Match(method, path, call.pathIds);
     if (restricted) call.identity = Authorize(call);
     if (route == nullptr) {
         std::string allowed = AllowedMethods(path);
@@ -171,12 +171,14 @@ Api::Route const& Api::Admit(Call& call, std::string const& method) {
         call.response.SetHeader("Allow", allowed);
         throw ApiError(405, "method_not_allowed", "This address takes " + allowed + " only.");
     }
-    if (route->kind) CountRequest(call, limiter, call.identity.session, *route->kind);
+    if (route->kind) {
+        CountRequest(call, limiter, RequesterOf(call.identity.session), *route->kind);
+    }
     return *route;
 }
 
 Api::Route const* Api::Match(std::string const& method, std::string const& path,
-                             std::vector<std::string>& ids) const {
+                             std::vector<PathId>& ids) const {
     for (Route const& route : routes) {
         if (route.method != method) continue;
         if (auto found = MatchPath(route.path, path)) {
@@ -190,13 +192,13 @@ Api::Route const* Api::Match(std::string const& method, std::string const& path,
 std::string Api::AllowedMethods(std::string const& path) const {
     std::string allowed;
     for (char const* method : kMethods) {
-        std::vector<std::string> ignored;
+        std::vector<PathId> ignored;
         if (Match(method, path, ignored)) allowed += std::string(method) + ", ";
     }
     return allowed.empty() ? allowed : allowed + "OPTIONS";
 }
 
-/// OPTIONS needs no token: browsers' clients ask before they send theirs.
+/// OPTIONS needs no token: a browser's preflight request has none.
 void Api::AnswerOptions(Call& call) const {
     std::string const& path = call.request.path;
     std::string allowed = AllowedMethods(path);
@@ -211,7 +213,7 @@ void Api::AnswerOptions(Call& call) const {
     call.response.SetHeader("Access-Control-Max-Age", "7200");
 }
 
-/// Lets pages of the allowed origin use the interface (CORS).
+/// Sets the CORS headers for pages of the allowed origin.
 void Api::AllowOrigin(Call& call) const {
     if (allowedOrigin.empty()) return;
     call.response.SetHeader("Vary", "Origin");

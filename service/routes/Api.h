@@ -10,36 +10,34 @@
 #include "service/http/Exchange.h"
 #include "service/oauth/Sessions.h"
 #include "service/routes/BodySink.h"
+#include "service/routes/Call.h"
 #include "service/routes/RateLimiter.h"
 
 namespace quilloservice {
 
-class Call;
-
-/// The service's routes. Every request passes through here, and what holds for all of them is done
-/// here once: no route under /v1 is reached without a token unless it says so, and no body is read
-/// before; requests are counted; whatever a route throws becomes an error of the wire's form.
-/// Routes are added before the server listens; after that any thread.
+/// The service's router. For every request it checks the token (under /v1, before the body is
+/// read), counts the request against the rate limit, calls the route, and turns its exceptions into
+/// error responses. Add the routes before the server listens; after that any thread.
 class Api : public http::Application {
 public:
     using Handler = std::function<void(Call&)>;
     using Opener = std::function<std::unique_ptr<BodySink>(Call&)>;
 
     struct Route {
-        std::string method;  ///< HEAD goes to GET where it has no route of its own
-        /// "/v1/folders/{id}/children": an {id} matches UUIDs only, a {rest} at the end anything.
-        /// Of several that match the one added first counts.
+        std::string method;  ///< a GET route also takes HEAD, unless HEAD has a route
+        /// "/v1/folders/{id}/children": {id} matches a UUID, {rest} at the end anything. If several
+        /// routes match, the first one added is called.
         std::string path;
         Handler handler{};
-        std::optional<RequestKind> kind{};  ///< counted as this
-        Opener sink{};                      ///< in place of `handler`: takes the body in pieces
+        std::optional<RequestKind> kind{};  ///< for the rate limit; nothing: not counted
+        Opener sink{};                      ///< instead of `handler`: takes the body in pieces
     };
 
-    /// What the service's operator decides about all routes.
+    /// Options of the command line that concern all routes.
     struct Settings {
         std::optional<RateLimit> limit;
-        double failRate = 0;      ///< share of /v1 requests answered 500
-        std::string allowOrigin;  ///< of pages that may use the interface; empty: none
+        double failRate = 0;      ///< share of /v1 requests that fail with 500, for tests
+        std::string allowOrigin;  ///< origin of pages that may use the API (CORS); empty: none
     };
 
     Api(Sessions const& sessions, Settings settings);
@@ -54,7 +52,7 @@ public:
 private:
     Route const& Admit(Call& call, std::string const& method);
     Route const* Match(std::string const& method, std::string const& path,
-                       std::vector<std::string>& ids) const;
+                       std::vector<PathId>& ids) const;
     [[nodiscard]] std::string AllowedMethods(std::string const& path) const;
     void AnswerOptions(Call& call) const;
     void AllowOrigin(Call& call) const;

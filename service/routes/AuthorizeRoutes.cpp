@@ -21,27 +21,24 @@ namespace {
 
 constexpr char const* kPath = "/oauth/authorize";
 constexpr std::string_view kCookie = "quillo_browser=";
-constexpr std::size_t kCookieDigits = 64;
 
-/// The secret that this browser has been given, empty when it has none.
-std::string BrowserOf(Call const& call) {
+/// The browser's ID from its cookie; nothing if it has none.
+std::optional<BrowserId> FindBrowser(Call const& call) {
     std::string cookies = call.Header("Cookie").value_or("");
     auto at = cookies.find(kCookie);
-    if (at == std::string::npos) return {};
-    std::string secret = cookies.substr(at + kCookie.size(), kCookieDigits);
-    bool wellFormed = secret.size() == kCookieDigits &&
-                      secret.find_first_not_of("0123456789abcdef") == std::string::npos;
-    return wellFormed ? secret : std::string();
+    if (at == std::string::npos) return std::nullopt;
+    return BrowserId::Parse(
+        std::string_view(cookies).substr(at + kCookie.size(), BrowserTag::kDigits));
 }
 
-std::string GiveBrowserASecret(Call& call) {
-    std::string secret = ToHex(RandomBytes(kCookieDigits / 2));
-    call.response.SetHeader("Set-Cookie", std::string(kCookie) + secret + "; Path=" + kPath +
-                                              "; HttpOnly; SameSite=Strict");
-    return secret;
+BrowserId GiveBrowserId(Call& call) {
+    BrowserId browser(ToHex(RandomBytes(BrowserTag::kDigits / 2)));
+    call.response.SetHeader("Set-Cookie", std::string(kCookie) + browser.GetText() +
+                                              "; Path=" + kPath + "; HttpOnly; SameSite=Strict");
+    return browser;
 }
 
-/// The names of those who may sign in; the sample user's first.
+/// The names of all users, the sample user first.
 std::vector<std::string> ListUsers(Store const& store) {
     return store.Read([](Database& database) {
         Statement row =
@@ -53,16 +50,15 @@ std::vector<std::string> ListUsers(Store const& store) {
     });
 }
 
-/// The ID of the user of this name; nothing when there is none.
-std::optional<std::string> FindUser(Store const& store, std::string const& name) {
-    return store.Read([&](Database& database) -> std::optional<std::string> {
+std::optional<UserId> FindUser(Store const& store, std::string const& name) {
+    return store.Read([&](Database& database) -> std::optional<UserId> {
         Statement row = database.Query("SELECT id FROM users WHERE name = ?", name);
         if (!row.Next()) return std::nullopt;
-        return row.Text(0);
+        return row.Id<UserId>(0);
     });
 }
 
-/// The end point to which programs send their users' browsers. Any thread.
+/// The authorization endpoint. Any thread.
 class AuthorizeEndpoint {
 public:
     AuthorizeEndpoint(Store const& store, AuthorizationCodes& codes, Clock const& clock)
@@ -72,10 +68,10 @@ public:
         Answer(call, [&] {
             AuthorizationRequest request =
                 ReadAuthorizationRequest(OAuthFields(call.request.parameters));
-            std::string browser = BrowserOf(call);
-            if (browser.empty()) browser = GiveBrowserASecret(call);
+            std::optional<BrowserId> browser = FindBrowser(call);
+            if (!browser) browser = GiveBrowserId(call);
             std::vector<std::string> users = ListUsers(store);
-            AnswerForm(call, 200, {request, tokens.Make(browser, request), users, users.front()});
+            AnswerForm(call, 200, {request, tokens.Make(*browser, request), users, users.front()});
         });
     }
 
@@ -83,9 +79,9 @@ public:
         Answer(call, [&] {
             OAuthFields fields = OAuthFields::InBody(call.request, call.GetBody());
             AuthorizationRequest request = ReadAuthorizationRequest(fields);
-            std::string browser = BrowserOf(call);
+            std::optional<BrowserId> browser = FindBrowser(call);
             std::string const& token = fields.Require("form_token");
-            if (browser.empty() || !tokens.IsGood(token, browser, request)) {
+            if (!browser || !tokens.IsGood(token, *browser, request)) {
                 throw UntrustedRequest{"This page is too old, or is not one of this service."};
             }
             if (fields.Require("decision") != "allow") {
@@ -110,7 +106,7 @@ private:
         call.AnswerPage(status, signinpage::RenderForm(form), signinpage::FormPolicy(form.request));
     }
 
-    /// Runs `answer` and turns what it throws into a page or a redirect.
+    /// Runs `answer` and turns its exceptions into a page or a redirect.
     static void Answer(Call& call, std::function<void()> const& answer) {
         call.response.SetHeader("Cache-Control", "no-store");
         call.response.SetHeader("X-Frame-Options", "DENY");

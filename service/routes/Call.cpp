@@ -6,7 +6,6 @@
 
 #include "service/base/ApiError.h"
 #include "service/base/Text.h"
-#include "service/base/Uuid.h"
 #include "service/pages/ErrorPage.h"
 
 namespace quilloservice {
@@ -39,13 +38,12 @@ std::optional<std::int64_t> Call::NumberHeader(std::string_view name) const {
     return ParseNumber(*text).value_or(std::numeric_limits<std::int64_t>::max());
 }
 
-std::optional<std::string> Call::UuidHeader(std::string_view name) const {
-    auto text = Header(name);
-    if (text && !IsUuid(*text)) {
-        throw ApiError::BadRequest("The header " + std::string(name) +
-                                   " has to be a lower-case UUID.");
-    }
-    return text;
+std::optional<IdempotencyKey> Call::GetIdempotencyKey() const {
+    auto text = request.Header("Idempotency-Key");
+    if (!text) return std::nullopt;
+    auto key = IdempotencyKey::Parse(*text);
+    if (!key) throw ApiError::BadRequest("The header Idempotency-Key has to be a lower-case UUID.");
+    return key;
 }
 
 std::string Call::GetBearerToken() const {
@@ -90,7 +88,7 @@ void Call::AnswerPage(int status, std::string const& html, std::string const& po
 }
 
 void Call::AnswerError(int status, std::string_view code, std::string_view message) {
-    // What was said of the thing asked for is not true of the error.
+    // These headers describe the resource, not the error.
     for (char const* header :
          {"ETag", "Cache-Control", "Last-Modified", "Accept-Ranges", "Content-Disposition"}) {
         response.RemoveHeader(header);

@@ -10,10 +10,16 @@
 
 #include "service/http/Exchange.h"
 #include "service/oauth/Sessions.h"
+#include "service/store/Ids.h"
 
 namespace quilloservice {
 
-/// One request on its way through a route, with what the router found out about it. One thread at a
+struct PathTag : UuidForm {};
+
+/// An ID in a request's path, before its route has given it a kind.
+using PathId = Id<PathTag>;
+
+/// A request and its response, with the IDs and the identity found by the router. One thread at a
 /// time.
 class Call {
 public:
@@ -22,40 +28,47 @@ public:
 
     http::Request const& request;
     http::Response& response;
-    std::vector<std::string> ids;  ///< the path's {id}s, each a UUID
-    Identity identity;             ///< who asks, on a route that needs a token
+    std::vector<PathId> pathIds;  ///< the path's {id}s
+    Identity identity;            ///< of the sender; only for routes that need a token
 
-    /// The header's value, nothing when it is absent. Throws ApiError 400 when it is given twice.
+    /// The path's {id} number `index`, from 0, as an ID of the kind that the route is about.
+    template <typename IdType>
+    [[nodiscard]] IdType GetId(std::size_t index) const {
+        return IdType(pathIds.at(index).GetText());
+    }
+
+    /// The header's value; nothing if it is absent. Throws ApiError 400 if it is repeated.
     [[nodiscard]] std::optional<std::string> Header(std::string_view name) const;
 
-    /// The header's value as a number from 0 up; one that is too large for its type is the largest
-    /// there is. Throws ApiError 400 when it is no number.
+    /// The header's value as a non-negative number; the largest one on overflow. Throws ApiError
+    /// 400 if it is not a number.
     [[nodiscard]] std::optional<std::int64_t> NumberHeader(std::string_view name) const;
 
-    /// The header's value as a UUID. Throws ApiError 400 when it is none.
-    [[nodiscard]] std::optional<std::string> UuidHeader(std::string_view name) const;
+    /// The header Idempotency-Key. Throws ApiError 400 if it is not a UUID.
+    [[nodiscard]] std::optional<IdempotencyKey> GetIdempotencyKey() const;
 
-    /// The token of an Authorization header of the scheme Bearer, empty when there is none.
+    /// The token of the header Authorization with the scheme Bearer; empty if there is none.
     [[nodiscard]] std::string GetBearerToken() const;
 
-    /// The body, up to 64 KiB; of the routes that get it as a whole.
+    /// The body, up to 64 KiB; empty for routes with a sink.
     [[nodiscard]] std::string const& GetBody() const { return exchange->body; }
 
-    /// The body, which has to be a JSON object. Throws ApiError.
+    /// The body as a JSON object. Throws ApiError 400 if it is not one.
     [[nodiscard]] nlohmann::json ReadJson() const;
 
-    /// The "name" of the body, which has to be a JSON object. Throws ApiError.
+    /// The member "name" of the body, a JSON object. Throws ApiError 400 if it is missing or
+    /// invalid.
     [[nodiscard]] std::string ReadName() const;
 
     void Answer(int status, nlohmann::json const& body);
 
-    /// An HTML page that may do what `policy`, a Content-Security-Policy, says.
+    /// Responds with an HTML page and its Content-Security-Policy.
     void AnswerPage(int status, std::string const& html, std::string const& policy);
 
-    /// In the wire's form, or as a page where a browser asks.
+    /// Responds with an error: as JSON, or as a page if the client prefers HTML.
     void AnswerError(int status, std::string_view code, std::string_view message);
 
-    /// What ends the client's connection: see http::Exchange::abort.
+    /// Ends the client's connection; see http::Exchange::abort.
     [[nodiscard]] std::function<void()> const& GetAbort() const { return exchange->abort; }
 
 private:

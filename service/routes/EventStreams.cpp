@@ -10,11 +10,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <map>
 #include <nlohmann/json.hpp>
+#include <unordered_map>
 
 #include "service/base/ApiError.h"
-#include "service/base/Text.h"
 #include "service/oauth/Sessions.h"
 #include "service/store/ChangeFeed.h"
 
@@ -25,19 +24,19 @@ using nlohmann::json;
 namespace {
 
 constexpr std::int64_t kBatch = 256;
-// A client that takes nothing for so many heartbeats has gone.
+// A client that reads nothing for this many heartbeats is dropped.
 constexpr int kStalledHeartbeats = 2;
 
-/// As many as the process has descriptors for, beside those that requests need.
+/// At most an eighth of the process's descriptors.
 std::size_t MostStreams() {
     rlimit descriptors{};
     ::getrlimit(RLIMIT_NOFILE, &descriptors);
     return std::min<std::size_t>(EventStreams::kMostStreams, descriptors.rlim_cur / 8);
 }
 
-std::string Event(std::int64_t number, std::string_view name, json const& data) {
-    return "id: " + std::to_string(number) + "\nevent: " + std::string(name) +
-           "\ndata: " + data.dump() + "\n\n";
+std::string Event(ChangeNumber number, std::string_view name, json const& data) {
+    return "id: " + std::to_string(static_cast<std::int64_t>(number)) +
+           "\nevent: " + std::string(name) + "\ndata: " + data.dump() + "\n\n";
 }
 
 std::string ChangedEvent(Change const& change) {
@@ -46,7 +45,7 @@ std::string ChangedEvent(Change const& change) {
     return Event(change.number, "changed", data);
 }
 
-/// Throws away what the client sends; false when it has gone.
+/// Discards the client's input; false if the client has disconnected.
 bool Drain(int socket) {
     char buffer[512];
     for (;;) {
@@ -56,7 +55,7 @@ bool Drain(int socket) {
     }
 }
 
-/// Sends what the socket takes of `text`; false when the connection is broken.
+/// Sends as much of `text` as the socket accepts and removes it; false if the connection is broken.
 bool SendSome(int socket, std::string& text) {
     while (!text.empty()) {
         ssize_t count = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
@@ -69,17 +68,18 @@ bool SendSome(int socket, std::string& text) {
 
 }  // namespace
 
-/// Who has how many streams. Outlives its owner, for slots that are in an answer on its way.
+/// The number of streams, in all and by session. Outlives the EventStreams if a slot is still held
+/// by a response.
 struct EventStreams::Slots {
     std::size_t const most = MostStreams();
     std::mutex mutex;
-    std::map<std::int64_t, std::size_t> ofSession;  // mutex
-    std::size_t count = 0;                          // mutex
+    std::unordered_map<SessionId, std::size_t> ofSession;  // mutex
+    std::size_t count = 0;                                 // mutex
 };
 
 class EventStreams::Slot {
 public:
-    Slot(std::shared_ptr<Slots> slots, std::int64_t session)
+    Slot(std::shared_ptr<Slots> slots, SessionId session)
         : slots(std::move(slots)), session(session) {}
     ~Slot() {
         std::scoped_lock lock(slots->mutex);
@@ -92,7 +92,7 @@ public:
 
 private:
     std::shared_ptr<Slots> slots;
-    std::int64_t session;
+    SessionId session;
 };
 
 EventStreams::EventStreams(ChangeFeed& changes, Sessions const& sessions,
@@ -123,16 +123,14 @@ EventStreams::~EventStreams() {
     ::close(wakeUp);
 }
 
-EventStreams::Follower EventStreams::MakeFollower(
-    std::string const& user, std::string const& token,
-    std::optional<std::string> const& lastEventId) const {
-    // Found out before the answer begins: whatever changes once the client has seen it, follows.
-    std::optional<std::int64_t> last = lastEventId ? ParseNumber(*lastEventId) : std::nullopt;
-    bool resumes = last && changes.Reaches(*last);
-    return {user, token, resumes ? *last : changes.Position(), lastEventId && !resumes};
+EventStreams::Follower EventStreams::MakeFollower(UserId const& user, std::string const& token,
+                                                  std::optional<ChangeNumber> lastEvent) const {
+    // Read before the response starts, so that the stream has every change after it.
+    bool resumes = lastEvent && changes.Reaches(*lastEvent);
+    return {user, token, resumes ? *lastEvent : changes.Position(), lastEvent && !resumes};
 }
 
-std::shared_ptr<EventStreams::Slot> EventStreams::Reserve(std::int64_t session) {
+std::shared_ptr<EventStreams::Slot> EventStreams::Reserve(SessionId session) {
     std::scoped_lock lock(slots->mutex);
     if (slots->count >= slots->most) {
         throw ApiError(503, "unavailable",
@@ -173,14 +171,14 @@ void EventStreams::Run() {
             short events = stream.outbox.empty() ? POLLIN : POLLIN | POLLOUT;
             sources.push_back({stream.socket, events, 0});
         }
-        // Looked at each half a heartbeat, and sent after as long: none comes later than a whole
-        // one.
+        // Streams are checked every half heartbeat and get a comment if they were quiet for half a
+        // heartbeat, so none is quiet for longer than a whole one.
         ::poll(sources.data(), sources.size(), static_cast<int>(heartbeat.count() / 2));
 
         auto source = sources.begin();
         eventfd_t ignored = 0;
         bool woken = source->revents != 0 && ::eventfd_read(wakeUp, &ignored) == 0;
-        // Newcomers are no reason to ask the store for everybody.
+        // A new stream also wakes the thread; only changes make it query the store for all.
         bool hasChanged = changed.exchange(false);
         Time now = std::chrono::steady_clock::now();
         for (Stream& stream : streams) {
@@ -198,7 +196,7 @@ void EventStreams::Run() {
     }
 }
 
-/// False when there is to be an end.
+/// Adds the new streams; false if the thread has to stop.
 bool EventStreams::TakeNewcomers(Time now) {
     std::vector<Stream> arrived;
     {
@@ -227,7 +225,7 @@ void EventStreams::Serve(Stream& stream, Time now) {
         }
     } catch (std::exception const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
-        stream.over = true;  // its client comes back and misses nothing
+        stream.over = true;  // the client reconnects and resumes
         return;
     }
     std::size_t before = stream.outbox.size();
@@ -236,7 +234,7 @@ void EventStreams::Serve(Stream& stream, Time now) {
     if (!stream.outbox.empty() && now - stream.lastSent >= kStalledHeartbeats * heartbeat) {
         stream.over = true;
     }
-    // More than one batch, or changes while the last one was on its way.
+    // There is another batch, or there were changes during the last one.
     if (stream.outbox.empty() && stream.behind && !stream.over) Wake();
 }
 

@@ -11,49 +11,51 @@
 #include <thread>
 #include <vector>
 
+#include "service/store/Ids.h"
+
 namespace quilloservice {
 
 class ChangeFeed;
 class Sessions;
 
-/// The clients that follow the changes of their lists (server-sent events), all on one thread of
-/// its own, so that they take none from the requests. A stream ends when its client goes or stops
-/// reading, and when its token is not valid any more. Any thread.
+/// The streams of server-sent events about changed lists. One thread serves all streams. A stream
+/// ends when its client disconnects or stops reading, and when its token becomes invalid. Any
+/// thread.
 class EventStreams {
 public:
-    /// More than these are refused, so that requests always find a descriptor.
+    /// Limits of all streams, so that descriptors are left for requests, and of one session's.
     static constexpr std::size_t kMostStreams = 512;
-    /// So that no session takes them all.
     static constexpr std::size_t kMostStreamsOfASession = 8;
     static constexpr std::chrono::milliseconds kHeartbeat{15'000};
 
-    /// Who follows, and from where.
+    /// A client and the position in the feed at which its stream starts.
     struct Follower {
-        std::string user;
-        std::string token;
-        std::int64_t since = 0;  ///< changes after this one follow
-        bool reset = false;      ///< what was missed before is not known any more
+        UserId user;
+        std::string token;     ///< its access token
+        ChangeNumber since{};  ///< the stream has the changes after this one
+        bool reset = false;    ///< changes before that were missed and are no longer kept
     };
 
-    /// The right to one stream, given back at its end. May outlive the streams.
+    /// The right to one stream, within the limits. The destructor gives it back. May outlive this
+    /// object.
     class Slot;
 
-    /// Something is sent at least each `heartbeat`.
+    /// `heartbeat`: the longest time in which nothing is sent.
     EventStreams(ChangeFeed& changes, Sessions const& sessions,
                  std::chrono::milliseconds heartbeat = kHeartbeat);
     ~EventStreams();
     EventStreams(EventStreams const&) = delete;
     EventStreams& operator=(EventStreams const&) = delete;
 
-    /// A follower from now on, or from the last event on that it got.
-    [[nodiscard]] Follower MakeFollower(std::string const& user, std::string const& token,
-                                        std::optional<std::string> const& lastEventId) const;
+    /// A follower that starts after `lastEvent`, the last event that the client received, or now.
+    [[nodiscard]] Follower MakeFollower(UserId const& user, std::string const& token,
+                                        std::optional<ChangeNumber> lastEvent) const;
 
-    /// A slot for a stream of the session, to be filled by Take. Throws ApiError 429 or 503 when
-    /// the session, or all of them, have as many as they may.
-    std::shared_ptr<Slot> Reserve(std::int64_t session);
+    /// Reserves a slot for `Take`. Throws ApiError 429 at the session's limit, 503 at that of all
+    /// streams.
+    std::shared_ptr<Slot> Reserve(SessionId session);
 
-    /// Takes over the socket, on which the answer's head has been sent.
+    /// Takes ownership of a socket on which the response head has been sent.
     void Take(int socket, Follower const& follower, std::shared_ptr<Slot> slot);
 
 private:
@@ -64,8 +66,8 @@ private:
         int socket;
         Follower follower;
         std::shared_ptr<Slot> slot;
-        std::int64_t position;  ///< the number of the last change that is sent or in `outbox`
-        std::string outbox;     ///< what the socket has not taken yet
+        ChangeNumber position;  ///< of the last change sent or in `outbox`
+        std::string outbox;     ///< not sent yet
         bool behind = true;     ///< there may be changes after `position`
         Time lastSent{};
         bool over = false;
@@ -84,7 +86,7 @@ private:
     int const wakeUp;  ///< an eventfd
     std::atomic<bool> changed = false;
     std::shared_ptr<Slots> const slots;
-    std::list<Stream> streams;  // the thread's
+    std::list<Stream> streams;  // only on the thread
 
     std::mutex mutex;
     std::vector<Stream> newcomers;  // mutex

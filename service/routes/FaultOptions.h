@@ -6,11 +6,11 @@
 
 namespace quilloservice {
 
-/// Faults that tests of clients ask for.
+/// Simulated faults, for tests of clients.
 struct FaultOptions {
-    std::chrono::milliseconds latency{};                 ///< every answer is this much later
-    double failRate = 0;                                 ///< share of /v1 requests answered 500
-    std::optional<std::int64_t> dropUploadAfterBytes{};  ///< each upload is cut there once
+    std::chrono::milliseconds latency{};                 ///< delay of every response
+    double failRate = 0;                                 ///< share of /v1 requests that get 500
+    std::optional<std::int64_t> dropUploadAfterBytes{};  ///< cuts each upload there, once
 };
 
 }  // namespace quilloservice

@@ -14,19 +14,23 @@ using nlohmann::json;
 
 namespace {
 
-/// Where the link leads: to the service under the name by which this client reached it.
-std::string LinkUrl(Call const& call, std::string const& address, std::string const& link) {
+/// The link's URL, with the host name by which the client reached the service.
+std::string LinkUrl(Call const& call, std::string const& address, NodeId const& link) {
     std::string const& host = call.request.host;
-    return (host.empty() ? address : "http://" + host) + "/r/" + link;
+    return (host.empty() ? address : "http://" + host) + "/r/" + link.GetText();
 }
 
-std::vector<std::string> ReadAssetIds(json const& body) {
+/// The member "asset_ids" of the body. A malformed ID becomes the nil ID, which no asset has.
+std::vector<AssetId> ReadAssetIds(json const& body) {
     auto ids = body.find("asset_ids");
     if (ids == body.end() || !ids->is_array() ||
         !std::all_of(ids->begin(), ids->end(), [](json const& id) { return id.is_string(); })) {
         throw ApiError::BadRequest("\"asset_ids\" is missing or no array of strings.");
     }
-    return ids->get<std::vector<std::string>>();
+    std::vector<AssetId> assets;
+    for (json const& id : *ids)
+        assets.push_back(AssetId::ParseOrNil(id.get_ref<std::string const&>()));
+    return assets;
 }
 
 }  // namespace
@@ -34,8 +38,9 @@ std::vector<std::string> ReadAssetIds(json const& body) {
 void AddLinkRoutes(Api& api, ReviewLinks& links, std::string const& address) {
     api.Add({"POST", "/v1/projects/{id}/review-links",
              [&links, address](Call& call) {
-                 auto key = call.UuidHeader("Idempotency-Key");
-                 Node link = links.Create(call.identity.user, call.ids[0], call.ReadName(), key);
+                 auto key = call.GetIdempotencyKey();
+                 Node link = links.Create(call.identity.user, call.GetId<ProjectId>(0),
+                                          call.ReadName(), key);
                  call.Answer(201, {{"review_link",
                                     {{"id", link.id},
                                      {"name", link.name},
@@ -45,8 +50,8 @@ void AddLinkRoutes(Api& api, ReviewLinks& links, std::string const& address) {
     api.Add({"POST", "/v1/review-links/{id}/assets",
              [&links](Call& call) {
                  auto assets = ReadAssetIds(call.ReadJson());
-                 call.Answer(200,
-                             {{"added", links.AddAssets(call.identity.user, call.ids[0], assets)}});
+                 auto added = links.AddAssets(call.identity.user, call.GetId<LinkId>(0), assets);
+                 call.Answer(200, {{"added", added}});
              },
              RequestKind::Links});
 }

@@ -12,8 +12,8 @@ bool IsLoopbackAddress(std::string const& address) {
     return address.starts_with("127.") || address == "::1" || address.starts_with("::ffff:127.");
 }
 
-/// Whether the client knew that it was talking to its own machine. A page in a browser that was led
-/// here under another name is no such client.
+/// Whether the header Host names this machine. It does not for a page of another site whose name
+/// resolves to a loopback address (DNS rebinding).
 bool NamesLoopback(std::string const& hostHeader) {
     std::string host = hostHeader.substr(
         0, hostHeader.starts_with('[') ? hostHeader.find(']') + 1 : hostHeader.find(':'));

@@ -4,8 +4,8 @@ namespace quilloservice {
 
 class Call;
 
-/// Whether a program of this machine asks, knowingly: over loopback, under a loopback name, and not
-/// on behalf of a page in a browser that came from elsewhere.
+/// Whether the request comes from a program on this machine: over loopback, with a loopback name in
+/// Host, and without an Origin, which a page of another site would have.
 bool IsLocalProgram(Call const& call);
 
 }  // namespace quilloservice

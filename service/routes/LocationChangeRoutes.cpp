@@ -19,54 +19,53 @@ json InJson(Location const& location) {
     return object;
 }
 
-/// The locations of one kind, as the addresses and answers name them.
-struct LocationKind {
-    std::string_view kind;
-    std::string path;       ///< of one such location
-    std::string addPath;    ///< where new ones are made
-    char const* answerKey;  ///< the member of the answer
-};
+/// Adds the route that creates a location in the parent whose ID is in `path`. `key` is the member
+/// of the response.
+template <typename ParentId>
+void AddCreation(Api& api, Locations& locations, std::string path, char const* key) {
+    api.Add({"POST", std::move(path),
+             [&locations, key](Call& call) {
+                 Location made =
+                     locations.Add(call.identity.user, call.GetId<ParentId>(0), call.ReadName());
+                 call.Answer(201, {{key, InJson(made)}});
+             },
+             RequestKind::Changes});
+}
 
-std::vector<LocationKind> const& Kinds() {
-    static std::vector<LocationKind> const kinds = {
-        {kind::Account, "/v1/accounts/{id}", "/v1/accounts", "account"},
-        {kind::Workspace, "/v1/workspaces/{id}", "/v1/accounts/{id}/workspaces", "workspace"},
-        {kind::Project, "/v1/projects/{id}", "/v1/workspaces/{id}/projects", "project"},
-        {kind::Folder, "/v1/folders/{id}", "/v1/folders/{id}/children", "asset"},
-    };
-    return kinds;
+/// Adds the routes that rename and remove the location whose ID is in `path`.
+template <typename LocationId>
+void AddChanges(Api& api, Locations& locations, std::string const& path, char const* key) {
+    api.Add({"PATCH", path,
+             [&locations, key](Call& call) {
+                 Location renamed = locations.Rename(call.identity.user, call.GetId<LocationId>(0),
+                                                     call.ReadName());
+                 call.Answer(200, {{key, InJson(renamed)}});
+             },
+             RequestKind::Changes});
+    api.Add({"DELETE", path,
+             [&locations](Call& call) {
+                 locations.Remove(call.identity.user, call.GetId<LocationId>(0));
+                 call.response.status = 204;
+             },
+             RequestKind::Changes});
 }
 
 }  // namespace
 
 void AddLocationChangeRoutes(Api& api, Locations& locations) {
-    for (LocationKind const& each : Kinds()) {
-        auto answer = [key = each.answerKey](Call& call, int status, Location const& location) {
-            call.Answer(status, {{key, InJson(location)}});
-        };
-        api.Add({"POST", each.addPath,
-                 [&locations, answer, kind = each.kind](Call& call) {
-                     std::string const& user = call.identity.user;
-                     std::string name = call.ReadName();
-                     answer(call, 201,
-                            kind == kind::Account ? locations.AddAccount(user, name)
-                                                  : locations.Add(user, kind, call.ids[0], name));
-                 },
-                 RequestKind::Changes});
-        api.Add({"PATCH", each.path,
-                 [&locations, answer, kind = each.kind](Call& call) {
-                     answer(
-                         call, 200,
-                         locations.Rename(call.identity.user, kind, call.ids[0], call.ReadName()));
-                 },
-                 RequestKind::Changes});
-        api.Add({"DELETE", each.path,
-                 [&locations, kind = each.kind](Call& call) {
-                     locations.Remove(call.identity.user, kind, call.ids[0]);
-                     call.response.status = 204;
-                 },
-                 RequestKind::Changes});
-    }
+    api.Add({"POST", "/v1/accounts",
+             [&locations](Call& call) {
+                 Location made = locations.AddAccount(call.identity.user, call.ReadName());
+                 call.Answer(201, {{"account", InJson(made)}});
+             },
+             RequestKind::Changes});
+    AddCreation<AccountId>(api, locations, "/v1/accounts/{id}/workspaces", "workspace");
+    AddCreation<WorkspaceId>(api, locations, "/v1/workspaces/{id}/projects", "project");
+    AddCreation<FolderId>(api, locations, "/v1/folders/{id}/children", "asset");
+    AddChanges<AccountId>(api, locations, "/v1/accounts/{id}", "account");
+    AddChanges<WorkspaceId>(api, locations, "/v1/workspaces/{id}", "workspace");
+    AddChanges<ProjectId>(api, locations, "/v1/projects/{id}", "project");
+    AddChanges<FolderId>(api, locations, "/v1/folders/{id}", "asset");
 }
 
 }  // namespace quilloservice

@@ -12,13 +12,13 @@ using nlohmann::json;
 
 namespace {
 
-json User(Database& database, std::string const& user) {
+json User(Database& database, UserId const& user) {
     Statement row = database.Query("SELECT id, name FROM users WHERE id = ?", user);
     row.Next();
     return {{"id", row.Text(0)}, {"name", row.Text(1)}};
 }
 
-json Accounts(Database& database, std::string const& user) {
+json Accounts(Database& database, UserId const& user) {
     Statement row = database.Query(
         "SELECT id, name FROM nodes JOIN memberships ON memberships.account = id WHERE user = ? "
         "ORDER BY seq",
@@ -29,7 +29,7 @@ json Accounts(Database& database, std::string const& user) {
     return accounts;
 }
 
-json Projects(Database& database, std::string const& workspace) {
+json Projects(Database& database, WorkspaceId const& workspace) {
     Statement row = database.Query(
         "SELECT project.id, project.name, root.id, root.name, root.kind "
         "FROM nodes AS project JOIN nodes AS root ON root.parent = project.id AND root.kind = ? "
@@ -48,7 +48,7 @@ json Projects(Database& database, std::string const& workspace) {
 }  // namespace
 
 void AddLocationRoutes(Api& api, Store const& store) {
-    // Answers {key: list(database, id)} for a parent that the user may see.
+    // Responds with {key: list(database, call)}.
     auto add = [&](char const* path, RequestKind kind, char const* key,
                    std::function<json(Database&, Call const&)> list) {
         api.Add({"GET", path,
@@ -66,23 +66,26 @@ void AddLocationRoutes(Api& api, Store const& store) {
     });
     add("/v1/accounts/{id}/workspaces", RequestKind::Workspaces, "workspaces",
         [](Database& database, Call const& call) {
-            RequireNode(database, call.identity.user, call.ids[0], kind::Account);
+            auto account = call.GetId<AccountId>(0);
+            RequireNode(database, call.identity.user, account);
             json workspaces = json::array();
-            for (Node const& node : ChildrenOf(database, call.ids[0])) {
+            for (Node const& node : ChildrenOf(database, account)) {
                 workspaces.push_back(NamedJson(node));
             }
             return workspaces;
         });
     add("/v1/workspaces/{id}/projects", RequestKind::Projects, "projects",
         [](Database& database, Call const& call) {
-            RequireNode(database, call.identity.user, call.ids[0], kind::Workspace);
-            return Projects(database, call.ids[0]);
+            auto workspace = call.GetId<WorkspaceId>(0);
+            RequireNode(database, call.identity.user, workspace);
+            return Projects(database, workspace);
         });
     add("/v1/folders/{id}/children", RequestKind::Children, "assets",
         [](Database& database, Call const& call) {
-            RequireNode(database, call.identity.user, call.ids[0], kind::Folder);
+            auto folder = call.GetId<FolderId>(0);
+            RequireNode(database, call.identity.user, folder);
             json assets = json::array();
-            for (Node const& node : ChildrenOf(database, call.ids[0])) {
+            for (Node const& node : ChildrenOf(database, folder)) {
                 assets.push_back(TypedJson(node));
             }
             return assets;

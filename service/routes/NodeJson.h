@@ -11,7 +11,7 @@ inline nlohmann::json NamedJson(Node const& node) {
     return {{"id", node.id}, {"name", node.name}};
 }
 
-/// {"id", "name", "type"}, as what lies in a folder is told.
+/// {"id", "name", "type"}, for the contents of a folder
 inline nlohmann::json TypedJson(Node const& node) {
     nlohmann::json object = NamedJson(node);
     object["type"] = node.kind;

@@ -23,11 +23,11 @@ RateLimiter::RateLimiter(std::optional<RateLimit> forAll) {
     if (forAll) limits.fill(*forAll);
 }
 
-RateLimiter::Decision RateLimiter::Admit(std::int64_t who, RequestKind kind, TimePoint now) {
+RateLimiter::Decision RateLimiter::Admit(Requester requester, RequestKind kind, TimePoint now) {
     RateLimit const& limit = limits[static_cast<std::size_t>(kind)];
     std::scoped_lock lock(mutex);
-    ForgetQuietSessions(now);
-    std::deque<TimePoint>& times = admitted[{who, kind}];
+    ForgetIdleRequesters(now);
+    std::deque<TimePoint>& times = admitted[{requester, kind}];
     while (!times.empty() && now - times.front() >= limit.window)
         times.pop_front();
     if (times.size() < limit.requests) {
@@ -37,7 +37,7 @@ RateLimiter::Decision RateLimiter::Admit(std::int64_t who, RequestKind kind, Tim
     return {limit, false, ceil<milliseconds>(times.front() + limit.window - now)};
 }
 
-void RateLimiter::ForgetQuietSessions(TimePoint now) {
+void RateLimiter::ForgetIdleRequesters(TimePoint now) {
     if (admitted.size() < sweepAt) return;
     std::erase_if(admitted, [&](auto const& entry) {
         auto const& [key, times] = entry;

@@ -11,18 +11,20 @@
 
 namespace quilloservice {
 
-/// The kinds of request that are counted apart.
+/// Each kind of request has a limit and a count of its own.
 enum class RequestKind { User, Workspaces, Projects, Children, Links, Uploads, Changes, Tokens };
 
-/// At most `requests` in any stretch of `window`.
+/// At most `requests` within any period of length `window`.
 struct RateLimit {
     std::size_t requests = 0;
     std::chrono::milliseconds window{};
 };
 
-/// Counts the requests of each session (or other number) and kind in a sliding window. Refused
-/// requests do not count, so that who keeps knocking still gets in as soon as the window has room.
-/// Any thread.
+/// A session or a client's address, whichever the requests are counted by.
+enum class Requester : std::int64_t {};
+
+/// Counts requests by requester and kind in a sliding window. Refused requests do not count, so
+/// retrying early does not prolong the wait. Any thread.
 class RateLimiter {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -30,23 +32,23 @@ public:
     struct Decision {
         RateLimit limit;
         bool admitted = false;
-        std::chrono::milliseconds retryAfter{};  ///< when refused: until there is room again
+        std::chrono::milliseconds retryAfter{};  ///< if refused: until a request is admitted again
     };
 
-    /// One limit for all kinds when `forAll` is given, the kinds' own otherwise.
+    /// `forAll` replaces the default limits of all kinds.
     explicit RateLimiter(std::optional<RateLimit> forAll);
 
-    Decision Admit(std::int64_t who, RequestKind kind, TimePoint now);
+    Decision Admit(Requester requester, RequestKind kind, TimePoint now);
 
 private:
-    void ForgetQuietSessions(TimePoint now);
+    void ForgetIdleRequesters(TimePoint now);
 
     static constexpr std::size_t kKinds = static_cast<std::size_t>(RequestKind::Tokens) + 1;
 
     std::array<RateLimit, kKinds> limits;
     std::mutex mutex;
-    /// When each admitted request of the window came, oldest first. mutex
-    std::map<std::pair<std::int64_t, RequestKind>, std::deque<TimePoint>> admitted;
+    /// The times of the admitted requests in the window, oldest first. mutex
+    std::map<std::pair<Requester, RequestKind>, std::deque<TimePoint>> admitted;
     std::size_t sweepAt = 1024;  // mutex
 };
 

@@ -13,8 +13,8 @@
 
 namespace quilloservice {
 
-void CountRequest(Call& call, RateLimiter& limiter, std::int64_t who, RequestKind kind) {
-    auto decision = limiter.Admit(who, kind, std::chrono::steady_clock::now());
+void CountRequest(Call& call, RateLimiter& limiter, Requester requester, RequestKind kind) {
+    auto decision = limiter.Admit(requester, kind, std::chrono::steady_clock::now());
     call.response.SetHeader("X-RATELIMIT-LIMIT", std::to_string(decision.limit.requests));
     call.response.SetHeader("X-RATELIMIT-WINDOW", std::to_string(decision.limit.window.count()));
     if (decision.admitted) return;
@@ -24,7 +24,11 @@ void CountRequest(Call& call, RateLimiter& limiter, std::int64_t who, RequestKin
                    "Too many requests; try again in " + std::to_string(seconds) + " s.", seconds);
 }
 
-std::int64_t AddressKey(Call const& call) {
+Requester RequesterOf(SessionId session) {
+    return Requester(static_cast<std::int64_t>(session));
+}
+
+Requester RequesterAt(Call const& call) {
     std::string network = call.request.remoteAddress;
     in6_addr address{};
     bool isIpv6 =
@@ -33,9 +37,9 @@ std::int64_t AddressKey(Call const& call) {
         network.assign(reinterpret_cast<char const*>(address.s6_addr), 8);
     }
     std::int64_t key = 0;
-    std::string digest = Sha256(network);  // nobody is to find an address that counts as another's
+    std::string digest = Sha256(network);  // so that nobody can find a colliding address
     std::memcpy(&key, digest.data(), sizeof(key));
-    return key;
+    return Requester(key);
 }
 
 }  // namespace quilloservice

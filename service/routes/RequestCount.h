@@ -1,19 +1,20 @@
 #pragma once
 
-#include <cstdint>
-
 #include "service/routes/RateLimiter.h"
+#include "service/store/Ids.h"
 
 namespace quilloservice {
 
 class Call;
 
-/// Counts the request as one of `kind` of `who`, and says the limit in the answer's headers. Throws
-/// ApiError 429 past it.
-void CountRequest(Call& call, RateLimiter& limiter, std::int64_t who, RequestKind kind);
+/// Counts the request against the limit of `requester` and `kind`, and sets the rate limit headers
+/// of the response. Throws ApiError 429 if the limit is exceeded.
+void CountRequest(Call& call, RateLimiter& limiter, Requester requester, RequestKind kind);
 
-/// Stands for the client's address where requests are counted before anybody has signed in. An IPv6
-/// client has all addresses of a network (/64), which count as one.
-std::int64_t AddressKey(Call const& call);
+Requester RequesterOf(SessionId session);
+
+/// The client's address as the requester, for requests before the sign-in. All addresses of an IPv6
+/// network (/64) are one requester, since one client can use any of them.
+Requester RequesterAt(Call const& call);
 
 }  // namespace quilloservice

@@ -22,7 +22,7 @@ void AnswerPage(Call& call, int status, std::string const& html) {
     call.AnswerPage(status, html, reviewpage::SecurityPolicy());
 }
 
-/// Only people come here, whatever their browser says that it wants.
+/// Always a page, whatever the header Accept prefers: links are opened in browsers.
 void AnswerNotFound(Call& call) {
     call.response.SetHeader("Cache-Control", "no-cache");
     call.AnswerPage(404,
@@ -32,14 +32,14 @@ void AnswerNotFound(Call& call) {
                     errorpage::SecurityPolicy());
 }
 
-/// The media type to serve a movie as. What its uploader calls it decides only between media, so
-/// that no movie is run as a page.
+/// The media type for a movie's response. Types other than video and audio are replaced, so that no
+/// upload is shown as a page.
 std::string SafeMediaType(std::string const& mediaType) {
     bool media = mediaType.starts_with("video/") || mediaType.starts_with("audio/");
     return media ? mediaType : "application/octet-stream";
 }
 
-MovieVersion const* FindVersion(ReviewContent const& content, std::string const& asset) {
+MovieVersion const* FindVersion(ReviewContent const& content, FileId const& asset) {
     for (auto const& versions : content.movies) {
         for (MovieVersion const& version : versions) {
             if (version.asset == asset) return &version;
@@ -111,24 +111,27 @@ void AnswerMovie(Call& call, MovieVersion const& movie, DataDirectory const& dir
 
 void AddReviewerRoutes(Api& api, ReviewLinks const& links, DataDirectory const& directory) {
     api.Add({"GET", "/r/{id}", [&links](Call& call) {
-                 auto content = links.Find(call.ids[0]);
+                 auto content = links.Find(call.GetId<LinkId>(0));
                  if (!content) return AnswerNotFound(call);
-                 AnswerPage(call, 200, reviewpage::Render(*content, call.request.Parameter("v")));
+                 auto chosen = FileId::ParseOrNil(call.request.Parameter("v"));
+                 AnswerPage(call, 200, reviewpage::Render(*content, chosen));
              }});
     api.Add({"GET", "/r/{id}/assets/{id}", [&links, &directory](Call& call) {
-                 auto content = links.Find(call.ids[0]);
-                 MovieVersion const* movie = content ? FindVersion(*content, call.ids[1]) : nullptr;
+                 auto content = links.Find(call.GetId<LinkId>(0));
+                 MovieVersion const* movie =
+                     content ? FindVersion(*content, call.GetId<FileId>(1)) : nullptr;
                  if (!movie) return AnswerNotFound(call);
                  AnswerMovie(call, *movie, directory);
              }});
     api.Add({"GET", "/r/{id}/movie", [&links](Call& call) {
-                 auto content = links.Find(call.ids[0]);
+                 auto content = links.Find(call.GetId<LinkId>(0));
                  if (!content || content->movies.empty()) {
                      return AnswerNotFound(call);
                  }
                  call.response.SetHeader("Cache-Control", "no-cache");
+                 FileId const& newest = content->movies.front().front().asset;
                  call.response.Redirect(
-                     302, "/r/" + content->id + "/assets/" + content->movies.front().front().asset);
+                     302, "/r/" + content->id.GetText() + "/assets/" + newest.GetText());
              }});
     api.Add({"GET", "/r/{rest}", [](Call& call) { AnswerNotFound(call); }});
     api.Add({"GET", "/healthz", [](Call& call) { call.response.SetBody("ok", "text/plain"); }});

@@ -24,7 +24,7 @@ namespace {
 TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes,
                 LocalUserSecret const* localUser) {
     OAuthFields form = OAuthFields::InBody(call.request, call.GetBody());
-    std::string const& client = form.RequireClient();
+    ClientId client = form.RequireClient();
     std::string const& grant = form.Require("grant_type");
     if (grant == "authorization_code") {
         auto pair = codes.Redeem(form.Require("code"), {client, form.Require("redirect_uri"),
@@ -53,7 +53,7 @@ TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes,
     throw OAuthError{"unsupported_grant_type", "There is no such grant_type here."};
 }
 
-/// The end points that hand out tokens and take them back. Any thread.
+/// The token and revocation endpoints. Any thread.
 class TokenEndpoint {
 public:
     TokenEndpoint(Sessions& sessions, AuthorizationCodes& codes, LocalUserSecret const* localUser,
@@ -85,12 +85,12 @@ public:
     }
 
 private:
-    /// Counts the request and runs `answer`, with errors in these end points' own form.
+    /// Counts the request and runs `answer`; errors get OAuth's form (RFC 6749, 5.2).
     void Answer(Call& call, std::function<void()> const& answer) {
         call.response.SetHeader("Cache-Control", "no-store");
         call.response.SetHeader("Pragma", "no-cache");
         try {
-            CountRequest(call, limiter, AddressKey(call), RequestKind::Tokens);
+            CountRequest(call, limiter, RequesterAt(call), RequestKind::Tokens);
             answer();
         } catch (OAuthError const& error) {
             call.Answer(400, {{"error", error.error}, {"error_description", error.description}});

@@ -1,7 +1,7 @@
 #include <memory>
 #include <mutex>
 #include <nlohmann/json.hpp>
-#include <set>
+#include <unordered_set>
 
 #include "service/base/ApiError.h"
 #include "service/base/Text.h"
@@ -19,12 +19,13 @@ using nlohmann::json;
 
 namespace {
 
-/// Says where each upload's connection is to be cut, once, for tests of clients. Any thread.
+/// The fault --drop-upload-after: cuts the connection of each upload once. Any thread.
 class DropFault {
 public:
     explicit DropFault(std::optional<std::int64_t> afterBytes) : afterBytes(afterBytes) {}
 
-    /// How much of `size` bytes at `offset` the service gets to see; nothing: all of them.
+    /// How many of `size` bytes at `offset` arrive before the cut; nothing: there is no cut in
+    /// them.
     std::optional<std::size_t> CutWithin(UploadRecord const& upload, std::int64_t offset,
                                          std::size_t size) {
         if (!afterBytes || *afterBytes >= upload.length) return std::nullopt;
@@ -35,23 +36,24 @@ public:
         return static_cast<std::size_t>(room);
     }
 
-    /// Whether the last answer is to be lost: the place to cut lies at or past the upload's end.
+    /// Whether the last response is dropped instead, because the cut is at or after the upload's
+    /// end.
     bool CutsLastAnswer(UploadRecord const& upload) {
         return afterBytes && *afterBytes >= upload.length && Strikes(upload.id);
     }
 
 private:
-    bool Strikes(std::string const& upload) {
+    bool Strikes(UploadId const& upload) {
         std::scoped_lock lock(mutex);
         return struck.insert(upload).second;
     }
 
     std::optional<std::int64_t> afterBytes;
     std::mutex mutex;
-    std::set<std::string> struck;  // mutex
+    std::unordered_set<UploadId> struck;  // mutex
 };
 
-/// `answer` for clients that speak the protocol's version only.
+/// `answer`, after a check of the protocol's version.
 Api::Handler InProtocol(Api::Handler answer) {
     return [answer = std::move(answer)](Call& call) {
         tus::RequireVersion(call);
@@ -102,13 +104,13 @@ void Create(Call& call, Uploads& uploads) {
                                  std::to_string(Uploads::kMaxBytes) + " bytes.");
     }
     NewUpload upload = ReadUploadMetadata(call.Header("Upload-Metadata").value_or(""), length);
-    std::string id = uploads.Create(call.identity.user, upload, call.UuidHeader("Idempotency-Key"));
+    UploadId id = uploads.Create(call.identity.user, upload, call.GetIdempotencyKey());
     call.response.status = 201;
-    call.response.SetHeader("Location", "/v1/uploads/" + id);
+    call.response.SetHeader("Location", "/v1/uploads/" + id.GetText());
 }
 
 void Head(Call& call, Uploads const& uploads) {
-    UploadRecord upload = uploads.Get(call.identity.user, call.ids[0]);
+    UploadRecord upload = uploads.Get(call.identity.user, call.GetId<UploadId>(0));
     call.response.SetHeader("Cache-Control", "no-store");
     call.response.status = 200;
     call.response.SetHeader("Upload-Offset", std::to_string(upload.confirmed));
@@ -116,7 +118,7 @@ void Head(Call& call, Uploads const& uploads) {
     call.response.SetHeader("Upload-Metadata", upload.metadata);
 }
 
-/// The body of a PATCH, on its way into its upload.
+/// Appends the body of a PATCH to its upload.
 class AppendSink : public BodySink {
 public:
     AppendSink(Call& call, Uploads& uploads, DropFault& fault)
@@ -129,14 +131,15 @@ public:
                   .contentSha256 = ReadContentSha256(call)} {}
 
     void Open() override {
-        append = uploads.BeginAppend(call.identity.user, call.ids[0], request, call.GetAbort());
+        append = uploads.BeginAppend(call.identity.user, call.GetId<UploadId>(0), request,
+                                     call.GetAbort());
         offset = request.offset;
     }
 
     void Take(std::string_view piece) override {
         if (auto seen = fault.CutWithin(append->GetUpload(), offset, piece.size())) {
-            // As a connection that breaks there: what came before it is kept or not, and only then
-            // does the client notice.
+            // Like a connection that breaks: the part before the cut is kept or reverted before the
+            // client notices.
             call.response.cut = true;
             append->Take(piece.substr(0, *seen));
             append->Finish(false);
@@ -173,7 +176,7 @@ std::unique_ptr<BodySink> OpenAppend(Call& call, Uploads& uploads, DropFault& fa
 }
 
 void Asset(Call& call, Uploads const& uploads) {
-    PublishedAsset asset = uploads.Asset(call.identity.user, call.ids[0]);
+    PublishedAsset asset = uploads.Asset(call.identity.user, call.GetId<UploadId>(0));
     call.Answer(200, {{"asset", {{"id", asset.id}, {"name", asset.name}, {"type", "file"}}},
                       {"version", asset.version},
                       {"version_stack_id", asset.stack ? json(*asset.stack) : json()},

@@ -30,7 +30,7 @@ void ForgetOld(Database& database) {
 
 }  // namespace
 
-void ChangeFeed::RecordAccounts(Database& database, std::string_view account) {
+void ChangeFeed::RecordAccounts(Database& database, AccountId const& account) {
     database.Run(
         "INSERT INTO changes (list, audience) "
         "SELECT 'accounts', user FROM memberships WHERE account = ?",
@@ -44,20 +44,21 @@ void ChangeFeed::RecordChildren(Database& database, Node const& parent) {
     ForgetOld(database);
 }
 
-std::int64_t ChangeFeed::Position() const {
-    return store.Read([](Database& database) { return LastNumber(database); });
+ChangeNumber ChangeFeed::Position() const {
+    return store.Read([](Database& database) { return ChangeNumber(LastNumber(database)); });
 }
 
-bool ChangeFeed::Reaches(std::int64_t number) const {
+bool ChangeFeed::Reaches(ChangeNumber number) const {
     return store.Read([&](Database& database) {
+        auto value = static_cast<std::int64_t>(number);
         std::int64_t last = LastNumber(database);
         Statement row = database.Query("SELECT coalesce(min(seq), ?) FROM changes", last + 1);
         row.Next();
-        return number >= row.Integer(0) - 1 && number <= last;
+        return value >= row.Integer(0) - 1 && value <= last;
     });
 }
 
-std::vector<Change> ChangeFeed::After(std::int64_t number, std::string_view user,
+std::vector<Change> ChangeFeed::After(ChangeNumber number, UserId const& user,
                                       std::int64_t most) const {
     return store.Read([&](Database& database) {
         Statement row = database.Query(
@@ -65,8 +66,10 @@ std::vector<Change> ChangeFeed::After(std::int64_t number, std::string_view user
             "(SELECT account FROM memberships WHERE user = ?)) ORDER BY seq LIMIT ?",
             number, user, user, most);
         std::vector<Change> changes;
-        while (row.Next())
-            changes.push_back({row.Integer(0), row.Text(1), row.OptionalText(2)});
+        while (row.Next()) {
+            changes.push_back(
+                {ChangeNumber(row.Integer(0)), row.Text(1), row.OptionalId<NodeId>(2)});
+        }
         return changes;
     });
 }

@@ -4,8 +4,9 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "service/store/Ids.h"
 
 namespace quilloservice {
 
@@ -13,44 +14,45 @@ class Database;
 class Store;
 struct Node;
 
-/// One list that is not what it was: in the wire's words "accounts" (of the user who hears of it),
-/// "workspaces", "projects" or "assets" (of `parent`).
+/// A change of one list, in the wire's words: "accounts" of the user who receives the change, or
+/// "workspaces", "projects" or "assets" of `parent`.
 struct Change {
-    std::int64_t number = 0;
+    ChangeNumber number{};
     std::string list;
-    std::optional<std::string> parent;
+    std::optional<NodeId> parent;
 };
 
-/// The changes of lists, in the order in which they happened. A change is written in the same
-/// transaction as what it tells of, so that none is lost whenever the process ends; the last ten
-/// thousand are kept, for those who come back. Any thread.
+/// The changes of lists, in order. A change is recorded in the transaction that makes it, so a
+/// crash loses none. The last 10,000 are kept for clients that reconnect. Any thread.
 class ChangeFeed {
 public:
     explicit ChangeFeed(Store const& store) : store(store) {}
 
-    // In the transaction that changes the list:
+    // To be called in the transaction that changes the list:
 
-    /// The account lists of all members of `account` have changed. While there are members.
-    static void RecordAccounts(Database& database, std::string_view account);
-    /// What lies below `parent`, an account, a workspace or a folder, has changed.
+    /// Records a change of the account lists of the members of `account`. Before the memberships
+    /// are deleted.
+    static void RecordAccounts(Database& database, AccountId const& account);
+    /// Records a change of the list below `parent`, an account, workspace or folder.
     static void RecordChildren(Database& database, Node const& parent);
 
-    /// Tells the listener that there is something new. After the transaction.
+    /// Calls the listener. To be called after the transaction.
     void Announce() const {
         if (listener) listener();
     }
 
-    /// `function` is called by each Announce, on its thread. Before there is any.
+    /// Sets the listener, which runs on the thread that calls Announce. Call before the first
+    /// Announce.
     void Listen(std::function<void()> function) { listener = std::move(function); }
 
-    /// The number of the last change there was.
-    [[nodiscard]] std::int64_t Position() const;
+    /// The number of the latest change.
+    [[nodiscard]] ChangeNumber Position() const;
 
-    /// Whether all changes after `number` are still known.
-    [[nodiscard]] bool Reaches(std::int64_t number) const;
+    /// Whether all changes after `number` are still kept.
+    [[nodiscard]] bool Reaches(ChangeNumber number) const;
 
-    /// The first `most` changes after `number` that `user` may hear of.
-    [[nodiscard]] std::vector<Change> After(std::int64_t number, std::string_view user,
+    /// The first `most` changes after `number` in lists that `user` may read.
+    [[nodiscard]] std::vector<Change> After(ChangeNumber number, UserId const& user,
                                             std::int64_t most) const;
 
 private:

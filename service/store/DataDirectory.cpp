@@ -17,7 +17,6 @@
 
 #include "service/base/File.h"
 #include "service/base/Text.h"
-#include "service/base/Uuid.h"
 
 namespace quilloservice {
 
@@ -114,17 +113,12 @@ Descriptor DataDirectory::OpenFile(std::string const& name, int flags) const {
     return file;
 }
 
-std::string DataDirectory::UploadPath(std::string_view id) const {
-    return PathOf("/uploads/", id);
+std::string DataDirectory::UploadPath(UploadId const& id) const {
+    return path + "/uploads/" + id.GetText();
 }
 
-std::string DataDirectory::MoviePath(std::string_view id) const {
-    return PathOf("/movies/", id);
-}
-
-std::string DataDirectory::PathOf(std::string_view folder, std::string_view id) const {
-    if (!IsUuid(id)) throw std::invalid_argument("not a UUID");
-    return path + std::string(folder) + std::string(id);
+std::string DataDirectory::MoviePath(FileId const& id) const {
+    return path + "/movies/" + id.GetText();
 }
 
 std::int64_t DataDirectory::FreeBytes() const {
@@ -136,8 +130,8 @@ std::int64_t DataDirectory::FreeBytes() const {
     return static_cast<std::int64_t>(blocks * disk.f_frsize);
 }
 
-std::string DataDirectory::SetMovieAside(std::string_view id) const {
-    std::string kept = PathOf("/set-aside/", id);
+std::string DataDirectory::SetMovieAside(FileId const& id) const {
+    std::string kept = path + "/set-aside/" + id.GetText();
     if (std::filesystem::exists(kept)) throw std::runtime_error(kept + " is there already");
     std::filesystem::rename(MoviePath(id), kept);
     SyncDirectory(path + "/set-aside");

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "service/base/Descriptor.h"
+#include "service/store/Ids.h"
 
 namespace quilloservice {
 
@@ -22,10 +22,10 @@ public:
     [[nodiscard]] std::string GetStorePath() const { return path + "/store.sqlite"; }
     [[nodiscard]] std::string GetMoviesPath() const { return path + "/movies"; }
 
-    /// Where an upload grows, and where the movie it becomes stands. `id` has to be a UUID; any
-    /// other text throws, so that nothing a client sends can become a path.
-    [[nodiscard]] std::string UploadPath(std::string_view id) const;
-    [[nodiscard]] std::string MoviePath(std::string_view id) const;
+    /// The files of an unfinished upload and of a published movie. An ID is always a UUID, so no
+    /// text from a client becomes part of a path.
+    [[nodiscard]] std::string UploadPath(UploadId const& id) const;
+    [[nodiscard]] std::string MoviePath(FileId const& id) const;
 
     /// How many bytes may still be written to the directory's disk; the most there are when the
     /// system does not know.
@@ -33,14 +33,13 @@ public:
 
     /// Moves the movie's file to the folder of those that cannot be published; returns where it is
     /// then. Replaces nothing there. Throws std::runtime_error.
-    [[nodiscard]] std::string SetMovieAside(std::string_view id) const;
+    [[nodiscard]] std::string SetMovieAside(FileId const& id) const;
 
     /// The port that was used last with this directory, 0 when there is none.
     [[nodiscard]] int GetLastPort() const;
     void RememberPort(int port) const;
 
 private:
-    [[nodiscard]] std::string PathOf(std::string_view folder, std::string_view id) const;
     void MakeFolder(std::string const& name) const;
     /// Opens a file of the service's own and closes it to other users; nothing when it is missing.
     Descriptor OpenFile(std::string const& name, int flags) const;

@@ -6,7 +6,7 @@ namespace quilloservice {
 
 namespace {
 
-// Writers queue on the store's mutex; this is for another process that has a look at the file.
+// Writers of this process queue on the store's mutex; another process may hold SQLite's lock.
 constexpr int kBusyTimeoutMilliseconds = 10'000;
 
 }  // namespace
@@ -51,9 +51,8 @@ std::int64_t Statement::Integer(int column) const {
     return sqlite3_column_int64(handle, column);
 }
 
-std::optional<std::string> Statement::OptionalText(int column) const {
-    if (sqlite3_column_type(handle, column) == SQLITE_NULL) return std::nullopt;
-    return Text(column);
+bool Statement::IsNull(int column) const {
+    return sqlite3_column_type(handle, column) == SQLITE_NULL;
 }
 
 void Statement::BindText(int index, std::string_view text) {

@@ -14,33 +14,42 @@ struct sqlite3_stmt;
 
 namespace quilloservice {
 
-/// What SQLite reports: `code` is its result code, the message says what was being done.
+/// An error of SQLite. The message contains SQLite's message and the statement.
 class DatabaseError : public std::runtime_error {
 public:
     DatabaseError(int resultCode, std::string const& message)
         : std::runtime_error(message), code(resultCode) {}
 
-    /// Whether the disk had no room left.
+    /// Whether the disk is full.
     [[nodiscard]] bool IsFull() const;
 
-    int code;
+    int code;  ///< SQLite's extended result code
 };
 
 class Database;
 
-/// A statement with its arguments bound. Goes back to the connection's cache at its end. Columns
-/// are counted from 0 and may be read after `Next` returned true.
+/// A statement with bound arguments. Its destructor returns it to the connection's cache. Columns
+/// count from 0 and can be read after `Next` has returned true.
 class Statement {
 public:
     Statement(Statement&&) = delete;
     ~Statement();
 
-    /// Moves to the next row; false when there is none.
+    /// Moves to the next row; false if there is none.
     bool Next();
 
     [[nodiscard]] std::string Text(int column) const;
     [[nodiscard]] std::int64_t Integer(int column) const;
-    [[nodiscard]] std::optional<std::string> OptionalText(int column) const;
+
+    /// An Id of type `IdType`; OptionalId: nothing for NULL.
+    template <typename IdType>
+    [[nodiscard]] IdType Id(int column) const {
+        return IdType(Text(column));
+    }
+    template <typename IdType>
+    [[nodiscard]] std::optional<IdType> OptionalId(int column) const {
+        return IsNull(column) ? std::nullopt : std::optional(Id<IdType>(column));
+    }
 
 private:
     friend class Database;
@@ -53,47 +62,52 @@ private:
         (Bind(++index, arguments), ...);
     }
 
+    /// Binds a number, an enumerator, a text, an Id, or an optional of these (NULL if empty).
     template <typename Argument>
     void Bind(int index, Argument const& argument) {
-        if constexpr (std::is_integral_v<Argument>) {
-            BindNumber(index, argument);
-        } else if constexpr (std::is_same_v<Argument, std::optional<std::string>>) {
-            if (argument) BindText(index, *argument);
+        if constexpr (std::is_integral_v<Argument> || std::is_enum_v<Argument>) {
+            BindNumber(index, static_cast<std::int64_t>(argument));
+        } else if constexpr (requires { argument.has_value(); }) {
+            if (argument) Bind(index, *argument);
+        } else if constexpr (requires { argument.GetText(); }) {
+            BindText(index, argument.GetText());
         } else {
             BindText(index, argument);
         }
     }
     void BindText(int index, std::string_view text);
     void BindNumber(int index, std::int64_t number);
+    [[nodiscard]] bool IsNull(int column) const;
 
     Database& database;
     std::string sql;
     sqlite3_stmt* handle;
 };
 
-/// One connection to a SQLite file. One thread at a time.
+/// A connection to a SQLite file. One thread at a time.
 class Database {
 public:
-    /// Opens the file at `path`, in which no part is a link, and makes it when it is missing.
+    /// Opens the file at `path`, creating it if it is missing. No component of `path` may be a
+    /// symbolic link.
     explicit Database(std::string const& path);
     ~Database();
     Database(Database const&) = delete;
     Database& operator=(Database const&) = delete;
 
-    /// Prepares `sql` with `arguments` for its question marks, to be stepped through.
+    /// Prepares `sql` and binds `arguments` to its question marks.
     template <typename... Arguments>
     [[nodiscard]] Statement Query(std::string sql, Arguments const&... arguments) {
         return Statement(*this, std::move(sql), arguments...);
     }
 
-    /// Runs one statement to its end; returns how many rows it changed.
+    /// Runs one statement; returns the number of rows changed.
     template <typename... Arguments>
     int Run(std::string sql, Arguments const&... arguments) {
         Query(std::move(sql), arguments...).Next();
         return Changes();
     }
 
-    /// Runs several statements that take no arguments.
+    /// Runs several statements without arguments.
     void RunScript(char const* sql);
 
 private:

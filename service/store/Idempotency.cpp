@@ -7,8 +7,8 @@
 
 namespace quilloservice {
 
-std::optional<std::string> FindRepeated(Database& database, IdempotentRequest const& request,
-                                        std::int64_t now) {
+std::optional<std::string> FindRepeatedText(Database& database, IdempotentRequest const& request,
+                                            std::int64_t now) {
     database.Run("DELETE FROM idempotency_keys WHERE used_at <= ?", now - kKeySeconds);
     Statement row =
         database.Query("SELECT request, result FROM idempotency_keys WHERE user = ? AND key = ?",
@@ -20,7 +20,7 @@ std::optional<std::string> FindRepeated(Database& database, IdempotentRequest co
     return row.Text(1);
 }
 
-void RememberResult(Database& database, IdempotentRequest const& request, std::string_view result,
+void RememberResult(Database& database, IdempotentRequest const& request, std::string const& result,
                     std::int64_t now) {
     database.Run(
         "INSERT INTO idempotency_keys (user, key, request, result, used_at) "

@@ -3,31 +3,40 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
+
+#include "service/store/Ids.h"
 
 namespace quilloservice {
 
 class Database;
 
-/// A creation that its client may repeat without making a second thing: the key the client chose
-/// and what it asked for, to tell a repetition from another use of the same key.
+/// A creation that the client may repeat without creating a second object.
 struct IdempotentRequest {
-    std::string user;
-    std::string key;
-    std::string request;
+    UserId user;
+    IdempotencyKey key;
+    std::string request;  ///< the contents, to tell a repetition from reuse of the key
 };
 
-/// For how long a key counts after its first use.
+/// How long a key is valid after its first use.
 inline constexpr std::int64_t kKeySeconds = 7 * 24 * 3600;
 
-/// What the first request with this key made, nothing when this is the first for a week. Forgets
-/// the keys that count no more at `now`, in seconds since 1970. Throws ApiError 409 when the key
-/// was used for another request. In the transaction of the creation.
-std::optional<std::string> FindRepeated(Database& database, IdempotentRequest const& request,
-                                        std::int64_t now);
+/// The text of the ID that FindRepeated returns.
+std::optional<std::string> FindRepeatedText(Database& database, IdempotentRequest const& request,
+                                            std::int64_t now);
 
-/// Keeps what a first request made. In the transaction that makes it, after `FindRepeated`.
-void RememberResult(Database& database, IdempotentRequest const& request, std::string_view result,
+/// The ID of the object that the first request with this key created; nothing if this is the first.
+/// Deletes the keys that have expired at `now`, in seconds since 1970. Throws ApiError 409 if the
+/// key was used for another request. Call in the transaction of the creation.
+template <typename Made>
+std::optional<Made> FindRepeated(Database& database, IdempotentRequest const& request,
+                                 std::int64_t now) {
+    auto made = FindRepeatedText(database, request, now);
+    return made ? std::optional(Made(*std::move(made))) : std::nullopt;
+}
+
+/// Stores the result of a first request, the text of the created object's ID. Call in the
+/// transaction of the creation, after FindRepeated.
+void RememberResult(Database& database, IdempotentRequest const& request, std::string const& result,
                     std::int64_t now);
 
 }  // namespace quilloservice

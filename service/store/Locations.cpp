@@ -1,5 +1,7 @@
 #include "service/store/Locations.h"
 
+#include <stdexcept>
+
 #include "service/base/ApiError.h"
 #include "service/base/Uuid.h"
 #include "service/store/ChangeFeed.h"
@@ -9,10 +11,12 @@ namespace quilloservice {
 
 namespace {
 
-std::string_view KindOfParent(std::string_view kind) {
-    if (kind == kind::Workspace) return kind::Account;
-    if (kind == kind::Project) return kind::Workspace;
-    return kind::Folder;
+/// The kind of location that is created below a parent of `kind`.
+std::string_view KindBelow(std::string_view kind) {
+    if (kind == kind::Account) return kind::Workspace;
+    if (kind == kind::Workspace) return kind::Project;
+    if (kind == kind::Folder) return kind::Folder;
+    throw std::logic_error("no location is created below a " + std::string(kind));
 }
 
 Node ParentOf(Database& database, Node const& node) {
@@ -27,17 +31,16 @@ std::optional<Node> RootOf(Database& database, Node const& node) {
     return std::nullopt;
 }
 
-/// The list in which `node` stands has changed.
+/// Records a change of the list that contains `node`.
 void RecordList(Database& database, Node const& node) {
-    if (node.kind == kind::Account) return ChangeFeed::RecordAccounts(database, node.id);
+    if (node.kind == kind::Account) return ChangeFeed::RecordAccounts(database, node.account);
     ChangeFeed::RecordChildren(database, ParentOf(database, node));
 }
 
-/// The location, for a change of its own: a root folder is a part of its project.
-Node RequireLocation(Database& database, std::string const& user, std::string_view kind,
-                     std::string const& id) {
-    Node node = RequireNode(database, user, id, kind);
-    if (kind == kind::Folder && ParentOf(database, node).kind == kind::Project) {
+/// Returns a location that may be changed by itself. A root folder only changes with its project.
+Node RequireLocation(Database& database, UserId const& user, NodeRef const& location) {
+    Node node = RequireNode(database, user, location);
+    if (node.kind == kind::Folder && ParentOf(database, node).kind == kind::Project) {
         throw ApiError::Conflict("This is the root folder of a project; change the project.");
     }
     return node;
@@ -68,9 +71,9 @@ void DeleteNode(Database& database, Node const& node) {
 
 }  // namespace
 
-Location Locations::AddAccount(std::string const& user, std::string const& name) {
+Location Locations::AddAccount(UserId const& user, std::string const& name) {
     Location location = store.Write([&](Database& database) {
-        std::string id = NewUuid();
+        AccountId id(NewUuid());
         Node account{id, std::string(kind::Account), id, std::nullopt, name};
         InsertNode(database, account);
         database.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", user, id);
@@ -81,15 +84,16 @@ Location Locations::AddAccount(std::string const& user, std::string const& name)
     return location;
 }
 
-Location Locations::Add(std::string const& user, std::string_view kind, std::string const& parent,
-                        std::string const& name) {
+Location Locations::Add(UserId const& user, NodeRef const& parent, std::string const& name) {
     Location location = store.Write([&](Database& database) {
-        Node above = RequireNode(database, user, parent, KindOfParent(kind));
-        Location made{{NewUuid(), std::string(kind), above.account, above.id, name}, std::nullopt};
+        std::string_view kind = KindBelow(parent.kind);
+        Node above = RequireNode(database, user, parent);
+        Location made{{NodeId(NewUuid()), std::string(kind), above.account, above.id, name},
+                      std::nullopt};
         InsertNode(database, made.node);
         if (kind == kind::Project) {
-            made.root =
-                Node{NewUuid(), std::string(kind::Folder), above.account, made.node.id, name};
+            made.root = Node{NodeId(NewUuid()), std::string(kind::Folder), above.account,
+                             made.node.id, name};
             InsertNode(database, *made.root);
         }
         RecordList(database, made.node);
@@ -99,10 +103,9 @@ Location Locations::Add(std::string const& user, std::string_view kind, std::str
     return location;
 }
 
-Location Locations::Rename(std::string const& user, std::string_view kind, std::string const& id,
-                           std::string const& name) {
-    Location location = store.Write([&](Database& database) {
-        Node node = RequireLocation(database, user, kind, id);
+Location Locations::Rename(UserId const& user, NodeRef const& location, std::string const& name) {
+    Location renamed = store.Write([&](Database& database) {
+        Node node = RequireLocation(database, user, location);
         std::optional<Node> root = RootOf(database, node);
         SetName(database, node, name);
         node.name = name;
@@ -114,12 +117,12 @@ Location Locations::Rename(std::string const& user, std::string_view kind, std::
         return Location{node, root};
     });
     changes.Announce();
-    return location;
+    return renamed;
 }
 
-void Locations::Remove(std::string const& user, std::string_view kind, std::string const& id) {
+void Locations::Remove(UserId const& user, NodeRef const& location) {
     store.Write([&](Database& database) {
-        Node node = RequireLocation(database, user, kind, id);
+        Node node = RequireLocation(database, user, location);
         RequireEmpty(database, node);
         RecordList(database, node);
         if (auto root = RootOf(database, node)) DeleteNode(database, *root);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "service/store/Nodes.h"
 
@@ -10,33 +9,31 @@ namespace quilloservice {
 class ChangeFeed;
 class Store;
 
-/// A location to share to with what stands in its lists: an account, a workspace, a project or a
-/// folder. `root` is a project's root folder.
+/// An account, workspace, project or folder.
 struct Location {
     Node node;
-    std::optional<Node> root;
+    std::optional<Node> root;  ///< a project's root folder
 };
 
-/// Makes, renames and removes locations, and has the lists that change announced. Each throws
-/// ApiError: 404 when there is no such location, 403 when `user` is no member of its account, 409
-/// when what is asked for would lose something. Any thread.
+/// Creates, renames and removes locations, and records the change of their list. Every function
+/// throws ApiError: 404 if the location does not exist, 403 if `user` is not a member of its
+/// account, 409 if the change would lose something. Any thread.
 class Locations {
 public:
     Locations(Store& store, ChangeFeed& changes) : store(store), changes(changes) {}
 
-    /// Makes an account with `user` as its one member.
-    Location AddAccount(std::string const& user, std::string const& name);
+    /// Creates an account with `user` as its only member.
+    Location AddAccount(UserId const& user, std::string const& name);
 
-    /// Makes a location of `kind` below `parent`; a project comes with its root folder.
-    Location Add(std::string const& user, std::string_view kind, std::string const& parent,
-                 std::string const& name);
+    /// Creates a child of `parent`: a workspace in an account, a project (with its root folder) in
+    /// a workspace, a folder in a folder.
+    Location Add(UserId const& user, NodeRef const& parent, std::string const& name);
 
-    /// A root folder goes by its project's name, and is not renamed by itself.
-    Location Rename(std::string const& user, std::string_view kind, std::string const& id,
-                    std::string const& name);
+    /// Renames a location; a project's root folder takes the project's name. 409 for a root folder.
+    Location Rename(UserId const& user, NodeRef const& location, std::string const& name);
 
-    /// Removes a location that holds nothing and into which nothing is on its way.
-    void Remove(std::string const& user, std::string_view kind, std::string const& id);
+    /// Removes a location. 409 unless it is empty and no upload into it is unfinished.
+    void Remove(UserId const& user, NodeRef const& location);
 
 private:
     Store& store;

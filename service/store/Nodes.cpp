@@ -10,8 +10,8 @@ namespace quilloservice {
 namespace {
 
 Node FromRow(Statement const& row) {
-    return {row.Text(0),         row.Text(1), row.Text(2),
-            row.OptionalText(3), row.Text(4), row.Integer(5)};
+    return {row.Id<NodeId>(0),         row.Text(1), row.Id<AccountId>(2),
+            row.OptionalId<NodeId>(3), row.Text(4), row.Integer(5)};
 }
 
 std::string InWords(std::string_view kind) {
@@ -22,36 +22,35 @@ std::string InWords(std::string_view kind) {
 
 }  // namespace
 
-std::optional<Node> FindNode(Database& database, std::string_view id) {
+std::optional<Node> FindNode(Database& database, NodeId const& id) {
     Statement row = database.Query(
         "SELECT id, kind, account, parent, name, version FROM nodes WHERE id = ?", id);
     if (!row.Next()) return std::nullopt;
     return FromRow(row);
 }
 
-bool IsMember(Database& database, std::string_view user, std::string_view account) {
+bool IsMember(Database& database, UserId const& user, AccountId const& account) {
     return database.Query("SELECT 1 FROM memberships WHERE user = ? AND account = ?", user, account)
         .Next();
 }
 
-Node RequireNode(Database& database, std::string_view user, std::string_view id,
-                 std::string_view kind) {
-    std::optional<Node> node = FindNode(database, id);
-    if (!node || node->kind != kind) {
-        throw ApiError::NotFound("No " + InWords(kind) + " has this ID.");
+Node RequireNode(Database& database, UserId const& user, NodeRef const& ref) {
+    std::optional<Node> node = FindNode(database, ref.id);
+    if (!node || node->kind != ref.kind) {
+        throw ApiError::NotFound("No " + InWords(ref.kind) + " has this ID.");
     }
     RequireMember(database, user, *node);
     return *std::move(node);
 }
 
-void RequireMember(Database& database, std::string_view user, Node const& node) {
+void RequireMember(Database& database, UserId const& user, Node const& node) {
     if (!IsMember(database, user, node.account)) {
         throw ApiError::Forbidden("This " + InWords(node.kind) +
                                   " belongs to an account of which the user is no member.");
     }
 }
 
-std::vector<Node> ChildrenOf(Database& database, std::string_view parent) {
+std::vector<Node> ChildrenOf(Database& database, NodeId const& parent) {
     Statement row = database.Query(
         "SELECT id, kind, account, parent, name, version FROM nodes WHERE parent = ? ORDER BY seq",
         parent);

@@ -6,46 +6,46 @@
 #include <string_view>
 #include <vector>
 
+#include "service/store/Ids.h"
+
 namespace quilloservice {
 
 class Database;
 
-/// What a node can be, in the words of the wire and the store.
-namespace kind {
-inline constexpr std::string_view Account = "account";
-inline constexpr std::string_view Workspace = "workspace";
-inline constexpr std::string_view Project = "project";
-inline constexpr std::string_view Folder = "folder";
-inline constexpr std::string_view File = "file";
-inline constexpr std::string_view VersionStack = "version_stack";
-inline constexpr std::string_view ReviewLink = "review_link";
-}  // namespace kind
-
-/// Anything that has an ID: from an account down to a file.
+/// An account, or anything that belongs to one, down to a file.
 struct Node {
-    std::string id;
+    NodeId id;
     std::string kind;
-    std::string account;
-    std::optional<std::string> parent;
+    AccountId account;  ///< of an account: its own ID
+    std::optional<NodeId> parent;
     std::string name;
     std::int64_t version = 1;  ///< of a file in its version stack
 };
 
-std::optional<Node> FindNode(Database& database, std::string_view id);
+/// A node's ID and the kind that the node must have. Converts from IDs whose type tells the kind.
+struct NodeRef {
+    template <typename Tag>
+    requires requires { Tag::kKind; }
+    NodeRef(Id<Tag> const& nodeId) : id(nodeId), kind(Tag::kKind) {}
 
-/// Whether `user` may see what belongs to `account`.
-bool IsMember(Database& database, std::string_view user, std::string_view account);
+    NodeId id;
+    std::string_view kind;
+};
 
-/// The node with `id`, which has to be of the kind asked for. Throws ApiError: 404 when there is
-/// none, 403 when it belongs to an account of which `user` is no member.
-Node RequireNode(Database& database, std::string_view user, std::string_view id,
-                 std::string_view kind);
+std::optional<Node> FindNode(Database& database, NodeId const& id);
+
+/// Whether `user` may see the contents of `account`.
+bool IsMember(Database& database, UserId const& user, AccountId const& account);
+
+/// Returns the node. Throws ApiError 404 if no node of this kind has the ID, 403 if `user` is not a
+/// member of its account.
+Node RequireNode(Database& database, UserId const& user, NodeRef const& ref);
 
 /// Throws ApiError 403 unless `user` is a member of the node's account.
-void RequireMember(Database& database, std::string_view user, Node const& node);
+void RequireMember(Database& database, UserId const& user, Node const& node);
 
-/// The nodes right below `parent`, in the order in which they were made.
-std::vector<Node> ChildrenOf(Database& database, std::string_view parent);
+/// The direct children of `parent`, in order of creation.
+std::vector<Node> ChildrenOf(Database& database, NodeId const& parent);
 
 void InsertNode(Database& database, Node const& node);
 

@@ -10,22 +10,23 @@ namespace quilloservice {
 
 namespace {
 
-/// What stands in the link for `asset`: the version stack that it is a version of, or itself.
-std::string LinkedAsset(Database& database, std::string const& user, std::string const& asset) {
+/// The asset to store in a link for `asset`: a version's stack, or the asset itself.
+AssetId LinkedAsset(Database& database, UserId const& user, AssetId const& asset) {
     std::optional<Node> node = FindNode(database, asset);
     if (!node || (node->kind != kind::File && node->kind != kind::VersionStack)) {
         throw ApiError::NotFound("No file or version stack has the ID \"" +
-                                 (IsUuid(asset) ? asset : "...") + "\"; nothing was added.");
+                                 (asset.IsNil() ? "..." : asset.GetText()) +
+                                 "\"; nothing was added.");
     }
     RequireMember(database, user, *node);
     if (node->kind == kind::File) {
         std::optional<Node> parent = FindNode(database, *node->parent);
-        if (parent && parent->kind == kind::VersionStack) return parent->id;
+        if (parent && parent->kind == kind::VersionStack) return AssetId(parent->id);
     }
-    return node->id;
+    return asset;
 }
 
-std::vector<MovieVersion> VersionsOf(Database& database, std::string const& asset) {
+std::vector<MovieVersion> VersionsOf(Database& database, AssetId const& asset) {
     Statement row = database.Query(
         "SELECT id, name, version, bytes, sha256, media_type, published_at "
         "FROM nodes JOIN movies ON movies.asset = nodes.id "
@@ -33,40 +34,41 @@ std::vector<MovieVersion> VersionsOf(Database& database, std::string const& asse
         asset, asset);
     std::vector<MovieVersion> versions;
     while (row.Next()) {
-        versions.push_back({row.Text(0), row.Text(1), row.Integer(2), row.Integer(3), row.Text(4),
-                            row.Text(5), row.Integer(6)});
+        versions.push_back({row.Id<FileId>(0), row.Text(1), row.Integer(2), row.Integer(3),
+                            row.Text(4), row.Text(5), row.Integer(6)});
     }
     return versions;
 }
 
+Node InsertLink(Database& database, Node const& project, std::string const& name) {
+    Node link{NodeId(NewUuid()), std::string(kind::ReviewLink), project.account, project.id, name};
+    InsertNode(database, link);
+    return link;
+}
+
 }  // namespace
 
-Node ReviewLinks::Create(std::string const& user, std::string const& project,
-                         std::string const& name,
-                         std::optional<std::string> const& idempotencyKey) {
+Node ReviewLinks::Create(UserId const& user, ProjectId const& project, std::string const& name,
+                         std::optional<IdempotencyKey> const& key) {
     return store.Write([&](Database& database) {
+        if (!key) return InsertLink(database, RequireNode(database, user, project), name);
         std::int64_t now = clock();
-        IdempotentRequest repeatable{user, idempotencyKey.value_or(""),
-                                     "review link " + project + " " + name};
-        if (idempotencyKey) {
-            if (auto earlier = FindRepeated(database, repeatable, now)) {
-                return RequireNode(database, user, *earlier, kind::ReviewLink);
-            }
+        IdempotentRequest request{user, *key, "review link " + project.GetText() + " " + name};
+        if (auto earlier = FindRepeated<LinkId>(database, request, now)) {
+            return RequireNode(database, user, *earlier);
         }
-        Node parent = RequireNode(database, user, project, kind::Project);
-        Node link{NewUuid(), std::string(kind::ReviewLink), parent.account, parent.id, name};
-        InsertNode(database, link);
-        if (idempotencyKey) RememberResult(database, repeatable, link.id, now);
+        Node link = InsertLink(database, RequireNode(database, user, project), name);
+        RememberResult(database, request, link.id.GetText(), now);
         return link;
     });
 }
 
-std::int64_t ReviewLinks::AddAssets(std::string const& user, std::string const& link,
-                                    std::vector<std::string> const& assets) {
+std::int64_t ReviewLinks::AddAssets(UserId const& user, LinkId const& link,
+                                    std::vector<AssetId> const& assets) {
     return store.Write([&](Database& database) {
-        RequireNode(database, user, link, kind::ReviewLink);
+        RequireNode(database, user, link);
         std::int64_t added = 0;
-        for (std::string const& asset : assets) {
+        for (AssetId const& asset : assets) {
             added += database.Run("INSERT OR IGNORE INTO link_assets (link, asset) VALUES (?, ?)",
                                   link, LinkedAsset(database, user, asset));
         }
@@ -74,15 +76,15 @@ std::int64_t ReviewLinks::AddAssets(std::string const& user, std::string const& 
     });
 }
 
-std::optional<ReviewContent> ReviewLinks::Find(std::string const& link) const {
+std::optional<ReviewContent> ReviewLinks::Find(LinkId const& link) const {
     return store.Read([&](Database& database) -> std::optional<ReviewContent> {
         std::optional<Node> node = FindNode(database, link);
         if (!node || node->kind != kind::ReviewLink) return std::nullopt;
-        ReviewContent content{node->id, node->name, {}};
+        ReviewContent content{link, node->name, {}};
         Statement row =
             database.Query("SELECT asset FROM link_assets WHERE link = ? ORDER BY seq", link);
         while (row.Next()) {
-            auto versions = VersionsOf(database, row.Text(0));
+            auto versions = VersionsOf(database, row.Id<AssetId>(0));
             if (!versions.empty()) content.movies.push_back(std::move(versions));
         }
         return content;

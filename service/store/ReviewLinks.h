@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "service/base/Clock.h"
+#include "service/store/Ids.h"
 
 namespace quilloservice {
 
@@ -14,9 +15,9 @@ class Database;
 class Store;
 struct Node;
 
-/// One movie as reviewers see it.
+/// A movie, as shown to reviewers.
 struct MovieVersion {
-    std::string asset;
+    FileId asset;
     std::string name;
     std::int64_t version = 1;
     std::int64_t bytes = 0;
@@ -25,29 +26,30 @@ struct MovieVersion {
     std::int64_t publishedAt = 0;  ///< seconds since 1970
 };
 
-/// What a reviewer finds behind a link: the movies in the order in which they were added, each with
-/// its versions, newest first.
+/// The contents of a review link: its movies in the order in which they were added, each with its
+/// versions, newest first.
 struct ReviewContent {
-    std::string id;
+    LinkId id;
     std::string name;
     std::vector<std::vector<MovieVersion>> movies;
 };
 
-/// Review links. Functions with a user throw ApiError; those without serve whoever has the link.
-/// Any thread.
+/// The store's review links. Functions that take a user throw ApiError. Any thread.
 class ReviewLinks {
 public:
     ReviewLinks(Store& store, Clock clock) : store(store), clock(std::move(clock)) {}
 
-    /// Makes a link in a project, or finds the one that the same request with the same key made.
-    Node Create(std::string const& user, std::string const& project, std::string const& name,
-                std::optional<std::string> const& idempotencyKey);
+    /// Creates a link in a project, or returns the one created by an earlier request with the same
+    /// key.
+    Node Create(UserId const& user, ProjectId const& project, std::string const& name,
+                std::optional<IdempotencyKey> const& key);
 
-    /// Adds files and version stacks; returns how many were not there before. All or none.
-    std::int64_t AddAssets(std::string const& user, std::string const& link,
-                           std::vector<std::string> const& assets);
+    /// Adds files and version stacks, all or none. Returns how many were not in the link before.
+    std::int64_t AddAssets(UserId const& user, LinkId const& link,
+                           std::vector<AssetId> const& assets);
 
-    [[nodiscard]] std::optional<ReviewContent> Find(std::string const& link) const;
+    /// The link's contents, for anyone who knows its ID; nothing if there is no such link.
+    [[nodiscard]] std::optional<ReviewContent> Find(LinkId const& link) const;
 
 private:
     Store& store;

@@ -11,17 +11,17 @@ namespace quilloservice {
 
 namespace {
 
-/// Writes nodes whose IDs follow from where they stand.
+/// Inserts nodes with IDs derived from their paths.
 class Planter {
 public:
     explicit Planter(Database& database) : database(database) {}
 
-    void User(std::string const& id, std::string_view name) {
+    void User(UserId const& id, std::string_view name) {
         database.Run("INSERT INTO users (id, name) VALUES (?, ?)", id, name);
     }
 
-    Node Account(std::string const& user, std::string const& name) {
-        std::string id = UuidOf("account/" + name);
+    Node Account(UserId const& user, std::string const& name) {
+        AccountId id(UuidOf("account/" + name));
         Node account{id, std::string(kind::Account), id, std::nullopt, name};
         InsertNode(database, account);
         database.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", user, id);
@@ -30,7 +30,7 @@ public:
 
     Node Child(Node const& parent, std::string_view kind, std::string const& name,
                std::int64_t version = 1) {
-        Node child{UuidOf(parent.id + "/" + name + "/" + std::to_string(version)),
+        Node child{NodeId(UuidOf(parent.id.GetText() + "/" + name + "/" + std::to_string(version))),
                    std::string(kind),
                    parent.account,
                    parent.id,
@@ -40,7 +40,7 @@ public:
         return child;
     }
 
-    /// A project; what is returned is its root folder.
+    /// Adds a project and returns its root folder.
     Node Project(Node const& workspace, std::string const& name) {
         return Child(Child(workspace, kind::Project, name), kind::Folder, name);
     }
@@ -56,7 +56,7 @@ private:
     Database& database;
 };
 
-void PlantSmall(Planter& plant, std::string const& user) {
+void PlantSmall(Planter& plant, UserId const& user) {
     Node studio = plant.Account(user, "Northlight Pictures");
     Node freelance = plant.Account(user, "Harbour Street Studio");
 
@@ -97,8 +97,8 @@ void PlantSmall(Planter& plant, std::string const& user) {
     plant.Project(documentaries, "Salt and Stone");
 }
 
-/// Names that a list has to sort, shorten and draw well: mixed case, numbers, scripts from either
-/// side, emoji, and some far longer than any window is wide.
+/// Names that are hard to sort, shorten and draw: mixed case, numbers, left-to-right and
+/// right-to-left scripts, emoji, and some wider than any window.
 std::string LargeName(std::string_view word, int index) {
     static constexpr std::array<std::string_view, 10> kinds = {
         "Shot ",   "shot ",   "REEL ", "Scène ", "撮影素材 ",
@@ -114,11 +114,11 @@ std::string LargeName(std::string_view word, int index) {
            number;
 }
 
-void PlantLarge(Planter& plant, std::string const& user) {
+void PlantLarge(Planter& plant, UserId const& user) {
     constexpr int workspaces = 40;
     constexpr int projects = 2000;
     constexpr int folders = 20'000;
-    // One workspace and one folder are much larger than the others, as they are in real accounts.
+    // As in real accounts, one workspace and one folder are much larger than the others.
     constexpr int projectsOfFirst = 400;
     constexpr int foldersOfFirst = 3000;
 
@@ -136,8 +136,7 @@ void PlantLarge(Planter& plant, std::string const& user) {
             Node root = plant.Project(workspaceNode, LargeName("project", project + 1));
             int foldersUpTo =
                 foldersOfFirst + (folders - foldersOfFirst) * project / (projects - 1);
-            // Each third folder stands in the one before it, so that trees are deep as well as
-            // wide.
+            // Every third folder is a child of the one before it, so that trees are also deep.
             Node last = root;
             for (; folder < foldersUpTo; ++folder) {
                 Node const& parent = project > 0 && folder % 3 == 0 ? last : root;
@@ -149,8 +148,8 @@ void PlantLarge(Planter& plant, std::string const& user) {
 
 }  // namespace
 
-std::string SampleUserId() {
-    return UuidOf("user/local");
+UserId SampleUserId() {
+    return UserId(UuidOf("user/local"));
 }
 
 void MakeSampleData(Store& store, SampleSize size) {
@@ -160,7 +159,7 @@ void MakeSampleData(Store& store, SampleSize size) {
         plant.User(SampleUserId(), "Robin Ellery");
         if (size == SampleSize::None) return;
 
-        std::string other = UuidOf("user/other");
+        UserId other(UuidOf("user/other"));
         plant.User(other, "Alex Moreau");
         Node strangers = plant.Account(other, "Somebody Else's Account");
         Node workspace = plant.Child(strangers, kind::Workspace, "Private");

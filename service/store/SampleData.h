@@ -1,22 +1,22 @@
 #pragma once
 
-#include <string>
+#include "service/store/Ids.h"
 
 namespace quilloservice {
 
 class Store;
 
-/// How much a new store is filled with.
+/// The amount of sample data for a new store.
 enum class SampleSize { None, Small, Large };
 
-/// The user whom a service that trusts the local user signs in.
-std::string SampleUserId();
+/// The user that a service with --trust-local-user signs in.
+UserId SampleUserId();
 
-/// With what every sample user signs in in the browser.
+/// Every sample user's password for the sign-in in the browser.
 inline constexpr char const* kSamplePassword = "review";
 
-/// Fills an empty store, in one transaction; does nothing to one that has a user. The same IDs and
-/// names every time.
+/// Fills an empty store in one transaction, always with the same IDs and names. Does nothing if the
+/// store has a user.
 void MakeSampleData(Store& store, SampleSize size);
 
 }  // namespace quilloservice

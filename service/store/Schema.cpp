@@ -10,10 +10,10 @@ namespace {
 
 constexpr int kVersion = 4;
 
-// Everything that has an ID of its own is a node, from account down to file, so that "does it
-// exist, what is it, may this user see it" is one look-up whatever is asked for. `parent` is the
-// account of a workspace, the workspace of a project, the project of a root folder and of a review
-// link, the folder or version stack of a file.
+// Every object of an account is a node, so that its existence, kind and account are found in one
+// look-up. `parent` is the account of a workspace, the workspace of a project, the project of a
+// root folder or review link, the folder of a folder or version stack, the folder or version stack
+// of a file.
 constexpr char const* kTables = R"sql(
 CREATE TABLE users (
     id TEXT PRIMARY KEY,
@@ -93,9 +93,9 @@ CREATE TABLE link_assets (
 );
 )sql";
 
-// Which lists have changed, for those who follow them. Numbering begins with the time, so that a
-// number which an earlier store gave out is never taken for one of this one's. `audience` is the
-// account whose members may hear of it, or the one user.
+// The feed of changed lists. Numbers start at the current time in seconds, times 1,000,000, so that
+// a number from an earlier store is never mistaken for one of this store. `audience` is the account
+// whose members receive the change, or a single user.
 constexpr char const* kChanges = R"sql(
 CREATE TABLE changes (
     seq INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -109,7 +109,7 @@ INSERT INTO sqlite_sequence (name, seq)
 PRAGMA user_version = 2;
 )sql";
 
-// When a key was used first, from which on it counts for a while. Those of before begin with this.
+// The time of a key's first use, from which it expires. Existing keys count from the upgrade.
 constexpr char const* kKeyTimes = R"sql(
 ALTER TABLE idempotency_keys ADD COLUMN used_at INTEGER NOT NULL DEFAULT 0;
 UPDATE idempotency_keys SET used_at = CAST(strftime('%s', 'now') AS INTEGER);
@@ -118,8 +118,8 @@ CREATE INDEX idempotency_keys_by_time ON idempotency_keys (used_at);
 PRAGMA user_version = 3;
 )sql";
 
-// The hash of the refresh token that was exchanged for a token, and when a refresh token was
-// exchanged first.
+// `parent`: the hash of the refresh token that was exchanged for this token. `used_at`: when a
+// refresh token was first exchanged.
 constexpr char const* kTokenUse = R"sql(
 ALTER TABLE tokens ADD COLUMN parent TEXT;
 ALTER TABLE tokens ADD COLUMN used_at INTEGER;

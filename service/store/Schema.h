@@ -4,7 +4,8 @@ namespace quilloservice {
 
 class Database;
 
-/// Makes the tables of an empty store. Throws when the store is of a newer service.
+/// Creates the tables of an empty store, or upgrades those of an older version. Throws if a newer
+/// version of the service wrote the store.
 void MakeTables(Database& database);
 
 }  // namespace quilloservice

@@ -35,7 +35,7 @@ Store::Transaction::~Transaction() {
     try {
         database.RunScript("ROLLBACK");
     } catch (DatabaseError const&) {
-        // SQLite has already rolled back, as it does when the disk is full.
+        // SQLite has already rolled back, for example because the disk is full.
     }
 }
 

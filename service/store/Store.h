@@ -10,26 +10,26 @@
 
 namespace quilloservice {
 
-/// The service's SQLite file: one connection that writes, and as many that read as there are
-/// requests at once. Any thread.
+/// The service's SQLite file: one connection for writing and a pool of connections for reading, as
+/// many as there are concurrent requests. Any thread.
 class Store {
 public:
-    /// When a transaction counts as kept: once it has reached the disk, or once it would survive
-    /// the end of this process (which is much faster, and enough for notes of progress).
+    /// What a committed transaction survives: a power failure (Disk), or only the end of this
+    /// process, which is much faster and enough for progress notes.
     enum class Durability { Disk, Process };
 
-    /// Opens the file, makes or upgrades its tables.
+    /// Opens the file and creates or upgrades its tables.
     explicit Store(std::string file);
 
-    /// Runs `work(Database&)`, which must only read, on a connection of its own.
+    /// Runs `work(Database&)`, which must only read, on a connection from the pool.
     template <typename Work>
     auto Read(Work&& work) const {
         Reader reader(*this);
         return work(*reader.database);
     }
 
-    /// Runs `work(Database&)` as one transaction, one at a time. What it throws undoes it. Keep it
-    /// short: no file is to be synced, no client to be waited for in it.
+    /// Runs `work(Database&)` in a transaction, which an exception rolls back. Transactions run one
+    /// at a time, so `work` must be short: no syncing of files, no waiting for clients.
     template <typename Work>
     auto Write(Work&& work, Durability durability = Durability::Disk) {
         std::scoped_lock lock(writing);

@@ -22,20 +22,20 @@ LiveUploads::Lease::~Lease() {
     }
 }
 
-std::optional<LiveUploads::Lease> LiveUploads::TryAcquire(std::string const& id) {
+std::optional<LiveUploads::Lease> LiveUploads::TryAcquire(UploadId const& id) {
     std::scoped_lock lock(mutex);
     Entry& entry = entries[id];
     if (std::exchange(entry.leased, true)) return std::nullopt;
     return Lease(*this, id, entry.progress);
 }
 
-std::shared_ptr<UploadAppend> LiveUploads::Holder(std::string const& id) {
+std::shared_ptr<UploadAppend> LiveUploads::Holder(UploadId const& id) {
     std::scoped_lock lock(mutex);
     auto entry = entries.find(id);
     return entry == entries.end() ? nullptr : entry->second.holder.lock();
 }
 
-void LiveUploads::SetHolder(std::string const& id, std::shared_ptr<UploadAppend> const& append) {
+void LiveUploads::SetHolder(UploadId const& id, std::shared_ptr<UploadAppend> const& append) {
     std::scoped_lock lock(mutex);
     if (auto entry = entries.find(id); entry != entries.end()) entry->second.holder = append;
 }

@@ -1,20 +1,20 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <string>
+#include <unordered_map>
 
 #include "service/base/Digest.h"
+#include "service/store/Ids.h"
 
 namespace quilloservice {
 
 class UploadAppend;
 
-/// The uploads that grew in this process: who is appending, and the running checksum of the whole
-/// movie, so that publishing need not read the file again. Any thread.
+/// The state of uploads in memory: which append holds the lease, and the running checksum of the
+/// movie, so that publishing does not read the file again. Any thread.
 class LiveUploads {
 public:
     /// The running checksum of the upload's first `offset` bytes.
@@ -23,47 +23,48 @@ public:
         std::int64_t offset = 0;
     };
 
-    /// The only right to append to one upload, until its end.
+    /// The exclusive right to append to one upload. The destructor gives it back.
     class Lease {
     public:
         Lease(Lease&& other) noexcept;
         ~Lease();
 
-        /// Belongs to the holder of the lease.
+        /// Only the holder of the lease may use it.
         [[nodiscard]] Progress& GetProgress() const { return *progress; }
 
-        /// Lets the checksum go: the upload is published, or the file says better.
+        /// The checksum is discarded with the lease: the upload is published, or the checksum has
+        /// to be read from the file.
         void Forget() { keep = false; }
-        /// Keeps the checksum for the next request.
+        /// The checksum is kept for the next lease.
         void Keep() { keep = true; }
 
     private:
         friend class LiveUploads;
-        Lease(LiveUploads& owner, std::string id, Progress& progress)
+        Lease(LiveUploads& owner, UploadId id, Progress& progress)
             : owner(&owner), id(std::move(id)), progress(&progress) {}
 
         LiveUploads* owner;
-        std::string id;
+        UploadId id;
         Progress* progress;
         bool keep = false;
     };
 
-    /// Nothing when another request holds the lease of this upload.
-    std::optional<Lease> TryAcquire(std::string const& id);
+    /// The lease of an upload; nothing if it is taken.
+    std::optional<Lease> TryAcquire(UploadId const& id);
 
-    /// The append that holds the lease, where there is one and it was named.
-    std::shared_ptr<UploadAppend> Holder(std::string const& id);
-    void SetHolder(std::string const& id, std::shared_ptr<UploadAppend> const& append);
+    /// The append that holds the lease; nullptr if there is none or SetHolder was not called yet.
+    std::shared_ptr<UploadAppend> Holder(UploadId const& id);
+    void SetHolder(UploadId const& id, std::shared_ptr<UploadAppend> const& append);
 
 private:
     struct Entry {
-        Progress progress;  // the lease's holder
+        Progress progress;  // only for the lease's holder
         bool leased = false;
         std::weak_ptr<UploadAppend> holder{};
     };
 
     std::mutex mutex;
-    std::map<std::string, Entry> entries;  // mutex
+    std::unordered_map<UploadId, Entry> entries;  // mutex
 };
 
 }  // namespace quilloservice

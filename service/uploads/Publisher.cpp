@@ -17,8 +17,8 @@ namespace quilloservice {
 
 namespace {
 
-/// Throws ApiError 403 or 409 when `user` may not put a movie into the version stack `stack`.
-void CheckStack(Database& database, std::string const& user, std::string const& stack) {
+/// Throws ApiError 403 or 409 if `user` may not add a version to `stack`, which need not exist.
+void CheckStack(Database& database, UserId const& user, StackId const& stack) {
     std::optional<Node> node = FindNode(database, stack);
     if (!node) return;
     RequireMember(database, user, *node);
@@ -36,10 +36,10 @@ void MoveStack(Database& database, Node const& stack, Node const& folder) {
     database.Run("UPDATE nodes SET account = ? WHERE parent = ?", folder.account, stack.id);
 }
 
-/// The version that the next movie of the upload's stack gets. Makes the stack on first use and
-/// moves it to the upload's folder.
+/// Creates the upload's stack if it is missing, moves it to the upload's folder, and returns the
+/// number of its next version.
 std::int64_t EnterStack(Database& database, UploadRecord const& upload, Node const& folder) {
-    std::string const& id = *upload.stack;
+    StackId const& id = *upload.stack;
     std::optional<Node> stack = FindNode(database, id);
     if (!stack) {
         InsertNode(database,
@@ -58,21 +58,21 @@ std::int64_t EnterStack(Database& database, UploadRecord const& upload, Node con
 Publisher::Publisher(DataDirectory const& directory, Store& store, ChangeFeed& changes, Clock clock)
     : directory(directory), store(store), changes(changes), clock(std::move(clock)) {}
 
-void Publisher::AdmitToStack(Database& database, std::string const& user, Node const& folder,
-                             std::string const& stack) {
+void Publisher::AdmitToStack(Database& database, UserId const& user, Node const& folder,
+                             StackId const& stack) {
     CheckStack(database, user, stack);
-    // Each of these may make the stack or move it to its own folder before the others are complete.
+    // Any of these may create the stack, or move it to its own folder, before the others complete.
     Statement other = database.Query(
         "SELECT user, account FROM uploads JOIN nodes ON nodes.id = folder "
         "WHERE stack = ? AND published = 0",
         stack);
     while (other.Next()) {
-        if (!IsMember(database, user, other.Text(1))) {
+        if (!IsMember(database, user, other.Id<AccountId>(1))) {
             throw ApiError::Forbidden(
                 "This version stack is reserved by an upload into an account of which the user is "
                 "no member.");
         }
-        if (!IsMember(database, other.Text(0), folder.account)) {
+        if (!IsMember(database, other.Id<UserId>(0), folder.account)) {
             throw ApiError::Conflict(
                 "This version stack is reserved by the upload of a user who is no member of the "
                 "folder's account; wait for its end, or choose another folder.");
@@ -120,14 +120,14 @@ void Publisher::SetAside(UploadRecord const& upload, std::string const& reason) 
     std::fprintf(stderr,
                  "quillo-service: the movie of upload %s cannot be published and is kept as %s: "
                  "%s\n",
-                 upload.id.c_str(), kept.c_str(), reason.c_str());
+                 upload.id.GetText().c_str(), kept.c_str(), reason.c_str());
 }
 
 void Publisher::Record(UploadRecord const& upload, Digest const& whole) {
     std::string sha256 = ToHex(whole.Value());
     store.Write([&](Database& database) {
         if (upload.stack) CheckStack(database, upload.user, *upload.stack);
-        Node folder = RequireNode(database, upload.user, upload.folder, kind::Folder);
+        Node folder = RequireNode(database, upload.user, upload.folder);
         Node file{upload.asset, std::string(kind::File), folder.account, folder.id, upload.name};
         if (upload.stack) {
             file.version = EnterStack(database, upload, folder);
@@ -155,8 +155,8 @@ PublishedAsset Publisher::Find(UploadRecord const& upload) const {
             "WHERE file.id = ?",
             kind::VersionStack, upload.asset);
         if (!row.Next()) throw ApiError::Conflict("The upload has bytes missing.");
-        return PublishedAsset{row.Text(0), row.Text(1), row.Integer(2), upload.stack,
-                              row.Text(3), row.Text(4), row.Integer(5)};
+        return PublishedAsset{row.Id<FileId>(0),   row.Text(1), row.Integer(2), upload.stack,
+                              row.Id<FolderId>(3), row.Text(4), row.Integer(5)};
     });
 }
 

@@ -17,37 +17,38 @@ class File;
 class Store;
 struct Node;
 
-/// A movie that came out of an upload, as `GET /v1/uploads/{id}/asset` tells it.
+/// The movie of a complete upload.
 struct PublishedAsset {
-    std::string id;
+    FileId id;
     std::string name;
     std::int64_t version = 1;
-    std::optional<std::string> stack;
-    std::string folder;
+    std::optional<StackId> stack;
+    FolderId folder;
     std::string sha256;  ///< hex
     std::int64_t bytes = 0;
 };
 
-/// Makes a complete upload a movie: on the disk first, under its final name next, in the store
-/// last. Whatever instant the process ends at, the store lists whole movies only, and a movie that
-/// stands under its final name can be recorded later. An unfinished upload reserves its version
-/// stack, so that recording is not refused; a movie for which it is all the same is set aside: kept
-/// in a folder of its own, while the upload is forgotten. Any thread, one at a time per upload.
+/// Publishes complete uploads as movies: syncs the file, renames it to its final name, then records
+/// it in the store. A crash at any point leaves only whole movies in the store, and a file under
+/// its final name can be recorded later. An unfinished upload reserves its version stack, so that
+/// it can be recorded in the end. If it cannot, the file is set aside in a folder of its own and
+/// the upload deleted. Any thread, one at a time per upload.
 class Publisher {
 public:
     Publisher(DataDirectory const& directory, Store& store, ChangeFeed& changes, Clock clock);
 
-    /// In the transaction that records an unfinished upload of `user` into `folder`: checks that it
-    /// may join the version stack, and that it and the unfinished uploads which have reserved the
-    /// stack leave each other able to. Throws ApiError 403 or 409.
-    static void AdmitToStack(Database& database, std::string const& user, Node const& folder,
-                             std::string const& stack);
+    /// Checks that a new upload of `user` into `folder` may join the version stack, and that
+    /// neither it nor the unfinished uploads that have reserved the stack would keep each other
+    /// from being recorded. Throws ApiError 403 or 409. Call in the transaction that creates the
+    /// upload.
+    static void AdmitToStack(Database& database, UserId const& user, Node const& folder,
+                             StackId const& stack);
 
-    /// Publishes the upload, all bytes of which are in `file`; `whole` has been fed them.
+    /// Publishes an upload. `file` holds all its bytes, and `whole` is their checksum.
     void Publish(UploadRecord const& upload, File& file, Digest const& whole);
 
-    /// Records a movie that an earlier `Publish` put under its final name without getting further,
-    /// or sets it aside and logs a line. Returns whether there was one.
+    /// Continues a `Publish` that ended after renaming the file: records the movie, or sets it
+    /// aside and logs a line. Returns whether there was such a file.
     bool FinishInterrupted(UploadRecord const& upload);
 
     [[nodiscard]] PublishedAsset Find(UploadRecord const& upload) const;

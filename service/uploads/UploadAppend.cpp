@@ -11,7 +11,7 @@ namespace quilloservice {
 
 namespace {
 
-// How much of an upload without checksums a killed service asks for again, at most.
+// After a crash, clients that send no checksum repeat at most this much.
 constexpr std::int64_t kConfirmEveryBytes = 8 << 20;
 
 }  // namespace
@@ -42,7 +42,7 @@ void UploadAppend::Take(std::string_view bytes) {
         }
         Write(bytes);
     } catch (ApiError const& error) {
-        // Of a body that is longer than it may be nothing can be meant.
+        // No part of a body that is too long is kept.
         Settle(!request.checksum && error.status != 413);
         lease.reset();
         throw;
@@ -102,7 +102,7 @@ bool UploadAppend::GiveWay() {
         std::scoped_lock lock(mutex);
         if (finishing) return false;
         if (!lease) return true;
-        TakeBack();
+        Revert();
         lease->Keep();
         lease.reset();
     }
@@ -110,23 +110,22 @@ bool UploadAppend::GiveWay() {
     return true;
 }
 
-void UploadAppend::TakeBack() {
+void UploadAppend::Revert() {
     file.Truncate(confirmed.offset);
     lease->GetProgress() = confirmed;
 }
 
-/// Brings the file, the store and the running checksum to one state: with what was written, or
-/// without it.
+/// Brings the file, the store and the running checksum to the same state, with or without the body.
 void UploadAppend::Settle(bool keeps) {
     if (keeps) {
         if (GetEnd() != confirmed.offset && GetEnd() < upload.length) Confirm(GetEnd());
     } else {
-        TakeBack();
-        // Of a body without a checksum parts were confirmed already.
+        Revert();
+        // Parts of a body without a checksum are confirmed already.
         if (confirmed.offset != upload.confirmed) {
             file.Truncate(upload.confirmed);
             Confirm(upload.confirmed);
-            return;  // the checksum of what is left is found from the file
+            return;  // the next append reads the checksum from the file
         }
     }
     lease->Keep();

@@ -19,7 +19,7 @@ namespace quilloservice {
 class Publisher;
 class Store;
 
-/// The head of a PATCH.
+/// The headers of a PATCH.
 struct AppendRequest {
     struct Checksum {
         Digest::Algorithm algorithm;
@@ -27,14 +27,14 @@ struct AppendRequest {
     };
 
     std::int64_t offset = 0;
-    std::optional<std::int64_t> bodyLength;    ///< nothing when it is not announced
+    std::optional<std::int64_t> bodyLength;    ///< nothing if not announced
     std::optional<Checksum> checksum;          ///< of the body
     std::optional<std::string> contentSha256;  ///< of the whole movie, hex
 };
 
-/// One request's body on its way into its upload: written and summed up piece by piece, confirmed,
-/// and published when the upload is complete. Destroyed before its end, it leaves the upload as it
-/// was last confirmed. One thread at a time, but for `GiveWay`.
+/// Appends one request's body to its upload: writes and checksums it piece by piece, confirms it in
+/// the store, and publishes the movie if the upload is complete. Destroying it before `Finish`
+/// leaves the upload at the last confirmed offset. One thread at a time, except `GiveWay`.
 class UploadAppend {
 public:
     struct Parts {
@@ -43,31 +43,30 @@ public:
         Clock const& clock;
     };
 
-    /// `file` is the upload's, as long as what is confirmed of it; the lease's progress stands for
-    /// that. `onOvertaken` runs when another request takes the upload over, on that one's thread.
+    /// `file` is the upload's file and the lease's progress its checksum, both at the confirmed
+    /// offset. `onOvertaken` is called when another request takes the upload over, on its thread.
     UploadAppend(Parts parts, UploadRecord upload, LiveUploads::Lease lease, File file,
                  AppendRequest request, std::function<void()> onOvertaken);
 
     [[nodiscard]] UploadRecord const& GetUpload() const { return upload; }
 
-    /// Throws ApiError when the body goes past the upload's length, the disk is full, or another
-    /// request has taken the upload over. The append is over then.
+    /// Writes a piece of the body. Throws ApiError, which ends the append, if the body exceeds the
+    /// upload's length, the disk is full, or another request has taken the upload over.
     void Take(std::string_view bytes);
 
-    /// Ends the append, and publishes the movie when it is complete. Returns the new offset. Throws
-    /// ApiError when the body was not `complete` or had another checksum.
+    /// Ends the append and publishes the movie if it is complete. Returns the new offset. Throws
+    /// ApiError if the body was not `complete` or its checksum does not match.
     std::int64_t Finish(bool complete);
 
-    /// Ends the append in favour of another request: what is not confirmed is taken back, and
-    /// nothing more is written. False when it is too late: the body is there, and the movie on its
-    /// way to be published. Any thread.
+    /// Ends the append in favour of another request and reverts it to the confirmed offset. False
+    /// if it is too late, because the body is complete and `Finish` is running. Any thread.
     bool GiveWay();
 
 private:
     [[nodiscard]] std::int64_t GetEnd() const { return lease->GetProgress().offset; }
     void Write(std::string_view bytes);
     std::int64_t FinishBody(bool complete);
-    void TakeBack();
+    void Revert();
     void Settle(bool keeps);
     void CheckNotOvertaken() const;
     void Confirm(std::int64_t offset);
@@ -80,10 +79,10 @@ private:
     std::atomic<bool> finishing = false;
 
     std::mutex mutex;
-    std::optional<LiveUploads::Lease> lease;  // mutex; nothing once the append is over
+    std::optional<LiveUploads::Lease> lease;  // mutex; nothing after the append's end
     File file;                                // mutex
-    std::optional<Digest> body;               // mutex; absent where the whole movie's will do
-    LiveUploads::Progress confirmed;          // mutex; what the append can be taken back to
+    std::optional<Digest> body;               // mutex; unused if the movie's checksum serves
+    LiveUploads::Progress confirmed;          // mutex; the state to revert to
 };
 
 }  // namespace quilloservice

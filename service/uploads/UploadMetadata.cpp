@@ -4,7 +4,6 @@
 
 #include "service/base/ApiError.h"
 #include "service/base/Text.h"
-#include "service/base/Uuid.h"
 #include "service/uploads/Uploads.h"
 
 namespace quilloservice {
@@ -59,20 +58,20 @@ std::map<std::string, std::string> ParseUploadMetadata(std::string_view header) 
 NewUpload ReadUploadMetadata(std::string const& header, std::int64_t length) {
     auto values = ParseUploadMetadata(header);
     NewUpload upload{.name = values["filename"],
-                     .folder = values["folder_id"],
+                     .folder = FolderId::ParseOrNil(values["folder_id"]),
                      .mediaType = values["filetype"],
                      .metadata = header,
                      .length = length};
     if (upload.name.empty()) throw Wrong("filename", "is missing.");
     if (upload.name.size() > kLongestName) throw Wrong("filename", "is longer than 1,024 bytes.");
     if (!IsShowableText(upload.name)) throw Wrong("filename", "has to be UTF-8 without NUL.");
-    if (upload.folder.empty()) throw Wrong("folder_id", "is missing.");
+    if (values["folder_id"].empty()) throw Wrong("folder_id", "is missing.");
     if (upload.mediaType.empty()) upload.mediaType = "video/mp4";
     if (!IsMediaType(upload.mediaType)) throw Wrong("filetype", "has to be a media type.");
-    std::string const& stack = values["version_stack_id"];
-    if (!stack.empty() && stack != kNullUuid) {
-        if (!IsUuid(stack)) throw Wrong("version_stack_id", "has to be a lower-case UUID.");
-        upload.stack = stack;
+    if (std::string const& text = values["version_stack_id"]; !text.empty()) {
+        std::optional<StackId> stack = StackId::Parse(text);
+        if (!stack) throw Wrong("version_stack_id", "has to be a lower-case UUID.");
+        if (!stack->IsNil()) upload.stack = stack;
     }
     return upload;
 }

@@ -8,10 +8,10 @@ namespace quilloservice {
 
 struct NewUpload;
 
-/// The keys and decoded values of an Upload-Metadata header. Throws ApiError 400.
+/// Parses an Upload-Metadata header into keys and decoded values. Throws ApiError 400.
 std::map<std::string, std::string> ParseUploadMetadata(std::string_view header);
 
-/// What an upload's metadata asks for. Throws ApiError 400 when a value is missing or out of form.
+/// Reads a new upload from its headers. Throws ApiError 400 if a value is missing or malformed.
 NewUpload ReadUploadMetadata(std::string const& header, std::int64_t length);
 
 }  // namespace quilloservice

@@ -4,17 +4,17 @@
 
 namespace quilloservice {
 
-std::optional<UploadRecord> FindUpload(Database& database, std::string_view id) {
+std::optional<UploadRecord> FindUpload(Database& database, UploadId const& id) {
     Statement row = database.Query(
         "SELECT id, user, asset, folder, stack, name, media_type, metadata, length, confirmed, "
         "published FROM uploads WHERE id = ?",
         id);
     if (!row.Next()) return std::nullopt;
-    return UploadRecord{.id = row.Text(0),
-                        .user = row.Text(1),
-                        .asset = row.Text(2),
-                        .folder = row.Text(3),
-                        .stack = row.OptionalText(4),
+    return UploadRecord{.id = id,
+                        .user = row.Id<UserId>(1),
+                        .asset = row.Id<FileId>(2),
+                        .folder = row.Id<FolderId>(3),
+                        .stack = row.OptionalId<StackId>(4),
                         .name = row.Text(5),
                         .mediaType = row.Text(6),
                         .metadata = row.Text(7),
@@ -31,7 +31,7 @@ void InsertUpload(Database& database, UploadRecord const& upload, std::int64_t n
         upload.mediaType, upload.metadata, upload.length, now);
 }
 
-void SetConfirmed(Database& database, std::string_view id, std::int64_t confirmed,
+void SetConfirmed(Database& database, UploadId const& id, std::int64_t confirmed,
                   std::int64_t now) {
     database.Run("UPDATE uploads SET confirmed = ?, touched_at = ? WHERE id = ? AND published = 0",
                  confirmed, now, id);
@@ -44,16 +44,16 @@ std::int64_t BytesToCome(Database& database) {
     return sum.Integer(0);
 }
 
-std::vector<std::string> UnfinishedUploads(Database& database, std::int64_t before) {
+std::vector<UploadId> UnfinishedUploads(Database& database, std::int64_t before) {
     Statement row =
         database.Query("SELECT id FROM uploads WHERE published = 0 AND touched_at < ?", before);
-    std::vector<std::string> ids;
+    std::vector<UploadId> ids;
     while (row.Next())
-        ids.push_back(row.Text(0));
+        ids.push_back(row.Id<UploadId>(0));
     return ids;
 }
 
-bool ForgetUpload(Database& database, std::string_view id, std::int64_t before) {
+bool ForgetUpload(Database& database, UploadId const& id, std::int64_t before) {
     int forgotten = database.Run(
         "DELETE FROM uploads WHERE id = ? AND published = 0 AND touched_at < ?", id, before);
     if (forgotten == 0) return false;

@@ -21,8 +21,8 @@ namespace quilloservice {
 
 namespace {
 
-/// Makes `progress` stand for the file's first `offset` bytes, which are read if need be: after a
-/// restart, or after a request that was taken back.
+/// Brings `progress` to `offset` by reading the file from its start, unless it is there already.
+/// Needed after a restart and after a reverted append.
 void CatchUp(LiveUploads::Progress& progress, File const& file, std::int64_t offset) {
     if (progress.offset == offset) return;
     progress = {};
@@ -38,8 +38,8 @@ void CatchUp(LiveUploads::Progress& progress, File const& file, std::int64_t off
     }
 }
 
-/// Does what can be left for later. What is in the way of one upload is to keep neither the others
-/// nor the service waiting.
+/// Runs `work` and logs its exception: a problem with one upload must not block the others or the
+/// service's start.
 template <typename Work>
 void Attempt(std::string const& what, Work&& work) {
     try {
@@ -60,25 +60,25 @@ Uploads::Uploads(DataDirectory const& directory, Store& store, ChangeFeed& chang
       publisher(directory, store, changes, clock) {}
 
 void Uploads::Recover() {
-    for (std::string const& id : store.Read([&](Database& database) {
+    for (UploadId const& id : store.Read([&](Database& database) {
              return UnfinishedUploads(database, std::numeric_limits<std::int64_t>::max());
          })) {
         auto upload = store.Read([&](Database& database) { return FindUpload(database, id); });
         if (!upload) continue;
-        Attempt("finish upload " + id, [&] { publisher.FinishInterrupted(*upload); });
+        Attempt("finish upload " + id.GetText(), [&] { publisher.FinishInterrupted(*upload); });
     }
     ForgetOld();
 }
 
 void Uploads::ForgetOld() {
     std::int64_t before = clock() - kForgetAfterSeconds;
-    for (std::string const& id :
+    for (UploadId const& id :
          store.Read([&](Database& database) { return UnfinishedUploads(database, before); })) {
-        Attempt("forget upload " + id, [&] { Forget(id, before); });
+        Attempt("forget upload " + id.GetText(), [&] { Forget(id, before); });
     }
 }
 
-void Uploads::Forget(std::string const& id, std::int64_t before) {
+void Uploads::Forget(UploadId const& id, std::int64_t before) {
     auto lease = live.TryAcquire(id);
     if (!lease) return;
     auto upload = store.Read([&](Database& database) { return FindUpload(database, id); });
@@ -90,45 +90,48 @@ void Uploads::Forget(std::string const& id, std::int64_t before) {
     std::filesystem::remove(directory.UploadPath(id), missing);
 }
 
-std::string Uploads::Create(std::string const& user, NewUpload const& request,
-                            std::optional<std::string> const& idempotencyKey) {
+UploadId Uploads::Create(UserId const& user, NewUpload const& request,
+                         std::optional<IdempotencyKey> const& key) {
     ForgetOld();
     return store.Write([&](Database& database) {
+        if (!key) return Insert(database, user, request);
         std::int64_t now = clock();
         IdempotentRequest repeatable{
-            user, idempotencyKey.value_or(""),
-            "upload " + std::to_string(request.length) + " " + request.metadata};
-        if (idempotencyKey) {
-            if (auto earlier = FindRepeated(database, repeatable, now)) return *earlier;
-        }
-        Node folder = RequireNode(database, user, request.folder, kind::Folder);
-        if (request.stack) Publisher::AdmitToStack(database, user, folder, *request.stack);
-        if (freeBytes() - kReserveBytes - BytesToCome(database) < request.length) {
-            throw ApiError::DoesNotFit();
-        }
-        UploadRecord upload{.id = NewUuid(),
-                            .user = user,
-                            .asset = NewUuid(),
-                            .folder = request.folder,
-                            .stack = request.stack,
-                            .name = request.name,
-                            .mediaType = request.mediaType,
-                            .metadata = request.metadata,
-                            .length = request.length};
-        InsertUpload(database, upload, now);
-        if (idempotencyKey) RememberResult(database, repeatable, upload.id, now);
-        return upload.id;
+            user, *key, "upload " + std::to_string(request.length) + " " + request.metadata};
+        if (auto earlier = FindRepeated<UploadId>(database, repeatable, now)) return *earlier;
+        UploadId id = Insert(database, user, request);
+        RememberResult(database, repeatable, id.GetText(), now);
+        return id;
     });
 }
 
-UploadRecord Uploads::Get(std::string const& user, std::string const& id) const {
+UploadId Uploads::Insert(Database& database, UserId const& user, NewUpload const& request) {
+    Node folder = RequireNode(database, user, request.folder);
+    if (request.stack) Publisher::AdmitToStack(database, user, folder, *request.stack);
+    if (freeBytes() - kReserveBytes - BytesToCome(database) < request.length) {
+        throw ApiError::DoesNotFit();
+    }
+    UploadRecord upload{.id = UploadId(NewUuid()),
+                        .user = user,
+                        .asset = FileId(NewUuid()),
+                        .folder = request.folder,
+                        .stack = request.stack,
+                        .name = request.name,
+                        .mediaType = request.mediaType,
+                        .metadata = request.metadata,
+                        .length = request.length};
+    InsertUpload(database, upload, clock());
+    return upload.id;
+}
+
+UploadRecord Uploads::Get(UserId const& user, UploadId const& id) const {
     auto upload = store.Read([&](Database& database) { return FindUpload(database, id); });
     if (!upload) throw ApiError::NotFound("No upload has this ID.");
     if (upload->user != user) throw ApiError::Forbidden("This upload is another user's.");
     return *std::move(upload);
 }
 
-LiveUploads::Lease Uploads::Acquire(std::string const& id) {
+LiveUploads::Lease Uploads::Acquire(UploadId const& id) {
     if (auto lease = live.TryAcquire(id)) return *std::move(lease);
     if (auto holder = live.Holder(id); holder && holder->GiveWay()) {
         if (auto lease = live.TryAcquire(id)) return *std::move(lease);
@@ -136,7 +139,7 @@ LiveUploads::Lease Uploads::Acquire(std::string const& id) {
     throw ApiError::Conflict("Another request is completing this upload.");
 }
 
-std::shared_ptr<UploadAppend> Uploads::BeginAppend(std::string const& user, std::string const& id,
+std::shared_ptr<UploadAppend> Uploads::BeginAppend(UserId const& user, UploadId const& id,
                                                    AppendRequest const& request,
                                                    std::function<void()> onOvertaken) {
     constexpr char const* moved = "The upload's offset is another one; ask HEAD for it.";
@@ -149,7 +152,7 @@ std::shared_ptr<UploadAppend> Uploads::BeginAppend(std::string const& user, std:
             throw ApiError::TooLarge("The body goes past the upload's length.");
         }
     };
-    // Before anything is taken over, too: a request that is refused disturbs no other.
+    // Also before Acquire, so that a refused request does not take the upload from another one.
     check(Get(user, id));
     LiveUploads::Lease lease = Acquire(id);
     UploadRecord upload = Get(user, id);
@@ -159,7 +162,7 @@ std::shared_ptr<UploadAppend> Uploads::BeginAppend(std::string const& user, std:
                                  : File(directory.UploadPath(upload.id), File::Mode::Write);
     if (!upload.published) {
         if (std::int64_t size = file.Size(); size < upload.confirmed) {
-            // The machine went down before the system had written what was confirmed.
+            // Confirmed bytes can be missing after a power failure, since they are not synced.
             store.Write([&](Database& database) { SetConfirmed(database, id, size, clock()); },
                         Store::Durability::Process);
             throw ApiError::Conflict(moved);
@@ -174,7 +177,7 @@ std::shared_ptr<UploadAppend> Uploads::BeginAppend(std::string const& user, std:
     return append;
 }
 
-PublishedAsset Uploads::Asset(std::string const& user, std::string const& id) const {
+PublishedAsset Uploads::Asset(UserId const& user, UploadId const& id) const {
     return publisher.Find(Get(user, id));
 }
 

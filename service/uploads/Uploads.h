@@ -18,59 +18,59 @@ class ChangeFeed;
 class DataDirectory;
 class Store;
 
-/// What a client asks for when it creates an upload, its values checked for form.
+/// A request to create an upload; its values are well-formed.
 struct NewUpload {
     std::string name;
-    std::string folder;
-    std::optional<std::string> stack;
+    FolderId folder;
+    std::optional<StackId> stack;
     std::string mediaType;
     std::string metadata;
     std::int64_t length = 0;
 };
 
-/// Resumable uploads. Every function throws ApiError when the answer is an error. Any thread. One
-/// request appends to an upload at a time; a newer one takes it over, so that a connection which
-/// nobody is left to write to holds nothing up.
+/// Resumable uploads. Functions throw ApiError for the error responses. Any thread. One request at
+/// a time appends to an upload; a newer request takes it over, so that a dead connection does not
+/// block the upload.
 class Uploads {
 public:
     static constexpr std::int64_t kMaxBytes = std::int64_t{1} << 40;
     static constexpr std::int64_t kForgetAfterSeconds = 7 * 24 * 3600;
 
-    /// What uploads leave free on the disk for the store itself, which has to go on recording.
+    /// Disk space that uploads leave free for the store.
     static constexpr std::int64_t kReserveBytes = 64 << 20;
 
-    /// How many bytes the disk has free.
+    /// Returns the number of bytes free on the disk.
     using FreeBytes = std::function<std::int64_t()>;
 
-    /// Asks the directory how much of its disk is free, or `freeBytes` when there is one.
+    /// `freeBytes` replaces `directory.FreeBytes()` in tests.
     Uploads(DataDirectory const& directory, Store& store, ChangeFeed& changes, Clock clock,
             FreeBytes freeBytes = {});
 
-    /// Records what an earlier process published without recording it, sets aside what cannot be
-    /// recorded, and forgets old uploads. What fails is logged and left for later, so that the
-    /// service starts all the same.
+    /// To be called at the start. Completes the publications that the former process began, or sets
+    /// their movies aside, and deletes old uploads. Failures are logged and retried at the next
+    /// start.
     void Recover();
 
-    /// Makes an upload, or finds the one that the same request with the same key made. Returns its
-    /// ID. Throws ApiError 507 when the movie would not fit on the disk beside what the unfinished
-    /// uploads still need.
-    std::string Create(std::string const& user, NewUpload const& request,
-                       std::optional<std::string> const& idempotencyKey);
+    /// Creates an upload, or returns the one created by an earlier request with the same key.
+    /// Throws ApiError 507 if the disk has no room for the movie beside the unfinished uploads.
+    UploadId Create(UserId const& user, NewUpload const& request,
+                    std::optional<IdempotencyKey> const& key);
 
-    [[nodiscard]] UploadRecord Get(std::string const& user, std::string const& id) const;
+    [[nodiscard]] UploadRecord Get(UserId const& user, UploadId const& id) const;
 
-    /// Begins to append a body. `onOvertaken` runs when another request takes the upload over.
-    std::shared_ptr<UploadAppend> BeginAppend(std::string const& user, std::string const& id,
+    /// Starts to append a body. `onOvertaken` is called if another request takes the upload over.
+    std::shared_ptr<UploadAppend> BeginAppend(UserId const& user, UploadId const& id,
                                               AppendRequest const& request,
                                               std::function<void()> onOvertaken);
 
-    /// The movie that the upload became.
-    [[nodiscard]] PublishedAsset Asset(std::string const& user, std::string const& id) const;
+    /// The movie of a complete upload. Throws ApiError 409 if bytes are missing.
+    [[nodiscard]] PublishedAsset Asset(UserId const& user, UploadId const& id) const;
 
 private:
     void ForgetOld();
-    void Forget(std::string const& id, std::int64_t before);
-    LiveUploads::Lease Acquire(std::string const& id);
+    UploadId Insert(Database& database, UserId const& user, NewUpload const& request);
+    void Forget(UploadId const& id, std::int64_t before);
+    LiveUploads::Lease Acquire(UploadId const& id);
 
     DataDirectory const& directory;
     Store& store;

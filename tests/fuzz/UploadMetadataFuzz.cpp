@@ -4,7 +4,6 @@
 
 #include "service/base/ApiError.h"
 #include "service/base/Text.h"
-#include "service/base/Uuid.h"
 #include "service/uploads/UploadMetadata.h"
 #include "service/uploads/Uploads.h"
 #include "tests/fuzz/Fuzz.h"
@@ -19,11 +18,11 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
             FUZZ_REQUIRE(header.find(key) != std::string_view::npos && value.size() < size);
         }
         auto const upload = quilloservice::ReadUploadMetadata(std::string(header), 1);
-        FUZZ_REQUIRE(values.at("filename") == upload.name &&
-                     values.at("folder_id") == upload.folder);
+        FUZZ_REQUIRE(values.at("filename") == upload.name);
+        FUZZ_REQUIRE(upload.folder.IsNil() || values.at("folder_id") == upload.folder.GetText());
         FUZZ_REQUIRE(!upload.name.empty() && upload.name.size() <= 1024);
         FUZZ_REQUIRE(fuzz::IsUtf8(upload.name) && upload.name.find('\0') == std::string::npos);
-        FUZZ_REQUIRE(!upload.stack || quilloservice::IsUuid(*upload.stack));
+        FUZZ_REQUIRE(!upload.stack || values.at("version_stack_id") == upload.stack->GetText());
         // Is sent back as a header.
         for (char const c : upload.mediaType)
             FUZZ_REQUIRE(c > ' ' && c < 0x7F);

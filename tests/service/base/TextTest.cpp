@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "service/base/Uuid.h"
-
 namespace quilloservice {
 namespace {
 
@@ -55,20 +53,6 @@ TEST(Text, ShowsWellFormedUtf8Only) {
              std::string_view("\xFF"),
          }) {
         EXPECT_FALSE(IsShowableText(text)) << ToHex(text);
-    }
-}
-
-TEST(Uuid, KnowsItsOneForm) {
-    EXPECT_TRUE(IsUuid("0123abcd-4567-89ef-0123-456789abcdef"));
-    EXPECT_TRUE(IsUuid(NewUuid()));
-    EXPECT_NE(NewUuid(), NewUuid());
-    EXPECT_EQ(UuidOf("a/b"), UuidOf("a/b"));
-    EXPECT_NE(UuidOf("a/b"), UuidOf("a/c"));
-    for (char const* text :
-         {"", "..", "0123ABCD-4567-89ef-0123-456789abcdef", "0123abcd-4567-89ef-0123-456789abcde",
-          "0123abcd04567-89ef-0123-456789abcdef", "../../../../../../../../etc/passwd-",
-          "{123abcd-4567-89ef-0123-456789abcdef"}) {
-        EXPECT_FALSE(IsUuid(text)) << text;
     }
 }
 

@@ -86,7 +86,8 @@ protected:
     std::int64_t now = 1'000'000;
     Sessions sessions{store, [this] { return now; }};
     AuthorizationCodes codes{sessions, [this] { return now; }};
-    AuthorizationRequest const request{"editor", "http://127.0.0.1:1/cb", "state", kChallenge};
+    AuthorizationRequest const request{ClientId("editor"), "http://127.0.0.1:1/cb", "state",
+                                       kChallenge};
     AuthorizationCodes::Claim const claim{request.client, request.redirectUri, kVerifier};
     std::string const code = codes.Issue(SampleUserId(), request);
 };
@@ -95,7 +96,7 @@ TEST_F(AuthorizationCodesTest, BeginASessionOfTheUserOnce) {
     auto pair = codes.Redeem(code, claim);
     ASSERT_TRUE(pair);
     EXPECT_EQ(sessions.Find(pair->access)->user, SampleUserId());
-    EXPECT_TRUE(sessions.Refresh(pair->refresh, "editor"));
+    EXPECT_TRUE(sessions.Refresh(pair->refresh, request.client));
     EXPECT_FALSE(codes.Redeem(code, claim));
     EXPECT_FALSE(IsSignedIn(*pair)) << "one of the two has stolen the code";
 }
@@ -114,7 +115,7 @@ TEST_F(AuthorizationCodesTest, AreGoodForAMinute) {
 TEST_F(AuthorizationCodesTest, AreBoundToTheRequestAndSpentByAWrongClaim) {
     using Claim = AuthorizationCodes::Claim;
     Claim const wrong[] = {
-        {"another", claim.redirectUri, claim.verifier},
+        {ClientId("another"), claim.redirectUri, claim.verifier},
         {claim.client, "http://127.0.0.1:2/cb", claim.verifier},
         {claim.client, claim.redirectUri, std::string(43, 'A')},
         {claim.client, claim.redirectUri, ""},
@@ -132,32 +133,36 @@ TEST_F(AuthorizationCodesTest, AreBoundToTheRequestAndSpentByAWrongClaim) {
 TEST(FormTokens, AreGoodForTheRequestTheBrowserAndTenMinutes) {
     std::int64_t now = 1'000'000;
     FormTokens tokens([&] { return now; });
-    AuthorizationRequest const request{"editor", "http://127.0.0.1:1/cb", "state", kChallenge};
-    std::string const token = tokens.Make("browser", request);
+    BrowserId const browser(std::string(64, 'a'));
+    BrowserId const another(std::string(64, 'b'));
+    std::string const uri = "http://127.0.0.1:1/cb";
+    AuthorizationRequest const request{ClientId("editor"), uri, "state", kChallenge};
+    std::string const token = tokens.Make(browser, request);
 
-    EXPECT_TRUE(tokens.IsGood(token, "browser", request));
-    EXPECT_FALSE(tokens.IsGood(token, "another", request));
-    EXPECT_FALSE(tokens.IsGood(FormTokens([&] { return now; }).Make("browser", request), "browser",
-                               request));
-    for (std::string AuthorizationRequest::*part :
-         {&AuthorizationRequest::client, &AuthorizationRequest::redirectUri,
-          &AuthorizationRequest::state, &AuthorizationRequest::challenge}) {
-        AuthorizationRequest other = request;
-        other.*part += 'x';
-        EXPECT_FALSE(tokens.IsGood(token, "browser", other)) << other.*part;
-    }
-    AuthorizationRequest const shifted{"editorh", "ttp://127.0.0.1:1/cb", "state", kChallenge};
-    EXPECT_FALSE(tokens.IsGood(token, "browser", shifted));
+    EXPECT_TRUE(tokens.IsGood(token, browser, request));
+    EXPECT_FALSE(tokens.IsGood(token, another, request));
+    EXPECT_FALSE(
+        tokens.IsGood(FormTokens([&] { return now; }).Make(browser, request), browser, request));
+    AuthorizationRequest const others[] = {
+        {ClientId("editorx"), uri, "state", kChallenge},
+        {request.client, uri + 'x', "state", kChallenge},
+        {request.client, uri, "statex", kChallenge},
+        {request.client, uri, "state", kChallenge + std::string("x")},
+        // The same text in all, parted elsewhere.
+        {ClientId("editorh"), "ttp://127.0.0.1:1/cb", "state", kChallenge},
+    };
+    for (AuthorizationRequest const& other : others)
+        EXPECT_FALSE(tokens.IsGood(token, browser, other)) << other.client << other.redirectUri;
     std::string const later = std::to_string(now + 1) + token.substr(token.find('.'));
     for (std::string const& forged : {std::string(), std::string("."), later, token + "0"})
-        EXPECT_FALSE(tokens.IsGood(forged, "browser", request)) << forged;
+        EXPECT_FALSE(tokens.IsGood(forged, browser, request)) << forged;
 
     now += FormTokens::kSeconds - 1;
-    EXPECT_TRUE(tokens.IsGood(token, "browser", request));
+    EXPECT_TRUE(tokens.IsGood(token, browser, request));
     now += 1;
-    EXPECT_FALSE(tokens.IsGood(token, "browser", request));
+    EXPECT_FALSE(tokens.IsGood(token, browser, request));
     now -= FormTokens::kSeconds + 1;
-    EXPECT_FALSE(tokens.IsGood(token, "browser", request)) << "made in the future";
+    EXPECT_FALSE(tokens.IsGood(token, browser, request)) << "made in the future";
 }
 
 }  // namespace

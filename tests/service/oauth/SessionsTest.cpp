@@ -18,16 +18,17 @@ protected:
     bool Signed(std::string const& access) { return sessions.Find(access).has_value(); }
 
     TokenPair Exchange(TokenPair const& old) {
-        return sessions.Refresh(old.refresh, "editor").value();
+        return sessions.Refresh(old.refresh, editor).value();
     }
 
     test::TempDirectory directory;
     Store store{directory.GetPath() + "/store.sqlite"};
+    ClientId const editor{"editor"};
     std::int64_t now = 1'000'000;
     Sessions sessions{store, [this] { return now; }};
     TokenPair pair = [this] {
         MakeSampleData(store, SampleSize::None);
-        return sessions.SignIn(SampleUserId(), "editor");
+        return sessions.SignIn(SampleUserId(), editor);
     }();
 };
 
@@ -54,7 +55,7 @@ TEST_F(SessionsTest, RefreshesAndForgivesALostAnswerForAMinute) {
     now += Sessions::kRefreshSeconds - 1;
     TokenPair next = Exchange(got);
     now += Sessions::kRefreshSeconds;
-    EXPECT_FALSE(sessions.Refresh(next.refresh, "editor"));
+    EXPECT_FALSE(sessions.Refresh(next.refresh, editor));
 }
 
 TEST_F(SessionsTest, EndsASessionWhoseRefreshTokenIsUsedAgain) {
@@ -85,34 +86,34 @@ TEST_F(SessionsTest, EndsASessionWhoseRefreshTokenIsUsedAgain) {
               }},
          }) {
         SCOPED_TRACE(row.what);
-        TokenPair first = sessions.SignIn(SampleUserId(), "editor");
+        TokenPair first = sessions.SignIn(SampleUserId(), editor);
         TokenPair second = Exchange(first);
         std::string again = row.again(first, second);
         ASSERT_TRUE(Signed(first.access));
-        EXPECT_FALSE(sessions.Refresh(again, "editor"));
+        EXPECT_FALSE(sessions.Refresh(again, editor));
         EXPECT_FALSE(Signed(first.access) || Signed(second.access));
-        EXPECT_FALSE(sessions.Refresh(second.refresh, "editor"));
+        EXPECT_FALSE(sessions.Refresh(second.refresh, editor));
         EXPECT_TRUE(Signed(pair.access)) << "another session";
     }
 }
 
 TEST_F(SessionsTest, RefreshesForTheSameClientOnlyAndNotWithAnAccessToken) {
-    EXPECT_FALSE(sessions.Refresh(pair.refresh, "another"));
-    EXPECT_FALSE(sessions.Refresh(pair.access, "editor"));
-    EXPECT_TRUE(sessions.Refresh(pair.refresh, "editor"));
+    EXPECT_FALSE(sessions.Refresh(pair.refresh, ClientId("another")));
+    EXPECT_FALSE(sessions.Refresh(pair.access, editor));
+    EXPECT_TRUE(sessions.Refresh(pair.refresh, editor));
 }
 
 TEST_F(SessionsTest, EndsTheWholeSessionWithEitherToken) {
-    TokenPair other = sessions.SignIn(SampleUserId(), "editor");
-    auto renewed = sessions.Refresh(pair.refresh, "editor");
+    TokenPair other = sessions.SignIn(SampleUserId(), editor);
+    auto renewed = sessions.Refresh(pair.refresh, editor);
     sessions.Revoke(renewed->refresh);
     EXPECT_FALSE(Signed(pair.access));
     EXPECT_FALSE(Signed(renewed->access));
-    EXPECT_FALSE(sessions.Refresh(renewed->refresh, "editor"));
+    EXPECT_FALSE(sessions.Refresh(renewed->refresh, editor));
     EXPECT_TRUE(Signed(other.access));
     sessions.Revoke(other.access);
     sessions.Revoke("unknown");
-    EXPECT_FALSE(sessions.Refresh(other.refresh, "editor"));
+    EXPECT_FALSE(sessions.Refresh(other.refresh, editor));
 }
 
 TEST_F(SessionsTest, KeepsNoTokenInItsFiles) {

@@ -35,7 +35,11 @@ struct Event {
     json data;
 };
 
-/// A client that follows the changes.
+AccountId AccountNamed(std::string const& name) {
+    return AccountId(UuidOf("account/" + name));
+}
+
+/// A client of the event stream.
 class Follower {
 public:
     Follower(int port, std::string const& token, std::string const& lastEventId = {})
@@ -231,41 +235,39 @@ protected:
 };
 
 TEST_F(EventStreamsTest, TellOfOnesOwnAccountsAndEndWithTheToken) {
-    std::string user = UuidOf("user/other");
-    std::string token = sessions.SignIn(user, "test").access;
+    UserId user(UuidOf("user/other"));
+    std::string token = sessions.SignIn(user, ClientId("test")).access;
     EventStreams::Follower follower = streams.MakeFollower(user, token, std::nullopt);
     // The answer is on its way to the client, who counts on what changes from here on.
     store.Write([](Database& database) {
         for (char const* name : {"Northlight Pictures", "Somebody Else's Account"})
-            ChangeFeed::RecordChildren(database,
-                                       *FindNode(database, UuidOf("account/" + std::string(name))));
+            ChangeFeed::RecordChildren(database, *FindNode(database, AccountNamed(name)));
     });
     changes.Announce();
-    streams.Take(ends[1], follower, streams.Reserve(1));
+    streams.Take(ends[1], follower, streams.Reserve(SessionId(1)));
     EXPECT_THAT(ReadTo("\n\n"), HasSubstr("ready"));
-    EXPECT_THAT(ReadTo(UuidOf("account/Somebody Else's Account") + "\"}\n\n"),
-                testing::Not(HasSubstr(UuidOf("account/Northlight Pictures"))));
+    EXPECT_THAT(ReadTo(AccountNamed("Somebody Else's Account").GetText() + "\"}\n\n"),
+                testing::Not(HasSubstr(AccountNamed("Northlight Pictures").GetText())));
     EXPECT_THAT(ReadTo("\n\n"), StartsWith(":")) << "something is sent all the time";
     sessions.Revoke(token);
     EXPECT_THAT(ReadTo("no end"), testing::Not(HasSubstr("changed")));
 }
 
 TEST_F(EventStreamsTest, CatchUpInBatchesAndForgetWhatIsLongPast) {
-    std::string user = SampleUserId();
-    std::int64_t before = changes.Position();
+    UserId user = SampleUserId();
+    auto before = static_cast<std::int64_t>(changes.Position());
     store.Write([](Database& database) {
-        Node account = *FindNode(database, UuidOf("account/Northlight Pictures"));
+        Node account = *FindNode(database, AccountNamed("Northlight Pictures"));
         for (int i = 0; i < 10'100; ++i)
             ChangeFeed::RecordChildren(database, account);
     });
-    EXPECT_FALSE(changes.Reaches(before));
-    EXPECT_FALSE(changes.Reaches(before + 99));
-    EXPECT_TRUE(changes.Reaches(before + 100));
-    EXPECT_FALSE(changes.Reaches(before + 10'101));
+    for (auto [distance, reached] :
+         {std::pair(0, false), {99, false}, {100, true}, {10'100, true}, {10'101, false}})
+        EXPECT_EQ(changes.Reaches(ChangeNumber(before + distance)), reached) << distance;
     streams.Take(ends[1],
-                 streams.MakeFollower(user, sessions.SignIn(user, "test").access,
-                                      std::to_string(before + 9'000)),
-                 streams.Reserve(1));
+                 streams.MakeFollower(user, sessions.SignIn(user, ClientId("test")).access,
+                                      ChangeNumber(before + 9'000)),
+                 streams.Reserve(SessionId(1)));
     std::string all = ReadTo("id: " + std::to_string(before + 10'100) + "\n");
     EXPECT_THAT(all, HasSubstr("id: " + std::to_string(before + 9'001) + "\n"));
     EXPECT_EQ(std::count(all.begin(), all.end(), '{'), 1'100);
@@ -274,12 +276,13 @@ TEST_F(EventStreamsTest, CatchUpInBatchesAndForgetWhatIsLongPast) {
 TEST(StoreTest, TakesOverWhatTheFirstVersionWrote) {
     TempDirectory directory;
     std::string path = directory.GetPath() + "/store.sqlite";
-    IdempotentRequest const request{SampleUserId(), NewUuid(), "review link"};
+    IdempotentRequest const request{SampleUserId(), IdempotencyKey(NewUuid()), "review link"};
+    LinkId const made(NewUuid());
     {
         Store store(path);
         MakeSampleData(store, SampleSize::Small);
         store.Write([&](Database& database) {
-            RememberResult(database, request, "made", 0);
+            RememberResult(database, request, made.GetText(), 0);
             database.RunScript(
                 "DROP TABLE changes; DROP INDEX idempotency_keys_by_time;"
                 "ALTER TABLE idempotency_keys DROP COLUMN used_at;"
@@ -289,10 +292,11 @@ TEST(StoreTest, TakesOverWhatTheFirstVersionWrote) {
     }
     Store store(path);
     ChangeFeed changes(store);
-    std::int64_t before = changes.Position();
+    ChangeNumber before = changes.Position();
     store.Write([&](Database& database) {
-        ChangeFeed::RecordAccounts(database, UuidOf("account/Northlight Pictures"));
-        EXPECT_EQ(FindRepeated(database, request, SystemTime()), "made") << "a key counts anew";
+        ChangeFeed::RecordAccounts(database, AccountNamed("Northlight Pictures"));
+        EXPECT_EQ(FindRepeated<LinkId>(database, request, SystemTime()), made)
+            << "keys count from the upgrade";
     });
     EXPECT_EQ(changes.After(before, SampleUserId(), 9).size(), 1u);
 }

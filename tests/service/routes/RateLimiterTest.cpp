@@ -15,8 +15,8 @@ using namespace std::chrono_literals;
 
 class RateLimiterTest : public testing::Test {
 protected:
-    bool Admits(std::int64_t session = 1, RequestKind kind = RequestKind::Children) {
-        return limiter.Admit(session, kind, now).admitted;
+    bool Admits(std::int64_t requester = 1, RequestKind kind = RequestKind::Children) {
+        return limiter.Admit(Requester(requester), kind, now).admitted;
     }
 
     RateLimiter limiter{RateLimit{3, 10s}};
@@ -28,7 +28,7 @@ TEST_F(RateLimiterTest, SlidesItsWindow) {
     now += 4s;
     EXPECT_TRUE(Admits());
     EXPECT_TRUE(Admits());
-    auto refused = limiter.Admit(1, RequestKind::Children, now);
+    auto refused = limiter.Admit(Requester(1), RequestKind::Children, now);
     EXPECT_FALSE(refused.admitted);
     EXPECT_EQ(refused.retryAfter, 6s);
     EXPECT_EQ(refused.limit.requests, 3u);
@@ -64,16 +64,16 @@ TEST_F(RateLimiterTest, KeepsCountingWhileItForgetsQuietSessions) {
 }
 
 TEST(RequestCountTest, CountsTheAddressesOfOneNetworkAsOne) {
-    auto key = [](char const* address) {
+    auto requester = [](char const* address) {
         auto exchange = std::make_shared<http::Exchange>();
         exchange->request.remoteAddress = address;
-        return AddressKey(Call(exchange));
+        return RequesterAt(Call(exchange));
     };
-    EXPECT_EQ(key("2001:db8::1"), key("2001:db8:0:0:ffff::2"));
-    EXPECT_NE(key("2001:db8::1"), key("2001:db8:0:1::1"));
-    EXPECT_EQ(key("fe80::1%eth0"), key("fe80::2%eth0"));
-    EXPECT_NE(key("192.0.2.1"), key("192.0.2.2"));
-    EXPECT_NE(key("::ffff:192.0.2.1"), key("::ffff:192.0.2.2"));
+    EXPECT_EQ(requester("2001:db8::1"), requester("2001:db8:0:0:ffff::2"));
+    EXPECT_NE(requester("2001:db8::1"), requester("2001:db8:0:1::1"));
+    EXPECT_EQ(requester("fe80::1%eth0"), requester("fe80::2%eth0"));
+    EXPECT_NE(requester("192.0.2.1"), requester("192.0.2.2"));
+    EXPECT_NE(requester("::ffff:192.0.2.1"), requester("::ffff:192.0.2.2"));
 }
 
 }  // namespace

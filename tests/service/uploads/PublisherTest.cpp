@@ -48,8 +48,7 @@ struct Opened {
         uploads.Recover();
     }
 
-    std::string Create(std::string const& user, std::string const& folder,
-                       std::string const& stack) {
+    UploadId Create(UserId const& user, FolderId const& folder, StackId const& stack) {
         return uploads.Create(user,
                               {.name = "movie.mp4",
                                .folder = folder,
@@ -60,7 +59,7 @@ struct Opened {
     }
 
     /// The status with which the creation of an upload is refused, 0 when it is not.
-    int Refusal(std::string const& user, std::string const& folder, std::string const& stack) {
+    int Refusal(UserId const& user, FolderId const& folder, StackId const& stack) {
         try {
             Create(user, folder, stack);
             return 0;
@@ -70,7 +69,7 @@ struct Opened {
     }
 
     /// All of the upload's bytes arrive, and nothing further happens.
-    void Fill(std::string const& user, std::string const& id, bool renamed = false) {
+    void Fill(UserId const& user, UploadId const& id, bool renamed = false) {
         UploadRecord upload = uploads.Get(user, id);
         File(renamed ? directory.MoviePath(upload.asset) : directory.UploadPath(id),
              File::Mode::Write)
@@ -150,42 +149,42 @@ bool IsKilledAt(int count, std::function<void(std::function<void()> const& prepa
 
 class PublisherTest : public testing::Test {
 protected:
-    static std::string FolderOf(std::string const& account, std::string const& workspace,
-                                std::string const& project) {
+    static FolderId FolderOf(std::string const& account, std::string const& workspace,
+                             std::string const& project) {
         std::string id = UuidOf("account/" + account);
         for (std::string const& name : {workspace, project, project})
             id = UuidOf(id + "/" + name + "/1");
-        return id;
+        return FolderId(id);
     }
 
     /// What the service lists in the folder, and how far the upload is, once it runs again; then
     /// the upload goes on to its end.
-    void ExpectOpensAndGoesOn(std::string const& data, std::string const& upload,
-                              std::string const& stack, std::string const& when) {
+    void ExpectOpensAndGoesOn(std::string const& data, UploadId const& id, StackId const& stack,
+                              std::string const& when) {
         Options options;
         options.dataDirectory = data;
         test::RunningService service(options);
         test::ApiClient client(service.GetPort());
-        std::size_t offset = std::stoul(client.OffsetOf("/v1/uploads/" + upload));
-        std::string listed = client.Get("/v1/folders/" + folder + "/children").dump();
+        std::string upload = "/v1/uploads/" + id.GetText();
+        std::size_t offset = std::stoul(client.OffsetOf(upload));
+        std::string listed = client.Get("/v1/folders/" + folder.GetText() + "/children").dump();
         if (offset < kContent.size()) {
-            EXPECT_THAT(listed, Not(HasSubstr(stack))) << when;
-            auto answer = client.Append("/v1/uploads/" + upload, offset,
-                                        std::string(kContent.substr(offset)));
+            EXPECT_THAT(listed, Not(HasSubstr(stack.GetText()))) << when;
+            auto answer = client.Append(upload, offset, std::string(kContent.substr(offset)));
             EXPECT_EQ(answer->status, 204) << when << answer->body;
         } else {
-            EXPECT_THAT(listed, HasSubstr(stack)) << when;
+            EXPECT_THAT(listed, HasSubstr(stack.GetText())) << when;
         }
-        std::string asset = client.Get("/v1/uploads/" + upload + "/asset")["asset"]["id"];
+        std::string asset = client.Get(upload + "/asset")["asset"]["id"];
         EXPECT_EQ(ReadFile(data + "/movies/" + asset), kContent) << when;
     }
 
-    std::string const user = SampleUserId();
-    std::string const other = UuidOf("user/other");
-    std::string const folder = FolderOf("Northlight Pictures", "Feature Films", "The Long River");
-    std::string const freelance =
+    UserId const user = SampleUserId();
+    UserId const other{UuidOf("user/other")};
+    FolderId const folder = FolderOf("Northlight Pictures", "Feature Films", "The Long River");
+    FolderId const freelance =
         FolderOf("Harbour Street Studio", "Documentaries", "Lighthouse Keepers");
-    std::string const strangers = FolderOf("Somebody Else's Account", "Private", "Closed Set");
+    FolderId const strangers = FolderOf("Somebody Else's Account", "Private", "Closed Set");
 };
 
 TEST_F(PublisherTest, LosesNothingWhereverItIsKilled) {
@@ -193,8 +192,8 @@ TEST_F(PublisherTest, LosesNothingWhereverItIsKilled) {
         int steps = 0;
         for (bool killed = true; killed; ++steps) {
             test::TempDirectory data;
-            std::string stack = NewUuid();
-            std::string upload;
+            StackId stack(NewUuid());
+            UploadId upload;
             {
                 Opened opened(data.GetPath());
                 upload = opened.Create(user, folder, stack);
@@ -224,13 +223,15 @@ TEST_F(PublisherTest, ReservesTheStackOfAnUnfinishedUpload) {
         database.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", other,
                      UuidOf("account/Harbour Street Studio"));
     });
-    std::string const& shared = freelance;
-    std::string mine = NewUuid();
-    std::string ours = NewUuid();
+    FolderId const& shared = freelance;
+    StackId mine(NewUuid());
+    StackId ours(NewUuid());
     opened.Create(user, folder, mine);
     opened.Create(other, shared, ours);
     struct Row {
-        std::string user, folder, stack;
+        UserId user;
+        FolderId folder;
+        StackId stack;
         int refusal;
     };
     for (Row const& row : std::vector<Row>{
@@ -253,24 +254,25 @@ TEST_F(PublisherTest, ReservesTheStackOfAnUnfinishedUpload) {
 
 TEST_F(PublisherTest, OpensWithMoviesThatCannotBeRecordedAndSetsThemAside) {
     test::TempDirectory data;
-    std::string taken, damaged, later, good;
-    std::vector<std::string> aside;
+    UploadId taken, damaged, later, good;
+    std::vector<FileId> aside;
     {
         Opened opened(data.GetPath());
-        std::string stack = NewUuid();
-        for (std::string* upload : {&taken, &damaged, &later, &good}) {
-            *upload = opened.Create(user, folder, upload == &taken ? stack : NewUuid());
+        StackId stack(NewUuid());
+        for (UploadId* upload : {&taken, &damaged, &later, &good}) {
+            *upload = opened.Create(user, folder, upload == &taken ? stack : StackId(NewUuid()));
             opened.Fill(user, *upload, true);
         }
-        for (std::string const& upload : {taken, damaged})
+        for (UploadId const& upload : {taken, damaged})
             aside.push_back(opened.uploads.Get(user, upload).asset);
         std::ofstream(opened.directory.MoviePath(aside[1]), std::ios::app) << "and more";
         opened.store.Write([&](Database& database) {
             // As stores of earlier versions may have it, which reserved nothing.
-            InsertNode(database, {stack, std::string(kind::VersionStack),
-                                  UuidOf("account/Somebody Else's Account"), strangers, "theirs"});
+            InsertNode(database,
+                       {stack, std::string(kind::VersionStack),
+                        AccountId(UuidOf("account/Somebody Else's Account")), strangers, "theirs"});
             database.RunScript(("CREATE TRIGGER later BEFORE INSERT ON movies WHEN NEW.asset = '" +
-                                opened.uploads.Get(user, later).asset +
+                                opened.uploads.Get(user, later).asset.GetText() +
                                 "' BEGIN SELECT RAISE(ABORT, 'x'); END")
                                    .c_str());
         });
@@ -281,17 +283,18 @@ TEST_F(PublisherTest, OpensWithMoviesThatCannotBeRecordedAndSetsThemAside) {
     test::RunningService service(options);
     std::string log = testing::internal::GetCapturedStderr();
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 3) << log;
-    for (std::string const& upload : {taken, damaged, later})
-        EXPECT_THAT(log, HasSubstr("upload " + upload));
-    EXPECT_EQ(ReadFile(data.GetPath() + "/set-aside/" + aside[0]), kContent);
-    EXPECT_EQ(ReadFile(data.GetPath() + "/set-aside/" + aside[1]),
+    for (UploadId const& upload : {taken, damaged, later})
+        EXPECT_THAT(log, HasSubstr("upload " + upload.GetText()));
+    EXPECT_EQ(ReadFile(data.GetPath() + "/set-aside/" + aside[0].GetText()), kContent);
+    EXPECT_EQ(ReadFile(data.GetPath() + "/set-aside/" + aside[1].GetText()),
               std::string(kContent) + "and more");
 
     test::ApiClient client(service.GetPort());
-    for (std::string const& upload : {taken, damaged})
-        EXPECT_EQ(client.Send("HEAD", "/v1/uploads/" + upload)->status, 404);
-    EXPECT_EQ(client.OffsetOf("/v1/uploads/" + good), std::to_string(kContent.size()));
-    EXPECT_EQ(client.OffsetOf("/v1/uploads/" + later), std::to_string(kContent.size() - 1));
+    auto pathOf = [](UploadId const& upload) { return "/v1/uploads/" + upload.GetText(); };
+    for (UploadId const& upload : {taken, damaged})
+        EXPECT_EQ(client.Send("HEAD", pathOf(upload))->status, 404);
+    EXPECT_EQ(client.OffsetOf(pathOf(good)), std::to_string(kContent.size()));
+    EXPECT_EQ(client.OffsetOf(pathOf(later)), std::to_string(kContent.size() - 1));
 }
 
 }  // namespace

@@ -56,9 +56,9 @@ protected:
                 "WHERE kind = 'folder' AND user = ? ORDER BY seq LIMIT 2",
                 user);
             row.Next();
-            folder = row.Text(0);
+            folder = row.Id<FolderId>(0);
             row.Next();
-            otherFolder = row.Text(0);
+            otherFolder = row.Id<FolderId>(0);
         });
     }
 
@@ -69,17 +69,17 @@ protected:
         uploads->Recover();
     }
 
-    std::string Create(std::size_t length, std::string const& stack = {},
-                       std::string const& into = {}) {
+    UploadId Create(std::size_t length, std::optional<StackId> const& stack = {},
+                    std::optional<FolderId> const& into = {}) {
         NewUpload request{.name = "movie.mp4",
-                          .folder = into.empty() ? folder : into,
+                          .folder = into.value_or(folder),
+                          .stack = stack,
                           .mediaType = "video/mp4",
                           .length = static_cast<std::int64_t>(length)};
-        if (!stack.empty()) request.stack = stack;
         return uploads->Create(user, request, std::nullopt);
     }
 
-    std::int64_t Append(std::string const& id, std::int64_t offset, Body const& body,
+    std::int64_t Append(UploadId const& id, std::int64_t offset, Body const& body,
                         std::string const& announced = {}, std::string const& whole = {}) {
         AppendRequest request{.offset = offset};
         if (!announced.empty()) request.checksum = {Digest::Algorithm::Sha256, Sha256(announced)};
@@ -100,13 +100,13 @@ protected:
         }
     }
 
-    std::int64_t Offset(std::string const& id) { return uploads->Get(user, id).confirmed; }
+    std::int64_t Offset(UploadId const& id) { return uploads->Get(user, id).confirmed; }
 
-    std::string Movie(std::string const& id) {
+    std::string Movie(UploadId const& id) {
         return ReadFile(directory.MoviePath(uploads->Asset(user, id).id));
     }
 
-    std::vector<Node> Children(std::string const& parent) {
+    std::vector<Node> Children(FolderId const& parent) {
         return store.Read([&](Database& database) { return ChildrenOf(database, parent); });
     }
 
@@ -116,15 +116,15 @@ protected:
     ChangeFeed changes{store};
     std::int64_t now = 1'000'000;
     std::int64_t freeBytes = Uploads::kMaxBytes;
-    std::string user = SampleUserId();
-    std::string folder;
-    std::string otherFolder;
+    UserId user = SampleUserId();
+    FolderId folder;
+    FolderId otherFolder;
     std::unique_ptr<Uploads> uploads;
     std::string const content = Noise(1'000'000);
 };
 
 TEST_F(UploadsTest, PublishesWhatWasSentInPieces) {
-    std::string id = Create(content.size());
+    UploadId id = Create(content.size());
     EXPECT_EQ(Append(id, 0, Body(content.substr(0, 300'000))), 300'000);
     EXPECT_THROW(static_cast<void>(uploads->Asset(user, id)), ApiError);
     EXPECT_EQ(Append(id, 300'000, Body(content.substr(300'000, 1)), content.substr(300'000, 1)),
@@ -141,7 +141,7 @@ TEST_F(UploadsTest, PublishesWhatWasSentInPieces) {
 }
 
 TEST_F(UploadsTest, KeepsACutBodyOnlyWithoutAChecksum) {
-    std::string id = Create(content.size());
+    UploadId id = Create(content.size());
     EXPECT_EQ(Refusal(id, 0, Body(content.substr(0, 400'000), false)), 400);
     EXPECT_EQ(Offset(id), 400'000);
     std::string rest = content.substr(400'000);
@@ -153,7 +153,7 @@ TEST_F(UploadsTest, KeepsACutBodyOnlyWithoutAChecksum) {
 }
 
 TEST_F(UploadsTest, KeepsNothingOfABodyWithAnotherChecksum) {
-    std::string id = Create(content.size());
+    UploadId id = Create(content.size());
     EXPECT_EQ(Refusal(id, 0, Body(content.substr(0, 600'000)), std::string("other")), 460);
     EXPECT_EQ(Offset(id), 0);
     Append(id, 0, Body(content.substr(0, 600'000)));
@@ -166,7 +166,7 @@ TEST_F(UploadsTest, KeepsNothingOfABodyWithAnotherChecksum) {
 }
 
 TEST_F(UploadsTest, BeginsAgainWhenTheWholeMovieHasAnotherChecksum) {
-    std::string id = Create(content.size());
+    UploadId id = Create(content.size());
     EXPECT_EQ(Refusal(id, 0, Body(content), std::string(), std::string("other")), 460);
     EXPECT_EQ(Offset(id), 0);
     EXPECT_TRUE(Children(folder).size() == 3) << "nothing may have been published";
@@ -175,7 +175,7 @@ TEST_F(UploadsTest, BeginsAgainWhenTheWholeMovieHasAnotherChecksum) {
 }
 
 TEST_F(UploadsTest, TakesNothingPastItsLength) {
-    std::string id = Create(500'000);
+    UploadId id = Create(500'000);
     std::string start = content.substr(0, 200'000);
     Append(id, 0, Body(start));
     // No length is announced, so that only the bytes themselves show it.
@@ -187,7 +187,7 @@ TEST_F(UploadsTest, TakesNothingPastItsLength) {
 
 TEST_F(UploadsTest, GoesOnAfterARestartWithWhatIsConfirmed) {
     std::string large = Noise(20'000'000);
-    std::string id = Create(large.size());
+    UploadId id = Create(large.size());
     // The process ends in the middle of a body: what is in the file past the last note does not
     // count.
     auto killed = uploads->BeginAppend(user, id, {}, {});
@@ -203,7 +203,7 @@ TEST_F(UploadsTest, GoesOnAfterARestartWithWhatIsConfirmed) {
 }
 
 TEST_F(UploadsTest, StepsBackWhenTheDiskLostWhatWasConfirmed) {
-    std::string id = Create(content.size());
+    UploadId id = Create(content.size());
     Append(id, 0, Body(content.substr(0, 800'000)));
     fs::resize_file(directory.UploadPath(id), 100'000);
     Restart();
@@ -214,7 +214,7 @@ TEST_F(UploadsTest, StepsBackWhenTheDiskLostWhatWasConfirmed) {
 }
 
 TEST_F(UploadsTest, CountsTheLastBytesOnlyOnceTheMovieIsPublished) {
-    std::string id = Create(content.size());
+    UploadId id = Create(content.size());
     fs::remove(directory.GetMoviesPath());
     EXPECT_ANY_THROW(Append(id, 0, Body(content)));
     EXPECT_LT(Offset(id), 1'000'000);
@@ -226,7 +226,7 @@ TEST_F(UploadsTest, CountsTheLastBytesOnlyOnceTheMovieIsPublished) {
 
 TEST_F(UploadsTest, RecordsAMovieThatWasRenamedBeforeTheProcessEnded) {
     for (bool restarted : {true, false}) {
-        std::string id = Create(content.size());
+        UploadId id = Create(content.size());
         Append(id, 0, Body(content.substr(0, 999'999)));
         std::string moviePath = directory.MoviePath(uploads->Get(user, id).asset);
         fs::rename(directory.UploadPath(id), moviePath);
@@ -243,7 +243,7 @@ TEST_F(UploadsTest, RecordsAMovieThatWasRenamedBeforeTheProcessEnded) {
 
 TEST_F(UploadsTest, LetsANewerRequestTakeOverWhereTheOlderOneStalls) {
     for (bool checked : {false, true}) {
-        std::string id = Create(content.size());
+        UploadId id = Create(content.size());
         Append(id, 0, Body(content.substr(0, 10)));
         AppendRequest request{.offset = 10};
         if (checked) request.checksum = {Digest::Algorithm::Sha256, Sha256(content.substr(10))};
@@ -265,7 +265,7 @@ TEST_F(UploadsTest, LetsANewerRequestTakeOverWhereTheOlderOneStalls) {
 }
 
 TEST_F(UploadsTest, TakesNothingOverFromARequestThatIsPublishing) {
-    std::string id = Create(content.size());
+    UploadId id = Create(content.size());
     auto append = uploads->BeginAppend(user, id, {}, {});
     append->Take(content);
     int refusal = 0;
@@ -276,19 +276,19 @@ TEST_F(UploadsTest, TakesNothingOverFromARequestThatIsPublishing) {
 }
 
 TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
-    std::string abandoned = Create(content.size());
+    UploadId abandoned = Create(content.size());
     Append(abandoned, 0, Body("begun"));
-    std::string published = Create(1);
+    UploadId published = Create(1);
     Append(published, 0, Body("x"));
-    std::string unrecorded = Create(1);
+    UploadId unrecorded = Create(1);
     std::ofstream(directory.MoviePath(uploads->Get(user, unrecorded).asset)) << "y";
-    std::string stuck = Create(1);
+    UploadId stuck = Create(1);
     fs::create_symlink("/elsewhere", directory.MoviePath(uploads->Get(user, stuck).asset));
     now += Uploads::kForgetAfterSeconds - 1;
-    std::string growing = Create(content.size());
+    UploadId growing = Create(content.size());
     EXPECT_EQ(Offset(abandoned), 5);
     now += 2;
-    std::string later = Create(content.size());
+    UploadId later = Create(content.size());
     EXPECT_THROW(static_cast<void>(uploads->Get(user, abandoned)), ApiError);
     EXPECT_FALSE(fs::exists(directory.UploadPath(abandoned)));
     EXPECT_EQ(Offset(growing), 0);
@@ -309,7 +309,7 @@ TEST_F(UploadsTest, TakesOnlyWhatFitsOnTheDiskBesideTheOthersAndAReserve) {
     freeBytes = Uploads::kReserveBytes + 999;
     EXPECT_EQ(refusal(1000), 507);
     ++freeBytes;
-    std::string id = Create(1000);
+    UploadId id = Create(1000);
     EXPECT_EQ(refusal(1), 507);
     Append(id, 0, Body(content.substr(0, 400)));
     freeBytes -= 400;
@@ -331,9 +331,9 @@ TEST_F(UploadsTest, TakesOnlyWhatFitsOnTheDiskBesideTheOthersAndAReserve) {
 }
 
 TEST_F(UploadsTest, LetsAnIdempotencyKeyCountForAWeek) {
-    std::string const keys[] = {NewUuid(), NewUuid()};
-    std::string project =
-        store.Read([&](Database& database) { return FindNode(database, folder)->parent.value(); });
+    IdempotencyKey const keys[] = {IdempotencyKey(NewUuid()), IdempotencyKey(NewUuid())};
+    ProjectId project(
+        store.Read([&](Database& database) { return FindNode(database, folder)->parent.value(); }));
     ReviewLinks links(store, [this] { return now; });
     auto make = [&](std::string const& name) {
         NewUpload request{.name = name,
@@ -357,9 +357,9 @@ TEST_F(UploadsTest, LetsAnIdempotencyKeyCountForAWeek) {
 }
 
 TEST_F(UploadsTest, NumbersTheVersionsOfAStackAndMovesItWhereTheNewestWent) {
-    std::string stack = NewUuid();
-    auto publish = [&](std::string const& into) {
-        std::string id = Create(1, stack, into);
+    StackId stack(NewUuid());
+    auto publish = [&](FolderId const& into) {
+        UploadId id = Create(1, stack, into);
         Append(id, 0, Body("x"));
         return uploads->Asset(user, id);
     };
@@ -386,15 +386,16 @@ TEST_F(UploadsTest, NumbersTheVersionsOfAStackAndMovesItWhereTheNewestWent) {
 }
 
 TEST_F(UploadsTest, RefusesStacksThatAreNone) {
-    std::string strangers = store.Read([&](Database& database) {
+    StackId strangers = store.Read([&](Database& database) {
         Statement row = database.Query(
             "SELECT id FROM nodes WHERE kind = 'version_stack' AND account NOT IN "
             "(SELECT account FROM memberships WHERE user = ?)",
             user);
         row.Next();
-        return row.Text(0);
+        return row.Id<StackId>(0);
     });
-    for (auto [stack, status] : {std::pair(strangers, 403), std::pair(folder, 409)}) {
+    StackId noStack(folder.GetText());
+    for (auto const& [stack, status] : {std::pair(strangers, 403), std::pair(noStack, 409)}) {
         try {
             Create(1, stack);
             ADD_FAILURE() << "taken, but for " << status;
