@@ -14,16 +14,12 @@
 #include <stdexcept>
 
 #include "service/base/Digest.h"
+#include "service/base/OwnFiles.h"
 #include "service/base/Text.h"
 
 namespace quilloservice {
 
 namespace {
-
-constexpr mode_t kOwnDirectory = 0700;
-constexpr mode_t kOwnFile = 0600;
-constexpr mode_t kWritableByOthers = 0022;
-constexpr mode_t kOpenToOthers = 0077;
 
 std::string Environment(char const* name) {
     char const* value = std::getenv(name);
@@ -37,53 +33,29 @@ std::string Home() {
     return entry != nullptr ? entry->pw_dir : "";
 }
 
-/// Opens the directory `name` in `parent`, which has to be the user's, with none of the rights
-/// `forbidden`. `path` is what messages call it.
-Descriptor OpenOwn(int parent, std::string const& name, std::string const& path, mode_t forbidden,
-                   int flags = O_NOFOLLOW) {
-    Descriptor directory(
-        ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
-    struct stat status {};
-    if (!directory || ::fstat(directory.GetNumber(), &status) != 0) {
-        throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
-    }
-    if (status.st_uid != ::geteuid()) throw std::runtime_error(path + " belongs to another user");
-    if ((status.st_mode & forbidden) != 0) {
-        throw std::runtime_error(path + " is open to other users; run chmod 700 '" + path + "'");
-    }
-    return directory;
-}
-
-Descriptor MakeOwn(int parent, std::string const& name, std::string const& path, mode_t forbidden) {
-    if (::mkdirat(parent, name.c_str(), kOwnDirectory) != 0 && errno != EEXIST) {
-        throw std::runtime_error("cannot make " + path + ": " + std::strerror(errno));
-    }
-    return OpenOwn(parent, name, path, forbidden);
-}
-
-/// The numbers of `host`, the first that its name stands for: where the server listens.
-std::string NumbersOf(std::string const& host) {
+/// The numeric form of the first address to which `host` resolves, on which the server listens.
+std::string NumericAddress(std::string const& host) {
     addrinfo hints{};
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_flags = AI_PASSIVE;
     addrinfo* found = nullptr;
     if (::getaddrinfo(host.c_str(), nullptr, &hints, &found) != 0) return {};
     std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owner(found, ::freeaddrinfo);
-    char numbers[NI_MAXHOST];
-    if (::getnameinfo(found->ai_addr, found->ai_addrlen, numbers, sizeof(numbers), nullptr, 0,
+    char address[NI_MAXHOST];
+    if (::getnameinfo(found->ai_addr, found->ai_addrlen, address, sizeof(address), nullptr, 0,
                       NI_NUMERICHOST) != 0) {
         return {};
     }
-    return numbers;
+    return address;
 }
 
-/// The loopback addresses at which a service on `host` is found. Only at these: what listens at the
-/// same port of another one may be somebody else's, and must not be handed the secret.
+/// The loopback addresses that lead to a service on `host`. On other loopback addresses, the port
+/// may belong to another user, who must not get the secret.
 std::vector<std::string> LoopbackAddressesOf(std::string const& host) {
-    std::string numbers = NumbersOf(host);
-    if (numbers == "0.0.0.0") return {"127.0.0.1"};
-    if (numbers == "::") return {"::1", "127.0.0.1"};
-    if (numbers == "::1" || numbers.starts_with("127.")) return {numbers};
+    std::string address = NumericAddress(host);
+    if (address == "0.0.0.0") return {"127.0.0.1"};
+    if (address == "::") return {"::1", "127.0.0.1"};
+    if (address == "::1" || address.starts_with("127.")) return {address};
     return {};
 }
 
@@ -102,7 +74,7 @@ LocalUserSecret::~LocalUserSecret() {
     for (auto const& [name, file] : files) {
         struct stat ours {};
         struct stat there {};
-        // A service that was started at this address since has put its own in the place of ours.
+        // A later service on this address may have replaced the file.
         if (::fstat(file.GetNumber(), &ours) == 0 &&
             ::fstatat(directory.GetNumber(), name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 &&
             ours.st_ino == there.st_ino) {
@@ -122,11 +94,13 @@ void LocalUserSecret::OpenDirectory() {
     for (std::string base : {Environment("XDG_RUNTIME_DIR"), cache}) {
         if (base.empty()) continue;
         try {
-            if (base == cache) ::mkdir(base.c_str(), kOwnDirectory);
-            Descriptor root = OpenOwn(AT_FDCWD, base, base, kWritableByOthers, 0);
+            if (base == cache) ::mkdir(base.c_str(), kOwnDirectoryMode);
+            Descriptor root =
+                OpenOwnDirectory({AT_FDCWD, base, base}, Forbidden::Writing, /*flags=*/0);
             base += "/quillo";
-            parent = MakeOwn(root.GetNumber(), "quillo", base, kWritableByOthers);
-            directory = MakeOwn(parent.GetNumber(), port, base + "/" + port, kOpenToOthers);
+            parent = MakeOwnDirectory({root.GetNumber(), "quillo", base}, Forbidden::Writing);
+            directory = MakeOwnDirectory({parent.GetNumber(), port, base + "/" + port},
+                                         Forbidden::AnyAccess);
             return;
         } catch (std::runtime_error const& error) {
             complaints += std::string("; ") + error.what();
@@ -141,11 +115,11 @@ void LocalUserSecret::OpenDirectory() {
 void LocalUserSecret::Write(std::string const& address) {
     std::string name = address + ".secret";
     std::string temporary = name + ".new";
-    ::unlinkat(directory.GetNumber(), temporary.c_str(), 0);  // of a service that was killed
+    ::unlinkat(directory.GetNumber(), temporary.c_str(), 0);  // left by a service that was killed
     Descriptor file(::openat(directory.GetNumber(), temporary.c_str(),
-                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnFile));
+                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnFileMode));
     std::string text = secret + "\n";
-    if (!file || ::fchmod(file.GetNumber(), kOwnFile) != 0 ||
+    if (!file || ::fchmod(file.GetNumber(), kOwnFileMode) != 0 ||
         ::write(file.GetNumber(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
         ::renameat(directory.GetNumber(), temporary.c_str(), directory.GetNumber(), name.c_str()) !=
             0) {

@@ -9,21 +9,21 @@
 
 namespace quilloservice {
 
-/// What a program proves with that it runs as the user who has started the service: a secret, made
-/// anew each time, in a file that only this user can read. Programs find it by the service's
-/// address: $XDG_RUNTIME_DIR/quillo/PORT/ADDRESS.secret, or below ~/.cache when that directory is
-/// not to be had. The file goes away with this object. Any thread.
+/// The secret by which a program proves that it runs as the user who started the service. It is new
+/// at each start and lies in a file that only this user can read. Programs derive the file's path
+/// from the service's address: $XDG_RUNTIME_DIR/quillo/PORT/ADDRESS.secret, or below ~/.cache if
+/// that directory is missing or not private. The destructor removes the file. Any thread.
 class LocalUserSecret {
 public:
-    /// Writes the file for a service that listens on `host` and `port`; none when no loopback
-    /// address leads there, for then no claim is ever good. Throws std::runtime_error when there is
-    /// no place that is the user's alone.
+    /// Writes the file for a service that listens on `host` and `port`. If no loopback address
+    /// leads there, writes none and accepts no claim. Throws std::runtime_error if there is no
+    /// private directory for the file.
     LocalUserSecret(std::string const& host, int port);
     ~LocalUserSecret();
     LocalUserSecret(LocalUserSecret const&) = delete;
     LocalUserSecret& operator=(LocalUserSecret const&) = delete;
 
-    /// Whether `claim` is the secret; how long that takes does not tell how much of it is right.
+    /// Compares `claim` with the secret, in constant time.
     [[nodiscard]] bool Is(std::string_view claim) const;
 
 private:
@@ -34,7 +34,7 @@ private:
     std::string port;
     Descriptor parent;
     Descriptor directory;                                   ///< in `parent`, called `port`
-    std::vector<std::pair<std::string, Descriptor>> files;  ///< in `directory`, by their names
+    std::vector<std::pair<std::string, Descriptor>> files;  ///< in `directory`, with their names
 };
 
 }  // namespace quilloservice

@@ -16,98 +16,64 @@
 #include <stdexcept>
 
 #include "service/base/File.h"
+#include "service/base/OwnFiles.h"
 #include "service/base/Text.h"
 
 namespace quilloservice {
 
 namespace {
 
-constexpr mode_t kOwnDirectory = 0700;
-constexpr mode_t kOwnFile = 0600;
-constexpr mode_t kWritableByOthers = 0022;
-constexpr mode_t kOpenToOthers = 0077;
+constexpr char const* kAdvice = "name another directory with --data";
+constexpr auto kAnyAccess = static_cast<mode_t>(Forbidden::AnyAccess);
 
 [[noreturn]] void Fail(std::string const& doing) {
     throw std::runtime_error(doing + ": " + std::strerror(errno));
 }
 
-/// Makes the directory and those above it that are missing.
+/// Creates the directory and its missing parents.
 void MakeDirectory(std::filesystem::path const& path) {
-    if (::mkdir(path.c_str(), kOwnDirectory) == 0 || errno == EEXIST) return;
+    if (::mkdir(path.c_str(), kOwnDirectoryMode) == 0 || errno == EEXIST) return;
     if (errno == ENOENT && path.has_relative_path()) {
         MakeDirectory(path.parent_path());
-        if (::mkdir(path.c_str(), kOwnDirectory) == 0 || errno == EEXIST) return;
+        if (::mkdir(path.c_str(), kOwnDirectoryMode) == 0 || errno == EEXIST) return;
     }
     Fail("cannot make " + path.string());
-}
-
-/// Throws unless what is open as `descriptor`, at `path`, is this user's.
-struct stat RequireOwn(int descriptor, std::string const& path) {
-    struct stat status {};
-    if (::fstat(descriptor, &status) != 0) Fail("cannot look at " + path);
-    if (status.st_uid != ::geteuid()) {
-        throw std::runtime_error(path + " belongs to another user (" +
-                                 std::to_string(status.st_uid) +
-                                 "); name a directory of your own with --data");
-    }
-    return status;
-}
-
-/// Opens the directory `name` in `parent`; `path` is what messages call it.
-Descriptor OpenDirectory(int parent, std::string const& name, std::string const& path, int flags) {
-    Descriptor directory(
-        ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
-    if (!directory && errno == ENOTDIR) {
-        throw std::runtime_error(path + " is no directory, or a link, which is not followed");
-    }
-    if (!directory) Fail("cannot open " + path);
-    if ((RequireOwn(directory.GetNumber(), path).st_mode & kWritableByOthers) != 0) {
-        throw std::runtime_error("other users can write to " + path + "; run chmod go-w '" + path +
-                                 "', or name another directory with --data");
-    }
-    return directory;
 }
 
 }  // namespace
 
 DataDirectory::DataDirectory(std::string const& given) {
     MakeDirectory(given);
-    // With no link left in it, nothing that is opened below it later goes by one.
+    // Resolved once, so that no path below it contains a link later.
     path = std::filesystem::canonical(given);
-    directory = OpenDirectory(AT_FDCWD, path, path, O_NOFOLLOW);
+    directory = OpenOwnDirectory({AT_FDCWD, path, path, kAdvice}, Forbidden::Writing, O_NOFOLLOW);
     lock = OpenFile("lock", O_CREAT);
     if (::flock(lock.GetNumber(), LOCK_EX | LOCK_NB) != 0) {
         throw std::runtime_error("another quillo-service is running on " + path +
                                  "; stop it, or give this one a --data directory of its own");
     }
-    for (char const* folder : {"uploads", "movies", "set-aside"})
-        MakeFolder(folder);
-    // SQLite would make its file by the umask; the files beside it get the mode that it has.
+    for (char const* folder : {"uploads", "movies", "set-aside"}) {
+        MakeOwnDirectory({directory.GetNumber(), folder, path + "/" + folder, kAdvice},
+                         Forbidden::Writing);
+    }
+    // SQLite would create its file with the umask's mode, and gives that mode to its other files.
     OpenFile("store.sqlite", O_CREAT);
     for (char const* file : {"store.sqlite-wal", "store.sqlite-shm", "port"})
         OpenFile(file, 0);
 }
 
-void DataDirectory::MakeFolder(std::string const& name) const {
-    std::string whole = path + "/" + name;
-    if (::mkdirat(directory.GetNumber(), name.c_str(), kOwnDirectory) != 0 && errno != EEXIST) {
-        Fail("cannot make " + whole);
-    }
-    OpenDirectory(directory.GetNumber(), name, whole, O_NOFOLLOW);
-}
-
 Descriptor DataDirectory::OpenFile(std::string const& name, int flags) const {
     std::string whole = path + "/" + name;
-    // Not to wait for the other end, should it be a pipe.
+    // O_NONBLOCK: opening a pipe would wait for its other end.
     Descriptor file(::openat(directory.GetNumber(), name.c_str(),
-                             O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, kOwnFile));
+                             O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, kOwnFileMode));
     if (!file && errno == ENOENT) return file;
     if (!file && errno == ELOOP)
         throw std::runtime_error(whole + " is a link, which is not followed");
     if (!file) Fail("cannot open " + whole);
-    struct stat status = RequireOwn(file.GetNumber(), whole);
+    struct stat status = RequireOwn(file.GetNumber(), whole, kAdvice);
     if (!S_ISREG(status.st_mode)) throw std::runtime_error(whole + " is no plain file");
-    if ((status.st_mode & kOpenToOthers) != 0 && ::fchmod(file.GetNumber(), kOwnFile) != 0) {
+    if ((status.st_mode & kAnyAccess) != 0 && ::fchmod(file.GetNumber(), kOwnFileMode) != 0) {
         Fail("cannot close " + whole + " to other users");
     }
     return file;
@@ -155,7 +121,7 @@ void DataDirectory::RememberPort(int port) const {
         file.WriteAt(0, text);
         file.Truncate(static_cast<std::int64_t>(text.size()));
     } catch (std::exception const& error) {
-        // A full disk, say; movies can be looked at all the same.
+        // For example on a full disk; movies can still be watched.
         std::fprintf(stderr, "quillo-service: cannot note the port: %s\n", error.what());
     }
 }

@@ -8,15 +8,14 @@
 
 namespace quilloservice {
 
-/// The directory that holds a service's store and movies, locked against a second service for as
-/// long as this object lives. It is the user's own: what is made in it is closed to others (0700
-/// and 0600), and no link in it is followed. Any thread.
+/// The directory of the store and the movies, locked against a second service during this object's
+/// lifetime. It must belong to the user. Directories and files in it are created with the modes
+/// 0700 and 0600, and links in it are not followed. Any thread.
 class DataDirectory {
 public:
-    /// Makes the directory when it is missing; the mode of one that is there stays what it is.
-    /// Throws std::runtime_error when that fails, when the directory or something of the service's
-    /// in it belongs to another user or is a link, when other users can write to it, and when
-    /// another service has it.
+    /// Creates the directory if it is missing, and keeps the mode of an existing one. Throws
+    /// std::runtime_error on failure; if the directory or one of its entries belongs to another
+    /// user, is a link or is writable by others; and if another service uses the directory.
     explicit DataDirectory(std::string const& path);
 
     [[nodiscard]] std::string GetStorePath() const { return path + "/store.sqlite"; }
@@ -27,21 +26,19 @@ public:
     [[nodiscard]] std::string UploadPath(UploadId const& id) const;
     [[nodiscard]] std::string MoviePath(FileId const& id) const;
 
-    /// How many bytes may still be written to the directory's disk; the most there are when the
-    /// system does not know.
+    /// Free space on the directory's disk, in bytes; the largest number if it is unknown.
     [[nodiscard]] std::int64_t FreeBytes() const;
 
-    /// Moves the movie's file to the folder of those that cannot be published; returns where it is
-    /// then. Replaces nothing there. Throws std::runtime_error.
+    /// Moves the file of a movie that cannot be published to the folder `set-aside` and returns its
+    /// new path. Throws std::runtime_error, also if that path exists.
     [[nodiscard]] std::string SetMovieAside(FileId const& id) const;
 
-    /// The port that was used last with this directory, 0 when there is none.
+    /// The port on which the service last listened with this directory; 0 if there is none.
     [[nodiscard]] int GetLastPort() const;
     void RememberPort(int port) const;
 
 private:
-    void MakeFolder(std::string const& name) const;
-    /// Opens a file of the service's own and closes it to other users; nothing when it is missing.
+    /// Opens a file and restricts its mode to the user; nothing if it is missing.
     Descriptor OpenFile(std::string const& name, int flags) const;
 
     std::string path;

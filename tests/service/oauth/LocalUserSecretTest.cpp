@@ -110,7 +110,7 @@ TEST_F(LocalUserSecretTest, GoesToTheCacheOrNowhereWhereThePlaceIsNotTheUsersAlo
         LocalUserSecret secret("127.0.0.1", 8080);
         ADD_FAILURE() << "found a place";
     } catch (std::runtime_error const& error) {
-        EXPECT_THAT(error.what(), testing::HasSubstr("run chmod 700 '" + cache.string() + "'"));
+        EXPECT_THAT(error.what(), testing::HasSubstr("run chmod go-w '" + cache.string() + "'"));
     }
 }
 
