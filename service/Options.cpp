@@ -63,7 +63,7 @@ SampleSize ParseSample(std::string const& text) {
     throw UsageError("--sample takes small, large or none, not \"" + text + "\"");
 }
 
-/// An origin as browsers send it, since it is compared with that.
+/// An origin in the form in which browsers send it, with which it is compared.
 std::string ParseOrigin(std::string const& text) {
     std::size_t scheme = text.starts_with("https://") ? 8 : text.starts_with("http://") ? 7 : 0;
     std::string host = text.substr(scheme);

@@ -12,31 +12,31 @@
 
 namespace quilloservice {
 
-/// What the command line says.
+/// The options of the command line.
 struct Options {
     std::string dataDirectory;
     std::string host = "127.0.0.1";
-    int port = 0;  ///< 0: the one used last with the data directory, or any
+    int port = 0;  ///< 0: the last port used with the data directory, or any free one
     SampleSize sample = SampleSize::Small;
     bool trustLocalUser = false;
     bool stopWithStdin = false;
-    std::string allowOrigin;  ///< of pages that may use the interface; empty: none
-    http::Limits http{};      ///< but the number of connections, which follows from the system's
+    std::string allowOrigin;  ///< origin of pages that may use the API; empty: none
+    http::Limits http{};      ///< `connections` is replaced, by the system's limit of descriptors
     std::optional<RateLimit> limit;
     FaultOptions faults;
     bool help = false;
 };
 
-/// A command line that cannot be understood; the message says what is wrong and what is right.
+/// An invalid command line. The message says what is wrong and what is expected.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Reads the arguments after the program's name. Throws UsageError.
+/// Parses the arguments after the program's name. Throws UsageError.
 Options ParseOptions(std::vector<std::string> const& arguments);
 
-/// What --help prints.
+/// The output of --help.
 extern char const* const kHelp;
 
 }  // namespace quilloservice

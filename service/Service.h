@@ -7,11 +7,11 @@ namespace quilloservice {
 
 struct Options;
 
-/// The whole service: its data directory, its store, its routes and its server.
+/// The service: data directory, store, routes and server.
 class Service {
 public:
-    /// Opens the data directory, repairs what an earlier process left half done, and listens.
-    /// Throws std::exception with a message for the user when it cannot.
+    /// Opens the data directory, completes interrupted publications, and listens. Throws
+    /// std::exception with a message for the user.
     explicit Service(Options const& options);
     ~Service();
 
@@ -19,10 +19,10 @@ public:
     [[nodiscard]] std::string const& GetAddress() const;
     [[nodiscard]] int GetPort() const;
 
-    /// Answers requests until `Stop`. Once.
+    /// Serves requests until `Stop`. Call once.
     void Run();
 
-    /// Has `Run` return once the running requests are finished. Any thread.
+    /// Makes `Run` return after the running requests. Any thread.
     void Stop();
 
 private:

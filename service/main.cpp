@@ -16,8 +16,8 @@ namespace {
 
 using namespace quilloservice;
 
-/// Returns when a signal asks the program to stop, when standard input ends (if that counts), or
-/// when `finished` becomes readable.
+/// Waits for a stop signal, the end of standard input (if `stopWithStdin`), or `finished` to become
+/// readable.
 void WaitForEnd(int signals, bool stopWithStdin, int finished) {
     pollfd sources[] = {{signals, POLLIN, 0},
                         {finished, POLLIN, 0},
@@ -30,8 +30,8 @@ void WaitForEnd(int signals, bool stopWithStdin, int finished) {
     }
 }
 
-/// As many connections as the system lets this process have: what is allowed at first is often
-/// less, for programs that use select().
+/// Raises the soft limit of descriptors to the hard limit. The soft limit is often low for the sake
+/// of programs that use select().
 void AllowManyDescriptors() {
     rlimit descriptors{};
     if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) return;
@@ -40,7 +40,7 @@ void AllowManyDescriptors() {
 }
 
 void Serve(Options const& options) {
-    // Before any thread begins, so that all of them leave these to the descriptor.
+    // Before the first thread starts, since threads inherit the mask.
     sigset_t stopSignals;
     sigemptyset(&stopSignals);
     sigaddset(&stopSignals, SIGINT);
@@ -49,7 +49,7 @@ void Serve(Options const& options) {
     int signals = ::signalfd(-1, &stopSignals, SFD_CLOEXEC);
     int finished = ::eventfd(0, EFD_CLOEXEC);
     AllowManyDescriptors();
-    // A write past a limit on file sizes is to fail like one on a full disk.
+    // A write beyond the file size limit then fails like one on a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
 
     Service service(options);

@@ -5,8 +5,8 @@
 
 namespace quilloservice {
 
-/// A request that is answered with an error: the status and code of the wire's table of errors, and
-/// a message for the developer at the other end. Holds nothing secret; it goes out as it is.
+/// An error response: status and code as in the table of docs/service-api.md, and a message for the
+/// client's developer. The message is sent unchanged, so it must not contain secrets.
 class ApiError : public std::runtime_error {
 public:
     ApiError(int httpStatus, std::string errorCode, std::string const& message,
@@ -26,21 +26,21 @@ public:
     }
     static ApiError StorageFull() {
         return {507, "insufficient_storage",
-                "The service's disk is full. Free some space and go on from the offset that HEAD "
-                "tells."};
+                "The service's disk is full. Free some space and continue from the offset that "
+                "HEAD reports."};
     }
 
-    /// Of a creation: nothing is there yet that could go on.
+    /// For the creation of an upload. StorageFull is for an upload that exists.
     static ApiError DoesNotFit() {
         return {
             507, "insufficient_storage",
-            "The movie does not fit on the service's disk beside the uploads that are under way. "
-            "Free some space there, or wait for their end."};
+            "The movie does not fit on the service's disk beside the unfinished uploads. Free some "
+            "space there, or wait for the uploads."};
     }
 
     int status;
     std::string code;
-    int retryAfter;  ///< seconds after which it may go better; 0: not known
+    int retryAfter;  ///< seconds after which to retry; 0: unknown
 };
 
 }  // namespace quilloservice

@@ -6,7 +6,7 @@
 
 namespace quilloservice {
 
-/// Seconds since 1970, UTC. Tests turn their own.
+/// Returns the time in seconds since 1970, UTC. Tests pass a clock of their own.
 using Clock = std::function<std::int64_t()>;
 
 inline std::int64_t SystemTime() {

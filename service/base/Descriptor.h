@@ -6,7 +6,7 @@
 
 namespace quilloservice {
 
-/// A file descriptor that is closed at the end. False when there is none.
+/// Owns a file descriptor. Converts to false if it is empty.
 class Descriptor {
 public:
     explicit Descriptor(int number = -1) : number(number) {}

@@ -9,8 +9,8 @@ struct XXH3_state_s;
 
 namespace quilloservice {
 
-/// A running checksum. Copies go on independently, which is how a chunk that turns out damaged
-/// is taken back. One thread at a time.
+/// A running checksum. A copy continues independently, so that input can be reverted. One thread at
+/// a time.
 class Digest {
 public:
     enum class Algorithm { Sha1, Sha256, Xxh128 };
@@ -25,7 +25,7 @@ public:
 
     void Update(std::string_view bytes);
 
-    /// The checksum, raw bytes, of what has been fed so far; more may follow.
+    /// The checksum of the input so far, as raw bytes. More input may follow.
     [[nodiscard]] std::string Value() const;
 
 private:
@@ -34,21 +34,21 @@ private:
         void operator()(XXH3_state_s* context) const;
     };
 
-    // One of the two, by the algorithm.
+    // One of the two is used, depending on the algorithm.
     std::unique_ptr<evp_md_ctx_st, Free> context;
     std::unique_ptr<XXH3_state_s, Free> fastContext;
 };
 
-/// SHA-256 of `bytes`, raw.
+/// SHA-256 of `bytes`, as raw bytes.
 std::string Sha256(std::string_view bytes);
 
-/// HMAC-SHA-256 of `text`, raw.
+/// HMAC-SHA-256 of `text`, as raw bytes.
 std::string HmacSha256(std::string_view key, std::string_view text);
 
-/// Whether two secrets are equal; how long that takes does not tell where they differ.
+/// Compares two secrets in constant time.
 bool IsSameSecret(std::string_view one, std::string_view other);
 
-/// `count` bytes from the system's secure random source.
+/// `count` cryptographically secure random bytes.
 std::string RandomBytes(std::size_t count);
 
 }  // namespace quilloservice

@@ -7,29 +7,30 @@
 
 namespace quilloservice {
 
-/// An open file, never one behind a link. Failures throw ApiError 507 when the disk (or a quota) is
-/// full, and std::system_error otherwise. One thread at a time, but for `ReadAt`.
+/// An open file. Symbolic links are not followed. Functions throw ApiError 507 if the disk or quota
+/// is full, ApiError 503 if no descriptor is left, else std::system_error. One thread at a time,
+/// except `ReadAt`.
 class File {
 public:
     enum class Mode { Read, Write };
 
-    /// Opens the file at `path`; `Write` makes it when it is missing.
+    /// Opens the file at `path`. `Write` creates it if it is missing.
     File(std::string const& path, Mode mode);
     ~File();
     File(File&& other) noexcept;
     File& operator=(File&&) = delete;
 
-    /// The file at `path` opened for reading, nothing when there is none.
+    /// Opens the file at `path` for reading; nothing if it is missing.
     static std::optional<File> OpenExisting(std::string const& path);
 
     [[nodiscard]] std::int64_t Size() const;
 
-    /// Reads up to `size` bytes at `offset`; returns how many, 0 at the end.
+    /// Reads up to `size` bytes at `offset`. Returns their number, 0 at the end.
     std::size_t ReadAt(std::int64_t offset, char* buffer, std::size_t size) const;
     void WriteAt(std::int64_t offset, std::string_view bytes);
     void Truncate(std::int64_t size);
 
-    /// Returns once what was written is on the disk.
+    /// Flushes the file to the disk.
     void Sync();
 
 private:
@@ -37,7 +38,7 @@ private:
     int descriptor;
 };
 
-/// Returns once the entries of the directory at `path` are on the disk.
+/// Flushes the entries of a directory to the disk.
 void SyncDirectory(std::string const& path);
 
 }  // namespace quilloservice

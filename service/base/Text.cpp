@@ -10,7 +10,7 @@ namespace {
 constexpr std::string_view kBase64Digits =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-/// The length of the UTF-8 sequence at the front of `text`, 0 when there is no valid one.
+/// The length of the UTF-8 sequence at the front of `text`, 0 if it is invalid.
 std::size_t SequenceLength(std::string_view text) {
     auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     unsigned char lead = byte(0);

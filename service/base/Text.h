@@ -10,25 +10,23 @@ namespace quilloservice {
 /// Lower-case hexadecimal digits of `bytes`.
 std::string ToHex(std::string_view bytes);
 
-/// The bytes that `text` stands for, or nothing when it is not canonical padded base64.
+/// Decodes base64; nothing unless `text` is canonical and padded.
 std::optional<std::string> FromBase64(std::string_view text);
 
-/// The non-negative decimal number that fills `text` wholly; nothing for signs, blanks and
-/// overflow.
+/// Parses a non-negative decimal number; nothing for signs, blanks, other characters and overflow.
 std::optional<std::int64_t> ParseNumber(std::string_view text);
 
-/// Whether `text` is well-formed UTF-8 without NUL, and so may be kept as a name.
+/// Whether `text` is well-formed UTF-8 without NUL, as names must be.
 bool IsShowableText(std::string_view text);
 
-/// Whether `text` is showable and without what is not printed: control characters, line and
-/// paragraph separators, and what turns the direction of writing, so that a name looks like
-/// another.
+/// Whether `text` is showable and has no invisible characters: control characters, separators, and
+/// marks that change the direction of text, which could make a name look like another one.
 bool IsPrintableText(std::string_view text);
 
-/// `text` for use inside an HTML element or a double-quoted attribute.
+/// Escapes `text` for an HTML element or a double-quoted attribute.
 std::string EscapeHtml(std::string_view text);
 
-/// `text` with everything but RFC 3986's unreserved characters percent-encoded.
+/// Percent-encodes everything but RFC 3986's unreserved characters.
 std::string PercentEncode(std::string_view text);
 
 }  // namespace quilloservice

@@ -6,8 +6,6 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <cerrno>
-#include <cstdio>
-#include <ctime>
 #include <utility>
 
 #include "service/base/ApiError.h"
@@ -21,24 +19,8 @@ namespace asio = boost::asio;
 constexpr std::size_t kHeadPiece = 4 * 1024;
 constexpr std::size_t kSmallPiece = 16 * 1024;
 constexpr std::size_t kStreamPiece = 256 * 1024;
-constexpr std::size_t kContentPiece = 128 * 1024;
-// So that a client that never lets the server wait leaves room for others.
+// After this many steps a connection yields, so that a fast client does not occupy the thread.
 constexpr unsigned kStepsInARow = 64;
-
-Time Now() {
-    return std::chrono::steady_clock::now();
-}
-
-/// The value of the header Date, made once a second.
-std::string const& Date() {
-    thread_local std::time_t madeAt = -1;
-    thread_local std::string date;
-    if (std::time_t now = std::time(nullptr); now != madeAt) {
-        date = FormatDate(now);
-        madeAt = now;
-    }
-    return date;
-}
 
 }  // namespace
 
@@ -83,8 +65,8 @@ void Connection::Advance() {
             case Stage::Finish:
                 goesOn = Finish();
                 break;
-            case Stage::Answer:
-                goesOn = SendAnswer();
+            case Stage::Respond:
+                goesOn = SendResponse();
                 break;
             case Stage::Skip:
                 goesOn = Skip();
@@ -161,7 +143,7 @@ bool Connection::Decide() {
                 stage = Stage::Body;
                 bodyArrived = true;
             } else {
-                BeginAnswer();
+                BeginResponse();
             }
         });
     }
@@ -174,7 +156,7 @@ bool Connection::Decide() {
     return true;
 }
 
-/// Asks a client that waits for it to send the body.
+/// Prepares for the body; sends 100 Continue if the client expects it.
 bool Connection::BeginBody() {
     pace = Pace(context.limits.pace);
     waited = false;
@@ -182,7 +164,7 @@ bool Connection::BeginBody() {
     continued = true;
     if (!exchange->request.expectsContinue || input.size() > 0) return true;
     constexpr std::string_view interim = "HTTP/1.1 100 Continue\r\n\r\n";
-    // A connection that does not take these few bytes has not taken earlier answers either.
+    // The socket's buffer has room for these few bytes unless earlier responses were not read.
     return ::send(socket.native_handle(), interim.data(), interim.size(),
                   MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(interim.size());
 }
@@ -219,7 +201,7 @@ bool Connection::ReadBody() {
     }
 }
 
-/// Hands what there is of the body to the application.
+/// Passes the received part of the body to the application.
 void Connection::TakeBody() {
     bool streams = action.body == Action::Body::Stream;
     bool refused = false;
@@ -235,13 +217,13 @@ void Connection::TakeBody() {
         });
         input.consume(size);
     } catch (ApiError const&) {
-        bodyOver = true;  // where the next request would begin is not certain
+        bodyOver = true;  // the start of the next request is unknown
         last = true;
         return;
     }
     if (!refused) return;
     if (streams) {
-        BeginAnswer();
+        BeginResponse();
     } else {
         Refuse(413, "too_large", "The body is larger than 64 KiB.");
     }
@@ -251,130 +233,18 @@ bool Connection::Finish() {
     bool complete = action.body == Action::Body::None || parser->IsComplete();
     if (action.quick) {
         action.finish(complete);
-        BeginAnswer();
+        BeginResponse();
         return true;
     }
     return Work([this, complete] {
         action.finish(complete);
-        BeginAnswer();
+        BeginResponse();
     });
 }
 
 void Connection::Refuse(int status, std::string_view code, std::string_view message) {
     context.application.Refuse(*exchange, status, code, message);
-    BeginAnswer();
-}
-
-void Connection::BeginAnswer() {
-    action = {};  // and with it what it holds on to
-    Request const& request = exchange->request;
-    Response& response = exchange->response;
-    // A body that was not read stands before the next request. To skip it is worth it when it is
-    // small, and certain to come.
-    bool skippable = request.bodyLength && !bodyOver &&
-                     *request.bodyLength <= static_cast<std::int64_t>(context.limits.smallBody) &&
-                     (continued || !request.expectsContinue);
-    last |= response.closes || (!parser->IsComplete() && !skippable);
-    output = response.Head(Date(), last);
-    sent = 0;
-    contentLeft = 0;
-    if (request.method != "HEAD") {
-        output += response.body;
-        if (response.content) contentLeft = response.contentLength;
-    }
-    pace = Pace(context.limits.pace);
-    waited = false;
-    tracked->BeginStage(Now());
-    tracked->CutAtStop(contentLeft > 0);
-    stage = Stage::Answer;
-}
-
-bool Connection::SendAnswer() {
-    if (exchange->response.cut) return Close();
-    for (;;) {
-        while (sent < output.size()) {
-            ssize_t count = ::send(socket.native_handle(), output.data() + sent,
-                                   output.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
-            if (count < 0 && errno == EINTR) continue;
-            if (count < 0 && errno == EAGAIN) {
-                waited = true;
-                return WaitToWrite();
-            }
-            if (count < 0) return Close();
-            sent += static_cast<std::size_t>(count);
-            tracked->Count(count);
-            if (!std::exchange(waited, false)) {
-                pace.Count(count);
-            } else if (!pace.EndWait(count, Now())) {
-                return Close();
-            }
-        }
-        if (contentLeft == 0) return EndAnswer();
-        return Work([this] {
-            // The head, once sent, promises a length: what cannot be read cuts the connection.
-            auto size = std::min<std::int64_t>(contentLeft, kContentPiece);
-            output.resize(static_cast<std::size_t>(size));
-            std::size_t count = 0;
-            try {
-                count = exchange->response.content->Read(output.data(), output.size());
-            } catch (std::exception const& error) {
-                std::fprintf(stderr, "quillo-service: %s\n", error.what());
-            }
-            output.resize(count);
-            sent = 0;
-            contentLeft -= static_cast<std::int64_t>(count);
-            if (count == 0) exchange->response.cut = true;
-        });
-    }
-}
-
-bool Connection::EndAnswer() {
-    output = {};
-    tracked->CutAtStop(false);
-    if (exchange->response.takeOver && exchange->request.method != "HEAD") return GiveAway();
-    if (last || exchange->response.takeOver) {
-        // Closing a socket with unread bytes resets the connection, and the client might lose the
-        // answer that it has not read yet.
-        ::shutdown(socket.native_handle(), SHUT_WR);
-        deadline = Now() + context.limits.linger;
-        stage = Stage::Linger;
-    } else if (!parser->IsComplete()) {
-        deadline = Now() + context.limits.head;
-        bodyArrived = true;
-        stage = Stage::Skip;
-    } else {
-        BeginHead(context.limits.idle);
-    }
-    return true;
-}
-
-bool Connection::Skip() {
-    for (;;) {
-        if (std::exchange(bodyArrived, false) && input.size() > 0) {
-            try {
-                input.consume(parser->ReadBody(GetInput(), [](std::string_view) {}));
-            } catch (ApiError const&) {
-                return Close();
-            }
-        }
-        if (parser->IsComplete()) {
-            BeginHead(context.limits.idle);
-            return true;
-        }
-        Received received = Receive(kSmallPiece);
-        if (received == Received::End) return Close();
-        if (received == Received::Nothing) return WaitToRead(deadline);
-        bodyArrived = true;
-    }
-}
-
-bool Connection::Linger() {
-    input.clear();
-    if (Now() > deadline) return Close();
-    Received received = Receive(kSmallPiece);
-    if (received == Received::End) return Close();
-    if (received == Received::Nothing) return WaitToRead(deadline);
-    return true;
+    BeginResponse();
 }
 
 Connection::Received Connection::Receive(std::size_t most) {
@@ -389,7 +259,7 @@ Connection::Received Connection::Receive(std::size_t most) {
         return Received::Some;
     }
     if (count == 0 || errno != EAGAIN) return Received::End;
-    // A connection that waits for its client holds no more memory than it has to.
+    // Frees the buffer while the connection waits for its client.
     if (input.size() == 0 && input.capacity() <= kSmallPiece) input = {};
     return Received::Nothing;
 }
@@ -432,7 +302,7 @@ bool Connection::Close() {
     return false;
 }
 
-bool Connection::GiveAway() {
+bool Connection::HandOverSocket() {
     context.table.Remove(std::exchange(tracked, nullptr));
     boost::system::error_code failed;
     int released = socket.release(failed);

@@ -19,19 +19,19 @@
 
 namespace quilloservice::http {
 
-/// What the connections of a server share. Outlives them.
+/// Shared by a server's connections, which it outlives.
 struct ServerContext {
     Application& application;
     Limits limits;
     ConnectionTable table;
     boost::asio::io_context io;
-    boost::asio::thread_pool workers;  ///< for what may wait for the disk
+    boost::asio::thread_pool workers;  ///< for work that may wait for the disk
 };
 
-/// One client's connection: reads requests, has the application answer them and sends the answers,
-/// one after the other. It never blocks: it works until its socket is not ready, waits for that,
-/// and goes on. One thread at a time works for it, an I/O thread or a worker. Kept alive by what it
-/// waits for.
+/// A client's connection: reads requests, passes them to the application and sends the responses,
+/// one after the other. A state machine that never blocks: it runs until its socket is not ready,
+/// waits asynchronously, and continues. Runs on one thread at a time, an I/O thread or a worker.
+/// Pending operations keep it alive.
 class Connection : public std::enable_shared_from_this<Connection> {
 public:
     Connection(ServerContext& context, boost::asio::ip::tcp::socket socket,
@@ -43,27 +43,26 @@ public:
     void Start();
 
 private:
-    /// What is to be done next.
     enum class Stage {
-        Head,    ///< read a request's head
-        Decide,  ///< ask the application about it
-        Body,    ///< read the body
-        Finish,  ///< have the application answer
-        Answer,  ///< send the answer
-        Skip,    ///< read a small body that was not wanted, to come to the next request
-        Linger,  ///< throw away what still comes, so that the client gets to read the answer
+        Head,     ///< read a request's head
+        Decide,   ///< call Application::Begin
+        Body,     ///< read the body
+        Finish,   ///< call Action::finish
+        Respond,  ///< send the response
+        Skip,     ///< discard a small unread body to reach the next request
+        Linger,   ///< discard input until the client has had time to read the response
     };
     enum class Received { Some, Nothing, End };
 
     void Advance();
 
-    // The stages. False: the connection waits, is at work elsewhere or has ended, and nothing of
-    // this object may be touched any more.
+    // The stages. False: the connection waits, works on another thread or has ended; the caller
+    // must not touch this object any more.
     [[nodiscard]] bool ReadHead();
     [[nodiscard]] bool Decide();
     [[nodiscard]] bool ReadBody();
     [[nodiscard]] bool Finish();
-    [[nodiscard]] bool SendAnswer();
+    [[nodiscard]] bool SendResponse();
     [[nodiscard]] bool Skip();
     [[nodiscard]] bool Linger();
 
@@ -71,44 +70,44 @@ private:
     [[nodiscard]] bool BeginBody();
     void TakeBody();
     void Refuse(int status, std::string_view code, std::string_view message);
-    void BeginAnswer();
-    [[nodiscard]] bool EndAnswer();
+    void BeginResponse();
+    [[nodiscard]] bool EndResponse();
 
     Received Receive(std::size_t most);
     [[nodiscard]] std::string_view GetInput() const;
     [[nodiscard]] bool WaitToRead(Time deadline);
     [[nodiscard]] bool WaitToWrite();
-    /// Runs `work` on a worker, which then goes on with Advance.
+    /// Runs `work` on a worker, which then calls Advance.
     [[nodiscard]] bool Work(std::function<void()> work);
     [[nodiscard]] bool Close();
-    [[nodiscard]] bool GiveAway();
+    [[nodiscard]] bool HandOverSocket();
 
     ServerContext& context;
     boost::asio::ip::tcp::socket socket;
     std::shared_ptr<TrackedSocket> tracked;
-    /// The server runs for as long as it has connections.
+    /// Keeps the server running while it has connections.
     boost::asio::executor_work_guard<boost::asio::io_context::executor_type> running;
     std::string remoteAddress;
     Stage stage = Stage::Head;
     unsigned steps = 0;
     boost::beast::flat_buffer input;
     std::unique_ptr<RequestParser> parser;
-    Time deadline{};         ///< of the head, of a body that is skipped, of lingering
-    bool headBegun = false;  ///< its first byte is there
-    bool delayed = false;    ///< by the fault
+    Time deadline{};         ///< for the stages Head, Skip and Linger
+    bool headBegun = false;  ///< the head's first byte has arrived
+    bool delayed = false;    ///< the simulated latency has passed
 
     std::shared_ptr<Exchange> exchange;
     Action action;
     Pace pace;
-    bool waited = false;       ///< for the client, within what `pace` watches
-    bool bodyArrived = false;  ///< some that the parser has not seen
-    bool bodyOver = false;     ///< no more of it is to be read, though it may not be complete
-    bool continued = false;    ///< the client was told to send the body
+    bool waited = false;       ///< `pace` is in a wait
+    bool bodyArrived = false;  ///< there is input that the parser has not seen
+    bool bodyOver = false;     ///< no more of the body is read; it may be incomplete
+    bool continued = false;    ///< reading the body has begun, after 100 Continue if expected
 
     std::string output;
     std::size_t sent = 0;
     std::int64_t contentLeft = 0;
-    bool last = false;  ///< the connection ends after the answer
+    bool last = false;  ///< the connection ends after the response
 };
 
 }  // namespace quilloservice::http

@@ -50,7 +50,7 @@ void TrackedSocket::Release() {
 
 double TrackedSocket::Speed(Time now) const {
     Duration age(CountOf(now) - stageBegan.load(std::memory_order_relaxed));
-    // A second more, so that one that has only just come is not the fastest of all.
+    // One second is added, or a connection would be the fastest when it has just arrived.
     double seconds = std::chrono::duration<double>(age).count() + 1;
     return static_cast<double>(stageBytes.load(std::memory_order_relaxed)) / seconds;
 }
@@ -61,7 +61,7 @@ std::shared_ptr<TrackedSocket> ConnectionTable::Add(int socket, Time now) {
     std::scoped_lock lock(mutex);
     if (stopping) return nullptr;
     if (connections.size() - dropped >= most && DropSlowestLocked(now) == 0) return nullptr;
-    tracked->place = connections.insert(connections.end(), tracked);
+    tracked->entry = connections.insert(connections.end(), tracked);
     return tracked;
 }
 
@@ -69,7 +69,7 @@ void ConnectionTable::Remove(std::shared_ptr<TrackedSocket> const& tracked) {
     tracked->Release();
     std::scoped_lock lock(mutex);
     if (tracked->dropped) --dropped;
-    connections.erase(tracked->place);
+    connections.erase(tracked->entry);
 }
 
 void ConnectionTable::Drop(TrackedSocket& tracked) {
@@ -101,14 +101,14 @@ std::size_t ConnectionTable::DropSlowestLocked(Time now) {
     std::vector<Candidate> candidates;
     candidates.reserve(connections.size());
     for (auto const& connection : connections) {
-        bool waitedFor =
+        bool waits =
             connection->deadline.load(std::memory_order_relaxed) != TrackedSocket::kNotWaiting;
-        if (!waitedFor || connection->dropped) continue;
+        if (!waits || connection->dropped) continue;
         candidates.push_back({connection->Speed(now),
                               connection->stageBegan.load(std::memory_order_relaxed),
                               connection.get()});
     }
-    // Several at once, since to find one all have to be looked at.
+    // Several at once, since finding one takes a scan of the table.
     std::size_t count = std::min(candidates.size(), most / 100 + 1);
     std::partial_sort(candidates.begin(), candidates.begin() + static_cast<std::ptrdiff_t>(count),
                       candidates.end(), [](Candidate const& a, Candidate const& b) {

@@ -11,65 +11,64 @@
 
 namespace quilloservice::http {
 
-/// What the table knows of one connection. The connection's thread writes it, the table reads it.
+/// A connection's entry in the table. The connection's thread writes it, the table reads it.
 class TrackedSocket {
 public:
     explicit TrackedSocket(int socket) : socket(socket) {}
 
-    /// The client is waited for, until `until` at the latest. A `stage` is what it is waited for
-    /// with: a request, a body, that it takes an answer.
+    /// Starts a new stage of the exchange (head, body, response), for which speed is measured.
     void BeginStage(Time now);
+    /// The connection waits for its client, until `until` at the latest.
     void BeginWait(Time until);
     void EndWait();
-    /// Bytes have gone either way.
+    /// Counts bytes sent or received.
     void Count(std::int64_t bytes);
 
-    /// Whether the server's end cuts the connection in the middle of an answer.
+    /// Whether ConnectionTable::Stop closes the connection at once, in the middle of a response.
     void CutAtStop(bool cut) { cutAtStop.store(cut, std::memory_order_relaxed); }
 
-    /// Ends the connection, both ways or only what comes in, by shutting the socket down: who waits
-    /// for it notices. Any thread.
+    /// Shuts the socket down in both directions, or for input only, which wakes the connection. Any
+    /// thread.
     void ShutDown();
     void ShutDownInput();
 
-    /// Before the socket is closed or given away.
+    /// Call before the socket is closed or handed over.
     void Release();
 
 private:
     friend class ConnectionTable;
     static constexpr std::int64_t kNotWaiting = INT64_MAX;
 
-    /// Bytes in a second, of the stage; nothing else than waiting counts.
+    /// Bytes per second since the stage began.
     [[nodiscard]] double Speed(Time now) const;
 
     std::mutex mutex;
     int socket;                                        // mutex; -1 once released
-    std::atomic<std::int64_t> deadline = kNotWaiting;  ///< steady clock's count
+    std::atomic<std::int64_t> deadline = kNotWaiting;  ///< in ticks of the steady clock
     std::atomic<std::int64_t> stageBegan = 0;          ///< ditto
     std::atomic<std::int64_t> stageBytes = 0;
     std::atomic<bool> cutAtStop = false;
     bool dropped = false;                                       // the table's mutex
-    std::list<std::shared_ptr<TrackedSocket>>::iterator place;  // the table's mutex
+    std::list<std::shared_ptr<TrackedSocket>>::iterator entry;  // the table's mutex
 };
 
-/// All open connections: how many there may be, and which is to go when there are too many or when
-/// its time is up. Any thread.
+/// All open connections. Limits their number and drops slow and overdue ones. Any thread.
 class ConnectionTable {
 public:
     explicit ConnectionTable(std::size_t most) : most(most) {}
 
-    /// Adds a connection. When there are too many, the slowest ones that are waited for go; when
-    /// none is, the new one is refused: nullptr.
+    /// Adds a connection. If the table is full, drops the slowest of the connections that wait for
+    /// their clients; if none does, refuses the new one and returns nullptr.
     std::shared_ptr<TrackedSocket> Add(int socket, Time now);
     void Remove(std::shared_ptr<TrackedSocket> const& tracked);
 
-    /// Drops the connections whose clients were waited for for too long.
+    /// Drops the connections whose wait has passed its deadline.
     void DropOverdue(Time now);
 
-    /// Drops the slowest connections, a hundredth of all, but at least one. Returns how many.
+    /// Drops the slowest hundredth of the waiting connections, at least one. Returns how many.
     std::size_t DropSlowest(Time now);
 
-    /// Ends what comes in on each connection, and the ones whose answers would take long.
+    /// Ends the input of all connections, and closes those that are sending long responses.
     void Stop();
 
     [[nodiscard]] std::size_t GetSize() const;
@@ -81,8 +80,8 @@ private:
     std::size_t const most;
     mutable std::mutex mutex;
     std::list<std::shared_ptr<TrackedSocket>> connections;  // mutex
-    std::size_t dropped = 0;                                // mutex; of them, on their way out
-    bool stopping = false;                                  // mutex
+    std::size_t dropped = 0;  // mutex; in `connections`, not removed yet
+    bool stopping = false;    // mutex
 };
 
 }  // namespace quilloservice::http

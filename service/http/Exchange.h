@@ -10,38 +10,36 @@
 
 namespace quilloservice::http {
 
-/// A request and its answer. Belongs to the connection, and to one thread at a time.
+/// A request and its response. One thread at a time.
 struct Exchange {
     Request request;
-    std::string body;  ///< of the request, where it is read as a whole
+    std::string body;  ///< of the request, for Action::Body::Small
     Response response;
 
-    /// Ends the connection, whatever it is doing. Any thread, at any time, also when the connection
-    /// is gone already.
+    /// Closes the connection at once. Any thread, also after the connection's end.
     std::function<void()> abort;
 };
 
-/// What is to be done with a request, as its head has it. Each function fills in the response where
-/// there is one to give, and throws nothing.
+/// How to process a request, decided from its head. The functions fill in the response and must not
+/// throw.
 struct Action {
     enum class Body {
-        None,    ///< the answer does not wait for it
-        Small,   ///< read as a whole, up to 64 KiB, into Exchange::body
-        Stream,  ///< handed on in pieces
+        None,    ///< not needed
+        Small,   ///< read into Exchange::body, up to 64 KiB
+        Stream,  ///< passed to `take` in pieces
     };
 
     Body body = Body::None;
-    /// Whether `finish` neither waits for the disk nor for anybody else, and so may run where other
-    /// clients are served.
+    /// Whether `finish` never waits, not even for the disk, and so may run on an I/O thread.
     bool quick = false;
 
-    // For Stream only: before the first piece, and with each. False ends the reading; the response
-    // is filled in then.
+    // For Stream: called before the first piece, and with each piece. False ends the reading, with
+    // the response filled in.
     std::function<bool()> open{};
     std::function<bool(std::string_view)> take{};
 
-    /// Fills in the response. `complete`: whether the body came to its end; otherwise the client
-    /// has gone, or what it sends cannot be understood.
+    /// Fills in the response. `complete`: whether the whole body has arrived; if not, the client
+    /// has disconnected or the body is malformed.
     std::function<void(bool complete)> finish{};
 };
 
@@ -50,10 +48,10 @@ class Application {
 public:
     virtual ~Application() = default;
 
-    /// Decides what becomes of a request, from its head alone; must not block. Any thread.
+    /// Decides how to process a request, from its head alone. Must not block. Any thread.
     virtual Action Begin(std::shared_ptr<Exchange> exchange) = 0;
 
-    /// Fills in the answer to a request that the server refuses by itself.
+    /// Fills in the response to a request that the server itself refuses. Any thread.
     virtual void Refuse(Exchange& exchange, int status, std::string_view code,
                         std::string_view message) = 0;
 };

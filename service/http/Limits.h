@@ -7,15 +7,15 @@
 
 namespace quilloservice::http {
 
-/// What a client may take of the server.
+/// Limits for clients.
 struct Limits {
-    Duration head = std::chrono::seconds(10);   ///< for a request's head to arrive
+    Duration head = std::chrono::seconds(10);   ///< for receiving a request's head
     Duration idle = std::chrono::seconds(60);   ///< between two requests
     Duration linger = std::chrono::seconds(2);  ///< for a refused client to stop sending
-    PaceRule pace{};                            ///< of bodies, and of how answers are taken
+    PaceRule pace{};                            ///< for receiving bodies and sending responses
     std::size_t smallBody = 64 * 1024;
     std::size_t connections = 1000;
-    Duration latency{};  ///< a fault for tests: each request is answered so much later
+    Duration latency{};  ///< a simulated fault: the delay of every response
 };
 
 }  // namespace quilloservice::http

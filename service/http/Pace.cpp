@@ -17,7 +17,7 @@ Time Pace::BeginWait(Time now) {
 bool Pace::EndWait(std::int64_t moved, Time now) {
     waited += now - waitBegan;
     if (waited >= rule.average) {
-        // What came last counts for this window: it is what ended the wait.
+        // The bytes that ended the wait belong to this period.
         bytes += moved;
         bool enough = HasEnough();
         waited = {};

@@ -8,25 +8,29 @@ namespace quilloservice::http {
 using Time = std::chrono::steady_clock::time_point;
 using Duration = std::chrono::steady_clock::duration;
 
-/// How fast a client has to be.
+inline Time Now() {
+    return std::chrono::steady_clock::now();
+}
+
+/// The minimum transfer rate of a client.
 struct PaceRule {
     std::int64_t bytesPerSecond = 1024;
-    Duration average = std::chrono::seconds(30);  ///< the time over which the rate counts
+    Duration average = std::chrono::seconds(30);  ///< the period over which the rate is averaged
 };
 
-/// Watches that a client is not slower than the rule. Only time in which the client is waited for
+/// Checks a client's transfer rate against a rule. Only the time spent waiting for the client
 /// counts. One thread at a time.
 class Pace {
 public:
     explicit Pace(PaceRule const& rule) : rule(rule) {}
 
-    /// From now on the client is waited for. Returns until when it may let itself be waited for.
+    /// Starts a wait for the client. Returns its deadline.
     Time BeginWait(Time now);
 
-    /// The client has sent or taken `moved` bytes. Returns false when it was too slow.
+    /// Ends the wait: `moved` bytes were sent or received. Returns false if the client is too slow.
     bool EndWait(std::int64_t moved, Time now);
 
-    /// Counts bytes that came without a wait.
+    /// Counts bytes sent or received without waiting.
     void Count(std::int64_t moved) { bytes += moved; }
 
 private:
@@ -34,7 +38,7 @@ private:
 
     PaceRule rule;
     Time waitBegan{};
-    Duration waited{};       // of the window under way
+    Duration waited{};       // in the current period
     std::int64_t bytes = 0;  // ditto
 };
 

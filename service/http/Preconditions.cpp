@@ -7,8 +7,8 @@ namespace quilloservice::http {
 
 namespace {
 
-/// Whether the list of entity tags names `tag`. Weak comparison takes "W/" for no difference;
-/// strong comparison never finds a weak tag.
+/// Whether a list of entity tags contains `tag`. Weak comparison ignores "W/"; strong comparison
+/// never matches a weak tag.
 bool Names(std::string const& list, std::string_view tag, bool weakly) {
     auto elements = ListElements(list);
     return std::any_of(elements.begin(), elements.end(), [&](std::string_view element) {

@@ -7,18 +7,18 @@
 
 namespace quilloservice::http {
 
-/// What the conditions of a request for something come to (RFC 9110, section 13.2).
+/// The result of a request's preconditions (RFC 9110, section 13.2).
 enum class Precondition {
-    Holds,        ///< answer it
-    NotModified,  ///< 304: the client has it already
-    Failed,       ///< 412: it is not what the client wants
+    Holds,        ///< process the request
+    NotModified,  ///< 304: the client's copy is current
+    Failed,       ///< 412: the resource has another entity tag
 };
 
-/// `tag` is the strong entity tag, in quotes, of what is asked for with GET or HEAD.
+/// Evaluates If-Match and If-None-Match of a GET or HEAD. `tag` is the resource's strong entity
+/// tag, in quotes.
 Precondition CheckPreconditions(Request const& request, std::string_view tag);
 
-/// The Range header, where one applies: of a GET, and, under If-Range, only while the thing is the
-/// one that the client has a part of.
+/// The Range header, if it applies: to GET, and with If-Range only if that names the current `tag`.
 std::optional<std::string_view> ApplicableRange(Request const& request, std::string_view tag);
 
 }  // namespace quilloservice::http

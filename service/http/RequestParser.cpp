@@ -29,7 +29,7 @@ ApiError HeadTooLarge() {
             "A header may have 8 KiB, all headers together 64 KiB. Send less."};
 }
 
-/// What can be said of a head before it is read: its lines, and that none goes on in the next.
+/// Checks that lines end with CR LF, hold no control characters, and are not folded.
 void CheckLines(std::string_view head) {
     for (std::size_t i = 0; i < head.size(); ++i) {
         bool carriageReturn = head[i] == '\r';
@@ -61,7 +61,7 @@ void CheckLengths(std::string_view head) {
     }
 }
 
-/// Whether `text` is a host with an optional port, and nothing that could lead elsewhere.
+/// Whether `text` has only characters of a host with an optional port; no user name, no path.
 bool IsAuthority(std::string_view text) {
     return text.size() <= 255 && std::all_of(text.begin(), text.end(), [](char c) {
                return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
@@ -94,14 +94,14 @@ void ReadTarget(Request& request, std::string_view target) {
 }
 
 void ReadHost(Request& request) {
-    // The address in the request line, where it has one, is the one that counts.
+    // An absolute address in the request line takes precedence over the header.
     std::optional<std::string_view> header = request.Header("Host");
     if (!header && request.minorVersion > 0) throw Malformed("the header Host is missing");
     if (header && !IsAuthority(*header)) throw Malformed("the header Host is no name of a host");
     if (request.host.empty()) request.host = header.value_or("");
 }
 
-/// Throws when it is not certain where the request's body ends.
+/// Reads the length of the body. Throws if it is ambiguous.
 void ReadFraming(Request& request) {
     std::optional<std::string_view> length = request.Header("Content-Length");
     std::optional<std::string_view> encoding = request.Header("Transfer-Encoding");
@@ -134,7 +134,7 @@ void ReadConnection(Request& request) {
 
 }  // namespace
 
-/// Beast's parser, whose events it turns into a Request and pieces of the body.
+/// Turns the events of Beast's parser into a Request and pieces of the body.
 class RequestParser::Machine : public beast::http::basic_parser<true> {
 public:
     Machine() {
@@ -147,12 +147,12 @@ public:
     std::string target;
     std::function<void(std::string_view)> const* take = nullptr;
 
-    /// Whether Beast can take `rest` of the body: once it has seen the size of a last chunk, it
-    /// counts on as much as the shortest one has.
+    /// Whether Beast can parse `rest` of the body: when it has read the size of the last chunk, it
+    /// requires the bytes of the shortest last chunk.
     [[nodiscard]] bool CanTake(std::string_view rest) const {
         constexpr std::string_view shortest = "0\r\n\r\n";
         if (rest.size() >= shortest.size() || !chunked() || leftOfChunk > 0) return true;
-        if (rest.starts_with("\r\n")) rest.remove_prefix(2);  // of the chunk before
+        if (rest.starts_with("\r\n")) rest.remove_prefix(2);  // the end of the previous chunk
         return !rest.starts_with('0');
     }
 
@@ -167,7 +167,7 @@ private:
     }
     void on_field_impl(beast::http::field, beast::string_view name, beast::string_view value,
                        Error&) override {
-        // What comes after the head are trailers, of which none means anything here.
+        // Trailers are ignored.
         if (!is_header_done()) request.headers.emplace_back(View(name), View(value));
     }
     std::size_t on_body_impl(beast::string_view body, Error&) override {
@@ -185,7 +185,7 @@ private:
     void on_chunk_header_impl(std::uint64_t size, beast::string_view extensions,
                               Error& error) override {
         leftOfChunk = size;
-        // A quoted value could hold what others take for the line's end.
+        // Other parsers could take a control character in a quoted value for the line's end.
         auto isControl = [](unsigned char c) { return (c < ' ' && c != '\t') || c == 0x7F; };
         if (std::any_of(extensions.begin(), extensions.end(), isControl)) {
             error = beast::http::error::bad_chunk_extension;
@@ -205,7 +205,7 @@ Request& RequestParser::GetRequest() {
 }
 
 std::size_t RequestParser::ReadHead(std::string_view bytes) {
-    // An empty line before a request is what some clients send after a form's body.
+    // Some clients send an empty line after the body of the previous request.
     std::size_t begin = 0;
     while (begin < 4 && bytes.substr(begin).starts_with("\r\n"))
         begin += 2;
@@ -214,7 +214,7 @@ std::size_t RequestParser::ReadHead(std::string_view bytes) {
     std::size_t end = head.find(ending, searched > 3 ? searched - 3 : 0);
     bool whole = end != std::string_view::npos;
     if (whole) head = head.substr(0, end + ending.size());
-    // Of a head that is still arriving only as much is looked at as each further byte is worth.
+    // An incomplete head is not checked anew for every byte, which would take quadratic time.
     bool longLine = head.size() > kLongestTarget + 128 && head.find("\r\n") > kLongestTarget + 128;
     if (whole || longLine) CheckLengths(head);
     if (head.size() > kLongestHead) throw HeadTooLarge();

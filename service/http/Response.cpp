@@ -16,7 +16,7 @@ std::string_view ReasonOf(int status) {
     return {reason.data(), reason.size()};
 }
 
-/// Whether an answer of this status never has content, and so says no length (RFC 9110, 8.6).
+/// Whether a response with this status has no content and no Content-Length (RFC 9110, 8.6).
 bool IsWithoutContent(int status) {
     return status == 204 || status == 304;
 }
@@ -31,7 +31,7 @@ void AddLine(std::string& head, std::string_view name, std::string_view value) {
 }  // namespace
 
 void Response::SetHeader(std::string_view name, std::string value) {
-    // What a client has sent may come back in a header; it ends no line.
+    // Values can contain text from clients, which must not end the line.
     std::erase_if(value, [](char c) { return c == '\r' || c == '\n' || c == '\0'; });
     RemoveHeader(name);
     headers.emplace_back(name, std::move(value));

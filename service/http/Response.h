@@ -10,34 +10,34 @@
 
 namespace quilloservice::http {
 
-/// Content that is read while it is sent. One thread at a time.
+/// Content that is read while it is being sent. One thread at a time.
 class Content {
 public:
     virtual ~Content() = default;
 
-    /// Reads the next piece into `buffer`; returns its size, 0 at the end. Throws when it cannot.
+    /// Reads the next piece into `buffer`; returns its size, 0 at the end. Throws on failure.
     virtual std::size_t Read(char* buffer, std::size_t size) = 0;
 };
 
-/// What a request is answered with.
+/// The response to a request.
 struct Response {
     int status = 200;
-    Fields headers;    ///< but those that say how the message is sent: its length, date, connection
-    std::string body;  ///< unless `content` is there
+    Fields headers;    ///< without Content-Length, Date and Connection
+    std::string body;  ///< unless `content` is set
 
     std::unique_ptr<Content> content;
-    std::int64_t contentLength = 0;  ///< of `content`
+    std::int64_t contentLength = 0;  ///< length of `content`
 
-    bool closes = false;  ///< the connection ends after this answer
-    bool cut = false;     ///< there is no answer: the connection ends here and now
+    bool closes = false;  ///< the connection ends after this response
+    bool cut = false;     ///< no response is sent: the connection ends at once
 
-    /// Gets the socket once the head is sent, and owns it from then on: for answers of unknown
-    /// length, that go on for longer than a request. What the client has sent further is dropped.
+    /// Takes ownership of the socket after the head is sent, for streams without an end. Further
+    /// input that the connection has read is discarded.
     std::function<void(int)> takeOver;
 
-    /// Sets a header, in place of an earlier one of this name.
+    /// Sets or replaces a header. Line breaks in `value` are removed.
     void SetHeader(std::string_view name, std::string value);
-    /// Adds an element to a header that is a list.
+    /// Adds an element to a list header.
     void AddToHeader(std::string_view name, std::string_view element);
     void RemoveHeader(std::string_view name);
     [[nodiscard]] bool HasHeader(std::string_view name) const;
@@ -45,11 +45,11 @@ struct Response {
     void SetBody(std::string text, std::string type);
     void Redirect(int redirectStatus, std::string location);
 
-    /// The head as it is sent. `date` is the value of the header Date.
+    /// The serialised head. `date` is the value of the header Date.
     [[nodiscard]] std::string Head(std::string_view date, bool lastOnConnection) const;
 };
 
-/// `unixTime` as the header Date wants it (RFC 9110, section 5.6.7).
+/// Formats a time for the header Date (RFC 9110, section 5.6.7).
 std::string FormatDate(std::int64_t unixTime);
 
 }  // namespace quilloservice::http

@@ -22,7 +22,7 @@ constexpr int kWaitingThreads = 4;
 constexpr int kWorkers = 8;
 constexpr std::chrono::milliseconds kSweepEach{500};
 constexpr std::chrono::milliseconds kSweepEachAtStop{5};
-constexpr std::chrono::milliseconds kRest{20};
+constexpr std::chrono::milliseconds kAcceptPause{20};
 
 }  // namespace
 
@@ -37,8 +37,8 @@ struct Server::Parts {
         acceptor.async_accept(
             context.io, [this](boost::system::error_code error, tcp::socket socket) {
                 if (!acceptor.is_open()) return;
-                if (error) return RestFromAccepting();
-                if (auto tracked = context.table.Add(socket.native_handle(), Clock())) {
+                if (error) return PauseAccepting();
+                if (auto tracked = context.table.Add(socket.native_handle(), Now())) {
                     auto connection = std::make_shared<Connection>(context, std::move(socket),
                                                                    std::move(tracked));
                     asio::post(context.io, [connection] { connection->Start(); });
@@ -47,10 +47,10 @@ struct Server::Parts {
             });
     }
 
-    /// The process or the system has no descriptor left.
-    void RestFromAccepting() {
-        context.table.DropSlowest(Clock());
-        auto timer = std::make_shared<asio::steady_timer>(acceptor.get_executor(), kRest);
+    /// Called if the process or the system has run out of descriptors.
+    void PauseAccepting() {
+        context.table.DropSlowest(Now());
+        auto timer = std::make_shared<asio::steady_timer>(acceptor.get_executor(), kAcceptPause);
         timer->async_wait([this, timer](auto) {
             if (acceptor.is_open()) Accept();
         });
@@ -59,16 +59,14 @@ struct Server::Parts {
     void Sweep() {
         sweeper.expires_after(stopping ? kSweepEachAtStop : kSweepEach);
         sweeper.async_wait([this](auto) {
-            context.table.DropOverdue(Clock());
+            context.table.DropOverdue(Now());
             if (!stopping || context.table.GetSize() > 0) Sweep();
         });
     }
 
-    static Time Clock() { return std::chrono::steady_clock::now(); }
-
     ServerContext context;
-    tcp::acceptor acceptor;      // on a strand, which is also
-    asio::steady_timer sweeper;  // the sweeper's
+    tcp::acceptor acceptor;      // on a strand
+    asio::steady_timer sweeper;  // on the acceptor's strand
     std::atomic<bool> stopping = false;
 };
 
@@ -85,7 +83,7 @@ int Server::Bind(std::string const& host, int port) {
     if (error || found.empty()) return -1;
     tcp::endpoint endpoint = *found.begin();
     acceptor.open(endpoint.protocol(), error);
-    // A port that another service listens at stays that service's: no SO_REUSEPORT.
+    // No SO_REUSEPORT: it would let two services share a port.
     if (!error) acceptor.set_option(tcp::acceptor::reuse_address(true), error);
     if (!error) acceptor.bind(endpoint, error);
     if (!error) acceptor.listen(kBacklog, error);
@@ -121,10 +119,10 @@ void Server::Stop() {
 }
 
 std::size_t ConnectionsWithin(std::size_t descriptors) {
-    // The store, the log, the listening socket, those who follow the changes.
+    // For the store, the log, the listening socket and the event streams.
     constexpr std::size_t others = 96;
     std::size_t left = descriptors > others ? descriptors - others : 0;
-    // Some of the connections have a movie's file open.
+    // A connection can also have a movie's file open.
     return std::max<std::size_t>(left * 3 / 4, 16);
 }
 

@@ -9,25 +9,25 @@ namespace quilloservice::http {
 
 class Application;
 
-/// An HTTP/1.1 server. A few threads wait for all connections at once, so that it makes no
-/// difference how many clients are slow; what may wait for the disk runs on workers. Clients that
-/// are slower than the limits have it are dropped.
+/// An HTTP/1.1 server. A few I/O threads serve all connections, so slow clients block no others;
+/// work that may wait for the disk runs on worker threads. Clients that exceed the limits are
+/// dropped.
 class Server {
 public:
-    /// `application` outlives the server.
+    /// `application` must outlive the server.
     Server(Application& application, Limits const& limits);
     ~Server();
     Server(Server const&) = delete;
     Server& operator=(Server const&) = delete;
 
-    /// Listens at `host`; `port` 0 takes any. Returns the port, or -1 when that one is not free.
+    /// Listens on `host` and `port`, 0 for any free port. Returns the port, or -1 on failure.
     int Bind(std::string const& host, int port);
 
-    /// Serves what comes to where `Bind` has succeeded, until `Stop`. Once.
+    /// Serves connections until `Stop`. Call once, after `Bind` has succeeded.
     void Run();
 
-    /// Ends `Run`: finishes the requests that are complete, cuts bodies and long answers that are
-    /// on their way. Any thread, before or during `Run`.
+    /// Ends `Run`: completes the requests that have arrived, and cuts unfinished bodies and long
+    /// responses. Any thread, before or during `Run`.
     void Stop();
 
 private:
@@ -35,8 +35,7 @@ private:
     std::unique_ptr<Parts> parts;
 };
 
-/// How many connections fit into `descriptors` open files, which are also needed for what the
-/// connections are about.
+/// How many connections to allow if the process may have `descriptors` open files.
 std::size_t ConnectionsWithin(std::size_t descriptors);
 
 }  // namespace quilloservice::http

@@ -13,8 +13,7 @@ int DigitValue(char c) {
     return -1;
 }
 
-/// The byte that the three characters at the front of `text` stand for, -1 when they are no
-/// percent-encoding.
+/// Decodes the percent-encoding at the front of `text`; -1 if there is none.
 int EncodedByte(std::string_view text) {
     if (text.size() < 3 || text[0] != '%') return -1;
     int high = DigitValue(text[1]);

@@ -8,11 +8,11 @@
 
 namespace quilloservice::http {
 
-/// `text` with its percent-encodings decoded; nothing when one of them is malformed.
+/// Decodes percent-encodings; nothing if one is malformed.
 std::optional<std::string> PercentDecode(std::string_view text);
 
-/// The fields of a query or of a form (application/x-www-form-urlencoded), decoded. A malformed
-/// percent-encoding stands for itself, as browsers have it.
+/// Parses a query or a form (application/x-www-form-urlencoded). Malformed percent-encodings are
+/// kept as they are, as browsers do.
 Fields ParseForm(std::string_view text);
 
 }  // namespace quilloservice::http

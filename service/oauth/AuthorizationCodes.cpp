@@ -28,7 +28,7 @@ std::optional<TokenPair> AuthorizationCodes::Redeem(std::string const& code, Cla
     }
     entry.used = true;
     if (claim.client != entry.request.client || claim.redirectUri != entry.request.redirectUri ||
-        !MeetsChallenge(claim.verifier, entry.request.challenge)) {
+        !MatchesChallenge(claim.verifier, entry.request.challenge)) {
         return std::nullopt;
     }
     TokenPair pair = sessions.SignIn(entry.user, claim.client);

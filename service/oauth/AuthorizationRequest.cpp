@@ -92,7 +92,7 @@ std::string LocationOfCode(AuthorizationRequest const& request, std::string cons
     return Locate(request, {{"code", code}});
 }
 
-bool MeetsChallenge(std::string const& verifier, std::string const& challenge) {
+bool MatchesChallenge(std::string const& verifier, std::string const& challenge) {
     bool wellFormed = verifier.size() >= kShortestVerifier && verifier.size() <= kLongestVerifier &&
                       PercentEncode(verifier) == verifier;  // unreserved characters only
     return wellFormed && DigestIn(challenge) == Sha256(verifier);

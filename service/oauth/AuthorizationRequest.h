@@ -38,6 +38,6 @@ std::string LocationOfError(AuthorizationRequest const& request, std::string con
 std::string LocationOfCode(AuthorizationRequest const& request, std::string const& code);
 
 /// Whether `verifier` is well-formed (RFC 7636, 4.1) and its SHA-256 equals the challenge.
-bool MeetsChallenge(std::string const& verifier, std::string const& challenge);
+bool MatchesChallenge(std::string const& verifier, std::string const& challenge);
 
 }  // namespace quilloservice

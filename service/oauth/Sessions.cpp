@@ -43,7 +43,7 @@ void End(Database& database, SessionId session) {
     database.Run("DELETE FROM sessions WHERE id = ?", session);
 }
 
-void ForgetExpired(Database& database, std::int64_t now) {
+void DeleteExpired(Database& database, std::int64_t now) {
     database.Run("DELETE FROM tokens WHERE expires_at <= ?", now);
     database.Run(
         "DELETE FROM sessions WHERE NOT EXISTS "
@@ -57,7 +57,7 @@ Sessions::Sessions(Store& store, Clock clock) : store(store), clock(std::move(cl
 TokenPair Sessions::SignIn(UserId const& user, ClientId const& client) {
     return store.Write([&](Database& database) {
         std::int64_t now = clock();
-        ForgetExpired(database, now);
+        DeleteExpired(database, now);
         Statement session = database.Query(
             "INSERT INTO sessions (user, client) VALUES (?, ?) RETURNING id", user, client);
         session.Next();
@@ -89,7 +89,7 @@ std::optional<TokenPair> Sessions::Refresh(std::string_view refreshToken, Client
             End(database, session);
             return std::nullopt;
         }
-        ForgetExpired(database, now);
+        DeleteExpired(database, now);
         return IssuePair(database, session, now, hash);
     });
 }

@@ -2,12 +2,11 @@
 
 #include <string>
 
-/// The page on which a developer sees and changes the locations of a user. It signs in as any
-/// program does, by its own script: what the service sends is the same for everybody and holds no
-/// secret.
+/// The page /admin, on which a developer browses and edits a user's locations. Its script signs in
+/// like any other client; the page itself is the same for everyone and contains no secret.
 namespace quilloservice::adminpage {
 
-/// What the page may do, for the Content-Security-Policy header.
+/// The page's Content-Security-Policy.
 std::string SecurityPolicy();
 
 std::string Render();

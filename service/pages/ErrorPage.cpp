@@ -13,8 +13,8 @@ namespace quilloservice::errorpage {
 
 namespace {
 
-/// Takes what stands before the next semicolon off the front of `list`.
-std::string_view Take(std::string_view& list) {
+/// Removes the first element from a list separated by semicolons and returns it, trimmed.
+std::string_view TakeElement(std::string_view& list) {
     std::size_t end = std::min(list.find(';'), list.size());
     std::string_view element = list.substr(0, end);
     list.remove_prefix(std::min(end + 1, list.size()));
@@ -22,11 +22,10 @@ std::string_view Take(std::string_view& list) {
     return element.substr(0, element.find_last_not_of(" \t") + 1);
 }
 
-/// The weight among the parameters of a media range (RFC 9110, section 12.4.2); a malformed one
-/// is 0.
+/// The weight in the parameters of a media range (RFC 9110, section 12.4.2); 0 if malformed.
 double Weight(std::string_view parameters) {
     while (!parameters.empty()) {
-        std::string_view parameter = Take(parameters);
+        std::string_view parameter = TakeElement(parameters);
         if (!http::EqualsIgnoringCase(parameter.substr(0, 2), "q=")) continue;
         double weight = 0;
         std::from_chars(parameter.data() + 2, parameter.data() + parameter.size(), weight);
@@ -35,15 +34,14 @@ double Weight(std::string_view parameters) {
     return 1;
 }
 
-/// How much a client wants a media type: by the most specific range that fits it (RFC 9110,
-/// section 12.5.1).
+/// The weight of a media type: that of the most specific matching range (RFC 9110, section 12.5.1).
 double Preference(std::string_view accept, std::string_view type) {
     std::string const anyOfKind = std::string(type.substr(0, type.find('/'))) + "/*";
     std::array<std::string_view, 3> const fitting = {"*/*", anyOfKind, type};
     std::size_t best = 0;
     double weight = 0;
     for (std::string_view parameters : http::ListElements(accept)) {
-        std::string_view range = Take(parameters);
+        std::string_view range = TakeElement(parameters);
         for (std::size_t i = best; i < fitting.size(); ++i) {
             if (!http::EqualsIgnoringCase(range, fitting[i])) continue;
             best = i + 1;

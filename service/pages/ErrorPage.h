@@ -3,20 +3,19 @@
 #include <string>
 #include <string_view>
 
-/// Errors as people see them in a browser.
+/// Error pages for browsers.
 namespace quilloservice::errorpage {
 
-/// Whether browsers ask for `path` as well as programs, so that there is a choice.
+/// Whether errors of `path` can be pages; those of the API and the token endpoints are always JSON.
 bool IsOffered(std::string_view path);
 
-/// Whether a client that sends the header `accept`, a list of media ranges, prefers the page to
-/// JSON.
+/// Whether the header Accept prefers HTML to JSON.
 bool IsWanted(std::string_view accept);
 
-/// The value of the Content-Security-Policy header that the page is to be served with.
+/// The page's Content-Security-Policy.
 std::string SecurityPolicy();
 
-/// The page that says `message`, text, under a heading for the status.
+/// Renders the page with the plain text `message` under a heading for the status.
 std::string Render(int status, std::string_view message);
 
 }  // namespace quilloservice::errorpage

@@ -5,18 +5,17 @@
 
 namespace quilloservice::htmlpage {
 
-/// The style sheet that all pages share, with a page's `own` rules behind it.
+/// The shared style sheet, followed by a page's `own` rules.
 std::string Style(std::string_view own = {});
 
-/// A whole page: `title` is text, `style` what Style has made, `body` HTML.
+/// A complete page. `title` is plain text, `style` the result of Style, `body` HTML.
 std::string Document(std::string_view title, std::string_view style, std::string_view body);
 
-/// The value of the Content-Security-Policy header of a page with this `style`, which may do
-/// nothing else but what the directives `allowed` say; separated by semicolons, form-action among
-/// them.
+/// The Content-Security-Policy of a page with this `style`. It forbids everything except the
+/// directives `allowed`, separated by semicolons, which must include form-action.
 std::string Policy(std::string_view style, std::string_view allowed);
 
-/// The source expression with which a policy lets exactly this inline style or script through.
+/// The policy's source expression for exactly this inline style or script.
 std::string PolicySource(std::string_view source);
 
 }  // namespace quilloservice::htmlpage

@@ -49,7 +49,7 @@ std::string PasswordField(bool wrong) {
            "not the password. Try again.</p>\n";
 }
 
-/// The names of the users, as a sentence lists them.
+/// The users' names, joined with commas and "and".
 std::string ListNames(std::vector<std::string> const& users) {
     std::string text;
     for (std::size_t i = 0; i < users.size(); ++i) {
@@ -62,7 +62,7 @@ std::string ListNames(std::vector<std::string> const& users) {
 }  // namespace
 
 std::string FormPolicy(AuthorizationRequest const& request) {
-    // Browsers hold the redirect after the form to this as well.
+    // Browsers also apply form-action to the redirect after the form.
     return htmlpage::Policy(Style(), "form-action 'self' " + FormActionSource(request.redirectUri));
 }
 
@@ -82,7 +82,7 @@ std::string RenderForm(Form const& form) {
         "<button class=\"primary\" name=\"decision\" value=\"allow\">Allow</button>\n"
         "<button name=\"decision\" value=\"deny\" formnovalidate>Deny</button>\n</div>\n</form>\n"
         "<p class=\"quiet\">This is a service for development. Its sample users are " +
-        ListNames(form.users) + "; its documentation tells their password.</p>\n";
+        ListNames(form.users) + "; the password is in its documentation.</p>\n";
     return Page("Sign in to Quillo", body);
 }
 

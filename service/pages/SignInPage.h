@@ -7,30 +7,28 @@
 
 namespace quilloservice {
 
-/// The pages of the sign-in in the browser: complete HTML documents without scripts, that load
-/// nothing.
+/// The pages of the sign-in: HTML documents that have no scripts and load nothing.
 namespace signinpage {
 
-/// What the form shows and sends.
+/// The contents of the form.
 struct Form {
     AuthorizationRequest request;
     std::string token;               ///< see FormTokens
-    std::vector<std::string> users;  ///< the names of those who may sign in
-    std::string user;                ///< the name that stands in the form
-    bool wrong = false;              ///< the last attempt's name or password was
+    std::vector<std::string> users;  ///< names to choose from
+    std::string user;                ///< the initial user name
+    bool wrong = false;              ///< the last attempt had a wrong name or password
 };
 
-/// The value of the Content-Security-Policy header that the form is to be served with; `request` is
-/// what it asks the user about.
+/// The Content-Security-Policy of the form for `request`.
 std::string FormPolicy(AuthorizationRequest const& request);
 
-/// The page on which the user allows or denies what the program asks.
+/// Renders the form on which the user allows or denies the request.
 std::string RenderForm(Form const& form);
 
-/// The value of the Content-Security-Policy header that a refusal is to be served with.
+/// The Content-Security-Policy of a refusal.
 std::string RefusalPolicy();
 
-/// The page that says why there is no form: `reason`, text.
+/// Renders the page shown instead of the form; `reason` is plain text.
 std::string RenderRefusal(std::string const& reason);
 
 }  // namespace signinpage

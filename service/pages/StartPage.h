@@ -2,14 +2,13 @@
 
 #include <string>
 
-/// The page at "/": what this service is, for people who open its address in a browser.
+/// The page at "/", which explains the service to a visitor.
 namespace quilloservice::startpage {
 
-/// The value of the Content-Security-Policy header that the page is to be served with.
+/// The page's Content-Security-Policy.
 std::string SecurityPolicy();
 
-/// `showsLocations`: whether the page /admin is shown to this visitor, so that a link may lead
-/// there.
+/// `showsLocations`: whether the visitor can open /admin, so that the page links to it.
 std::string Render(bool showsLocations);
 
 }  // namespace quilloservice::startpage

@@ -63,7 +63,7 @@ bool IsQuick(std::string_view method) {
     return method == "GET" || method == "HEAD" || method == "OPTIONS";
 }
 
-bool ComesTrue(double probability) {
+bool HappensWith(double probability) {
     if (probability <= 0) return false;
     thread_local std::mt19937_64 random{std::random_device{}()};
     return std::uniform_real_distribution<double>(0, 1)(random) < probability;
@@ -79,18 +79,18 @@ bool Guard(Call& call, Work&& work) {
         if (error.retryAfter > 0) {
             call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
         }
-        call.AnswerError(error.status, error.code, error.what());
+        call.RespondWithError(error.status, error.code, error.what());
     } catch (DatabaseError const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
         if (error.IsFull()) {
             ApiError full = ApiError::StorageFull();
-            call.AnswerError(full.status, full.code, full.what());
+            call.RespondWithError(full.status, full.code, full.what());
         } else {
-            call.AnswerError(500, "internal", "The service's store failed.");
+            call.RespondWithError(500, "internal", "The service's store failed.");
         }
     } catch (std::exception const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
-        call.AnswerError(500, "internal", "The service failed.");
+        call.RespondWithError(500, "internal", "The service failed.");
     }
     return false;
 }
@@ -116,9 +116,9 @@ http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
         bool speaksTus = IsUnder(call->request.path, "/v1/uploads");
         if (speaksTus) method = tus::EffectiveMethod(*call);
         if (method == "OPTIONS") {
-            AnswerOptions(*call);
+            RespondToOptions(*call);
         } else {
-            if (speaksTus) tus::SayVersion(*call);
+            if (speaksTus) tus::SetVersion(*call);
             route = &Admit(*call, method);
             CheckBodyForm(*call);
         }
@@ -154,14 +154,14 @@ void Api::Refuse(http::Exchange& exchange, int status, std::string_view code,
                  std::string_view message) {
     // Not owned: the exchange belongs to the caller and outlives the call.
     Call call(std::shared_ptr<http::Exchange>(&exchange, [](http::Exchange*) {}));
-    call.AnswerError(status, code, message);
+    call.RespondWithError(status, code, message);
 }
 
 Api::Route const& Api::Admit(Call& call, std::string const& method) {
     std::string const& path = call.request.path;
     bool restricted = IsUnder(path, "/v1");
-    if (restricted && ComesTrue(failRate)) {
-        throw ApiError(500, "internal", "The service was told to fail now and then.");
+    if (restricted && HappensWith(failRate)) {
+        throw ApiError(500, "internal", "A simulated failure (--fail).");
     }
     Route const* route = Match(method, path, call.pathIds);
     if (restricted) call.identity = Authorize(call);
@@ -199,7 +199,7 @@ std::string Api::AllowedMethods(std::string const& path) const {
 }
 
 /// OPTIONS needs no token: a browser's preflight request has none.
-void Api::AnswerOptions(Call& call) const {
+void Api::RespondToOptions(Call& call) const {
     std::string const& path = call.request.path;
     std::string allowed = AllowedMethods(path);
     if (path == "*") allowed = "GET, HEAD, POST, PATCH, DELETE, OPTIONS";
@@ -219,7 +219,7 @@ void Api::AllowOrigin(Call& call) const {
     call.response.SetHeader("Vary", "Origin");
     if (call.Header("Origin") != allowedOrigin) return;
     call.response.SetHeader("Access-Control-Allow-Origin", allowedOrigin);
-    call.response.SetHeader("Access-Control-Expose-Headers", tus::kAnswerHeaders);
+    call.response.SetHeader("Access-Control-Expose-Headers", tus::kResponseHeaders);
 }
 
 Identity Api::Authorize(Call& call) const {
@@ -228,7 +228,7 @@ Identity Api::Authorize(Call& call) const {
         if (auto identity = sessions.Find(token)) return *identity;
     }
     call.response.SetHeader("WWW-Authenticate", "Bearer");
-    throw ApiError(401, "unauthorized", "This needs an access token that is valid.");
+    throw ApiError(401, "unauthorized", "A valid access token is required.");
 }
 
 }  // namespace quilloservice

@@ -54,7 +54,7 @@ private:
     Route const* Match(std::string const& method, std::string const& path,
                        std::vector<PathId>& ids) const;
     [[nodiscard]] std::string AllowedMethods(std::string const& path) const;
-    void AnswerOptions(Call& call) const;
+    void RespondToOptions(Call& call) const;
     void AllowOrigin(Call& call) const;
     Identity Authorize(Call& call) const;
 

@@ -65,18 +65,19 @@ public:
         : store(store), codes(codes), tokens(clock) {}
 
     void Show(Call& call) const {
-        Answer(call, [&] {
+        Respond(call, [&] {
             AuthorizationRequest request =
                 ReadAuthorizationRequest(OAuthFields(call.request.parameters));
             std::optional<BrowserId> browser = FindBrowser(call);
             if (!browser) browser = GiveBrowserId(call);
             std::vector<std::string> users = ListUsers(store);
-            AnswerForm(call, 200, {request, tokens.Make(*browser, request), users, users.front()});
+            RespondWithForm(call, 200,
+                            {request, tokens.Make(*browser, request), users, users.front()});
         });
     }
 
     void Decide(Call& call) const {
-        Answer(call, [&] {
+        Respond(call, [&] {
             OAuthFields fields = OAuthFields::InBody(call.request, call.GetBody());
             AuthorizationRequest request = ReadAuthorizationRequest(fields);
             std::optional<BrowserId> browser = FindBrowser(call);
@@ -99,25 +100,27 @@ private:
         if (user && fields.Find("password") == kSamplePassword) {
             return Redirect(call, LocationOfCode(request, codes.Issue(*user, request)));
         }
-        AnswerForm(call, 403, {request, *fields.Find("form_token"), ListUsers(store), name, true});
+        RespondWithForm(call, 403,
+                        {request, *fields.Find("form_token"), ListUsers(store), name, true});
     }
 
-    static void AnswerForm(Call& call, int status, signinpage::Form const& form) {
-        call.AnswerPage(status, signinpage::RenderForm(form), signinpage::FormPolicy(form.request));
+    static void RespondWithForm(Call& call, int status, signinpage::Form const& form) {
+        call.RespondWithPage(status, signinpage::RenderForm(form),
+                             signinpage::FormPolicy(form.request));
     }
 
-    /// Runs `answer` and turns its exceptions into a page or a redirect.
-    static void Answer(Call& call, std::function<void()> const& answer) {
+    /// Runs `respond` and turns its exceptions into a page or a redirect.
+    static void Respond(Call& call, std::function<void()> const& respond) {
         call.response.SetHeader("Cache-Control", "no-store");
         call.response.SetHeader("X-Frame-Options", "DENY");
         try {
-            answer();
+            respond();
         } catch (RefusedRequest const& refused) {
             Redirect(call, refused.location);
         } catch (UntrustedRequest const& untrusted) {
-            AnswerRefusal(call, untrusted.reason);
+            RespondWithRefusal(call, untrusted.reason);
         } catch (OAuthError const& error) {
-            AnswerRefusal(call, error.description);
+            RespondWithRefusal(call, error.description);
         }
     }
 
@@ -126,8 +129,8 @@ private:
         call.response.Redirect(303, location);
     }
 
-    static void AnswerRefusal(Call& call, std::string const& reason) {
-        call.AnswerPage(400, signinpage::RenderRefusal(reason), signinpage::RefusalPolicy());
+    static void RespondWithRefusal(Call& call, std::string const& reason) {
+        call.RespondWithPage(400, signinpage::RenderRefusal(reason), signinpage::RefusalPolicy());
     }
 
     Store const& store;

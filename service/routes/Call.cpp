@@ -74,12 +74,12 @@ std::string Call::ReadName() const {
     return text;
 }
 
-void Call::Answer(int status, json const& body) {
+void Call::Respond(int status, json const& body) {
     response.status = status;
     response.SetBody(body.dump(-1, ' ', false, json::error_handler_t::replace), "application/json");
 }
 
-void Call::AnswerPage(int status, std::string const& html, std::string const& policy) {
+void Call::RespondWithPage(int status, std::string const& html, std::string const& policy) {
     response.status = status;
     response.SetHeader("Content-Security-Policy", policy);
     response.SetHeader("Referrer-Policy", "no-referrer");
@@ -87,7 +87,7 @@ void Call::AnswerPage(int status, std::string const& html, std::string const& po
     response.SetBody(html, "text/html; charset=utf-8");
 }
 
-void Call::AnswerError(int status, std::string_view code, std::string_view message) {
+void Call::RespondWithError(int status, std::string_view code, std::string_view message) {
     // These headers describe the resource, not the error.
     for (char const* header :
          {"ETag", "Cache-Control", "Last-Modified", "Accept-Ranges", "Content-Disposition"}) {
@@ -97,11 +97,11 @@ void Call::AnswerError(int status, std::string_view code, std::string_view messa
     if (errorpage::IsOffered(request.path)) {
         response.AddToHeader("Vary", "Accept");
         if (errorpage::IsWanted(request.ListHeader("Accept").value_or(""))) {
-            return AnswerPage(status, errorpage::Render(status, message),
-                              errorpage::SecurityPolicy());
+            return RespondWithPage(status, errorpage::Render(status, message),
+                                   errorpage::SecurityPolicy());
         }
     }
-    Answer(status, {{"error", {{"code", code}, {"message", message}}}});
+    Respond(status, {{"error", {{"code", code}, {"message", message}}}});
 }
 
 }  // namespace quilloservice

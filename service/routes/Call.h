@@ -60,13 +60,13 @@ public:
     /// invalid.
     [[nodiscard]] std::string ReadName() const;
 
-    void Answer(int status, nlohmann::json const& body);
+    void Respond(int status, nlohmann::json const& body);
 
     /// Responds with an HTML page and its Content-Security-Policy.
-    void AnswerPage(int status, std::string const& html, std::string const& policy);
+    void RespondWithPage(int status, std::string const& html, std::string const& policy);
 
     /// Responds with an error: as JSON, or as a page if the client prefers HTML.
-    void AnswerError(int status, std::string_view code, std::string_view message);
+    void RespondWithError(int status, std::string_view code, std::string_view message);
 
     /// Ends the client's connection; see http::Exchange::abort.
     [[nodiscard]] std::function<void()> const& GetAbort() const { return exchange->abort; }

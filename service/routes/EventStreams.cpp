@@ -28,10 +28,10 @@ constexpr std::int64_t kBatch = 256;
 constexpr int kStalledHeartbeats = 2;
 
 /// At most an eighth of the process's descriptors.
-std::size_t MostStreams() {
+std::size_t MaxStreams() {
     rlimit descriptors{};
     ::getrlimit(RLIMIT_NOFILE, &descriptors);
-    return std::min<std::size_t>(EventStreams::kMostStreams, descriptors.rlim_cur / 8);
+    return std::min<std::size_t>(EventStreams::kMaxStreams, descriptors.rlim_cur / 8);
 }
 
 std::string Event(ChangeNumber number, std::string_view name, json const& data) {
@@ -71,7 +71,7 @@ bool SendSome(int socket, std::string& text) {
 /// The number of streams, in all and by session. Outlives the EventStreams if a slot is still held
 /// by a response.
 struct EventStreams::Slots {
-    std::size_t const most = MostStreams();
+    std::size_t const most = MaxStreams();
     std::mutex mutex;
     std::unordered_map<SessionId, std::size_t> ofSession;  // mutex
     std::size_t count = 0;                                 // mutex
@@ -133,13 +133,11 @@ EventStreams::Follower EventStreams::MakeFollower(UserId const& user, std::strin
 std::shared_ptr<EventStreams::Slot> EventStreams::Reserve(SessionId session) {
     std::scoped_lock lock(slots->mutex);
     if (slots->count >= slots->most) {
-        throw ApiError(503, "unavailable",
-                       "As many clients as the service takes follow its changes.", 10);
+        throw ApiError(503, "unavailable", "Too many clients follow the changes.", 10);
     }
     std::size_t& own = slots->ofSession[session];
-    if (own >= kMostStreamsOfASession) {
-        throw ApiError(429, "rate_limited",
-                       "This session has as many streams of events as it may: 8.", 10);
+    if (own >= kMaxStreamsPerSession) {
+        throw ApiError(429, "rate_limited", "A session may have 8 event streams at once.", 10);
     }
     ++own;
     ++slots->count;

@@ -24,8 +24,8 @@ class Sessions;
 class EventStreams {
 public:
     /// Limits of all streams, so that descriptors are left for requests, and of one session's.
-    static constexpr std::size_t kMostStreams = 512;
-    static constexpr std::size_t kMostStreamsOfASession = 8;
+    static constexpr std::size_t kMaxStreams = 512;
+    static constexpr std::size_t kMaxStreamsPerSession = 8;
     static constexpr std::chrono::milliseconds kHeartbeat{15'000};
 
     /// A client and the position in the feed at which its stream starts.

@@ -41,17 +41,17 @@ void AddLinkRoutes(Api& api, ReviewLinks& links, std::string const& address) {
                  auto key = call.GetIdempotencyKey();
                  Node link = links.Create(call.identity.user, call.GetId<ProjectId>(0),
                                           call.ReadName(), key);
-                 call.Answer(201, {{"review_link",
-                                    {{"id", link.id},
-                                     {"name", link.name},
-                                     {"url", LinkUrl(call, address, link.id)}}}});
+                 call.Respond(201, {{"review_link",
+                                     {{"id", link.id},
+                                      {"name", link.name},
+                                      {"url", LinkUrl(call, address, link.id)}}}});
              },
              RequestKind::Links});
     api.Add({"POST", "/v1/review-links/{id}/assets",
              [&links](Call& call) {
                  auto assets = ReadAssetIds(call.ReadJson());
                  auto added = links.AddAssets(call.identity.user, call.GetId<LinkId>(0), assets);
-                 call.Answer(200, {{"added", added}});
+                 call.Respond(200, {{"added", added}});
              },
              RequestKind::Links});
 }

@@ -27,7 +27,7 @@ void AddCreation(Api& api, Locations& locations, std::string path, char const* k
              [&locations, key](Call& call) {
                  Location made =
                      locations.Add(call.identity.user, call.GetId<ParentId>(0), call.ReadName());
-                 call.Answer(201, {{key, InJson(made)}});
+                 call.Respond(201, {{key, InJson(made)}});
              },
              RequestKind::Changes});
 }
@@ -39,7 +39,7 @@ void AddChanges(Api& api, Locations& locations, std::string const& path, char co
              [&locations, key](Call& call) {
                  Location renamed = locations.Rename(call.identity.user, call.GetId<LocationId>(0),
                                                      call.ReadName());
-                 call.Answer(200, {{key, InJson(renamed)}});
+                 call.Respond(200, {{key, InJson(renamed)}});
              },
              RequestKind::Changes});
     api.Add({"DELETE", path,
@@ -56,7 +56,7 @@ void AddLocationChangeRoutes(Api& api, Locations& locations) {
     api.Add({"POST", "/v1/accounts",
              [&locations](Call& call) {
                  Location made = locations.AddAccount(call.identity.user, call.ReadName());
-                 call.Answer(201, {{"account", InJson(made)}});
+                 call.Respond(201, {{"account", InJson(made)}});
              },
              RequestKind::Changes});
     AddCreation<AccountId>(api, locations, "/v1/accounts/{id}/workspaces", "workspace");

@@ -53,9 +53,9 @@ void AddLocationRoutes(Api& api, Store const& store) {
                    std::function<json(Database&, Call const&)> list) {
         api.Add({"GET", path,
                  [&store, key, list = std::move(list)](Call& call) {
-                     call.Answer(200, {{key, store.Read([&](Database& database) {
-                                            return list(database, call);
-                                        })}});
+                     call.Respond(200, {{key, store.Read([&](Database& database) {
+                                             return list(database, call);
+                                         })}});
                  },
                  kind});
     };

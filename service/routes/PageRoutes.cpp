@@ -19,8 +19,7 @@ bool IsNamed(std::string const& host) {
     return host.starts_with(kLocalName);
 }
 
-/// The page under an address to which the sign-in can come back: never a name, which could stand
-/// for another machine.
+/// The page's URL as a redirect URI for the sign-in: with an address instead of the name localhost.
 std::string AddressOfPage(Call const& call, std::string host) {
     bool isIpv6 = call.request.remoteAddress == "::1";
     if (IsNamed(host)) host.replace(0, kLocalName.size(), isIpv6 ? "[::1]" : "127.0.0.1");
@@ -28,7 +27,7 @@ std::string AddressOfPage(Call const& call, std::string host) {
 }
 
 void ShowPage(Call& call) {
-    // The page works with a token: pages from elsewhere get no hold of it.
+    // The page holds a token, so it is isolated from pages of other origins.
     call.response.SetHeader("Cache-Control", "no-store");
     call.response.SetHeader("Cross-Origin-Resource-Policy", "same-origin");
     call.response.SetHeader("Cross-Origin-Opener-Policy", "same-origin");
@@ -40,15 +39,15 @@ void ShowPage(Call& call) {
                        "http://127.0.0.1, http://[::1] or http://localhost and its port.");
     }
     if (IsNamed(host)) return call.response.Redirect(302, address);
-    call.AnswerPage(200, adminpage::Render(), adminpage::SecurityPolicy());
+    call.RespondWithPage(200, adminpage::Render(), adminpage::SecurityPolicy());
 }
 
 }  // namespace
 
 void AddPageRoutes(Api& api) {
     api.Add({"GET", "/", [](Call& call) {
-                 call.AnswerPage(200, startpage::Render(IsLocalProgram(call)),
-                                 startpage::SecurityPolicy());
+                 call.RespondWithPage(200, startpage::Render(IsLocalProgram(call)),
+                                      startpage::SecurityPolicy());
              }});
     api.Add({"GET", "/admin", ShowPage});
 }

@@ -26,7 +26,7 @@ RateLimiter::RateLimiter(std::optional<RateLimit> forAll) {
 RateLimiter::Decision RateLimiter::Admit(Requester requester, RequestKind kind, TimePoint now) {
     RateLimit const& limit = limits[static_cast<std::size_t>(kind)];
     std::scoped_lock lock(mutex);
-    ForgetIdleRequesters(now);
+    RemoveIdleRequesters(now);
     std::deque<TimePoint>& times = admitted[{requester, kind}];
     while (!times.empty() && now - times.front() >= limit.window)
         times.pop_front();
@@ -37,7 +37,7 @@ RateLimiter::Decision RateLimiter::Admit(Requester requester, RequestKind kind, 
     return {limit, false, ceil<milliseconds>(times.front() + limit.window - now)};
 }
 
-void RateLimiter::ForgetIdleRequesters(TimePoint now) {
+void RateLimiter::RemoveIdleRequesters(TimePoint now) {
     if (admitted.size() < sweepAt) return;
     std::erase_if(admitted, [&](auto const& entry) {
         auto const& [key, times] = entry;

@@ -41,7 +41,7 @@ public:
     Decision Admit(Requester requester, RequestKind kind, TimePoint now);
 
 private:
-    void ForgetIdleRequesters(TimePoint now);
+    void RemoveIdleRequesters(TimePoint now);
 
     static constexpr std::size_t kKinds = static_cast<std::size_t>(RequestKind::Tokens) + 1;
 

@@ -17,19 +17,19 @@ namespace quilloservice {
 
 namespace {
 
-void AnswerPage(Call& call, int status, std::string const& html) {
+void RespondWithPage(Call& call, int status, std::string const& html) {
     call.response.SetHeader("Cache-Control", "no-cache");
-    call.AnswerPage(status, html, reviewpage::SecurityPolicy());
+    call.RespondWithPage(status, html, reviewpage::SecurityPolicy());
 }
 
 /// Always a page, whatever the header Accept prefers: links are opened in browsers.
-void AnswerNotFound(Call& call) {
+void RespondNotFound(Call& call) {
     call.response.SetHeader("Cache-Control", "no-cache");
-    call.AnswerPage(404,
-                    errorpage::Render(404,
-                                      "This link does not lead to a movie. Check that it was "
-                                      "copied whole, or ask its sender for a new one."),
-                    errorpage::SecurityPolicy());
+    call.RespondWithPage(404,
+                         errorpage::Render(404,
+                                           "This link does not lead to a movie. Check that it was "
+                                           "copied whole, or ask its sender for a new one."),
+                         errorpage::SecurityPolicy());
 }
 
 /// The media type for a movie's response. Types other than video and audio are replaced, so that no
@@ -65,7 +65,7 @@ private:
     std::int64_t offset;
 };
 
-void AnswerMovie(Call& call, MovieVersion const& movie, DataDirectory const& directory) {
+void RespondWithMovie(Call& call, MovieVersion const& movie, DataDirectory const& directory) {
     http::Response& response = call.response;
     std::string tag = "\"" + movie.sha256 + "\"";
     response.SetHeader("ETag", tag);
@@ -112,28 +112,28 @@ void AnswerMovie(Call& call, MovieVersion const& movie, DataDirectory const& dir
 void AddReviewerRoutes(Api& api, ReviewLinks const& links, DataDirectory const& directory) {
     api.Add({"GET", "/r/{id}", [&links](Call& call) {
                  auto content = links.Find(call.GetId<LinkId>(0));
-                 if (!content) return AnswerNotFound(call);
+                 if (!content) return RespondNotFound(call);
                  auto chosen = FileId::ParseOrNil(call.request.Parameter("v"));
-                 AnswerPage(call, 200, reviewpage::Render(*content, chosen));
+                 RespondWithPage(call, 200, reviewpage::Render(*content, chosen));
              }});
     api.Add({"GET", "/r/{id}/assets/{id}", [&links, &directory](Call& call) {
                  auto content = links.Find(call.GetId<LinkId>(0));
                  MovieVersion const* movie =
                      content ? FindVersion(*content, call.GetId<FileId>(1)) : nullptr;
-                 if (!movie) return AnswerNotFound(call);
-                 AnswerMovie(call, *movie, directory);
+                 if (!movie) return RespondNotFound(call);
+                 RespondWithMovie(call, *movie, directory);
              }});
     api.Add({"GET", "/r/{id}/movie", [&links](Call& call) {
                  auto content = links.Find(call.GetId<LinkId>(0));
                  if (!content || content->movies.empty()) {
-                     return AnswerNotFound(call);
+                     return RespondNotFound(call);
                  }
                  call.response.SetHeader("Cache-Control", "no-cache");
                  FileId const& newest = content->movies.front().front().asset;
                  call.response.Redirect(
                      302, "/r/" + content->id.GetText() + "/assets/" + newest.GetText());
              }});
-    api.Add({"GET", "/r/{rest}", [](Call& call) { AnswerNotFound(call); }});
+    api.Add({"GET", "/r/{rest}", [](Call& call) { RespondNotFound(call); }});
     api.Add({"GET", "/healthz", [](Call& call) { call.response.SetBody("ok", "text/plain"); }});
 }
 

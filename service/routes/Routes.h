@@ -20,9 +20,9 @@ class Sessions;
 class Store;
 class Uploads;
 
-// Each adds the routes of one section of docs/service-api.md. What is passed outlives `api`.
+// Each adds the routes of a section of docs/service-api.md. The arguments must outlive `api`.
 
-/// `localUser`: of the user who is signed in without a browser; null: nobody is.
+/// `localUser`: the secret for the sign-in without a browser; null: there is no such sign-in.
 void AddSignInRoutes(Api& api, Sessions& sessions, AuthorizationCodes& codes,
                      LocalUserSecret const* localUser, std::optional<RateLimit> limit);
 void AddAuthorizeRoutes(Api& api, Store const& store, AuthorizationCodes& codes,
@@ -30,11 +30,10 @@ void AddAuthorizeRoutes(Api& api, Store const& store, AuthorizationCodes& codes,
 void AddLocationRoutes(Api& api, Store const& store);
 void AddLocationChangeRoutes(Api& api, Locations& locations);
 void AddEventRoutes(Api& api, EventStreams& streams);
-/// The start page, and the one on which a developer changes locations: for browsers on this
-/// machine.
+/// The start page and /admin.
 void AddPageRoutes(Api& api);
 void AddUploadRoutes(Api& api, Uploads& uploads, FaultOptions const& faults);
-/// `address`: where links lead when a request does not say under which name it found the service.
+/// `address`: for the URLs of links if a request has no Host.
 void AddLinkRoutes(Api& api, ReviewLinks& links, std::string const& address);
 void AddReviewerRoutes(Api& api, ReviewLinks const& links, DataDirectory const& directory);
 

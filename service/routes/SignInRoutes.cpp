@@ -31,7 +31,7 @@ TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes,
                                                         form.Require("code_verifier")});
         if (!pair) {
             throw OAuthError{"invalid_grant",
-                             "The code is not valid any more, or was issued for something else."};
+                             "The code has expired, was used, or was issued for another request."};
         }
         return *pair;
     }
@@ -39,18 +39,18 @@ TokenPair Grant(Call& call, Sessions& sessions, AuthorizationCodes& codes,
         if (localUser == nullptr || !IsLocalProgram(call) ||
             !localUser->Is(form.Find("local_user_secret").value_or(""))) {
             throw OAuthError{"unauthorized_client",
-                             "The local user is signed in only by a service that was started with "
-                             "--trust-local-user, and only for a program of its user on the same "
-                             "machine, which sends the secret that the service keeps for him."};
+                             "The local-user grant needs a service started with "
+                             "--trust-local-user, and a program on the same machine that sends "
+                             "the secret from its user's file."};
         }
         return sessions.SignIn(SampleUserId(), client);
     }
     if (grant == "refresh_token") {
         auto pair = sessions.Refresh(form.Require("refresh_token"), client);
-        if (!pair) throw OAuthError{"invalid_grant", "The refresh token is not valid any more."};
+        if (!pair) throw OAuthError{"invalid_grant", "The refresh token is not valid."};
         return *pair;
     }
-    throw OAuthError{"unsupported_grant_type", "There is no such grant_type here."};
+    throw OAuthError{"unsupported_grant_type", "This grant_type is not supported."};
 }
 
 /// The token and revocation endpoints. Any thread.
@@ -61,46 +61,46 @@ public:
         : sessions(sessions), codes(codes), localUser(localUser), limiter(limit) {}
 
     void Grant(Call& call) {
-        Answer(call, [&] {
+        Respond(call, [&] {
             TokenPair pair = quilloservice::Grant(call, sessions, codes, localUser);
-            call.Answer(200, {{"access_token", pair.access},
-                              {"token_type", "Bearer"},
-                              {"expires_in", Sessions::kAccessSeconds},
-                              {"refresh_token", pair.refresh}});
+            call.Respond(200, {{"access_token", pair.access},
+                               {"token_type", "Bearer"},
+                               {"expires_in", Sessions::kAccessSeconds},
+                               {"refresh_token", pair.refresh}});
         });
     }
 
     void Revoke(Call& call) {
-        Answer(call, [&] {
+        Respond(call, [&] {
             OAuthFields form = OAuthFields::InBody(call.request, call.GetBody());
             if (form.Find("client_id")) static_cast<void>(form.RequireClient());
             sessions.Revoke(form.Require("token"));
-            call.Answer(200, json::object());
+            call.Respond(200, json::object());
         });
     }
 
     void Describe(Call& call) const {
-        call.Answer(
+        call.Respond(
             200, DescribeAuthorizationServer("http://" + call.request.host, localUser != nullptr));
     }
 
 private:
-    /// Counts the request and runs `answer`; errors get OAuth's form (RFC 6749, 5.2).
-    void Answer(Call& call, std::function<void()> const& answer) {
+    /// Counts the request and runs `respond`; errors get OAuth's form (RFC 6749, 5.2).
+    void Respond(Call& call, std::function<void()> const& respond) {
         call.response.SetHeader("Cache-Control", "no-store");
         call.response.SetHeader("Pragma", "no-cache");
         try {
             CountRequest(call, limiter, RequesterAt(call), RequestKind::Tokens);
-            answer();
+            respond();
         } catch (OAuthError const& error) {
-            call.Answer(400, {{"error", error.error}, {"error_description", error.description}});
+            call.Respond(400, {{"error", error.error}, {"error_description", error.description}});
         } catch (ApiError const& error) {
             if (error.retryAfter > 0) {
                 call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
             }
-            call.Answer(error.status,
-                        {{"error", error.status == 400 ? "invalid_request" : error.code},
-                         {"error_description", error.what()}});
+            call.Respond(error.status,
+                         {{"error", error.status == 400 ? "invalid_request" : error.code},
+                          {"error_description", error.what()}});
         }
     }
 

@@ -15,7 +15,7 @@ char const* const kRequestHeaders =
     "Authorization, Content-Type, Idempotency-Key, Last-Event-ID, Quillo-Content-SHA256, "
     "Tus-Resumable, Upload-Checksum, Upload-Length, Upload-Metadata, Upload-Offset, "
     "X-HTTP-Method-Override, X-Requested-With";
-char const* const kAnswerHeaders =
+char const* const kResponseHeaders =
     "Location, Retry-After, Tus-Checksum-Algorithm, Tus-Extension, Tus-Max-Size, Tus-Resumable, "
     "Tus-Version, Upload-Length, Upload-Metadata, Upload-Offset, X-RATELIMIT-LIMIT, "
     "X-RATELIMIT-WINDOW";
@@ -24,7 +24,7 @@ std::string EffectiveMethod(Call const& call) {
     return call.Header("X-HTTP-Method-Override").value_or(call.request.method);
 }
 
-void SayVersion(Call& call) {
+void SetVersion(Call& call) {
     call.response.SetHeader("Tus-Resumable", kVersion);
 }
 

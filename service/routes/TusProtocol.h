@@ -6,21 +6,20 @@
 
 namespace quilloservice::tus {
 
-/// What browsers' clients may send and read beyond what every page may (CORS).
+/// The request headers that pages may send and the response headers that they may read (CORS).
 extern char const* const kRequestHeaders;
-extern char const* const kAnswerHeaders;
+extern char const* const kResponseHeaders;
 
-/// The method that the request is to be taken for: clients that cannot send PATCH or DELETE send
-/// another one and name the method in a header.
+/// The request's method, from the header X-HTTP-Method-Override if it is given.
 std::string EffectiveMethod(Call const& call);
 
-/// Says which version the answer speaks: every answer but the one to OPTIONS.
-void SayVersion(Call& call);
+/// Sets the header Tus-Resumable, for all responses except to OPTIONS.
+void SetVersion(Call& call);
 
-/// Says what the service offers, in the answer to OPTIONS and to an unknown version.
+/// Sets the headers that describe the server, for the response to OPTIONS and to a wrong version.
 void Describe(Call& call);
 
-/// Throws ApiError 412 when the client speaks another version.
+/// Throws ApiError 412 unless the client uses the supported version.
 void RequireVersion(Call& call);
 
 }  // namespace quilloservice::tus

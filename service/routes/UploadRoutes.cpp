@@ -30,7 +30,7 @@ public:
                                          std::size_t size) {
         if (!afterBytes || *afterBytes >= upload.length) return std::nullopt;
         std::int64_t room = *afterBytes - offset;
-        if (room <= 0 || room > static_cast<std::int64_t>(size) || !Strikes(upload.id)) {
+        if (room <= 0 || room > static_cast<std::int64_t>(size) || !Triggers(upload.id)) {
             return std::nullopt;
         }
         return static_cast<std::size_t>(room);
@@ -38,26 +38,26 @@ public:
 
     /// Whether the last response is dropped instead, because the cut is at or after the upload's
     /// end.
-    bool CutsLastAnswer(UploadRecord const& upload) {
-        return afterBytes && *afterBytes >= upload.length && Strikes(upload.id);
+    bool CutsLastResponse(UploadRecord const& upload) {
+        return afterBytes && *afterBytes >= upload.length && Triggers(upload.id);
     }
 
 private:
-    bool Strikes(UploadId const& upload) {
+    bool Triggers(UploadId const& upload) {
         std::scoped_lock lock(mutex);
-        return struck.insert(upload).second;
+        return triggered.insert(upload).second;
     }
 
     std::optional<std::int64_t> afterBytes;
     std::mutex mutex;
-    std::unordered_set<UploadId> struck;  // mutex
+    std::unordered_set<UploadId> triggered;  // mutex
 };
 
-/// `answer`, after a check of the protocol's version.
-Api::Handler InProtocol(Api::Handler answer) {
-    return [answer = std::move(answer)](Call& call) {
+/// `handler`, after a check of the protocol's version.
+Api::Handler WithVersionCheck(Api::Handler handler) {
+    return [handler = std::move(handler)](Call& call) {
         tus::RequireVersion(call);
-        answer(call);
+        handler(call);
     };
 }
 
@@ -152,7 +152,7 @@ public:
         std::int64_t end = append->Finish(complete);
         call.response.status = 204;
         call.response.SetHeader("Upload-Offset", std::to_string(end));
-        if (end == append->GetUpload().length && fault.CutsLastAnswer(append->GetUpload())) {
+        if (end == append->GetUpload().length && fault.CutsLastResponse(append->GetUpload())) {
             call.response.cut = true;
         }
     }
@@ -177,21 +177,22 @@ std::unique_ptr<BodySink> OpenAppend(Call& call, Uploads& uploads, DropFault& fa
 
 void Asset(Call& call, Uploads const& uploads) {
     PublishedAsset asset = uploads.Asset(call.identity.user, call.GetId<UploadId>(0));
-    call.Answer(200, {{"asset", {{"id", asset.id}, {"name", asset.name}, {"type", "file"}}},
-                      {"version", asset.version},
-                      {"version_stack_id", asset.stack ? json(*asset.stack) : json()},
-                      {"folder_id", asset.folder},
-                      {"sha256", asset.sha256},
-                      {"bytes", asset.bytes}});
+    call.Respond(200, {{"asset", {{"id", asset.id}, {"name", asset.name}, {"type", "file"}}},
+                       {"version", asset.version},
+                       {"version_stack_id", asset.stack ? json(*asset.stack) : json()},
+                       {"folder_id", asset.folder},
+                       {"sha256", asset.sha256},
+                       {"bytes", asset.bytes}});
 }
 
 }  // namespace
 
 void AddUploadRoutes(Api& api, Uploads& uploads, FaultOptions const& faults) {
     auto fault = std::make_shared<DropFault>(faults.dropUploadAfterBytes);
-    api.Add({"POST", "/v1/uploads", InProtocol([&](Call& call) { Create(call, uploads); }),
+    api.Add({"POST", "/v1/uploads", WithVersionCheck([&](Call& call) { Create(call, uploads); }),
              RequestKind::Uploads});
-    api.Add({"HEAD", "/v1/uploads/{id}", InProtocol([&](Call& call) { Head(call, uploads); })});
+    api.Add(
+        {"HEAD", "/v1/uploads/{id}", WithVersionCheck([&](Call& call) { Head(call, uploads); })});
     api.Add({.method = "PATCH", .path = "/v1/uploads/{id}", .sink = [&uploads, fault](Call& call) {
                  return OpenAppend(call, uploads, *fault);
              }});

@@ -9,7 +9,7 @@ namespace quilloservice {
 
 namespace {
 
-constexpr std::int64_t kKept = 10'000;
+constexpr std::int64_t kMaxChanges = 10'000;
 
 std::string_view ListBelow(Node const& parent) {
     if (parent.kind == kind::Account) return "workspaces";
@@ -24,8 +24,8 @@ std::int64_t LastNumber(Database& database) {
     return row.Integer(0);
 }
 
-void ForgetOld(Database& database) {
-    database.Run("DELETE FROM changes WHERE seq <= ?", LastNumber(database) - kKept);
+void DeleteOld(Database& database) {
+    database.Run("DELETE FROM changes WHERE seq <= ?", LastNumber(database) - kMaxChanges);
 }
 
 }  // namespace
@@ -35,13 +35,13 @@ void ChangeFeed::RecordAccounts(Database& database, AccountId const& account) {
         "INSERT INTO changes (list, audience) "
         "SELECT 'accounts', user FROM memberships WHERE account = ?",
         account);
-    ForgetOld(database);
+    DeleteOld(database);
 }
 
 void ChangeFeed::RecordChildren(Database& database, Node const& parent) {
     database.Run("INSERT INTO changes (list, parent, audience) VALUES (?, ?, ?)", ListBelow(parent),
                  parent.id, parent.account);
-    ForgetOld(database);
+    DeleteOld(database);
 }
 
 ChangeNumber ChangeFeed::Position() const {

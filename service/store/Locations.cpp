@@ -52,12 +52,12 @@ void RequireEmpty(Database& database, Node const& node) {
     std::size_t children = ChildrenOf(database, node.id).size();
     if (children > (root ? 1U : 0U)) {
         throw ApiError::Conflict(
-            "It is not empty, and movies and links are never removed with a location; "
-            "remove what it holds first.");
+            "The location is not empty. Movies and links are never removed with a location; "
+            "remove its contents first.");
     }
     if (database.Query("SELECT 1 FROM uploads WHERE folder = ? AND published = 0", node.id)
             .Next()) {
-        throw ApiError::Conflict("A movie is being uploaded into it.");
+        throw ApiError::Conflict("A movie is being uploaded into this location.");
     }
 }
 

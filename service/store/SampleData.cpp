@@ -12,9 +12,9 @@ namespace quilloservice {
 namespace {
 
 /// Inserts nodes with IDs derived from their paths.
-class Planter {
+class SampleBuilder {
 public:
-    explicit Planter(Database& database) : database(database) {}
+    explicit SampleBuilder(Database& database) : database(database) {}
 
     void User(UserId const& id, std::string_view name) {
         database.Run("INSERT INTO users (id, name) VALUES (?, ?)", id, name);
@@ -56,45 +56,45 @@ private:
     Database& database;
 };
 
-void PlantSmall(Planter& plant, UserId const& user) {
-    Node studio = plant.Account(user, "Northlight Pictures");
-    Node freelance = plant.Account(user, "Harbour Street Studio");
+void AddSmallSample(SampleBuilder& builder, UserId const& user) {
+    Node studio = builder.Account(user, "Northlight Pictures");
+    Node freelance = builder.Account(user, "Harbour Street Studio");
 
-    Node features = plant.Child(studio, kind::Workspace, "Feature Films");
-    Node river = plant.Project(features, "The Long River");
-    Node editorial = plant.Child(river, kind::Folder, "Editorial");
-    Node reels = plant.Child(editorial, kind::Folder, "Reels");
+    Node features = builder.Child(studio, kind::Workspace, "Feature Films");
+    Node river = builder.Project(features, "The Long River");
+    Node editorial = builder.Child(river, kind::Folder, "Editorial");
+    Node reels = builder.Child(editorial, kind::Folder, "Reels");
     for (int reel = 1; reel <= 10; ++reel) {
-        plant.Child(reels, kind::Folder, "Reel " + std::to_string(reel));
+        builder.Child(reels, kind::Folder, "Reel " + std::to_string(reel));
     }
-    plant.Stack(editorial, "Long River rough cut.mp4", 3);
-    plant.Child(editorial, kind::Folder, "Temp music");
-    Node vfx = plant.Child(river, kind::Folder, "VFX");
+    builder.Stack(editorial, "Long River rough cut.mp4", 3);
+    builder.Child(editorial, kind::Folder, "Temp music");
+    Node vfx = builder.Child(river, kind::Folder, "VFX");
     for (int shot : {2, 10, 21}) {
-        Node folder = plant.Child(vfx, kind::Folder, "Shot " + std::to_string(shot));
-        plant.Child(folder, kind::Folder, "Plates");
-        plant.Child(folder, kind::Folder, "Comps");
+        Node folder = builder.Child(vfx, kind::Folder, "Shot " + std::to_string(shot));
+        builder.Child(folder, kind::Folder, "Plates");
+        builder.Child(folder, kind::Folder, "Comps");
     }
-    Node deliverables = plant.Child(river, kind::Folder, "Deliverables");
-    plant.Child(deliverables, kind::File, "Festival screener.mov");
-    plant.Project(features, "Paper Lanterns");
-    Node winter = plant.Project(features, "Winter Light");
-    plant.Child(plant.Child(winter, kind::Folder, "Dailies"), kind::Folder, "Day 01");
+    Node deliverables = builder.Child(river, kind::Folder, "Deliverables");
+    builder.Child(deliverables, kind::File, "Festival screener.mov");
+    builder.Project(features, "Paper Lanterns");
+    Node winter = builder.Project(features, "Winter Light");
+    builder.Child(builder.Child(winter, kind::Folder, "Dailies"), kind::Folder, "Day 01");
 
-    Node commercials = plant.Child(studio, kind::Workspace, "Commercials");
-    Node coffee = plant.Project(commercials, "Coffee Roasters 30s");
-    plant.Stack(coffee, "Roasters 30s.mp4", 2);
-    plant.Child(coffee, kind::Folder, "Client feedback");
-    plant.Project(commercials, "City Bikes Launch");
-    plant.Project(commercials, "Museum Night");
+    Node commercials = builder.Child(studio, kind::Workspace, "Commercials");
+    Node coffee = builder.Project(commercials, "Coffee Roasters 30s");
+    builder.Stack(coffee, "Roasters 30s.mp4", 2);
+    builder.Child(coffee, kind::Folder, "Client feedback");
+    builder.Project(commercials, "City Bikes Launch");
+    builder.Project(commercials, "Museum Night");
 
-    Node documentaries = plant.Child(freelance, kind::Workspace, "Documentaries");
-    Node keepers = plant.Project(documentaries, "Lighthouse Keepers");
-    Node interviews = plant.Child(keepers, kind::Folder, "Interviews");
-    plant.Child(interviews, kind::Folder, "Marta");
-    plant.Child(interviews, kind::Folder, "Henrik");
-    plant.Child(keepers, kind::File, "Teaser.mp4");
-    plant.Project(documentaries, "Salt and Stone");
+    Node documentaries = builder.Child(freelance, kind::Workspace, "Documentaries");
+    Node keepers = builder.Project(documentaries, "Lighthouse Keepers");
+    Node interviews = builder.Child(keepers, kind::Folder, "Interviews");
+    builder.Child(interviews, kind::Folder, "Marta");
+    builder.Child(interviews, kind::Folder, "Henrik");
+    builder.Child(keepers, kind::File, "Teaser.mp4");
+    builder.Project(documentaries, "Salt and Stone");
 }
 
 /// Names that are hard to sort, shorten and draw: mixed case, numbers, left-to-right and
@@ -114,7 +114,7 @@ std::string LargeName(std::string_view word, int index) {
            number;
 }
 
-void PlantLarge(Planter& plant, UserId const& user) {
+void AddLargeSample(SampleBuilder& builder, UserId const& user) {
     constexpr int workspaces = 40;
     constexpr int projects = 2000;
     constexpr int folders = 20'000;
@@ -122,25 +122,25 @@ void PlantLarge(Planter& plant, UserId const& user) {
     constexpr int projectsOfFirst = 400;
     constexpr int foldersOfFirst = 3000;
 
-    std::array<Node, 3> accounts = {plant.Account(user, "Northlight Pictures"),
-                                    plant.Account(user, "Harbour Street Studio"),
-                                    plant.Account(user, "スタジオ北極星")};
+    std::array<Node, 3> accounts = {builder.Account(user, "Northlight Pictures"),
+                                    builder.Account(user, "Harbour Street Studio"),
+                                    builder.Account(user, "スタジオ北極星")};
     int project = 0;
     int folder = 0;
     for (int workspace = 0; workspace < workspaces; ++workspace) {
         Node const& account = accounts[static_cast<std::size_t>(workspace) % accounts.size()];
         Node workspaceNode =
-            plant.Child(account, kind::Workspace, LargeName("workspace", workspace + 1));
+            builder.Child(account, kind::Workspace, LargeName("workspace", workspace + 1));
         int projectsUpTo = projectsOfFirst + (projects - projectsOfFirst) * workspace / 39;
         for (; project < projectsUpTo; ++project) {
-            Node root = plant.Project(workspaceNode, LargeName("project", project + 1));
+            Node root = builder.Project(workspaceNode, LargeName("project", project + 1));
             int foldersUpTo =
                 foldersOfFirst + (folders - foldersOfFirst) * project / (projects - 1);
             // Every third folder is a child of the one before it, so that trees are also deep.
             Node last = root;
             for (; folder < foldersUpTo; ++folder) {
                 Node const& parent = project > 0 && folder % 3 == 0 ? last : root;
-                last = plant.Child(parent, kind::Folder, LargeName("folder", folder + 1));
+                last = builder.Child(parent, kind::Folder, LargeName("folder", folder + 1));
             }
         }
     }
@@ -155,18 +155,18 @@ UserId SampleUserId() {
 void MakeSampleData(Store& store, SampleSize size) {
     store.Write([&](Database& database) {
         if (database.Query("SELECT 1 FROM users").Next()) return;
-        Planter plant(database);
-        plant.User(SampleUserId(), "Robin Ellery");
+        SampleBuilder builder(database);
+        builder.User(SampleUserId(), "Robin Ellery");
         if (size == SampleSize::None) return;
 
         UserId other(UuidOf("user/other"));
-        plant.User(other, "Alex Moreau");
-        Node strangers = plant.Account(other, "Somebody Else's Account");
-        Node workspace = plant.Child(strangers, kind::Workspace, "Private");
-        plant.Stack(plant.Project(workspace, "Closed Set"), "Closed Set.mp4", 1);
+        builder.User(other, "Alex Moreau");
+        Node strangers = builder.Account(other, "Somebody Else's Account");
+        Node workspace = builder.Child(strangers, kind::Workspace, "Private");
+        builder.Stack(builder.Project(workspace, "Closed Set"), "Closed Set.mp4", 1);
 
-        if (size == SampleSize::Small) PlantSmall(plant, SampleUserId());
-        if (size == SampleSize::Large) PlantLarge(plant, SampleUserId());
+        if (size == SampleSize::Small) AddSmallSample(builder, SampleUserId());
+        if (size == SampleSize::Large) AddLargeSample(builder, SampleUserId());
     });
 }
 

@@ -34,9 +34,9 @@ public:
 
         /// The checksum is discarded with the lease: the upload is published, or the checksum has
         /// to be read from the file.
-        void Forget() { keep = false; }
+        void DiscardChecksum() { keep = false; }
         /// The checksum is kept for the next lease.
-        void Keep() { keep = true; }
+        void KeepChecksum() { keep = true; }
 
     private:
         friend class LiveUploads;

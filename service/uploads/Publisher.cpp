@@ -23,7 +23,7 @@ void CheckStack(Database& database, UserId const& user, StackId const& stack) {
     if (!node) return;
     RequireMember(database, user, *node);
     if (node->kind != kind::VersionStack) {
-        throw ApiError::Conflict("version_stack_id names something that is no version stack.");
+        throw ApiError::Conflict("version_stack_id is not the ID of a version stack.");
     }
 }
 
@@ -116,7 +116,7 @@ bool Publisher::FinishInterrupted(UploadRecord const& upload) {
 
 void Publisher::SetAside(UploadRecord const& upload, std::string const& reason) {
     std::string kept = directory.SetMovieAside(upload.asset);
-    store.Write([&](Database& database) { ForgetUpload(database, upload.id); });
+    store.Write([&](Database& database) { DeleteUpload(database, upload.id); });
     std::fprintf(stderr,
                  "quillo-service: the movie of upload %s cannot be published and is kept as %s: "
                  "%s\n",
@@ -154,7 +154,7 @@ PublishedAsset Publisher::Find(UploadRecord const& upload) const {
             "LEFT JOIN nodes AS stack ON stack.id = file.parent AND stack.kind = ? "
             "WHERE file.id = ?",
             kind::VersionStack, upload.asset);
-        if (!row.Next()) throw ApiError::Conflict("The upload has bytes missing.");
+        if (!row.Next()) throw ApiError::Conflict("The upload is not complete.");
         return PublishedAsset{row.Id<FileId>(0),   row.Text(1), row.Integer(2), upload.stack,
                               row.Id<FolderId>(3), row.Text(4), row.Integer(5)};
     });

@@ -38,7 +38,7 @@ void UploadAppend::Take(std::string_view bytes) {
     CheckNotOvertaken();
     try {
         if (static_cast<std::int64_t>(bytes.size()) > upload.length - GetEnd()) {
-            throw ApiError::TooLarge("The body goes past the upload's length.");
+            throw ApiError::TooLarge("The body exceeds the upload's length.");
         }
         Write(bytes);
     } catch (ApiError const& error) {
@@ -85,8 +85,8 @@ std::int64_t UploadAppend::FinishBody(bool complete) {
     } else if (request.checksum) {
         Digest const& digest = body ? *body : lease->GetProgress().digest;
         if (digest.Value() != request.checksum->value) {
-            failure = ApiError::ChecksumMismatch(
-                "The body arrived with another checksum than the one announced; send it again.");
+            failure =
+                ApiError::ChecksumMismatch("The body does not match its checksum; send it again.");
         }
     }
     Settle(!failure || !request.checksum);
@@ -103,7 +103,7 @@ bool UploadAppend::GiveWay() {
         if (finishing) return false;
         if (!lease) return true;
         Revert();
-        lease->Keep();
+        lease->KeepChecksum();
         lease.reset();
     }
     if (onOvertaken) onOvertaken();
@@ -128,7 +128,7 @@ void UploadAppend::Settle(bool keeps) {
             return;  // the next append reads the checksum from the file
         }
     }
-    lease->Keep();
+    lease->KeepChecksum();
 }
 
 void UploadAppend::CheckNotOvertaken() const {
@@ -143,14 +143,13 @@ void UploadAppend::Confirm(std::int64_t offset) {
 }
 
 void UploadAppend::Complete() {
-    lease->Forget();
+    lease->DiscardChecksum();
     Digest const& whole = lease->GetProgress().digest;
     if (request.contentSha256 && *request.contentSha256 != ToHex(whole.Value())) {
         file.Truncate(0);
         Confirm(0);
         throw ApiError::ChecksumMismatch(
-            "The movie was stored with another checksum than the one announced; the upload starts "
-            "again from offset 0.");
+            "The movie does not match its checksum; the upload starts again from offset 0.");
     }
     parts.publisher.Publish(upload, file, whole);
 }

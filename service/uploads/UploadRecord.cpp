@@ -37,7 +37,7 @@ void SetConfirmed(Database& database, UploadId const& id, std::int64_t confirmed
                  confirmed, now, id);
 }
 
-std::int64_t BytesToCome(Database& database) {
+std::int64_t BytesOutstanding(Database& database) {
     Statement sum = database.Query(
         "SELECT coalesce(sum(length - confirmed), 0) FROM uploads WHERE published = 0");
     sum.Next();
@@ -53,10 +53,10 @@ std::vector<UploadId> UnfinishedUploads(Database& database, std::int64_t before)
     return ids;
 }
 
-bool ForgetUpload(Database& database, UploadId const& id, std::int64_t before) {
-    int forgotten = database.Run(
+bool DeleteUpload(Database& database, UploadId const& id, std::int64_t before) {
+    int deleted = database.Run(
         "DELETE FROM uploads WHERE id = ? AND published = 0 AND touched_at < ?", id, before);
-    if (forgotten == 0) return false;
+    if (deleted == 0) return false;
     database.Run("DELETE FROM idempotency_keys WHERE result = ?", id);
     return true;
 }

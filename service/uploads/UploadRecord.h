@@ -34,14 +34,14 @@ void InsertUpload(Database& database, UploadRecord const& upload, std::int64_t n
 void SetConfirmed(Database& database, UploadId const& id, std::int64_t confirmed, std::int64_t now);
 
 /// How many bytes the unfinished uploads still need on the disk.
-std::int64_t BytesToCome(Database& database);
+std::int64_t BytesOutstanding(Database& database);
 
 /// The unfinished uploads that have not grown since `before`.
 std::vector<UploadId> UnfinishedUploads(Database& database, std::int64_t before);
 
 /// Deletes an unfinished upload and its idempotency key, unless it has grown since `before`.
 /// Returns whether it was deleted.
-bool ForgetUpload(Database& database, UploadId const& id,
+bool DeleteUpload(Database& database, UploadId const& id,
                   std::int64_t before = std::numeric_limits<std::int64_t>::max());
 
 }  // namespace quilloservice

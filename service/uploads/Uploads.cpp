@@ -41,7 +41,7 @@ void CatchUp(LiveUploads::Progress& progress, File const& file, std::int64_t off
 /// Runs `work` and logs its exception: a problem with one upload must not block the others or the
 /// service's start.
 template <typename Work>
-void Attempt(std::string const& what, Work&& work) {
+void LogFailure(std::string const& what, Work&& work) {
     try {
         work();
     } catch (std::exception const& error) {
@@ -65,34 +65,34 @@ void Uploads::Recover() {
          })) {
         auto upload = store.Read([&](Database& database) { return FindUpload(database, id); });
         if (!upload) continue;
-        Attempt("finish upload " + id.GetText(), [&] { publisher.FinishInterrupted(*upload); });
+        LogFailure("finish upload " + id.GetText(), [&] { publisher.FinishInterrupted(*upload); });
     }
-    ForgetOld();
+    DeleteOld();
 }
 
-void Uploads::ForgetOld() {
-    std::int64_t before = clock() - kForgetAfterSeconds;
+void Uploads::DeleteOld() {
+    std::int64_t before = clock() - kExpireAfterSeconds;
     for (UploadId const& id :
          store.Read([&](Database& database) { return UnfinishedUploads(database, before); })) {
-        Attempt("forget upload " + id.GetText(), [&] { Forget(id, before); });
+        LogFailure("delete upload " + id.GetText(), [&] { Delete(id, before); });
     }
 }
 
-void Uploads::Forget(UploadId const& id, std::int64_t before) {
+void Uploads::Delete(UploadId const& id, std::int64_t before) {
     auto lease = live.TryAcquire(id);
     if (!lease) return;
     auto upload = store.Read([&](Database& database) { return FindUpload(database, id); });
     if (!upload || publisher.FinishInterrupted(*upload)) return;
-    bool forgotten =
-        store.Write([&](Database& database) { return ForgetUpload(database, id, before); });
-    if (!forgotten) return;
+    bool deleted =
+        store.Write([&](Database& database) { return DeleteUpload(database, id, before); });
+    if (!deleted) return;
     std::error_code missing;
     std::filesystem::remove(directory.UploadPath(id), missing);
 }
 
 UploadId Uploads::Create(UserId const& user, NewUpload const& request,
                          std::optional<IdempotencyKey> const& key) {
-    ForgetOld();
+    DeleteOld();
     return store.Write([&](Database& database) {
         if (!key) return Insert(database, user, request);
         std::int64_t now = clock();
@@ -108,7 +108,7 @@ UploadId Uploads::Create(UserId const& user, NewUpload const& request,
 UploadId Uploads::Insert(Database& database, UserId const& user, NewUpload const& request) {
     Node folder = RequireNode(database, user, request.folder);
     if (request.stack) Publisher::AdmitToStack(database, user, folder, *request.stack);
-    if (freeBytes() - kReserveBytes - BytesToCome(database) < request.length) {
+    if (freeBytes() - kReserveBytes - BytesOutstanding(database) < request.length) {
         throw ApiError::DoesNotFit();
     }
     UploadRecord upload{.id = UploadId(NewUuid()),
@@ -142,14 +142,14 @@ LiveUploads::Lease Uploads::Acquire(UploadId const& id) {
 std::shared_ptr<UploadAppend> Uploads::BeginAppend(UserId const& user, UploadId const& id,
                                                    AppendRequest const& request,
                                                    std::function<void()> onOvertaken) {
-    constexpr char const* moved = "The upload's offset is another one; ask HEAD for it.";
+    constexpr char const* moved = "The upload's offset has changed; HEAD reports it.";
     auto check = [&](UploadRecord const& upload) {
         if (request.offset != upload.confirmed) {
             throw ApiError::Conflict("The upload's offset is " + std::to_string(upload.confirmed) +
                                      ", not " + std::to_string(request.offset) + ".");
         }
         if (request.bodyLength.value_or(0) > upload.length - upload.confirmed) {
-            throw ApiError::TooLarge("The body goes past the upload's length.");
+            throw ApiError::TooLarge("The body exceeds the upload's length.");
         }
     };
     // Also before Acquire, so that a refused request does not take the upload from another one.

@@ -34,7 +34,7 @@ struct NewUpload {
 class Uploads {
 public:
     static constexpr std::int64_t kMaxBytes = std::int64_t{1} << 40;
-    static constexpr std::int64_t kForgetAfterSeconds = 7 * 24 * 3600;
+    static constexpr std::int64_t kExpireAfterSeconds = 7 * 24 * 3600;
 
     /// Disk space that uploads leave free for the store.
     static constexpr std::int64_t kReserveBytes = 64 << 20;
@@ -67,9 +67,9 @@ public:
     [[nodiscard]] PublishedAsset Asset(UserId const& user, UploadId const& id) const;
 
 private:
-    void ForgetOld();
+    void DeleteOld();
     UploadId Insert(Database& database, UserId const& user, NewUpload const& request);
-    void Forget(UploadId const& id, std::int64_t before);
+    void Delete(UploadId const& id, std::int64_t before);
     LiveUploads::Lease Acquire(UploadId const& id);
 
     DataDirectory const& directory;

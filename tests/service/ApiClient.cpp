@@ -28,7 +28,7 @@ json Require(httplib::Result const& result, std::string const& what) {
 ApiClient::ApiClient(int port) : http("127.0.0.1", port) {
     http.set_keep_alive(true);
     http.set_tcp_nodelay(true);
-    // As long as a busy machine may take to bring many megabytes to the disk.
+    // Writing many megabytes to the disk of a busy machine takes long.
     http.set_read_timeout(60);
     http.set_write_timeout(60);
     json pair = Require(

@@ -9,16 +9,17 @@
 
 namespace quilloservice::test {
 
-/// A signed-in client of a service on this machine. Failures throw, so that a test shows where.
+/// A signed-in client of a local service. Functions that return no httplib::Result throw on
+/// failure.
 class ApiClient {
 public:
     explicit ApiClient(int port);
 
-    /// Sends a request with the token and the protocol's header on it.
+    /// Sends a request with the headers Authorization and Tus-Resumable.
     httplib::Result Send(std::string const& method, std::string const& path,
                          httplib::Headers headers = {}, std::string const& body = {});
 
-    /// The JSON that a request is answered with; throws unless it succeeds.
+    /// Returns the JSON of a successful response.
     nlohmann::json Get(std::string const& path);
     nlohmann::json Post(std::string const& path, nlohmann::json const& body);
 
@@ -29,11 +30,11 @@ public:
                            httplib::Headers headers = {});
     std::string OffsetOf(std::string const& upload);
 
-    /// Uploads a whole movie; returns what the asset end point says of it.
+    /// Uploads a movie; returns the response of the upload's /asset.
     nlohmann::json Upload(std::string const& content, std::string const& name = "movie.mp4",
                           std::string const& stack = {});
 
-    /// Makes a link in the sample project; returns its ID.
+    /// Creates a link in `project`; returns its ID.
     std::string CreateLink(std::string const& name = "Review");
     void AddToLink(std::string const& link, std::string const& asset);
 
@@ -43,12 +44,12 @@ public:
     std::string folder;
 };
 
-/// The file in which the service at 127.0.0.1 and `port` has its user's secret, and the secret,
-/// empty when there is none.
+/// The file with the local user's secret of the service at 127.0.0.1 and `port`, and the secret,
+/// empty if there is none.
 std::filesystem::path LocalUserSecretPath(int port);
 std::string LocalUserSecretAt(int port);
 
-/// An Upload-Metadata header.
+/// The value of an Upload-Metadata header.
 std::string Metadata(std::string const& name, std::string const& folder,
                      std::string const& stack = {});
 
@@ -57,7 +58,7 @@ std::string ToBase64(std::string const& bytes);
 /// The value of an Upload-Checksum header for `body`.
 std::string ChecksumOf(std::string const& body);
 
-/// Bytes that look the same nowhere.
+/// Random bytes, the same for the same `seed`.
 std::string Noise(std::size_t size, unsigned seed = 1);
 
 }  // namespace quilloservice::test

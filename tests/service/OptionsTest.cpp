@@ -8,7 +8,7 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(Options, ReadsEverySwitch) {
+TEST(Options, ParsesEveryOption) {
     Options options = ParseOptions({"--data",
                                     "d",
                                     "--port",
@@ -42,10 +42,10 @@ TEST(Options, ReadsEverySwitch) {
     EXPECT_EQ(options.faults.dropUploadAfterBytes, 1000);
 }
 
-TEST(Options, SaysWhatIsWrong) {
+TEST(Options, ReportsInvalidArguments) {
     struct Row {
         std::vector<std::string> arguments;
-        char const* complaint;
+        char const* message;
     };
     for (Row const& row : std::vector<Row>{
              {{}, "--data DIR is missing"},
@@ -66,9 +66,9 @@ TEST(Options, SaysWhatIsWrong) {
          }) {
         try {
             ParseOptions(row.arguments);
-            ADD_FAILURE() << "taken, but for: " << row.complaint;
+            ADD_FAILURE() << "accepted, expected: " << row.message;
         } catch (UsageError const& error) {
-            EXPECT_THAT(error.what(), HasSubstr(row.complaint));
+            EXPECT_THAT(error.what(), HasSubstr(row.message));
         }
     }
 }

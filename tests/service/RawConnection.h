@@ -11,7 +11,7 @@
 
 namespace quilloservice::test {
 
-/// A connection on which a test says what it likes.
+/// A connection for sending arbitrary bytes.
 class RawConnection {
 public:
     explicit RawConnection(int port) : socket(::socket(AF_INET, SOCK_STREAM, 0)) {
@@ -27,16 +27,16 @@ public:
     RawConnection(RawConnection const&) = delete;
     RawConnection& operator=(RawConnection const&) = delete;
 
-    void Say(std::string_view text) const {
+    void Send(std::string_view text) const {
         while (!text.empty()) {
             ssize_t sent = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
             if (sent <= 0) return;
             text.remove_prefix(static_cast<std::size_t>(sent));
         }
     }
-    void Finish() const { ::shutdown(socket, SHUT_WR); }
+    void EndOutput() const { ::shutdown(socket, SHUT_WR); }
 
-    /// Reads until what came ends with `end`, or the other side has ended.
+    /// Reads up to and including `end`, or to the end of the connection.
     std::string ReadTo(std::string_view end) const {
         std::string answer;
         char byte = 0;

@@ -10,8 +10,8 @@
 
 namespace quilloservice::test {
 
-/// A service in this process, on a free port and, unless the options name one, a directory of its
-/// own.
+/// A service in this process, on a free port. Uses a temporary data directory unless the options
+/// name one.
 class RunningService {
 public:
     explicit RunningService(Options given = {}) : options(std::move(given)) {
@@ -25,7 +25,7 @@ public:
 
     [[nodiscard]] int GetPort() const { return service->GetPort(); }
 
-    /// Ends it and starts another on the same data.
+    /// Stops the service and starts a new one with the same data.
     void Restart() {
         Stop();
         Start();

@@ -71,7 +71,7 @@ int ServiceProcess::Wait() {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-std::string ServiceProcess::Complaint() const {
+std::string ServiceProcess::ReadErrors() const {
     std::string text;
     char buffer[4096];
     for (ssize_t count; (count = ::read(errors, buffer, sizeof(buffer))) > 0;) {

@@ -8,28 +8,28 @@
 
 namespace quilloservice::test {
 
-/// The real program, in a process of its own.
+/// The program quillo-service in a process of its own.
 class ServiceProcess {
 public:
-    /// Starts it and returns once it has said that it is ready, or ended. `inChild` runs in the new
-    /// process before the program does.
+    /// Starts the program and waits until it is ready or has ended. `inChild` runs in the new
+    /// process before exec.
     explicit ServiceProcess(std::vector<std::string> arguments,
                             std::function<void()> const& inChild = {});
-    ~ServiceProcess();  ///< kills it
+    ~ServiceProcess();  ///< kills the process
     ServiceProcess(ServiceProcess const&) = delete;
     ServiceProcess& operator=(ServiceProcess const&) = delete;
 
-    /// From its first line; 0 when it ended instead.
+    /// The port it printed; 0 if it ended instead.
     [[nodiscard]] int GetPort() const { return port; }
 
     void Signal(int signal) const;
     void CloseStdin();
 
-    /// Waits for its end; returns its exit status, or 128 and more for a signal.
+    /// Waits for its end; returns its exit status, or 128 plus the signal.
     int Wait();
 
-    /// What it wrote to standard error; after `Wait`.
-    [[nodiscard]] std::string Complaint() const;
+    /// Its output on standard error. Call after `Wait`.
+    [[nodiscard]] std::string ReadErrors() const;
 
 private:
     pid_t pid = -1;

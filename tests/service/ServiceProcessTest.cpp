@@ -29,25 +29,25 @@ protected:
         return arguments;
     }
 
-    /// Sends the first `size` bytes of `content` as the body of a PATCH for all of it.
+    /// Sends a PATCH for all of `content`, but only the first `size` bytes of the body.
     static void Begin(ApiClient const& client, int port, std::string const& upload,
                       std::string_view content, std::size_t size) {
         RawConnection connection(port);
-        connection.Say("PATCH " + upload +
-                       " HTTP/1.1\r\nHost: x\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
-                       "Content-Type: application/offset+octet-stream\r\nContent-Length: " +
-                       std::to_string(content.size()) + "\r\nAuthorization: Bearer " +
-                       client.token + "\r\n\r\n");
-        connection.Say(content.substr(0, size));
+        connection.Send("PATCH " + upload +
+                        " HTTP/1.1\r\nHost: x\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
+                        "Content-Type: application/offset+octet-stream\r\nContent-Length: " +
+                        std::to_string(content.size()) + "\r\nAuthorization: Bearer " +
+                        client.token + "\r\n\r\n");
+        connection.Send(content.substr(0, size));
     }
 
     test::TempDirectory directory;
 };
 
-TEST_F(ServiceProcessTest, ListsOnlyWholeMoviesWhereverItIsKilled) {
+TEST_F(ServiceProcessTest, ListsOnlyWholeMoviesAfterACrash) {
     std::string const content = test::Noise(24'000'000);
     std::string const sha256 = ToHex(Sha256(content));
-    // The last ones end around the moment of publishing.
+    // The last rows are killed during the publication.
     for (std::size_t sent : {1ul, 100'000ul, 9'000'000ul, 20'000'000ul, 23'999'999ul, 24'000'000ul,
                              24'000'000ul, 24'000'000ul}) {
         std::string upload;
@@ -80,7 +80,7 @@ TEST_F(ServiceProcessTest, ListsOnlyWholeMoviesWhereverItIsKilled) {
     }
 }
 
-TEST_F(ServiceProcessTest, RefusesWhatTheDiskHasNoRoomFor) {
+TEST_F(ServiceProcessTest, RefusesUploadsOnAFullDisk) {
     std::string const content = test::Noise(12'000'000);
     std::string upload;
     {
@@ -107,7 +107,7 @@ TEST_F(ServiceProcessTest, RefusesWhatTheDiskHasNoRoomFor) {
     EXPECT_EQ(client.Get(upload + "/asset")["sha256"], ToHex(Sha256(content)));
 }
 
-TEST_F(ServiceProcessTest, StopsWhenAskedAndComesBackOnTheSamePortWithItsSessions) {
+TEST_F(ServiceProcessTest, KeepsPortAndSessionsAcrossARestart) {
     std::string token;
     int port = 0;
     for (int signal : {SIGTERM, SIGINT}) {
@@ -123,7 +123,7 @@ TEST_F(ServiceProcessTest, StopsWhenAskedAndComesBackOnTheSamePortWithItsSession
         process.Signal(signal);
         EXPECT_EQ(process.Wait(), 0);
     }
-    // Somebody else has the port now.
+    // Another service takes the port.
     test::TempDirectory other;
     ServiceProcess squatter({"--data", other.GetPath(), "--port", std::to_string(port)});
     ASSERT_EQ(squatter.GetPort(), port);
@@ -134,28 +134,28 @@ TEST_F(ServiceProcessTest, StopsWhenAskedAndComesBackOnTheSamePortWithItsSession
     process.Wait();
     ServiceProcess again(Arguments({"--port", std::to_string(port)}));
     EXPECT_EQ(again.Wait(), 1);
-    EXPECT_THAT(again.Complaint(), HasSubstr("cannot listen"));
+    EXPECT_THAT(again.ReadErrors(), HasSubstr("cannot listen"));
 }
 
-TEST_F(ServiceProcessTest, StopsWithItsParentWhenToldTo) {
+TEST_F(ServiceProcessTest, StopsWithStandardInput) {
     ServiceProcess process(Arguments({"--stop-with-stdin"}));
     EXPECT_NE(process.GetPort(), 0);
     process.CloseStdin();
     EXPECT_EQ(process.Wait(), 0);
 }
 
-TEST_F(ServiceProcessTest, RefusesADirectoryThatAnotherServes) {
+TEST_F(ServiceProcessTest, RefusesADirectoryInUse) {
     ServiceProcess first(Arguments());
     ServiceProcess second(Arguments());
     EXPECT_EQ(second.Wait(), 1);
-    EXPECT_THAT(second.Complaint(), HasSubstr("another quillo-service is running on"));
+    EXPECT_THAT(second.ReadErrors(), HasSubstr("another quillo-service is running on"));
     EXPECT_EQ(ApiClient(first.GetPort()).Send("GET", "/v1/me")->status, 200);
 }
 
-TEST_F(ServiceProcessTest, KeepsToItsUsage) {
+TEST_F(ServiceProcessTest, ChecksItsArguments) {
     ServiceProcess wrong({"--dta", "x"});
     EXPECT_EQ(wrong.Wait(), 2);
-    EXPECT_EQ(wrong.Complaint(),
+    EXPECT_EQ(wrong.ReadErrors(),
               "quillo-service: unknown argument \"--dta\"; --help lists the known ones\n");
 
     ServiceProcess distrustful({"--data", directory.GetPath()});

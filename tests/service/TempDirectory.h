@@ -8,7 +8,7 @@
 
 namespace quilloservice::test {
 
-/// A directory of its own that goes away with this object.
+/// A temporary directory, removed by the destructor.
 class TempDirectory {
 public:
     TempDirectory() {

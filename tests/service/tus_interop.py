@@ -1,4 +1,4 @@
-"""A stock tus client (Debian's python3-tuspy) uploads to the service, is cut, and goes on."""
+"""A stock tus client (Debian's python3-tuspy) uploads to the service and resumes after a cut."""
 
 import hashlib
 import json
@@ -24,11 +24,11 @@ def call(url, token=None, form=None):
 
 
 def local_user_secret(url):
-    """What the service keeps for its user (docs/service-api.md)."""
-    places = os.environ.get("XDG_RUNTIME_DIR"), os.path.expanduser("~/.cache")
+    """Reads the local user's secret (docs/service-api.md)."""
+    directories = os.environ.get("XDG_RUNTIME_DIR"), os.path.expanduser("~/.cache")
     port = url.rsplit(":", 1)[1]
-    for place in filter(None, places):
-        path = os.path.join(place, "quillo", port, "127.0.0.1.secret")
+    for directory in filter(None, directories):
+        path = os.path.join(directory, "quillo", port, "127.0.0.1.secret")
         if os.path.exists(path):
             with open(path) as file:
                 return file.read().strip()
@@ -67,7 +67,7 @@ def main(program):
                 "client_id": "tuspy", "grant_type": "urn:quillo:grant-type:local-user",
                 "local_user_secret": local_user_secret(url)})["access_token"]
             for options in ({"chunk_size": 1_000_000, "upload_checksum": True}, {"chunk_size": 5_000_000}):
-                # The service cuts the connection once; the client asks for the offset and goes on.
+                # The service cuts the connection once; the client gets the offset and resumes.
                 uploader = upload(url, token, path, retries=3, retry_delay=0, **options)
                 uploader.upload()
                 asset = call(uploader.url + "/asset", token)

@@ -7,15 +7,15 @@ const kinds = {
 };
 const find = (id) => document.getElementById(id);
 
-// Each list on the page is kept by what it is the list of; a list that changes is read again, and
-// what stands in it already keeps its element, with all that is open below it.
+// The open lists, by the ID of their parent. When a list has changed it is fetched again; entries that
+// remain keep their elements, with everything that is open below them.
 const lists = new Map();
 
-// The sign-in is that of any program (RFC 6749, 7636); it ends with the tab, if not before.
+// The authorization code grant with PKCE (RFC 6749, 7636). The session ends with the tab at the latest.
 const client = "Quillo locations page";
 const redirectUri = location.origin + "/admin";
 const ranOut = "The sign-in has run out. Sign in again.";
-let session = null;  // while somebody is signed in: the token, and what ends the requests
+let session = null;  // while signed in: the token, and the controller that aborts requests
 
 const unreachable = "The service cannot be reached.";
 const lost = unreachable + " Trying again.";
@@ -29,16 +29,16 @@ function send(path, request) {
 
 async function ask(method, path, body) {
   const asking = session;
-  const answer = await send(path, {
+  const response = await send(path, {
     method, headers: {Authorization: "Bearer " + asking.token}, signal: asking.end.signal,
     body: body && JSON.stringify(body)});
-  if (answer.status === 204) return null;
-  if (answer.status === 401) {
+  if (response.status === 204) return null;
+  if (response.status === 401) {
     if (asking === session) showSignedOut(ranOut);
     throw new Error(ranOut);
   }
-  const content = await answer.json();
-  if (!answer.ok) throw new Error(content.error.message);
+  const content = await response.json();
+  if (!response.ok) throw new Error(content.error.message);
   return content;
 }
 
@@ -47,7 +47,7 @@ async function attempt(doing, work) {
     await work();
     if (doing) tell(doing + ": done");
   } catch (error) {
-    if (error.name === "AbortError") return;  // signed out meanwhile
+    if (error.name === "AbortError") return;  // signed out in the meantime
     tell((doing ? doing + ": " : "") + error.message);
   }
 }
@@ -74,7 +74,7 @@ function button(label, name, action) {
   return made;
 }
 
-/// The list that stands below a location: of a project, that of its root folder.
+/// The list below a location; for a project, the list of its root folder.
 function listBelow(item) {
   const owner = item.type === "project" ? {id: item.root_folder.id, type: "folder"} : item;
   const kind = kinds[owner.type];
@@ -151,18 +151,18 @@ async function show(of) {
   }
 }
 
-/// Reads events and the lists that they tell of, until `following` ends.
+/// Reads events and refreshes the changed lists, until `following` ends.
 async function follow(following) {
   let last = null;
   while (!following.end.signal.aborted) {
     try {
       const headers = {Authorization: "Bearer " + following.token};
       if (last) headers["Last-Event-ID"] = last;
-      const answer = await fetch("/v1/events", {headers, signal: following.end.signal});
-      if (answer.status === 401) return showSignedOut(ranOut);
-      if (!answer.ok) throw new Error();
+      const response = await fetch("/v1/events", {headers, signal: following.end.signal});
+      if (response.status === 401) return showSignedOut(ranOut);
+      if (!response.ok) throw new Error();
       if (find("status").textContent === lost) tell("");
-      const reader = answer.body.pipeThrough(new TextDecoderStream()).getReader();
+      const reader = response.body.pipeThrough(new TextDecoderStream()).getReader();
       let text = "";
       for (;;) {
         const {value, done} = await reader.read();
@@ -176,7 +176,7 @@ async function follow(following) {
           last = fields.id ?? last;
           if (fields.event === "changed") {
             attempt("", () => show(JSON.parse(fields.data).of ?? ""));
-          } else if (fields.event) {  // from here on changes are told of
+          } else if (fields.event) {  // ready or reset: the stream starts, so all lists are refreshed
             for (const each of lists.keys()) attempt("", () => show(each));
           }
         }
@@ -203,7 +203,7 @@ async function signIn() {
     code_challenge: base64url(new Uint8Array(digest)), code_challenge_method: "S256"}));
 }
 
-/// Takes what the browser has brought back from the sign-in's page, if it comes from there.
+/// Completes the sign-in if the browser has returned from its page with a code or an error.
 async function endSignIn() {
   const back = new URLSearchParams(location.search);
   if (!back.has("state")) return;
@@ -215,11 +215,11 @@ async function endSignIn() {
   }
   if (back.get("error") === "access_denied") throw new Error("The access was denied.");
   if (!back.has("code")) throw new Error("The sign-in failed. " + (back.get("error_description") ?? ""));
-  const answer = await post("/oauth/token", {
+  const response = await post("/oauth/token", {
     grant_type: "authorization_code", client_id: client, redirect_uri: redirectUri,
     code: back.get("code"), code_verifier: begun.verifier});
-  const granted = await answer.json();
-  if (!answer.ok) throw new Error("The sign-in failed. " + (granted.error_description ?? ""));
+  const granted = await response.json();
+  if (!response.ok) throw new Error("The sign-in failed. " + (granted.error_description ?? ""));
   sessionStorage.setItem("token", granted.access_token);
 }
 

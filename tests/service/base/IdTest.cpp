@@ -25,16 +25,16 @@ static_assert(!std::is_constructible_v<UserId, AccountId>);
 static_assert(!Comparable<UserId, AccountId> && !Comparable<FolderId, StackId>);
 static_assert(Comparable<FolderId, NodeId>);
 
-// A special kind converts to the general one; the way back takes an explicit conversion.
+// A special kind converts implicitly to the general one, and explicitly back.
 static_assert(std::is_convertible_v<FileId, AssetId> && std::is_convertible_v<FileId, NodeId>);
 static_assert(std::is_constructible_v<FileId, AssetId> && !std::is_convertible_v<AssetId, FileId>);
 
-// A look-up by kind takes IDs that tell their kind.
+// A reference with a kind needs an ID whose type tells the kind.
 static_assert(std::is_convertible_v<FolderId, NodeRef> &&
               !std::is_constructible_v<NodeRef, NodeId>);
 static_assert(!std::is_constructible_v<NodeRef, UserId>);
 
-// Nothing but a UUID has a nil ID.
+// Only UUIDs have a nil ID.
 static_assert(!std::is_default_constructible_v<ClientId>);
 
 TEST(Id, HoldsLowerCaseUuidsOnly) {

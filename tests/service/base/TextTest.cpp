@@ -5,7 +5,7 @@
 namespace quilloservice {
 namespace {
 
-TEST(Text, TakesCanonicalBase64Only) {
+TEST(Text, DecodesCanonicalBase64Only) {
     struct Row {
         std::string text;
         std::optional<std::string> bytes;
@@ -17,7 +17,7 @@ TEST(Text, TakesCanonicalBase64Only) {
              {"Zm9v", "foo"},
              {"+/8=", "\xFB\xFF"},
              {"Zg", std::nullopt},    // padding missing
-             {"Zh==", std::nullopt},  // bits that no byte holds
+             {"Zh==", std::nullopt},  // unused bits are set
              {"Zm9v====", std::nullopt},
              {"Z===", std::nullopt},
              {"Zm 9v===", std::nullopt},
@@ -27,7 +27,7 @@ TEST(Text, TakesCanonicalBase64Only) {
     }
 }
 
-TEST(Text, TakesPlainNumbersOnly) {
+TEST(Text, ParsesPlainNumbersOnly) {
     EXPECT_EQ(ParseNumber("0"), 0);
     EXPECT_EQ(ParseNumber("9223372036854775807"), INT64_MAX);
     for (char const* text : {"", "-1", "-0", "+1", " 1", "1 ", "0x10", "1e3", "1.0",
@@ -43,8 +43,8 @@ TEST(Text, ShowsWellFormedUtf8Only) {
     }
     for (std::string_view text : {
              std::string_view("a\0b", 3),
-             std::string_view("\x80"),              // a continuation without a start
-             std::string_view("\xC3"),              // a start without a continuation
+             std::string_view("\x80"),              // a continuation byte alone
+             std::string_view("\xC3"),              // a truncated sequence
              std::string_view("\xC0\xAF"),          // overlong
              std::string_view("\xE0\x80\xAF"),      // overlong
              std::string_view("\xF0\x80\x80\xAF"),  // overlong

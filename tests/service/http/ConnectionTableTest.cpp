@@ -11,7 +11,7 @@ namespace {
 
 using std::chrono::seconds;
 
-/// A connection of which the test sees both ends.
+/// Both ends of a connection.
 struct Client {
     Client() { ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends.data()); }
     ~Client() {
@@ -31,7 +31,8 @@ struct Client {
 
 class ConnectionTableTest : public testing::Test {
 protected:
-    /// A client that has sent `bytes` since `since`, and is waited for if `waits`.
+    /// Adds a connection that has received `bytes` since `since` and, if `waits`, waits for its
+    /// client.
     std::shared_ptr<TrackedSocket> Add(Client const& client, Time since, std::int64_t bytes,
                                        bool waits = true) {
         auto tracked = table.Add(client.ends[0], since);
@@ -47,7 +48,7 @@ protected:
     std::array<Client, 5> clients;
 };
 
-TEST_F(ConnectionTableTest, LetsTheSlowestGoWhenItIsFull) {
+TEST_F(ConnectionTableTest, DropsTheSlowestWaitingConnectionWhenFull) {
     auto dripping = Add(clients[0], start, 20);
     auto sending = Add(clients[1], start, 1'000'000);
     auto answered = Add(clients[2], start, 0, /*waits=*/false);
@@ -56,20 +57,20 @@ TEST_F(ConnectionTableTest, LetsTheSlowestGoWhenItIsFull) {
     EXPECT_TRUE(clients[0].IsDropped());
     EXPECT_FALSE(clients[1].IsDropped());
     table.Remove(dripping);
-    // The one that came last has sent nothing, either, but has had no time to.
+    // The newest one has sent nothing either, but it is only just connected.
     ASSERT_TRUE(Add(clients[4], now, 0));
     EXPECT_TRUE(clients[3].IsDropped());
     EXPECT_FALSE(clients[1].IsDropped());
     EXPECT_FALSE(clients[2].IsDropped());
 }
 
-TEST_F(ConnectionTableTest, RefusesANewOneWhenNoneIsWaitedFor) {
+TEST_F(ConnectionTableTest, RefusesANewConnectionIfNoneIsWaiting) {
     for (int i = 0; i < 3; ++i)
         Add(clients[i], start, 0, /*waits=*/false);
     EXPECT_FALSE(Add(clients[3], start, 0));
 }
 
-TEST_F(ConnectionTableTest, DropsWhatIsOverdueAndNothingElse) {
+TEST_F(ConnectionTableTest, DropsOverdueConnectionsOnly) {
     auto overdue = Add(clients[0], start, 0);
     auto served = Add(clients[1], start, 0);
     served->EndWait();
@@ -78,13 +79,13 @@ TEST_F(ConnectionTableTest, DropsWhatIsOverdueAndNothingElse) {
     table.DropOverdue(start + seconds(101));
     EXPECT_TRUE(clients[0].IsDropped());
     EXPECT_FALSE(clients[1].IsDropped());
-    // A descriptor that is free again may be another connection's.
+    // After Remove the descriptor may belong to another connection.
     table.Remove(served);
     served->ShutDown();
     EXPECT_FALSE(clients[1].IsDropped());
 }
 
-TEST(PaceTest, WantsTheRateOverTheAverage) {
+TEST(PaceTest, RequiresTheAverageRate) {
     struct Step {
         int waited;  // seconds
         std::int64_t bytes;
@@ -107,7 +108,7 @@ TEST(PaceTest, WantsTheRateOverTheAverage) {
             pace.BeginWait(now);
             now += seconds(step.waited);
             inTime = pace.EndWait(step.bytes, now);
-            now += std::chrono::hours(1);  // the server's own time does not count
+            now += std::chrono::hours(1);  // time outside of waits does not count
         }
         EXPECT_EQ(inTime, row.inTime) << row.steps.size() << " " << row.steps[0].bytes;
     }

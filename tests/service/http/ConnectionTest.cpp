@@ -28,15 +28,15 @@ class ConnectionTest : public testing::Test {
 protected:
     std::string Exchange(std::string const& request) {
         RawConnection connection(service.GetPort());
-        connection.Say(request);
-        connection.Finish();
+        connection.Send(request);
+        connection.EndOutput();
         return connection.ReadAll();
     }
 
     RunningService service;
 };
 
-TEST_F(ConnectionTest, SurvivesWhatIsNoRequest) {
+TEST_F(ConnectionTest, SurvivesMalformedInput) {
     for (std::string const& request :
          {std::string("\r\n\r\n"), std::string(1000, '\0'), std::string(200'000, 'x'),
           "GET / HTTP/1.1\r\nX: " + std::string(200'000, 'a') + "\r\n\r\n",
@@ -50,19 +50,19 @@ TEST_F(ConnectionTest, SurvivesWhatIsNoRequest) {
     EXPECT_THAT(Exchange(kHealth), StartsWith("HTTP/1.1 200 OK\r\nDate: "));
 }
 
-TEST_F(ConnectionTest, NeverTakesABodyForTheNextRequest) {
+TEST_F(ConnectionTest, NeverParsesABodyAsARequest) {
     std::string const length = "Content-Length: " + std::to_string(kHealth.size()) + "\r\n";
     std::string const token =
         "Authorization: Bearer " + ApiClient(service.GetPort()).token + "\r\n";
     for (std::string const& head : std::vector<std::string>{
-             // Framing that two readers could understand in two ways.
+             // Ambiguous framing.
              "POST /v1/me HTTP/1.1\r\nHost: x\r\nContent-Length: 5\r\n" + length,
              "POST /v1/me HTTP/1.1\r\nHost: x\r\nContent-Length: 5\r\nTransfer-Encoding: "
              "chunked\r\n",
              "POST /v1/me HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: gzip\r\n",
              "POST /v1/me HTTP/1.1\r\nHost: x\r\nContent-Length: -5\r\n",
              "GET /v1/me HTTP/1.1\r\nHost: x\r\nContent-Length: 200000\r\n",
-             // Requests that are refused, each at another place, with a body.
+             // Requests with a body that are refused at different points.
              "GET /v1/me HTTP/1.1\r\nHost: x\r\n" + length,
              "POST /v1/me HTTP/1.1\r\nHost: x\r\n" + token + length,
              "GET /" + std::string(9000, 'a') + " HTTP/1.1\r\nHost: x\r\n" + length,
@@ -79,7 +79,7 @@ TEST_F(ConnectionTest, NeverTakesABodyForTheNextRequest) {
         std::string answer = Exchange(head + "\r\n" + kHealth);
         EXPECT_THAT(answer, AnyOf(StartsWith("HTTP/1.1 4"), StartsWith("HTTP/1.1 5"))) << head;
         EXPECT_THAT(answer, Not(HasSubstr("200 OK"))) << head.substr(0, 200);
-        // What follows such a body is a request only when it is certain where the body ended.
+        // Data after such a body is a request only if the body's end is unambiguous.
         answer = Exchange(head + "\r\n" + kHealth + kHealth);
         auto healthy = answer.find("200 OK");
         EXPECT_TRUE(healthy == std::string::npos ||
@@ -88,14 +88,14 @@ TEST_F(ConnectionTest, NeverTakesABodyForTheNextRequest) {
     }
 }
 
-TEST_F(ConnectionTest, ReadsNoLargeBodyBeforeItKnowsWhoAsks) {
+TEST_F(ConnectionTest, RespondsWithoutReadingALargeBody) {
     for (char const* request : {"DELETE /v1/accounts", "FETCH /v1/me", "PUT /v1/me",
                                 "PATCH /v1/uploads/x", "POST /v1/accounts", "GET /healthz"}) {
         for (char const* framing : {"Content-Length: 2000000000", "Transfer-Encoding: chunked"}) {
             RawConnection connection(service.GetPort());
-            connection.Say(std::string(request) + " HTTP/1.1\r\nHost: x\r\n" + framing +
-                           "\r\n\r\n");
-            // The answer comes though no byte of the body does.
+            connection.Send(std::string(request) + " HTTP/1.1\r\nHost: x\r\n" + framing +
+                            "\r\n\r\n");
+            // The response does not wait for the body.
             std::string head = connection.ReadTo("\r\n\r\n");
             EXPECT_THAT(head, HasSubstr("Connection: close\r\n")) << request << framing;
             EXPECT_THAT(head, StartsWith(std::string(request).starts_with("GET") ? "HTTP/1.1 200 "
@@ -105,23 +105,23 @@ TEST_F(ConnectionTest, ReadsNoLargeBodyBeforeItKnowsWhoAsks) {
     }
 }
 
-TEST_F(ConnectionTest, AsksForABodyOnlyWhenItWillReadIt) {
+TEST_F(ConnectionTest, SendsContinueOnlyIfItReadsTheBody) {
     ApiClient client(service.GetPort());
     auto begin = [&](RawConnection const& connection, std::string const& name) {
-        connection.Say("POST /v1/accounts HTTP/1.1\r\nHost: x\r\nExpect: 100-continue\r\n" + name +
-                       ": Bearer " + client.token + "\r\nContent-Length: 13\r\n\r\n");
+        connection.Send("POST /v1/accounts HTTP/1.1\r\nHost: x\r\nExpect: 100-continue\r\n" + name +
+                        ": Bearer " + client.token + "\r\nContent-Length: 13\r\n\r\n");
         return connection.ReadTo("\r\n\r\n");
     };
     RawConnection refused(service.GetPort());
     EXPECT_THAT(begin(refused, "X"), StartsWith("HTTP/1.1 401 "));
     RawConnection welcome(service.GetPort());
     EXPECT_EQ(begin(welcome, "Authorization"), "HTTP/1.1 100 Continue\r\n\r\n");
-    welcome.Say("{\"name\":\"new\"}");
+    welcome.Send("{\"name\":\"new\"}");
     EXPECT_THAT(welcome.ReadTo("\r\n\r\n"), StartsWith("HTTP/1.1 400 "))
-        << "the body is 14 bytes long, and 13 were announced";
+        << "the body has 14 bytes, announced are 13";
 }
 
-TEST_F(ConnectionTest, DropsClientsThatAreTooSlow) {
+TEST_F(ConnectionTest, DropsSlowClients) {
     constexpr std::chrono::milliseconds soon(20);
     RunningService strict({.http = {.head = soon,
                                     .idle = soon,
@@ -129,14 +129,14 @@ TEST_F(ConnectionTest, DropsClientsThatAreTooSlow) {
                                     .pace = {.bytesPerSecond = 1 << 20, .average = soon}}});
     RawConnection silent(strict.GetPort());
     RawConnection halfway(strict.GetPort());
-    halfway.Say("GET /healthz HT");
+    halfway.Send("GET /healthz HT");
     RawConnection idle(strict.GetPort());
-    idle.Say(kHealth);
+    idle.Send(kHealth);
     RawConnection body(strict.GetPort());
-    body.Say("POST /oauth/token HTTP/1.1\r\nHost: x\r\nContent-Length: 50\r\n\r\nhalf");
+    body.Send("POST /oauth/token HTTP/1.1\r\nHost: x\r\nContent-Length: 50\r\n\r\nhalf");
     RawConnection lingering(strict.GetPort());
-    lingering.Say("nonsense\r\n\r\n");
-    // Each reads to the connection's end, which the service makes.
+    lingering.Send("nonsense\r\n\r\n");
+    // Each reads until the service closes the connection.
     EXPECT_EQ(silent.ReadAll(), "");
     EXPECT_EQ(halfway.ReadAll(), "");
     EXPECT_THAT(idle.ReadAll(), EndsWith("ok"));
@@ -144,53 +144,53 @@ TEST_F(ConnectionTest, DropsClientsThatAreTooSlow) {
     EXPECT_THAT(lingering.ReadAll(), StartsWith("HTTP/1.1 400 "));
 }
 
-TEST_F(ConnectionTest, LetsANewerPatchTakeOverFromAStalledOne) {
+TEST_F(ConnectionTest, ANewerPatchTakesOverFromAStalledOne) {
     ApiClient client(service.GetPort());
     std::string upload = client.CreateUpload(100'000);
     RawConnection stalled(service.GetPort());
-    stalled.Say("PATCH " + upload +
-                " HTTP/1.1\r\nHost: x\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
-                "Content-Type: application/offset+octet-stream\r\nContent-Length: 100000\r\n"
-                "Expect: 100-continue\r\nAuthorization: Bearer " +
-                client.token + "\r\n\r\n");
-    ASSERT_THAT(stalled.ReadTo("\r\n\r\n"), HasSubstr(" 100 ")) << "it has the upload now";
-    stalled.Say("half of it");
+    stalled.Send("PATCH " + upload +
+                 " HTTP/1.1\r\nHost: x\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
+                 "Content-Type: application/offset+octet-stream\r\nContent-Length: 100000\r\n"
+                 "Expect: 100-continue\r\nAuthorization: Bearer " +
+                 client.token + "\r\n\r\n");
+    ASSERT_THAT(stalled.ReadTo("\r\n\r\n"), HasSubstr(" 100 ")) << "it holds the upload";
+    stalled.Send("half of it");
     std::string content = test::Noise(100'000);
     EXPECT_EQ(client.Append(upload, 0, content)->status, 204);
-    EXPECT_THAT(stalled.ReadAll(), Not(HasSubstr(" 204 "))) << "and it is cut off";
+    EXPECT_THAT(stalled.ReadAll(), Not(HasSubstr(" 204 "))) << "its connection is cut";
     EXPECT_EQ(client.Get(upload + "/asset")["sha256"], ToHex(Sha256(content)));
 }
 
-TEST_F(ConnectionTest, AnswersRequestsInARowOnOneConnection) {
+TEST_F(ConnectionTest, ServesPipelinedRequests) {
     std::string small = "POST /v1/me HTTP/1.1\r\nHost: x\r\nContent-Length: 4\r\n\r\nbody";
     std::string unframed = "POST /v1/me HTTP/1.1\r\nHost: x\r\n\r\n";
     std::string many;
     for (int i = 0; i < 200; ++i)
         many += kHealth;
     std::string answer = Exchange(small + unframed + many);
-    EXPECT_THAT(answer, EndsWith("\r\n\r\nok")) << "small bodies that nobody wants are skipped";
+    EXPECT_THAT(answer, EndsWith("\r\n\r\nok")) << "small unread bodies are skipped";
 }
 
-TEST_F(ConnectionTest, TellsAClientThatIsStillSendingWhyItIsRefused) {
+TEST_F(ConnectionTest, DeliversTheErrorToAClientThatIsStillSending) {
     RawConnection connection(service.GetPort());
-    connection.Say("PATCH /v1/uploads/x HTTP/1.1\r\nHost: x\r\nContent-Length: 3000000\r\n\r\n");
-    connection.Say(std::string(3'000'000, 'x'));
-    connection.Finish();
+    connection.Send("PATCH /v1/uploads/x HTTP/1.1\r\nHost: x\r\nContent-Length: 3000000\r\n\r\n");
+    connection.Send(std::string(3'000'000, 'x'));
+    connection.EndOutput();
     EXPECT_THAT(connection.ReadAll(), HasSubstr("unauthorized"));
 }
 
-TEST_F(ConnectionTest, KeepsWhatArrivedWhenTheClientGoes) {
+TEST_F(ConnectionTest, KeepsThePartialBodyOfADisconnectedClient) {
     ApiClient client(service.GetPort());
     std::string upload = client.CreateUpload(1'000'000);
     auto begin = [&](std::string const& extra) {
         RawConnection connection(service.GetPort());
-        connection.Say(
+        connection.Send(
             "PATCH " + upload +
             " HTTP/1.1\r\nHost: x\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
             "Content-Type: application/offset+octet-stream\r\nContent-Length: 1000000\r\n" +
             extra + "Authorization: Bearer " + client.token + "\r\n\r\n" +
             std::string(70'000, 'x'));
-        connection.Finish();
+        connection.EndOutput();
         connection.ReadAll();
     };
     begin("Upload-Checksum: " + test::ChecksumOf("anything") + "\r\n");
@@ -199,7 +199,7 @@ TEST_F(ConnectionTest, KeepsWhatArrivedWhenTheClientGoes) {
     EXPECT_EQ(client.OffsetOf(upload), "70000");
 }
 
-TEST_F(ConnectionTest, TakesBodiesOfUnannouncedLength) {
+TEST_F(ConnectionTest, AcceptsChunkedBodies) {
     ApiClient client(service.GetPort());
     std::string upload = client.CreateUpload(11);
     std::string head = "PATCH " + upload +
@@ -213,7 +213,7 @@ TEST_F(ConnectionTest, TakesBodiesOfUnannouncedLength) {
                 HasSubstr("too_large"));
     EXPECT_THAT(Exchange(head + "Upload-Offset: 6\r\n\r\n5\r\nworld\r\n0\r\n\r\n"),
                 HasSubstr("Upload-Offset: 11"));
-    // What is held as a whole has a bound, too.
+    // A chunked body that is read as a whole is limited, too.
     EXPECT_THAT(
         Exchange("POST /oauth/token HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n"
                  "fffff\r\n" +
@@ -221,17 +221,17 @@ TEST_F(ConnectionTest, TakesBodiesOfUnannouncedLength) {
         StartsWith("HTTP/1.1 413 "));
 }
 
-TEST_F(ConnectionTest, StopsAtOnceWhileClientsKeepTheirConnectionsOpen) {
+TEST_F(ConnectionTest, StopsWithOpenConnections) {
     auto brief = std::make_unique<RunningService>();
     RawConnection idle(brief->GetPort());
     RawConnection halfway(brief->GetPort());
-    halfway.Say("POST /oauth/token HTTP/1.1\r\nHost: x\r\nContent-Length: 50\r\n\r\nhalf");
+    halfway.Send("POST /oauth/token HTTP/1.1\r\nHost: x\r\nContent-Length: 50\r\n\r\nhalf");
     ApiClient client(brief->GetPort());
     brief.reset();
     EXPECT_EQ(idle.ReadAll(), "");
 }
 
-TEST_F(ConnectionTest, ServesManyClientsThatShareAtOnce) {
+TEST_F(ConnectionTest, ServesConcurrentShares) {
     constexpr int clients = 64;
     std::string stack = "5ca1ab1e-0000-4000-8000-000000000001";
     std::atomic<int> shared = 0;
@@ -263,7 +263,7 @@ protected:
     std::string const content = test::Noise(500'000);
 };
 
-TEST_F(FaultTest, CutsEachUploadOnceWhereItWasTold) {
+TEST_F(FaultTest, CutsEachUploadOnce) {
     RunningService service({.faults = {.dropUploadAfterBytes = 300'000}});
     ApiClient client(service.GetPort());
     for (bool checked : {false, true}) {
@@ -279,7 +279,7 @@ TEST_F(FaultTest, CutsEachUploadOnceWhereItWasTold) {
     }
 }
 
-TEST_F(FaultTest, DropsTheLastAnswerWhenToldToCutAtTheEnd) {
+TEST_F(FaultTest, DropsTheLastResponseForACutAtTheEnd) {
     RunningService service(
         {.faults = {.dropUploadAfterBytes = static_cast<std::int64_t>(content.size())}});
     ApiClient client(service.GetPort());

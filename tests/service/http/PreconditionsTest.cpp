@@ -33,7 +33,7 @@ TEST(PreconditionsTest, ComparesEntityTags) {
     }
 }
 
-TEST(PreconditionsTest, TakesARangeOfWhatIsStillTheSame) {
+TEST(PreconditionsTest, AppliesARangeOnlyToTheCurrentEntityTag) {
     auto applies = [](char const* method, Fields headers) {
         Request request;
         request.method = method;

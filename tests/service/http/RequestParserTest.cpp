@@ -7,8 +7,7 @@
 namespace quilloservice::http {
 namespace {
 
-/// What a request comes to: "METHOD PATH HOST BODY", or the status that it is refused with. Fed
-/// whole, and a byte at a time, which have to give the same.
+/// Parses `bytes` in pieces of `size`. Returns "METHOD PATH HOST BODY", or the error's status.
 std::string ReadInPieces(std::string const& bytes, std::size_t size) {
     RequestParser parser;
     std::string input;
@@ -40,7 +39,7 @@ std::string ReadInPieces(std::string const& bytes, std::size_t size) {
            (parser.IsComplete() ? "" : " unfinished") + (rest.empty() ? "" : " + " + rest);
 }
 
-TEST(RequestParserTest, SeesOneRequestOrNone) {
+TEST(RequestParserTest, ParsesOneRequestOrRefusesIt) {
     std::string const host = "Host: h\r\n";
     std::string const get = "GET / HTTP/1.1\r\n";
     std::string const post = "POST /p HTTP/1.1\r\nHost: h\r\n";
@@ -116,7 +115,7 @@ TEST(RequestParserTest, SeesOneRequestOrNone) {
     }
 }
 
-TEST(RequestParserTest, TellsWhatTheClientWantsOfTheConnection) {
+TEST(RequestParserTest, ReadsConnectionOptions) {
     auto read = [](std::string const& version, std::string const& headers) {
         RequestParser parser;
         EXPECT_GT(parser.ReadHead("GET / HTTP/" + version + "\r\nHost: h\r\n" + headers + "\r\n"),

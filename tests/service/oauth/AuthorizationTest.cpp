@@ -10,7 +10,7 @@
 namespace quilloservice {
 namespace {
 
-TEST(RedirectUri, LeadsToAProgramOnTheBrowsersMachineOnly) {
+TEST(RedirectUri, IsALoopbackAddressWithAPath) {
     std::pair<std::string, bool> const rows[] = {
         {"http://127.0.0.1:1/", true},
         {"http://127.0.0.1:65535/signed-in?app=1&x=%20", true},
@@ -49,30 +49,30 @@ TEST(RedirectUri, LeadsToAProgramOnTheBrowsersMachineOnly) {
         EXPECT_EQ(IsLoopbackRedirect(uri), good) << uri;
 }
 
-TEST(RedirectUri, TakesParametersBehindItsQuery) {
+TEST(RedirectUri, AppendsParametersToTheQuery) {
     EXPECT_EQ(WithParameters("http://127.0.0.1:1/a", {{"code", "x&y"}, {"state", "1"}}),
               "http://127.0.0.1:1/a?code=x%26y&state=1");
     EXPECT_EQ(WithParameters("http://[::1]:1/a?b=c", {{"code", "x"}}),
               "http://[::1]:1/a?b=c&code=x");
 }
 
-// The example of RFC 7636, appendix B.
+// From RFC 7636, appendix B.
 constexpr char const* kVerifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
 constexpr char const* kChallenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
 
-TEST(MeetsChallenge, WithTheVerifierThatItWasMadeOfOnly) {
-    EXPECT_TRUE(MeetsChallenge(kVerifier, kChallenge));
-    EXPECT_FALSE(MeetsChallenge(std::string(43, 'A'), kChallenge));
-    EXPECT_FALSE(MeetsChallenge("", kChallenge));
-    EXPECT_FALSE(MeetsChallenge(kChallenge, kChallenge)) << "the method is not plain";
-    // The right SHA-256, of what is no verifier: too short, too long, of other characters.
+TEST(MatchesChallenge, RequiresAWellFormedMatchingVerifier) {
+    EXPECT_TRUE(MatchesChallenge(kVerifier, kChallenge));
+    EXPECT_FALSE(MatchesChallenge(std::string(43, 'A'), kChallenge));
+    EXPECT_FALSE(MatchesChallenge("", kChallenge));
+    EXPECT_FALSE(MatchesChallenge(kChallenge, kChallenge)) << "the method plain is not supported";
+    // The SHA-256 matches, but the verifier is too short, too long or has invalid characters.
     const std::pair<std::string, char const*> rows[] = {
         {std::string(42, 'A'), "2FzmRL9Ogs7gMuqlw9kDCgkCdtm643AxEr38b4_d4wc"},
         {std::string(129, 'A'), "5xGMOom_gU3tKrIyMDVlI5JT9Z_eqT4n0CBuF1SS46c"},
         {std::string(42, 'A') + ' ', "m7AhPgSAqPpy6hGOwj09B2dO5LaO_qW8DYrpaX79kU8"},
     };
     for (auto const& [verifier, challenge] : rows)
-        EXPECT_FALSE(MeetsChallenge(verifier, challenge)) << verifier;
+        EXPECT_FALSE(MatchesChallenge(verifier, challenge)) << verifier;
 }
 
 class AuthorizationCodesTest : public testing::Test {
@@ -92,16 +92,16 @@ protected:
     std::string const code = codes.Issue(SampleUserId(), request);
 };
 
-TEST_F(AuthorizationCodesTest, BeginASessionOfTheUserOnce) {
+TEST_F(AuthorizationCodesTest, StartOneSession) {
     auto pair = codes.Redeem(code, claim);
     ASSERT_TRUE(pair);
     EXPECT_EQ(sessions.Find(pair->access)->user, SampleUserId());
     EXPECT_TRUE(sessions.Refresh(pair->refresh, request.client));
     EXPECT_FALSE(codes.Redeem(code, claim));
-    EXPECT_FALSE(IsSignedIn(*pair)) << "one of the two has stolen the code";
+    EXPECT_FALSE(IsSignedIn(*pair)) << "a reused code is a stolen one";
 }
 
-TEST_F(AuthorizationCodesTest, AreGoodForAMinute) {
+TEST_F(AuthorizationCodesTest, ExpireAfterAMinute) {
     now += AuthorizationCodes::kSeconds - 1;
     std::string const later = codes.Issue(SampleUserId(), request);
     EXPECT_TRUE(codes.Redeem(code, claim));
@@ -112,7 +112,7 @@ TEST_F(AuthorizationCodesTest, AreGoodForAMinute) {
     EXPECT_FALSE(codes.Redeem(last, claim));
 }
 
-TEST_F(AuthorizationCodesTest, AreBoundToTheRequestAndSpentByAWrongClaim) {
+TEST_F(AuthorizationCodesTest, RequireTheClaimOfTheRequestAndAllowOneAttempt) {
     using Claim = AuthorizationCodes::Claim;
     Claim const wrong[] = {
         {ClientId("another"), claim.redirectUri, claim.verifier},
@@ -130,7 +130,7 @@ TEST_F(AuthorizationCodesTest, AreBoundToTheRequestAndSpentByAWrongClaim) {
     EXPECT_TRUE(codes.Redeem(code, claim));
 }
 
-TEST(FormTokens, AreGoodForTheRequestTheBrowserAndTenMinutes) {
+TEST(FormTokens, AreBoundToRequestAndBrowserAndExpireAfterTenMinutes) {
     std::int64_t now = 1'000'000;
     FormTokens tokens([&] { return now; });
     BrowserId const browser(std::string(64, 'a'));
@@ -148,7 +148,7 @@ TEST(FormTokens, AreGoodForTheRequestTheBrowserAndTenMinutes) {
         {request.client, uri + 'x', "state", kChallenge},
         {request.client, uri, "statex", kChallenge},
         {request.client, uri, "state", kChallenge + std::string("x")},
-        // The same text in all, parted elsewhere.
+        // The same concatenated text with another boundary.
         {ClientId("editorh"), "ttp://127.0.0.1:1/cb", "state", kChallenge},
     };
     for (AuthorizationRequest const& other : others)
@@ -162,7 +162,7 @@ TEST(FormTokens, AreGoodForTheRequestTheBrowserAndTenMinutes) {
     now += 1;
     EXPECT_FALSE(tokens.IsGood(token, browser, request));
     now -= FormTokens::kSeconds + 1;
-    EXPECT_FALSE(tokens.IsGood(token, browser, request)) << "made in the future";
+    EXPECT_FALSE(tokens.IsGood(token, browser, request)) << "issued in the future";
 }
 
 }  // namespace

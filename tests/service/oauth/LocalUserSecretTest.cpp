@@ -51,7 +51,7 @@ protected:
     std::vector<std::pair<char const*, std::optional<std::string>>> before;
 };
 
-TEST_F(LocalUserSecretTest, LiesWhereOnlyItsUserCanReadItForAsLongAsItIsGood) {
+TEST_F(LocalUserSecretTest, WritesAPrivateFileAndRemovesIt) {
     fs::path file = runtime / "quillo/8080/127.0.0.1.secret";
     fs::create_directories(file.parent_path());
     fs::permissions(file.parent_path(), fs::perms::owner_all);
@@ -74,10 +74,10 @@ TEST_F(LocalUserSecretTest, LiesWhereOnlyItsUserCanReadItForAsLongAsItIsGood) {
     auto former = std::make_optional<LocalUserSecret>("0.0.0.0", 8080);
     LocalUserSecret latter("127.0.0.1", 8080);
     former.reset();
-    EXPECT_TRUE(latter.Is(Read(file))) << "a service takes only its own away";
+    EXPECT_TRUE(latter.Is(Read(file))) << "the file of a later service is kept";
 }
 
-TEST_F(LocalUserSecretTest, GoesToTheCacheOrNowhereWhereThePlaceIsNotTheUsersAlone) {
+TEST_F(LocalUserSecretTest, FallsBackToTheCacheIfTheRuntimeDirectoryIsNotPrivate) {
     struct Row {
         char const* what;
         std::function<void()> spoil;
@@ -108,7 +108,7 @@ TEST_F(LocalUserSecretTest, GoesToTheCacheOrNowhereWhereThePlaceIsNotTheUsersAlo
     ::chmod(cache.c_str(), 0777);
     try {
         LocalUserSecret secret("127.0.0.1", 8080);
-        ADD_FAILURE() << "found a place";
+        ADD_FAILURE() << "accepted a directory that others can write";
     } catch (std::runtime_error const& error) {
         EXPECT_THAT(error.what(), testing::HasSubstr("run chmod go-w '" + cache.string() + "'"));
     }

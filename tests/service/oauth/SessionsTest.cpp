@@ -32,7 +32,7 @@ protected:
     }();
 };
 
-TEST_F(SessionsTest, TakesAccessTokensUntilTheyExpire) {
+TEST_F(SessionsTest, AcceptsAccessTokensUntilTheyExpire) {
     ASSERT_TRUE(Signed(pair.access));
     EXPECT_EQ(sessions.Find(pair.access)->user, SampleUserId());
     EXPECT_FALSE(Signed(pair.refresh));
@@ -43,13 +43,13 @@ TEST_F(SessionsTest, TakesAccessTokensUntilTheyExpire) {
     EXPECT_FALSE(Signed(pair.access));
 }
 
-TEST_F(SessionsTest, RefreshesAndForgivesALostAnswerForAMinute) {
+TEST_F(SessionsTest, AllowsARepeatedRefreshForAMinute) {
     TokenPair lost = Exchange(pair);
     now += Sessions::kRefreshGraceSeconds / 2;
     TokenPair lostToo = Exchange(pair);
     now += Sessions::kRefreshGraceSeconds / 2 - 1;
     TokenPair got = Exchange(pair);
-    EXPECT_FALSE(Signed(lost.access) || Signed(lostToo.access)) << "only the last answer counts";
+    EXPECT_FALSE(Signed(lost.access) || Signed(lostToo.access)) << "only the last pair is valid";
     EXPECT_TRUE(Signed(got.access));
     EXPECT_EQ(sessions.Find(got.access)->session, sessions.Find(pair.access)->session);
     now += Sessions::kRefreshSeconds - 1;
@@ -58,13 +58,13 @@ TEST_F(SessionsTest, RefreshesAndForgivesALostAnswerForAMinute) {
     EXPECT_FALSE(sessions.Refresh(next.refresh, editor));
 }
 
-TEST_F(SessionsTest, EndsASessionWhoseRefreshTokenIsUsedAgain) {
+TEST_F(SessionsTest, EndsTheSessionIfARefreshTokenIsReused) {
     struct Row {
         char const* what;
         std::function<std::string(TokenPair const& first, TokenPair const& second)> again;
     };
     for (Row const &row : std::vector<Row>{
-             {"the answer is no longer on its way",
+             {"after the grace period",
               [&](auto&first, auto&) {
                   now += Sessions::kRefreshGraceSeconds;
                   return first.refresh;
@@ -79,7 +79,7 @@ TEST_F(SessionsTest, EndsASessionWhoseRefreshTokenIsUsedAgain) {
                   Exchange(second);
                   return first.refresh;
               }},
-             {"the answer with this one was asked for again",
+             {"its pair was revoked by a repeated refresh",
               [&](auto&first, auto&second) {
                   Exchange(first);
                   return second.refresh;
@@ -93,17 +93,17 @@ TEST_F(SessionsTest, EndsASessionWhoseRefreshTokenIsUsedAgain) {
         EXPECT_FALSE(sessions.Refresh(again, editor));
         EXPECT_FALSE(Signed(first.access) || Signed(second.access));
         EXPECT_FALSE(sessions.Refresh(second.refresh, editor));
-        EXPECT_TRUE(Signed(pair.access)) << "another session";
+        EXPECT_TRUE(Signed(pair.access)) << "another session goes on";
     }
 }
 
-TEST_F(SessionsTest, RefreshesForTheSameClientOnlyAndNotWithAnAccessToken) {
+TEST_F(SessionsTest, RefusesARefreshByAnotherClientOrWithAnAccessToken) {
     EXPECT_FALSE(sessions.Refresh(pair.refresh, ClientId("another")));
     EXPECT_FALSE(sessions.Refresh(pair.access, editor));
     EXPECT_TRUE(sessions.Refresh(pair.refresh, editor));
 }
 
-TEST_F(SessionsTest, EndsTheWholeSessionWithEitherToken) {
+TEST_F(SessionsTest, RevokingEitherTokenEndsTheSession) {
     TokenPair other = sessions.SignIn(SampleUserId(), editor);
     auto renewed = sessions.Refresh(pair.refresh, editor);
     sessions.Revoke(renewed->refresh);
@@ -116,7 +116,7 @@ TEST_F(SessionsTest, EndsTheWholeSessionWithEitherToken) {
     EXPECT_FALSE(sessions.Refresh(other.refresh, editor));
 }
 
-TEST_F(SessionsTest, KeepsNoTokenInItsFiles) {
+TEST_F(SessionsTest, StoresNoTokenInPlainText) {
     for (auto const& entry : std::filesystem::directory_iterator(directory.GetPath())) {
         std::ifstream file(entry.path(), std::ios::binary);
         std::string content{std::istreambuf_iterator<char>(file), {}};

@@ -27,7 +27,7 @@ protected:
     std::string unknown = UuidOf("nothing");
 };
 
-TEST_F(ApiTest, LetsNobodyInWithoutAToken) {
+TEST_F(ApiTest, RequiresAToken) {
     std::vector<std::pair<char const*, std::string>> const requests = {
         {"GET", "/v1/me"},
         {"GET", "/v1/accounts"},
@@ -60,10 +60,10 @@ TEST_F(ApiTest, LetsNobodyInWithoutAToken) {
     }
     EXPECT_EQ(client.Send("GET", "/v1/me", {{"Authorization", "bearer  " + client.token}})->status,
               200)
-        << "schemes are of any case";
+        << "schemes are case-insensitive";
 }
 
-TEST_F(ApiTest, SaysWhichMethodsAnAddressTakes) {
+TEST_F(ApiTest, ListsAllowedMethods) {
     struct Row {
         std::string method;
         std::string path;
@@ -80,7 +80,7 @@ TEST_F(ApiTest, SaysWhichMethodsAnAddressTakes) {
              {"GET", "/oauth/token", 405, "POST, OPTIONS"},
              {"TRACE", "/none", 404, ""},
          }) {
-        bool asks = row.method == "OPTIONS";  // and needs no token for it
+        bool asks = row.method == "OPTIONS";  // needs no token
         auto result =
             client.Send(row.method, row.path, asks ? Headers{{"Authorization", ""}} : Headers{});
         ASSERT_TRUE(result) << row.method << row.path;
@@ -89,7 +89,7 @@ TEST_F(ApiTest, SaysWhichMethodsAnAddressTakes) {
     }
 }
 
-TEST_F(ApiTest, SpeaksTusInEveryAnswer) {
+TEST_F(ApiTest, SetsTusHeaders) {
     auto version = [&](std::string const& method, std::string const& path, Headers const& headers) {
         auto result = client.Send(method, path, headers);
         return std::to_string(result->status) + " " + result->get_header_value("Tus-Resumable");
@@ -110,7 +110,7 @@ TEST_F(ApiTest, SpeaksTusInEveryAnswer) {
     EXPECT_EQ(options->get_header_value("Tus-Max-Size"), "1099511627776");
 }
 
-TEST_F(ApiTest, LetsPagesOfTheAllowedOriginInAndNoOthers) {
+TEST_F(ApiTest, AllowsCorsForOneOrigin) {
     RunningService open({.allowOrigin = "https://review.example"});
     ApiClient reader(open.GetPort());
     auto origin = [&](ApiClient& of, std::string const& method, char const* from) {
@@ -185,7 +185,7 @@ TEST_F(ApiTest, SignsInAndOut) {
     EXPECT_EQ(client.Send("GET", "/v1/me")->status, 200);
 }
 
-TEST_F(ApiTest, TellsUnknownThingsFromThoseOfOthers) {
+TEST_F(ApiTest, DistinguishesUnknownFromForbidden) {
     std::string strangersAccount = UuidOf("account/Somebody Else's Account");
     struct Row {
         std::string method;
@@ -213,7 +213,7 @@ TEST_F(ApiTest, TellsUnknownThingsFromThoseOfOthers) {
     }
 }
 
-TEST_F(ApiTest, TellsErrorsToBrowsersOnAPage) {
+TEST_F(ApiTest, SendsErrorPagesToBrowsers) {
     std::string const browser = "text/html,application/xhtml+xml,application/xml;q=0.9,*/*;q=0.8";
     struct Row {
         std::string path;
@@ -281,9 +281,9 @@ TEST_F(ApiTest, ListsTheLargeSampleCompletely) {
     EXPECT_GT(reader.Get("/v1/folders/" + reader.folder + "/children")["assets"].size(), 1000u);
 }
 
-TEST_F(ApiTest, CountsRequestsAndRefusesThosePastTheLimit) {
+TEST_F(ApiTest, LimitsTheRateOfASession) {
     RunningService limited({.limit = RateLimit{3, std::chrono::hours(1)}});
-    ApiClient impatient(limited.GetPort());  // has asked for accounts, workspaces and projects once
+    ApiClient impatient(limited.GetPort());  // has already sent one request of each other kind
     auto children = [&] { return impatient.Send("GET", "/v1/folders/" + unknown + "/children"); };
     for (int i = 0; i < 3; ++i) {
         auto result = children();
@@ -297,13 +297,13 @@ TEST_F(ApiTest, CountsRequestsAndRefusesThosePastTheLimit) {
     EXPECT_GT(std::stoi(refused->get_header_value("Retry-After")), 3500);
     EXPECT_EQ(impatient.Send("GET", "/v1/me")->status, 200);
     EXPECT_EQ(ApiClient(limited.GetPort()).Send("GET", "/v1/me")->status, 200);
-    // What belongs to an upload that was admitted is not counted.
+    // Requests for an existing upload are not counted.
     std::string upload = impatient.CreateUpload(10);
     for (std::size_t i = 0; i < 10; ++i)
         EXPECT_EQ(impatient.Append(upload, i, "x")->status, 204);
 }
 
-TEST_F(ApiTest, CountsTheRequestsForTokensOfAnAddress) {
+TEST_F(ApiTest, LimitsTheRateOfTokenRequestsByAddress) {
     RunningService limited({.limit = RateLimit{3, std::chrono::hours(1)}});
     httplib::Client stranger("127.0.0.1", limited.GetPort());
     for (auto [path, status] : {std::pair("/oauth/token", 400),
@@ -322,7 +322,7 @@ TEST_F(ApiTest, CountsTheRequestsForTokensOfAnAddress) {
     EXPECT_GT(std::stoi(refused->get_header_value("Retry-After")), 3500);
 }
 
-TEST_F(ApiTest, ChecksWhatCreatesAnUpload) {
+TEST_F(ApiTest, ValidatesUploadCreations) {
     std::string folder = client.folder;
     std::string good = Metadata("movie.mp4", folder);
     std::string foreign = UuidOf("account/Somebody Else's Account");
@@ -371,7 +371,7 @@ TEST_F(ApiTest, ChecksWhatCreatesAnUpload) {
     }
 }
 
-TEST_F(ApiTest, ChecksWhatAppends) {
+TEST_F(ApiTest, ValidatesAppends) {
     std::string upload = client.CreateUpload(10);
     struct Row {
         Headers headers;
@@ -424,7 +424,7 @@ TEST_F(ApiTest, ChecksWhatAppends) {
         EXPECT_EQ(result->status, row.status) << row.body << result->body;
     }
     EXPECT_EQ(client.OffsetOf(upload), "2");
-    // The protocol's way for clients that have no PATCH.
+    // For clients that cannot send PATCH.
     EXPECT_EQ(client
                   .Send("POST", upload,
                         {{"X-HTTP-Method-Override", "PATCH"},
@@ -435,7 +435,7 @@ TEST_F(ApiTest, ChecksWhatAppends) {
               "4");
 }
 
-TEST_F(ApiTest, AnswersARepeatedCreationWithWhatTheFirstMade) {
+TEST_F(ApiTest, RepeatsIdempotentCreations) {
     std::string key = NewUuid();
     Headers headers{{"Idempotency-Key", key}};
     std::string upload = client.CreateUpload(10, "a.mp4", {}, headers);
@@ -456,7 +456,7 @@ TEST_F(ApiTest, AnswersARepeatedCreationWithWhatTheFirstMade) {
     EXPECT_EQ(CodeOf(createLink("Cut", key)), "conflict");
 }
 
-TEST_F(ApiTest, ChecksWhatReviewLinksAreAskedFor) {
+TEST_F(ApiTest, ValidatesReviewLinkRequests) {
     std::string links = "/v1/projects/" + client.project + "/review-links";
     std::string assets = "/v1/review-links/" + client.CreateLink() + "/assets";
     json asset = client.Upload("movie")["asset"]["id"];
@@ -487,7 +487,7 @@ TEST_F(ApiTest, ChecksWhatReviewLinksAreAskedFor) {
         ASSERT_TRUE(result);
         EXPECT_EQ(result->status, row.status) << row.body.substr(0, 80) << result->body;
     }
-    // None of the refused requests added the one that is known.
+    // None of the refused requests has added the known asset.
     auto add = [&] {
         return json::parse(
             client.Send("POST", assets, {}, json{{"asset_ids", {asset}}}.dump())->body);

@@ -19,13 +19,13 @@ using Fields = std::map<std::string, std::string>;
 
 constexpr char const* kForm = "application/x-www-form-urlencoded";
 constexpr char const* kRedirect = "http://127.0.0.1:5000/cb?app=1";
-// The example of RFC 7636, appendix B.
+// From RFC 7636, appendix B.
 constexpr char const* kVerifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
 constexpr char const* kChallenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
 
-constexpr char const* kStateBack = "&state=a&b";  // the test's client decodes what it is sent
+constexpr char const* kStateBack = "&state=a&b";  // decoded by httplib
 
-/// What stands in `text` between `before` and `after`; empty when it is not there.
+/// The text between `before` and `after`; empty if it is not found.
 std::string Between(std::string const& text, std::string const& before, std::string const& after) {
     auto begin = text.find(before);
     if (begin == std::string::npos) return {};
@@ -52,8 +52,8 @@ protected:
         return http.Get("/oauth/authorize?" + Query(fields), headers);
     }
 
-    /// Opens the page and sends its form, with `changes` to what it would send, as the browser
-    /// does that has `cookie`; empty: the one that it has just been given.
+    /// Opens the page and submits its form with `changes` to the fields. `cookie`: empty for the
+    /// one that the page set.
     httplib::Result Submit(Fields const& changes, std::string cookie = {}) {
         auto page = Get(Request());
         if (cookie.empty()) cookie = CookieOf(page);
@@ -97,7 +97,7 @@ protected:
     httplib::Client http{"127.0.0.1", service.GetPort()};
 };
 
-TEST_F(AuthorizeTest, SignsInWhomItsUserChoosesAndGivesTheCodeForTokensOnce) {
+TEST_F(AuthorizeTest, SignsInTheChosenUserAndRedeemsTheCodeOnce) {
     auto page = Get(Request());
     ASSERT_EQ(page->status, 200);
     ExpectGuarded(page);
@@ -128,7 +128,7 @@ TEST_F(AuthorizeTest, SignsInWhomItsUserChoosesAndGivesTheCodeForTokensOnce) {
     EXPECT_EQ(http.Get("/v1/me", signedIn)->status, 401);
 }
 
-TEST_F(AuthorizeTest, NeverSendsTheBrowserToWhomItDoesNotTrust) {
+TEST_F(AuthorizeTest, NeverRedirectsForAnUntrustedRequest) {
     Fields const rows[] = {
         {{"client_id", ""}},
         {{"client_id", std::string(257, 'a')}},
@@ -147,7 +147,7 @@ TEST_F(AuthorizeTest, NeverSendsTheBrowserToWhomItDoesNotTrust) {
     };
     for (Fields const& row : rows) {
         SCOPED_TRACE(row.begin()->second);
-        // An error that would be told by a redirect does not change it.
+        // A second error, which alone would be answered with a redirect, changes nothing.
         Fields broken = row;
         broken["response_type"] = "token";
         expectRefused(Get(Request(row)));
@@ -160,7 +160,7 @@ TEST_F(AuthorizeTest, NeverSendsTheBrowserToWhomItDoesNotTrust) {
     EXPECT_THAT(Get(Request({{"redirect_uri", "<script>"}}))->body, Not(HasSubstr("<script>")));
 }
 
-TEST_F(AuthorizeTest, TellsTheProgramOfItsOtherErrors) {
+TEST_F(AuthorizeTest, RedirectsWithOtherErrors) {
     struct Row {
         Fields changes;
         std::string extra;
@@ -184,14 +184,14 @@ TEST_F(AuthorizeTest, TellsTheProgramOfItsOtherErrors) {
         EXPECT_THAT(location, StartsWith(kRedirect + std::string("&error=") + row.error + "&"));
         EXPECT_THAT(location, testing::EndsWith(kStateBack));
     }
-    // A state that is none is not sent back.
+    // An invalid state is not sent back.
     for (std::string const& state : {std::string("a\r\nb"), std::string(1025, 'a')}) {
         EXPECT_THAT(Get(Request({{"state", state}}))->get_header_value("Location"),
                     testing::AllOf(HasSubstr("error=invalid_request"), Not(HasSubstr("state="))));
     }
 }
 
-TEST_F(AuthorizeTest, KeepsTheFormAfterAWrongPassword) {
+TEST_F(AuthorizeTest, ShowsTheFormAgainAfterAWrongPassword) {
     auto answer = Submit({{"password", "wrong"}});
     EXPECT_EQ(answer->status, 403);
     EXPECT_THAT(answer->body, HasSubstr("not the password"));
@@ -202,7 +202,7 @@ TEST_F(AuthorizeTest, KeepsTheFormAfterAWrongPassword) {
     EXPECT_THAT(unknown->body, HasSubstr("value=\"&quot;&gt;&lt;script&gt;\""));
     EXPECT_EQ(Submit({{"password", ""}})->status, 403);
 
-    // What the page then shows can be sent in turn.
+    // The page shown after the error can be submitted.
     auto page = Get(Request());
     std::string cookie = CookieOf(page);
     Fields wrong = Request({{"form_token", TokenOf(page)}, {"decision", "allow"}});
@@ -210,7 +210,7 @@ TEST_F(AuthorizeTest, KeepsTheFormAfterAWrongPassword) {
     EXPECT_EQ(Submit({{"form_token", TokenOf(kept)}}, cookie)->status, 303);
 }
 
-TEST_F(AuthorizeTest, TellsTheProgramWhenItsUserDenies) {
+TEST_F(AuthorizeTest, RedirectsWithADenial) {
     auto answer = Submit({{"decision", "deny"}, {"password", ""}});
     EXPECT_EQ(answer->status, 303);
     EXPECT_THAT(answer->get_header_value("Location"),
@@ -218,7 +218,7 @@ TEST_F(AuthorizeTest, TellsTheProgramWhenItsUserDenies) {
                                Not(HasSubstr("code="))));
 }
 
-TEST_F(AuthorizeTest, TakesAFormThatThisBrowserWasShownForThisRequestOnly) {
+TEST_F(AuthorizeTest, BindsTheFormToBrowserAndRequest) {
     std::string const secret(64, 'a');
     std::pair<Fields, std::string> const rows[] = {
         {{}, "quillo_browser=" + secret},
@@ -237,14 +237,14 @@ TEST_F(AuthorizeTest, TakesAFormThatThisBrowserWasShownForThisRequestOnly) {
         EXPECT_EQ(answer->status, 400) << cookie << testing::PrintToString(changes);
         EXPECT_FALSE(answer->has_header("Location"));
     }
-    // A browser keeps its secret, so that several pages can be open in it.
+    // A browser keeps its cookie, so several of its pages can be open at once.
     auto first = Get(Request());
     auto second = Get(Request(), {{"Cookie", "a=b; " + CookieOf(first)}});
     EXPECT_FALSE(second->has_header("Set-Cookie"));
     EXPECT_EQ(Submit({{"form_token", TokenOf(second)}}, CookieOf(first))->status, 303);
 }
 
-TEST_F(AuthorizeTest, GivesTokensForTheWholeClaimOnly) {
+TEST_F(AuthorizeTest, RequiresAllParametersOfATokenRequest) {
     std::string code = Between(Submit({})->get_header_value("Location"), "code=", "&");
     for (char const* missing : {"code", "redirect_uri", "code_verifier", "client_id"}) {
         auto answer = Redeem(code, {{missing, ""}});

@@ -44,14 +44,14 @@ class Follower {
 public:
     Follower(int port, std::string const& token, std::string const& lastEventId = {})
         : connection(port) {
-        connection.Say("GET /v1/events HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: Bearer " +
-                       token + "\r\n" +
-                       (lastEventId.empty() ? "" : "Last-Event-ID: " + lastEventId + "\r\n") +
-                       "\r\n");
+        connection.Send("GET /v1/events HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: Bearer " +
+                        token + "\r\n" +
+                        (lastEventId.empty() ? "" : "Last-Event-ID: " + lastEventId + "\r\n") +
+                        "\r\n");
         head = connection.ReadTo("\r\n\r\n");
     }
 
-    /// The next event; an empty one when the stream has ended.
+    /// The next event; an empty one at the end of the stream.
     Event Next() {
         for (;;) {
             std::istringstream lines(connection.ReadTo("\n\n"));
@@ -65,7 +65,7 @@ public:
         }
     }
 
-    /// The next changes, as "list of".
+    /// The next changes, each as "LIST PARENT".
     std::vector<std::string> Changes(std::size_t count) {
         std::vector<std::string> changes;
         while (changes.size() < count) {
@@ -93,7 +93,7 @@ protected:
     ApiClient client{service.GetPort()};
 };
 
-TEST_F(EventsTest, EachChangeNamesItsList) {
+TEST_F(EventsTest, NameTheChangedList) {
     Follower follower(service.GetPort(), client.token);
     EXPECT_THAT(follower.head, StartsWith("HTTP/1.1 200"));
     EXPECT_THAT(follower.head, HasSubstr("Content-Type: text/event-stream"));
@@ -118,7 +118,7 @@ TEST_F(EventsTest, EachChangeNamesItsList) {
                             "projects " + workspace, "workspaces " + account, "accounts "));
 }
 
-TEST_F(EventsTest, APublishedMovieChangesItsFolderAndTheOneThatItsStackLeaves) {
+TEST_F(EventsTest, ReportTheFoldersOfAPublishedMovie) {
     Follower follower(service.GetPort(), client.token);
     follower.Next();
     std::string stack = "5ca1ab1e-0000-4000-8000-000000000001";
@@ -132,7 +132,7 @@ TEST_F(EventsTest, APublishedMovieChangesItsFolderAndTheOneThatItsStackLeaves) {
                             "assets " + first, "assets " + client.folder));
 }
 
-TEST_F(EventsTest, WhoComesBackMissesNothing) {
+TEST_F(EventsTest, ResumeAfterTheLastEvent) {
     std::string id;
     {
         Follower follower(service.GetPort(), client.token);
@@ -157,7 +157,7 @@ TEST_F(EventsTest, WhoComesBackMissesNothing) {
     EXPECT_THAT(third.Changes(1), ElementsAre("assets " + first));
 }
 
-TEST_F(EventsTest, WhoComesBackWithAnotherStoresNumberIsToldToReadAllAnew) {
+TEST_F(EventsTest, ResetForAnUnknownLastEvent) {
     for (char const* id : {"0", "7", "9000000000000000000", "-1", "x", "99999999999999999999"}) {
         Follower follower(service.GetPort(), client.token, id);
         Event reset = follower.Next();
@@ -167,23 +167,23 @@ TEST_F(EventsTest, WhoComesBackWithAnotherStoresNumberIsToldToReadAllAnew) {
     }
 }
 
-TEST_F(EventsTest, AsManyFollowersAsThereMayBeLeaveRoomForRequests) {
+TEST_F(EventsTest, LimitTheNumberOfStreams) {
     rlimit files{};
     ::getrlimit(RLIMIT_NOFILE, &files);
     files.rlim_cur = std::min<rlim_t>(files.rlim_max, 4096);
     ::setrlimit(RLIMIT_NOFILE, &files);
-    service.Restart();  // with the limit
+    service.Restart();  // with the new limit
 
     std::list<Follower> followers;
     auto follow = [&](std::string const& token) {
         followers.emplace_back(service.GetPort(), token);
         return followers.back().head;
     };
-    while (followers.size() < EventStreams::kMostStreams) {
+    while (followers.size() < EventStreams::kMaxStreams) {
         ApiClient session(service.GetPort());
-        for (std::size_t i = 0; i < EventStreams::kMostStreamsOfASession; ++i)
+        for (std::size_t i = 0; i < EventStreams::kMaxStreamsPerSession; ++i)
             ASSERT_THAT(follow(session.token), StartsWith("HTTP/1.1 200")) << followers.size();
-        if (followers.size() > EventStreams::kMostStreamsOfASession) continue;
+        if (followers.size() > EventStreams::kMaxStreamsPerSession) continue;
         EXPECT_THAT(follow(session.token), StartsWith("HTTP/1.1 429"));
         followers.pop_back();
     }
@@ -208,7 +208,7 @@ TEST_F(EventsTest, EndWithTheService) {
     EXPECT_EQ(follower.Next().name, "");
 }
 
-/// The streams without the server, with a client at the other end of a socket.
+/// The streams without a server; the test holds the client's end of a socket pair.
 class EventStreamsTest : public testing::Test {
 protected:
     EventStreamsTest() {
@@ -217,7 +217,7 @@ protected:
     }
     ~EventStreamsTest() override { ::close(ends[0]); }
 
-    /// What comes next, up to `end`; all there is when the stream ends first.
+    /// Reads up to and including `end`, or to the end of the stream.
     std::string ReadTo(std::string_view end) {
         std::string text;
         char byte = 0;
@@ -234,11 +234,11 @@ protected:
     int ends[2];
 };
 
-TEST_F(EventStreamsTest, TellOfOnesOwnAccountsAndEndWithTheToken) {
+TEST_F(EventStreamsTest, CoverTheUsersAccountsAndEndWithTheToken) {
     UserId user(UuidOf("user/other"));
     std::string token = sessions.SignIn(user, ClientId("test")).access;
     EventStreams::Follower follower = streams.MakeFollower(user, token, std::nullopt);
-    // The answer is on its way to the client, who counts on what changes from here on.
+    // Changes between MakeFollower and Take must be in the stream.
     store.Write([](Database& database) {
         for (char const* name : {"Northlight Pictures", "Somebody Else's Account"})
             ChangeFeed::RecordChildren(database, *FindNode(database, AccountNamed(name)));
@@ -248,12 +248,12 @@ TEST_F(EventStreamsTest, TellOfOnesOwnAccountsAndEndWithTheToken) {
     EXPECT_THAT(ReadTo("\n\n"), HasSubstr("ready"));
     EXPECT_THAT(ReadTo(AccountNamed("Somebody Else's Account").GetText() + "\"}\n\n"),
                 testing::Not(HasSubstr(AccountNamed("Northlight Pictures").GetText())));
-    EXPECT_THAT(ReadTo("\n\n"), StartsWith(":")) << "something is sent all the time";
+    EXPECT_THAT(ReadTo("\n\n"), StartsWith(":")) << "a heartbeat";
     sessions.Revoke(token);
     EXPECT_THAT(ReadTo("no end"), testing::Not(HasSubstr("changed")));
 }
 
-TEST_F(EventStreamsTest, CatchUpInBatchesAndForgetWhatIsLongPast) {
+TEST_F(EventStreamsTest, CatchUpInBatchesWithinTheKeptChanges) {
     UserId user = SampleUserId();
     auto before = static_cast<std::int64_t>(changes.Position());
     store.Write([](Database& database) {
@@ -273,7 +273,7 @@ TEST_F(EventStreamsTest, CatchUpInBatchesAndForgetWhatIsLongPast) {
     EXPECT_EQ(std::count(all.begin(), all.end(), '{'), 1'100);
 }
 
-TEST(StoreTest, TakesOverWhatTheFirstVersionWrote) {
+TEST(StoreTest, UpgradesFromTheFirstVersion) {
     TempDirectory directory;
     std::string path = directory.GetPath() + "/store.sqlite";
     IdempotentRequest const request{SampleUserId(), IdempotencyKey(NewUuid()), "review link"};

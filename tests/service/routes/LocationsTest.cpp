@@ -16,14 +16,14 @@ using testing::Not;
 
 class LocationsTest : public testing::Test {
 protected:
-    /// The status and the error's code, where there is one, that a request is answered with.
+    /// Sends a request; returns the status and, for an error, its code.
     std::string Try(std::string const& method, std::string const& path, json const& body = {}) {
         auto result = client.Send(method, path, {}, body.is_null() ? "" : body.dump());
-        std::string told = std::to_string(result->status);
+        std::string text = std::to_string(result->status);
         if (result->status >= 400) {
-            told += " " + json::parse(result->body)["error"]["code"].get<std::string>();
+            text += " " + json::parse(result->body)["error"]["code"].get<std::string>();
         }
-        return told;
+        return text;
     }
 
     std::vector<std::string> NamesIn(std::string const& path, std::string const& key) {
@@ -38,7 +38,7 @@ protected:
     ApiClient client{service.GetPort()};
 };
 
-TEST_F(LocationsTest, AreMadeRenamedAndRemovedFromTheAccountDown) {
+TEST_F(LocationsTest, AreCreatedRenamedAndRemoved) {
     std::string account = client.Post("/v1/accounts", {{"name", "A"}})["account"]["id"];
     std::string workspaces = "/v1/accounts/" + account + "/workspaces";
     std::string workspace = client.Post(workspaces, {{"name", "W"}})["workspace"]["id"];
@@ -69,7 +69,7 @@ TEST_F(LocationsTest, AreMadeRenamedAndRemovedFromTheAccountDown) {
     EXPECT_EQ(NamesIn("/v1/accounts", "accounts").size(), 2u);
 }
 
-TEST_F(LocationsTest, WithMoviesOrLinksAreKept) {
+TEST_F(LocationsTest, AreNotRemovedWithContents) {
     std::string projects = "/v1/workspaces/" +
                            UuidOf(UuidOf("account/Northlight Pictures") + "/Commercials/1") +
                            "/projects";
@@ -78,7 +78,8 @@ TEST_F(LocationsTest, WithMoviesOrLinksAreKept) {
         client.Post("/v1/folders/" + root + "/children", {{"name", "F"}})["asset"]["id"];
     client.folder = folder;
     std::string upload = client.CreateUpload(5);
-    EXPECT_EQ(Try("DELETE", "/v1/folders/" + folder), "409 conflict") << "a movie is on its way";
+    EXPECT_EQ(Try("DELETE", "/v1/folders/" + folder), "409 conflict")
+        << "a movie is being uploaded";
     client.Append(upload, 0, "movie");
     EXPECT_EQ(Try("DELETE", "/v1/folders/" + folder), "409 conflict");
 
@@ -89,7 +90,7 @@ TEST_F(LocationsTest, WithMoviesOrLinksAreKept) {
     EXPECT_EQ(Try("PATCH", "/v1/folders/" + root, {{"name", "x"}}), "409 conflict");
 }
 
-TEST_F(LocationsTest, TellsWhatIsWrongWithARequest) {
+TEST_F(LocationsTest, ValidateRequests) {
     std::string stranger = UuidOf("account/Somebody Else's Account");
     std::string unknown = UuidOf("nothing");
     struct Row {
@@ -119,7 +120,7 @@ TEST_F(LocationsTest, TellsWhatIsWrongWithARequest) {
     }
 }
 
-TEST_F(LocationsTest, HaveAPageForBrowsersOfThisMachineThatHoldsNoSecret) {
+TEST_F(LocationsTest, HaveAnAdminPageForLocalBrowsers) {
     std::string port = ":" + std::to_string(service.GetPort());
     auto page = client.http.Get("/admin");
     ASSERT_EQ(page->status, 200);
@@ -127,11 +128,11 @@ TEST_F(LocationsTest, HaveAPageForBrowsersOfThisMachineThatHoldsNoSecret) {
     EXPECT_THAT(page->get_header_value("Content-Security-Policy"),
                 testing::AllOf(testing::StartsWith("default-src 'none'; style-src 'sha256-"),
                                HasSubstr("script-src 'sha256-"), Not(HasSubstr("unsafe"))));
-    // What is the same for everybody lets nobody in.
+    // The page is the same each time, so it contains no secret.
     EXPECT_EQ(client.http.Get("/admin")->body, page->body);
 
     auto named = client.http.Get("/admin", {{"Host", "localhost" + port}});
-    EXPECT_EQ(named->status, 302) << "the sign-in comes back to no name";
+    EXPECT_EQ(named->status, 302) << "redirect URIs cannot have a name";
     EXPECT_EQ(named->get_header_value("Location"), "http://127.0.0.1" + port + "/admin");
 
     constexpr char const* link = "href=\"/admin\"";
@@ -147,7 +148,7 @@ TEST_F(LocationsTest, HaveAPageForBrowsersOfThisMachineThatHoldsNoSecret) {
         EXPECT_THAT(client.http.Get("/", headers)->body, Not(HasSubstr(link)));
     }
     EXPECT_EQ(client.http.Get("/admin", {{"Host", "127.0.0.2" + port}})->status, 403)
-        << "the sign-in does not come back there";
+        << "not a valid redirect URI";
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ TEST_F(RateLimiterTest, SlidesItsWindow) {
     now += 6s - 1ns;
     EXPECT_FALSE(Admits());
     now += 1ns;
-    // Only the first request has left the window, and refused ones never were in it.
+    // Only the first request has left the window; refused ones were not counted.
     EXPECT_TRUE(Admits());
     EXPECT_FALSE(Admits());
     now += 4s;
@@ -44,7 +44,7 @@ TEST_F(RateLimiterTest, SlidesItsWindow) {
     EXPECT_FALSE(Admits());
 }
 
-TEST_F(RateLimiterTest, CountsSessionsAndKindsApart) {
+TEST_F(RateLimiterTest, CountsRequestersAndKindsSeparately) {
     for (int i = 0; i < 3; ++i)
         EXPECT_TRUE(Admits());
     EXPECT_FALSE(Admits());
@@ -52,10 +52,10 @@ TEST_F(RateLimiterTest, CountsSessionsAndKindsApart) {
     EXPECT_TRUE(Admits(1, RequestKind::Projects));
 }
 
-TEST_F(RateLimiterTest, KeepsCountingWhileItForgetsQuietSessions) {
+TEST_F(RateLimiterTest, KeepsCountsWhenItForgetsIdleRequesters) {
     for (int i = 0; i < 3; ++i)
         Admits(1);
-    // Far more sessions than it keeps before it looks for quiet ones.
+    // Enough requesters to trigger the removal of idle ones.
     for (int session = 100; session < 5000; ++session)
         Admits(session);
     EXPECT_FALSE(Admits(1));
@@ -63,7 +63,7 @@ TEST_F(RateLimiterTest, KeepsCountingWhileItForgetsQuietSessions) {
     EXPECT_TRUE(Admits(1));
 }
 
-TEST(RequestCountTest, CountsTheAddressesOfOneNetworkAsOne) {
+TEST(RequestCountTest, CountsAnIpv6NetworkAsOneRequester) {
     auto requester = [](char const* address) {
         auto exchange = std::make_shared<http::Exchange>();
         exchange->request.remoteAddress = address;

@@ -38,7 +38,7 @@ protected:
     std::string link = client.CreateLink("Rough <cut> & \"notes\"");
 };
 
-TEST_F(ReviewTest, FollowsAVersionStackToItsNewestMovie) {
+TEST_F(ReviewTest, ShowsTheNewestVersionOfAStack) {
     EXPECT_THAT(Page(), HasSubstr("Nothing to watch yet"));
     EXPECT_EQ(client.http.Get("/r/" + link + "/movie")->status, 404);
 
@@ -46,7 +46,7 @@ TEST_F(ReviewTest, FollowsAVersionStackToItsNewestMovie) {
     std::string first = Publish("first", "v1.mp4", stack);
     client.AddToLink(link, first);
     EXPECT_THAT(Page(), HasSubstr("/assets/" + first + "\""));
-    EXPECT_THAT(Page(), Not(HasSubstr("Version"))) << "one version leaves nothing to choose";
+    EXPECT_THAT(Page(), Not(HasSubstr("Version"))) << "there is no choice with one version";
 
     std::string second = Publish("second", "v2.mp4", stack);
     std::string page = Page();
@@ -62,16 +62,16 @@ TEST_F(ReviewTest, FollowsAVersionStackToItsNewestMovie) {
     EXPECT_EQ(Movie(second)->body, "second");
 }
 
-TEST_F(ReviewTest, ShowsNamesAsTextAndRunsNothing) {
+TEST_F(ReviewTest, EscapesNamesAndRunsNoScript) {
     client.AddToLink(link, Publish("x", "<script>alert('1')</script>\" onerror=\"x.mp4"));
     auto result = client.http.Get("/r/" + link);
     EXPECT_THAT(result->body,
                 HasSubstr("<title>Rough &lt;cut&gt; &amp; &quot;notes&quot;</title>"));
     EXPECT_THAT(result->body, Not(HasSubstr("<script")));
     EXPECT_THAT(result->body, Not(HasSubstr("\" onerror=")));
-    EXPECT_THAT(result->body, Not(HasSubstr("http"))) << "nothing is loaded from elsewhere";
+    EXPECT_THAT(result->body, Not(HasSubstr("http"))) << "nothing is loaded from other sites";
 
-    // The policy has to let the page's own style sheet through, and it only.
+    // The policy allows the page's style sheet and no other.
     std::size_t begin = result->body.find("<style>") + 7;
     std::string style = result->body.substr(begin, result->body.find("</style>") - begin);
     std::string policy = result->get_header_value("Content-Security-Policy");
@@ -83,7 +83,7 @@ TEST_F(ReviewTest, ShowsNamesAsTextAndRunsNothing) {
                 }() + "'"));
 }
 
-TEST_F(ReviewTest, ShowsOnlyWhatTheLinkHas) {
+TEST_F(ReviewTest, ShowsOnlyTheLinksMovies) {
     std::string shared = Publish("shared", "a.mp4");
     std::string secret = Publish("secret", "b.mp4");
     client.AddToLink(link, shared);
@@ -101,7 +101,7 @@ TEST_F(ReviewTest, ShowsOnlyWhatTheLinkHas) {
     }
 }
 
-TEST_F(ReviewTest, ServesPartsOfAMovie) {
+TEST_F(ReviewTest, ServesRanges) {
     std::string content = test::Noise(700'000);
     std::string asset = Publish(content, "movie.mp4");
     client.AddToLink(link, asset);
@@ -137,7 +137,7 @@ TEST_F(ReviewTest, ServesPartsOfAMovie) {
               206,
               content.substr(0, 1),
               "bytes 0-0/700000"},
-             // This client takes an answer without content for one that the connection's end ends.
+             // httplib reads a response without content up to the end of the connection.
              {{{"If-None-Match", "W/" + tag}, {"Connection", "close"}}, 304, "", ""},
          }) {
         auto result = Movie(asset, row.headers);
@@ -149,7 +149,7 @@ TEST_F(ReviewTest, ServesPartsOfAMovie) {
          {std::tuple("Range", "bytes=700000-", 416), std::tuple("If-Match", "\"other\"", 412)}) {
         auto refused = Movie(asset, {{header, value}});
         EXPECT_EQ(refused->status, status);
-        EXPECT_FALSE(refused->has_header("Cache-Control")) << "an error is nothing to keep";
+        EXPECT_FALSE(refused->has_header("Cache-Control")) << "errors are not cached";
         EXPECT_FALSE(refused->has_header("ETag"));
     }
     auto past = Movie(asset, {{"Range", "bytes=700000-"}});
@@ -160,19 +160,19 @@ TEST_F(ReviewTest, ServesPartsOfAMovie) {
     EXPECT_EQ(head->get_header_value("Content-Length"), "700000");
 }
 
-TEST_F(ReviewTest, OffersMoviesForDownloadUnderAnyName) {
+TEST_F(ReviewTest, EncodesTheFileNameOfADownload) {
     std::string asset = Publish("x", "Größe\r\nX-Injected: \"1\".mp4");
     client.AddToLink(link, asset);
     test::RawConnection connection(service.GetPort());
-    connection.Say("GET /r/" + link + "/assets/" + asset +
-                   "?download=1 HTTP/1.1\r\nHost: x\r\n\r\n");
-    connection.Finish();
+    connection.Send("GET /r/" + link + "/assets/" + asset +
+                    "?download=1 HTTP/1.1\r\nHost: x\r\n\r\n");
+    connection.EndOutput();
     EXPECT_THAT(connection.ReadAll(),
                 HasSubstr("Content-Disposition: attachment; filename*=UTF-8''"
                           "Gr%c3%b6%c3%9fe%0d%0aX-Injected%3a%20%221%22.mp4\r\n"));
 }
 
-TEST_F(ReviewTest, ServesNoUploadAsAPage) {
+TEST_F(ReviewTest, NeverServesAnUploadAsAPage) {
     httplib::Headers headers{{"Upload-Length", "10"},
                              {"Upload-Metadata", test::Metadata("x.html", client.folder) +
                                                      ",filetype " + test::ToBase64("text/html")}};
@@ -187,7 +187,7 @@ TEST_F(ReviewTest, ServesNoUploadAsAPage) {
     EXPECT_THAT(movie->get_header_value("Content-Security-Policy"), HasSubstr("sandbox"));
 }
 
-TEST_F(ReviewTest, LeadsToTheServiceUnderTheNameItWasReachedBy) {
+TEST_F(ReviewTest, UsesTheRequestsHostInUrls) {
     auto urlFor = [&](std::string const& host) {
         auto result = client.Send("POST", "/v1/projects/" + client.project + "/review-links",
                                   {{"Host", host}}, R"({"name":"x"})");

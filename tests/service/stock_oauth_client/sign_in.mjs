@@ -1,4 +1,4 @@
-// A stock OAuth client signs in to the service: node sign_in.mjs PROGRAM. Of the service it knows the address only.
+// A stock OAuth client signs in to the service, of which it knows only the address: node sign_in.mjs PROGRAM.
 
 import assert from "node:assert/strict";
 import { spawn } from "node:child_process";
@@ -17,7 +17,7 @@ const CLIENT = { client_id: "Stock client" };
 const NO_SECRET = oauth.None();
 const LOOPBACK = { [oauth.allowInsecureRequests]: true };
 
-// What a user does in the browser: fills the form in and allows it. Returns where that leads.
+// Acts as the user in the browser: submits the form and allows the access. Returns the redirect's URL.
 async function allow(authorization) {
   const page = await fetch(authorization);
   assert.equal(page.status, 200);
@@ -80,7 +80,7 @@ try {
 
   const renewed = await renew(server, tokens.refresh_token);
   assert.equal(await statusWith(issuer, renewed.access_token), 200);
-  // One of the two who have the first refresh token has stolen it.
+  // Reuse of a refresh token ends the session.
   await assert.rejects(renew(server, tokens.refresh_token), { error: "invalid_grant", status: 400 });
   assert.equal(await statusWith(issuer, renewed.access_token), 401);
 

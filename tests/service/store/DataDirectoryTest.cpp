@@ -23,8 +23,8 @@ unsigned ModeOf(fs::path const& path) {
     return static_cast<unsigned>(fs::symlink_status(path).permissions());
 }
 
-/// What is wrong with the directory, in the service's words; nothing when it takes it.
-std::string Complaint(std::string const& path) {
+/// The error of opening the directory; empty on success.
+std::string ErrorOf(std::string const& path) {
     try {
         DataDirectory directory(path);
         return {};
@@ -39,7 +39,7 @@ protected:
     std::string const data = temp.GetPath() + "/data";
 };
 
-TEST_F(DataDirectoryTest, IsClosedToOthersWhateverTheUmask) {
+TEST_F(DataDirectoryTest, CreatesPrivateFilesWhateverTheUmask) {
     mode_t former = ::umask(0);
     {
         Options options;
@@ -53,43 +53,43 @@ TEST_F(DataDirectoryTest, IsClosedToOthersWhateverTheUmask) {
             EXPECT_EQ(ModeOf(entry.path()), entry.is_directory() ? 0700u : 0600u) << entry.path();
             files += entry.is_directory() ? 0 : 1;
         }
-        EXPECT_EQ(files, 7) << "store, WAL and its index, lock, port, upload, movie";
+        EXPECT_EQ(files, 7) << "store, WAL, WAL index, lock, port, upload, movie";
     }
     ::umask(former);
 }
 
-TEST_F(DataDirectoryTest, LeavesTheModeOfADirectoryThatIsThere) {
+TEST_F(DataDirectoryTest, KeepsTheModeOfAnExistingDirectory) {
     fs::create_directory(data);
     std::ofstream(data + "/store.sqlite");
     ::chmod((data + "/store.sqlite").c_str(), 0644);
     ::chmod(data.c_str(), 0755);
-    EXPECT_EQ(Complaint(data), "");
+    EXPECT_EQ(ErrorOf(data), "");
     EXPECT_EQ(ModeOf(data), 0755u);
-    EXPECT_EQ(ModeOf(data + "/store.sqlite"), 0600u) << "as earlier versions made it";
+    EXPECT_EQ(ModeOf(data + "/store.sqlite"), 0600u) << "files of earlier versions become private";
     fs::create_directory_symlink(data, temp.GetPath() + "/link");
-    EXPECT_EQ(Complaint(temp.GetPath() + "/link"), "") << "the user has named it so";
+    EXPECT_EQ(ErrorOf(temp.GetPath() + "/link"), "") << "a link named by the user is followed";
 }
 
-TEST_F(DataDirectoryTest, IsRefusedWhereOthersCanWrite) {
-    EXPECT_EQ(Complaint(data), "");
+TEST_F(DataDirectoryTest, RefusesDirectoriesWritableByOthers) {
+    EXPECT_EQ(ErrorOf(data), "");
     for (std::string const& path : {data, data + "/movies", data + "/uploads"}) {
         for (unsigned mode : {0720u, 0702u}) {
             ::chmod(path.c_str(), mode);
-            EXPECT_EQ(Complaint(data), "other users can write to " + path + "; run chmod go-w '" +
-                                           path + "', or name another directory with --data");
+            EXPECT_EQ(ErrorOf(data), "other users can write to " + path + "; run chmod go-w '" +
+                                         path + "', or name another directory with --data");
         }
         ::chmod(path.c_str(), 0700);
     }
-    EXPECT_EQ(Complaint(data), "");
-    // Only root can give a directory away; anybody else finds one that is not his.
+    EXPECT_EQ(ErrorOf(data), "");
+    // Only root can change an owner; other users test with a directory of root's.
     bool root = ::geteuid() == 0;
     if (root) {
         ASSERT_EQ(::chown(data.c_str(), 65534, 65534), 0);
     }
-    EXPECT_THAT(Complaint(root ? data : "/usr"), HasSubstr("belongs to another user"));
+    EXPECT_THAT(ErrorOf(root ? data : "/usr"), HasSubstr("belongs to another user"));
 }
 
-TEST_F(DataDirectoryTest, IsRefusedWithALinkInIt) {
+TEST_F(DataDirectoryTest, RefusesLinks) {
     std::string const target = temp.GetPath() + "/target";
     for (auto [name, folder] : {std::pair("uploads", true),
                                 {"movies", true},
@@ -102,9 +102,9 @@ TEST_F(DataDirectoryTest, IsRefusedWithALinkInIt) {
         fs::create_directory(data);
         if (folder) fs::create_directory(target);
         fs::create_symlink(target, data + "/" + name);
-        EXPECT_THAT(Complaint(data), HasSubstr(data + "/" + name + " is")) << name;
-        EXPECT_THAT(Complaint(data), HasSubstr("a link, which is not followed")) << name;
-        EXPECT_EQ(fs::exists(target), folder) << "nothing may be made behind " << name;
+        EXPECT_THAT(ErrorOf(data), HasSubstr(data + "/" + name + " is")) << name;
+        EXPECT_THAT(ErrorOf(data), HasSubstr("a link, which is not followed")) << name;
+        EXPECT_EQ(fs::exists(target), folder) << "nothing is created behind " << name;
         fs::remove_all(data);
         fs::remove_all(target);
     }

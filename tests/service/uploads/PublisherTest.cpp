@@ -41,7 +41,7 @@ std::string ReadFile(std::string const& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// What a service has open on a directory; one at a time.
+/// The parts of a service on a data directory; one at a time.
 struct Opened {
     explicit Opened(std::string const& path) : directory(path) {
         MakeSampleData(store, SampleSize::Small);
@@ -58,7 +58,7 @@ struct Opened {
                               std::nullopt);
     }
 
-    /// The status with which the creation of an upload is refused, 0 when it is not.
+    /// Calls Create; returns the error's status, 0 on success.
     int Refusal(UserId const& user, FolderId const& folder, StackId const& stack) {
         try {
             Create(user, folder, stack);
@@ -68,7 +68,8 @@ struct Opened {
         }
     }
 
-    /// All of the upload's bytes arrive, and nothing further happens.
+    /// Writes all of the upload's bytes to its file, or to the movie's if `renamed`, without
+    /// publishing.
     void Fill(UserId const& user, UploadId const& id, bool renamed = false) {
         UploadRecord upload = uploads.Get(user, id);
         File(renamed ? directory.MoviePath(upload.asset) : directory.UploadPath(id),
@@ -92,7 +93,7 @@ struct Opened {
     Uploads uploads{directory, store, changes, [this] { return now; }};
 };
 
-/// Whether the system call that the process is about to make may change what is on the disk.
+/// Whether the process is entering a system call that may change the disk.
 bool EntersAChange(pid_t process) {
     __ptrace_syscall_info info{};
     ::ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof(info), &info);
@@ -120,9 +121,8 @@ bool EntersAChange(pid_t process) {
     }
 }
 
-/// Runs `work` in a process of its own. `work` calls what it is given once it is prepared; the
-/// process is killed before its `count`th change of the disk after that. Returns whether it got
-/// that far.
+/// Runs `work` in a child process and kills that before its `count`th change of the disk after it
+/// has called `prepared`. Returns whether the child got that far.
 bool IsKilledAt(int count, std::function<void(std::function<void()> const& prepared)> const& work) {
     pid_t child = ::fork();
     if (child == 0) {
@@ -157,10 +157,10 @@ protected:
         return FolderId(id);
     }
 
-    /// What the service lists in the folder, and how far the upload is, once it runs again; then
-    /// the upload goes on to its end.
-    void ExpectOpensAndGoesOn(std::string const& data, UploadId const& id, StackId const& stack,
-                              std::string const& when) {
+    /// Restarts the service, checks that the upload's offset and the folder's list agree, and
+    /// completes the upload.
+    void ExpectRecovery(std::string const& data, UploadId const& id, StackId const& stack,
+                        std::string const& when) {
         Options options;
         options.dataDirectory = data;
         test::RunningService service(options);
@@ -187,7 +187,7 @@ protected:
     FolderId const strangers = FolderOf("Somebody Else's Account", "Private", "Closed Set");
 };
 
-TEST_F(PublisherTest, LosesNothingWhereverItIsKilled) {
+TEST_F(PublisherTest, SurvivesACrashAtAnyPoint) {
     for (bool renamed : {false, true}) {
         int steps = 0;
         for (bool killed = true; killed; ++steps) {
@@ -200,7 +200,7 @@ TEST_F(PublisherTest, LosesNothingWhereverItIsKilled) {
                 opened.Fill(user, upload, renamed);
             }
             killed = IsKilledAt(steps + 1, [&](auto const& prepared) {
-                // What a rename left behind is finished by the next start.
+                // A movie that was renamed but not recorded is recorded at the start.
                 if (renamed) prepared();
                 Opened opened(data.GetPath());
                 if (renamed) return;
@@ -208,10 +208,9 @@ TEST_F(PublisherTest, LosesNothingWhereverItIsKilled) {
                 prepared();
                 opened.Publish(record);
             });
-            ExpectOpensAndGoesOn(data.GetPath(), upload, stack,
-                                 "change " + std::to_string(steps + 1));
+            ExpectRecovery(data.GetPath(), upload, stack, "change " + std::to_string(steps + 1));
         }
-        EXPECT_GT(steps, 10) << "are the changes seen?";
+        EXPECT_GT(steps, 10) << "too few changes of the disk were traced";
         RecordProperty(renamed ? "recovery" : "publication", steps);
     }
 }
@@ -235,24 +234,24 @@ TEST_F(PublisherTest, ReservesTheStackOfAnUnfinishedUpload) {
         int refusal;
     };
     for (Row const& row : std::vector<Row>{
-             {other, strangers, mine, 403},  // would take it from under the upload
+             {other, strangers, mine, 403},  // its upload could not be recorded
              {other, shared, mine, 403},
-             {user, shared, mine, 0},  // moves it, but to where the upload may follow
+             {user, shared, mine, 0},  // both uploads are the same user's
              {other, shared, mine, 403},
-             {user, folder, ours, 409},  // would move it to where the other's upload may not
+             {user, folder, ours, 409},  // the other user is no member there
              {user, shared, ours, 0},
          }) {
         EXPECT_EQ(opened.Refusal(row.user, row.folder, row.stack), row.refusal)
             << row.user << row.folder << row.stack;
     }
     opened.store.Read([&](Database& database) {
-        EXPECT_FALSE(FindNode(database, mine)) << "a stack is listed once it holds a movie";
+        EXPECT_FALSE(FindNode(database, mine)) << "reserved stacks do not exist yet";
     });
-    opened.now += Uploads::kForgetAfterSeconds + 1;
-    EXPECT_EQ(opened.Refusal(other, strangers, mine), 0) << "its uploads are forgotten";
+    opened.now += Uploads::kExpireAfterSeconds + 1;
+    EXPECT_EQ(opened.Refusal(other, strangers, mine), 0) << "the reservation has expired";
 }
 
-TEST_F(PublisherTest, OpensWithMoviesThatCannotBeRecordedAndSetsThemAside) {
+TEST_F(PublisherTest, SetsAsideMoviesThatCannotBeRecorded) {
     test::TempDirectory data;
     UploadId taken, damaged, later, good;
     std::vector<FileId> aside;
@@ -267,7 +266,7 @@ TEST_F(PublisherTest, OpensWithMoviesThatCannotBeRecordedAndSetsThemAside) {
             aside.push_back(opened.uploads.Get(user, upload).asset);
         std::ofstream(opened.directory.MoviePath(aside[1]), std::ios::app) << "and more";
         opened.store.Write([&](Database& database) {
-            // As stores of earlier versions may have it, which reserved nothing.
+            // Possible in stores of earlier versions, which reserved no stacks.
             InsertNode(database,
                        {stack, std::string(kind::VersionStack),
                         AccountId(UuidOf("account/Somebody Else's Account")), strangers, "theirs"});

@@ -24,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 using test::Noise;
 
-/// What a client sends; the connection is cut after it unless it is complete.
+/// A request's body; unless it is complete, the connection is cut after it.
 struct Body {
     explicit Body(std::string content, bool isComplete = true)
         : bytes(std::move(content)), complete(isComplete) {}
@@ -62,7 +62,7 @@ protected:
         });
     }
 
-    /// What a new process would find: everything in memory is gone.
+    /// Discards all state in memory, like a restart of the process.
     void Restart() {
         uploads = std::make_unique<Uploads>(
             directory, store, changes, [this] { return now; }, [this] { return freeBytes; });
@@ -89,7 +89,7 @@ protected:
         return append->Finish(body.complete);
     }
 
-    /// The status that `Append` is refused with, 0 when it is not.
+    /// Calls Append; returns the error's status, 0 on success.
     template <typename... Arguments>
     int Refusal(Arguments const&... arguments) {
         try {
@@ -123,7 +123,7 @@ protected:
     std::string const content = Noise(1'000'000);
 };
 
-TEST_F(UploadsTest, PublishesWhatWasSentInPieces) {
+TEST_F(UploadsTest, PublishesAMovieSentInSeveralRequests) {
     UploadId id = Create(content.size());
     EXPECT_EQ(Append(id, 0, Body(content.substr(0, 300'000))), 300'000);
     EXPECT_THROW(static_cast<void>(uploads->Asset(user, id)), ApiError);
@@ -133,14 +133,14 @@ TEST_F(UploadsTest, PublishesWhatWasSentInPieces) {
     EXPECT_EQ(Movie(id), content);
     EXPECT_EQ(uploads->Asset(user, id).sha256, ToHex(Sha256(content)));
     EXPECT_FALSE(fs::exists(directory.UploadPath(id)));
-    // A repetition of the last request, whose answer was lost.
+    // A repetition of the last request, as after a lost response.
     EXPECT_EQ(Append(id, 1'000'000, Body("")), 1'000'000);
-    EXPECT_EQ(Refusal(id, 1'000'000, Body("x")), 0) << "nothing is appended to a published movie";
+    EXPECT_EQ(Refusal(id, 1'000'000, Body("x")), 0) << "ignored after the publication";
     EXPECT_EQ(Movie(id), content);
     EXPECT_EQ(Refusal(id, 0, Body(content)), 409);
 }
 
-TEST_F(UploadsTest, KeepsACutBodyOnlyWithoutAChecksum) {
+TEST_F(UploadsTest, KeepsAPartialBodyOnlyWithoutAChecksum) {
     UploadId id = Create(content.size());
     EXPECT_EQ(Refusal(id, 0, Body(content.substr(0, 400'000), false)), 400);
     EXPECT_EQ(Offset(id), 400'000);
@@ -152,7 +152,7 @@ TEST_F(UploadsTest, KeepsACutBodyOnlyWithoutAChecksum) {
     EXPECT_EQ(Movie(id), content);
 }
 
-TEST_F(UploadsTest, KeepsNothingOfABodyWithAnotherChecksum) {
+TEST_F(UploadsTest, RevertsABodyWithAWrongChecksum) {
     UploadId id = Create(content.size());
     EXPECT_EQ(Refusal(id, 0, Body(content.substr(0, 600'000)), std::string("other")), 460);
     EXPECT_EQ(Offset(id), 0);
@@ -165,31 +165,30 @@ TEST_F(UploadsTest, KeepsNothingOfABodyWithAnotherChecksum) {
     EXPECT_EQ(Movie(id), content);
 }
 
-TEST_F(UploadsTest, BeginsAgainWhenTheWholeMovieHasAnotherChecksum) {
+TEST_F(UploadsTest, RestartsTheUploadIfTheMoviesChecksumIsWrong) {
     UploadId id = Create(content.size());
     EXPECT_EQ(Refusal(id, 0, Body(content), std::string(), std::string("other")), 460);
     EXPECT_EQ(Offset(id), 0);
-    EXPECT_TRUE(Children(folder).size() == 3) << "nothing may have been published";
+    EXPECT_TRUE(Children(folder).size() == 3) << "nothing is published";
     Append(id, 0, Body(content), {}, content);
     EXPECT_EQ(Movie(id), content);
 }
 
-TEST_F(UploadsTest, TakesNothingPastItsLength) {
+TEST_F(UploadsTest, RefusesABodyBeyondTheLength) {
     UploadId id = Create(500'000);
     std::string start = content.substr(0, 200'000);
     Append(id, 0, Body(start));
-    // No length is announced, so that only the bytes themselves show it.
+    // The length is not announced.
     EXPECT_EQ(Refusal(id, 200'000, Body(content)), 413);
     EXPECT_EQ(Offset(id), 200'000);
     Append(id, 200'000, Body(content.substr(200'000, 300'000)), {}, content.substr(0, 500'000));
     EXPECT_EQ(Movie(id), content.substr(0, 500'000));
 }
 
-TEST_F(UploadsTest, GoesOnAfterARestartWithWhatIsConfirmed) {
+TEST_F(UploadsTest, ResumesAtTheConfirmedOffsetAfterARestart) {
     std::string large = Noise(20'000'000);
     UploadId id = Create(large.size());
-    // The process ends in the middle of a body: what is in the file past the last note does not
-    // count.
+    // A crash in the middle of a body: bytes beyond the confirmed offset are discarded.
     auto killed = uploads->BeginAppend(user, id, {}, {});
     TakeInPieces(*killed, large.substr(0, 18'000'000));
     killed.reset();
@@ -202,7 +201,7 @@ TEST_F(UploadsTest, GoesOnAfterARestartWithWhatIsConfirmed) {
     EXPECT_EQ(Movie(id), large);
 }
 
-TEST_F(UploadsTest, StepsBackWhenTheDiskLostWhatWasConfirmed) {
+TEST_F(UploadsTest, LowersTheOffsetIfTheFileIsShorter) {
     UploadId id = Create(content.size());
     Append(id, 0, Body(content.substr(0, 800'000)));
     fs::resize_file(directory.UploadPath(id), 100'000);
@@ -213,7 +212,7 @@ TEST_F(UploadsTest, StepsBackWhenTheDiskLostWhatWasConfirmed) {
     EXPECT_EQ(Movie(id), content);
 }
 
-TEST_F(UploadsTest, CountsTheLastBytesOnlyOnceTheMovieIsPublished) {
+TEST_F(UploadsTest, ReachesTheLengthOnlyWithThePublication) {
     UploadId id = Create(content.size());
     fs::remove(directory.GetMoviesPath());
     EXPECT_ANY_THROW(Append(id, 0, Body(content)));
@@ -224,7 +223,7 @@ TEST_F(UploadsTest, CountsTheLastBytesOnlyOnceTheMovieIsPublished) {
     EXPECT_EQ(Movie(id), content);
 }
 
-TEST_F(UploadsTest, RecordsAMovieThatWasRenamedBeforeTheProcessEnded) {
+TEST_F(UploadsTest, RecordsAMovieRenamedBeforeACrash) {
     for (bool restarted : {true, false}) {
         UploadId id = Create(content.size());
         Append(id, 0, Body(content.substr(0, 999'999)));
@@ -241,7 +240,7 @@ TEST_F(UploadsTest, RecordsAMovieThatWasRenamedBeforeTheProcessEnded) {
     }
 }
 
-TEST_F(UploadsTest, LetsANewerRequestTakeOverWhereTheOlderOneStalls) {
+TEST_F(UploadsTest, ANewerRequestTakesOverTheUpload) {
     for (bool checked : {false, true}) {
         UploadId id = Create(content.size());
         Append(id, 0, Body(content.substr(0, 10)));
@@ -251,7 +250,7 @@ TEST_F(UploadsTest, LetsANewerRequestTakeOverWhereTheOlderOneStalls) {
         auto stalled = uploads->BeginAppend(user, id, request, [&] { ++overtaken; });
         stalled->Take("something else");
         EXPECT_EQ(Refusal(id, 11, Body("intruder")), 409);
-        EXPECT_EQ(overtaken, 0) << "one that would be refused disturbs nobody";
+        EXPECT_EQ(overtaken, 0) << "a refused request takes nothing over";
 
         auto newer = uploads->BeginAppend(user, id, {.offset = 10}, {});
         EXPECT_EQ(overtaken, 1);
@@ -264,7 +263,7 @@ TEST_F(UploadsTest, LetsANewerRequestTakeOverWhereTheOlderOneStalls) {
     }
 }
 
-TEST_F(UploadsTest, TakesNothingOverFromARequestThatIsPublishing) {
+TEST_F(UploadsTest, RefusesToTakeOverDuringPublication) {
     UploadId id = Create(content.size());
     auto append = uploads->BeginAppend(user, id, {}, {});
     append->Take(content);
@@ -275,7 +274,7 @@ TEST_F(UploadsTest, TakesNothingOverFromARequestThatIsPublishing) {
     EXPECT_EQ(Movie(id), content);
 }
 
-TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
+TEST_F(UploadsTest, DeletesUploadsIdleForAWeek) {
     UploadId abandoned = Create(content.size());
     Append(abandoned, 0, Body("begun"));
     UploadId published = Create(1);
@@ -284,7 +283,7 @@ TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
     std::ofstream(directory.MoviePath(uploads->Get(user, unrecorded).asset)) << "y";
     UploadId stuck = Create(1);
     fs::create_symlink("/elsewhere", directory.MoviePath(uploads->Get(user, stuck).asset));
-    now += Uploads::kForgetAfterSeconds - 1;
+    now += Uploads::kExpireAfterSeconds - 1;
     UploadId growing = Create(content.size());
     EXPECT_EQ(Offset(abandoned), 5);
     now += 2;
@@ -293,11 +292,11 @@ TEST_F(UploadsTest, ForgetsWhatHasNotGrownForAWeek) {
     EXPECT_FALSE(fs::exists(directory.UploadPath(abandoned)));
     EXPECT_EQ(Offset(growing), 0);
     EXPECT_EQ(Movie(published), "x");
-    EXPECT_EQ(Offset(stuck), 0) << "and keeps no other upload from being made";
-    EXPECT_EQ(Movie(unrecorded), "y") << "a whole movie is not forgotten";
+    EXPECT_EQ(Offset(stuck), 0) << "it does not block other uploads";
+    EXPECT_EQ(Movie(unrecorded), "y") << "a whole movie is published instead";
 }
 
-TEST_F(UploadsTest, TakesOnlyWhatFitsOnTheDiskBesideTheOthersAndAReserve) {
+TEST_F(UploadsTest, ReservesDiskSpaceForUnfinishedUploads) {
     auto refusal = [&](std::int64_t length) {
         try {
             Create(static_cast<std::size_t>(length));
@@ -313,14 +312,14 @@ TEST_F(UploadsTest, TakesOnlyWhatFitsOnTheDiskBesideTheOthersAndAReserve) {
     EXPECT_EQ(refusal(1), 507);
     Append(id, 0, Body(content.substr(0, 400)));
     freeBytes -= 400;
-    EXPECT_EQ(refusal(1), 507) << "the rest of the first has to fit";
+    EXPECT_EQ(refusal(1), 507) << "the rest of the first upload is reserved";
     Append(id, 400, Body(content.substr(400, 600)));
     freeBytes -= 600;
     EXPECT_EQ(refusal(1), 507);
     freeBytes += 500;
-    EXPECT_EQ(refusal(500), 0) << "what is published needs no more";
-    now += Uploads::kForgetAfterSeconds + 1;
-    EXPECT_EQ(refusal(500), 0) << "what is forgotten neither";
+    EXPECT_EQ(refusal(500), 0) << "published uploads reserve nothing";
+    now += Uploads::kExpireAfterSeconds + 1;
+    EXPECT_EQ(refusal(500), 0) << "deleted uploads reserve nothing";
 
     Uploads real(directory, store, changes, [this] { return now; });
     NewUpload request{.name = "m", .folder = folder, .mediaType = "video/mp4"};
@@ -330,7 +329,7 @@ TEST_F(UploadsTest, TakesOnlyWhatFitsOnTheDiskBesideTheOthersAndAReserve) {
     EXPECT_NO_THROW(real.Create(user, request, std::nullopt));
 }
 
-TEST_F(UploadsTest, LetsAnIdempotencyKeyCountForAWeek) {
+TEST_F(UploadsTest, ExpiresIdempotencyKeysAfterAWeek) {
     IdempotencyKey const keys[] = {IdempotencyKey(NewUuid()), IdempotencyKey(NewUuid())};
     ProjectId project(
         store.Read([&](Database& database) { return FindNode(database, folder)->parent.value(); }));
@@ -356,7 +355,7 @@ TEST_F(UploadsTest, LetsAnIdempotencyKeyCountForAWeek) {
     EXPECT_EQ(make("other"), second);
 }
 
-TEST_F(UploadsTest, NumbersTheVersionsOfAStackAndMovesItWhereTheNewestWent) {
+TEST_F(UploadsTest, NumbersVersionsAndMovesTheStackToTheNewest) {
     StackId stack(NewUuid());
     auto publish = [&](FolderId const& into) {
         UploadId id = Create(1, stack, into);
@@ -385,7 +384,7 @@ TEST_F(UploadsTest, NumbersTheVersionsOfAStackAndMovesItWhereTheNewestWent) {
     EXPECT_EQ(std::count_if(moved.begin(), moved.end(), isStack), 1);
 }
 
-TEST_F(UploadsTest, RefusesStacksThatAreNone) {
+TEST_F(UploadsTest, RefusesForeignAndInvalidStacks) {
     StackId strangers = store.Read([&](Database& database) {
         Statement row = database.Query(
             "SELECT id FROM nodes WHERE kind = 'version_stack' AND account NOT IN "
@@ -398,7 +397,7 @@ TEST_F(UploadsTest, RefusesStacksThatAreNone) {
     for (auto const& [stack, status] : {std::pair(strangers, 403), std::pair(noStack, 409)}) {
         try {
             Create(1, stack);
-            ADD_FAILURE() << "taken, but for " << status;
+            ADD_FAILURE() << "accepted instead of " << status;
         } catch (ApiError const& error) {
             EXPECT_EQ(error.status, status);
         }
