@@ -11,10 +11,7 @@ namespace {
 using httplib::Headers;
 using nlohmann::json;
 using test::ApiClient;
-using test::Metadata;
 using test::RunningService;
-
-constexpr char const* kForm = "application/x-www-form-urlencoded";
 
 std::string CodeOf(httplib::Result const& result) {
     return json::parse(result->body)["error"]["code"];
@@ -89,27 +86,6 @@ TEST_F(ApiTest, ListsAllowedMethods) {
     }
 }
 
-TEST_F(ApiTest, SetsTusHeaders) {
-    auto version = [&](std::string const& method, std::string const& path, Headers const& headers) {
-        auto result = client.Send(method, path, headers);
-        return std::to_string(result->status) + " " + result->get_header_value("Tus-Resumable");
-    };
-    std::string upload = client.CreateUpload(10);
-    EXPECT_EQ(version("HEAD", upload, {}), "200 1.0.0");
-    EXPECT_EQ(version("POST", "/v1/uploads", {}), "400 1.0.0");
-    EXPECT_EQ(version("POST", "/v1/uploads", {{"Authorization", ""}}), "401 1.0.0");
-    EXPECT_EQ(version("PATCH", upload, {{"Content-Encoding", "gzip"}}), "400 1.0.0");
-    EXPECT_EQ(version("DELETE", upload, {}), "405 1.0.0");
-    EXPECT_EQ(version("GET", "/v1/uploads/x", {}), "404 1.0.0");
-    EXPECT_EQ(version("GET", upload, {{"X-HTTP-Method-Override", "HEAD"}}), "200 1.0.0");
-    EXPECT_EQ(version("OPTIONS", "/v1/uploads", {}), "204 ");
-    auto options = client.http.Options("/v1/uploads");
-    EXPECT_EQ(options->get_header_value("Tus-Version"), "1.0.0");
-    EXPECT_EQ(options->get_header_value("Tus-Extension"), "creation,checksum");
-    EXPECT_EQ(options->get_header_value("Tus-Checksum-Algorithm"), "sha1,sha256,xxh128");
-    EXPECT_EQ(options->get_header_value("Tus-Max-Size"), "1099511627776");
-}
-
 TEST_F(ApiTest, AllowsCorsForOneOrigin) {
     RunningService open({.allowOrigin = "https://review.example"});
     ApiClient reader(open.GetPort());
@@ -127,62 +103,6 @@ TEST_F(ApiTest, AllowsCorsForOneOrigin) {
     EXPECT_EQ(origin(reader, "POST", "https://review.example"), "https://review.example  exposed");
     EXPECT_EQ(origin(reader, "OPTIONS", "https://evil.example"), "  ");
     EXPECT_EQ(origin(client, "OPTIONS", "https://review.example"), "  ");
-}
-
-TEST_F(ApiTest, SignsInAndOut) {
-    auto token = [&](std::string const& form, Headers const& headers = {}) {
-        return client.http.Post("/oauth/token", headers, form, kForm);
-    };
-    auto errorOf = [](httplib::Result const& result) {
-        return result->status == 400 ? json::parse(result->body)["error"] : json(result->status);
-    };
-    std::string const grant = "&grant_type=urn%3Aquillo%3Agrant-type%3Alocal-user";
-    std::string const secret = test::LocalUserSecretAt(service.GetPort());
-    std::string const proof = grant + "&local_user_secret=" + secret;
-    std::string local = "client_id=editor" + proof;
-    auto result = token(local);
-    ASSERT_EQ(result->status, 200);
-    EXPECT_EQ(result->get_header_value("Cache-Control"), "no-store");
-    EXPECT_EQ(result->get_header_value("Pragma"), "no-cache");
-    json pair = json::parse(result->body);
-    EXPECT_EQ(pair["token_type"], "Bearer");
-    EXPECT_EQ(pair["expires_in"], 3600);
-    auto refresh = [&] {
-        return token("client_id=editor&grant_type=refresh_token&refresh_token=" +
-                     pair["refresh_token"].get<std::string>());
-    };
-    EXPECT_EQ(refresh()->status, 200);
-
-    for (std::string const& claim :
-         {std::string(), std::string("&local_user_secret="),
-          "&local_user_secret=" + secret.substr(1), "&local_user_secret=" + std::string(64, '0')})
-        EXPECT_EQ(errorOf(token("client_id=editor" + grant + claim)), "unauthorized_client");
-    EXPECT_EQ(token("client_id=" + std::string(256, 'a') + proof)->status, 200);
-    EXPECT_EQ(token("client_id=Sch%C3%A4rfe%20%E2%9C%82" + proof)->status, 200);
-    for (std::string const& name :
-         {std::string(257, 'a'), std::string("a%0Ab"), std::string("%7F"), std::string("%C2%85"),
-          std::string("%E2%80%AEa"), std::string("%EF%BB%BFa"), std::string("%FF")}) {
-        EXPECT_EQ(errorOf(token("client_id=" + name + proof)), "invalid_request") << name;
-        EXPECT_EQ(errorOf(client.http.Post("/oauth/revoke", "token=x&client_id=" + name, kForm)),
-                  "invalid_request")
-            << name;
-    }
-    EXPECT_EQ(errorOf(token(local, {{"Origin", "http://elsewhere.example"}})),
-              "unauthorized_client");
-    EXPECT_EQ(errorOf(token(local, {{"Host", "elsewhere.example"}})), "unauthorized_client");
-    EXPECT_EQ(errorOf(token("grant_type=refresh_token")), "invalid_request");
-    EXPECT_EQ(errorOf(token("client_id=a&client_id=b&grant_type=x")), "invalid_request");
-    EXPECT_EQ(errorOf(token("client_id=a&grant_type=password")), "unsupported_grant_type");
-    EXPECT_EQ(errorOf(token("client_id=a&grant_type=refresh_token&refresh_token=x")),
-              "invalid_grant");
-    EXPECT_EQ(errorOf(client.http.Post("/oauth/token", "{}", "application/json")),
-              "invalid_request");
-
-    EXPECT_EQ(client.http.Post("/oauth/revoke", "token=" + client.token, kForm)->status, 200);
-    EXPECT_EQ(client.http.Post("/oauth/revoke", "token=unknown", kForm)->status, 200);
-    EXPECT_EQ(client.Send("GET", "/v1/me")->status, 401);
-    client.token = pair["access_token"];
-    EXPECT_EQ(client.Send("GET", "/v1/me")->status, 200);
 }
 
 TEST_F(ApiTest, DistinguishesUnknownFromForbidden) {
@@ -303,138 +223,6 @@ TEST_F(ApiTest, LimitsTheRateOfASession) {
         EXPECT_EQ(impatient.Append(upload, i, "x")->status, 204);
 }
 
-TEST_F(ApiTest, LimitsTheRateOfTokenRequestsByAddress) {
-    RunningService limited({.limit = RateLimit{3, std::chrono::hours(1)}});
-    httplib::Client stranger("127.0.0.1", limited.GetPort());
-    for (auto [path, status] : {std::pair("/oauth/token", 400),
-                                {"/oauth/revoke", 200},
-                                {"/oauth/token", 400},
-                                {"/oauth/revoke", 429}}) {
-        auto result = stranger.Post(path, "token=x", kForm);
-        EXPECT_EQ(result->status, status);
-        EXPECT_EQ(result->get_header_value("X-RATELIMIT-LIMIT"), "3");
-        EXPECT_EQ(result->get_header_value("X-RATELIMIT-WINDOW"), "3600000");
-    }
-    auto refused = stranger.Post("/oauth/token", "grant_type=x", kForm);
-    EXPECT_EQ(refused->status, 429);
-    EXPECT_EQ(json::parse(refused->body)["error"], "rate_limited");
-    EXPECT_EQ(refused->get_header_value("Pragma"), "no-cache");
-    EXPECT_GT(std::stoi(refused->get_header_value("Retry-After")), 3500);
-}
-
-TEST_F(ApiTest, ValidatesUploadCreations) {
-    std::string folder = client.folder;
-    std::string good = Metadata("movie.mp4", folder);
-    std::string foreign = UuidOf("account/Somebody Else's Account");
-    struct Row {
-        Headers headers;
-        int status;
-    };
-    for (Row const& row : std::vector<Row>{
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", good}}, 201},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", good + ",x"}}, 201},
-             {{{"Upload-Length", "10"},
-               {"Upload-Metadata", Metadata("m", folder, std::string(kNullUuid))}},
-              201},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("../../etc/x", folder)}}, 201},
-             {{{"Upload-Metadata", good}}, 400},
-             {{{"Upload-Length", "0"}, {"Upload-Metadata", good}}, 400},
-             {{{"Upload-Length", "-1"}, {"Upload-Metadata", good}}, 400},
-             {{{"Upload-Length", "1e3"}, {"Upload-Metadata", good}}, 400},
-             {{{"Upload-Length", "1099511627777"}, {"Upload-Metadata", good}}, 413},
-             {{{"Upload-Length", "9223372036854775808"}, {"Upload-Metadata", good}}, 413},
-             {{{"Upload-Length", "10"}, {"Upload-Defer-Length", "1"}, {"Upload-Metadata", good}},
-              400},
-             {{{"Upload-Length", "10"}}, 400},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", ",,,"}}, 400},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", "filename !!!"}}, 400},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", good + ",filename eA=="}}, 400},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("", folder)}}, 400},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("\xFF\xFE", folder)}}, 400},
-             {{{"Upload-Length", "10"},
-               {"Upload-Metadata", Metadata(std::string(1025, 'x'), folder)}},
-              400},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("m", "../../x")}}, 404},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("m", unknown)}}, 404},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("m", foreign)}}, 404},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", Metadata("m", folder, "../x")}}, 400},
-             {{{"Upload-Length", "10"},
-               {"Upload-Metadata", good},
-               {"Idempotency-Key", "not a uuid"}},
-              400},
-             {{{"Upload-Length", "10"}, {"Upload-Metadata", good}, {"Tus-Resumable", "0.2.2"}},
-              412},
-         }) {
-        auto result = client.Send("POST", "/v1/uploads", row.headers);
-        ASSERT_TRUE(result);
-        EXPECT_EQ(result->status, row.status) << result->body;
-    }
-}
-
-TEST_F(ApiTest, ValidatesAppends) {
-    std::string upload = client.CreateUpload(10);
-    struct Row {
-        Headers headers;
-        std::string body;
-        int status;
-    };
-    std::string const type = "application/offset+octet-stream";
-    for (Row const& row : std::vector<Row>{
-             {{{"Content-Type", "video/mp4"}, {"Upload-Offset", "0"}}, "x", 415},
-             {{{"Content-Type", type}}, "x", 400},
-             {{{"Content-Type", type}, {"Upload-Offset", "-1"}}, "x", 400},
-             {{{"Content-Type", type}, {"Upload-Offset", "99999999999999999999"}}, "x", 409},
-             {{{"Content-Type", type}, {"Upload-Offset", "1"}}, "x", 409},
-             {{{"Content-Type", type}, {"Upload-Offset", "0"}}, "elevenbytes", 413},
-             {{{"Content-Type", type}, {"Upload-Offset", "0"}, {"Upload-Checksum", "md5 eA=="}},
-              "x",
-              400},
-             {{{"Content-Type", type}, {"Upload-Offset", "0"}, {"Upload-Checksum", "sha1 eA=="}},
-              "x",
-              400},
-             {{{"Content-Type", type},
-               {"Upload-Offset", "0"},
-               {"Upload-Checksum", test::ChecksumOf("y")}},
-              "x",
-              460},
-             {{{"Content-Type", type}, {"Upload-Offset", "0"}, {"Quillo-Content-SHA256", "12"}},
-              "x",
-              400},
-             {{{"Content-Type", type}, {"Upload-Offset", "0"}, {"Content-Encoding", "gzip"}},
-              "x",
-              400},
-             {{{"Content-Type", type},
-               {"Upload-Offset", "0"},
-               {"Upload-Checksum", "sha1 EfatjsUqKYSrqv18O1FlA3hcIHI="}},
-              "x",
-              204},
-             {{{"Content-Type", type},
-               {"Upload-Offset", "1"},
-               {"Upload-Checksum", "xxh128 XHQBwOwi7u7q8GxkgLLNEQ=="}},
-              "y",
-              460},
-             {{{"Content-Type", type},
-               {"Upload-Offset", "1"},
-               {"Upload-Checksum", "xxh128 XHQBwOwi7u7q8GxkgLLNEQ=="}},
-              "x",
-              204},
-         }) {
-        auto result = client.Send("PATCH", upload, row.headers, row.body);
-        ASSERT_TRUE(result);
-        EXPECT_EQ(result->status, row.status) << row.body << result->body;
-    }
-    EXPECT_EQ(client.OffsetOf(upload), "2");
-    // For clients that cannot send PATCH.
-    EXPECT_EQ(client
-                  .Send("POST", upload,
-                        {{"X-HTTP-Method-Override", "PATCH"},
-                         {"Content-Type", type},
-                         {"Upload-Offset", "2"}},
-                        "yz")
-                  ->get_header_value("Upload-Offset"),
-              "4");
-}
-
 TEST_F(ApiTest, RepeatsIdempotentCreations) {
     std::string key = NewUuid();
     Headers headers{{"Idempotency-Key", key}};
@@ -454,46 +242,6 @@ TEST_F(ApiTest, RepeatsIdempotentCreations) {
     EXPECT_EQ(createLink("Cut", linkKey)->body, first->body);
     EXPECT_EQ(CodeOf(createLink("Other", linkKey)), "conflict");
     EXPECT_EQ(CodeOf(createLink("Cut", key)), "conflict");
-}
-
-TEST_F(ApiTest, ValidatesReviewLinkRequests) {
-    std::string links = "/v1/projects/" + client.project + "/review-links";
-    std::string assets = "/v1/review-links/" + client.CreateLink() + "/assets";
-    json asset = client.Upload("movie")["asset"]["id"];
-    struct Row {
-        std::string path;
-        std::string body;
-        int status;
-    };
-    for (Row const& row : std::vector<Row>{
-             {links, "", 400},
-             {links, "[]", 400},
-             {links, "{\"name\":", 400},
-             {links, "{\"name\":\"\xFF\"}", 400},
-             {links, R"({"name":""})", 400},
-             {links, R"({"name":7})", 400},
-             {links, R"({"name":"a\u0000b"})", 400},
-             {links, std::string(60'000, '['), 400},
-             {links, json{{"name", std::string(70'000, 'x')}}.dump(), 413},
-             {"/v1/projects/" + unknown + "/review-links", R"({"name":"x"})", 404},
-             {"/v1/review-links/" + unknown + "/assets", R"({"asset_ids":[]})", 404},
-             {assets, R"({"asset_ids":"x"})", 400},
-             {assets, R"({"asset_ids":[1]})", 400},
-             {assets, json{{"asset_ids", {asset, unknown}}}.dump(), 404},
-             {assets, json{{"asset_ids", {asset, "../x"}}}.dump(), 404},
-             {assets, json{{"asset_ids", {client.folder}}}.dump(), 404},
-         }) {
-        auto result = client.Send("POST", row.path, {}, row.body);
-        ASSERT_TRUE(result);
-        EXPECT_EQ(result->status, row.status) << row.body.substr(0, 80) << result->body;
-    }
-    // None of the refused requests has added the known asset.
-    auto add = [&] {
-        return json::parse(
-            client.Send("POST", assets, {}, json{{"asset_ids", {asset}}}.dump())->body);
-    };
-    EXPECT_EQ(add(), (json{{"added", 1}}));
-    EXPECT_EQ(add(), (json{{"added", 0}}));
 }
 
 }  // namespace

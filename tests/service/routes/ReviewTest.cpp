@@ -200,5 +200,46 @@ TEST_F(ReviewTest, UsesTheRequestsHostInUrls) {
     EXPECT_EQ(refused->status, 400);
 }
 
+TEST_F(ReviewTest, ValidatesRequestsForLinks) {
+    std::string links = "/v1/projects/" + client.project + "/review-links";
+    std::string assets = "/v1/review-links/" + link + "/assets";
+    std::string unknown = UuidOf("nothing");
+    json asset = client.Upload("movie")["asset"]["id"];
+    struct Row {
+        std::string path;
+        std::string body;
+        int status;
+    };
+    for (Row const& row : std::vector<Row>{
+             {links, "", 400},
+             {links, "[]", 400},
+             {links, "{\"name\":", 400},
+             {links, "{\"name\":\"\xFF\"}", 400},
+             {links, R"({"name":""})", 400},
+             {links, R"({"name":7})", 400},
+             {links, R"({"name":"a\u0000b"})", 400},
+             {links, std::string(60'000, '['), 400},
+             {links, json{{"name", std::string(70'000, 'x')}}.dump(), 413},
+             {"/v1/projects/" + unknown + "/review-links", R"({"name":"x"})", 404},
+             {"/v1/review-links/" + unknown + "/assets", R"({"asset_ids":[]})", 404},
+             {assets, R"({"asset_ids":"x"})", 400},
+             {assets, R"({"asset_ids":[1]})", 400},
+             {assets, json{{"asset_ids", {asset, unknown}}}.dump(), 404},
+             {assets, json{{"asset_ids", {asset, "../x"}}}.dump(), 404},
+             {assets, json{{"asset_ids", {client.folder}}}.dump(), 404},
+         }) {
+        auto result = client.Send("POST", row.path, {}, row.body);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(result->status, row.status) << row.body.substr(0, 80) << result->body;
+    }
+    // None of the refused requests has added the known asset.
+    auto add = [&] {
+        return json::parse(
+            client.Send("POST", assets, {}, json{{"asset_ids", {asset}}}.dump())->body);
+    };
+    EXPECT_EQ(add(), (json{{"added", 1}}));
+    EXPECT_EQ(add(), (json{{"added", 0}}));
+}
+
 }  // namespace
 }  // namespace quilloservice
