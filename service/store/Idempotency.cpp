@@ -20,8 +20,8 @@ std::optional<std::string> FindRepeatedText(Database& database, IdempotentReques
     return row.Text(1);
 }
 
-void RememberResult(Database& database, IdempotentRequest const& request, std::string const& result,
-                    std::int64_t now) {
+void RememberResultText(Database& database, IdempotentRequest const& request,
+                        std::string const& result, std::int64_t now) {
     database.Run(
         "INSERT INTO idempotency_keys (user, key, request, result, used_at) "
         "VALUES (?, ?, ?, ?, ?)",

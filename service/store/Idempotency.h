@@ -20,9 +20,11 @@ struct IdempotentRequest {
 /// How long a key is valid after its first use.
 inline constexpr std::int64_t kKeySeconds = 7 * 24 * 3600;
 
-/// The text of the ID that FindRepeated returns.
+// Implementation of the templates below, with the text of the ID.
 std::optional<std::string> FindRepeatedText(Database& database, IdempotentRequest const& request,
                                             std::int64_t now);
+void RememberResultText(Database& database, IdempotentRequest const& request,
+                        std::string const& result, std::int64_t now);
 
 /// The ID of the object that the first request with this key created; nothing if this is the first.
 /// Deletes the keys that have expired at `now`, in seconds since 1970. Throws ApiError 409 if the
@@ -34,9 +36,12 @@ std::optional<Made> FindRepeated(Database& database, IdempotentRequest const& re
     return made ? std::optional(Made(*std::move(made))) : std::nullopt;
 }
 
-/// Stores the result of a first request, the text of the created object's ID. Call in the
-/// transaction of the creation, after FindRepeated.
-void RememberResult(Database& database, IdempotentRequest const& request, std::string const& result,
-                    std::int64_t now);
+/// Stores the ID of the object that a first request created. Call in the transaction of the
+/// creation, after FindRepeated.
+template <typename Made>
+void RememberResult(Database& database, IdempotentRequest const& request, Made const& made,
+                    std::int64_t now) {
+    RememberResultText(database, request, made.GetText(), now);
+}
 
 }  // namespace quilloservice

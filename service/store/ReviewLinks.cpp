@@ -58,7 +58,7 @@ Node ReviewLinks::Create(UserId const& user, ProjectId const& project, std::stri
             return RequireNode(database, user, *earlier);
         }
         Node link = InsertLink(database, RequireNode(database, user, project), name);
-        RememberResult(database, request, link.id.GetText(), now);
+        RememberResult(database, request, link.id, now);
         return link;
     });
 }

@@ -100,7 +100,7 @@ UploadId Uploads::Create(UserId const& user, NewUpload const& request,
             user, *key, "upload " + std::to_string(request.length) + " " + request.metadata};
         if (auto earlier = FindRepeated<UploadId>(database, repeatable, now)) return *earlier;
         UploadId id = Insert(database, user, request);
-        RememberResult(database, repeatable, id.GetText(), now);
+        RememberResult(database, repeatable, id, now);
         return id;
     });
 }

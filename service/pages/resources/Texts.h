@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-/// The files of this folder, and the style sheet that all pages share, as they were built in.
+/// The files of this folder and the shared style sheet, embedded at build time.
 namespace quilloservice::resources {
 
 extern std::string_view const kPageCss;

@@ -282,7 +282,7 @@ TEST(StoreTest, UpgradesFromTheFirstVersion) {
         Store store(path);
         MakeSampleData(store, SampleSize::Small);
         store.Write([&](Database& database) {
-            RememberResult(database, request, made.GetText(), 0);
+            RememberResult(database, request, made, 0);
             database.RunScript(
                 "DROP TABLE changes; DROP INDEX idempotency_keys_by_time;"
                 "ALTER TABLE idempotency_keys DROP COLUMN used_at;"
