@@ -33,8 +33,9 @@ public:
     /// without a place to show it in.
     virtual void ShowWindow() = 0;
 
-    /// `function`, which must not be empty, is called whenever the user closes the popup, after
-    /// those that were added before it.
+    /// `function` is called whenever the user closes the popup, after those that were added before
+    /// it. What one throws is reported (moxcore/threads/MainThread.h), and the rest still run; it
+    /// must not be empty, or nothing runs after it.
     virtual void AddNotifyOnCommit(std::function<void()> const& function) = 0;
 
     /// Hides the window; ShowWindow shows it again.

@@ -40,8 +40,8 @@ public:
     void SetContentSize(moxcore::geom::RectT<float> const& rect);
 
     /// `function` runs each time the user dismisses the popup, after it was hidden; not when the
-    /// program hides it. Takes the place of the one before; null for none. What it throws goes to
-    /// the main thread's failure handler.
+    /// program hides it. Takes the place of the one before; null for none. What it throws is
+    /// reported, as what other handlers throw is (moxcore/threads/MainThread.h).
     void InstallNotifyOnCommit(std::shared_ptr<std::function<void()>> const& function);
 
     /// What holds the content: the first child, null once it was removed.

@@ -289,7 +289,8 @@ TEST_F(TouchPopup, StaysWhileAnotherProgramIsUsedAndTakesTheUserBack) {
 TEST_F(TouchPopup, TheHookMayLetGoOfThePopupOrFail) {
     Open();
     int failures = 0;
-    moxcore::threads::MainThread::SetFailureHandler([&](std::exception_ptr const&) { ++failures; });
+    moxcore::threads::MainThread::SetFailureObserver(
+        [&](std::exception_ptr const&) { ++failures; });
     moxcore::utility::RefCountedWeakPtr<UI_TouchPopupContainer> const weak(popup.get());
     popup->InstallNotifyOnCommit(std::make_shared<std::function<void()>>([this] {
         popup.reset();
@@ -300,7 +301,7 @@ TEST_F(TouchPopup, TheHookMayLetGoOfThePopupOrFail) {
     EXPECT_EQ(commits, 0) << "the first hook was replaced";
     RunEvents();
     EXPECT_EQ(failures, 1);
-    moxcore::threads::MainThread::SetFailureHandler(nullptr);
+    moxcore::threads::MainThread::SetFailureObserver(nullptr);
 }
 
 TEST_F(TouchPopup, OutlivesWhatItHangsFrom) {

@@ -3,8 +3,11 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QTest>
+#include <stdexcept>
 
+#include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
+#include "moxcore/threads/MainThread.h"
 #include "moxui/backend/HostWidget.h"
 #include "moxui/controls/UI_PictureSupplyMessage.h"
 #include "moxui/controls/UI_TouchPopupContainer.h"
@@ -218,6 +221,27 @@ TEST_F(PopupManagerTest, TellsOfEveryClosingByTheUserInTheOrderOfAdding) {
     manager->ShowWindow();
     manager->HideWindow();
     EXPECT_EQ(calls, "abab") << "the program's own hiding is no closing";
+}
+
+TEST_F(PopupManagerTest, TellsTheRestWhenOneOfThemThrows) {
+    std::string calls;
+    std::vector<std::string> failed;
+    moxcore::threads::MainThread::SetFailureObserver([&](std::exception_ptr const& thrown) {
+        failed.push_back(moxcore::config::ExtractMessageFromException(thrown));
+    });
+    manager->SetParent(anchor);
+    manager->InsertPopupSection(0, new Sized(200, 80));
+    manager->AddNotifyOnCommit([] { throw std::runtime_error("of the host"); });
+    manager->AddNotifyOnCommit([&] { calls += "a"; });
+    manager->AddNotifyOnCommit(nullptr);  // a broken contract, and the end
+    manager->AddNotifyOnCommit([&] { calls += "b"; });
+    manager->ShowWindow();
+    RunEvents();
+    QTest::keyClick(PopupWindow(), Qt::Key_Escape);
+    RunEvents();
+    EXPECT_EQ(calls, "a");
+    EXPECT_THAT(failed, ElementsAre("of the host", "bad_function_call"));
+    moxcore::threads::MainThread::SetFailureObserver(nullptr);
 }
 
 TEST_F(PopupManagerTest, MayGoWhileItTellsOfItsClosing) {
