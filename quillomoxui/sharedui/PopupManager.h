@@ -49,7 +49,8 @@ public:
     virtual void SetButtons(boost::intrusive_ptr<moxui::ui::UI_SubView> const& view,
                             std::string const& cancelID, std::string const& commitID) = 0;
 
-    /// The host's node that a popup hangs from; held weakly.
+    /// The host's node that a popup hangs from; held weakly. A popup that hung from another, shown
+    /// or hidden, belongs to this one from then on (moxui/controls/UI_TouchPopupContainer.h).
     virtual void SetParent(boost::intrusive_ptr<moxui::ui::UI_Node> const& parent) = 0;
 
     virtual ~PopupManager();

@@ -74,6 +74,7 @@ void PopupManagerImpl::SetButtons(boost::intrusive_ptr<moxui::ui::UI_SubView> co
 
 void PopupManagerImpl::SetParent(boost::intrusive_ptr<moxui::ui::UI_Node> const& node) {
     parent = moxcore::utility::RefCountedWeakPtr<moxui::ui::UI_Node>(node.get());
+    if (popupWindow) popupWindow->SetAnchor(node);
 }
 
 void PopupManagerImpl::ArrangeChildren() {

@@ -30,6 +30,12 @@ public:
                            ui::DPISelectionType dpi, bool);
     ~UI_TouchPopupContainer() override;
 
+    /// Has the popup hang from `newParent`, as if it had been made with it: it moves with that one,
+    /// goes when that one does and gives the focus back there. One that is shown goes along to the
+    /// same place beside it. Null, or a node without a widget: it stays where it is, and moves and
+    /// goes with nothing.
+    void SetAnchor(boost::intrusive_ptr<ui::UI_Node> const& newParent);
+
     /// Shows the popup, once it has been told its content's size. One that is shown already stays
     /// as it is; what has come into it is given the focus as on showing.
     void StartPopup();

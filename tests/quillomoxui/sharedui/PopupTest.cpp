@@ -183,6 +183,36 @@ TEST_F(PopupManagerTest, HangsTheSectionsUnderItsParent) {
     EXPECT_EQ(PopupWindow(), nullptr);
 }
 
+TEST_F(PopupManagerTest, HangsFromTheParentThatItWasGivenLast) {
+    QWidget other;
+    other.setGeometry(400, 250, 300, 200);
+    other.show();
+    auto const otherAnchor = moxui::backend::WrapWidget(&other);
+    manager->InsertPopupSection(0, new Sized(200, 80));
+    auto const isBelow = [](QWidget& widget) {
+        auto& popup = *PopupWindow();
+        return popup.mapToGlobal(QPoint(popup.width(), 0)) ==
+               widget.mapToGlobal(QPoint(widget.width(), widget.height() + 4));
+    };
+    manager->SetParent(anchor);
+    manager->ShowWindow();
+    manager->SetParent(otherAnchor);
+    RunEvents();
+    EXPECT_TRUE(isBelow(other));
+    window.Widget().hide();
+    EXPECT_NE(PopupWindow(), nullptr);
+    other.hide();
+    EXPECT_EQ(PopupWindow(), nullptr);
+
+    window.Widget().show();
+    manager->SetParent(anchor);
+    manager->ShowWindow();
+    RunEvents();
+    EXPECT_TRUE(isBelow(button));
+    window.Widget().hide();
+    EXPECT_EQ(PopupWindow(), nullptr);
+}
+
 TEST_F(PopupManagerTest, HasOneLineAroundItInBothThemes) {
     using namespace moxui::skins;
     manager->SetParent(anchor);

@@ -16,20 +16,36 @@
 #include "moxui/skins/ThemeProvider.h"
 
 namespace moxui::backend {
-PopupWindow::PopupWindow(QWidget* anchor) : anchor(anchor) {
+PopupWindow::PopupWindow(QWidget* anchor) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
     setAttribute(Qt::WA_OpaquePaintEvent);
     WatchInput();
-    if (anchor)
-        connect(anchor, &QObject::destroyed, this, [this] {
-            this->anchor = nullptr;
-            Dismiss();
-        });
+    HangFrom(anchor);
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
             &PopupWindow::ApplicationStateChanged);
 }
 
 PopupWindow::~PopupWindow() = default;
+
+void PopupWindow::HangFrom(QWidget* newAnchor) {
+    if (newAnchor == anchor) return;
+    disconnect(anchorGone);
+    bool const goesAlong = anchor && newAnchor;
+    auto const* const windowBefore = anchor ? anchor->window() : nullptr;
+    anchor = newAnchor;
+    if (anchor) {
+        anchorGone = connect(anchor, &QObject::destroyed, this, [this] {
+            anchor = nullptr;
+            Dismiss();
+        });
+        focus.ForgetOutside(*anchor->window());
+    }
+    if (goesAlong)
+        FollowAnchor();
+    else
+        anchorCorner = AnchorCorner();
+    if (isVisible() && windowBefore != (anchor ? anchor->window() : nullptr)) ShowAgain();
+}
 
 void PopupWindow::SetContentRect(moxcore::geom::RectT<float> const& rect) {
     asked = rect;
@@ -44,6 +60,7 @@ void PopupWindow::Start() {
         focus.RememberFor(*this);
         memory.Forget();
         qApp->installEventFilter(this);
+        FollowAnchor();
         if (!asked.IsEmpty()) Show();
     }
     // What comes into the popup gets its place only after this.
@@ -128,6 +145,21 @@ void PopupWindow::Show() {
     activateWindow();
 }
 
+void PopupWindow::ShowAgain() {
+    bool const wasActive = isActiveWindow();
+    // Window systems ask whose transient a window is only when it is shown.
+    hide();
+    MakeTransient(*this, anchor ? anchor->window() : nullptr);
+    setAttribute(Qt::WA_ShowWithoutActivating, !wasActive);
+    show();
+    setAttribute(Qt::WA_ShowWithoutActivating, false);
+    if (!wasActive) return;
+    activateWindow();
+    // Qt has taken the focus from what is hidden. It hears of no change where the window has the
+    // focus again before the window system has told of its loss.
+    QApplication::setActiveWindow(this);
+}
+
 void PopupWindow::TakeFocus() {
     if (!started || !isActiveWindow() || !LastInputWasKey()) return;
     auto const* const focused = QApplication::focusWidget();
@@ -144,6 +176,7 @@ QRect PopupWindow::AnchorOnScreen() const {
 }
 
 void PopupWindow::FollowAnchor() {
+    if (!anchor || asked.IsEmpty()) return;
     auto const moved = AnchorCorner() - anchorCorner;
     if (moved.isNull()) return;
     anchorCorner += moved;

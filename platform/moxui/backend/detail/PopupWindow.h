@@ -22,6 +22,11 @@ public:
     explicit PopupWindow(QWidget* anchor);
     ~PopupWindow() override;
 
+    /// Has it hang from `newAnchor`, and belong to that one's window, as if it always had. One that
+    /// is shown goes along to the same place beside it. Null: it stays where it is and belongs to
+    /// nothing.
+    void HangFrom(QWidget* newAnchor);
+
     /// Heard after the user has dismissed the popup.
     std::function<void()> onDismissed;
     bool menuShowing = false;
@@ -45,6 +50,7 @@ private:
     void Dismiss();
     void Place();
     void Show();
+    void ShowAgain();
     void TakeFocus();
     [[nodiscard]] QPoint AnchorCorner() const;
     [[nodiscard]] QRect AnchorOnScreen() const;
@@ -55,6 +61,7 @@ private:
     void ApplicationStateChanged(Qt::ApplicationState state);
 
     QPointer<QWidget> anchor;
+    QMetaObject::Connection anchorGone;
     QPoint anchorCorner;  // when the place was asked for
     moxcore::geom::RectT<float> asked;
     FocusReturn focus;

@@ -28,11 +28,17 @@ bool Until(std::function<bool()> const& holds) {
     return QTest::qWaitFor(holds, kDeadline);
 }
 
-void Xdotool(QStringList const& arguments) {
+/// Runs a program to its end, and returns what it has written.
+QByteArray Run(QString const& program, QStringList const& arguments) {
     QProcess process;
-    process.start("xdotool", arguments);
-    ASSERT_TRUE(Until([&] { return process.state() == QProcess::NotRunning; }));
-    ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    process.start(program, arguments);
+    EXPECT_TRUE(Until([&] { return process.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    return process.readAllStandardOutput();
+}
+
+void Xdotool(QStringList const& arguments) {
+    Run("xdotool", arguments);
 }
 
 void Click(QPoint place) {
@@ -140,6 +146,43 @@ TEST_F(RealInput, AMenuInsideClosesAlone) {
     Click(outside);
     EXPECT_TRUE(Until([&] { return !IsOpen(); }));
     EXPECT_EQ(commits, 1);
+}
+
+/// The window above which the server's clients keep `window`; 0 for none.
+unsigned long long TransientFor(QWidget const& window) {
+    auto const told = Run("xprop", {"-id", QString::number(window.winId()), "WM_TRANSIENT_FOR"});
+    return told.mid(told.lastIndexOf(' ') + 1).trimmed().toULongLong(nullptr, 0);
+}
+
+TEST_F(RealInput, GoesOverToTheWindowOfAnotherAnchorWhileItIsShown) {
+    QWidget other;
+    other.setGeometry(200, 350, 400, 200);
+    QPushButton otherField(&other);
+    other.show();
+    otherField.setFocus();
+    auto const otherAnchor = backend::WrapWidget(&other);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
+
+    OpenByClick();
+    menu->UI_SetFocus();
+    ASSERT_EQ(TransientFor(WidgetOf(*popup)), host.winId());
+    popup->SetAnchor(otherAnchor);
+    EXPECT_TRUE(Until([&] { return TransientFor(WidgetOf(*popup)) == other.winId(); }));
+    EXPECT_TRUE(Until([&] { return WidgetOf(*menu).hasFocus(); }));
+    EXPECT_EQ(WidgetOf(*popup).geometry().topRight() - other.geometry().bottomRight(),
+              QPoint(-1, 5))
+        << "as Open asks for it";
+
+    host.hide();
+    testsupport::RunEvents();
+    EXPECT_TRUE(IsOpen());
+    EXPECT_TRUE(Until([&] { return WidgetOf(*menu).hasFocus(); }));
+    Xdotool({"key", "Escape"});
+    EXPECT_TRUE(Until([&] { return !IsOpen() && otherField.hasFocus(); }));
+    popup->StartPopup();
+    other.close();
+    EXPECT_FALSE(IsOpen());
+    EXPECT_EQ(commits, 2);
 }
 
 TEST_F(RealInput, StaysWhileAnotherProgramHasTheFocus) {
