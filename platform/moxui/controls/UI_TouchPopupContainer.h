@@ -16,7 +16,9 @@ namespace moxui::controls {
 /// into a menu that was opened from inside it, into a dialog whose parent it is, or into a dialog
 /// of the host's that has to be answered first, does not. It stays when another program comes to
 /// the front, a browser for instance: the user comes back to it, and the click that brings the user
-/// back only gives it the focus. It moves along with what it hangs from.
+/// back only gives it the focus. One that does something in the program, by a button of the host's
+/// for instance, or that opens a window, dismisses it as any other. It moves along with what it
+/// hangs from.
 ///
 /// Shown, it takes the keyboard's focus, and its first control has it when the user has come by
 /// keyboard; hidden, it gives the focus back to where it was.

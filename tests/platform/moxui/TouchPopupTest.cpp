@@ -4,10 +4,12 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QLabel>
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
 #include <QTest>
+#include <QToolTip>
 #include <QWindow>
 #include <memory>
 
@@ -272,20 +274,77 @@ TEST_F(TouchPopup, WhatBelongsToItDoesNotDismissIt) {
     EXPECT_EQ(commits, 1);
 }
 
-TEST_F(TouchPopup, StaysWhileAnotherProgramIsUsedAndTakesTheUserBack) {
-    Open();
-    auto const state = [](Qt::ApplicationState value) {
-        emit qGuiApp->applicationStateChanged(value);
+/// A window of the host's that handles what is pressed in it, without a child that does.
+class Canvas : public QWidget {
+public:
+    std::function<void()> onPress, onRelease;
+
+protected:
+    void mousePressEvent(QMouseEvent*) override {
+        if (onPress) onPress();
+    }
+    void mouseReleaseEvent(QMouseEvent*) override {
+        if (onRelease) onRelease();
+    }
+};
+
+TEST_F(TouchPopup, TheClickThatBringsTheUserBackDismissesItWhereItDoesSomething) {
+    QLabel label("empty", &host);
+    QDialog dialog(&host), modeless(&host);
+    dialog.setModal(true);
+    QMenu hostsMenu(&host);
+    Canvas canvas;
+    QObject::connect(&field, &QPushButton::clicked, [&] { dialog.open(); });
+    struct Case {
+        char const* what;
+        QWidget* clicked;
+        bool dismissed;
+        std::function<void()> onPress, onRelease;  // of the canvas
+        QWidget* active;  // after it; null: Qt tells of none while a menu is open
     };
-    state(Qt::ApplicationInactive);
-    host.activateWindow();
-    RunEvents();
-    QTest::mouseClick(&host, Qt::LeftButton);
-    EXPECT_TRUE(IsOpen());
-    RunEvents();
-    EXPECT_TRUE(WidgetOf(*popup).isActiveWindow());
-    QTest::mouseClick(&host, Qt::LeftButton);
-    EXPECT_FALSE(IsOpen());
+    auto* const own = &WidgetOf(*popup);
+    QDialog ofPopup(own);
+    for (auto const& [what, clicked, dismissed, onPress, onRelease, active] : std::vector<Case>{
+             {"the popup", own, false, {}, {}, own},
+             {"an empty place", &host, false, {}, {}, own},
+             {"a label", &label, false, {}, {}, own},
+             {"its anchor", &button, false, {}, {}, own},
+             {"a button", &field, true, {}, {}, &dialog},
+             {"a window that does nothing", &canvas, false, {}, {}, own},
+             {"a menu opens", &canvas, true, [&] { hostsMenu.popup({}); }, {}, nullptr},
+             {"a dialog opens", &canvas, true, {}, [&] { dialog.open(); }, &dialog},
+             {"a window opens", &canvas, true, [&] { modeless.show(); }, {}, &modeless},
+             {"a tooltip opens", &canvas, false, [&] { QToolTip::showText({}, "tip"); }, {}, own},
+             {"one of the popup's opens", &canvas, false, [&] { ofPopup.show(); }, {}, own},
+         }) {
+        SCOPED_TRACE(what);
+        commits = 0;
+        host.show();
+        label.show();
+        canvas.show();
+        Open();
+        emit qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
+        host.activateWindow();
+        RunEvents();
+        canvas.onPress = onPress;
+        canvas.onRelease = onRelease;
+        QTest::mouseClick(clicked, Qt::LeftButton);
+        RunEvents();
+        EXPECT_EQ(IsOpen(), !dismissed);
+        EXPECT_EQ(commits, dismissed);
+        EXPECT_TRUE(!active || QApplication::activeWindow() == active);
+        for (auto* const opened :
+             std::vector<QWidget*>{&dialog, &modeless, &hostsMenu, &canvas, &ofPopup})
+            opened->close();
+        RunEvents();
+
+        host.activateWindow();
+        popup->UI_Show(true);
+        RunEvents();
+        ASSERT_TRUE(IsOpen());
+        QTest::mouseClick(&host, Qt::LeftButton);
+        EXPECT_FALSE(IsOpen()) << "the user is back";
+    }
 }
 
 TEST_F(TouchPopup, TheHookMayLetGoOfThePopupOrFail) {

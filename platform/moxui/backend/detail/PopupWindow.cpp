@@ -70,11 +70,8 @@ void PopupWindow::Start() {
 
 void PopupWindow::Stop() {
     if (!started) return;
-    started = false;
-    away = false;
-    qApp->removeEventFilter(this);
     bool const focused = FocusReturn::IsWith(*this);
-    hide();
+    TakeDown();
     if (focused) focus.GiveBack(anchor);
 }
 
@@ -88,6 +85,15 @@ bool PopupWindow::eventFilter(QObject* receiver, QEvent* event) {
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonDblClick:
             return HandlePress(*receiver, *static_cast<QMouseEvent*>(event));
+        case QEvent::MouseButtonRelease:
+            // Later: what hears of it may open a window.
+            if (returning.IsUnderWay())
+                QMetaObject::invokeMethod(
+                    this, [this] { returning.End(); }, Qt::QueuedConnection);
+            return false;
+        case QEvent::Show:
+            NoteWindow(*receiver);
+            return false;
         case QEvent::Move:
         case QEvent::Resize:
             if (anchor && receiver->isWidgetType() &&
@@ -127,6 +133,14 @@ void PopupWindow::Dismiss() {
     if (!started) return;
     Stop();
     if (node && onDismissed) onDismissed();
+}
+
+void PopupWindow::TakeDown() {
+    started = false;
+    away = false;
+    returning = ReturnPress();
+    qApp->removeEventFilter(this);
+    hide();
 }
 
 void PopupWindow::Place() {
@@ -195,21 +209,54 @@ bool PopupWindow::HandlePress(QObject& receiver, QMouseEvent const& press) {
     }
     if (menuPressAt != 0 && press.timestamp() == menuPressAt) return false;
 
-    auto const* const widget = qobject_cast<QWidget*>(&receiver);
-    auto const* const window =
+    auto* const widget = qobject_cast<QWidget*>(&receiver);
+    auto* const window =
         widget ? widget->window()->windowHandle() : qobject_cast<QWindow*>(&receiver);
+    // Without a window manager no press gives a window the focus.
+    if (away && window && window == windowHandle()) activateWindow();
     if (!window || BelongsTo(*window, *this) || IsBlocked()) return false;
-    if (away) {
-        activateWindow();
-        return false;
-    }
 
     bool const onAnchor = anchor && window == anchor->window()->windowHandle() &&
                           AnchorOnScreen().contains(press.globalPosition().toPoint());
+    if (away && onAnchor) {
+        activateWindow();
+        return true;
+    }
+    if (away) {
+        if (returning.Begin(*window, press)) JudgeReturnLater();
+        if (widget) returning.IsOfferedTo(*widget);
+        return false;
+    }
     QPointer<QObject> const alive = &receiver;
     Dismiss();
     // The anchor would open the popup again.
     return onAnchor || !alive;
+}
+
+void PopupWindow::JudgeReturnLater() {
+    QMetaObject::invokeMethod(
+        this, [this] { JudgeReturn(); }, Qt::QueuedConnection);
+}
+
+void PopupWindow::JudgeReturn() {
+    if (!returning.HasBegun()) return;
+    if (!returning.DoesSomething()) return activateWindow();
+    auto* const pressed = returning.GivesFocusAway() ? nullptr : returning.GetWindow();
+    TakeDown();
+    // The focus stays where the press has put it. The popup may have got it first.
+    if (pressed && pressed->isVisible()) pressed->requestActivate();
+    if (node && onDismissed) onDismissed();
+}
+
+void PopupWindow::NoteWindow(QObject const& shown) {
+    auto const* const widget = qobject_cast<QWidget const*>(&shown);
+    if (!returning.IsUnderWay() || !widget || !widget->isWindow() ||
+        widget->windowType() == Qt::ToolTip)
+        return;
+    auto const* const window = widget->windowHandle();
+    if (window && BelongsTo(*window, *this)) return;
+    returning.HasOpened(*widget);
+    JudgeReturnLater();
 }
 
 bool PopupWindow::IsBlocked() const {
@@ -221,7 +268,7 @@ void PopupWindow::ApplicationStateChanged(Qt::ApplicationState state) {
     if (!isVisible()) return;
     if (state != Qt::ApplicationActive)
         away = true;
-    else if (away && !IsBlocked())
+    else if (away && !IsBlocked() && !returning.IsUnderWay())
         activateWindow();
 }
 

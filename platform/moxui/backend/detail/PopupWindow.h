@@ -6,6 +6,7 @@
 #include "moxcore/geom/Rect.h"
 #include "moxui/backend/detail/FocusMemory.h"
 #include "moxui/backend/detail/FocusReturn.h"
+#include "moxui/backend/detail/ReturnPress.h"
 #include "moxui/backend/detail/ViewWidget.h"
 
 namespace moxui::backend {
@@ -48,6 +49,7 @@ protected:
 
 private:
     void Dismiss();
+    void TakeDown();
     void Place();
     void Show();
     void ShowAgain();
@@ -57,6 +59,10 @@ private:
     void FollowAnchor();
     /// Whether the press goes no further.
     [[nodiscard]] bool HandlePress(QObject& receiver, QMouseEvent const& press);
+    /// What a press that the user comes back with does, is known once it has been handled.
+    void JudgeReturnLater();
+    void JudgeReturn();
+    void NoteWindow(QObject const& shown);
     [[nodiscard]] bool IsBlocked() const;
     void ApplicationStateChanged(Qt::ApplicationState state);
 
@@ -67,7 +73,8 @@ private:
     FocusReturn focus;
     FocusMemory memory{*this};
     bool started = false;
-    bool away = false;              // the user works with another program
+    bool away = false;  // the user works with another program
+    ReturnPress returning;
     unsigned long menuPressAt = 0;  // timestamp of the last press that was for a menu
 };
 
