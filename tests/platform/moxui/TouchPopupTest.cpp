@@ -274,7 +274,8 @@ TEST_F(TouchPopup, WhatBelongsToItDoesNotDismissIt) {
     EXPECT_EQ(commits, 1);
 }
 
-/// A window of the host's that handles what is pressed in it, without a child that does.
+/// A widget of the host's that handles what is pressed in it; as a window, without a child that
+/// does.
 class Canvas : public QWidget {
 public:
     std::function<void()> onPress, onRelease;
@@ -293,13 +294,14 @@ TEST_F(TouchPopup, TheClickThatBringsTheUserBackDismissesItWhereItDoesSomething)
     QDialog dialog(&host), modeless(&host);
     dialog.setModal(true);
     QMenu hostsMenu(&host);
-    Canvas canvas;
+    Canvas canvas, inner;
+    inner.setParent(&host);
     QObject::connect(&field, &QPushButton::clicked, [&] { dialog.open(); });
     struct Case {
         char const* what;
         QWidget* clicked;
         bool dismissed;
-        std::function<void()> onPress, onRelease;  // of the canvas
+        std::function<void()> onPress, onRelease;  // of what handles it
         QWidget* active;  // after it; null: Qt tells of none while a menu is open
     };
     auto* const own = &WidgetOf(*popup);
@@ -310,6 +312,7 @@ TEST_F(TouchPopup, TheClickThatBringsTheUserBackDismissesItWhereItDoesSomething)
              {"a label", &label, false, {}, {}, own},
              {"its anchor", &button, false, {}, {}, own},
              {"a button", &field, true, {}, {}, &dialog},
+             {"what handles it", &inner, true, [&] { own->activateWindow(); }, {}, &host},
              {"a window that does nothing", &canvas, false, {}, {}, own},
              {"a menu opens", &canvas, true, [&] { hostsMenu.popup({}); }, {}, nullptr},
              {"a dialog opens", &canvas, true, {}, [&] { dialog.open(); }, &dialog},
@@ -326,13 +329,18 @@ TEST_F(TouchPopup, TheClickThatBringsTheUserBackDismissesItWhereItDoesSomething)
         emit qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
         host.activateWindow();
         RunEvents();
-        canvas.onPress = onPress;
+        canvas.onPress = inner.onPress = onPress;
         canvas.onRelease = onRelease;
         QTest::mouseClick(clicked, Qt::LeftButton);
         RunEvents();
         EXPECT_EQ(IsOpen(), !dismissed);
         EXPECT_EQ(commits, dismissed);
         EXPECT_TRUE(!active || QApplication::activeWindow() == active);
+        if (!dismissed) {
+            modeless.show();
+            RunEvents();
+            EXPECT_TRUE(IsOpen()) << "it is not the click that has opened this";
+        }
         for (auto* const opened :
              std::vector<QWidget*>{&dialog, &modeless, &hostsMenu, &canvas, &ofPopup})
             opened->close();
@@ -434,16 +442,16 @@ TEST_F(TouchPopup, GivenAnotherAnchorBelongsToThatOnesWindow) {
             other->move(other->x() + 30, other->y() + 40);
             RunEvents();
             EXPECT_TRUE(isBesideIt());
+            QTest::keyClick(&window, Qt::Key_Escape);
+            RunEvents();
+            EXPECT_TRUE(other->field.hasFocus());
+
+            popup->UI_Show(true);
             host.move(host.x() + 7, host.y() + 7);
             host.close();
             old.reset();
             RunEvents();
             EXPECT_TRUE(IsOpen() && isBesideIt()) << "the one before is of no matter any more";
-
-            QTest::keyClick(&window, Qt::Key_Escape);
-            RunEvents();
-            EXPECT_TRUE(other->field.hasFocus());
-            popup->UI_Show(true);
             goes(other);
             EXPECT_FALSE(IsOpen());
             EXPECT_EQ(commits, 2);
