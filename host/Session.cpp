@@ -34,6 +34,7 @@ ExitCode ExitCodeOf(Step step) {
         case Step::EncryptRequests:
         case Step::ListLocations:
         case Step::KeepSignIn:
+        case Step::HandleEvent:
             break;
     }
     return ExitCode::Other;

@@ -9,6 +9,7 @@
 
 #include "host/Failure.h"
 #include "host/Terminal.h"
+#include "moxcore/threads/MainThread.h"
 
 namespace quillohost::editor {
 namespace {
@@ -70,12 +71,21 @@ EditorApplication::~EditorApplication() {
 }
 
 bool EditorApplication::notify(QObject* receiver, QEvent* event) {
-    if (!watchdogFile || thread() != QThread::currentThread())
-        return QApplication::notify(receiver, event);
+    if (!watchdogFile || thread() != QThread::currentThread()) return Notify(receiver, event);
     watchdog.Begin(ClassOf(*receiver), event->type(), thread()->loopLevel(), Watchdog::Now());
-    bool const result = QApplication::notify(receiver, event);
+    bool const result = Notify(receiver, event);
     watchdog.End(Watchdog::Now());
     return result;
+}
+
+bool EditorApplication::Notify(QObject* receiver, QEvent* event) {
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (...) {
+        // Qt's loop lets nothing through: what one event has spoilt must not end the program.
+        moxcore::threads::MainThread::ReportFailure(std::current_exception());
+        return false;
+    }
 }
 
 }  // namespace quillohost::editor

@@ -16,9 +16,13 @@ public:
     explicit EditorApplication(std::optional<std::filesystem::path> watchdogFile);
     ~EditorApplication() override;
 
+    /// What a slot or a handler throws is reported (moxcore/threads/MainThread.h), and the program
+    /// goes on.
     bool notify(QObject* receiver, QEvent* event) override;
 
 private:
+    bool Notify(QObject* receiver, QEvent* event);
+
     std::optional<std::filesystem::path> watchdogFile;
     Watchdog watchdog;
 };

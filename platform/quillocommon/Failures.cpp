@@ -1,11 +1,14 @@
 #include "quillocommon/Failures.h"
 
 #include <algorithm>
+#include <exception>
 #include <mutex>
 #include <utility>
 #include <vector>
 
+#include "moxcore/config/Error.h"
 #include "moxcore/debug/Trace.h"
+#include "moxcore/threads/MainThread.h"
 
 namespace quillocommon {
 namespace {
@@ -82,11 +85,28 @@ private:
     std::shared_ptr<Entry> entry;
 };
 
+void ReportHandler(std::exception_ptr const& thrown) {
+    using namespace moxcore::config;
+    auto const result = ExtractResultFromException(thrown);
+    ReportFailure({Step::HandleEvent, result < 0 ? result : kUnknownFailure, 0,
+                   "What an event has called failed: " + ExtractMessageFromException(thrown)});
+}
+
+/// What handlers throw, the toolkit gives to the main thread, which knows nothing of failures.
+void HearOfHandlers() {
+    static bool const hears = [] {
+        moxcore::threads::MainThread::SetFailureObserver(ReportHandler);
+        return true;
+    }();
+    static_cast<void>(hears);
+}
+
 }  // namespace
 
 FailureSubscription::~FailureSubscription() = default;
 
 std::shared_ptr<FailureSubscription> ListenToFailures(FailureListener listener) {
+    HearOfHandlers();
     auto entry = std::make_shared<Entry>(std::move(listener));
     TheListeners().Add(entry);
     return std::make_shared<Subscription>(std::move(entry));

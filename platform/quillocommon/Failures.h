@@ -9,7 +9,7 @@
 
 namespace quillocommon {
 
-/// What the service's libraries were doing when they failed.
+/// What the library was doing when it failed.
 enum class Step {
     SignIn,
     ReadUser,
@@ -20,7 +20,8 @@ enum class Step {
     // These stop nothing: a host tells its user, and goes on.
     EncryptRequests,  ///< requests go to another machine in plain text; reported once
     ListLocations,    ///< a list was read, but not all of it stands in the tree
-    KeepSignIn        ///< the sign-in is not kept where it should be
+    KeepSignIn,       ///< the sign-in is not kept where it should be
+    HandleEvent  ///< a function that an event has called, of a view's or the host's, has thrown
 };
 
 /// Whether a failure of `step` stops nothing: it is a warning.

@@ -33,8 +33,9 @@ public:
     /// without a place to show it in.
     virtual void ShowWindow() = 0;
 
-    /// `function`, which must not be empty, is called whenever the user closes the popup, after
-    /// those that were added before it.
+    /// `function` is called whenever the user closes the popup, after those that were added before
+    /// it. What one throws is reported (moxcore/threads/MainThread.h), and the rest still run; it
+    /// must not be empty, or nothing runs after it.
     virtual void AddNotifyOnCommit(std::function<void()> const& function) = 0;
 
     /// Hides the window; ShowWindow shows it again.
@@ -48,7 +49,8 @@ public:
     virtual void SetButtons(boost::intrusive_ptr<moxui::ui::UI_SubView> const& view,
                             std::string const& cancelID, std::string const& commitID) = 0;
 
-    /// The host's node that a popup hangs from; held weakly.
+    /// The host's node that a popup hangs from; held weakly. A popup that hung from another, shown
+    /// or hidden, belongs to this one from then on (moxui/controls/UI_TouchPopupContainer.h).
     virtual void SetParent(boost::intrusive_ptr<moxui::ui::UI_Node> const& parent) = 0;
 
     virtual ~PopupManager();

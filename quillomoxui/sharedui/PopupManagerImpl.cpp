@@ -1,5 +1,6 @@
 #include "quillomoxui/sharedui/PopupManagerImpl.h"
 
+#include "moxcore/threads/MainThread.h"
 #include "quillomoxui/sharedui/PopupPlacement.h"
 #include "quillomoxui/sharedui/RecommendedSize.h"
 
@@ -73,6 +74,7 @@ void PopupManagerImpl::SetButtons(boost::intrusive_ptr<moxui::ui::UI_SubView> co
 
 void PopupManagerImpl::SetParent(boost::intrusive_ptr<moxui::ui::UI_Node> const& node) {
     parent = moxcore::utility::RefCountedWeakPtr<moxui::ui::UI_Node>(node.get());
+    if (popupWindow) popupWindow->SetAnchor(node);
 }
 
 void PopupManagerImpl::ArrangeChildren() {
@@ -92,8 +94,15 @@ void PopupManagerImpl::ArrangeChildren() {
 void PopupManagerImpl::OnPopupClosed() {
     // A function may let go of this manager.
     CommitFunctions const functions = notifyOnCommit;
-    for (auto const& function : functions)
-        (*function)();
+    for (auto const& function : functions) {
+        if (!*function) throw std::bad_function_call();
+        try {
+            (*function)();
+        } catch (...) {
+            // What one of them throws keeps nothing from those after it.
+            moxcore::threads::MainThread::ReportFailure(std::current_exception());
+        }
+    }
 }
 
 }  // namespace quillomoxui

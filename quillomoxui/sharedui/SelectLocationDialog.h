@@ -25,13 +25,15 @@ using SelectLocationCallback =
 /// names for dialogs, and returns when that has closed. `callback` has run by then, exactly once: a
 /// dialog that ended without a choice, however it did, or that had no window to be shown over,
 /// counts as cancelled. Nothing of the dialog is left. Main thread; may be called again from what
-/// runs while the dialog is shown, and then returns first.
+/// runs while the dialog is shown, and then returns first. Throws what `callback` has thrown, once
+/// the dialog has closed, and a ContractViolation (moxcore/config/Error.h) for a null `user`, for
+/// which it shows nothing and calls nobody.
 QUILLO_API void ShowSelectLocationDialogCentered(
     moxcore::classref::InterfaceRef<quillo::QuilloUser> const& user,
     SelectLocationCallback const& callback);
 
-/// The same for a user of the location tree, whichever backend fills it. Not null. Its tree is
-/// fetched anew, and what is chosen is its selection when `callback` runs.
+/// The same for a user of the location tree, whichever backend fills it. Its tree is fetched anew,
+/// and what is chosen is its selection when `callback` runs.
 QUILLO_API void ShowSelectLocationDialogCentered(std::shared_ptr<QuilloUser> const& user,
                                                  SelectLocationCallback const& callback);
 

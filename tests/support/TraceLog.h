@@ -9,11 +9,12 @@
 
 namespace testsupport {
 
-/// What the library traces, at `level` and above, while the object lives. Any thread.
+/// What the library traces in `category`, at `level` and above, while the object lives. Any thread.
 class TraceLog {
 public:
-    explicit TraceLog(int level) {
-        moxcore::debug::SetTraceLevel("QuilloNative", level);
+    explicit TraceLog(int level, std::string const& category = "QuilloNative")
+        : category(category) {
+        moxcore::debug::SetTraceLevel(category, level);
         moxcore::debug::SetTraceSink([this](int, std::string const&, std::string const& text) {
             std::lock_guard lock(mutex);
             texts.push_back(text);
@@ -21,7 +22,7 @@ public:
     }
     ~TraceLog() {
         moxcore::debug::SetTraceSink(nullptr);
-        moxcore::debug::SetTraceLevel("QuilloNative", -1);
+        moxcore::debug::SetTraceLevel(category, -1);
     }
     TraceLog(TraceLog const&) = delete;
     TraceLog& operator=(TraceLog const&) = delete;
@@ -33,6 +34,7 @@ public:
     }
 
 private:
+    std::string const category;
     std::mutex mutex;
     std::vector<std::string> texts;  // guarded by mutex
 };

@@ -17,6 +17,7 @@ namespace moxcore::threads {
 namespace {
 
 using Functions = std::vector<std::function<void()>>;
+using FailureFunction = std::function<void(std::exception_ptr)>;
 
 struct Queue {
     std::mutex mutex;
@@ -24,13 +25,14 @@ struct Queue {
     Functions queued;       // guarded by mutex
     bool sleeping = false;  // guarded by mutex: RunUntil waits for `filled`
     std::shared_ptr<std::function<void()> const> wakeUpHook;  // guarded by mutex
+    FailureFunction failureObserver;                          // guarded by mutex
 
     // The main thread's own. A queued function may run the queue itself (a modal dialog's loop
     // does), so what is being run is kept here and not in the call that took it out.
     Functions running;
     std::uint64_t begun = 0;  // functions begun since the start
     std::uint64_t first = 0;  // the place of running.front() in that count
-    std::function<void(std::exception_ptr)> failureHandler;
+    FailureFunction failureHandler;
 };
 
 /// Never destroyed: other threads may still post while the process ends.
@@ -56,11 +58,18 @@ void TraceFailure(std::exception_ptr const& exception) {
         "A function on the main thread failed: " + config::ExtractMessageFromException(exception));
 }
 
-void ReportFailure(Queue& queue, std::exception_ptr const& exception) {
-    if (!queue.failureHandler) return TraceFailure(exception);
+FailureFunction FailureObserver(Queue& queue) {
+    std::lock_guard lock(queue.mutex);
+    return queue.failureObserver;
+}
+
+/// Either function may replace itself, and so is called as a copy.
+void TellOfFailure(FailureFunction const function, std::exception_ptr const& exception) {
+    if (!function) return TraceFailure(exception);
     try {
-        queue.failureHandler(exception);
+        function(exception);
     } catch (...) {
+        TraceFailure(exception);
         TraceFailure(std::current_exception());
     }
 }
@@ -105,7 +114,8 @@ std::size_t MainThread::RunPending() {
         try {
             function();
         } catch (...) {
-            ReportFailure(queue, std::current_exception());
+            TellOfFailure(queue.failureHandler ? queue.failureHandler : FailureObserver(queue),
+                          std::current_exception());
         }
     }
     if (queue.begun == queue.first + queue.running.size()) {
@@ -142,6 +152,22 @@ void MainThread::SetWakeUpHook(std::function<void()> hook) {
 
 void MainThread::SetFailureHandler(std::function<void(std::exception_ptr)> handler) {
     TheQueue().failureHandler = std::move(handler);
+}
+
+void MainThread::ReportFailure(std::exception_ptr exception) noexcept {
+    try {
+        AsyncCallFromMainThread(
+            [thrown = std::move(exception)] { TellOfFailure(FailureObserver(TheQueue()), thrown); },
+            0);
+    } catch (...) {
+        // Out of memory: nobody can be told.
+    }
+}
+
+void MainThread::SetFailureObserver(std::function<void(std::exception_ptr)> observer) {
+    auto& queue = TheQueue();
+    std::lock_guard lock(queue.mutex);
+    queue.failureObserver.swap(observer);  // the one before is destroyed after the lock
 }
 
 bool MainThread::IsCurrent() {

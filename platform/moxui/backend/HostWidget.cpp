@@ -3,6 +3,7 @@
 #include <QApplication>
 
 #include "moxcore/threads/MainThread.h"
+#include "moxui/backend/detail/CallFromQt.h"
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/Peer.h"
 #include "moxui/backend/detail/QtDrawbot.h"
@@ -30,8 +31,10 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() == QEvent::Resize && own.node)
-            static_cast<ui::OS_ViewContainer*>(own.node)->UI_SetLocalRectF(
-                FromQRectF(QRectF(static_cast<QWidget*>(watched)->rect())));
+            CallFromQt([&] {
+                static_cast<ui::OS_ViewContainer*>(own.node)->UI_SetLocalRectF(
+                    FromQRectF(QRectF(static_cast<QWidget*>(watched)->rect())));
+            });
         return QObject::eventFilter(watched, event);
     }
 

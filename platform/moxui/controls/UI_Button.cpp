@@ -1,5 +1,6 @@
 #include "moxui/controls/UI_Button.h"
 
+#include "moxui/backend/detail/CallFromQt.h"
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/PushButton.h"
 #include "moxui/backend/detail/Theme.h"
@@ -13,7 +14,7 @@ UI_Button::UI_Button(std::unique_ptr<backend::Peer> peer) : UI_ControlView(std::
     QObject::connect(GetPeer().GetWidgetAs<PushButton>(), &QPushButton::clicked,
                      GetPeer().Context(), [this] {
                          boost::intrusive_ptr<UI_Button> const alive(this);
-                         OnPressed();
+                         backend::CallFromQt([this] { OnPressed(); });
                      });
 }
 

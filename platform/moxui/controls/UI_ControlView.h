@@ -30,7 +30,8 @@ public:
 
     /// `function` hears (with a UI_ControlChangedMessage) whenever the user has changed or pressed
     /// the control; not when a program has. Functions are called in the order in which they came;
-    /// the control stays alive while they run.
+    /// the control stays alive while they run. What one throws is reported
+    /// (moxcore/threads/MainThread.h), and the others still run.
     void NotifyWhenChanged(std::function<void(ui::Message*)> function);
 
     void UI_SetEnabled(bool enabled);

@@ -20,7 +20,8 @@ public:
     [[nodiscard]] moxcore::string::UTF16String const& GetURL() const { return url; }
 
     /// Has `opener` open the addresses, of all links of the process, in place of the system's
-    /// browser; an empty one gives them back to the browser. It must return soon.
+    /// browser; an empty one gives them back to the browser. It must return soon. What
+    /// it throws is reported, as what a handler of a button throws is.
     using Opener = std::function<void(moxcore::string::UTF16String const& url)>;
     static void SetOpener(Opener opener);
 

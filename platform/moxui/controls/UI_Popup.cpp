@@ -70,6 +70,8 @@ void UI_Popup::DeleteItem(int index) {
 }
 
 void UI_Popup::DeleteAllItems() {
+    boost::intrusive_ptr<UI_Popup> const alive(this);  // who hears of the menu's end may let go
+    if (auto* const widget = WidgetOf(*this); widget && widget->IsOpen()) widget->hidePopup();
     if (auto* const widget = WidgetOf(*this)) widget->Entries().Clear();
     ShowValue();
 }

@@ -35,6 +35,7 @@ public:
     void AddItem(moxcore::string::UTF16String const& text);
     /// An entry with a picture, for which the item image function is asked.
     void AddItemWithCustomIcon(moxcore::string::UTF16String const& text);
+    /// An open menu is closed, without a choice.
     void DeleteAllItems();
 
     /// The same before the entry at `index`, or at the end where there is none. When the menu is

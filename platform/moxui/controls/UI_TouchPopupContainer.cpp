@@ -23,12 +23,16 @@ PopupWindow* WindowOf(UI_TouchPopupContainer const& popup) {
     return popup.GetPeer().GetWidgetAs<PopupWindow>();
 }
 
+QWidget* WidgetOf(boost::intrusive_ptr<ui::UI_Node> const& node) {
+    return node ? node->GetPeer().GetWidget() : nullptr;
+}
+
 }  // namespace
 
 UI_TouchPopupContainer::UI_TouchPopupContainer(drawbot::SupplierInterface const*,
                                                boost::intrusive_ptr<ui::UI_Node> const& parent,
                                                bool, bool, bool, ui::DPISelectionType, bool)
-    : UI_SubView(backend::MakePeer<PopupWindow>(parent ? parent->GetPeer().GetWidget() : nullptr)) {
+    : UI_SubView(backend::MakePeer<PopupWindow>(WidgetOf(parent))) {
     WindowOf(*this)->onDismissed = [this] { OnDismissed(); };
     boost::intrusive_ptr<PopupContainer> const container(new PopupContainer);
     ChildPushBack(container);
@@ -37,6 +41,10 @@ UI_TouchPopupContainer::UI_TouchPopupContainer(drawbot::SupplierInterface const*
 
 UI_TouchPopupContainer::~UI_TouchPopupContainer() {
     if (auto* const window = WindowOf(*this)) window->Stop();
+}
+
+void UI_TouchPopupContainer::SetAnchor(boost::intrusive_ptr<ui::UI_Node> const& newParent) {
+    if (auto* const window = WindowOf(*this)) window->HangFrom(WidgetOf(newParent));
 }
 
 void UI_TouchPopupContainer::StartPopup() {

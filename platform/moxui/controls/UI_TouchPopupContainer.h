@@ -16,7 +16,9 @@ namespace moxui::controls {
 /// into a menu that was opened from inside it, into a dialog whose parent it is, or into a dialog
 /// of the host's that has to be answered first, does not. It stays when another program comes to
 /// the front, a browser for instance: the user comes back to it, and the click that brings the user
-/// back only gives it the focus. It moves along with what it hangs from.
+/// back only gives it the focus. One that does something in the program, by a button of the host's
+/// for instance, or that opens a window, dismisses it as any other. It moves along with what it
+/// hangs from.
 ///
 /// Shown, it takes the keyboard's focus, and its first control has it when the user has come by
 /// keyboard; hidden, it gives the focus back to where it was.
@@ -30,6 +32,12 @@ public:
                            ui::DPISelectionType dpi, bool);
     ~UI_TouchPopupContainer() override;
 
+    /// Has the popup hang from `newParent`, as if it had been made with it: it moves with that one,
+    /// goes when that one does and gives the focus back there. One that is shown goes along to the
+    /// same place beside it. Null, or a node without a widget: it stays where it is, and moves and
+    /// goes with nothing.
+    void SetAnchor(boost::intrusive_ptr<ui::UI_Node> const& newParent);
+
     /// Shows the popup, once it has been told its content's size. One that is shown already stays
     /// as it is; what has come into it is given the focus as on showing.
     void StartPopup();
@@ -40,8 +48,8 @@ public:
     void SetContentSize(moxcore::geom::RectT<float> const& rect);
 
     /// `function` runs each time the user dismisses the popup, after it was hidden; not when the
-    /// program hides it. Takes the place of the one before; null for none. What it throws goes to
-    /// the main thread's failure handler.
+    /// program hides it. Takes the place of the one before; null for none. What it throws is
+    /// reported, as what other handlers throw is (moxcore/threads/MainThread.h).
     void InstallNotifyOnCommit(std::shared_ptr<std::function<void()>> const& function);
 
     /// What holds the content: the first child, null once it was removed.

@@ -11,6 +11,7 @@
 #include "moxcore/config/Error.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "tests/support/DrainMainThread.h"
+#include "tests/support/TraceLog.h"
 
 using moxcore::threads::AsyncCallFromMainThread;
 using moxcore::threads::MainThread;
@@ -23,6 +24,7 @@ protected:
     ~MainThreadQueue() override {
         MainThread::SetWakeUpHook(nullptr);
         MainThread::SetFailureHandler(nullptr);
+        MainThread::SetFailureObserver(nullptr);
         DrainMainThread();
     }
 
@@ -75,6 +77,47 @@ TEST_F(MainThreadQueue, ReportsWhatAFunctionThrowsAndRunsTheRest) {
         Post("last");
         EXPECT_EQ(MainThread::RunPending(), 3u);
         EXPECT_EQ(log, (std::vector<std::string>{"first", "bad_function_call", "last"}));
+    }
+}
+
+TEST_F(MainThreadQueue, TellsTheObserverWhatNobodyElseHears) {
+    auto const keep = [this](std::string const& who) {
+        return [this, who](std::exception_ptr const& exception) {
+            EXPECT_TRUE(MainThread::IsCurrent());
+            log.push_back(who + moxcore::config::ExtractMessageFromException(exception));
+        };
+    };
+    MainThread::SetFailureObserver(keep("observer: "));
+    for (bool const hasHandler : {false, true}) {
+        log.clear();
+        if (hasHandler) MainThread::SetFailureHandler(keep("handler: "));
+        AsyncCallFromMainThread([] { throw std::runtime_error("queued"); }, 0);
+        std::thread([] {
+            MainThread::ReportFailure(std::make_exception_ptr(std::runtime_error("reported")));
+        }).join();
+        EXPECT_TRUE(log.empty()) << "it is told later";
+        DrainMainThread();
+        EXPECT_EQ(log,
+                  (std::vector<std::string>{hasHandler ? "handler: queued" : "observer: queued",
+                                            "observer: reported"}));
+    }
+}
+
+TEST_F(MainThreadQueue, TracesWhatTheObserverCannotHear) {
+    testsupport::TraceLog traced(0, "moxcore");
+    for (bool const hasObserver : {false, true}) {
+        MainThread::SetFailureObserver(nullptr);
+        if (hasObserver)
+            MainThread::SetFailureObserver(
+                [](std::exception_ptr const&) { throw std::runtime_error("observer"); });
+        MainThread::ReportFailure(std::make_exception_ptr(std::runtime_error("reported")));
+        Post("last");
+        DrainMainThread();
+        auto const texts = traced.Take();
+        ASSERT_EQ(texts.size(), hasObserver ? 2u : 1u);
+        EXPECT_NE(texts[0].find("reported"), std::string::npos) << texts[0];
+        EXPECT_NE(texts.back().find(hasObserver ? "observer" : "reported"), std::string::npos);
+        EXPECT_EQ(log.back(), "last");
     }
 }
 

@@ -215,7 +215,12 @@ TEST_F(Dialog, EndsWhenItsParentDies) {
     parent->show();
     auto const node = backend::WrapWidget(parent.get());
     dialog = MakeDialog(node->UI_GetOSWindow());
-    EXPECT_EQ(ShowAnd([&] { parent.reset(); }), Result::Closed);
+    EXPECT_EQ(ShowAnd([&] {
+                  parent.reset();
+                  EXPECT_FALSE(WidgetOf(*dialog).isVisible());
+                  dialog->Close();
+              }),
+              Result::Closed);
     EXPECT_EQ(ShowAnd([&] { dialog->Close(); }), Result::Closed) << "over nothing";
 }
 

@@ -206,6 +206,19 @@ TEST_F(PopupTest, WhoeverHearsTheMenuMayChangeItsEntriesOrLetGoOfThePopup) {
     EXPECT_EQ(calls, "gone ");
 }
 
+TEST_F(PopupTest, AMenuWhoseEntriesAreAllDeletedEnds) {
+    AddItems({"one", "two"});
+    Key(Qt::Key_Space);
+    ASSERT_NE(OpenMenu(), nullptr);
+    Key(Qt::Key_Down);
+    popup->DeleteAllItems();
+    RunEvents();
+    EXPECT_EQ(OpenMenu(), nullptr);
+    EXPECT_EQ(popup->GetItemCount(), 0);
+    EXPECT_EQ(calls, "before after ");
+    EXPECT_TRUE(chosen.empty());
+}
+
 TEST_F(PopupTest, APopupThatDiesWithItsMenuOpenClosesIt) {
     AddItems({"one"});
     Key(Qt::Key_Space);

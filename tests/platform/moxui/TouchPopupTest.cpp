@@ -1,87 +1,17 @@
-#include "moxui/controls/UI_TouchPopupContainer.h"
-
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QDialog>
+#include <QLabel>
 #include <QMenu>
-#include <QPushButton>
 #include <QScreen>
 #include <QTest>
+#include <QToolTip>
 
-#include "moxcore/string/Conversions.h"
 #include "moxcore/threads/MainThread.h"
-#include "moxui/backend/HostWidget.h"
-#include "moxui/controls/UI_TextButton.h"
 #include "moxui/skins/ThemeProvider.h"
-#include "support/TestWindow.h"
+#include "platform/moxui/TouchPopupTest.h"
 
 namespace moxui::controls {
 namespace {
-
-using moxcore::string::UTF16String;
-using testsupport::RunEvents;
-using testsupport::WidgetOf;
-
-/// A host with a field that has the focus, the button that the popup hangs from, and the popup with
-/// two buttons in it.
-class TouchPopup : public ::testing::Test {
-protected:
-    TouchPopup() {
-        host.setGeometry(200, 100, 500, 300);
-        field.setParent(&host);
-        button.setParent(&host);
-        button.setGeometry(400, 10, 60, 20);
-        host.show();
-        host.activateWindow();
-        field.setFocus();
-        RunEvents();
-        anchor = backend::WrapWidget(&button);
-        popup = Make(anchor);
-        popup->InstallNotifyOnCommit(
-            std::make_shared<std::function<void()>>([this] { ++commits; }));
-    }
-    ~TouchPopup() override {
-        popup.reset();
-        RunEvents();
-    }
-
-    static boost::intrusive_ptr<UI_TouchPopupContainer> Make(
-        boost::intrusive_ptr<ui::UI_Node> const& parent) {
-        return new UI_TouchPopupContainer(nullptr, parent, false, true, false,
-                                          ui::DPISelectionType::OwnScreen, true);
-    }
-
-    boost::intrusive_ptr<UI_TextButton> Add(float x, char const* text) {
-        boost::intrusive_ptr<UI_TextButton> inside(new UI_TextButton);
-        inside->SetText(moxcore::string::UTF8to16(text));
-        popup->GetContainer()->ChildPushBack(inside);
-        inside->UI_SetLocalRectF({x, 10, 50, 20});
-        inside->UI_Show(true);
-        return inside;
-    }
-
-    void Open() {
-        auto const right = Add(70, "");  // comes first
-        buttons = {Add(10, ""), right};
-        popup->StartPopup();
-        popup->SetContentSize({460, 134, 200, 120});
-        popup->Refresh();
-        RunEvents();
-    }
-
-    [[nodiscard]] bool IsOpen() const {
-        EXPECT_EQ(WidgetOf(*popup).isVisible(), popup->UI_IsViewVisible());
-        return WidgetOf(*popup).isVisible();
-    }
-
-    QWidget host;
-    QPushButton field, button;
-    boost::intrusive_ptr<ui::UI_Node> anchor;
-    boost::intrusive_ptr<UI_TouchPopupContainer> popup;
-    std::vector<boost::intrusive_ptr<UI_TextButton>> buttons;  // from the left
-    int commits = 0;
-};
 
 TEST_F(TouchPopup, IsShownWhereItWasAskedForAndMovesAlong) {
     Open();
@@ -270,26 +200,92 @@ TEST_F(TouchPopup, WhatBelongsToItDoesNotDismissIt) {
     EXPECT_EQ(commits, 1);
 }
 
-TEST_F(TouchPopup, StaysWhileAnotherProgramIsUsedAndTakesTheUserBack) {
-    Open();
-    auto const state = [](Qt::ApplicationState value) {
-        emit qGuiApp->applicationStateChanged(value);
+/// A widget of the host's that handles what is pressed in it; as a window, without a child that
+/// does.
+class Canvas : public QWidget {
+public:
+    std::function<void()> onPress, onRelease;
+
+protected:
+    void mousePressEvent(QMouseEvent*) override {
+        if (onPress) onPress();
+    }
+    void mouseReleaseEvent(QMouseEvent*) override {
+        if (onRelease) onRelease();
+    }
+};
+
+TEST_F(TouchPopup, TheClickThatBringsTheUserBackDismissesItWhereItDoesSomething) {
+    QLabel label("empty", &host);
+    QDialog dialog(&host), modeless(&host);
+    dialog.setModal(true);
+    QMenu hostsMenu(&host);
+    Canvas canvas, inner;
+    inner.setParent(&host);
+    QObject::connect(&field, &QPushButton::clicked, [&] { dialog.open(); });
+    struct Case {
+        char const* what;
+        QWidget* clicked;
+        bool dismissed;
+        std::function<void()> onPress, onRelease;  // of what handles it
+        QWidget* active;  // after it; null: Qt tells of none while a menu is open
     };
-    state(Qt::ApplicationInactive);
-    host.activateWindow();
-    RunEvents();
-    QTest::mouseClick(&host, Qt::LeftButton);
-    EXPECT_TRUE(IsOpen());
-    RunEvents();
-    EXPECT_TRUE(WidgetOf(*popup).isActiveWindow());
-    QTest::mouseClick(&host, Qt::LeftButton);
-    EXPECT_FALSE(IsOpen());
+    auto* const own = &WidgetOf(*popup);
+    QDialog ofPopup(own);
+    for (auto const& [what, clicked, dismissed, onPress, onRelease, active] : std::vector<Case>{
+             {"the popup", own, false, {}, {}, own},
+             {"an empty place", &host, false, {}, {}, own},
+             {"a label", &label, false, {}, {}, own},
+             {"its anchor", &button, false, {}, {}, own},
+             {"a button", &field, true, {}, {}, &dialog},
+             {"what handles it", &inner, true, [&] { own->activateWindow(); }, {}, &host},
+             {"a window that does nothing", &canvas, false, {}, {}, own},
+             {"a menu opens", &canvas, true, [&] { hostsMenu.popup({}); }, {}, nullptr},
+             {"a dialog opens", &canvas, true, {}, [&] { dialog.open(); }, &dialog},
+             {"a window opens", &canvas, true, [&] { modeless.show(); }, {}, &modeless},
+             {"a tooltip opens", &canvas, false, [&] { QToolTip::showText({}, "tip"); }, {}, own},
+             {"one of the popup's opens", &canvas, false, [&] { ofPopup.show(); }, {}, own},
+         }) {
+        SCOPED_TRACE(what);
+        commits = 0;
+        host.show();
+        label.show();
+        canvas.show();
+        Open();
+        emit qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
+        host.activateWindow();
+        RunEvents();
+        canvas.onPress = inner.onPress = onPress;
+        canvas.onRelease = onRelease;
+        QTest::mouseClick(clicked, Qt::LeftButton);
+        RunEvents();
+        EXPECT_EQ(IsOpen(), !dismissed);
+        EXPECT_EQ(commits, dismissed);
+        EXPECT_TRUE(!active || QApplication::activeWindow() == active);
+        if (!dismissed) {
+            modeless.show();
+            RunEvents();
+            EXPECT_TRUE(IsOpen()) << "it is not the click that has opened this";
+        }
+        for (auto* const opened :
+             std::vector<QWidget*>{&dialog, &modeless, &hostsMenu, &canvas, &ofPopup})
+            opened->close();
+        RunEvents();
+
+        host.activateWindow();
+        popup->UI_Show(true);
+        RunEvents();
+        ASSERT_TRUE(IsOpen());
+        QTest::mouseClick(&host, Qt::LeftButton);
+        EXPECT_FALSE(IsOpen()) << "the user is back";
+    }
 }
 
 TEST_F(TouchPopup, TheHookMayLetGoOfThePopupOrFail) {
     Open();
     int failures = 0;
-    moxcore::threads::MainThread::SetFailureHandler([&](std::exception_ptr const&) { ++failures; });
+    moxcore::threads::MainThread::SetFailureObserver(
+        [&](std::exception_ptr const&) { ++failures; });
     moxcore::utility::RefCountedWeakPtr<UI_TouchPopupContainer> const weak(popup.get());
     popup->InstallNotifyOnCommit(std::make_shared<std::function<void()>>([this] {
         popup.reset();
@@ -300,7 +296,7 @@ TEST_F(TouchPopup, TheHookMayLetGoOfThePopupOrFail) {
     EXPECT_EQ(commits, 0) << "the first hook was replaced";
     RunEvents();
     EXPECT_EQ(failures, 1);
-    moxcore::threads::MainThread::SetFailureHandler(nullptr);
+    moxcore::threads::MainThread::SetFailureObserver(nullptr);
 }
 
 TEST_F(TouchPopup, OutlivesWhatItHangsFrom) {

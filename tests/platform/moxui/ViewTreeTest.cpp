@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QTest>
+#include <algorithm>
 #include <stdexcept>
 #include <thread>
 
@@ -10,9 +11,11 @@
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/MainThread.h"
 #include "moxui/controls/UI_ControlView.h"
+#include "moxui/controls/UI_HotTextURL.h"
 #include "moxui/controls/UI_MultiColumnTree.h"
 #include "moxui/controls/UI_Popup.h"
 #include "moxui/controls/UI_TextButton.h"
+#include "moxui/skins/ThemeProvider.h"
 #include "moxui/ui/UI_SubView.h"
 #include "support/TestWindow.h"
 
@@ -71,9 +74,15 @@ public:
     void UI_Draw(drawbot::Drawbot*) const override { throw std::runtime_error("draw"); }
 };
 
-TEST(ViewTree, WhatAFunctionThrowsReachesTheFailureHandlerAndNotQtsLoop) {
+/// A view that fails whenever the theme changes.
+class Unthemable : public UI_ControlView {
+public:
+    void UI_ThemeChanged() override { throw std::runtime_error("theme"); }
+};
+
+TEST(ViewTree, WhatAFunctionThrowsReachesTheFailureObserverAndNotQtsLoop) {
     std::vector<std::string> heard;
-    moxcore::threads::MainThread::SetFailureHandler([&](std::exception_ptr const& thrown) {
+    moxcore::threads::MainThread::SetFailureObserver([&](std::exception_ptr const& thrown) {
         heard.push_back(moxcore::config::ExtractMessageFromException(thrown));
     });
     auto const fail = [](char const* what) {
@@ -126,7 +135,26 @@ TEST(ViewTree, WhatAFunctionThrowsReachesTheFailureHandlerAndNotQtsLoop) {
     window.Add(Make<Undrawable>("undrawable"), {0, 180, 100, 20});
     RunEvents();
     EXPECT_THAT(heard, testing::Contains("draw"));
-    moxcore::threads::MainThread::SetFailureHandler(nullptr);
+
+    heard.clear();
+    boost::intrusive_ptr<controls::UI_HotTextURL> const url(
+        new controls::UI_HotTextURL(moxcore::string::AsciiToUTF16("link")));
+    url->SetURL(moxcore::string::AsciiToUTF16("https://quillo.example"));
+    controls::UI_HotTextURL::SetOpener(fail("opener"));
+    window.Add(url, {0, 210, 100, 20});
+    QTest::keyClick(&WidgetOf(*url), Qt::Key_Space);
+    controls::UI_HotTextURL::SetOpener(nullptr);
+    auto const unthemable = Make<Unthemable>("unthemable");
+    unthemable->ChildPushBack(Make<Unthemable>("below it"));
+    window.Add(unthemable, {0, 240, 100, 20});
+    heard.erase(std::remove(heard.begin(), heard.end(), "draw"), heard.end());
+    EXPECT_THAT(heard, ElementsAre("opener"));
+    heard.clear();
+    skins::ThemeProvider::SetTheme(skins::ThemeKind::Light);
+    skins::ThemeProvider::SetTheme(skins::ThemeKind::Dark);
+    RunEvents();
+    EXPECT_EQ(std::count(heard.begin(), heard.end(), "theme"), 2 * 2);
+    moxcore::threads::MainThread::SetFailureObserver(nullptr);
 }
 
 TEST(ViewTree, AViewIsSeenOnlyInAWindowAndWhileItIsShown) {

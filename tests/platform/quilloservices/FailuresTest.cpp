@@ -9,7 +9,13 @@
 #include <thread>
 #include <vector>
 
+#include "moxcore/async/CancelledException.h"
+#include "moxcore/config/Error.h"
+#include "moxcore/threads/MainThread.h"
 #include "quillocommon/ServiceAddress.h"
+#include "tests/support/DrainMainThread.h"
+#include "tests/support/FailureLog.h"
+#include "tests/support/TraceLog.h"
 
 namespace {
 
@@ -54,6 +60,36 @@ TEST(Failures, EndingASubscriptionWaitsForTheCallUnderWay) {
     reporter.join();
     ReportFailure(
         kFailure);  // a listener that still heard it would set its promise again, and throw
+}
+
+TEST(Failures, WhatHandlersThrowIsAWarningAndIsTraced) {
+    using moxcore::config::kUnknownFailure;
+    struct Row {
+        std::exception_ptr thrown;
+        std::int32_t result;
+        char const* text;
+    };
+    testsupport::FailureLog failures;
+    testsupport::TraceLog traced(1);
+    for (auto const& [thrown, result, text] :
+         {Row{std::make_exception_ptr(std::runtime_error("broken")), kUnknownFailure, "broken"},
+          Row{std::make_exception_ptr(moxcore::config::ResultException(-7, "refused")), -7,
+              "refused"},
+          Row{std::make_exception_ptr(moxcore::async::CancelledException()), kUnknownFailure,
+              "cancelled"},
+          Row{std::make_exception_ptr(1), kUnknownFailure, "unknown"}}) {
+        SCOPED_TRACE(text);
+        auto const before = failures.All().size();
+        moxcore::threads::MainThread::ReportFailure(thrown);
+        testsupport::DrainMainThread();
+        auto const told = failures.All();
+        ASSERT_EQ(told.size(), before + 1);
+        EXPECT_EQ(told.back().step, Step::HandleEvent);
+        EXPECT_TRUE(IsWarning(told.back().step));
+        EXPECT_EQ(told.back().result, result);
+        EXPECT_NE(told.back().message.find(text), std::string::npos) << told.back().message;
+        EXPECT_EQ(traced.Take(), std::vector{told.back().message});
+    }
 }
 
 TEST(ServiceAddress, TakesTheOriginOfAServiceAndNothingElse) {

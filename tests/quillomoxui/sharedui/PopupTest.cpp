@@ -3,8 +3,11 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QTest>
+#include <stdexcept>
 
+#include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
+#include "moxcore/threads/MainThread.h"
 #include "moxui/backend/HostWidget.h"
 #include "moxui/controls/UI_PictureSupplyMessage.h"
 #include "moxui/controls/UI_TouchPopupContainer.h"
@@ -180,6 +183,36 @@ TEST_F(PopupManagerTest, HangsTheSectionsUnderItsParent) {
     EXPECT_EQ(PopupWindow(), nullptr);
 }
 
+TEST_F(PopupManagerTest, HangsFromTheParentThatItWasGivenLast) {
+    QWidget other;
+    other.setGeometry(400, 250, 300, 200);
+    other.show();
+    auto const otherAnchor = moxui::backend::WrapWidget(&other);
+    manager->InsertPopupSection(0, new Sized(200, 80));
+    auto const isBelow = [](QWidget& widget) {
+        auto& popup = *PopupWindow();
+        return popup.mapToGlobal(QPoint(popup.width(), 0)) ==
+               widget.mapToGlobal(QPoint(widget.width(), widget.height() + 4));
+    };
+    manager->SetParent(anchor);
+    manager->ShowWindow();
+    manager->SetParent(otherAnchor);
+    RunEvents();
+    EXPECT_TRUE(isBelow(other));
+    window.Widget().hide();
+    EXPECT_NE(PopupWindow(), nullptr);
+    other.hide();
+    EXPECT_EQ(PopupWindow(), nullptr);
+
+    window.Widget().show();
+    manager->SetParent(anchor);
+    manager->ShowWindow();
+    RunEvents();
+    EXPECT_TRUE(isBelow(button));
+    window.Widget().hide();
+    EXPECT_EQ(PopupWindow(), nullptr);
+}
+
 TEST_F(PopupManagerTest, HasOneLineAroundItInBothThemes) {
     using namespace moxui::skins;
     manager->SetParent(anchor);
@@ -218,6 +251,27 @@ TEST_F(PopupManagerTest, TellsOfEveryClosingByTheUserInTheOrderOfAdding) {
     manager->ShowWindow();
     manager->HideWindow();
     EXPECT_EQ(calls, "abab") << "the program's own hiding is no closing";
+}
+
+TEST_F(PopupManagerTest, TellsTheRestWhenOneOfThemThrows) {
+    std::string calls;
+    std::vector<std::string> failed;
+    moxcore::threads::MainThread::SetFailureObserver([&](std::exception_ptr const& thrown) {
+        failed.push_back(moxcore::config::ExtractMessageFromException(thrown));
+    });
+    manager->SetParent(anchor);
+    manager->InsertPopupSection(0, new Sized(200, 80));
+    manager->AddNotifyOnCommit([] { throw std::runtime_error("of the host"); });
+    manager->AddNotifyOnCommit([&] { calls += "a"; });
+    manager->AddNotifyOnCommit(nullptr);  // a broken contract, and the end
+    manager->AddNotifyOnCommit([&] { calls += "b"; });
+    manager->ShowWindow();
+    RunEvents();
+    QTest::keyClick(PopupWindow(), Qt::Key_Escape);
+    RunEvents();
+    EXPECT_EQ(calls, "a");
+    EXPECT_THAT(failed, ElementsAre("of the host", "bad_function_call"));
+    moxcore::threads::MainThread::SetFailureObserver(nullptr);
 }
 
 TEST_F(PopupManagerTest, MayGoWhileItTellsOfItsClosing) {

@@ -1,22 +1,18 @@
 #pragma once
 
-#include <exception>
+#include "moxcore/threads/MainThread.h"
 
 namespace moxui::backend {
 
-/// Has the main thread's queue throw `exception`, which its failure handler then hears
-/// (moxcore/threads/MainThread.h), or else the trace.
-void PostException(std::exception_ptr exception) noexcept;
-
 /// Calls `function`, a view's or a host's, where Qt has called us: Qt's loop lets no exception
-/// through. What it throws is posted; false then.
+/// through. What it throws is reported (moxcore/threads/MainThread.h); false then.
 template <class Function>
 bool CallFromQt(Function const& function) noexcept {
     try {
         function();
         return true;
     } catch (...) {
-        PostException(std::current_exception());
+        moxcore::threads::MainThread::ReportFailure(std::current_exception());
         return false;
     }
 }

@@ -12,6 +12,12 @@ void FocusReturn::RememberFor(QWidget const& taking) {
     widget = QApplication::focusWidget();
 }
 
+void FocusReturn::ForgetOutside(QWidget const& other) {
+    if (window == &other) return;
+    window = nullptr;
+    widget = nullptr;
+}
+
 bool FocusReturn::IsWith(QWidget const& other) {
     auto const* const focused = QGuiApplication::focusWindow();
     return focused && BelongsTo(*focused, other);

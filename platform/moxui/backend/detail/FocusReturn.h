@@ -12,6 +12,9 @@ public:
     /// goes on remembering where it came from.
     void RememberFor(QWidget const& window);
 
+    /// Forgets where it was, unless that is in `window`.
+    void ForgetOutside(QWidget const& window);
+
     /// Whether `window`, or one that belongs to it, has the focus still. What has taken it
     /// meanwhile, another program's window for instance, keeps it.
     [[nodiscard]] static bool IsWith(QWidget const& window);

@@ -16,20 +16,36 @@
 #include "moxui/skins/ThemeProvider.h"
 
 namespace moxui::backend {
-PopupWindow::PopupWindow(QWidget* anchor) : anchor(anchor) {
+PopupWindow::PopupWindow(QWidget* anchor) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
     setAttribute(Qt::WA_OpaquePaintEvent);
     WatchInput();
-    if (anchor)
-        connect(anchor, &QObject::destroyed, this, [this] {
-            this->anchor = nullptr;
-            Dismiss();
-        });
+    HangFrom(anchor);
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
             &PopupWindow::ApplicationStateChanged);
 }
 
 PopupWindow::~PopupWindow() = default;
+
+void PopupWindow::HangFrom(QWidget* newAnchor) {
+    if (newAnchor == anchor) return;
+    disconnect(anchorGone);
+    bool const goesAlong = anchor && newAnchor;
+    auto const* const windowBefore = anchor ? anchor->window() : nullptr;
+    anchor = newAnchor;
+    if (anchor) {
+        anchorGone = connect(anchor, &QObject::destroyed, this, [this] {
+            anchor = nullptr;
+            Dismiss();
+        });
+        focus.ForgetOutside(*anchor->window());
+    }
+    if (goesAlong)
+        FollowAnchor();
+    else
+        anchorCorner = AnchorCorner();
+    if (isVisible() && windowBefore != (anchor ? anchor->window() : nullptr)) ShowAgain();
+}
 
 void PopupWindow::SetContentRect(moxcore::geom::RectT<float> const& rect) {
     asked = rect;
@@ -44,6 +60,7 @@ void PopupWindow::Start() {
         focus.RememberFor(*this);
         memory.Forget();
         qApp->installEventFilter(this);
+        FollowAnchor();
         if (!asked.IsEmpty()) Show();
     }
     // What comes into the popup gets its place only after this.
@@ -53,11 +70,8 @@ void PopupWindow::Start() {
 
 void PopupWindow::Stop() {
     if (!started) return;
-    started = false;
-    away = false;
-    qApp->removeEventFilter(this);
     bool const focused = FocusReturn::IsWith(*this);
-    hide();
+    TakeDown();
     if (focused) focus.GiveBack(anchor);
 }
 
@@ -71,6 +85,15 @@ bool PopupWindow::eventFilter(QObject* receiver, QEvent* event) {
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonDblClick:
             return HandlePress(*receiver, *static_cast<QMouseEvent*>(event));
+        case QEvent::MouseButtonRelease:
+            // Later: what hears of it may open a window.
+            if (returning.IsUnderWay())
+                QMetaObject::invokeMethod(
+                    this, [this] { returning.End(); }, Qt::QueuedConnection);
+            return false;
+        case QEvent::Show:
+            NoteWindow(*receiver);
+            return false;
         case QEvent::Move:
         case QEvent::Resize:
             if (anchor && receiver->isWidgetType() &&
@@ -112,6 +135,14 @@ void PopupWindow::Dismiss() {
     if (node && onDismissed) onDismissed();
 }
 
+void PopupWindow::TakeDown() {
+    started = false;
+    away = false;
+    returning = ReturnPress();
+    qApp->removeEventFilter(this);
+    hide();
+}
+
 void PopupWindow::Place() {
     auto const anchorRect = FromQRectF(QRectF(AnchorOnScreen()));
     auto const screens = AvailableScreens();
@@ -126,6 +157,21 @@ void PopupWindow::Show() {
     setFocus(Qt::PopupFocusReason);
     show();
     activateWindow();
+}
+
+void PopupWindow::ShowAgain() {
+    bool const wasActive = isActiveWindow();
+    // Window systems ask whose transient a window is only when it is shown.
+    hide();
+    MakeTransient(*this, anchor ? anchor->window() : nullptr);
+    setAttribute(Qt::WA_ShowWithoutActivating, !wasActive);
+    show();
+    setAttribute(Qt::WA_ShowWithoutActivating, false);
+    if (!wasActive) return;
+    activateWindow();
+    // Qt has taken the focus from what is hidden. It hears of no change where the window has the
+    // focus again before the window system has told of its loss.
+    QApplication::setActiveWindow(this);
 }
 
 void PopupWindow::TakeFocus() {
@@ -144,6 +190,7 @@ QRect PopupWindow::AnchorOnScreen() const {
 }
 
 void PopupWindow::FollowAnchor() {
+    if (!anchor || asked.IsEmpty()) return;
     auto const moved = AnchorCorner() - anchorCorner;
     if (moved.isNull()) return;
     anchorCorner += moved;
@@ -162,21 +209,54 @@ bool PopupWindow::HandlePress(QObject& receiver, QMouseEvent const& press) {
     }
     if (menuPressAt != 0 && press.timestamp() == menuPressAt) return false;
 
-    auto const* const widget = qobject_cast<QWidget*>(&receiver);
-    auto const* const window =
+    auto* const widget = qobject_cast<QWidget*>(&receiver);
+    auto* const window =
         widget ? widget->window()->windowHandle() : qobject_cast<QWindow*>(&receiver);
+    // Without a window manager no press gives a window the focus.
+    if (away && window && window == windowHandle()) activateWindow();
     if (!window || BelongsTo(*window, *this) || IsBlocked()) return false;
-    if (away) {
-        activateWindow();
-        return false;
-    }
 
     bool const onAnchor = anchor && window == anchor->window()->windowHandle() &&
                           AnchorOnScreen().contains(press.globalPosition().toPoint());
+    if (away && onAnchor) {
+        activateWindow();
+        return true;
+    }
+    if (away) {
+        if (returning.Begin(*window, press)) JudgeReturnLater();
+        if (widget) returning.IsOfferedTo(*widget);
+        return false;
+    }
     QPointer<QObject> const alive = &receiver;
     Dismiss();
     // The anchor would open the popup again.
     return onAnchor || !alive;
+}
+
+void PopupWindow::JudgeReturnLater() {
+    QMetaObject::invokeMethod(
+        this, [this] { JudgeReturn(); }, Qt::QueuedConnection);
+}
+
+void PopupWindow::JudgeReturn() {
+    if (!returning.HasBegun()) return;
+    if (!returning.DoesSomething()) return activateWindow();
+    auto* const pressed = returning.GivesFocusAway() ? nullptr : returning.GetWindow();
+    TakeDown();
+    // The focus stays where the press has put it. The popup may have got it first.
+    if (pressed && pressed->isVisible()) pressed->requestActivate();
+    if (node && onDismissed) onDismissed();
+}
+
+void PopupWindow::NoteWindow(QObject const& shown) {
+    auto const* const widget = qobject_cast<QWidget const*>(&shown);
+    if (!returning.IsUnderWay() || !widget || !widget->isWindow() ||
+        widget->windowType() == Qt::ToolTip)
+        return;
+    auto const* const window = widget->windowHandle();
+    if (window && BelongsTo(*window, *this)) return;
+    returning.HasOpened(*widget);
+    JudgeReturnLater();
 }
 
 bool PopupWindow::IsBlocked() const {
@@ -188,7 +268,7 @@ void PopupWindow::ApplicationStateChanged(Qt::ApplicationState state) {
     if (!isVisible()) return;
     if (state != Qt::ApplicationActive)
         away = true;
-    else if (away && !IsBlocked())
+    else if (away && !IsBlocked() && !returning.IsUnderWay())
         activateWindow();
 }
 

@@ -6,6 +6,7 @@
 #include "moxcore/geom/Rect.h"
 #include "moxui/backend/detail/FocusMemory.h"
 #include "moxui/backend/detail/FocusReturn.h"
+#include "moxui/backend/detail/ReturnPress.h"
 #include "moxui/backend/detail/ViewWidget.h"
 
 namespace moxui::backend {
@@ -21,6 +22,11 @@ class PopupWindow : public RootWidget {
 public:
     explicit PopupWindow(QWidget* anchor);
     ~PopupWindow() override;
+
+    /// Has it hang from `newAnchor`, and belong to that one's window, as if it always had. One that
+    /// is shown goes along to the same place beside it. Null: it stays where it is and belongs to
+    /// nothing.
+    void HangFrom(QWidget* newAnchor);
 
     /// Heard after the user has dismissed the popup.
     std::function<void()> onDismissed;
@@ -43,24 +49,32 @@ protected:
 
 private:
     void Dismiss();
+    void TakeDown();
     void Place();
     void Show();
+    void ShowAgain();
     void TakeFocus();
     [[nodiscard]] QPoint AnchorCorner() const;
     [[nodiscard]] QRect AnchorOnScreen() const;
     void FollowAnchor();
     /// Whether the press goes no further.
     [[nodiscard]] bool HandlePress(QObject& receiver, QMouseEvent const& press);
+    /// What a press that the user comes back with does, is known once it has been handled.
+    void JudgeReturnLater();
+    void JudgeReturn();
+    void NoteWindow(QObject const& shown);
     [[nodiscard]] bool IsBlocked() const;
     void ApplicationStateChanged(Qt::ApplicationState state);
 
     QPointer<QWidget> anchor;
+    QMetaObject::Connection anchorGone;
     QPoint anchorCorner;  // when the place was asked for
     moxcore::geom::RectT<float> asked;
     FocusReturn focus;
     FocusMemory memory{*this};
     bool started = false;
-    bool away = false;              // the user works with another program
+    bool away = false;  // the user works with another program
+    ReturnPress returning;
     unsigned long menuPressAt = 0;  // timestamp of the last press that was for a menu
 };
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "moxui/backend/detail/CallFromQt.h"
 #include "moxui/backend/detail/Conversions.h"
 #include "moxui/backend/detail/Peer.h"
 #include "moxui/backend/detail/QtDrawbot.h"
@@ -48,7 +49,7 @@ void ApplyTheme(QWidget& widget) {
 void TellOfTheme(ui::UI_Node& node) {
     if (node.GetPeer().themeGeneration != ThemeGeneration()) {
         node.GetPeer().themeGeneration = ThemeGeneration();
-        node.UI_ThemeChanged();
+        CallFromQt([&] { node.UI_ThemeChanged(); });
         node.UI_Invalidate();
     }
     auto* const container = dynamic_cast<ui::UI_Container*>(&node);
