@@ -47,18 +47,19 @@ protected:
                                           ui::DPISelectionType::OwnScreen, true);
     }
 
-    boost::intrusive_ptr<UI_TextButton> Add(float x, char const* text) {
+    static boost::intrusive_ptr<UI_TextButton> Add(ui::UI_Container& parent, float x,
+                                                   char const* text) {
         boost::intrusive_ptr<UI_TextButton> inside(new UI_TextButton);
         inside->SetText(moxcore::string::UTF8to16(text));
-        popup->GetContainer()->ChildPushBack(inside);
+        parent.ChildPushBack(inside);
         inside->UI_SetLocalRectF({x, 10, 50, 20});
         inside->UI_Show(true);
         return inside;
     }
 
     void Open() {
-        auto const right = Add(70, "");  // comes first
-        buttons = {Add(10, ""), right};
+        auto const right = Add(*popup->GetContainer(), 70, "");  // comes first
+        buttons = {Add(*popup->GetContainer(), 10, ""), right};
         popup->StartPopup();
         popup->SetContentSize({460, 134, 200, 120});
         popup->Refresh();
