@@ -59,9 +59,6 @@ public:
     /// reported.
     void ThrowIfFailed(std::initializer_list<quillocommon::Step> steps) const;
 
-    /// Puts a failure behind those that have been reported.
-    void AddFailure(quillocommon::Failure const& failure) { failures.push_back(failure); }
-
 private:
     static constexpr std::initializer_list<quillocommon::Step> kSignInSteps{
         quillocommon::Step::SignIn, quillocommon::Step::ReadUser};

@@ -1,5 +1,6 @@
 #include "host/ShareCommand.h"
 
+#include <optional>
 #include <utility>
 
 #include "host/AssetName.h"
@@ -8,7 +9,6 @@
 #include "host/LocationPath.h"
 #include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
-#include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
@@ -22,8 +22,54 @@ using moxcore::string::UTF8to16;
 using moxcore::utility::Guid;
 using quillocommon::Step;
 using quillomoxui::EncodingStatus;
+using quillomoxui::ShareFailureReason;
+using quillomoxui::ShareInfo;
+
+ExitCode ExitCodeOf(ShareFailureReason reason) {
+    switch (reason) {
+        case ShareFailureReason::NoLink:
+        case ShareFailureReason::NotOnLink:
+            return ExitCode::Link;
+        case ShareFailureReason::NotExported:
+            return ExitCode::Export;
+        case ShareFailureReason::NotUploaded:
+        case ShareFailureReason::OtherUser:
+            return ExitCode::Upload;
+        case ShareFailureReason::Cancelled:
+        case ShareFailureReason::Overtaken:
+        case ShareFailureReason::HostCallback:
+        case ShareFailureReason::LibraryClosed:
+            break;
+    }
+    return ExitCode::Other;
+}
 
 }  // namespace
+
+/// What the library has told of the share.
+class ShareCommand::Heard final : public quillomoxui::ShareEvents {
+public:
+    explicit Heard(ProgressDisplay& display) : display(display) {}
+
+    std::optional<std::filesystem::path> exportRequest;  // where the library wants the file
+    bool isFinished = false;
+    std::optional<quillomoxui::ShareFailure> failure;
+
+private:
+    void ExportWanted(ShareInfo const& /*share*/, UTF16String const& outputFilePath,
+                      UTF16String const& /*processingID*/) override {
+        exportRequest = UTF16to8(outputFilePath);
+    }
+    void UploadProgressed(ShareInfo const& /*share*/, double fraction) override {
+        display.Update(fraction);
+    }
+    void ShareFinished(ShareInfo const& /*share*/) override { isFinished = true; }
+    void ShareFailed(ShareInfo const& /*share*/, quillomoxui::ShareFailure const& why) override {
+        failure = why;
+    }
+
+    ProgressDisplay& display;
+};
 
 ShareCommand::ShareCommand(Options const& options, MainLoop& loop, ProgressDisplay& display)
     : options(options),
@@ -35,7 +81,8 @@ ShareCommand::ShareCommand(Options const& options, MainLoop& loop, ProgressDispl
                                          session.Service().ServiceName())),
       // Which asset it is hangs on the file alone; what kind of movie is awaited later.
       asset(store, Movie{.file = probe.File()},
-            options.name.value_or(DefaultAssetName(probe.File()))) {
+            options.name.value_or(DefaultAssetName(probe.File()))),
+      heard(std::make_shared<Heard>(display)) {
     // What is no movie ends the share at once, wherever that has got to.
     probe.Result().OnComplete([&loop](moxcore::async::Future<Movie> const& result) {
         auto const refusal = result.GetException();
@@ -70,7 +117,9 @@ ShareCommand::Result ShareCommand::Run() {
     user->SetSelection(folder);
     viewModel.LocationPickerSelectionCommitted();
     viewModel.ProcessAssetForReview();
-    session.WaitUntil({Step::CreateReviewLink}, [this] { return exportRequest.has_value(); });
+    session.WaitUntil({Step::CreateReviewLink},
+                      [this] { return heard->exportRequest || heard->failure; });
+    ThrowIfFailed();
     result.link = asset.CheckLink(UTF16to8(viewModel.GetReviewLinkURL()));
     result.exported = Export(movie);
     Upload(result.exported);
@@ -91,11 +140,8 @@ void ShareCommand::ConnectLibrary() {
     ConnectStore(
         viewModel, store, [named = asset.GetAsset()] { return named; },
         [this](auto const& thrown) { loop.Fail(thrown); });
-    viewModel.SetAssetProcessingMethod(
-        [this](UTF16String const& outputFilePath, UTF16String const&) {
-            moxcore::threads::AsyncCallFromMainThread(
-                [this, path = UTF16to8(outputFilePath)] { exportRequest = path; }, 0);
-        });
+    viewModel.SetAssetProcessingMethod([](auto const&...) {});  // ExportWanted asks for it
+    viewModel.ObserveShares(heard);
 }
 
 ShareCommand::Folder ShareCommand::FindDestination(DestinationFinder& finder) {
@@ -133,7 +179,7 @@ ExportedFile ShareCommand::Export(Movie const& movie) {
         return FormatSpeed(fractionPerSecond * movie.duration.value_or(0));
     });
     Exporter const exporter(
-        movie, *exportRequest,
+        movie, *heard->exportRequest,
         [this, &viewModel](double fraction) {
             viewModel.SetEncodingProgress(fraction);
             display.Update(fraction);
@@ -160,25 +206,18 @@ void ShareCommand::Upload(ExportedFile const& exported) {
         return FormatBytes(fractionPerSecond * bytes) + "/s";
     });
     viewModel.SetEncodingStatus({EncodingStatus::EncodingComplete});
-    auto const progress = viewModel.EncodingProgressNotifyingPropertyHost::BindValueChanged(
-        [this](double fraction) { display.Update(fraction); });
-    auto const view =
-        viewModel.CurrentViewIDNotifyingPropertyHost::BindValueChanged([this](auto id) {
-            linkIsShown = id == quillomoxui::ShareForReviewViewID::CopyLinkSection;
-        });
-    auto const status = viewModel.EncodingStatusNotifyingPropertyHost::BindValueChanged(
-        [this](EncodingStatus const& now) {
-            // Behind what the service's libraries may have said about it.
-            if (now.status == EncodingStatus::UploadFailed)
-                session.AddFailure({Step::Upload, 0, 0, "The upload has failed; share again."});
-        });
+    loop.WaitUntil([this] { return heard->isFinished || heard->failure; });
     try {
-        session.WaitUntil({Step::Upload, Step::AddToReviewLink}, [this] { return linkIsShown; });
+        ThrowIfFailed();
     } catch (Failure const& failure) {
         throw Failure(failure.GetExitCode(), failure.what() + WhereItIsKept(exported.file));
     }
     display.End();
     display.Tell("Uploaded");
+}
+
+void ShareCommand::ThrowIfFailed() const {
+    if (heard->failure) throw Failure(ExitCodeOf(heard->failure->reason), heard->failure->text);
 }
 
 }  // namespace quillohost

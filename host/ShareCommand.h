@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,6 +47,7 @@ public:
 
 private:
     using Folder = DestinationFinder::Folder;
+    class Heard;
 
     void ConnectLibrary();
     [[nodiscard]] Folder FindDestination(DestinationFinder& finder);
@@ -55,6 +55,7 @@ private:
     void TakeLocks();
     [[nodiscard]] ExportedFile Export(Movie const& movie);
     void Upload(ExportedFile const& exported);
+    void ThrowIfFailed() const;
 
     Options const& options;
     ProgressDisplay& display;
@@ -64,8 +65,7 @@ private:
     std::shared_ptr<AssetStore> store;
     SharedAsset asset;
     std::vector<std::shared_ptr<KeyLocks::Lock>> locks;
-    std::optional<std::filesystem::path> exportRequest;  // where the library wants the file
-    bool linkIsShown = false;                            // the library has taken the last step
+    std::shared_ptr<Heard> const heard;  // of the share, from the library
 };
 
 }  // namespace quillohost

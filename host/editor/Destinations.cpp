@@ -84,7 +84,8 @@ void Destinations::OnPlaceFound(Place const& found, bool isDefault) {
 
 void Destinations::CheckThatItIsThere(Place const& shared) {
     OnMainThread(lists.ChildrenOf(shared.folder), std::weak_ptr(attempt), [this](auto const& list) {
-        if (list.GetException()) return;  // unknown; what failed is told by others
+        if (list.GetException()) return;           // unknown; what failed is told by others
+        if (viewModel->IsShareUnderWay()) return;  // that stores something else with it
         auto const stack = asset->Stored(quillomoxui::assetdata::kVersionStackGuid);
         auto const children = list.Get();
         if (std::any_of(children.begin(), children.end(),

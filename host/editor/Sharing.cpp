@@ -22,8 +22,9 @@ namespace fs = std::filesystem;
 using moxcore::string::UTF16String;
 using moxcore::string::UTF16to8;
 using moxcore::threads::AsyncCallFromMainThread;
-using quillocommon::Step;
 using quillomoxui::EncodingStatus;
+using quillomoxui::ShareFailure;
+using quillomoxui::ShareFailureReason;
 using quillomoxui::ShareForReviewViewID;
 namespace assetdata = quillomoxui::assetdata;
 
@@ -92,19 +93,16 @@ void Sharing::ConnectLibrary() {
             0);
     };
     ConnectStore(
-        *viewModel, store, [this] { return NameActive(); },
+        *viewModel, store, [this] { return active ? active->GetAsset() : AssetStore::Asset{}; },
         [later](auto const& thrown) {
             later([thrown](Sharing& sharing) { sharing.hooks.tell(MessageOf(thrown)); });
         });
-    viewModel->SetAssetProcessingMethod([later](UTF16String const& output, UTF16String const&) {
-        later([path = UTF16to8(output)](Sharing& sharing) { sharing.OnExportRequested(path); });
-    });
+    viewModel->SetAssetProcessingMethod([](auto const&...) {});  // ExportWanted asks for it
+    viewModel->ObserveShares(std::shared_ptr<quillomoxui::ShareEvents>(self, this));
     bindings.push_back(viewModel->CurrentViewIDNotifyingPropertyHost::BindValueChanged(
         [this](auto view) { OnViewChanged(view); }));
     bindings.push_back(viewModel->UserNotifyingPropertyHost::BindValueChanged(
         [this](auto const& user) { OnUserChanged(*user); }));
-    bindings.push_back(viewModel->EncodingStatusNotifyingPropertyHost::BindValueChanged(
-        [this](auto const& status) { OnStatusChanged(status); }));
     bindings.push_back(viewModel->SignInProgressNotifyingPropertyHost::BindValueChanged(
         [this](auto const& progress) { OnSignInChanged(progress); }));
     for (auto const& binding : TellWaits(*viewModel, hooks.tell))
@@ -113,7 +111,7 @@ void Sharing::ConnectLibrary() {
 
 void Sharing::SetMovie(Movie const& movie) {
     open = std::make_shared<SharedAsset>(store, movie, DefaultAssetName(movie.file));
-    if (phase == Phase::Idle) {
+    if (!IsSharing()) {
         ActivateOpen();
         if (IsPopupOpen()) OpenPopup();
     }
@@ -137,6 +135,11 @@ void Sharing::Reset() {
     viewModel->SetReviewLinkURL({});
 }
 
+/// Whether a share goes on, also one whose beginning or end has not been told yet.
+bool Sharing::IsSharing() const {
+    return phase != Phase::Idle || viewModel->IsShareUnderWay();
+}
+
 bool Sharing::IsPopupOpen() const {
     return viewModel->GetCurrentViewID() != ShareForReviewViewID::None;
 }
@@ -157,7 +160,7 @@ void Sharing::SetDefaultDestination(std::optional<ChosenLocation> const& locatio
         store->WriteDefaultDestination(*location);
     else
         store->ForgetDefaultDestination();
-    if (phase == Phase::Idle) destinations.OnDefaultChanged();
+    if (!IsSharing()) destinations.OnDefaultChanged();
 }
 
 void Sharing::ShowDebugView() {
@@ -179,7 +182,7 @@ void Sharing::CancelExport() {
     if (phase != Phase::Exporting) return;
     probe.reset();
     exporter.reset();
-    Fail("The share of \"" + GetSharedName() + "\" was cancelled.");
+    viewModel->CancelShare();
 }
 
 std::string Sharing::Epitaph() const {
@@ -187,24 +190,12 @@ std::string Sharing::Epitaph() const {
     return "The share of \"" + GetSharedName() + "\" was stopped." + WhereItIsKept(exported);
 }
 
-/// The library asks for the asset's name when a location was chosen, and when a share begins.
-AssetStore::Asset Sharing::NameActive() {
-    auto const view = viewModel->GetCurrentViewID();
-    if (phase == Phase::Idle && view != ShareForReviewViewID::SelectProject &&
-        view != ShareForReviewViewID::SelectFolder) {
-        destinations.Settle();
-        SetPhase(Phase::Linking);
-    }
-    return active ? active->GetAsset() : AssetStore::Asset{};
-}
-
 void Sharing::WithLocks(std::function<void()> const& then) {
     shareLocks.Take(active->LockKeys(viewModel->GetOutputFileName()), then);
 }
 
 void Sharing::OnViewChanged(ShareForReviewViewID view) {
-    if (view == ShareForReviewViewID::CopyLinkSection && phase == Phase::Finishing) Finish();
-    if (view == ShareForReviewViewID::None && phase == Phase::Idle) End();
+    if (view == ShareForReviewViewID::None && !IsSharing()) End();
 }
 
 /// The popup shows the places of the user that there was when its view was made, and somebody who
@@ -230,39 +221,25 @@ void Sharing::OnSignInChanged(quilloauth::SignInProgress const& progress) {
     if (wasSigningIn && isOver && viewModel->GetUser()->GetID().IsNull()) hooks.tell("");
 }
 
-void Sharing::OnStatusChanged(EncodingStatus const& status) {
-    if (status.status == EncodingStatus::UploadFailed && phase == Phase::Uploading)
-        Fail("The upload of \"" + GetSharedName() + "\" has failed; share it again." +
-             WhereItIsKept(exported));
-    if (status.status != EncodingStatus::UploadComplete || phase != Phase::Uploading) return;
-    SetPhase(Phase::Finishing);
-    // While the popup is closed the library shows no sign of the share's end but this: it deletes
-    // the exported file.
-    exportWatcher = std::make_unique<QFileSystemWatcher>(
-        QStringList(QString::fromStdString(exported.string())));
-    auto const look = [this] {
-        std::error_code error;
-        if (phase == Phase::Finishing && !fs::exists(exported, error)) Finish();
-    };
-    QObject::connect(exportWatcher.get(), &QFileSystemWatcher::fileChanged, look);
-    look();
-}
-
 void Sharing::OnFailure(quillocommon::Failure const& failure) {
     if (quillocommon::IsWarning(failure.step)) return hooks.tell("Warning: " + failure.message);
-    auto const message = service.Explain(failure);
-    bool const endsShare = (failure.step == Step::CreateReviewLink && phase == Phase::Linking) ||
-                           (failure.step == Step::Upload && phase == Phase::Uploading) ||
-                           (failure.step == Step::AddToReviewLink && phase == Phase::Finishing);
-    if (!endsShare) return hooks.tell(message);
-    Fail(message + (phase == Phase::Linking ? "" : WhereItIsKept(exported)));
+    hooks.tell(service.Explain(failure));
 }
 
-void Sharing::OnExportRequested(fs::path const& output) {
-    // Share was pressed twice before the link was there: it is exported already.
-    if (phase == Phase::Exporting) return viewModel->SetEncodingStatus({EncodingStatus::Encoding});
-    if (phase != Phase::Linking) return;
-    WithLocks([this, output] { Export(output); });
+void Sharing::ShareBegan(quillomoxui::ShareInfo const& began) {
+    share = began;
+    sharedName = UTF16to8(began.assetName);
+    exported.clear();
+    exportFailure.clear();
+    destinations.Settle();
+    SetPhase(Phase::Linking);
+}
+
+void Sharing::ExportWanted(quillomoxui::ShareInfo const& wanted, UTF16String const& outputFilePath,
+                           UTF16String const& /*processingID*/) {
+    WithLocks([this, id = wanted.shareID, output = UTF16to8(outputFilePath)] {
+        if (id == share.shareID && phase == Phase::Linking) Export(output);
+    });
 }
 
 void Sharing::Export(fs::path const& output) {
@@ -275,7 +252,7 @@ void Sharing::Export(fs::path const& output) {
         static_cast<void>(active->CheckLink(UTF16to8(viewModel->GetReviewLinkURL())));
         probe = std::make_unique<MovieProbe>(active->GetMovie().file);
     } catch (std::exception const& exception) {
-        return Fail(exception.what());
+        return GiveUpExport(exception.what());
     }
     OnMainThread(probe->Result(), std::weak_ptr(self),
                  [this, asked = probe.get(), output](auto const& found) {
@@ -283,7 +260,7 @@ void Sharing::Export(fs::path const& output) {
                      try {
                          ExportMovie(found.Get(), output);
                      } catch (std::exception const& exception) {
-                         Fail(exception.what());
+                         GiveUpExport(exception.what());
                      }
                  });
 }
@@ -300,18 +277,30 @@ void Sharing::ExportMovie(Movie const& movie, fs::path const& output, Exporter::
         try {
             if (auto const thrown = done.GetException()) std::rethrow_exception(thrown);
         } catch (DamagedMovie const& refused) {
-            if (hooks.acceptsDamage(refused.what()))
-                return ExportMovie(movie, output, Exporter::Damaged::Accept);
+            auto const asked = share.shareID;
+            bool const isAccepted = hooks.acceptsDamage(refused.what());
+            // It may have ended while the user was asked.
+            if (asked != share.shareID || phase != Phase::Exporting) return;
+            if (isAccepted) return ExportMovie(movie, output, Exporter::Damaged::Accept);
         } catch (...) {
         }
-        if (auto const thrown = done.GetException()) return Fail(MessageOf(thrown));
+        if (auto const thrown = done.GetException()) return GiveUpExport(MessageOf(thrown));
         SetPhase(Phase::Uploading);
         viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
     });
 }
 
-void Sharing::Finish() {
-    exportWatcher.reset();
+void Sharing::GiveUpExport(std::string const& why) {
+    exportFailure = why;
+    viewModel->SetEncodingStatus({EncodingStatus::UploadFailed});
+}
+
+void Sharing::UploadProgressed(quillomoxui::ShareInfo const& uploading, double fraction) {
+    if (uploading.shareID == share.shareID && fraction == 1) SetPhase(Phase::Finishing);
+}
+
+void Sharing::ShareFinished(quillomoxui::ShareInfo const& finished) {
+    if (finished.shareID != share.shareID) return;  // another version of it is being shared
     if (auto const way = destinations.WayTo(
             moxcore::utility::Guid(active->Stored(assetdata::kUploadFolderGuid)));
         !way.empty())
@@ -323,11 +312,20 @@ void Sharing::Finish() {
     if (!IsPopupOpen()) End();
 }
 
-/// The share has ended without a link to show: the popup goes back to where it can be tried again.
-void Sharing::Fail(std::string const& message) {
-    exportWatcher.reset();
-    hooks.tell(message);
+void Sharing::ShareFailed(quillomoxui::ShareInfo const& failed, ShareFailure const& failure) {
+    if (failed.shareID != share.shareID) return hooks.tell(failure.text);
+    probe.reset();
+    exporter.reset();
+    bool const hasMovie = phase == Phase::Uploading || phase == Phase::Finishing;
+    if (failure.reason == ShareFailureReason::Cancelled)
+        hooks.tell("The share of \"" + GetSharedName() + "\" was cancelled.");
+    else if (failure.reason == ShareFailureReason::NotExported)
+        hooks.tell(exportFailure);
+    else
+        hooks.tell(failure.text + (hasMovie ? WhereItIsKept(exported) : ""));
     SetPhase(Phase::Idle);
+    if (IsSharing()) return;  // overtaken: the next one's beginning comes
+    // Without a link to show the popup goes back to where it can be tried again.
     viewModel->SetEncodingStatus({EncodingStatus::UploadFailed});
     if (IsPopupOpen())
         OpenPopup();

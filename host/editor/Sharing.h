@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QFileSystemWatcher>
 #include <QWidget>
 #include <filesystem>
 #include <functional>
@@ -17,6 +16,7 @@
 #include "host/editor/ShareLocks.h"
 #include "quillomoxui/sharedui/PopupManager.h"
 #include "quillomoxui/sharedui/ShareForReviewScreenManager.h"
+#include "quillomoxui/viewmodel/ShareEvents.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
 
 namespace quillohost::editor {
@@ -24,7 +24,7 @@ namespace quillohost::editor {
 /// Shares the window's movies through the library's popup, one at a time. A share goes on when its
 /// popup is closed, and when another movie is opened meanwhile: the popup stays with the movie that
 /// is being shared until that has ended, and is then the new movie's. Main thread.
-class Sharing {
+class Sharing : private quillomoxui::ShareEvents {
 public:
     enum class Phase { Idle, Linking, Exporting, Uploading, Finishing };
 
@@ -40,7 +40,7 @@ public:
     Sharing(Options const& options, QWidget& anchorWidget, Hooks hooks);
 
     /// Ends an export, and removes what there is of its file.
-    ~Sharing();
+    ~Sharing() override;
     Sharing(Sharing const&) = delete;
     Sharing& operator=(Sharing const&) = delete;
 
@@ -68,8 +68,8 @@ public:
     }
 
     [[nodiscard]] Phase GetPhase() const { return phase; }
-    /// The name of the movie that is being shared.
-    [[nodiscard]] std::string const& GetSharedName() const { return active->GetName(); }
+    /// The name of the movie that is being shared, or was last.
+    [[nodiscard]] std::string const& GetSharedName() const { return sharedName; }
     void CancelExport();
 
     [[nodiscard]] quillomoxui::ShareForReviewViewModel& ViewModel() const { return *viewModel; }
@@ -79,23 +79,29 @@ public:
     [[nodiscard]] std::string Epitaph() const;
 
 private:
+    void ShareBegan(quillomoxui::ShareInfo const& began) override;
+    void ExportWanted(quillomoxui::ShareInfo const& wanted,
+                      quillomoxui::UTF16String const& outputFilePath,
+                      quillomoxui::UTF16String const& processingID) override;
+    void UploadProgressed(quillomoxui::ShareInfo const& uploading, double fraction) override;
+    void ShareFinished(quillomoxui::ShareInfo const& finished) override;
+    void ShareFailed(quillomoxui::ShareInfo const& failed,
+                     quillomoxui::ShareFailure const& failure) override;
+
     void ConnectLibrary();
+    [[nodiscard]] bool IsSharing() const;
     void ActivateOpen();
     void Reset();
     [[nodiscard]] bool IsPopupOpen() const;
-    [[nodiscard]] AssetStore::Asset NameActive();
     void WithLocks(std::function<void()> const& then);
     void OnViewChanged(quillomoxui::ShareForReviewViewID view);
     void OnUserChanged(quillomoxui::QuilloUser const& user);
     void OnSignInChanged(quilloauth::SignInProgress const& progress);
-    void OnStatusChanged(quillomoxui::EncodingStatus const& status);
     void OnFailure(quillocommon::Failure const& failure);
-    void OnExportRequested(std::filesystem::path const& output);
     void Export(std::filesystem::path const& output);
     void ExportMovie(Movie const& movie, std::filesystem::path const& output,
                      Exporter::Damaged damaged = Exporter::Damaged::Refuse);
-    void Finish();
-    void Fail(std::string const& message);
+    void GiveUpExport(std::string const& why);
     void End();
     void SetPhase(Phase newPhase);
 
@@ -113,13 +119,15 @@ private:
     ShareLocks shareLocks;
     std::shared_ptr<SharedAsset> open;    // the window's; null: none
     std::shared_ptr<SharedAsset> active;  // the popup's; null: none
-    Phase phase = Phase::Idle;
+    Phase phase = Phase::Idle;            // as far as the library has told
+    quillomoxui::ShareInfo share;         // that goes on
+    std::string sharedName;
+    std::string exportFailure;  // why it has no movie
     bool isSigningIn = false;
     std::filesystem::path exported;
     std::filesystem::file_time_type sharedState;  // of the movie's file, when it was exported
     std::unique_ptr<MovieProbe> probe;
     std::unique_ptr<Exporter> exporter;
-    std::unique_ptr<QFileSystemWatcher> exportWatcher;
     std::vector<std::shared_ptr<quillomoxui::BindingHandle>> bindings;
     std::shared_ptr<Sharing*> self;  // for calls that may come when this is gone
 };

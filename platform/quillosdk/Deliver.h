@@ -1,6 +1,8 @@
 #pragma once
 
+#include <exception>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "moxcore/config/Error.h"
@@ -11,8 +13,8 @@
 namespace quillosdk {
 
 /// Turns an answer that has arrived into the response object of the request that `task` describes:
-/// a successful one with what `read` finds in its body, another one without content. A failure is
-/// told, and thrown. The answer's headers go over into the response.
+/// a successful one with what `read` finds in its body, another one with the refusal. A failure is
+/// told, and thrown as it was told. The answer's headers go over into the response.
 template <class Response, class Content>
 std::shared_ptr<Response> MakeResponse(Answer const& arrived, Task const& task,
                                        Content (*read)(std::string& body)) {
@@ -21,12 +23,16 @@ std::shared_ptr<Response> MakeResponse(Answer const& arrived, Task const& task,
         auto& answer = *arrived.Peek();
         status = answer.status;
         bool const successful = status >= 200 && status <= 299;
-        if (!successful && !(task.pacedByCaller && status == 429)) ReportRefusal(task, answer);
+        std::string refusal;
+        if (!successful && !(task.pacedByCaller && status == 429))
+            refusal = ReportRefusal(task, answer);
         auto content = successful ? read(answer.body) : Content();
-        return std::make_shared<Response>(status, std::move(answer.headers), std::move(content));
+        auto response =
+            std::make_shared<Response>(status, std::move(answer.headers), std::move(content));
+        response->SetRefusal(std::move(refusal));
+        return response;
     } catch (...) {
-        ReportException(task, std::current_exception(), status);
-        throw;
+        std::rethrow_exception(ReportException(task, std::current_exception(), status));
     }
 }
 

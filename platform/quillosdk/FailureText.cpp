@@ -61,16 +61,21 @@ std::string DescribeException(Task const& task, std::exception_ptr const& except
            AdviceForResult(moxcore::config::ExtractResultFromException(exception)) + ".";
 }
 
-void ReportRefusal(Task const& task, HttpResponse& answer) {
-    quillocommon::ReportFailure(
-        {task.step, kRefused, answer.status, DescribeRefusal(task, answer)});
+std::string ReportRefusal(Task const& task, HttpResponse& answer) {
+    auto const text = DescribeRefusal(task, answer);
+    quillocommon::ReportFailure({task.step, kRefused, answer.status, text});
+    return text;
 }
 
-void ReportException(Task const& task, std::exception_ptr const& exception, int httpStatus) {
+std::exception_ptr ReportException(Task const& task, std::exception_ptr const& exception,
+                                   int httpStatus) {
     auto const result = moxcore::config::ExtractResultFromException(exception);
-    if (result >= 0) return;
-    quillocommon::ReportFailure(
-        {task.step, result, httpStatus, DescribeException(task, exception)});
+    if (result >= 0) return exception;
+    auto const text = DescribeException(task, exception);
+    quillocommon::ReportFailure({task.step, result, httpStatus, text});
+    // One that is not ours keeps its type.
+    if (result == moxcore::config::kUnknownFailure) return exception;
+    return std::make_exception_ptr(moxcore::config::ResultException(result, text));
 }
 
 std::string Sanitise(std::string const& text) {

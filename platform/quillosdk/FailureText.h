@@ -27,12 +27,14 @@ struct Task {
 /// There was no answer, or none that could be read.
 [[nodiscard]] std::string DescribeException(Task const& task, std::exception_ptr const& exception);
 
-/// Tells that the service has refused `task`.
-void ReportRefusal(Task const& task, HttpResponse& answer);
+/// Tells that the service has refused `task`; returns the sentence that was told.
+std::string ReportRefusal(Task const& task, HttpResponse& answer);
 
 /// Tells what `task` failed with; a cancellation is no failure and is not told. `httpStatus` is
-/// that of the service's last answer.
-void ReportException(Task const& task, std::exception_ptr const& exception, int httpStatus = 0);
+/// that of the service's last answer. Returns the same failure with the sentence that was told; a
+/// cancellation, and what carries no result of its own, as they are.
+std::exception_ptr ReportException(Task const& task, std::exception_ptr const& exception,
+                                   int httpStatus = 0);
 
 /// `text`, which came from elsewhere, fit to stand in a message: valid UTF-8, on one line, at most
 /// 200 characters.

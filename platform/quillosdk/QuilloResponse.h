@@ -23,9 +23,15 @@ public:
     [[nodiscard]] int GetHTTPStatusCode() const { return status; }
     [[nodiscard]] Headers const& GetHeader() const { return headers; }
 
+    /// One sentence: what was refused, and why; empty unless the service has refused.
+    [[nodiscard]] std::string const& GetRefusal() const { return refusal; }
+    /// Before it is delivered.
+    void SetRefusal(std::string text) { refusal = std::move(text); }
+
 private:
     int status;
     Headers headers;
+    std::string refusal;
 };
 
 }  // namespace quillosdk

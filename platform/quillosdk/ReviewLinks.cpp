@@ -79,7 +79,8 @@ moxcore::async::Future<std::shared_ptr<CreateReviewLinkResponse>> ReviewLinks::C
         if (response->IsSuccessful() && (!link.id || !link.url)) {
             auto const incomplete = std::make_exception_ptr(moxcore::config::ResultException(
                 kMalformedAnswer, "the service created it without telling its ID or its address"));
-            ReportException(task, incomplete, response->GetHTTPStatusCode());
+            auto const told = ReportException(task, incomplete, response->GetHTTPStatusCode());
+            response->SetRefusal(moxcore::config::ExtractMessageFromException(told));
         }
         return response;
     });
@@ -102,13 +103,10 @@ ReviewLinks::AddAssetsToReviewLink(AddAssetsToReviewLinkRequest const& request) 
         } catch (moxcore::async::CancelledException const&) {
             throw moxcore::config::ResultException(kCalledOff, "the addition was called off");
         } catch (...) {
-            ReportException(task, std::current_exception());
-            throw;
+            std::rethrow_exception(ReportException(task, std::current_exception()));
         }
-        if (response->status < 200 || response->status > 299) {
-            ReportRefusal(task, *response);
-            throw moxcore::config::ResultException(kRefused, DescribeRefusal(task, *response));
-        }
+        if (response->status < 200 || response->status > 299)
+            throw moxcore::config::ResultException(kRefused, ReportRefusal(task, *response));
         return std::make_shared<AddAssetsToReviewLinkResponse>(response->status, response->headers);
     });
 }

@@ -241,13 +241,14 @@ void TusUpload::CreateAnew() {
 }
 
 void TusUpload::Fail(std::exception_ptr const& exception) {
-    ReportException(task, exception);
-    promise.SetException(exception);
+    promise.SetException(ReportException(task, exception));
 }
 
 void TusUpload::Refuse(HttpResponse& response) {
-    ReportRefusal(task, response);
-    promise.SetValue(std::make_shared<UploadResponse>(response.status, response.headers, Asset()));
+    auto const refused =
+        std::make_shared<UploadResponse>(response.status, response.headers, Asset());
+    refused->SetRefusal(ReportRefusal(task, response));
+    promise.SetValue(refused);
 }
 
 template <class Step>

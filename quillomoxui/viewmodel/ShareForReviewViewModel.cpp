@@ -8,14 +8,17 @@
 #include "quillomoxui/model/QuilloUser.h"
 #include "quillomoxui/utility/ThrowFatalError.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
+#include "quillomoxui/viewmodel/OutputFiles.h"
 #include "quillomoxui/viewmodel/SelectionKeeper.h"
+#include "quillomoxui/viewmodel/ShareReports.h"
 
 namespace quillomoxui {
 
 using moxcore::string::AsciiToUTF16;
 using moxcore::string::StdToUTF16String;
 
-ShareForReviewViewModel::ShareForReviewViewModel() {
+ShareForReviewViewModel::ShareForReviewViewModel()
+    : outputFiles(std::make_unique<OutputFiles>()), reports(std::make_unique<ShareReports>()) {
     ShareForReviewViewModel::SetUser(std::make_shared<QuilloUser>());
 }
 
@@ -43,7 +46,15 @@ void ShareForReviewViewModel::TakeUser(std::shared_ptr<QuilloUser> const& newUse
         if (signIn && *signIn != signIns) return;
         ++signIns;
         replaced = GetUser();
-        if (!replaced || replaced->GetID() != newUser->GetID()) ++users;
+        if (!replaced || replaced->GetID() != newUser->GetID()) {
+            ++users;
+            // Its link would be another user's.
+            if (fields.isLinkPending)
+                reports->Fail(fields.shareID,
+                              {ShareFailureReason::OtherUser,
+                               "The movie was not shared: who has shared it has signed out; share "
+                               "it again."});
+        }
         UserNotifyingPropertyHost::SetValue(newUser);
         selectionKeeper.swap(keeper);
         if (view && fields.currentViewIDMessagesEnabled)
@@ -95,6 +106,15 @@ void ShareForReviewViewModel::SetAssetDataMethods(GetAssetIDsMethod const& getID
     fields.setAssetDataMethod.swap(replacedSet);
 }
 
+void ShareForReviewViewModel::ObserveShares(std::weak_ptr<ShareEvents> const& observer) {
+    reports->Add(observer);
+}
+
+bool ShareForReviewViewModel::IsShareUnderWay() const {
+    std::lock_guard lock(mutex);
+    return reports->IsUnderWay(fields.shareID);
+}
+
 void ShareForReviewViewModel::SetUploadedAssetID(Guid const& id) {
     WriteAssetData(assetdata::kUploadedAssetGuid, StdToUTF16String(id.AsStdString()));
 }
@@ -110,8 +130,13 @@ bool ShareForReviewViewModel::ReadAssetData(char const* key, UTF16String& value)
 }
 
 moxcore::utility::Guid ShareForReviewViewModel::ReadAssetGuid(char const* key) const {
+    return ReadAssetGuid(CopyFields(), key);
+}
+
+moxcore::utility::Guid ShareForReviewViewModel::ReadAssetGuid(Fields const& share,
+                                                              char const* key) {
     UTF16String text;
-    ReadAssetData(key, text);
+    share.getAssetDataMethod(share.assetID1, share.assetID2, AsciiToUTF16(key), text);
     return Guid(moxcore::string::UTF16toStdString(text));
 }
 

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -12,10 +11,17 @@
 #include "quillomoxui/Export.h"
 #include "quillomoxui/properties/NamedPropertyHosts.h"
 #include "quillomoxui/viewmodel/LocationPickerMode.h"
+#include "quillomoxui/viewmodel/ShareEvents.h"
 
 namespace quillomoxui {
 
+class OutputFiles;
 class SelectionKeeper;
+class ShareReports;
+
+namespace model {
+struct StepEnd;
+}
 
 /// The one object that a host makes and drives: what the share popup shows, and the road of a share
 /// from the sign-in to the link that can be copied. Make it with std::make_shared and keep it until
@@ -26,15 +32,15 @@ class SelectionKeeper;
 /// EncodingStatus, which says also what to set when an export has failed and before the next share.
 /// What it may watch besides: SignInProgress, and UploadWaitingSince, the time since which an
 /// upload has waited for a service that is not available, none while it does not; it goes on by
-/// itself.
+/// itself. How each share goes, and how it ends, it hears as an observer (ObserveShares).
 ///
 /// Threads: the host calls it on the main thread. Answers of the service arrive on worker threads
 /// and move the workflow there; so the host's callbacks may be called on any thread, one at a time
 /// for one share. They are never called under a lock. Properties notify on the main thread.
 ///
-/// Errors: what the service refuses changes nothing here but EncodingStatus
-/// (quillocommon/Failures.h tells why). A host callback that is empty when it is needed is a
-/// std::bad_function_call.
+/// Errors: what the service refuses changes nothing here but EncodingStatus; the observers of the
+/// share hear why, as do those who listen for failures (quillocommon/Failures.h). A host callback
+/// that is empty when it is needed is a std::bad_function_call.
 class QUILLO_API ShareForReviewViewModel : public UserNotifyingPropertyHost,
                                            public CurrentViewIDNotifyingPropertyHost,
                                            public ActiveAssetNameNotifyingPropertyHost,
@@ -120,9 +126,21 @@ public:
     void SetAssetDataMethods(GetAssetIDsMethod const& getIDs, GetAssetDataMethod const& getData,
                              SetAssetDataMethod const& setData);
 
+    /// `observer` hears of every share that begins from now on, and of those under way what is
+    /// still to come, as long as there is one: it is held weakly, and hears nothing more once its
+    /// last owner has let go of it on the main thread. Any number of observers. Any thread.
+    void ObserveShares(std::weak_ptr<ShareEvents> const& observer);
+
+    /// Whether the last share that began has not ended. What observers hear of that may still be on
+    /// its way to them.
+    [[nodiscard]] bool IsShareUnderWay() const;
+
     /// The Share button: shares the active asset into the user's selection. Without one that lies
     /// in a project nothing happens but that those who listen for failures hear of it.
     void ProcessAssetForReview();
+
+    // The steps of a share, one by one. A host that takes one outside a share is not told how it
+    // ends: its observers hear of what ProcessAssetForReview has begun.
 
     /// The step after the link is there: has the host export the asset.
     void ProcessAssetForReview_Internal();
@@ -178,11 +196,6 @@ private:
     };
     /// Whose asset's link is on its way: `users`, and the asset.
     using LinkKey = std::tuple<unsigned, Guid, Guid>;
-    /// Who writes or reads an exported file.
-    struct FileClaim {
-        Guid shareID;
-        bool isUploading = false;
-    };
 
     [[nodiscard]] QUILLO_HIDDEN unsigned BeginSignIn();
     QUILLO_HIDDEN bool TakeSignedIn(unsigned signIn);
@@ -192,25 +205,32 @@ private:
     [[nodiscard]] QUILLO_HIDDEN Fields CopyFields() const;
     QUILLO_HIDDEN bool ReadAssetData(char const* key, UTF16String& value) const;
     [[nodiscard]] QUILLO_HIDDEN Guid ReadAssetGuid(char const* key) const;
+    [[nodiscard]] QUILLO_HIDDEN static Guid ReadAssetGuid(Fields const& share, char const* key);
     QUILLO_HIDDEN void WriteAssetData(char const* key, UTF16String const& value) const;
     QUILLO_HIDDEN static void WriteAssetData(Fields const& share, char const* key,
                                              UTF16String const& value);
-    // The steps of a share; ShareWorkflow.cpp says more.
+    // The steps of a share; ShareWorkflow.cpp and ShareUpload.cpp say more.
     [[nodiscard]] QUILLO_HIDDEN bool BeginShare(Guid const& first, Guid const& second,
                                                 bool& isStillNew);
     QUILLO_HIDDEN void FindVersionStack(bool isStillNew);
     QUILLO_HIDDEN void CreateLinkAndExport(Guid const& projectID);
-    QUILLO_HIDDEN void TakeLink(Fields const& share, LinkKey const& key, bool ok,
+    QUILLO_HIDDEN void FindLink(Guid const& projectID);
+    QUILLO_HIDDEN void TakeLink(Fields const& share, LinkKey const& key, model::StepEnd const& end,
                                 Guid const& linkID, UTF16String const& url);
-    QUILLO_HIDDEN void ClaimOutputFile();
-    QUILLO_HIDDEN void TakeUpload(Fields const& share, bool ok, Guid const& assetID);
-    QUILLO_HIDDEN void FinishOvertaken(Fields const& share, Guid const& uploadedID);
-    QUILLO_HIDDEN void EndOvertaken(Fields const& share, bool isOnLink);
+    QUILLO_HIDDEN void GiveUpExport();
+    QUILLO_HIDDEN void Upload();
+    QUILLO_HIDDEN void TakeUpload(Fields const& share, model::StepEnd const& end,
+                                  Guid const& assetID);
+    QUILLO_HIDDEN void PutMovieOnLink(Fields const& share);
+    QUILLO_HIDDEN void EndShare(Fields const& share, model::StepEnd const& end);
     QUILLO_HIDDEN void ForgetStatus(Fields const& share);
-    QUILLO_HIDDEN void DeleteOutputFile(Fields const& share);
+    QUILLO_HIDDEN void FailShare(Guid const& shareID, ShareFailureReason reason,
+                                 model::StepEnd const& end);
     [[nodiscard]] QUILLO_HIDDEN bool IsCurrentLocked(Fields const& share) const;
     template <class Action>
     QUILLO_HIDDEN bool IfCurrent(Fields const& share, Action action);
+    template <class Step>
+    QUILLO_HIDDEN void Guarded(Guid const& shareID, Step step);
 
     mutable std::mutex mutex;
     Fields fields;  // guarded by mutex, which is never held across a callback
@@ -218,9 +238,10 @@ private:
     /// Grows with each sign-in, sign-out and user: what an earlier sign-in brings is late. Guarded
     /// by mutex.
     unsigned signIns = 0;
-    unsigned users = 0;                           // grows with each other user; guarded by mutex
-    std::set<LinkKey> pendingLinks;               // guarded by mutex
-    std::map<UTF16String, FileClaim> fileClaims;  // by path; guarded by mutex
+    unsigned users = 0;              // grows with each other user; guarded by mutex
+    std::set<LinkKey> pendingLinks;  // guarded by mutex
+    std::unique_ptr<OutputFiles> const outputFiles;
+    std::unique_ptr<ShareReports> const reports;
 };
 
 /// The view's name for developers; "(unknown ShareForReviewViewID value)" for one that has none.

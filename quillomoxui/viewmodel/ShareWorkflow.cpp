@@ -1,39 +1,29 @@
-// The road of a share: the operations of ShareForReviewViewModel that talk to the host and to the
-// service.
+// The road of a share, first half: from the press of the button to the exported movie.
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
 #include <utility>
 
-#include "moxcore/async/CancelledException.h"
 #include "moxcore/config/Error.h"
-#include "moxcore/filesupport/CommonDirs.h"
-#include "moxcore/filesupport/File.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/utility/FileUtils.h"
 #include "quillocommon/Failures.h"
 #include "quillomoxui/model/QuilloFolder.h"
 #include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/model/QuilloUser.h"
-#include "quillomoxui/model/operations/ReviewLinks.h"
-#include "quillomoxui/model/operations/UploadToFolder.h"
+#include "quillomoxui/model/operations/ShareSteps.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
-#include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
+#include "quillomoxui/viewmodel/OutputFiles.h"
+#include "quillomoxui/viewmodel/ShareSteps.inl"
 #include "quillomoxui/viewmodel/UnlinkedStacks.h"
 
 namespace quillomoxui {
 
-using moxcore::filesupport::File;
+using model::StepEnd;
 using moxcore::string::AsciiToUTF16;
 using moxcore::string::StdToUTF16String;
 using moxcore::string::UTF16toStdString;
 using moxcore::utility::Guid;
 
 namespace {
-
-constexpr mode_t kOwnDirectory = 0700;
 
 UTF16String ToText(Guid const& id) {
     return StdToUTF16String(id.AsStdString());
@@ -46,32 +36,7 @@ void ReportNowhereToShareTo() {
          "choose a location."});
 }
 
-void ReportOtherUser() {
-    quillocommon::ReportFailure(
-        {quillocommon::Step::Upload, moxcore::config::kUnknownFailure, 0,
-         "The movie was not uploaded: who has shared it has signed out; share it again."});
-}
-
 }  // namespace
-
-// A share is what one press of the Share button begins. Its handlers hold the fields as they were
-// then. What belongs to it alone (its asset's strings, its mark, its exported file) they change
-// whatever has happened since; what is shown, the status and the fields belong to the current share
-// of the current user. Where two things are checked and changed, that happens under the lock.
-
-bool ShareForReviewViewModel::IsCurrentLocked(Fields const& share) const {
-    return fields.shareID == share.shareID && (!share.shareUser || *share.shareUser == users);
-}
-
-/// Does `action`, which may set properties, unless another share has begun since, or another user
-/// has come; whether it did.
-template <class Action>
-bool ShareForReviewViewModel::IfCurrent(Fields const& share, Action action) {
-    std::lock_guard lock(mutex);
-    if (!IsCurrentLocked(share)) return false;
-    action();
-    return true;
-}
 
 void ShareForReviewViewModel::SetEncodingStatus(quillomoxui::EncodingStatus const& status) {
     if (status.status == EncodingStatus::EncodingComplete) {
@@ -82,6 +47,9 @@ void ShareForReviewViewModel::SetEncodingStatus(quillomoxui::EncodingStatus cons
     }
     EncodingStatusNotifyingPropertyHost::SetValue(status);
     switch (status.status) {
+        case EncodingStatus::None:
+        case EncodingStatus::UploadFailed:
+            return GiveUpExport();
         case EncodingStatus::Queued:
             return SetCurrentViewID(ShareForReviewViewID::WaitingInQueue);
         case EncodingStatus::Encoding:
@@ -95,6 +63,15 @@ void ShareForReviewViewModel::SetEncodingStatus(quillomoxui::EncodingStatus cons
     }
 }
 
+/// A share that waits for its movie gets none any more.
+void ShareForReviewViewModel::GiveUpExport() {
+    std::lock_guard lock(mutex);
+    if (!fields.isLinkPending)
+        reports->FailBeforeUpload(fields.shareID,
+                                  {ShareFailureReason::NotExported,
+                                   "The movie was not shared: the editor has not exported it."});
+}
+
 void ShareForReviewViewModel::ProcessAssetForReview() {
     auto const folder = GetUser()->GetSelection();
     auto const project = folder ? folder->FindSelfOrAncestorOfType<QuilloProject>() : nullptr;
@@ -105,17 +82,11 @@ void ShareForReviewViewModel::ProcessAssetForReview() {
     CopyFields().getAssetIDsMethod(first, second);
     bool isStillNew = false;
     if (!BeginShare(first, second, isStillNew)) return;
-    WriteAssetData(assetdata::kUploadFolderGuid, ToText(folder->GetID()));
-    FindVersionStack(isStillNew);
-
-    auto const linkID = ReadAssetGuid(assetdata::kReviewLinkGuid);
-    UTF16String linkURL;
-    ReadAssetData(assetdata::kReviewLinkURL, linkURL);
-    if (!linkID.IsNull() && !linkURL.empty()) {
-        SetReviewLinkURL(linkURL);
-        return ProcessAssetForReview_Internal();
-    }
-    CreateLinkAndExport(project->GetID());
+    Guarded(CopyFields().shareID, [&] {
+        WriteAssetData(assetdata::kUploadFolderGuid, ToText(folder->GetID()));
+        FindVersionStack(isStillNew);
+        FindLink(project->GetID());
+    });
 }
 
 /// False when the same share waits for its link already: the button was pressed twice.
@@ -125,6 +96,10 @@ bool ShareForReviewViewModel::BeginShare(Guid const& first, Guid const& second, 
     bool const sameAsset = fields.assetID1 == first && fields.assetID2 == second;
     if (sameAsset && fields.isLinkPending && fields.shareUser == users) return false;
     isStillNew = sameAsset && fields.isNewVersionStack;
+    reports->FailBeforeUpload(fields.shareID,
+                              {ShareFailureReason::Overtaken,
+                               "The movie was not shared: another share has begun before it was "
+                               "exported; share it again."});
     fields.shareID = Guid::CreateUnique();
     fields.shareUser = users;
     fields.isLinkPending = false;
@@ -143,6 +118,7 @@ bool ShareForReviewViewModel::BeginShare(Guid const& first, Guid const& second, 
         default:
             break;
     }
+    reports->Begin({fields.shareID, first, second, GetActiveAssetName()});
     return true;
 }
 
@@ -161,6 +137,17 @@ void ShareForReviewViewModel::FindVersionStack(bool isStillNew) {
     fields.isNewVersionStack = isNew;
 }
 
+/// Goes on with the link that is stored with the asset, or has one made.
+void ShareForReviewViewModel::FindLink(Guid const& projectID) {
+    auto const linkID = ReadAssetGuid(assetdata::kReviewLinkGuid);
+    UTF16String url;
+    ReadAssetData(assetdata::kReviewLinkURL, url);
+    if (linkID.IsNull() || url.empty()) return CreateLinkAndExport(projectID);
+    SetReviewLinkURL(url);
+    reports->LinkReady(CopyFields().shareID, linkID, url);
+    ProcessAssetForReview_Internal();
+}
+
 void ShareForReviewViewModel::CreateLinkAndExport(Guid const& projectID) {
     Fields share;
     LinkKey key;
@@ -173,64 +160,63 @@ void ShareForReviewViewModel::CreateLinkAndExport(Guid const& projectID) {
         if (!pendingLinks.insert(key).second) return;
     }
     std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    auto const onLink = [weak, share, key](bool ok, Guid const& linkID, UTF16String const& url) {
-        if (auto const self = weak.lock()) self->TakeLink(share, key, ok, linkID, url);
+    auto const onLink = [weak, share, key](StepEnd const& end, Guid const& linkID,
+                                           UTF16String const& url) {
+        if (auto const self = weak.lock()) self->TakeLink(share, key, end, linkID, url);
     };
-    if (!model::CreateReviewLink(projectID, GetOutputFileName(), onLink))
-        TakeLink(share, key, false, {}, {});
+    if (!model::MakeReviewLink({projectID, GetOutputFileName(), onLink}))
+        TakeLink(share, key, model::NobodySignedIn(), {}, {});
 }
 
-void ShareForReviewViewModel::TakeLink(Fields const& share, LinkKey const& key, bool ok,
+void ShareForReviewViewModel::TakeLink(Fields const& share, LinkKey const& key, StepEnd const& end,
                                        Guid const& linkID, UTF16String const& url) {
-    if (ok) {
-        // Nothing is on a link that has just been made, an older version stack neither.
-        unlinkedstacks::Add(share.versionStackID);
-        WriteAssetData(share, assetdata::kReviewLinkGuid, ToText(linkID));
-        WriteAssetData(share, assetdata::kReviewLinkURL, url);
-    }
+    std::exception_ptr thrown;  // by the host; the share that waits ends with it
+    if (end.IsDone()) try {
+            // Nothing is on a link that has just been made, an older version stack neither.
+            unlinkedstacks::Add(share.versionStackID);
+            WriteAssetData(share, assetdata::kReviewLinkGuid, ToText(linkID));
+            WriteAssetData(share, assetdata::kReviewLinkURL, url);
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+    Guid waiting;
     {
         std::lock_guard lock(mutex);
         pendingLinks.erase(key);
         bool const isWaitedFor =
             fields.isLinkPending && key == LinkKey(users, fields.assetID1, fields.assetID2);
-        if (!isWaitedFor) return;
-        fields.isLinkPending = false;
-        if (!ok) return;
-        fields.isNewVersionStack = true;
-        ReviewLinkURLNotifyingPropertyHost::SetValue(url);
+        if (isWaitedFor) {
+            waiting = fields.shareID;
+            fields.isLinkPending = false;
+        }
+        if (isWaitedFor && end.IsDone() && !thrown) {
+            fields.isNewVersionStack = true;
+            ReviewLinkURLNotifyingPropertyHost::SetValue(url);
+        }
     }
-    ProcessAssetForReview_Internal();
+    Guarded(waiting, [&] {
+        if (thrown) std::rethrow_exception(thrown);
+        if (waiting.IsNull()) return;
+        if (!end.IsDone()) return FailShare(waiting, ShareFailureReason::NoLink, end);
+        reports->LinkReady(waiting, linkID, url);
+        ProcessAssetForReview_Internal();
+    });
 }
 
 void ShareForReviewViewModel::ProcessAssetForReview_Internal() {
     SetEncodingStatus({EncodingStatus::Queued});
     SetEncodingProgress(0.0);
-    ClaimOutputFile();
-    auto const now = CopyFields();
-    now.assetProcessingMethod(now.outputFilePath, now.processingID);
-}
-
-/// Names the file that the host is to export to. A movie that is being uploaded, or that the host
-/// may still be writing for the share before, is not overwritten.
-void ShareForReviewViewModel::ClaimOutputFile() {
-    auto path = GetOutputFileFullPath();
-    auto const processingID = ToText(Guid::CreateUnique());
-    auto const ownDirectory =
-        File(moxcore::filesupport::commondirs::UserCacheDir(), processingID).FullPath();
-    bool isTaken = false;
+    auto const shareID = CopyFields().shareID;
+    auto const output = outputFiles->Claim(shareID, GetOutputFileName());
+    AssetProcessingMethod process;
     {
         std::lock_guard lock(mutex);
-        auto const claim = fileClaims.find(path);
-        isTaken = claim != fileClaims.end() && claim->second.shareID != fields.shareID;
-        if (isTaken) path = File(File(ownDirectory, 0), GetOutputFileName()).FullPath();
-        fields.outputFilePath = path;
-        fields.processingID = processingID;
-        // An export that has been overtaken never gets as far as its upload.
-        std::erase_if(fileClaims, [](auto const& other) { return !other.second.isUploading; });
-        fileClaims[path] = {fields.shareID};
+        fields.outputFilePath = output.path;
+        fields.processingID = output.processingID;
+        process = fields.assetProcessingMethod;
     }
-    // The host hears of a directory that is missing when it cannot write there.
-    if (isTaken) mkdir(UTF16toStdString(ownDirectory).c_str(), kOwnDirectory);
+    reports->ExportWanted(shareID, output.path, output.processingID);
+    process(output.path, output.processingID);
 }
 
 UTF16String ShareForReviewViewModel::GetOutputFileName() {
@@ -241,139 +227,7 @@ UTF16String ShareForReviewViewModel::GetOutputFileName() {
 }
 
 UTF16String ShareForReviewViewModel::GetOutputFileFullPath() {
-    return File(moxcore::filesupport::commondirs::UserCacheDir(), GetOutputFileName()).FullPath();
-}
-
-void ShareForReviewViewModel::StartUpload() {
-    auto const folderID = ReadAssetGuid(assetdata::kUploadFolderGuid);
-    auto const versionStackID = ReadAssetGuid(assetdata::kVersionStackGuid);
-    SetEncodingStatus({EncodingStatus::Uploading});
-    SetEncodingProgress(0.0);
-    SetUploadWaitingSince({});
-    SetCurrentViewID(ShareForReviewViewID::UploadInProgress);
-
-    Fields share;
-    bool isOfUser = false;
-    {
-        std::lock_guard lock(mutex);
-        isOfUser = IsCurrentLocked(fields);
-        fields.isUploading = true;
-        share = fields;
-        if (auto const claim = fileClaims.find(share.outputFilePath); claim != fileClaims.end())
-            claim->second.isUploading = true;
-    }
-    // Nobody's movie goes out in somebody else's name.
-    if (!isOfUser) {
-        ReportOtherUser();
-        {
-            std::lock_guard lock(mutex);
-            fields.isUploading = false;
-            fileClaims.erase(share.outputFilePath);
-        }
-        return SetEncodingStatus({EncodingStatus::UploadFailed});
-    }
-    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    bool const started = model::UploadToFolder(
-        share.outputFilePath, folderID, versionStackID,
-        [weak, share](double progress) {
-            if (share.isCancelled && *share.isCancelled)
-                throw moxcore::async::CancelledException();  // ends the upload
-            auto const self = weak.lock();
-            if (self) self->IfCurrent(share, [&] { self->SetEncodingProgress(progress); });
-        },
-        [weak, share](bool ok, Guid const& assetID) {
-            if (auto const self = weak.lock()) self->TakeUpload(share, ok, assetID);
-        },
-        [weak, share](std::optional<moxcore::threads::TimePoint> since) {
-            auto const self = weak.lock();
-            if (self) self->IfCurrent(share, [&] { self->SetUploadWaitingSince(since); });
-        });
-    // Signed out meanwhile: the share can be tried again, which a status of Uploading would rule
-    // out.
-    if (!started) TakeUpload(share, false, {});
-}
-
-void ShareForReviewViewModel::TakeUpload(Fields const& share, bool ok, Guid const& assetID) {
-    if (ok) WriteAssetData(share, assetdata::kUploadedAssetGuid, ToText(assetID));
-    bool isCurrent = false;
-    {
-        std::lock_guard lock(mutex);
-        isCurrent = IsCurrentLocked(share);
-        if (fields.shareID == share.shareID) fields.isUploading = false;
-        // The file of an upload that has failed stays, and is the next share's to write over.
-        if (!ok) fileClaims.erase(share.outputFilePath);
-    }
-    if (isCurrent || !share.shareUser)
-        return SetEncodingStatus(
-            {ok ? EncodingStatus::UploadComplete : EncodingStatus::UploadFailed});
-    if (ok && !*share.isCancelled) return FinishOvertaken(share, assetID);
-    ForgetStatus(share);
-}
-
-void ShareForReviewViewModel::FinalizeUpload() {
-    auto const share = CopyFields();
-    auto const showLink = [](ShareForReviewViewModel& self, Fields const& ended) {
-        self.DeleteOutputFile(ended);
-        self.SetCurrentViewID(ShareForReviewViewID::CopyLinkSection);
-    };
-    if (!share.isNewVersionStack) return showLink(*this, share);
-
-    auto const assetID = ReadAssetGuid(assetdata::kUploadedAssetGuid);
-    auto const linkID = ReadAssetGuid(assetdata::kReviewLinkGuid);
-    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    model::AddAssetToLink(assetID, linkID, [weak, share, showLink](bool ok) {
-        if (ok) unlinkedstacks::Remove(share.versionStackID);
-        auto const self = weak.lock();
-        if (!self) return;
-        bool const isCurrent = self->IfCurrent(share, [&] {
-            if (ok) self->fields.isNewVersionStack = false;
-        });
-        if (!isCurrent) return self->EndOvertaken(share, ok);
-        if (ok) showLink(*self, share);
-    });
-}
-
-/// What is left to do for a share whose movie is uploaded and that is not the current one any more.
-void ShareForReviewViewModel::FinishOvertaken(Fields const& share, Guid const& uploadedID) {
-    if (!share.isNewVersionStack) return EndOvertaken(share, true);
-    UTF16String link;
-    share.getAssetDataMethod(share.assetID1, share.assetID2,
-                             AsciiToUTF16(assetdata::kReviewLinkGuid), link);
-    std::weak_ptr<ShareForReviewViewModel> const weak = Share(this);
-    bool const asked =
-        model::AddAssetToLink(uploadedID, Guid(UTF16toStdString(link)), [weak, share](bool ok) {
-            if (ok) unlinkedstacks::Remove(share.versionStackID);
-            if (auto const self = weak.lock()) self->EndOvertaken(share, ok);
-        });
-    if (!asked) EndOvertaken(share, false);
-}
-
-void ShareForReviewViewModel::EndOvertaken(Fields const& share, bool isOnLink) {
-    if (isOnLink) DeleteOutputFile(share);
-    ForgetStatus(share);
-}
-
-/// A share that another user's coming has overtaken leaves no status that would never change.
-void ShareForReviewViewModel::ForgetStatus(Fields const& share) {
-    std::lock_guard lock(mutex);
-    if (fields.shareID == share.shareID)
-        EncodingStatusNotifyingPropertyHost::SetValue({EncodingStatus::None});
-}
-
-/// Deletes the share's exported file, unless a later share exports to the same place.
-void ShareForReviewViewModel::DeleteOutputFile(Fields const& share) {
-    {
-        std::lock_guard lock(mutex);
-        auto const claim = fileClaims.find(share.outputFilePath);
-        if (claim != fileClaims.end()) {
-            if (claim->second.shareID != share.shareID) return;
-            fileClaims.erase(claim);
-        }
-    }
-    File(share.outputFilePath, 0).Delete();
-    auto const directory =
-        std::filesystem::path(UTF16toStdString(share.outputFilePath)).parent_path();
-    if (directory.filename() == UTF16toStdString(share.processingID)) rmdir(directory.c_str());
+    return OutputFiles::PathOf(GetOutputFileName());
 }
 
 void ShareForReviewViewModel::CancelShare() {
@@ -385,10 +239,11 @@ void ShareForReviewViewModel::CancelShare() {
         std::lock_guard lock(mutex);
         if (!fields.isCancelled || !(isUnderWay || fields.isLinkPending)) return;
         *fields.isCancelled = true;
+        outputFiles->Release(fields.shareID, fields.outputFilePath);
+        reports->Fail(fields.shareID, {ShareFailureReason::Cancelled, "The share was cancelled."});
         fields.shareID = Guid::CreateUnique();
         fields.isLinkPending = false;
         fields.isUploading = false;
-        fileClaims.erase(fields.outputFilePath);
     }
     EncodingStatusNotifyingPropertyHost::SetValue({EncodingStatus::None});
     SetEncodingProgress(0.0);

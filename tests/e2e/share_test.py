@@ -37,6 +37,12 @@ class ShareTests(EndToEnd):
         out, _ = self.host("locations", "--json", "--depth", "6", service=service)
         self.assertIn(first["version_stack_id"], out)
 
+    def test_a_share_that_cannot_be_noted_goes_on(self):
+        notes = self.state / "state" / "unlinked-stacks"
+        notes.parent.mkdir(parents=True)
+        notes.write_text("no directory")
+        self.check_link(self.share(self.clip))
+
     def test_only_the_link_goes_to_standard_output(self):
         out, err = self.host("share", self.clip, service=self.service())
         self.assertRegex(out, r"\Ahttp://127\.0\.0\.1:\d+/r/[0-9a-f-]{36}\n\Z")

@@ -147,6 +147,16 @@ class WindowTests(WindowTest):
         window.process.send_signal(signal.SIGTERM)
         self.assertEqual(window.finish(), (130, "", ""))
 
+    def test_a_share_whose_user_signs_out_says_where_its_movie_is(self):
+        window = self.begin_export()
+        window.dismiss("StaticText", "Encoding in Progress...")
+        window.click("MenuItem", "Share")
+        window.click("MenuItem", "Sign Out")
+        kept = self.state / "cache" / "Long.mp4"
+        window.hear(f'has signed out; share it again. The exported movie is kept: "{kept}".')
+        window.activate()
+        self.close(window)
+
     def test_a_signal_ends_an_export(self):
         window = self.begin_export()
         window.process.send_signal(signal.SIGTERM)

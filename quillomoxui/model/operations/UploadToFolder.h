@@ -1,9 +1,7 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 
-#include "moxcore/threads/Clock.h"
 #include "moxcore/utility/Guid.h"
 #include "quillomoxui/Export.h"
 #include "quillomoxui/properties/UTF16String.h"
@@ -19,14 +17,5 @@ QUILLO_API bool UploadToFolder(
     UTF16String const& path, moxcore::utility::Guid const& folderID,
     moxcore::utility::Guid const& versionStackID, std::function<void(double)> const& progress,
     std::function<void(bool, moxcore::utility::Guid const&)> const& completion);
-
-/// The same; `waiting` hears since when the upload has waited for a service that cannot be reached
-/// or is too busy, and nothing once it goes on or has ended. It goes on by itself. Called on the
-/// service's own threads; must not throw.
-bool UploadToFolder(UTF16String const& path, moxcore::utility::Guid const& folderID,
-                    moxcore::utility::Guid const& versionStackID,
-                    std::function<void(double)> const& progress,
-                    std::function<void(bool, moxcore::utility::Guid const&)> const& completion,
-                    std::function<void(std::optional<moxcore::threads::TimePoint>)> const& waiting);
 
 }  // namespace quillomoxui::model

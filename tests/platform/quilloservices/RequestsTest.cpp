@@ -22,6 +22,7 @@ struct Ended {
     bool failed = false;
     moxcore::config::Result result = 0;
     int status = 0;
+    std::string why = {};
 };
 
 /// One of the requests: how it is made, what it sends, and an answer that it likes.
@@ -39,8 +40,10 @@ std::function<Ended()> Ending(F future) {
     return [future] {
         EXPECT_TRUE(future.IsComplete());
         auto const exception = future.GetException();
-        if (exception) return Ended{true, ExtractResultFromException(exception), 0};
-        return Ended{false, 0, future.Get()->GetHTTPStatusCode()};
+        if (exception)
+            return Ended{true, ExtractResultFromException(exception), 0,
+                         moxcore::config::ExtractMessageFromException(exception)};
+        return Ended{false, 0, future.Get()->GetHTTPStatusCode(), future.Get()->GetRefusal()};
     };
 }
 
@@ -124,6 +127,7 @@ TEST_F(RequestsTest, ARefusalIsToldOnceWithTheServicesReasonAndAnAdvice) {
         EXPECT_EQ(told[0].step, request.step);
         EXPECT_EQ(told[0].httpStatus, 404);
         EXPECT_EQ(told[0].result, kRefused);
+        EXPECT_EQ(told[0].message, ending().why);
         EXPECT_THAT(told[0].message, HasSubstr("answered 404 (No   ...); it may have been removed"))
             << "one line, and without the token that was sent";
     }
@@ -231,6 +235,7 @@ TEST_F(RequestsTest, AnAnswerThatCannotBeReadFailsAndSaysWhatIsWrong) {
         auto const told = NewFailures();
         ASSERT_EQ(told.size(), 1u);
         EXPECT_EQ(told[0].httpStatus, 200);
+        EXPECT_EQ(told[0].message, ending().why);
         EXPECT_THAT(told[0].message, HasSubstr(row.says));
     }
 }

@@ -269,6 +269,9 @@ TEST_F(UploadTest, FailsWithAReasonWhereItMust) {
         auto const failure = failures.All().back();
         EXPECT_EQ(failure.step, quillocommon::Step::Upload);
         EXPECT_EQ(failure.result, row.result == 0 ? kRefused : row.result);
+        EXPECT_EQ(failure.message, row.result == 0 ? future.Get()->GetRefusal()
+                                                   : moxcore::config::ExtractMessageFromException(
+                                                         future.GetException()));
         EXPECT_THAT(failure.message,
                     testing::AllOf(HasSubstr("Could not upload m: "), HasSubstr(row.says),
                                    testing::Not(HasSubstr("secret"))));
