@@ -198,19 +198,8 @@ void Sharing::OnViewChanged(ShareForReviewViewID view) {
     if (view == ShareForReviewViewID::None && !IsSharing()) End();
 }
 
-/// The popup shows the places of the user that there was when its view was made, and somebody who
-/// has just signed in comes a moment after the view.
 void Sharing::OnUserChanged(quillomoxui::QuilloUser const& user) {
     if (user.GetID().IsNull()) return;
-    auto const view = viewModel->GetCurrentViewID();
-    bool const showsPlaces = view == ShareForReviewViewID::ReviewInQuillo ||
-                             view == ShareForReviewViewID::SelectProject ||
-                             view == ShareForReviewViewID::SelectFolder;
-    if (showsPlaces) {
-        // Unseen, so that the popup stays as large as it is: a press beside it would close it.
-        viewModel->SetInitialCurrentViewID(ShareForReviewViewID::Initial);
-        viewModel->SetCurrentViewID(view);
-    }
     hooks.tell("Signed in as " + NameOf(user) + ".");
 }
 
