@@ -206,8 +206,9 @@ void ShareCommand::Upload(ExportedFile const& exported) {
         return FormatBytes(fractionPerSecond * bytes) + "/s";
     });
     viewModel.SetEncodingStatus({EncodingStatus::EncodingComplete});
-    loop.WaitUntil([this] { return heard->isFinished || heard->failure; });
     try {
+        // An interruption is thrown from here as well.
+        loop.WaitUntil([this] { return heard->isFinished || heard->failure; });
         ThrowIfFailed();
     } catch (Failure const& failure) {
         throw Failure(failure.GetExitCode(), failure.what() + WhereItIsKept(exported.file));

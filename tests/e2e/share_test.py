@@ -41,7 +41,7 @@ class ShareTests(EndToEnd):
         notes = self.state / "state" / "unlinked-stacks"
         notes.parent.mkdir(parents=True)
         notes.write_text("no directory")
-        self.check_link(self.share(self.clip))
+        self.check_link(self.share(self.clip, service=self.service()))
 
     def test_only_the_link_goes_to_standard_output(self):
         out, err = self.host("share", self.clip, service=self.service())
