@@ -17,7 +17,7 @@
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/MainThread.h"
 #include "moxui/backend/HostWidget.h"
-#include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/backend/detail/drawing/QtDrawbot.h"
 #include "moxui/skins/ThemeProvider.h"
 #include "moxui/utility/ResourceManager.h"
 #include "quillomoxui/sharedui/PopupManager.h"

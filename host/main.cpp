@@ -5,19 +5,19 @@
 #include <string>
 #include <vector>
 
-#include "host/DestinationFinder.h"
-#include "host/Failure.h"
-#include "host/HostFiles.h"
-#include "host/LocationsCommand.h"
-#include "host/MainLoop.h"
-#include "host/Options.h"
-#include "host/ProgressDisplay.h"
-#include "host/Session.h"
-#include "host/ShareCommand.h"
-#include "host/Terminal.h"
-#include "host/TraceCommand.h"
+#include "host/commands/LocationsCommand.h"
+#include "host/commands/ShareCommand.h"
+#include "host/commands/TraceCommand.h"
 #include "host/editor/ChooseLocationCommand.h"
 #include "host/editor/RunEditor.h"
+#include "host/process/Failure.h"
+#include "host/process/MainLoop.h"
+#include "host/process/ProgressDisplay.h"
+#include "host/process/Terminal.h"
+#include "host/session/DestinationFinder.h"
+#include "host/session/Options.h"
+#include "host/session/Session.h"
+#include "host/state/HostFiles.h"
 
 namespace {
 
@@ -79,7 +79,7 @@ int Run(Options const& options) {
     } else if (options.command == Command::Version) {
         PrintLines({"quillo-host " QUILLO_HOST_VERSION});
     } else {
-        UseDataDirectory(options);
+        UseDataDirectory(options.data);
         if (options.command == Command::Editor) return editor::RunEditor(options);
         RunCommand(options);
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/MovieProbe.h"
+#include "host/media/MovieProbe.h"
 #include "quillomoxui/properties/NamedPropertyHosts.h"
 
 namespace quillohost::editor {

@@ -2,11 +2,11 @@
 
 #include <memory>
 
-#include "host/Failure.h"
-#include "host/Session.h"
 #include "host/editor/AppTheme.h"
 #include "host/editor/EditorApplication.h"
 #include "host/editor/EventLog.h"
+#include "host/process/Failure.h"
+#include "host/session/Session.h"
 #include "moxui/backend/HostWidget.h"
 
 namespace quillohost::editor {

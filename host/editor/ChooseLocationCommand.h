@@ -1,9 +1,9 @@
 #pragma once
 
-#include "host/MainLoop.h"
-#include "host/Options.h"
-#include "host/ProgressDisplay.h"
 #include "host/editor/LocationDialog.h"
+#include "host/process/MainLoop.h"
+#include "host/process/ProgressDisplay.h"
+#include "host/session/Options.h"
 
 namespace quillohost::editor {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/OnMainThread.h"
+#include "host/process/OnMainThread.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
 namespace quillohost::editor {

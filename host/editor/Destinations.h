@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/FolderWay.h"
-#include "host/SharedAsset.h"
+#include "host/session/FolderWay.h"
+#include "host/state/SharedAsset.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
 
 namespace quillohost::editor {

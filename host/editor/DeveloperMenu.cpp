@@ -1,6 +1,6 @@
 #include "host/editor/DeveloperMenu.h"
 
-#include "host/TraceCommand.h"
+#include "host/commands/TraceCommand.h"
 #include "moxcore/debug/DebugDatabase.h"
 
 namespace quillohost::editor {

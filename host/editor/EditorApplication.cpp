@@ -7,8 +7,8 @@
 #include <fstream>
 #include <utility>
 
-#include "host/Failure.h"
-#include "host/Terminal.h"
+#include "host/process/Failure.h"
+#include "host/process/Terminal.h"
 #include "moxcore/threads/MainThread.h"
 
 namespace quillohost::editor {

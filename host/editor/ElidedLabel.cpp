@@ -3,7 +3,7 @@
 #include <QEvent>
 #include <QPainter>
 
-#include "host/Terminal.h"
+#include "host/process/Terminal.h"
 
 namespace quillohost::editor {
 

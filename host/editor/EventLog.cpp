@@ -8,7 +8,7 @@
 #include <QWidget>
 #include <QWindow>
 
-#include "host/Failure.h"
+#include "host/process/Failure.h"
 
 namespace quillohost::editor {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/MovieProbe.h"
+#include "host/media/MovieProbe.h"
 
 namespace quillohost::editor {
 

@@ -8,7 +8,7 @@
 #include <optional>
 #include <utility>
 
-#include "host/SignalThread.h"
+#include "host/process/SignalThread.h"
 
 namespace quillohost::editor {
 namespace {

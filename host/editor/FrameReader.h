@@ -6,7 +6,7 @@
 #include <QThread>
 #include <functional>
 
-#include "host/MovieProbe.h"
+#include "host/media/MovieProbe.h"
 
 namespace quillohost::editor {
 

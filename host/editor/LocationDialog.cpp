@@ -1,7 +1,7 @@
 #include "host/editor/LocationDialog.h"
 
-#include "host/FolderWay.h"
-#include "host/LocationPath.h"
+#include "host/session/FolderWay.h"
+#include "host/session/LocationPath.h"
 #include "moxui/backend/HostWidget.h"
 #include "moxworkspace/workspace/WorkspaceUtils.h"
 #include "quillomoxui/sharedui/SelectLocationDialog.h"

@@ -4,7 +4,7 @@
 #include <memory>
 #include <optional>
 
-#include "host/ChosenLocation.h"
+#include "host/state/ChosenLocation.h"
 #include "quillomoxui/model/QuilloUser.h"
 
 namespace quillohost::editor {

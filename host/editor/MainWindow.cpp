@@ -13,13 +13,13 @@
 #include <system_error>
 #include <utility>
 
-#include "host/HostFiles.h"
-#include "host/OnMainThread.h"
-#include "host/Terminal.h"
 #include "host/editor/AppTheme.h"
 #include "host/editor/DeveloperMenu.h"
 #include "host/editor/Preferences.h"
 #include "host/editor/Welcome.h"
+#include "host/process/OnMainThread.h"
+#include "host/process/Terminal.h"
+#include "host/state/HostFiles.h"
 #include "moxui/backend/HostWidget.h"
 
 namespace quillohost::editor {

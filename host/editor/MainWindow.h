@@ -10,14 +10,14 @@
 #include <filesystem>
 #include <memory>
 
-#include "host/MovieProbe.h"
-#include "host/Options.h"
 #include "host/editor/ElidedLabel.h"
 #include "host/editor/EventLog.h"
 #include "host/editor/Player.h"
 #include "host/editor/RecentMovies.h"
 #include "host/editor/SampleClip.h"
 #include "host/editor/Sharing.h"
+#include "host/media/MovieProbe.h"
+#include "host/session/Options.h"
 
 namespace quillohost::editor {
 

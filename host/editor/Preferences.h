@@ -4,9 +4,9 @@
 #include <QPushButton>
 #include <memory>
 
-#include "host/FailureInbox.h"
 #include "host/editor/ElidedLabel.h"
 #include "host/editor/Sharing.h"
+#include "host/session/FailureInbox.h"
 
 namespace quillohost::editor {
 

@@ -3,12 +3,12 @@
 #include <memory>
 #include <string>
 
-#include "host/Failure.h"
-#include "host/SignalThread.h"
-#include "host/Terminal.h"
 #include "host/editor/EditorApplication.h"
 #include "host/editor/EventLog.h"
 #include "host/editor/MainWindow.h"
+#include "host/process/Failure.h"
+#include "host/process/SignalThread.h"
+#include "host/process/Terminal.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "moxcore/threads/MainThread.h"
 #include "moxui/backend/HostWidget.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Options.h"
+#include "host/session/Options.h"
 
 namespace quillohost::editor {
 

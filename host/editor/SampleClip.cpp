@@ -4,9 +4,9 @@
 #include <system_error>
 #include <vector>
 
-#include "host/Failure.h"
-#include "host/MovieProbe.h"
 #include "host/editor/SampleClipArguments.h"
+#include "host/media/MovieProbe.h"
+#include "host/process/Failure.h"
 
 namespace quillohost::editor {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "host/ChildProcess.h"
+#include "host/process/ChildProcess.h"
 #include "moxcore/async/Future.h"
 
 namespace quillohost::editor {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "host/OnMainThread.h"
+#include "host/process/OnMainThread.h"
 
 namespace quillohost::editor {
 

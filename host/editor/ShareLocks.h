@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/KeyLocks.h"
+#include "host/state/KeyLocks.h"
 
 namespace quillohost::editor {
 

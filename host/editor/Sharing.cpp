@@ -3,13 +3,13 @@
 #include <system_error>
 #include <utility>
 
-#include "host/AssetName.h"
-#include "host/Failure.h"
-#include "host/FolderWay.h"
-#include "host/HostFiles.h"
-#include "host/OnMainThread.h"
-#include "host/TellWaits.h"
 #include "host/editor/AssetIcon.h"
+#include "host/process/Failure.h"
+#include "host/process/OnMainThread.h"
+#include "host/session/FolderWay.h"
+#include "host/session/TellWaits.h"
+#include "host/state/AssetName.h"
+#include "host/state/HostFiles.h"
 #include "moxcore/string/Conversions.h"
 #include "moxui/backend/HostWidget.h"
 #include "quillomoxui/model/QuilloUser.h"

@@ -7,13 +7,13 @@
 #include <optional>
 #include <string>
 
-#include "host/Exporter.h"
-#include "host/FailureInbox.h"
-#include "host/Options.h"
-#include "host/ServiceConnection.h"
-#include "host/SharedAsset.h"
 #include "host/editor/Destinations.h"
 #include "host/editor/ShareLocks.h"
+#include "host/media/Exporter.h"
+#include "host/session/FailureInbox.h"
+#include "host/session/Options.h"
+#include "host/session/ServiceConnection.h"
+#include "host/state/SharedAsset.h"
 #include "quillomoxui/sharedui/PopupManager.h"
 #include "quillomoxui/sharedui/ShareForReviewScreenManager.h"
 #include "quillomoxui/viewmodel/ShareEvents.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/Terminal.h"
+#include "host/process/Terminal.h"
 #include "moxcore/string/Conversions.h"
 #include "quillocommon/Url.h"
 #include "tests/fuzz/Fuzz.h"

@@ -3,11 +3,11 @@
 #include <QApplication>
 
 #include "moxcore/threads/MainThread.h"
-#include "moxui/backend/detail/CallFromQt.h"
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/Peer.h"
-#include "moxui/backend/detail/QtDrawbot.h"
-#include "moxui/backend/detail/ViewWidget.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/drawing/QtDrawbot.h"
+#include "moxui/backend/detail/widgets/CallFromQt.h"
+#include "moxui/backend/detail/widgets/Peer.h"
+#include "moxui/backend/detail/widgets/ViewWidget.h"
 
 namespace moxui::backend {
 namespace {

@@ -1,9 +1,9 @@
 #include "moxui/controls/UI_Button.h"
 
-#include "moxui/backend/detail/CallFromQt.h"
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/PushButton.h"
-#include "moxui/backend/detail/Theme.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/drawing/Theme.h"
+#include "moxui/backend/detail/widgets/CallFromQt.h"
+#include "moxui/backend/detail/widgets/PushButton.h"
 
 namespace moxui::controls {
 

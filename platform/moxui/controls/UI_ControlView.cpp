@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "moxui/backend/detail/CallFromQt.h"
-#include "moxui/backend/detail/Peer.h"
+#include "moxui/backend/detail/widgets/CallFromQt.h"
+#include "moxui/backend/detail/widgets/Peer.h"
 
 namespace moxui::controls {
 

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/PushButton.h"
-#include "moxui/backend/detail/QtDrawbot.h"
-#include "moxui/backend/detail/Theme.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/drawing/QtDrawbot.h"
+#include "moxui/backend/detail/drawing/Theme.h"
+#include "moxui/backend/detail/widgets/PushButton.h"
 
 namespace moxui::controls {
 namespace {

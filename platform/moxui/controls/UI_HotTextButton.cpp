@@ -4,9 +4,9 @@
 #include <QStyle>
 #include <algorithm>
 
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/PushButton.h"
-#include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/drawing/QtDrawbot.h"
+#include "moxui/backend/detail/widgets/PushButton.h"
 
 namespace moxui::controls {
 namespace {

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "moxcore/debug/Trace.h"
-#include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
 
 namespace moxui::controls {
 namespace {

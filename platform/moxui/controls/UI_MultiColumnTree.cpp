@@ -3,9 +3,9 @@
 #include <cmath>
 #include <utility>
 
-#include "moxui/backend/detail/CallFromQt.h"
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/TreeWidget.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/tree/TreeWidget.h"
+#include "moxui/backend/detail/widgets/CallFromQt.h"
 
 namespace moxui::controls {
 namespace {

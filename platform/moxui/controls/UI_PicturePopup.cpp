@@ -6,12 +6,12 @@
 #include <QScreen>
 #include <utility>
 
-#include "moxui/backend/detail/FittedText.h"
-#include "moxui/backend/detail/LastInput.h"
-#include "moxui/backend/detail/ListStyle.h"
-#include "moxui/backend/detail/MenuNotices.h"
-#include "moxui/backend/detail/Peer.h"
-#include "moxui/backend/detail/Theme.h"
+#include "moxui/backend/detail/drawing/FittedText.h"
+#include "moxui/backend/detail/drawing/Theme.h"
+#include "moxui/backend/detail/menus/ListStyle.h"
+#include "moxui/backend/detail/menus/MenuNotices.h"
+#include "moxui/backend/detail/widgets/Peer.h"
+#include "moxui/backend/detail/windows/LastInput.h"
 
 namespace moxui::controls {
 

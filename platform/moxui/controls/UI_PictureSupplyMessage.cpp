@@ -1,6 +1,6 @@
 #include "moxui/controls/UI_PictureSupplyMessage.h"
 
-#include "moxui/backend/detail/CallFromQt.h"
+#include "moxui/backend/detail/widgets/CallFromQt.h"
 
 namespace moxui::controls {
 

@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "moxui/backend/detail/CallFromQt.h"
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/DropDown.h"
-#include "moxui/backend/detail/Theme.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/drawing/Theme.h"
+#include "moxui/backend/detail/menus/DropDown.h"
+#include "moxui/backend/detail/widgets/CallFromQt.h"
 
 namespace moxui::controls {
 namespace {

@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <limits>
 
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/Peer.h"
-#include "moxui/backend/detail/WidgetStyle.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/drawing/WidgetStyle.h"
+#include "moxui/backend/detail/widgets/Peer.h"
 
 namespace moxui::controls {
 namespace {

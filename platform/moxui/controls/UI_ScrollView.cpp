@@ -3,8 +3,8 @@
 #include <QScrollBar>
 #include <utility>
 
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/ScrollWidget.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/widgets/ScrollWidget.h"
 
 namespace moxui::controls {
 namespace {

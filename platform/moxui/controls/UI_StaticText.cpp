@@ -4,12 +4,12 @@
 #include <QPainter>
 #include <algorithm>
 
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/FittedText.h"
-#include "moxui/backend/detail/Peer.h"
-#include "moxui/backend/detail/QtDrawbot.h"
-#include "moxui/backend/detail/Theme.h"
-#include "moxui/backend/detail/WidgetStyle.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/drawing/FittedText.h"
+#include "moxui/backend/detail/drawing/QtDrawbot.h"
+#include "moxui/backend/detail/drawing/Theme.h"
+#include "moxui/backend/detail/drawing/WidgetStyle.h"
+#include "moxui/backend/detail/widgets/Peer.h"
 
 namespace moxui::controls {
 namespace {

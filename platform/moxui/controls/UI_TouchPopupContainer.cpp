@@ -1,8 +1,8 @@
 #include "moxui/controls/UI_TouchPopupContainer.h"
 
-#include "moxui/backend/detail/CallFromQt.h"
-#include "moxui/backend/detail/PopupWindow.h"
-#include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/backend/detail/drawing/QtDrawbot.h"
+#include "moxui/backend/detail/widgets/CallFromQt.h"
+#include "moxui/backend/detail/windows/PopupWindow.h"
 
 namespace moxui::controls {
 namespace {

@@ -3,7 +3,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 
-#include "moxui/backend/detail/Conversions.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
 
 namespace moxui::datatransfer {
 

@@ -10,9 +10,9 @@
 
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "moxcore/threads/AsyncExecutor.h"
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/Peer.h"
-#include "moxui/backend/detail/ToastWindow.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/widgets/Peer.h"
+#include "moxui/backend/detail/windows/ToastWindow.h"
 
 namespace moxui::sharedui {
 namespace {

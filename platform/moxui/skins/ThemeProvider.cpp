@@ -8,10 +8,10 @@
 #include <map>
 #include <vector>
 
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/Peer.h"
-#include "moxui/backend/detail/QtDrawbot.h"
-#include "moxui/backend/detail/Theme.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/drawing/QtDrawbot.h"
+#include "moxui/backend/detail/drawing/Theme.h"
+#include "moxui/backend/detail/widgets/Peer.h"
 #include "moxui/ui/OS_ViewContainer.h"
 
 namespace moxui::skins {

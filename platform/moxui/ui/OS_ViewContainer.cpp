@@ -1,8 +1,8 @@
 #include "moxui/ui/OS_ViewContainer.h"
 
-#include "moxui/backend/detail/Peer.h"
-#include "moxui/backend/detail/QtDrawbot.h"
-#include "moxui/backend/detail/Theme.h"
+#include "moxui/backend/detail/drawing/QtDrawbot.h"
+#include "moxui/backend/detail/drawing/Theme.h"
+#include "moxui/backend/detail/widgets/Peer.h"
 
 namespace moxui::ui {
 

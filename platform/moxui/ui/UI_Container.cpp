@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "moxui/backend/detail/Peer.h"
-#include "moxui/backend/detail/Theme.h"
+#include "moxui/backend/detail/drawing/Theme.h"
+#include "moxui/backend/detail/widgets/Peer.h"
 #include "moxui/ui/UI_SubView.h"
 
 namespace moxui::ui {

@@ -3,10 +3,10 @@
 #include <QAbstractButton>
 #include <QMetaObject>
 
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/DialogWindow.h"
-#include "moxui/backend/detail/QtDrawbot.h"
-#include "moxui/backend/detail/ViewWidget.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/drawing/QtDrawbot.h"
+#include "moxui/backend/detail/widgets/ViewWidget.h"
+#include "moxui/backend/detail/windows/DialogWindow.h"
 #include "moxui/controls/UI_Button.h"
 
 namespace moxui::ui {

@@ -2,10 +2,10 @@
 
 #include <QAbstractScrollArea>
 
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/Peer.h"
-#include "moxui/backend/detail/Theme.h"
-#include "moxui/backend/detail/ToolTip.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/drawing/Theme.h"
+#include "moxui/backend/detail/widgets/Peer.h"
+#include "moxui/backend/detail/windows/ToolTip.h"
 #include "moxui/ui/UI_Container.h"
 
 namespace moxui::ui {

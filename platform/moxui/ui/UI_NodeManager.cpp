@@ -1,6 +1,6 @@
 #include "moxui/ui/UI_NodeManager.h"
 
-#include "moxui/backend/detail/QtDrawbot.h"
+#include "moxui/backend/detail/drawing/QtDrawbot.h"
 #include "moxui/utility/ImageProvider.h"
 
 namespace moxui::ui {

@@ -1,8 +1,8 @@
 #include "moxui/ui/UI_SubView.h"
 
-#include "moxui/backend/detail/Conversions.h"
-#include "moxui/backend/detail/Peer.h"
-#include "moxui/backend/detail/ViewWidget.h"
+#include "moxui/backend/detail/drawing/Conversions.h"
+#include "moxui/backend/detail/widgets/Peer.h"
+#include "moxui/backend/detail/widgets/ViewWidget.h"
 
 namespace moxui::ui {
 

@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "moxcore/debug/Trace.h"
-#include "moxui/backend/detail/SvgImage.h"
+#include "moxui/backend/detail/drawing/SvgImage.h"
 #include "moxui/resources/Bundle.h"
 #include "moxui/utility/ImageProvider.h"
 

@@ -6,7 +6,7 @@
 
 #include "host/editor/FrameClock.h"
 #include "moxcore/threads/MainThread.h"
-#include "tests/host/TestMovies.h"
+#include "tests/host/media/TestMovies.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quillohost::editor {

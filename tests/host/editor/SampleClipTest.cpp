@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include "host/Failure.h"
+#include "host/process/Failure.h"
 #include "moxcore/threads/MainThread.h"
-#include "tests/host/TestMovies.h"
+#include "tests/host/media/TestMovies.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quillohost::editor {

@@ -1,4 +1,4 @@
-#include "moxui/backend/detail/Placement.h"
+#include "moxui/backend/detail/windows/Placement.h"
 
 #include <gtest/gtest.h>
 

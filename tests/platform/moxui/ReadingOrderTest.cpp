@@ -1,4 +1,4 @@
-#include "moxui/backend/detail/ReadingOrder.h"
+#include "moxui/backend/detail/focus/ReadingOrder.h"
 
 #include <gtest/gtest.h>
 

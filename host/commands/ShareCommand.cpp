@@ -1,0 +1,224 @@
+#include "host/commands/ShareCommand.h"
+
+#include <optional>
+#include <utility>
+
+#include "host/process/Failure.h"
+#include "host/session/LocationPath.h"
+#include "host/state/AssetName.h"
+#include "host/state/HostFiles.h"
+#include "moxcore/config/Error.h"
+#include "moxcore/string/Conversions.h"
+#include "quillomoxui/model/QuilloProject.h"
+#include "quillomoxui/viewmodel/AssetDataKeys.h"
+
+namespace quillohost {
+namespace {
+
+namespace assetdata = quillomoxui::assetdata;
+using moxcore::string::UTF16String;
+using moxcore::string::UTF16to8;
+using moxcore::string::UTF8to16;
+using moxcore::utility::Guid;
+using quillocommon::Step;
+using quillomoxui::EncodingStatus;
+using quillomoxui::ShareFailureReason;
+using quillomoxui::ShareInfo;
+
+ExitCode ExitCodeOf(ShareFailureReason reason) {
+    switch (reason) {
+        case ShareFailureReason::NoLink:
+        case ShareFailureReason::NotOnLink:
+            return ExitCode::Link;
+        case ShareFailureReason::NotExported:
+            return ExitCode::Export;
+        case ShareFailureReason::NotUploaded:
+        case ShareFailureReason::OtherUser:
+            return ExitCode::Upload;
+        case ShareFailureReason::Cancelled:
+        case ShareFailureReason::Overtaken:
+        case ShareFailureReason::HostCallback:
+        case ShareFailureReason::LibraryClosed:
+            break;
+    }
+    return ExitCode::Other;
+}
+
+}  // namespace
+
+/// What the library has told of the share.
+class ShareCommand::Heard final : public quillomoxui::ShareEvents {
+public:
+    explicit Heard(ProgressDisplay& display) : display(display) {}
+
+    std::optional<std::filesystem::path> exportRequest;  // where the library wants the file
+    bool isFinished = false;
+    std::optional<quillomoxui::ShareFailure> failure;
+
+private:
+    void ExportWanted(ShareInfo const& /*share*/, UTF16String const& outputFilePath,
+                      UTF16String const& /*processingID*/) override {
+        exportRequest = UTF16to8(outputFilePath);
+    }
+    void UploadProgressed(ShareInfo const& /*share*/, double fraction) override {
+        display.Update(fraction);
+    }
+    void ShareFinished(ShareInfo const& /*share*/) override { isFinished = true; }
+    void ShareFailed(ShareInfo const& /*share*/, quillomoxui::ShareFailure const& why) override {
+        failure = why;
+    }
+
+    ProgressDisplay& display;
+};
+
+ShareCommand::ShareCommand(Options const& options, MainLoop& loop, ProgressDisplay& display)
+    : options(options),
+      display(display),
+      loop(loop),
+      probe(options.movie),
+      session(options, loop, display),
+      store(std::make_shared<AssetStore>(OwnHostFile("assets.sqlite"),
+                                         session.Service().ServiceName())),
+      // Which asset it is hangs on the file alone; what kind of movie is awaited later.
+      asset(store, Movie{.file = probe.File()},
+            options.name.value_or(DefaultAssetName(probe.File()))),
+      heard(std::make_shared<Heard>(display)) {
+    // What is no movie ends the share at once, wherever that has got to.
+    probe.Result().OnComplete([&loop](moxcore::async::Future<Movie> const& result) {
+        auto const refusal = result.GetException();
+        if (moxcore::config::ExtractResultFromException(refusal) < 0) loop.Fail(refusal);
+    });
+}
+
+ShareCommand::Result ShareCommand::Run() {
+    auto& viewModel = session.ViewModel();
+    ConnectLibrary();
+    TakeLocks();
+
+    display.Tell("Signing in to " + session.Service().Address());
+    auto const user = session.SignIn();
+    DestinationFinder finder(session, user);
+    ForgetLostShare(finder);
+    auto const movie = loop.Await(probe.Result());
+    auto const folder = FindDestination(finder);
+    auto const way = WayTo(folder);
+    std::vector<std::string> names;
+    for (auto const& node : way)
+        names.push_back(NameOf(*node));
+    Result result;
+    result.folderPath = JoinLocationPath(names);
+    display.Tell("Sharing to " + result.folderPath);
+
+    auto const earlierLink = asset.Stored(assetdata::kReviewLinkGuid);
+
+    if (!folder->FindSelfOrAncestorOfType<quillomoxui::QuilloProject>())
+        throw Failure(ExitCode::Location,
+                      "The folder has been moved or removed meanwhile; share again.");
+    user->SetSelection(folder);
+    viewModel.LocationPickerSelectionCommitted();
+    viewModel.ProcessAssetForReview();
+    session.WaitUntil({Step::CreateReviewLink},
+                      [this] { return heard->exportRequest || heard->failure; });
+    ThrowIfFailed();
+    result.link = asset.CheckLink(UTF16to8(viewModel.GetReviewLinkURL()));
+    result.exported = Export(movie);
+    Upload(result.exported);
+    asset.SetWay(IDsOf(way));
+
+    result.linkID = asset.Stored(assetdata::kReviewLinkGuid);
+    result.assetID = asset.Stored(assetdata::kUploadedAssetGuid);
+    result.versionStackID = asset.Stored(assetdata::kVersionStackGuid);
+    result.folderID = asset.Stored(assetdata::kUploadFolderGuid);
+    result.version = asset.Version();
+    result.isNewLink = result.linkID != earlierLink;
+    return result;
+}
+
+void ShareCommand::ConnectLibrary() {
+    auto& viewModel = session.ViewModel();
+    viewModel.SetActiveAssetName(UTF8to16(asset.GetName()));
+    ConnectStore(
+        viewModel, store, [named = asset.GetAsset()] { return named; },
+        [this](auto const& thrown) { loop.Fail(thrown); });
+    viewModel.SetAssetProcessingMethod([](auto const&...) {});  // ExportWanted asks for it
+    viewModel.ObserveShares(heard);
+}
+
+ShareCommand::Folder ShareCommand::FindDestination(DestinationFinder& finder) {
+    if (!options.to.empty()) return finder.FindByNames(options.to);
+    auto const way = asset.Way();
+    if (auto folder = finder.FindByWay(way)) return folder;
+    if (!way.empty()) display.Tell("The folder that this movie was shared to last is gone.");
+    return finder.FindFirstProject();
+}
+
+void ShareCommand::ForgetLostShare(DestinationFinder& finder) {
+    auto const folder = finder.FindByWay(asset.Way());
+    if (!folder || finder.Holds(folder, Guid(asset.Stored(assetdata::kVersionStackGuid)))) return;
+    display.Tell("The service no longer has what was shared of this movie; sharing it anew.");
+    asset.ForgetShares();
+}
+
+void ShareCommand::TakeLocks() {
+    for (auto const& key : asset.LockKeys(session.ViewModel().GetOutputFileName()))
+        locks.push_back(loop.Await(session.Locks().Take(key, [this] {
+            display.Tell("Waiting for another quillo-host that shares this movie or name.");
+        })));
+}
+
+ExportedFile ShareCommand::Export(Movie const& movie) {
+    auto& viewModel = session.ViewModel();
+    viewModel.SetEncodingStatus({EncodingStatus::Encoding});
+    if (!movie.otherSounds.empty()) {
+        std::string others;
+        for (auto const& other : movie.otherSounds)
+            others += (others.empty() ? "" : ", ") + other;
+        display.Tell("The sound is " + movie.sound.description + "; left out: " + others);
+    }
+    display.Begin("Exporting", [&movie](double fractionPerSecond) {
+        return FormatSpeed(fractionPerSecond * movie.duration.value_or(0));
+    });
+    Exporter const exporter(
+        movie, *heard->exportRequest,
+        [this, &viewModel](double fraction) {
+            viewModel.SetEncodingProgress(fraction);
+            display.Update(fraction);
+        },
+        options.acceptDamaged ? Exporter::Damaged::Accept : Exporter::Damaged::Refuse);
+    ExportedFile exported;
+    try {
+        exported = loop.Await(exporter.Result());
+    } catch (DamagedMovie const& damaged) {
+        throw Failure(damaged.GetExitCode(),
+                      std::string(damaged.what()) + " --accept-damaged shares what there is.");
+    }
+    display.End();
+    if (!exported.damage.empty())
+        display.Tell("The movie is damaged: " + exported.damage + "; that is shared.");
+    display.Tell("Exported " + FormatBytes(static_cast<double>(exported.bytes)));
+    return exported;
+}
+
+void ShareCommand::Upload(ExportedFile const& exported) {
+    auto& viewModel = session.ViewModel();
+    auto const bytes = static_cast<double>(exported.bytes);
+    display.Begin("Uploading", [bytes](double fractionPerSecond) {
+        return FormatBytes(fractionPerSecond * bytes) + "/s";
+    });
+    viewModel.SetEncodingStatus({EncodingStatus::EncodingComplete});
+    try {
+        // An interruption is thrown from here as well.
+        loop.WaitUntil([this] { return heard->isFinished || heard->failure; });
+        ThrowIfFailed();
+    } catch (Failure const& failure) {
+        throw Failure(failure.GetExitCode(), failure.what() + WhereItIsKept(exported.file));
+    }
+    display.End();
+    display.Tell("Uploaded");
+}
+
+void ShareCommand::ThrowIfFailed() const {
+    if (heard->failure) throw Failure(ExitCodeOf(heard->failure->reason), heard->failure->text);
+}
+
+}  // namespace quillohost

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/media/Exporter.h"
+#include "host/media/MovieProbe.h"
+#include "host/session/DestinationFinder.h"
+#include "host/session/Options.h"
+#include "host/session/Session.h"
+#include "host/state/AssetStore.h"
+#include "host/state/KeyLocks.h"
+#include "host/state/SharedAsset.h"
+
+namespace quillohost {
+
+/// Shares a movie: drives the library from the sign-in to the link. One share at a time goes on
+/// with a movie, and one under a name, as the exported file has that name. Main thread.
+class ShareCommand {
+public:
+    /// What there is to tell of a share that has succeeded. Identifiers are in their text form.
+    struct Result {
+        std::string link;
+        std::string linkID;
+        std::string assetID;
+        std::string versionStackID;
+        std::string folderID;
+        std::string folderPath;  ///< as --to takes it
+        std::int64_t version = 1;
+        bool isNewLink = true;
+        ExportedFile exported;  ///< gone from the disk
+    };
+
+    /// Starts a service when the options name none.
+    ShareCommand(Options const& options, MainLoop& loop, ProgressDisplay& display);
+
+    /// A Failure tells which step failed. What has been exported is kept once its upload has begun,
+    /// and the failure tells where.
+    Result Run();
+
+    /// What the user must do for the link to open; empty when it opens as it is.
+    [[nodiscard]] std::string HowToOpen(std::string const& link) const {
+        return session.Service().HowToOpen(link);
+    }
+
+private:
+    using Folder = DestinationFinder::Folder;
+    class Heard;
+
+    void ConnectLibrary();
+    [[nodiscard]] Folder FindDestination(DestinationFinder& finder);
+    void ForgetLostShare(DestinationFinder& finder);
+    void TakeLocks();
+    [[nodiscard]] ExportedFile Export(Movie const& movie);
+    void Upload(ExportedFile const& exported);
+    void ThrowIfFailed() const;
+
+    Options const& options;
+    ProgressDisplay& display;
+    MainLoop& loop;
+    MovieProbe const probe;  // works while the session begins
+    Session session;
+    std::shared_ptr<AssetStore> store;
+    SharedAsset asset;
+    std::vector<std::shared_ptr<KeyLocks::Lock>> locks;
+    std::shared_ptr<Heard> const heard;  // of the share, from the library
+};
+
+}  // namespace quillohost

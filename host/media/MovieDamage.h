@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "host/media/MovieProbe.h"
+#include "host/process/Failure.h"
+
+namespace quillohost {
+
+/// What reading a movie to its end has brought, as ffmpeg tells it.
+class ReadReport {
+public:
+    /// A line of what ffmpeg complains of.
+    void AddComplaint(std::string const& line);
+    /// How far the export has come, in seconds.
+    void SetSeconds(double newSeconds) { seconds = newSeconds; }
+
+    /// What is wrong with the movie, for its user: how much of it could be read; none when it was
+    /// read to its end. A movie whose file does not tell how long it is, and a single complaint,
+    /// are no reason: a recording may begin in the middle of something.
+    [[nodiscard]] std::optional<std::string> FindDamage(Movie const& movie) const;
+
+private:
+    double seconds = 0;
+    bool hasEndedEarly = false;  // the file ends before what it announces
+    int lostPieces = 0;          // packets that could not be decoded
+};
+
+/// A movie that cannot be read to its end. What there is of it can be shared all the same.
+class DamagedMovie : public Failure {
+public:
+    DamagedMovie(Movie const& movie, std::string const& damage);
+};
+
+/// What is wrong with a movie, and what to do, in plain words, where `complaint` is something that
+/// ffmpeg is known to say; else a sentence that fits everything. ffmpeg's own words follow in
+/// parentheses.
+[[nodiscard]] std::string ExplainComplaint(std::string const& complaint);
+
+}  // namespace quillohost

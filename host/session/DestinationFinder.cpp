@@ -1,0 +1,126 @@
+#include "host/session/DestinationFinder.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/process/Failure.h"
+#include "host/session/LocationPath.h"
+#include "moxcore/string/Conversions.h"
+#include "moxcore/string/NaturalOrder.h"
+#include "quillomoxui/model/QuilloFile.h"
+#include "quillomoxui/model/QuilloProject.h"
+#include "quillomoxui/model/QuilloVersionStack.h"
+
+namespace quillohost {
+namespace {
+
+using moxcore::string::UTF16String;
+using quillomoxui::NodeVector;
+using quillomoxui::QuilloFolder;
+using quillomoxui::QuilloNode;
+using quillomoxui::QuilloProject;
+using Node = std::shared_ptr<QuilloNode>;
+
+constexpr std::size_t kMostListed = 20;
+
+template <class T>
+std::shared_ptr<T> As(Node const& node) {
+    return std::dynamic_pointer_cast<T>(node);
+}
+
+bool IsSameButForCase(UTF16String const& a, UTF16String const& b) {
+    using moxcore::string::CaseInsensitive::NaturalStringLessThan;
+    return !NaturalStringLessThan(a, b) && !NaturalStringLessThan(b, a);
+}
+
+NodeVector<QuilloNode> Named(NodeVector<QuilloNode> const& nodes, UTF16String const& name,
+                             bool withCase) {
+    NodeVector<QuilloNode> found;
+    std::copy_if(nodes.begin(), nodes.end(), std::back_inserter(found), [&](auto const& node) {
+        return withCase ? node->GetName() == name : IsSameButForCase(node->GetName(), name);
+    });
+    return found;
+}
+
+/// The places among `nodes`: what one can go on into.
+NodeVector<QuilloNode> Places(NodeVector<QuilloNode> nodes) {
+    std::erase_if(nodes, [](auto const& node) {
+        return As<quillomoxui::QuilloFile>(node) || As<quillomoxui::QuilloVersionStack>(node);
+    });
+    return nodes;
+}
+
+std::string List(NodeVector<QuilloNode> const& nodes) {
+    if (nodes.empty()) return "nothing";
+    std::string text;
+    for (std::size_t i = 0; i < std::min(nodes.size(), kMostListed); ++i)
+        text += (i > 0 ? ", \"" : "\"") + NameOf(*nodes[i]) + "\"";
+    if (nodes.size() > kMostListed)
+        text += " and " + std::to_string(nodes.size() - kMostListed) + " more";
+    return text;
+}
+
+std::string Describe(QuilloNode const& node) {
+    return dynamic_cast<quillomoxui::QuilloUser const*>(&node) ? "among the accounts"
+                                                               : "in \"" + NameOf(node) + "\"";
+}
+
+}  // namespace
+
+DestinationFinder::DestinationFinder(Session& session,
+                                     std::shared_ptr<quillomoxui::QuilloUser> user)
+    : session(session), user(std::move(user)) {}
+
+NodeVector<QuilloNode> DestinationFinder::ChildrenOf(Node const& parent) {
+    auto children = session.AwaitLists(session.Lists().ChildrenOf(parent));
+    seen.insert(seen.end(), children.begin(), children.end());
+    return children;
+}
+
+Node DestinationFinder::FindChild(Node const& parent, std::string const& name) {
+    auto const places = Places(ChildrenOf(parent));
+    auto const wanted = moxcore::string::UTF8to16(name);
+    auto found = Named(places, wanted, true);
+    if (found.empty()) found = Named(places, wanted, false);
+    if (found.size() == 1) return found.front();
+    if (found.empty())
+        throw Failure(ExitCode::Location, "There is no \"" + name + "\" " + Describe(*parent) +
+                                              "; there is " + List(places) + ".");
+    throw Failure(ExitCode::Location, "There is more than one \"" + name + "\" " +
+                                          Describe(*parent) + "; rename one: " + List(found) + ".");
+}
+
+DestinationFinder::Folder DestinationFinder::FindByNames(std::vector<std::string> const& names) {
+    Node place = user;
+    for (auto const& name : names) {
+        place = FindChild(place, name);
+        if (auto const project = As<QuilloProject>(place)) place = project->GetRootFolder();
+    }
+    if (auto folder = As<QuilloFolder>(place)) return folder;
+    throw Failure(ExitCode::Location, "\"" + JoinLocationPath(names) +
+                                          "\" is no project yet; go on with one of " +
+                                          List(ChildrenOf(place)) + ".");
+}
+
+DestinationFinder::Folder DestinationFinder::FindByWay(std::vector<Guid> const& way) {
+    auto const place = session.AwaitLists(quillohost::FindByWay(session.Lists(), user, way));
+    seen.insert(seen.end(), place.above.begin(), place.above.end());
+    return place.folder;
+}
+
+bool DestinationFinder::Holds(Folder const& folder, Guid const& id) {
+    auto const children = ChildrenOf(folder);
+    return std::any_of(children.begin(), children.end(),
+                       [&id](auto const& child) { return child->GetID() == id; });
+}
+
+DestinationFinder::Folder DestinationFinder::FindFirstProject() {
+    for (auto const& account : ChildrenOf(user))
+        for (auto const& workspace : ChildrenOf(account))
+            for (auto const& project : ChildrenOf(workspace))
+                return As<QuilloProject>(project)->GetRootFolder();
+    throw Failure(ExitCode::Location,
+                  "There is no project to share to; have one made in the service first.");
+}
+
+}  // namespace quillohost

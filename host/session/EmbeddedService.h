@@ -1,0 +1,45 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "host/process/ChildProcess.h"
+#include "moxcore/async/Future.h"
+
+namespace quillohost {
+
+/// A quillo-service of the host's own, on this machine, which ends with the host. Main thread.
+class EmbeddedService {
+public:
+    /// Starts one that keeps its state in `data`. A Failure (SignIn) when it cannot be run.
+    /// `onGone` hears, on the main thread, why a service that had been there has ended by itself.
+    EmbeddedService(std::filesystem::path const& data,
+                    std::function<void(std::string const& reason)> onGone);
+
+    /// Stops it and waits for that; kills it when it takes too long.
+    ~EmbeddedService();
+    EmbeddedService(EmbeddedService const&) = delete;
+    EmbeddedService& operator=(EmbeddedService const&) = delete;
+
+    /// Its address, once it answers there. Fails with a Failure (SignIn) when it does not start.
+    [[nodiscard]] moxcore::async::Future<std::string> Address() const {
+        return address.GetFuture();
+    }
+
+    /// How to start the same service by hand, for a shell.
+    [[nodiscard]] static std::string CommandLine(std::filesystem::path const& data);
+
+private:
+    void OnOutput(std::string const& line);
+    void OnExit();
+
+    std::function<void(std::string const&)> onGone;
+    std::string complaint;  // the last line that it had to say
+    moxcore::async::Promise<std::string> address;
+    std::unique_ptr<ChildProcess> process;
+};
+
+}  // namespace quillohost

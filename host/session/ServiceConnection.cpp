@@ -1,0 +1,108 @@
+#include "host/session/ServiceConnection.h"
+
+#include <utility>
+
+#include "host/process/Failure.h"
+#include "host/process/OnMainThread.h"
+#include "host/state/HostFiles.h"
+#include "moxcore/string/Conversions.h"
+#include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "quilloauth/AuthManager.h"
+#include "quilloauth/Browser.h"
+#include "quillocommon/ServiceAddress.h"
+#include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
+
+namespace quillohost {
+
+using moxcore::string::AsciiToUTF16;
+
+ServiceConnection::ServiceConnection(Options const& options, KeyLocks const& locks, Hooks newHooks)
+    : hooks(std::move(newHooks)), self(std::make_shared<ServiceConnection*>(this)) {
+    quilloauth::SetBrowserOpener(
+        [program = options.browser.value_or(quilloauth::kDesktopOpener),
+         weak = std::weak_ptr(self)](auto const& url, auto const& onFailure) {
+            moxcore::threads::AsyncCallFromMainThread(
+                [weak] {
+                    if (auto const alive = weak.lock()) (*alive)->hooks.onBrowser();
+                },
+                0);
+            quilloauth::OpenWithProgram(program, url, onFailure);
+        });
+    if (options.insecureHttp) quillocommon::AllowInsecureHttp();
+    if (options.service) {
+        Use(*options.service);
+        return;
+    }
+    embeddedData = options.data ? *options.data / "service" : HostDataFile("service");
+    OnMainThread(locks.Take("service", hooks.onWait), std::weak_ptr(self),
+                 [this](auto const& taken) {
+                     try {
+                         lock = taken.Get();
+                         Start();
+                     } catch (...) {
+                         ready.SetException(std::current_exception());
+                     }
+                 });
+}
+
+ServiceConnection::~ServiceConnection() {
+    quilloauth::SetBrowserOpener({});
+    // A service of the host's own ends here, and must hear of a sign-out before that.
+    if (embedded) quilloauth::jwt::AwaitSignOuts();
+}
+
+void ServiceConnection::Start() {
+    embedded = std::make_unique<EmbeddedService>(embeddedData, [this](auto const& reason) {
+        hooks.onGone(std::make_exception_ptr(
+            Failure(ExitCode::SignIn, "The host's own quillo-service has ended: " + reason)));
+    });
+    OnMainThread(embedded->Address(), std::weak_ptr(self), [this](auto const& started) {
+        try {
+            Use(started.Get());
+        } catch (...) {
+            ready.SetException(std::current_exception());
+        }
+    });
+}
+
+void ServiceConnection::Use(std::string const& named) {
+    if (!quillocommon::SetServiceAddress(named)) {
+        if (quillocommon::IsInsecureServiceAddress(named))
+            throw Failure(ExitCode::Usage,
+                          "--service \"" + named +
+                              "\" is plain http to another machine, where everybody on the way can "
+                              "read the sign-in and the movies; use https, or allow it with "
+                              "--insecure-http.");
+        throw Failure(ExitCode::Usage, "--service \"" + named +
+                                           "\" is no address of a service; write it like "
+                                           "http://127.0.0.1:8080, without a path.");
+    }
+    address = quillocommon::GetServiceAddress();
+    quillomoxui::InitQuilloCppSdk(AsciiToUTF16("quillo-host"),
+                                  AsciiToUTF16("http://127.0.0.1/signed-in"));
+    ready.SetValue();
+}
+
+std::string ServiceConnection::ServiceName() const {
+    return embeddedData.empty() ? address : "embedded";
+}
+
+std::string ServiceConnection::HowToOpen(std::string const& link) const {
+    if (embeddedData.empty()) return "";
+    auto const command = EmbeddedService::CommandLine(embeddedData);
+    if (link.starts_with(address + "/")) return "The link opens while the service runs: " + command;
+    auto const formerPort = link.substr(0, link.find("/r/")).substr(link.rfind(':') + 1);
+    return "The service could not have its former port " + formerPort +
+           ", which the link names; free the port and run: " + command + " --port " + formerPort;
+}
+
+std::string ServiceConnection::Explain(quillocommon::Failure const& failure) const {
+    using quillocommon::Step;
+    bool const isSignIn = failure.step == Step::SignIn || failure.step == Step::ReadUser;
+    bool const answered =
+        failure.httpStatus != 0 || failure.result == quilloauth::jwt::kNotSignedIn;
+    if (!isSignIn || answered) return failure.message;
+    return failure.message + " The service is expected at " + address + "; is it running?";
+}
+
+}  // namespace quillohost

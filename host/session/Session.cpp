@@ -1,0 +1,116 @@
+#include "host/session/Session.h"
+
+#include <algorithm>
+
+#include "host/process/Failure.h"
+#include "host/session/TellWaits.h"
+#include "host/state/HostFiles.h"
+#include "moxcore/debug/DebugDatabase.h"
+#include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "quilloauth/AuthManager.h"
+
+namespace quillohost {
+namespace {
+
+using quillocommon::Step;
+
+/// Whether the session that was kept is over, which the service has told.
+bool IsSessionOver(quillocommon::Failure const& failure) {
+    return failure.result == quilloauth::jwt::kSessionOver || failure.httpStatus == 401;
+}
+
+ExitCode ExitCodeOf(Step step) {
+    switch (step) {
+        case Step::SignIn:
+        case Step::ReadUser:
+            return ExitCode::SignIn;
+        case Step::ReadLocations:
+            return ExitCode::Location;
+        case Step::Upload:
+            return ExitCode::Upload;
+        case Step::CreateReviewLink:
+        case Step::AddToReviewLink:
+            return ExitCode::Link;
+        case Step::EncryptRequests:
+        case Step::ListLocations:
+        case Step::KeepSignIn:
+        case Step::HandleEvent:
+            break;
+    }
+    return ExitCode::Other;
+}
+
+}  // namespace
+
+Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& display)
+    : loop(loop),
+      display(display),
+      locks(OwnHostFile("locks")),
+      inbox([this](auto const& failure) { OnFailure(failure); }),
+      service(options, locks,
+              {.onWait =
+                   [&display] {
+                       display.Tell("Waiting for another quillo-host that uses the same state.");
+                   },
+               .onBrowser = [&display] { display.Tell(kSignInInBrowser); },
+               .onGone = [&loop](auto const& gone) { loop.Fail(gone); }}) {
+    loop.Await(service.Ready());
+    moxcore::debug::DebugDatabase::Instance().SetEntry("QuilloNative.UseQuilloCppSdk",
+                                                       options.backend == Backend::Sdk);
+    viewModel = std::make_shared<quillomoxui::ShareForReviewViewModel>();
+    waits = TellWaits(*viewModel, [&display](auto const& line) { display.Tell(line); });
+}
+
+Session::~Session() = default;
+
+std::shared_ptr<quillomoxui::QuilloUser> Session::SignIn() {
+    auto const binding = viewModel->UserNotifyingPropertyHost::BindValueChanged([](auto const&) {});
+    viewModel->StartShareForReviewPopup();
+    auto const isSignedIn = [this] { return !viewModel->GetUser()->GetID().IsNull(); };
+    viewModel->Login();
+    loop.WaitUntil([&] { return isSignedIn() || FindFailure(kSignInSteps); });
+    if (!isSignedIn() && IsSessionOver(*FindFailure(kSignInSteps))) {
+        failures.clear();
+        // It is forgotten now. A sign-in that finds out goes on as if there had been none; one
+        // that had ended by then has to be made again. The client library does so by itself.
+        if (viewModel->GetIsLoggedIn()) viewModel->Login();
+    }
+    WaitUntil(kSignInSteps, isSignedIn);
+    return viewModel->GetUser();
+}
+
+void Session::SignOut() {
+    viewModel->Logout();
+    // What has failed is on its way to here.
+    auto const told = std::make_shared<bool>(false);
+    moxcore::threads::AsyncCallFromMainThread([told] { *told = true; }, 0);
+    loop.WaitUntil([told] { return *told; });
+    ThrowIfFailed({Step::SignIn});
+}
+
+void Session::OnFailure(quillocommon::Failure const& failure) {
+    if (quillocommon::IsWarning(failure.step)) return display.Tell("Warning: " + failure.message);
+    failures.push_back(failure);
+}
+
+void Session::WaitUntil(std::initializer_list<Step> steps, std::function<bool()> const& done) {
+    loop.WaitUntil([&] { return done() || FindFailure(steps); });
+    if (!done()) ThrowIfFailed(steps);
+}
+
+void Session::ThrowIfFailed(std::initializer_list<Step> steps) const {
+    if (auto const* failure = FindFailure(steps)) Throw(*failure);
+}
+
+quillocommon::Failure const* Session::FindFailure(std::initializer_list<Step> steps) const {
+    auto const found = std::find_if(failures.begin(), failures.end(), [&](auto const& failure) {
+        return std::find(steps.begin(), steps.end(), failure.step) != steps.end();
+    });
+    return found == failures.end() ? nullptr : &*found;
+}
+
+void Session::Throw(quillocommon::Failure const& failure) const {
+    throw quillohost::Failure(ExitCodeOf(failure.step), service.Explain(failure));
+}
+
+}  // namespace quillohost

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/state/ChosenLocation.h"
+#include "moxcore/utility/Guid.h"
+
+struct sqlite3;
+
+namespace quillohost {
+
+/// What the host remembers of the movies that it has shared, in an SQLite file that several hosts
+/// may use at once: the strings that the library stores with an asset, and what the host keeps for
+/// itself. What belongs to a service is kept apart for each. Any thread; every operation throws a
+/// Failure (Other) when the file cannot be read or written.
+class AssetStore {
+public:
+    using Guid = moxcore::utility::Guid;
+
+    /// The two Guids by which the library names an asset.
+    struct Asset {
+        Guid library;  ///< of this store
+        Guid movie;
+    };
+
+    /// Opens `file`, made when it is missing. `service` names the service that the strings are for.
+    AssetStore(std::filesystem::path const& file, std::string service);
+    ~AssetStore();
+    AssetStore(AssetStore const&) = delete;
+    AssetStore& operator=(AssetStore const&) = delete;
+
+    /// The asset that stands for the movie at `canonicalPath`, the same one each time.
+    [[nodiscard]] Asset AssetOf(std::filesystem::path const& canonicalPath);
+
+    /// A string stored with an asset.
+    [[nodiscard]] std::optional<std::string> Read(Asset const& asset, std::string const& key);
+    void Write(Asset const& asset, std::string const& key, std::string const& value);
+    void Forget(Asset const& asset, std::string const& key);
+
+    /// The way from the account to the folder that the asset was last shared to, by IDs; empty
+    /// when there is none.
+    [[nodiscard]] std::vector<Guid> ReadWay(Asset const& asset);
+    void WriteWay(Asset const& asset, std::vector<Guid> const& way);
+
+    /// Where movies go that were never shared, if the user has said so.
+    [[nodiscard]] std::optional<ChosenLocation> ReadDefaultDestination();
+    void WriteDefaultDestination(ChosenLocation const& location);
+    void ForgetDefaultDestination();
+
+    /// How many versions of a version stack have been shared.
+    [[nodiscard]] std::int64_t CountVersions(Guid const& versionStack);
+    /// Counts one more and returns how many that makes.
+    std::int64_t AddVersion(Guid const& versionStack);
+
+private:
+    class Statement;
+
+    struct CloseDatabase {
+        void operator()(sqlite3* open) const;
+    };
+
+    std::string const service;
+    std::mutex mutex;
+    std::unique_ptr<sqlite3, CloseDatabase> database;  // guarded by mutex
+};
+
+}  // namespace quillohost

@@ -1,0 +1,32 @@
+#include "host/session/LocationPath.h"
+
+#include <gmock/gmock.h>
+
+#include "host/process/Failure.h"
+
+namespace quillohost {
+namespace {
+
+TEST(LocationPath, IsSplitAtTheSlashesThatDoNotBelongToAName) {
+    struct Row {
+        char const* path;
+        std::vector<std::string> names;
+    };
+    Row const rows[] = {
+        {"Acme", {"Acme"}},          {"Acme/Films/Spring spot", {"Acme", "Films", "Spring spot"}},
+        {R"(A\/B/C)", {"A/B", "C"}}, {R"(A\\/B)", {"A\\", "B"}},
+        {R"(A\\\/B)", {"A\\/B"}},    {"撮影/ Día ", {"撮影", " Día "}},
+    };
+    for (auto const& row : rows) {
+        EXPECT_EQ(SplitLocationPath(row.path), row.names) << row.path;
+        EXPECT_EQ(JoinLocationPath(row.names), row.path);
+    }
+}
+
+TEST(LocationPath, RefusesWhatCannotBeAPath) {
+    for (char const* path : {"", "/A", "A/", "A//B", "A\\", "A\\nB"})
+        EXPECT_THROW(static_cast<void>(SplitLocationPath(path)), Failure) << path;
+}
+
+}  // namespace
+}  // namespace quillohost
