@@ -14,9 +14,7 @@ namespace fs = std::filesystem;
 
 TEST(HostFiles, AreClosedToOthersAndNoLinks) {
     testsupport::TemporaryDirectory directory;
-    Options options;
-    options.data = directory.Path() / "state";
-    UseDataDirectory(options);
+    UseDataDirectory(directory.Path() / "state");
     auto const former = umask(0);
     AssetStore store(OwnHostFile("assets.sqlite"), "service");
     static_cast<void>(store.AssetOf("/films/a.mov"));
