@@ -40,7 +40,7 @@ void Destinations::OnUserChanged(std::shared_ptr<QuilloUser> const& changed) {
 }
 
 void Destinations::RestoreSelection() {
-    attempt.reset();
+    attempt.Reset();
     if (!asset || !user || user->GetID().IsNull()) return;
     auto way = asset->Way();
     bool const isDefault = way.empty();
@@ -49,9 +49,8 @@ void Destinations::RestoreSelection() {
         if (!location) return;
         way = location->way;
     }
-    attempt = std::make_shared<int>();
     auto const before = user->GetSelection();
-    OnMainThread(FindByWay(lists, user, way), std::weak_ptr(attempt), [=, this](auto const& found) {
+    OnMainThread(FindByWay(lists, user, way), attempt, [=, this](auto const& found) {
         if (user->GetSelection() != before) return;  // the user has been quicker
         try {
             OnPlaceFound(found.Get(), isDefault);
@@ -83,7 +82,7 @@ void Destinations::OnPlaceFound(Place const& found, bool isDefault) {
 }
 
 void Destinations::CheckThatItIsThere(Place const& shared) {
-    OnMainThread(lists.ChildrenOf(shared.folder), std::weak_ptr(attempt), [this](auto const& list) {
+    OnMainThread(lists.ChildrenOf(shared.folder), attempt, [this](auto const& list) {
         if (list.GetException()) return;           // unknown; what failed is told by others
         if (viewModel->IsShareUnderWay()) return;  // that stores something else with it
         auto const stack = asset->Stored(quillomoxui::assetdata::kVersionStackGuid);

@@ -8,6 +8,7 @@
 
 #include "host/session/FolderWay.h"
 #include "host/state/SharedAsset.h"
+#include "moxcore/utility/LifetimeToken.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
 
 namespace quillohost::editor {
@@ -33,7 +34,7 @@ public:
     void OnDefaultChanged();
 
     /// A share begins: what is stored with the asset is left alone from now on.
-    void Settle() { attempt.reset(); }
+    void Settle() { attempt.Reset(); }
 
     /// From the account down to a folder that was selected, by IDs; empty when it was not.
     [[nodiscard]] std::vector<Guid> WayTo(Guid const& folder) const;
@@ -51,7 +52,7 @@ private:
     std::shared_ptr<quillomoxui::QuilloUser> user;
     std::map<std::string, std::vector<Guid>> ways;  // by the folder's ID as text
     Place place;                                    // keeps the selection where it is in the tree
-    std::shared_ptr<int> attempt;                   // what is looked for is dropped with it
+    moxcore::utility::LifetimeToken attempt;        // of what is looked for
     ChildLists lists;
     std::shared_ptr<quillomoxui::BindingHandle> userBinding;
     std::shared_ptr<quillomoxui::BindingHandle> selectionBinding;

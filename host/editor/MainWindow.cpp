@@ -82,8 +82,7 @@ MainWindow::MainWindow(Options const& options, EventLog* log)
       sharing(options, *shareButton,
               {.tell = [this](auto const& line) { Tell(line); },
                .onChanged = [this] { OnSharingChanged(); },
-               .acceptsDamage = [this](auto const& damage) { return AskToAccept(damage); }}),
-      self(std::make_shared<MainWindow*>(this)) {
+               .acceptsDamage = [this](auto const& damage) { return AskToAccept(damage); }}) {
     MakeToolBar();
     MakeStatusBar();
     MakeFileMenu();
@@ -213,7 +212,7 @@ void MainWindow::OpenSampleClip() {
     }
     Tell("Making the sample clip...");
     sampleAction->setEnabled(false);
-    OnMainThread(sampleClip->Result(), std::weak_ptr(self), [this](auto const& made) {
+    OnMainThread(sampleClip->Result(), token, [this](auto const& made) {
         sampleAction->setEnabled(true);
         try {
             Open(made.Get());
@@ -230,15 +229,14 @@ void MainWindow::Open(fs::path const& file) {
         return Tell(exception.what());
     }
     Tell("Opening \"" + file.string() + "\"...");
-    OnMainThread(probe->Result(), std::weak_ptr(self),
-                 [this, asked = probe.get()](auto const& found) {
-                     if (asked != probe.get()) return;  // another one was asked for meanwhile
-                     try {
-                         ShowMovie(found.Get());
-                     } catch (std::exception const& exception) {
-                         Tell(exception.what());
-                     }
-                 });
+    OnMainThread(probe->Result(), token, [this, asked = probe.get()](auto const& found) {
+        if (asked != probe.get()) return;  // another one was asked for meanwhile
+        try {
+            ShowMovie(found.Get());
+        } catch (std::exception const& exception) {
+            Tell(exception.what());
+        }
+    });
 }
 
 void MainWindow::ShowMovie(Movie const& movie) {

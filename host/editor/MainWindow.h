@@ -18,6 +18,7 @@
 #include "host/editor/Sharing.h"
 #include "host/media/MovieProbe.h"
 #include "host/session/Options.h"
+#include "moxcore/utility/LifetimeToken.h"
 
 namespace quillohost::editor {
 
@@ -76,7 +77,7 @@ private:
     std::unique_ptr<MovieProbe> probe;
     std::unique_ptr<SampleClip> sampleClip;
     std::vector<std::shared_ptr<quillomoxui::BindingHandle>> bindings;
-    std::shared_ptr<MainWindow*> self;  // for calls that may come when this is gone
+    moxcore::utility::LifetimeToken token;
 };
 
 }  // namespace quillohost::editor

@@ -18,8 +18,7 @@ Preferences::Preferences(Sharing& sharing, QWidget* parent)
       message(new ElidedLabel("Message", Qt::ElideRight)),
       chooseButton(new QPushButton("C&hoose...")),
       clearButton(new QPushButton("C&lear")),
-      failures([this](auto const& failure) { OnFailure(failure); }),
-      self(std::make_shared<Preferences*>(this)) {
+      failures([this](auto const& failure) { OnFailure(failure); }) {
     setWindowTitle("Preferences");
     chooseButton->setAccessibleName("Choose the Default Destination");
     clearButton->setAccessibleName("Clear the Default Destination");
@@ -70,9 +69,9 @@ void Preferences::SignInToChoose() {
     Show("Signing in...");
     viewModel = std::make_shared<quillomoxui::ShareForReviewViewModel>();
     userBinding = viewModel->UserNotifyingPropertyHost::BindValueChanged(
-        [this, weak = std::weak_ptr(self)](std::shared_ptr<QuilloUser> const& user) {
+        [this, life = token.Watch()](std::shared_ptr<QuilloUser> const& user) {
             // A delivery that was queued before the binding ended still comes.
-            if (weak.expired() || !viewModel || viewModel->GetUser() != user) return;
+            if (life.expired() || !viewModel || viewModel->GetUser() != user) return;
             if (!user->GetID().IsNull()) Choose(user);
         });
     viewModel->Login();

@@ -7,6 +7,7 @@
 #include "host/editor/ElidedLabel.h"
 #include "host/editor/Sharing.h"
 #include "host/session/FailureInbox.h"
+#include "moxcore/utility/LifetimeToken.h"
 
 namespace quillohost::editor {
 
@@ -32,7 +33,7 @@ private:
     std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
     std::shared_ptr<quillomoxui::BindingHandle> userBinding;
     FailureInbox failures;
-    std::shared_ptr<Preferences*> self;  // for calls that may come when this is gone
+    moxcore::utility::LifetimeToken token;
 };
 
 }  // namespace quillohost::editor

@@ -13,7 +13,6 @@ void ShareLocks::Take(std::vector<std::string> const& wanted, std::function<void
     if (wanted != keys) {
         Release();
         keys = wanted;
-        attempt = std::make_shared<int>();
     }
     bool const isWaiting = then != nullptr;
     then = next;
@@ -21,7 +20,7 @@ void ShareLocks::Take(std::vector<std::string> const& wanted, std::function<void
 }
 
 void ShareLocks::Release() {
-    attempt.reset();
+    attempt.Reset();
     held.clear();
     keys.clear();
     then = nullptr;
@@ -29,16 +28,15 @@ void ShareLocks::Release() {
 
 void ShareLocks::TakeNext() {
     if (held.size() == keys.size()) return std::exchange(then, nullptr)();
-    OnMainThread(locks.Take(keys[held.size()], hooks.onWait), std::weak_ptr(attempt),
-                 [this](auto const& taken) {
-                     try {
-                         held.push_back(taken.Get());
-                     } catch (...) {
-                         Release();
-                         return hooks.onFailure(std::current_exception());
-                     }
-                     TakeNext();
-                 });
+    OnMainThread(locks.Take(keys[held.size()], hooks.onWait), attempt, [this](auto const& taken) {
+        try {
+            held.push_back(taken.Get());
+        } catch (...) {
+            Release();
+            return hooks.onFailure(std::current_exception());
+        }
+        TakeNext();
+    });
 }
 
 }  // namespace quillohost::editor

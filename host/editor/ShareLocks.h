@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/state/KeyLocks.h"
+#include "moxcore/utility/LifetimeToken.h"
 
 namespace quillohost::editor {
 
@@ -34,7 +35,7 @@ private:
     std::vector<std::string> keys;
     std::vector<std::shared_ptr<KeyLocks::Lock>> held;  // of the first of `keys`
     std::function<void()> then;
-    std::shared_ptr<int> attempt;  // what is waited for on its behalf is dropped with it
+    moxcore::utility::LifetimeToken attempt;  // of the locks being taken
 };
 
 }  // namespace quillohost::editor

@@ -69,11 +69,10 @@ Sharing::Sharing(Options const& options, QWidget& anchorWidget, Hooks newHooks)
                               "Waiting for another quillo-host that shares this movie or "
                               "name.");
                       },
-                  .onFailure = [this](auto const& thrown) { hooks.tell(MessageOf(thrown)); }}),
-      self(std::make_shared<Sharing*>(this)) {
+                  .onFailure = [this](auto const& thrown) { hooks.tell(MessageOf(thrown)); }}) {
     popup->SetParent(anchor);
     ConnectLibrary();
-    OnMainThread(service.Ready(), std::weak_ptr(self), [this](auto const& ready) {
+    OnMainThread(service.Ready(), token, [this](auto const& ready) {
         if (auto const thrown = ready.GetException()) return hooks.tell(MessageOf(thrown));
         isServiceReady = true;
         hooks.onChanged();
@@ -85,20 +84,12 @@ Sharing::~Sharing() {
 }
 
 void Sharing::ConnectLibrary() {
-    auto const later = [weak = std::weak_ptr(self)](auto call) {
-        AsyncCallFromMainThread(
-            [weak, call] {
-                if (auto const alive = weak.lock()) call(**alive);
-            },
-            0);
-    };
     ConnectStore(
         *viewModel, store, [this] { return active ? active->GetAsset() : AssetStore::Asset{}; },
-        [later](auto const& thrown) {
-            later([thrown](Sharing& sharing) { sharing.hooks.tell(MessageOf(thrown)); });
-        });
+        [tell = token.Guard([this](auto const& thrown) { hooks.tell(MessageOf(thrown)); })](
+            auto const& thrown) { AsyncCallFromMainThread([=] { tell(thrown); }, 0); });
     viewModel->SetAssetProcessingMethod([](auto const&...) {});  // ExportWanted asks for it
-    viewModel->ObserveShares(std::shared_ptr<quillomoxui::ShareEvents>(self, this));
+    viewModel->ObserveShares(token.WeakTo<quillomoxui::ShareEvents>(*this));
     bindings.push_back(viewModel->CurrentViewIDNotifyingPropertyHost::BindValueChanged(
         [this](auto view) { OnViewChanged(view); }));
     bindings.push_back(viewModel->UserNotifyingPropertyHost::BindValueChanged(
@@ -243,15 +234,14 @@ void Sharing::Export(fs::path const& output) {
     } catch (std::exception const& exception) {
         return GiveUpExport(exception.what());
     }
-    OnMainThread(probe->Result(), std::weak_ptr(self),
-                 [this, asked = probe.get(), output](auto const& found) {
-                     if (asked != probe.get()) return;  // called off
-                     try {
-                         ExportMovie(found.Get(), output);
-                     } catch (std::exception const& exception) {
-                         GiveUpExport(exception.what());
-                     }
-                 });
+    OnMainThread(probe->Result(), token, [this, asked = probe.get(), output](auto const& found) {
+        if (asked != probe.get()) return;  // called off
+        try {
+            ExportMovie(found.Get(), output);
+        } catch (std::exception const& exception) {
+            GiveUpExport(exception.what());
+        }
+    });
 }
 
 void Sharing::ExportMovie(Movie const& movie, fs::path const& output, Exporter::Damaged damaged) {
@@ -260,7 +250,7 @@ void Sharing::ExportMovie(Movie const& movie, fs::path const& output, Exporter::
         damaged);
     // Called off, the exporter is gone, and its result with it.
     auto const result = exporter->Result();
-    OnMainThread(result, std::weak_ptr(self), [this, movie, output](auto const& done) {
+    OnMainThread(result, token, [this, movie, output](auto const& done) {
         if (!exporter) return;
         exporter.reset();
         try {

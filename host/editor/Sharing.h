@@ -14,6 +14,7 @@
 #include "host/session/Options.h"
 #include "host/session/ServiceConnection.h"
 #include "host/state/SharedAsset.h"
+#include "moxcore/utility/LifetimeToken.h"
 #include "quillomoxui/sharedui/PopupManager.h"
 #include "quillomoxui/sharedui/ShareForReviewScreenManager.h"
 #include "quillomoxui/viewmodel/ShareEvents.h"
@@ -129,7 +130,7 @@ private:
     std::unique_ptr<MovieProbe> probe;
     std::unique_ptr<Exporter> exporter;
     std::vector<std::shared_ptr<quillomoxui::BindingHandle>> bindings;
-    std::shared_ptr<Sharing*> self;  // for calls that may come when this is gone
+    moxcore::utility::LifetimeToken token;
 };
 
 }  // namespace quillohost::editor

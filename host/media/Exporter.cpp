@@ -53,7 +53,6 @@ Exporter::Exporter(Movie const& movie, fs::path const& output, Progress onProgre
       unfinished(WithExtension(output, kUnfinished)),
       onProgress(std::move(onProgress)),
       damaged(damaged),
-      self(std::make_shared<Exporter*>(this)),
       ffmpeg(std::make_unique<ChildProcess>(
           FindFfmpegProgram("ffmpeg"), Arguments(movie, unfinished), movie.opened->Number(),
           ChildProcess::Hooks{.onOutput = [this](auto& line) { OnProgressLine(line); },
@@ -112,13 +111,9 @@ std::string Exporter::Complaint(ExitStatus status) const {
 }
 
 void Exporter::Checksum() {
-    auto const finish = [weak = std::weak_ptr<Exporter*>(self)](auto result) {
-        moxcore::threads::AsyncCallFromMainThread(
-            [weak, result = std::move(result)] {
-                if (auto const alive = weak.lock()) result(**alive);
-            },
-            0);
-    };
+    auto const finish = [hand = token.Guard([this](auto const& result) {
+        result(*this);
+    })](auto result) { moxcore::threads::AsyncCallFromMainThread([=] { hand(result); }, 0); };
     moxcore::threads::GetIOBoundExecutor()->CallAsync([finish, file = unfinished] {
         try {
             ExportedFile exported{

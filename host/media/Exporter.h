@@ -11,6 +11,7 @@
 #include "host/media/MovieProbe.h"
 #include "host/process/ChildProcess.h"
 #include "moxcore/async/Future.h"
+#include "moxcore/utility/LifetimeToken.h"
 
 namespace quillohost {
 
@@ -71,7 +72,7 @@ private:
     std::deque<std::string> complaints;  // the last lines that ffmpeg had to say
     bool endIsMissing = false;           // the file could not be written to its end
     moxcore::async::Promise<ExportedFile> promise;
-    std::shared_ptr<Exporter*> self;  // for calls that may come when this is gone
+    moxcore::utility::LifetimeToken token;
     std::unique_ptr<ChildProcess> ffmpeg;
 };
 

@@ -10,6 +10,8 @@
 
 namespace quillohost {
 
+using moxcore::utility::Descriptor;
+
 namespace fs = std::filesystem;
 
 void RefuseMovie(fs::path const& path, std::string const& reason) {
@@ -25,7 +27,7 @@ MovieFile::MovieFile(fs::path const& path) {
     // Not blocking: a pipe that nobody writes to would be waited for.
     descriptor = Descriptor(open(canonical.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat found {};
-    if (descriptor.Number() < 0 || fstat(descriptor.Number(), &found) != 0)
+    if (descriptor.GetNumber() < 0 || fstat(descriptor.GetNumber(), &found) != 0)
         RefuseMovie(path,
                     std::generic_category().message(errno) + "; check the rights to the file.");
     if (S_ISDIR(found.st_mode)) RefuseMovie(path, "it is a directory; name a movie in it.");
@@ -36,7 +38,7 @@ MovieFile::MovieFile(fs::path const& path) {
 bool MovieFile::IsAt(fs::path const& path) const {
     struct stat mine {};
     struct stat there {};
-    return fstat(descriptor.Number(), &mine) == 0 && stat(path.c_str(), &there) == 0 &&
+    return fstat(descriptor.GetNumber(), &mine) == 0 && stat(path.c_str(), &there) == 0 &&
            mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
 }
 

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "host/process/Descriptor.h"
+#include "moxcore/utility/Descriptor.h"
 
 namespace quillohost {
 
@@ -17,14 +17,14 @@ public:
     [[nodiscard]] std::filesystem::path const& Path() const { return canonical; }
 
     /// Open for reading; stays this object's.
-    [[nodiscard]] int Number() const { return descriptor.Number(); }
+    [[nodiscard]] int Number() const { return descriptor.GetNumber(); }
 
     /// Whether it is what `path` names now.
     [[nodiscard]] bool IsAt(std::filesystem::path const& path) const;
 
 private:
     std::filesystem::path canonical;
-    Descriptor descriptor;
+    moxcore::utility::Descriptor descriptor;
 };
 
 /// `reason` why the movie `path` cannot be shared, as a Failure (Export).

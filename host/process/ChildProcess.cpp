@@ -17,11 +17,13 @@
 #include <system_error>
 #include <utility>
 
-#include "host/process/Descriptor.h"
 #include "host/process/SignalThread.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "moxcore/utility/Descriptor.h"
 
 namespace quillohost {
+
+using moxcore::utility::Descriptor;
 namespace {
 
 namespace fs = std::filesystem;
@@ -124,7 +126,7 @@ public:
         Pipe in;
         if (inputKind == Input::Held) input = std::move(in.write);
         in.write.Close();
-        Start(program, arguments, in.read.Number());
+        Start(program, arguments, in.read.GetNumber());
     }
 
     Running(fs::path const& program, std::vector<std::string> const& arguments, int inputFile) {
@@ -136,8 +138,8 @@ public:
                            std::function<void(std::string)> onError) {
         std::array<LineReader, 2> readers{LineReader(std::move(onOutput)),
                                           LineReader(std::move(onError))};
-        std::array<pollfd, 2> files{pollfd{output.Number(), POLLIN, 0},
-                                    pollfd{error.Number(), POLLIN, 0}};
+        std::array<pollfd, 2> files{pollfd{output.GetNumber(), POLLIN, 0},
+                                    pollfd{error.GetNumber(), POLLIN, 0}};
         while (files[0].fd >= 0 || files[1].fd >= 0) {
             if (poll(files.data(), files.size(), -1) < 0) continue;
             for (std::size_t i = 0; i < files.size(); ++i)
@@ -180,16 +182,20 @@ private:
             pointers.push_back(word.data());
         pointers.push_back(nullptr);
 
-        Launch const launch{
-            words.front().c_str(), pointers.data(),      getpid(), inputFile, out.write.Number(),
-            err.write.Number(),    report.write.Number()};
+        Launch const launch{words.front().c_str(),
+                            pointers.data(),
+                            getpid(),
+                            inputFile,
+                            out.write.GetNumber(),
+                            err.write.GetNumber(),
+                            report.write.GetNumber()};
         process = fork();
         if (process < 0) ThrowErrno(errno, "fork");
         if (process == 0) launch.Run();
 
         report.write.Close();
         int reason = 0;
-        if (Uninterrupted([&] { return read(report.read.Number(), &reason, sizeof reason); }) ==
+        if (Uninterrupted([&] { return read(report.read.GetNumber(), &reason, sizeof reason); }) ==
             sizeof reason) {
             Uninterrupted([&] { return waitpid(process, nullptr, 0); });
             ThrowErrno(reason, "cannot run " + program.string());

@@ -4,17 +4,18 @@
 
 #include "moxcore/async/Future.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "moxcore/utility/LifetimeToken.h"
 
 namespace quillohost {
 
 /// Calls `continuation` with `future` on the main thread, never inside this call, once it is
-/// complete; not when `owner` has gone by then. A result whose owner has gone when it comes is let
-/// go of on the thread that it comes on, so that it holds nothing until the main thread has time.
-/// Any thread.
-template <class T, class Owner, class Continuation>
-void OnMainThread(moxcore::async::Future<T> const& future, std::weak_ptr<Owner> const& owner,
-                  Continuation continuation) {
-    static_cast<void>(future.Then([owner, continuation](auto const& complete) {
+/// complete; not when `owner` has ended by then. A result that comes after its owner's end is
+/// released on the thread that it comes on, so that it holds nothing until the main thread has
+/// time. Any thread.
+template <class T, class Continuation>
+void OnMainThread(moxcore::async::Future<T> const& future,
+                  moxcore::utility::LifetimeToken const& owner, Continuation continuation) {
+    static_cast<void>(future.Then([owner = owner.Watch(), continuation](auto const& complete) {
         if (owner.expired()) return;
         moxcore::threads::AsyncCallFromMainThread(
             [owner, continuation, complete] {

@@ -17,32 +17,27 @@ namespace quillohost {
 using moxcore::string::AsciiToUTF16;
 
 ServiceConnection::ServiceConnection(Options const& options, KeyLocks const& locks, Hooks newHooks)
-    : hooks(std::move(newHooks)), self(std::make_shared<ServiceConnection*>(this)) {
-    quilloauth::SetBrowserOpener(
-        [program = options.browser.value_or(quilloauth::kDesktopOpener),
-         weak = std::weak_ptr(self)](auto const& url, auto const& onFailure) {
-            moxcore::threads::AsyncCallFromMainThread(
-                [weak] {
-                    if (auto const alive = weak.lock()) (*alive)->hooks.onBrowser();
-                },
-                0);
-            quilloauth::OpenWithProgram(program, url, onFailure);
-        });
+    : hooks(std::move(newHooks)) {
+    quilloauth::SetBrowserOpener([program = options.browser.value_or(quilloauth::kDesktopOpener),
+                                  noteBrowser = token.Guard([this] { hooks.onBrowser(); })](
+                                     auto const& url, auto const& onFailure) {
+        moxcore::threads::AsyncCallFromMainThread(noteBrowser, 0);
+        quilloauth::OpenWithProgram(program, url, onFailure);
+    });
     if (options.insecureHttp) quillocommon::AllowInsecureHttp();
     if (options.service) {
         Use(*options.service);
         return;
     }
     embeddedData = options.data ? *options.data / "service" : HostDataFile("service");
-    OnMainThread(locks.Take("service", hooks.onWait), std::weak_ptr(self),
-                 [this](auto const& taken) {
-                     try {
-                         lock = taken.Get();
-                         Start();
-                     } catch (...) {
-                         ready.SetException(std::current_exception());
-                     }
-                 });
+    OnMainThread(locks.Take("service", hooks.onWait), token, [this](auto const& taken) {
+        try {
+            lock = taken.Get();
+            Start();
+        } catch (...) {
+            ready.SetException(std::current_exception());
+        }
+    });
 }
 
 ServiceConnection::~ServiceConnection() {
@@ -56,7 +51,7 @@ void ServiceConnection::Start() {
         hooks.onGone(std::make_exception_ptr(
             Failure(ExitCode::SignIn, "The host's own quillo-service has ended: " + reason)));
     });
-    OnMainThread(embedded->Address(), std::weak_ptr(self), [this](auto const& started) {
+    OnMainThread(embedded->Address(), token, [this](auto const& started) {
         try {
             Use(started.Get());
         } catch (...) {

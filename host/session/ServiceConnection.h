@@ -11,6 +11,7 @@
 #include "host/session/Options.h"
 #include "host/state/KeyLocks.h"
 #include "moxcore/async/Future.h"
+#include "moxcore/utility/LifetimeToken.h"
 #include "quillocommon/Failures.h"
 
 namespace quillohost {
@@ -61,7 +62,7 @@ private:
     std::filesystem::path embeddedData;  // empty: the options name a service
     std::string address;
     moxcore::async::Promise<void> ready;
-    std::shared_ptr<ServiceConnection*> self;  // for calls that may come when this is gone
+    moxcore::utility::LifetimeToken token;
 };
 
 }  // namespace quillohost

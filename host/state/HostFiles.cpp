@@ -27,9 +27,9 @@ std::filesystem::path HostDataFile(std::string const& name) {
 
 std::filesystem::path OwnHostFile(std::string const& name) {
     auto const path = HostDataFile(name);
-    constexpr mode_t ownerOnly = 0600;
+    constexpr mode_t kOwnerOnly = 0600;
     int const made =
-        open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, ownerOnly);
+        open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly);
     if (made >= 0) {
         close(made);
         return path;
@@ -45,7 +45,7 @@ std::filesystem::path OwnHostFile(std::string const& name) {
                       "\"" + path.string() +
                           "\" is a link or another user's file, which is not used; remove it.");
     }
-    if ((status.st_mode & ~S_IFMT) != ownerOnly) chmod(path.c_str(), ownerOnly);
+    if ((status.st_mode & ~S_IFMT) != kOwnerOnly) chmod(path.c_str(), kOwnerOnly);
     return path;
 }
 

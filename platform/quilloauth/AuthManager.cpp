@@ -8,6 +8,7 @@
 #include "moxcore/config/Error.h"
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
+#include "moxcore/utility/NoDestructor.h"
 #include "quilloauth/AuthSession.h"
 #include "quilloauth/KeyringTokenStore.h"
 #include "quilloauth/TokenRequests.h"
@@ -63,12 +64,12 @@ Current& TheCurrent() {
         Current& current;
         ~StopAtExit() { current.Set(nullptr); }
     };
-    static Current& current = *new Current;
+    static moxcore::utility::NoDestructor<Current> current;
     // What is made first ends last: who is handed a token on the worker may send and read at once.
     quillosdk::PrepareToRead();
     PrepareToRevoke();  // the end of the worker may still find tokens of a sign-out
-    static StopAtExit const stopAtExit{current};
-    return current;
+    static StopAtExit const stopAtExit{*current};
+    return *current;
 }
 
 /// Those who hear of the session.
@@ -97,8 +98,8 @@ private:
 
 /// Never destroyed: a sign-in may still end while the process does.
 Listeners& TheListeners() {
-    static Listeners& listeners = *new Listeners;
-    return listeners;
+    static moxcore::utility::NoDestructor<Listeners> listeners;
+    return *listeners;
 }
 
 }  // namespace

@@ -17,10 +17,13 @@
 #include <thread>
 #include <utility>
 
-#include "quilloauth/Descriptor.h"
+#include "moxcore/utility/Descriptor.h"
+#include "moxcore/utility/NoDestructor.h"
 #include "quillocommon/WorkerThread.h"
 
 namespace quilloauth {
+
+using moxcore::utility::Descriptor;
 namespace {
 
 /// The opener that is set, empty for the desktop's. Never destroyed: somebody may sign in while the
@@ -28,8 +31,8 @@ namespace {
 class CurrentOpener {
 public:
     static CurrentOpener& Get() {
-        static CurrentOpener& current = *new CurrentOpener;
-        return current;
+        static moxcore::utility::NoDestructor<CurrentOpener> current;
+        return *current;
     }
 
     void Set(BrowserOpener newOpener) {
@@ -82,9 +85,9 @@ bool AwaitEnd(pid_t process, std::stop_token const& stop) {
     // By its number: this C library declares pidfd_open for C alone.
     Descriptor const ended(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
     Descriptor const stopped(eventfd(0, EFD_CLOEXEC));
-    if (!ended.IsOpen() || !stopped.IsOpen()) return false;
-    std::stop_callback const onStop(stop, [&stopped] { eventfd_write(stopped.Get(), 1); });
-    pollfd files[] = {{ended.Get(), POLLIN, 0}, {stopped.Get(), POLLIN, 0}};
+    if (!ended || !stopped) return false;
+    std::stop_callback const onStop(stop, [&stopped] { eventfd_write(stopped.GetNumber(), 1); });
+    pollfd files[] = {{ended.GetNumber(), POLLIN, 0}, {stopped.GetNumber(), POLLIN, 0}};
     while (poll(files, std::size(files), -1) < 0) {
     }
     return files[0].revents != 0;
@@ -101,9 +104,9 @@ public:
             Launches& launches;
             ~StopAtExit() { launches.Stop(); }
         };
-        static Launches& launches = *new Launches;
-        static StopAtExit const stopAtExit{launches};
-        return launches;
+        static moxcore::utility::NoDestructor<Launches> launches;
+        static StopAtExit const stopAtExit{*launches};
+        return *launches;
     }
 
     void Watch(pid_t process, std::string const& program, BrowserFailure const& onFailure) {

@@ -10,10 +10,12 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "quilloauth/Descriptor.h"
+#include "moxcore/utility/Descriptor.h"
 #include "quilloauth/TokenJson.h"
 
 namespace quilloauth {
+
+using moxcore::utility::Descriptor;
 namespace {
 
 using nlohmann::json;
@@ -30,7 +32,7 @@ Descriptor Open(std::string const& path, int flags) {
 class Lock {
 public:
     explicit Lock(std::string const& path) : file(Open(path + ".lock", O_RDWR | O_CREAT)) {
-        while (file.IsOpen() && flock(file.Get(), LOCK_EX) != 0 && errno == EINTR) {
+        while (file && flock(file.GetNumber(), LOCK_EX) != 0 && errno == EINTR) {
         }
     }
 
@@ -41,13 +43,13 @@ private:
 std::string ReadAll(std::string const& path) {
     auto const file = Open(path, O_RDONLY);
     struct stat status {};
-    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return {};
-    if ((status.st_mode & 077) != 0) fchmod(file.Get(), kOwnerOnly);
+    if (!file || fstat(file.GetNumber(), &status) != 0) return {};
+    if ((status.st_mode & 077) != 0) fchmod(file.GetNumber(), kOwnerOnly);
 
     std::string text;
     char piece[4096];
     for (;;) {
-        ssize_t const got = read(file.Get(), piece, sizeof piece);
+        ssize_t const got = read(file.GetNumber(), piece, sizeof piece);
         if (got < 0 && errno == EINTR) continue;
         if (got <= 0) return got == 0 ? text : std::string();
         text.append(piece, static_cast<std::size_t>(got));
@@ -80,7 +82,7 @@ bool WriteServices(std::string const& path, json services) {
     bool written = false;
     {
         auto const file = Open(temporary, O_WRONLY | O_CREAT | O_EXCL);
-        written = file.IsOpen() && WriteAll(file.Get(), text + "\n") && fsync(file.Get()) == 0;
+        written = file && WriteAll(file.GetNumber(), text + "\n") && fsync(file.GetNumber()) == 0;
     }
     if (written && std::rename(temporary.c_str(), path.c_str()) == 0) return true;
     unlink(temporary.c_str());

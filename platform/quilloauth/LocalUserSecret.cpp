@@ -9,10 +9,12 @@
 #include <cstdlib>
 #include <optional>
 
-#include "quilloauth/Descriptor.h"
+#include "moxcore/utility/Descriptor.h"
 #include "quillocommon/Url.h"
 
 namespace quilloauth {
+
+using moxcore::utility::Descriptor;
 namespace {
 
 constexpr mode_t kWritableByOthers = 0022;
@@ -35,7 +37,7 @@ std::string Home() {
 /// rights `forbidden`.
 bool IsOwn(Descriptor const& file, mode_t type, mode_t forbidden) {
     struct stat status {};
-    return file.IsOpen() && fstat(file.Get(), &status) == 0 && (status.st_mode & S_IFMT) == type &&
+    return file && fstat(file.GetNumber(), &status) == 0 && (status.st_mode & S_IFMT) == type &&
            status.st_uid == geteuid() && (status.st_mode & forbidden) == 0;
 }
 
@@ -51,7 +53,7 @@ std::optional<std::string> ReadSecret(int directory, std::string const& name) {
         openat(directory, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!IsOwn(file, S_IFREG, kOpenToOthers)) return std::nullopt;
     std::string text(kLongestSecret, '\0');
-    auto const size = read(file.Get(), text.data(), text.size());
+    auto const size = read(file.GetNumber(), text.data(), text.size());
     text.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
     if (text.ends_with('\n')) text.pop_back();
     bool const isPrintable =
@@ -80,11 +82,11 @@ std::vector<std::string> FindLocalUserSecrets(std::string const& address) {
     for (auto const& base : {FromEnvironment("XDG_RUNTIME_DIR"), Home() + "/.cache"}) {
         if (base.empty()) continue;
         auto const root = OpenDirectory(AT_FDCWD, base, kWritableByOthers, 0);
-        auto const parent = OpenDirectory(root.Get(), "quillo", kWritableByOthers);
-        auto const directory = OpenDirectory(parent.Get(), PortOf(*url), kOpenToOthers);
-        if (!directory.IsOpen()) continue;
+        auto const parent = OpenDirectory(root.GetNumber(), "quillo", kWritableByOthers);
+        auto const directory = OpenDirectory(parent.GetNumber(), PortOf(*url), kOpenToOthers);
+        if (!directory) continue;
         for (auto const& host : AddressesOf(url->host)) {
-            if (auto secret = ReadSecret(directory.Get(), host + ".secret"))
+            if (auto secret = ReadSecret(directory.GetNumber(), host + ".secret"))
                 secrets.push_back(*std::move(secret));
         }
     }

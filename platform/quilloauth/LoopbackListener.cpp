@@ -15,6 +15,8 @@
 #include "quilloauth/LoopbackRequest.h"
 
 namespace quilloauth {
+
+using moxcore::utility::Descriptor;
 namespace {
 
 constexpr int kBacklog = 16;
@@ -54,7 +56,7 @@ struct LoopbackListener::Connection {
     /// Takes what has arrived; false when no more will.
     bool Receive() {
         std::array<char, 4096> piece{};
-        auto const count = recv(socket.Get(), piece.data(), piece.size(), 0);
+        auto const count = recv(socket.GetNumber(), piece.data(), piece.size(), 0);
         if (count < 0) return errno == EAGAIN || errno == EINTR;
         received.append(piece.data(), static_cast<std::size_t>(count));
         return count > 0;
@@ -62,8 +64,8 @@ struct LoopbackListener::Connection {
 
     /// A page is smaller than what an empty socket takes at once.
     void Send(std::string const& answer) const {
-        static_cast<void>(send(socket.Get(), answer.data(), answer.size(), MSG_NOSIGNAL));
-        shutdown(socket.Get(), SHUT_WR);
+        static_cast<void>(send(socket.GetNumber(), answer.data(), answer.size(), MSG_NOSIGNAL));
+        shutdown(socket.GetNumber(), SHUT_WR);
     }
 };
 
@@ -72,21 +74,22 @@ LoopbackListener::LoopbackListener(std::string path)
       port(Checked(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0),
                    "no socket can be made")),
       wake(Checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "no event can be made")),
-      address("http://127.0.0.1:" + std::to_string(Listen(port.Get())) + this->path) {}
+      address("http://127.0.0.1:" + std::to_string(Listen(port.GetNumber())) + this->path) {}
 
 LoopbackListener::~LoopbackListener() = default;
 
 void LoopbackListener::Stop() {
-    eventfd_write(wake.Get(), 1);
+    eventfd_write(wake.GetNumber(), 1);
 }
 
 void LoopbackListener::Serve(Handler const& handler) {
     Descriptor const listening = std::exchange(port, Descriptor());
     std::vector<Connection> connections;
     for (;;) {
-        std::vector<pollfd> files{{wake.Get(), POLLIN, 0}, {listening.Get(), POLLIN, 0}};
+        std::vector<pollfd> files{{wake.GetNumber(), POLLIN, 0},
+                                  {listening.GetNumber(), POLLIN, 0}};
         for (auto const& connection : connections)
-            files.push_back({connection.socket.Get(), POLLIN, 0});
+            files.push_back({connection.socket.GetNumber(), POLLIN, 0});
         if (poll(files.data(), files.size(), -1) < 0) continue;
         if (files[0].revents != 0) return;
 
@@ -104,8 +107,8 @@ void LoopbackListener::Serve(Handler const& handler) {
 
         if (files[1].revents == 0) continue;
         Descriptor accepted(
-            accept4(listening.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-        if (accepted.IsOpen())
+            accept4(listening.GetNumber(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (accepted)
             connections.push_back({std::move(accepted)});
         else if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED)
             ThrowErrno("no connection can be taken");

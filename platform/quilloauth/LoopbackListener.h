@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "quilloauth/Descriptor.h"
+#include "moxcore/utility/Descriptor.h"
 #include "quilloauth/ReturnPage.h"
 #include "quillocommon/Export.h"
 
@@ -41,8 +41,8 @@ private:
     [[nodiscard]] std::string Respond(std::string const& head, Handler const& handler) const;
 
     std::string const path;
-    Descriptor port;  // until Serve
-    Descriptor const wake;
+    moxcore::utility::Descriptor port;  // until Serve
+    moxcore::utility::Descriptor const wake;
     std::string address;
 };
 

@@ -5,9 +5,11 @@
 
 #include <cerrno>
 
-#include "quilloauth/Descriptor.h"
+#include "moxcore/utility/Descriptor.h"
 
 namespace quilloauth {
+
+using moxcore::utility::Descriptor;
 namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
@@ -18,7 +20,7 @@ public:
         : file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kOwnerOnly)) {}
 
     [[nodiscard]] bool IsSomebodyElses() const {
-        return file.IsOpen() && flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+        return file && flock(file.GetNumber(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     }
 
 private:

@@ -3,6 +3,8 @@
 #include <mutex>
 #include <utility>
 
+#include "moxcore/utility/NoDestructor.h"
+
 namespace quilloauth {
 namespace {
 
@@ -25,8 +27,8 @@ private:
 
 /// Never destroyed: somebody may sign in while the process ends.
 CurrentListener& TheListener() {
-    static CurrentListener& listener = *new CurrentListener;
-    return listener;
+    static moxcore::utility::NoDestructor<CurrentListener> listener;
+    return *listener;
 }
 
 }  // namespace

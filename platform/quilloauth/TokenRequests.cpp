@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "moxcore/utility/NoDestructor.h"
 #include "quilloauth/SignInProgress.h"
 #include "quillocommon/Saturating.h"
 #include "quillocommon/ServiceAddress.h"
@@ -114,11 +115,11 @@ RevocationsUnderWay& TheRevocations() {
         RevocationsUnderWay& revocations;
         ~AwaitAtExit() { revocations.Await(); }
     };
-    static auto& revocations = *new RevocationsUnderWay;
+    static moxcore::utility::NoDestructor<RevocationsUnderWay> revocations;
     // What is made first ends last: the transport must still run while its answers are waited for.
     static_cast<void>(quillosdk::Transport::Get());
-    static AwaitAtExit const awaitAtExit{revocations};
-    return revocations;
+    static AwaitAtExit const awaitAtExit{*revocations};
+    return *revocations;
 }
 
 Answer SendRevocation(HttpRequest const& request) {

@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "moxcore/utility/NoDestructor.h"
 #include "quilloclient/ServiceDatastore.h"
 
 namespace quillo {
@@ -14,8 +15,8 @@ struct Slot {
 
 /// Never destroyed: lists are still asked for while the process ends.
 Slot& TheSlot() {
-    static Slot& slot = *new Slot;
-    return slot;
+    static moxcore::utility::NoDestructor<Slot> slot;
+    return *slot;
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "moxcore/config/Error.h"
 #include "moxcore/debug/Trace.h"
 #include "moxcore/threads/MainThread.h"
+#include "moxcore/utility/NoDestructor.h"
 
 namespace quillocommon {
 namespace {
@@ -67,8 +68,8 @@ private:
 
 /// Never destroyed: requests may fail while the process ends.
 Listeners& TheListeners() {
-    static Listeners& listeners = *new Listeners;
-    return listeners;
+    static moxcore::utility::NoDestructor<Listeners> listeners;
+    return *listeners;
 }
 
 class Subscription final : public FailureSubscription {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "moxcore/config/Error.h"
+#include "moxcore/utility/NoDestructor.h"
 #include "quillocommon/Failures.h"
 #include "quillocommon/Url.h"
 
@@ -96,8 +97,8 @@ private:
 
 /// Never destroyed: requests may still be made while the process ends.
 Address& TheAddress() {
-    static Address& address = *new Address;
-    return address;
+    static moxcore::utility::NoDestructor<Address> address;
+    return *address;
 }
 
 }  // namespace

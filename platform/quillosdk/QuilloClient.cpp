@@ -3,6 +3,7 @@
 #include <mutex>
 #include <utility>
 
+#include "moxcore/utility/NoDestructor.h"
 #include "quillosdk/Session.h"
 
 namespace quillosdk {
@@ -15,8 +16,8 @@ struct Current {
 
 /// Never destroyed: it is still asked for while the process ends.
 Current& TheCurrent() {
-    static Current& current = *new Current;
-    return current;
+    static moxcore::utility::NoDestructor<Current> current;
+    return *current;
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <random>
 #include <utility>
 
+#include "moxcore/utility/NoDestructor.h"
 #include "quillocommon/Saturating.h"
 #include "quillosdk/Transport.h"
 
@@ -44,8 +45,8 @@ private:
 
 /// Never destroyed: requests may fail while the process ends.
 RandomSource& TheRandomSource() {
-    static RandomSource& source = *new RandomSource;
-    return source;
+    static moxcore::utility::NoDestructor<RandomSource> source;
+    return *source;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "moxcore/threads/AsyncExecutor.h"
+#include "moxcore/utility/NoDestructor.h"
 #include "quillocommon/ServiceAddress.h"
 #include "quillocommon/Url.h"
 #include "quillosdk/Redact.h"
@@ -37,8 +38,8 @@ private:
 
 /// Never destroyed: answers may still come while the process ends.
 RejectedHandler& TheRejectedHandler() {
-    static RejectedHandler& handler = *new RejectedHandler;
-    return handler;
+    static moxcore::utility::NoDestructor<RejectedHandler> handler;
+    return *handler;
 }
 
 void Redact(Answer const& answer, std::string const& token) {

@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "moxcore/utility/NoDestructor.h"
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/CurlTransport.h"
 
@@ -15,8 +16,8 @@ struct Slot {
 
 /// Never destroyed: requests may still be made while the process ends.
 Slot& TheSlot() {
-    static Slot& slot = *new Slot;
-    return slot;
+    static moxcore::utility::NoDestructor<Slot> slot;
+    return *slot;
 }
 
 /// As above; but its thread ends with the process, and with it what is under way.
@@ -25,10 +26,11 @@ std::shared_ptr<CurlTransport> const& TheDefault() {
         CurlTransport& transport;
         ~StopAtExit() { transport.Stop(); }
     };
-    static auto& transport = *new std::shared_ptr(std::make_shared<CurlTransport>());
+    static moxcore::utility::NoDestructor<std::shared_ptr<CurlTransport>> transport(
+        std::make_shared<CurlTransport>());
     PrepareToRead();  // answers are read on its thread until that has been stopped
-    static StopAtExit const stopAtExit{*transport};
-    return transport;
+    static StopAtExit const stopAtExit{**transport};
+    return *transport;
 }
 
 }  // namespace

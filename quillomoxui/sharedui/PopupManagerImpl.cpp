@@ -14,8 +14,7 @@ std::shared_ptr<PopupManager> CreatePopupManager() {
     return std::make_shared<PopupManagerImpl>();
 }
 
-PopupManagerImpl::PopupManagerImpl()
-    : mainView(new PopupMainView), self(std::make_shared<PopupManagerImpl*>(this)) {
+PopupManagerImpl::PopupManagerImpl() : mainView(new PopupMainView) {
     mainView->UI_Show(true);
 }
 
@@ -47,10 +46,8 @@ void PopupManagerImpl::ShowWindow() {
                                                  false, moxui::ui::DPISelectionType(2), true);
         if (auto const container = popupWindow->GetContainer()) container->ChildPushBack(mainView);
     }
-    popupWindow->InstallNotifyOnCommit(std::make_shared<std::function<void()>>(
-        [weakSelf = std::weak_ptr<PopupManagerImpl*>(self)] {
-            if (auto const manager = weakSelf.lock()) (*manager)->OnPopupClosed();
-        }));
+    popupWindow->InstallNotifyOnCommit(
+        std::make_shared<std::function<void()>>(token.Guard([this] { OnPopupClosed(); })));
     popupWindow->StartPopup();
     ArrangeChildren();
 }

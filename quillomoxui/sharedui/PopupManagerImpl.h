@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "moxcore/utility/LifetimeToken.h"
 #include "moxui/controls/UI_TouchPopupContainer.h"
 #include "quillomoxui/sharedui/PopupMainView.h"
 #include "quillomoxui/sharedui/PopupManager.h"
@@ -40,7 +41,7 @@ private:
     moxcore::geom::PointT<float> popupGlobalLoc;
 
     /// What the window's hook knows this manager by: a window that closes late finds it gone.
-    std::shared_ptr<PopupManagerImpl*> self;
+    moxcore::utility::LifetimeToken token;
 };
 
 }  // namespace quillomoxui

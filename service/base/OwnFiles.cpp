@@ -9,6 +9,8 @@
 
 namespace quilloservice {
 
+using moxcore::utility::Descriptor;
+
 namespace {
 
 [[noreturn]] void Fail(std::string const& doing) {

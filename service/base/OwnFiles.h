@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "service/base/Descriptor.h"
+#include "moxcore/utility/Descriptor.h"
 
 namespace quilloservice {
 
@@ -26,10 +26,11 @@ struct DirectoryName {
 
 /// Opens a directory that belongs to the user and does not grant `forbidden`. `flags` are further
 /// flags for open(2). Throws std::runtime_error, with the remedy in the message.
-Descriptor OpenOwnDirectory(DirectoryName const& directory, Forbidden forbidden, int flags);
+moxcore::utility::Descriptor OpenOwnDirectory(DirectoryName const& directory, Forbidden forbidden,
+                                              int flags);
 
 /// Like OpenOwnDirectory, but creates the directory if it is missing and follows no link.
-Descriptor MakeOwnDirectory(DirectoryName const& directory, Forbidden forbidden);
+moxcore::utility::Descriptor MakeOwnDirectory(DirectoryName const& directory, Forbidden forbidden);
 
 /// Returns the status of an open file, which must belong to the user. `path` and `advice` are for
 /// the message of the std::runtime_error.

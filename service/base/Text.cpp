@@ -30,12 +30,12 @@ std::size_t SequenceLength(std::string_view text) {
 }  // namespace
 
 std::string ToHex(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;
     text.reserve(bytes.size() * 2);
     for (unsigned char byte : bytes) {
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 15];
     }
     return text;
 }

@@ -8,9 +8,9 @@
 namespace quilloservice {
 
 RangeRequest ParseRange(std::string_view header, std::int64_t size) {
-    constexpr std::string_view unit = "bytes=";
-    if (!http::EqualsIgnoringCase(header.substr(0, unit.size()), unit)) return {};
-    header.remove_prefix(unit.size());
+    constexpr std::string_view kUnit = "bytes=";
+    if (!http::EqualsIgnoringCase(header.substr(0, kUnit.size()), kUnit)) return {};
+    header.remove_prefix(kUnit.size());
     std::size_t dash = header.find('-');
     if (dash == std::string_view::npos) return {};
     std::string_view firstText = header.substr(0, dash);

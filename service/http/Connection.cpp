@@ -163,10 +163,10 @@ bool Connection::BeginBody() {
     tracked->BeginStage(Now());
     continued = true;
     if (!exchange->request.expectsContinue || input.size() > 0) return true;
-    constexpr std::string_view interim = "HTTP/1.1 100 Continue\r\n\r\n";
+    constexpr std::string_view kInterim = "HTTP/1.1 100 Continue\r\n\r\n";
     // The socket's buffer has room for these few bytes unless earlier responses were not read.
-    return ::send(socket.native_handle(), interim.data(), interim.size(),
-                  MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(interim.size());
+    return ::send(socket.native_handle(), kInterim.data(), kInterim.size(),
+                  MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(kInterim.size());
 }
 
 bool Connection::ReadBody() {

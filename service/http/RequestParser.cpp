@@ -70,9 +70,9 @@ bool IsAuthority(std::string_view text) {
 }
 
 void ReadTarget(Request& request, std::string_view target) {
-    constexpr std::string_view scheme = "http://";
-    if (EqualsIgnoringCase(target.substr(0, scheme.size()), scheme)) {
-        target.remove_prefix(scheme.size());
+    constexpr std::string_view kScheme = "http://";
+    if (EqualsIgnoringCase(target.substr(0, kScheme.size()), kScheme)) {
+        target.remove_prefix(kScheme.size());
         std::size_t end = std::min(target.find_first_of("/?"), target.size());
         request.host = target.substr(0, end);
         if (request.host.empty() || !IsAuthority(request.host)) {
@@ -150,8 +150,8 @@ public:
     /// Whether Beast can parse `rest` of the body: when it has read the size of the last chunk, it
     /// requires the bytes of the shortest last chunk.
     [[nodiscard]] bool CanTake(std::string_view rest) const {
-        constexpr std::string_view shortest = "0\r\n\r\n";
-        if (rest.size() >= shortest.size() || !chunked() || leftOfChunk > 0) return true;
+        constexpr std::string_view kShortest = "0\r\n\r\n";
+        if (rest.size() >= kShortest.size() || !chunked() || leftOfChunk > 0) return true;
         if (rest.starts_with("\r\n")) rest.remove_prefix(2);  // the end of the previous chunk
         return !rest.starts_with('0');
     }
@@ -210,10 +210,10 @@ std::size_t RequestParser::ReadHead(std::string_view bytes) {
     while (begin < 4 && bytes.substr(begin).starts_with("\r\n"))
         begin += 2;
     std::string_view head = bytes.substr(begin);
-    constexpr std::string_view ending = "\r\n\r\n";
-    std::size_t end = head.find(ending, searched > 3 ? searched - 3 : 0);
+    constexpr std::string_view kEnding = "\r\n\r\n";
+    std::size_t end = head.find(kEnding, searched > 3 ? searched - 3 : 0);
     bool whole = end != std::string_view::npos;
-    if (whole) head = head.substr(0, end + ending.size());
+    if (whole) head = head.substr(0, end + kEnding.size());
     // An incomplete head is not checked anew for every byte, which would take quadratic time.
     bool longLine = head.size() > kLongestTarget + 128 && head.find("\r\n") > kLongestTarget + 128;
     if (whole || longLine) CheckLengths(head);

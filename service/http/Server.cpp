@@ -120,8 +120,8 @@ void Server::Stop() {
 
 std::size_t ConnectionsWithin(std::size_t descriptors) {
     // For the store, the log, the listening socket and the event streams.
-    constexpr std::size_t others = 96;
-    std::size_t left = descriptors > others ? descriptors - others : 0;
+    constexpr std::size_t kOthers = 96;
+    std::size_t left = descriptors > kOthers ? descriptors - kOthers : 0;
     // A connection can also have a movie's file open.
     return std::max<std::size_t>(left * 3 / 4, 16);
 }

@@ -19,6 +19,8 @@
 
 namespace quilloservice {
 
+using moxcore::utility::Descriptor;
+
 namespace {
 
 std::string Environment(char const* name) {

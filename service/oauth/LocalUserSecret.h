@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "service/base/Descriptor.h"
+#include "moxcore/utility/Descriptor.h"
 
 namespace quilloservice {
 
@@ -32,9 +32,10 @@ private:
 
     std::string secret;
     std::string port;
-    Descriptor parent;
-    Descriptor directory;                                   ///< in `parent`, called `port`
-    std::vector<std::pair<std::string, Descriptor>> files;  ///< in `directory`, with their names
+    moxcore::utility::Descriptor parent;
+    moxcore::utility::Descriptor directory;  ///< in `parent`, called `port`
+    std::vector<std::pair<std::string, moxcore::utility::Descriptor>>
+        files;  ///< in `directory`, with their names
 };
 
 }  // namespace quilloservice

@@ -6,8 +6,8 @@ namespace quilloservice {
 
 OAuthFields OAuthFields::InBody(http::Request const& request, std::string const& body) {
     std::string_view type = request.Header("Content-Type").value_or("");
-    constexpr std::string_view form = "application/x-www-form-urlencoded";
-    if (!http::EqualsIgnoringCase(type.substr(0, form.size()), form)) {
+    constexpr std::string_view kForm = "application/x-www-form-urlencoded";
+    if (!http::EqualsIgnoringCase(type.substr(0, kForm.size()), kForm)) {
         throw OAuthError{"invalid_request", "The body has to be a form."};
     }
     return OAuthFields(http::ParseForm(body));

@@ -36,9 +36,9 @@ bool TakePort(std::string_view& rest) {
 /// The characters of a path and query in RFC 3986. Browsers normalise others, such as backslashes,
 /// each in its own way.
 bool IsPathCharacter(char c) {
-    constexpr std::string_view marks = "-._~!$&'()*+,;=:@/?%";
+    constexpr std::string_view kMarks = "-._~!$&'()*+,;=:@/?%";
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-           marks.find(c) != std::string_view::npos;
+           kMarks.find(c) != std::string_view::npos;
 }
 
 }  // namespace

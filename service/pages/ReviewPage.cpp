@@ -26,14 +26,14 @@ std::string Page(std::string_view title, std::string_view body) {
 }
 
 std::string Size(std::int64_t bytes) {
-    constexpr std::array<char const*, 5> units = {"bytes", "kB", "MB", "GB", "TB"};
+    constexpr std::array<char const*, 5> kUnits = {"bytes", "kB", "MB", "GB", "TB"};
     auto size = static_cast<double>(bytes);
     std::size_t unit = 0;
-    for (; size >= 999.5 && unit + 1 < units.size(); ++unit)
+    for (; size >= 999.5 && unit + 1 < kUnits.size(); ++unit)
         size /= 1000;
     char text[32];
     std::snprintf(text, sizeof(text), unit == 0 || size >= 99.95 ? "%.0f %s" : "%.1f %s", size,
-                  units[unit]);
+                  kUnits[unit]);
     return text;
 }
 

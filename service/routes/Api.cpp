@@ -51,9 +51,9 @@ std::optional<std::vector<PathId>> MatchPath(std::string_view pattern, std::stri
 void CheckBodyForm(Call const& call) {
     std::string encoding = call.Header("Content-Encoding").value_or("identity");
     std::string_view type = call.request.Header("Content-Type").value_or("");
-    constexpr std::string_view parts = "multipart/";
+    constexpr std::string_view kParts = "multipart/";
     if (!http::EqualsIgnoringCase(encoding, "identity") ||
-        http::EqualsIgnoringCase(type.substr(0, parts.size()), parts)) {
+        http::EqualsIgnoringCase(type.substr(0, kParts.size()), kParts)) {
         throw ApiError::BadRequest("Bodies are taken neither compressed nor in parts.");
     }
 }

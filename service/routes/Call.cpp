@@ -47,10 +47,10 @@ std::optional<IdempotencyKey> Call::GetIdempotencyKey() const {
 }
 
 std::string Call::GetBearerToken() const {
-    constexpr std::string_view scheme = "Bearer";
+    constexpr std::string_view kScheme = "Bearer";
     std::string_view header = request.Header("Authorization").value_or("");
     std::size_t blank = std::min(header.find(' '), header.size());
-    if (!http::EqualsIgnoringCase(header.substr(0, blank), scheme)) return {};
+    if (!http::EqualsIgnoringCase(header.substr(0, blank), kScheme)) return {};
     std::size_t token = header.find_first_not_of(' ', blank);
     return token == std::string_view::npos ? std::string() : std::string(header.substr(token));
 }

@@ -21,6 +21,8 @@
 
 namespace quilloservice {
 
+using moxcore::utility::Descriptor;
+
 namespace {
 
 constexpr char const* kAdvice = "name another directory with --data";
@@ -88,11 +90,11 @@ std::string DataDirectory::MoviePath(FileId const& id) const {
 }
 
 std::int64_t DataDirectory::FreeBytes() const {
-    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+    constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
     struct statvfs disk {};
-    if (::fstatvfs(directory.GetNumber(), &disk) != 0 || disk.f_blocks == 0) return most;
+    if (::fstatvfs(directory.GetNumber(), &disk) != 0 || disk.f_blocks == 0) return kMost;
     auto blocks = static_cast<std::uint64_t>(disk.f_bavail);
-    if (blocks > static_cast<std::uint64_t>(most) / disk.f_frsize) return most;
+    if (blocks > static_cast<std::uint64_t>(kMost) / disk.f_frsize) return kMost;
     return static_cast<std::int64_t>(blocks * disk.f_frsize);
 }
 

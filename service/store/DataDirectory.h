@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "service/base/Descriptor.h"
+#include "moxcore/utility/Descriptor.h"
 #include "service/store/Ids.h"
 
 namespace quilloservice {
@@ -39,11 +39,11 @@ public:
 
 private:
     /// Opens a file and restricts its mode to the user; nothing if it is missing.
-    Descriptor OpenFile(std::string const& name, int flags) const;
+    moxcore::utility::Descriptor OpenFile(std::string const& name, int flags) const;
 
     std::string path;
-    Descriptor directory;
-    Descriptor lock;
+    moxcore::utility::Descriptor directory;
+    moxcore::utility::Descriptor lock;
 };
 
 }  // namespace quilloservice

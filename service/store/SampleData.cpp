@@ -100,7 +100,7 @@ void AddSmallSample(SampleBuilder& builder, UserId const& user) {
 /// Names that are hard to sort, shorten and draw: mixed case, numbers, left-to-right and
 /// right-to-left scripts, emoji, and some wider than any window.
 std::string LargeName(std::string_view word, int index) {
-    static constexpr std::array<std::string_view, 10> kinds = {
+    static constexpr std::array<std::string_view, 10> kKinds = {
         "Shot ",   "shot ",   "REEL ", "Scène ", "撮影素材 ",
         "Монтаж ", "편집본 ", "مشهد ", "סצנה ",  "🎬 Dailies "};
     std::string number = std::to_string(index);
@@ -110,32 +110,32 @@ std::string LargeName(std::string_view word, int index) {
             name += "and another take ";
         return name.substr(0, 200);
     }
-    return std::string(kinds[static_cast<std::size_t>(index * 7 % 10)]) + std::string(word) + " " +
+    return std::string(kKinds[static_cast<std::size_t>(index * 7 % 10)]) + std::string(word) + " " +
            number;
 }
 
 void AddLargeSample(SampleBuilder& builder, UserId const& user) {
-    constexpr int workspaces = 40;
-    constexpr int projects = 2000;
-    constexpr int folders = 20'000;
+    constexpr int kWorkspaces = 40;
+    constexpr int kProjects = 2000;
+    constexpr int kFolders = 20'000;
     // As in real accounts, one workspace and one folder are much larger than the others.
-    constexpr int projectsOfFirst = 400;
-    constexpr int foldersOfFirst = 3000;
+    constexpr int kProjectsOfFirst = 400;
+    constexpr int kFoldersOfFirst = 3000;
 
     std::array<Node, 3> accounts = {builder.Account(user, "Northlight Pictures"),
                                     builder.Account(user, "Harbour Street Studio"),
                                     builder.Account(user, "スタジオ北極星")};
     int project = 0;
     int folder = 0;
-    for (int workspace = 0; workspace < workspaces; ++workspace) {
+    for (int workspace = 0; workspace < kWorkspaces; ++workspace) {
         Node const& account = accounts[static_cast<std::size_t>(workspace) % accounts.size()];
         Node workspaceNode =
             builder.Child(account, kind::Workspace, LargeName("workspace", workspace + 1));
-        int projectsUpTo = projectsOfFirst + (projects - projectsOfFirst) * workspace / 39;
+        int projectsUpTo = kProjectsOfFirst + (kProjects - kProjectsOfFirst) * workspace / 39;
         for (; project < projectsUpTo; ++project) {
             Node root = builder.Project(workspaceNode, LargeName("project", project + 1));
             int foldersUpTo =
-                foldersOfFirst + (folders - foldersOfFirst) * project / (projects - 1);
+                kFoldersOfFirst + (kFolders - kFoldersOfFirst) * project / (kProjects - 1);
             // Every third folder is a child of the one before it, so that trees are also deep.
             Node last = root;
             for (; folder < foldersUpTo; ++folder) {

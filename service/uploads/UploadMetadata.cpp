@@ -14,10 +14,10 @@ constexpr std::size_t kLongestName = 1024;
 
 bool IsMediaType(std::string_view text) {
     auto token = [](std::string_view part) {
-        constexpr std::string_view others = "!#$&-^_.+";
+        constexpr std::string_view kOthers = "!#$&-^_.+";
         return !part.empty() && std::all_of(part.begin(), part.end(), [&](char c) {
             return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                   others.find(c) != std::string_view::npos;
+                   kOthers.find(c) != std::string_view::npos;
         });
     };
     std::size_t slash = text.find('/');

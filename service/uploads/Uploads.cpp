@@ -142,7 +142,7 @@ LiveUploads::Lease Uploads::Acquire(UploadId const& id) {
 std::shared_ptr<UploadAppend> Uploads::BeginAppend(UserId const& user, UploadId const& id,
                                                    AppendRequest const& request,
                                                    std::function<void()> onOvertaken) {
-    constexpr char const* moved = "The upload's offset has changed; HEAD reports it.";
+    constexpr char const* kMoved = "The upload's offset has changed; HEAD reports it.";
     auto check = [&](UploadRecord const& upload) {
         if (request.offset != upload.confirmed) {
             throw ApiError::Conflict("The upload's offset is " + std::to_string(upload.confirmed) +
@@ -157,7 +157,7 @@ std::shared_ptr<UploadAppend> Uploads::BeginAppend(UserId const& user, UploadId 
     LiveUploads::Lease lease = Acquire(id);
     UploadRecord upload = Get(user, id);
     check(upload);
-    if (!upload.published && publisher.FinishInterrupted(upload)) throw ApiError::Conflict(moved);
+    if (!upload.published && publisher.FinishInterrupted(upload)) throw ApiError::Conflict(kMoved);
     File file = upload.published ? File(directory.MoviePath(upload.asset), File::Mode::Read)
                                  : File(directory.UploadPath(upload.id), File::Mode::Write);
     if (!upload.published) {
@@ -165,7 +165,7 @@ std::shared_ptr<UploadAppend> Uploads::BeginAppend(UserId const& user, UploadId 
             // Confirmed bytes can be missing after a power failure, since they are not synced.
             store.Write([&](Database& database) { SetConfirmed(database, id, size, clock()); },
                         Store::Durability::Process);
-            throw ApiError::Conflict(moved);
+            throw ApiError::Conflict(kMoved);
         }
         file.Truncate(upload.confirmed);
         CatchUp(lease.GetProgress(), file, upload.confirmed);

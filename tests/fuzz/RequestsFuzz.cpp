@@ -142,10 +142,11 @@ std::size_t CountOf(Fields const& headers, std::string_view name) {
 }
 
 void RequireSound(Request const& head) {
-    constexpr std::string_view marks = "!#$%&'*+-.^_`|~";
+    constexpr std::string_view kMarks = "!#$%&'*+-.^_`|~";
     auto const isToken = [&](std::string_view text) {
         return !text.empty() && std::all_of(text.begin(), text.end(), [&](unsigned char c) {
-            return (c < 0x80 && std::isalnum(c)) || marks.find(static_cast<char>(c)) != marks.npos;
+            return (c < 0x80 && std::isalnum(c)) ||
+                   kMarks.find(static_cast<char>(c)) != kMarks.npos;
         });
     };
     FUZZ_REQUIRE(isToken(head.method));

@@ -9,7 +9,7 @@
 namespace {
 
 std::string ToBase64(std::string_view bytes) {
-    constexpr std::string_view digits =
+    constexpr std::string_view kDigits =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string text;
     for (std::size_t at = 0; at < bytes.size(); at += 3) {
@@ -18,7 +18,7 @@ std::string ToBase64(std::string_view bytes) {
         for (std::size_t i = 0; i < 3; ++i)
             group = group << 8 | (i < three.size() ? static_cast<unsigned char>(three[i]) : 0u);
         for (std::size_t i = 0; i < 4; ++i)
-            text += i <= three.size() ? digits[group >> (18 - 6 * i) & 63] : '=';
+            text += i <= three.size() ? kDigits[group >> (18 - 6 * i) & 63] : '=';
     }
     return text;
 }
@@ -37,13 +37,13 @@ std::string FromPercent(std::string_view text) {
 }
 
 std::string FromHtml(std::string text) {
-    constexpr std::array<std::array<std::string_view, 2>, 5> entities{
+    constexpr std::array<std::array<std::string_view, 2>, 5> kEntities{
         {{"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&#39;", "'"}, {"&amp;", "&"}}};
     std::string plain;
     for (std::size_t at = 0; at < text.size();) {
         std::size_t taken = 1;
         std::string_view stands = std::string_view(text).substr(at, 1);
-        for (auto const& [entity, character] : entities) {
+        for (auto const& [entity, character] : kEntities) {
             if (!std::string_view(text).substr(at).starts_with(entity)) continue;
             taken = entity.size();
             stands = character;

@@ -9,6 +9,7 @@
 
 #include "moxcore/debug/Trace.h"
 #include "moxcore/string/Conversions.h"
+#include "moxcore/utility/NoDestructor.h"
 
 namespace moxcore::config {
 namespace {
@@ -22,8 +23,8 @@ struct LocaleInForce {
 
 /// Never destroyed: texts are still asked for while the process ends.
 LocaleInForce& InForce() {
-    static LocaleInForce& inForce = *new LocaleInForce;
-    return inForce;
+    static moxcore::utility::NoDestructor<LocaleInForce> inForce;
+    return *inForce;
 }
 
 /// Throws with a sentence that says what is wrong with the file.

@@ -4,8 +4,8 @@ namespace moxcore::debug {
 
 DebugDatabase& DebugDatabase::Instance() {
     // Never destroyed: switches are still asked for while the process ends.
-    static DebugDatabase& instance = *new DebugDatabase;
-    return instance;
+    static moxcore::utility::NoDestructor<DebugDatabase> instance;
+    return *instance;
 }
 
 void DebugDatabase::SetEntry(std::string const& key, Value const& value) {

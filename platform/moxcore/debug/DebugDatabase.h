@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "moxcore/Export.h"
+#include "moxcore/utility/NoDestructor.h"
 
 namespace moxcore::debug {
 
@@ -31,6 +32,7 @@ public:
     void RemoveEntry(std::string const& key);
 
 private:
+    friend class utility::NoDestructor<DebugDatabase>;
     DebugDatabase() = default;
 
     mutable std::mutex mutex;

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <string_view>
 
+#include "moxcore/utility/NoDestructor.h"
+
 namespace moxcore::debug {
 namespace {
 
@@ -91,8 +93,8 @@ private:
 
 /// Never destroyed: texts are still traced while the process ends.
 Channel& TheChannel() {
-    static Channel& channel = *new Channel;
-    return channel;
+    static moxcore::utility::NoDestructor<Channel> channel;
+    return *channel;
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 #include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
+#include "moxcore/utility/NoDestructor.h"
 #include "moxcore/utility/UserEntry.h"
 
 namespace moxcore::filesupport::commondirs {
@@ -38,8 +39,8 @@ struct Settings {
 
 /// Never destroyed: a directory may still be asked for while the process ends.
 Settings& TheSettings() {
-    static Settings& settings = *new Settings;
-    return settings;
+    static moxcore::utility::NoDestructor<Settings> settings;
+    return *settings;
 }
 
 [[noreturn]] void Fail(fs::path const& directory, std::string const& reason) {

@@ -10,6 +10,7 @@
 
 #include "moxcore/config/Error.h"
 #include "moxcore/debug/Trace.h"
+#include "moxcore/utility/NoDestructor.h"
 
 namespace moxcore::messaging {
 namespace {
@@ -106,8 +107,8 @@ private:
 
 /// Never destroyed: listeners may be removed while the process ends.
 Stations& TheStations() {
-    static Stations& stations = *new Stations;
-    return stations;
+    static moxcore::utility::NoDestructor<Stations> stations;
+    return *stations;
 }
 
 }  // namespace

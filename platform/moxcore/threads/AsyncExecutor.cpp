@@ -12,6 +12,7 @@
 
 #include "moxcore/config/Error.h"
 #include "moxcore/debug/Trace.h"
+#include "moxcore/utility/NoDestructor.h"
 
 namespace moxcore::threads {
 namespace {
@@ -130,13 +131,13 @@ std::shared_ptr<AsyncExecutor> const& ThePool() {
         Pool& pool;
         ~StopAtExit() { pool.Stop(); }
     };
-    static auto& pool = *new std::shared_ptr<AsyncExecutor>;
+    static moxcore::utility::NoDestructor<std::shared_ptr<AsyncExecutor>> pool;
     static StopAtExit const stopAtExit{[]() -> Pool& {
         auto made = std::make_shared<Pool>();
-        pool = made;
+        *pool = made;
         return *made;
     }()};
-    return pool;
+    return *pool;
 }
 
 struct ExecutorSlot {
@@ -146,8 +147,8 @@ struct ExecutorSlot {
 
 /// Never destroyed: executors are still asked for while the process ends.
 ExecutorSlot& Slot() {
-    static ExecutorSlot& slot = *new ExecutorSlot;
-    return slot;
+    static moxcore::utility::NoDestructor<ExecutorSlot> slot;
+    return *slot;
 }
 
 }  // namespace

@@ -1,13 +1,15 @@
 #include "moxcore/threads/Clock.h"
 
+#include "moxcore/utility/NoDestructor.h"
+
 namespace moxcore::threads {
 namespace {
 
 /// The clock that stands in for the system's; empty: none does. Never destroyed: the time is still
 /// asked for while the process ends.
 std::function<TimePoint()>& Replacement() {
-    static auto& replacement = *new std::function<TimePoint()>;
-    return replacement;
+    static moxcore::utility::NoDestructor<std::function<TimePoint()>> replacement;
+    return *replacement;
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "moxcore/config/Error.h"
 #include "moxcore/debug/Trace.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "moxcore/utility/NoDestructor.h"
 
 namespace moxcore::threads {
 namespace {
@@ -37,8 +38,8 @@ struct Queue {
 
 /// Never destroyed: other threads may still post while the process ends.
 Queue& TheQueue() {
-    static Queue& queue = *new Queue;
-    return queue;
+    static moxcore::utility::NoDestructor<Queue> queue;
+    return *queue;
 }
 
 std::atomic<std::thread::id> mainThread{std::this_thread::get_id()};

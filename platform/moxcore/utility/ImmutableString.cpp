@@ -1,5 +1,7 @@
 #include "moxcore/utility/ImmutableString.h"
 
+#include "moxcore/utility/NoDestructor.h"
+
 namespace moxcore::utility {
 
 ImmutableString::ImmutableString(std::string_view text)
@@ -7,8 +9,8 @@ ImmutableString::ImmutableString(std::string_view text)
 
 std::string const& ImmutableString::AsStdString() const noexcept {
     // Never destroyed: names are still compared while the process ends.
-    static std::string const& none = *new std::string;
-    return text ? *text : none;
+    static moxcore::utility::NoDestructor<std::string> const none;
+    return text ? *text : *none;
 }
 
 std::strong_ordering operator<=>(ImmutableString const& left,

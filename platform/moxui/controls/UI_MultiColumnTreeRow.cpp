@@ -2,6 +2,8 @@
 
 #include <memory_resource>
 
+#include "moxcore/utility/NoDestructor.h"
+
 namespace moxui::controls {
 namespace {
 
@@ -11,8 +13,8 @@ std::pmr::memory_resource& RowMemory() {
     return *std::pmr::new_delete_resource();  // a pool would hide what is used after its end
 #else
     // Never destroyed: a row may be held until the process ends.
-    static auto& memory = *new std::pmr::unsynchronized_pool_resource;
-    return memory;
+    static moxcore::utility::NoDestructor<std::pmr::unsynchronized_pool_resource> memory;
+    return *memory;
 #endif
 }
 

@@ -8,6 +8,7 @@
 #include <map>
 #include <vector>
 
+#include "moxcore/utility/NoDestructor.h"
 #include "moxui/backend/detail/drawing/Conversions.h"
 #include "moxui/backend/detail/drawing/QtDrawbot.h"
 #include "moxui/backend/detail/drawing/Theme.h"
@@ -78,8 +79,8 @@ struct State {
 };
 
 State& TheState() {
-    static State& state = *new State;
-    return state;
+    static moxcore::utility::NoDestructor<State> state;
+    return *state;
 }
 
 Colors const& InForce() {

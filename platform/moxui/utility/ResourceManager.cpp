@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "moxcore/debug/Trace.h"
+#include "moxcore/utility/NoDestructor.h"
 #include "moxui/backend/detail/drawing/SvgImage.h"
 #include "moxui/resources/Bundle.h"
 #include "moxui/utility/ImageProvider.h"
@@ -38,8 +39,8 @@ boost::intrusive_ptr<drawbot::ImageInterface> OS_ResourceManager::GetImage(
 
 ResourceManager& GetResourceManager() {
     // Never destroyed: controls ask for pictures while the process ends.
-    static OS_ResourceManager& manager = *new OS_ResourceManager(resources::kBundle);
-    return manager;
+    static moxcore::utility::NoDestructor<OS_ResourceManager> manager(resources::kBundle);
+    return *manager;
 }
 
 boost::intrusive_ptr<drawbot::ImageInterface> ImageProvider::GetThemeImage(

@@ -3,6 +3,7 @@
 #include <mutex>
 #include <optional>
 
+#include "moxcore/utility/NoDestructor.h"
 #include "quilloclient/QuilloDatastore.h"
 #include "quillomoxui/model/client/ClientNodes.h"
 
@@ -23,17 +24,17 @@ UserResult RequestUser(std::shared_ptr<QuilloDatastore> const& datastore) {
         std::optional<UserResult> user;
     };
     // Never destroyed: it may still be asked for while the process ends.
-    static auto& request = *new Request;
-    std::lock_guard lock(request.mutex);
-    bool const isMade = request.user && request.datastore.lock() == datastore;
-    if (isMade && !(request.user->IsComplete() && request.user->GetException())) {
+    static moxcore::utility::NoDestructor<Request> request;
+    std::lock_guard lock(request->mutex);
+    bool const isMade = request->user && request->datastore.lock() == datastore;
+    if (isMade && !(request->user->IsComplete() && request->user->GetException())) {
         // Whoever is handed the user after a sign-out needs a session for its lists all the same.
         datastore->SignIn();
     } else {
-        request.datastore = datastore;
-        request.user = datastore->GetCurrentUser();
+        request->datastore = datastore;
+        request->user = datastore->GetCurrentUser();
     }
-    return *request.user;
+    return *request->user;
 }
 
 }  // namespace

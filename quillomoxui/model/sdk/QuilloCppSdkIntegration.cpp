@@ -8,6 +8,7 @@
 #include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/utility/Keychain.h"
+#include "moxcore/utility/NoDestructor.h"
 #include "quilloauth/AuthManager.h"
 #include "quillomoxui/model/sdk/ChildQueues.h"
 #include "quillomoxui/model/sdk/SdkNodes.h"
@@ -36,6 +37,8 @@ namespace model {
 
 namespace {
 
+void OnSession(bool exists);
+
 struct SharedState {
     std::mutex mutex;  // guards all below; never held across a callback
     std::string sClientID;
@@ -44,20 +47,15 @@ struct SharedState {
     std::shared_ptr<std::function<void(bool)> const> sOnClientLoggedInChanged;
     unsigned signOuts = 0;        // a token that was asked for before the last one is late
     bool followsSession = false;  // since FollowSession
-    std::shared_ptr<quilloauth::jwt::SessionListener const> sessionListener;
+    std::shared_ptr<quilloauth::jwt::SessionListener const> sessionListener =
+        quilloauth::jwt::ListenToSession(OnSession);
     std::shared_ptr<SignInAttempt> attempt;  // the last one
 };
 
-void OnSession(bool exists);
-
 /// Never destroyed: answers may still arrive while the process ends.
 SharedState& State() {
-    static SharedState& state = []() -> SharedState& {
-        auto& made = *new SharedState;
-        made.sessionListener = quilloauth::jwt::ListenToSession(OnSession);
-        return made;
-    }();
-    return state;
+    static moxcore::utility::NoDestructor<SharedState> state;
+    return *state;
 }
 
 unsigned CountSignOuts() {

@@ -232,11 +232,11 @@ TEST_F(ConnectionTest, StopsWithOpenConnections) {
 }
 
 TEST_F(ConnectionTest, ServesConcurrentShares) {
-    constexpr int clients = 64;
+    constexpr int kClients = 64;
     std::string stack = "5ca1ab1e-0000-4000-8000-000000000001";
     std::atomic<int> shared = 0;
     std::vector<std::thread> threads;
-    for (int i = 0; i < clients; ++i) {
+    for (int i = 0; i < kClients; ++i) {
         threads.emplace_back([&, i] {
             try {
                 ApiClient client(service.GetPort());
@@ -254,8 +254,8 @@ TEST_F(ConnectionTest, ServesConcurrentShares) {
     }
     for (std::thread& thread : threads)
         thread.join();
-    EXPECT_EQ(shared, clients);
-    EXPECT_EQ(ApiClient(service.GetPort()).Upload("x", "last.mp4", stack)["version"], clients + 1);
+    EXPECT_EQ(shared, kClients);
+    EXPECT_EQ(ApiClient(service.GetPort()).Upload("x", "last.mp4", stack)["version"], kClients + 1);
 }
 
 class FaultTest : public testing::Test {

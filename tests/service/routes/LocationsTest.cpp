@@ -135,8 +135,8 @@ TEST_F(LocationsTest, HaveAnAdminPageForLocalBrowsers) {
     EXPECT_EQ(named->status, 302) << "redirect URIs cannot have a name";
     EXPECT_EQ(named->get_header_value("Location"), "http://127.0.0.1" + port + "/admin");
 
-    constexpr char const* link = "href=\"/admin\"";
-    EXPECT_THAT(client.http.Get("/")->body, HasSubstr(link));
+    constexpr char const* kLink = "href=\"/admin\"";
+    EXPECT_THAT(client.http.Get("/")->body, HasSubstr(kLink));
     for (httplib::Headers const& headers :
          std::vector<httplib::Headers>{{{"Host", "elsewhere.example"}},
                                        {{"Host", "127.0.0.1.elsewhere.example"}},
@@ -145,7 +145,7 @@ TEST_F(LocationsTest, HaveAnAdminPageForLocalBrowsers) {
         auto refused = client.http.Get("/admin", headers);
         EXPECT_EQ(refused->status, 403);
         EXPECT_THAT(refused->body, Not(HasSubstr("<script")));
-        EXPECT_THAT(client.http.Get("/", headers)->body, Not(HasSubstr(link)));
+        EXPECT_THAT(client.http.Get("/", headers)->body, Not(HasSubstr(kLink)));
     }
     EXPECT_EQ(client.http.Get("/admin", {{"Host", "127.0.0.2" + port}})->status, 403)
         << "not a valid redirect URI";

@@ -272,8 +272,8 @@ TEST_F(ClientBackendTest, ANodeThatIsGoneHearsNoAnswer) {
 // What the sanitizers watch: the node's last owner lets go of it while messages come on another
 // thread, whose calls may thus be the last to hold it.
 TEST_F(ClientBackendTest, NodesGoWhileMessagesCome) {
-    constexpr int rounds = 200;
-    constexpr int burst = 20;
+    constexpr int kRounds = 200;
+    constexpr int kBurst = 20;
     CurrentUser();
     On("GET /v1/folders/" + Id(6) + "/children",
        R"({"assets":[)" + Record(11, "Shots", R"(,"type":"folder")") + "]}");
@@ -281,20 +281,20 @@ TEST_F(ClientBackendTest, NodesGoWhileMessagesCome) {
     std::atomic<int> wanted = 0;
     std::atomic<int> posted = 0;
     std::jthread const poster([&] {
-        for (; posted < rounds * burst; ++posted) {
+        for (; posted < kRounds * kBurst; ++posted) {
             while (posted >= wanted)
                 std::this_thread::yield();
             Post<QuilloDatastore::AssetListChanged>(id);
         }
     });
     int heard = 0;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < kRounds; ++round) {
         std::shared_ptr<QuilloFolder> folder =
             model::MakeClientNode<Client::QuilloClientFolder>(id, nullptr);
         folder->FetchChildren();
         executor.RunUntil([&] { return !folder->GetFolders().empty(); });
-        wanted = (round + 1) * burst;
-        while (posted == round * burst)
+        wanted = (round + 1) * kBurst;
+        while (posted == round * kBurst)
             std::this_thread::yield();
         if (folder->GetFetchChildrenState() == State::Fetching) ++heard;
         folder.reset();
@@ -303,7 +303,7 @@ TEST_F(ClientBackendTest, NodesGoWhileMessagesCome) {
         executor.RunDue();
         testsupport::DrainMainThread();
     }
-    EXPECT_EQ(heard, rounds);
+    EXPECT_EQ(heard, kRounds);
 }
 
 }  // namespace

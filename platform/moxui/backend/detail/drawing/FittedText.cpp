@@ -9,6 +9,7 @@
 #include <cmath>
 #include <utility>
 
+#include "moxcore/utility/NoDestructor.h"
 #include "moxui/backend/detail/drawing/Conversions.h"
 #include "moxui/backend/detail/windows/ToolTip.h"
 
@@ -41,8 +42,8 @@ using Measured = std::pair<QFont, QString>;
 QCache<Measured, QSize>& KnownSizes() {
     constexpr qsizetype kMostLetters = 50'000;
     // Never destroyed: its fonts would outlive the application that they belong to otherwise.
-    static auto& sizes = *new QCache<Measured, QSize>(kMostLetters);
-    return sizes;
+    static moxcore::utility::NoDestructor<QCache<Measured, QSize>> sizes(kMostLetters);
+    return *sizes;
 }
 
 }  // namespace

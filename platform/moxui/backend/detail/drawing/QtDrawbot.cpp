@@ -6,6 +6,7 @@
 #include <cmath>
 #include <vector>
 
+#include "moxcore/utility/NoDestructor.h"
 #include "moxui/backend/detail/drawing/Conversions.h"
 #include "moxui/backend/detail/drawing/FittedText.h"
 #include "moxui/drawbot/MeasuringDrawbot.h"
@@ -129,8 +130,8 @@ private:
 
 drawbot::SupplierInterface const& QtSupplier() {
     // Never destroyed: its fonts would outlive the application that they belong to otherwise.
-    static Supplier const& supplier = *new Supplier;
-    return supplier;
+    static moxcore::utility::NoDestructor<Supplier> const supplier;
+    return *supplier;
 }
 
 QFont const& QtFont(drawbot::FontInterface const& font) {

@@ -9,8 +9,8 @@ WidgetStyle::WidgetStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
 
 WidgetStyle& WidgetStyle::Get() {
     // Never destroyed: widgets of the host may outlive this library's own statics.
-    static WidgetStyle& style = *new WidgetStyle;
-    return style;
+    static moxcore::utility::NoDestructor<WidgetStyle> style;
+    return *style;
 }
 
 int WidgetStyle::styleHint(StyleHint hint, QStyleOption const* option, QWidget const* widget,

@@ -2,6 +2,8 @@
 
 #include <QProxyStyle>
 
+#include "moxcore/utility/NoDestructor.h"
+
 namespace moxui::backend {
 
 /// The dynamic property of a widget that holds its tooltip's delay in milliseconds.
@@ -17,6 +19,7 @@ public:
                   QStyleHintReturn* returnData) const override;
 
 protected:
+    friend class moxcore::utility::NoDestructor<WidgetStyle>;
     WidgetStyle();
 };
 

@@ -63,8 +63,8 @@ QRect PartOfBar(QStyleOptionSlider const& bar, QStyle::SubControl part) {
 
 ListStyle& ListStyle::Get() {
     // Never destroyed, as the style that it derives from.
-    static ListStyle& style = *new ListStyle;
-    return style;
+    static moxcore::utility::NoDestructor<ListStyle> style;
+    return *style;
 }
 
 int ListStyle::pixelMetric(PixelMetric metric, QStyleOption const* option,

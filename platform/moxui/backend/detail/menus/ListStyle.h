@@ -1,5 +1,6 @@
 #pragma once
 
+#include "moxcore/utility/NoDestructor.h"
 #include "moxui/backend/detail/drawing/WidgetStyle.h"
 
 namespace moxui::backend {
@@ -26,6 +27,7 @@ public:
                        QWidget const* widget) const override;
 
 private:
+    friend class moxcore::utility::NoDestructor<ListStyle>;
     ListStyle() = default;
 };
 

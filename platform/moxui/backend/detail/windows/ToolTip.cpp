@@ -5,6 +5,7 @@
 #include <QTextDocument>
 #include <QToolTip>
 
+#include "moxcore/utility/NoDestructor.h"
 #include "moxui/backend/detail/drawing/Theme.h"
 #include "moxui/backend/detail/drawing/WidgetStyle.h"
 
@@ -53,8 +54,8 @@ QString FromPlainToolTip(QString const& toolTip) {
 
 void SetToolTip(QWidget& widget, QString const& text, int milliseconds) {
     // Never destroyed: widgets may outlive this library's own statics.
-    static Shower& shower = *new Shower;
-    widget.installEventFilter(&shower);
+    static moxcore::utility::NoDestructor<Shower> shower;
+    widget.installEventFilter(&*shower);
     widget.setToolTip(AsPlainToolTip(text));
     widget.setProperty(kToolTipDelayProperty, milliseconds);
     widget.setStyle(&WidgetStyle::Get());

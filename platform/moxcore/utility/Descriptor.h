@@ -4,11 +4,12 @@
 
 #include <utility>
 
-namespace quillohost {
+namespace moxcore::utility {
 
-/// A file descriptor, closed with this object; -1 for none.
+/// Owns a file descriptor, or none, and closes it. Not for several threads at once.
 class Descriptor {
 public:
+    /// Takes over `number`; a negative one, as a failed open(2) returns, is none.
     explicit Descriptor(int number = -1) : number(number) {}
     ~Descriptor() { Close(); }
     Descriptor(Descriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
@@ -17,7 +18,10 @@ public:
         return *this;
     }
 
-    [[nodiscard]] int Number() const { return number; }
+    /// Whether there is one.
+    explicit operator bool() const { return number >= 0; }
+    /// -1 when there is none.
+    [[nodiscard]] int GetNumber() const { return number; }
     void Close() {
         if (number >= 0) close(std::exchange(number, -1));
     }
@@ -26,4 +30,4 @@ private:
     int number;
 };
 
-}  // namespace quillohost
+}  // namespace moxcore::utility
