@@ -7,12 +7,6 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
-# Lines for stack traces, and no more debug information than that: the builds are twice as quick for it.
-set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g0 -DNDEBUG")
-if(QUILLO_SANITIZE)
-  set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
-endif()
-
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
@@ -39,7 +33,10 @@ pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET GLOBAL libxxhash)
 set(QUILLO_GCC "$<CXX_COMPILER_ID:GNU>")
 
 add_compile_options(-Wall -Wextra -Wpedantic $<${QUILLO_GCC}:-Wshadow=local> -Wnon-virtual-dtor -Woverloaded-virtual
-                    -Wno-missing-field-initializers -Werror)
+                    -Wno-missing-field-initializers)
+if(QUILLO_WERROR)
+  add_compile_options(-Werror)
+endif()
 # GCC 12 misreads std::make_shared of a class with a virtual base as reaching past the object.
 add_compile_options($<${QUILLO_GCC}:-Wno-array-bounds>)
 if(QUILLO_SANITIZE)
@@ -63,12 +60,50 @@ endif()
 
 include(QuilloHarden)
 
-# quillo_shared_library(NAME sources...): a shared library with hidden visibility and a soname.
-# NAME_API marks what it exports; the macro is defined in the library's Export.h.
-function(quillo_shared_library name)
-  add_library(${name} SHARED ${ARGN})
+# quillo_library(NAME NAMESPACES ... [TEMPLATES ...] SOURCES ... BELOW ... PUBLIC ... PRIVATE ...)
+#
+# Compiles the sources once, as NAME_objects, and makes of them
+#   NAME            the shared library with a soname, which a host loads. It exports what NAME_API marks (Export.h) in the
+#                   NAMESPACES, and no templates that it instantiates except those that match TEMPLATES.
+#   NAME_internals  a static library for tests, benchmarks and developers' programs, which reach everything.
+# BELOW names libraries of this tree, which either of them stands on in its own form: a program links one form only, or
+# it would have two copies of each static. PUBLIC and PRIVATE name libraries of others.
+function(quillo_library name)
+  cmake_parse_arguments(ARG "" "" "NAMESPACES;TEMPLATES;SOURCES;BELOW;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${name}_objects OBJECT ${ARG_SOURCES})
+  target_link_libraries(${name}_objects PRIVATE ${ARG_BELOW} ${ARG_PUBLIC} ${ARG_PRIVATE})
+
+  set(globals "")
+  foreach(namespace ${ARG_NAMESPACES})
+    foreach(kind "" "typeinfo?for?" "typeinfo?name?for?" "vtable?for?" "VTT?for?")
+      string(APPEND globals "      ${kind}${namespace}::*;\n")
+    endforeach()
+    string(APPEND globals "      construction?vtable?for?*${namespace}::*;\n      *thunk?to?${namespace}::*;\n")
+  endforeach()
+  foreach(template ${ARG_TEMPLATES})
+    string(APPEND globals "      ${template};\n")
+  endforeach()
+  set(script "${CMAKE_CURRENT_BINARY_DIR}/${name}.map")
+  file(CONFIGURE OUTPUT "${script}" @ONLY
+       CONTENT "{\n  global:\n    extern \"C++\" {\n@globals@    };\n  local: *;\n};\n")
+
+  add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
+  target_link_libraries(${name} PUBLIC ${ARG_BELOW} ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
   # Threads, queued callbacks and what waits on the core library's pool run this code until the process ends: a host
   # that unloads its plug-in must not unload it.
-  target_link_options(${name} PRIVATE LINKER:-z,nodelete)
-  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  target_link_options(${name} PRIVATE LINKER:-z,nodelete "LINKER:--version-script=${script}")
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+                                           LINKER_LANGUAGE CXX LINK_DEPENDS "${script}")
+
+  add_library(${name}_internals STATIC $<TARGET_OBJECTS:${name}_objects>)
+  set_target_properties(${name}_internals PROPERTIES LINKER_LANGUAGE CXX)
+  set(below ${ARG_BELOW})
+  list(TRANSFORM below APPEND _internals)
+  target_link_libraries(${name}_internals PUBLIC ${below} ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+
+  foreach(form ${name}_objects ${name} ${name}_internals)
+    target_include_directories(${form} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+                                              $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform>)
+    target_compile_features(${form} PUBLIC cxx_std_20)
+  endforeach()
 endfunction()

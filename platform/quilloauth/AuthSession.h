@@ -14,7 +14,6 @@
 #include "quilloauth/TokenRequests.h"
 #include "quilloauth/TokenStore.h"
 #include "quilloauth/Worker.h"
-#include "quillocommon/Export.h"
 #include "quillocommon/Response.h"
 
 namespace quilloauth {
@@ -22,7 +21,7 @@ namespace quilloauth {
 /// The session of one application with the service, behind the functions of AuthManager.h. Tokens
 /// are handed out and renewed on the worker, one thing after another; signing in and out happens
 /// on the caller's thread, which may be the worker. Not to be dropped on the worker. Any thread.
-class QUILLOSERVICES_API AuthSession : public std::enable_shared_from_this<AuthSession> {
+class AuthSession : public std::enable_shared_from_this<AuthSession> {
 public:
     /// Keeps its tokens in `keyring`, or in the file at `tokenPath` (UTF-8) where that is null or
     /// cannot be used.

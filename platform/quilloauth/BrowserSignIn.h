@@ -9,7 +9,6 @@
 #include "moxcore/config/Error.h"
 #include "quilloauth/LoopbackListener.h"
 #include "quilloauth/SignInProgress.h"
-#include "quillocommon/Export.h"
 
 namespace quilloauth {
 
@@ -33,7 +32,7 @@ private:
 
 /// Asks the user in the system's browser (OAuth 2.0's authorization code with PKCE, and a redirect
 /// to a port of this machine, which is open until Run returns). Once.
-class QUILLOSERVICES_API BrowserSignIn : public std::enable_shared_from_this<BrowserSignIn> {
+class BrowserSignIn : public std::enable_shared_from_this<BrowserSignIn> {
 public:
     /// For the application `clientID` at the service at `address`. `redirectURI` is the
     /// application's, http://127.0.0.1/... : the browser comes back to its path, on a free port. A

@@ -9,7 +9,7 @@ namespace quilloauth {
 /// Keeps the tokens in a file that only its owner may read. It is replaced as a whole: who
 /// reads finds the old or the new, never half. A file that cannot be read counts as empty and is
 /// replaced by the next Save. Waits for the disk. Any thread.
-class QUILLOSERVICES_API FileTokenStore final : public TokenStore {
+class FileTokenStore final : public TokenStore {
 public:
     /// Keeps the file at `path` (UTF-8); a "<path>.lock" beside it orders the processes.
     explicit FileTokenStore(std::string path);

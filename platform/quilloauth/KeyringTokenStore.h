@@ -12,7 +12,7 @@ namespace quilloauth {
 /// collection that is the user's default. Nothing here asks the user for anything: a keyring that
 /// is locked, or of which there is none yet, is a failure. Waits for the service, up to a deadline,
 /// and never on the main thread. One thread at a time.
-class QUILLOSERVICES_API KeyringTokenStore final : public TokenStore {
+class KeyringTokenStore final : public TokenStore {
 public:
     /// How long a keyring is waited for, which may have to be started first.
     static constexpr std::chrono::milliseconds kPatience{5000};

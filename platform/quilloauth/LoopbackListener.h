@@ -5,14 +5,13 @@
 
 #include "moxcore/utility/Descriptor.h"
 #include "quilloauth/ReturnPage.h"
-#include "quillocommon/Export.h"
 
 namespace quilloauth {
 
 /// Listens on a free port of 127.0.0.1 for a browser that is sent back to this program, and answers
 /// it with pages. Nobody can hold it up: connections are served side by side, the oldest of too
 /// many is closed, and a request's head has a bound.
-class QUILLOSERVICES_API LoopbackListener {
+class LoopbackListener {
 public:
     /// Answers a GET of this listener's address; `query` is what stands behind the "?".
     using Handler = std::function<ReturnPage(std::string const& query)>;

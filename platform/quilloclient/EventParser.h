@@ -5,8 +5,6 @@
 #include <string_view>
 #include <utility>
 
-#include "quillocommon/Export.h"
-
 namespace quillo {
 
 /// One server-sent event.
@@ -18,7 +16,7 @@ struct Event {
 
 /// Reads a stream of server-sent events, as the HTML standard has them, in whatever pieces it
 /// comes. One thread.
-class QUILLOSERVICES_API EventParser {
+class EventParser {
 public:
     explicit EventParser(std::function<void(Event const&)> onEvent) : onEvent(std::move(onEvent)) {}
 

@@ -21,9 +21,8 @@ namespace quillo {
 /// The datastore over the service's wire: the sign-in, the cache of lists, and the stream of events
 /// that says which of them to read again. While there is no stream, lists are read again a few at a
 /// time, one after the other. Everything happens on the executor.
-class QUILLOSERVICES_API ServiceDatastore final
-    : public QuilloDatastore,
-      public std::enable_shared_from_this<ServiceDatastore> {
+class ServiceDatastore final : public QuilloDatastore,
+                               public std::enable_shared_from_this<ServiceDatastore> {
 public:
     [[nodiscard]] static std::shared_ptr<ServiceDatastore> Create();
     ~ServiceDatastore() override;

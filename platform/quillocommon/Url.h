@@ -29,8 +29,7 @@ struct Url {
 [[nodiscard]] std::optional<Url> ParseUrl(std::string const& text, std::string const& base = {});
 
 /// The parameters of a query ("a=1&b=%202", as forms send it), decoded, in their order.
-[[nodiscard]] QUILLOSERVICES_API std::vector<std::pair<std::string, std::string>> ParseQuery(
-    std::string const& query);
+[[nodiscard]] std::vector<std::pair<std::string, std::string>> ParseQuery(std::string const& query);
 
 /// `text` with everything but letters, digits and "-._~" percent-encoded.
 [[nodiscard]] std::string PercentEncode(std::string const& text);

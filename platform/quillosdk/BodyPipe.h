@@ -7,14 +7,12 @@
 #include <string_view>
 #include <utility>
 
-#include "quillocommon/Export.h"
-
 namespace quillosdk {
 
 /// The body of an answer on its way from the transport to a reader who takes it when there is time.
 /// Where the reader is slower, the transport stops reading, and the service has to wait. Any
 /// thread.
-class QUILLOSERVICES_API BodyPipe {
+class BodyPipe {
 public:
     /// How much lies in a pipe before the transport has to wait.
     static constexpr std::size_t kMostBytes = std::size_t{64} * 1024;

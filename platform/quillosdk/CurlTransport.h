@@ -11,7 +11,7 @@ namespace quillosdk {
 /// HTTP/1.1 over libcurl: one multi handle that keeps connections for reuse, on one thread that is
 /// started by the first request. Continuations run on that thread and must not block it. Redirects
 /// are not followed, so that a token never goes where it was not sent.
-class QUILLOSERVICES_API CurlTransport final : public Transport {
+class CurlTransport final : public Transport {
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 

@@ -9,7 +9,6 @@
 
 #include "moxcore/config/Error.h"
 #include "moxcore/threads/Clock.h"
-#include "quillocommon/Export.h"
 
 namespace quillosdk {
 
@@ -25,7 +24,7 @@ struct RetryLimits {
 /// random between nothing and a bound that doubles from half a second to 30 s ("full jitter"), so
 /// that the clients of a service that was down do not come back all at once. One instance for one
 /// operation; by one thread at a time.
-class QUILLOSERVICES_API RetryPolicy {
+class RetryPolicy {
 public:
     explicit RetryPolicy(RetryLimits limits = {});
 

@@ -3,8 +3,6 @@
 #include <chrono>
 #include <cstdint>
 
-#include "quillocommon/Export.h"
-
 namespace quillosdk {
 
 /// Until when an exchange is waited for. Three things take their time, each with a rule of its own:
@@ -18,7 +16,7 @@ namespace quillosdk {
 ///
 /// The time before a connection is there does not count, nor does that in which the reader wants no
 /// more for now. One thread.
-class QUILLOSERVICES_API TransferPace {
+class TransferPace {
 public:
     using Time = std::chrono::steady_clock::time_point;
 

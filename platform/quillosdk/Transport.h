@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "moxcore/async/Future.h"
-#include "quillocommon/Export.h"
 #include "quillosdk/BodyPipe.h"
 #include "quillosdk/QuilloResponse.h"
 
@@ -47,7 +46,7 @@ struct HttpResponse {
 /// Carries requests to the service and their answers back. A request other than GET and HEAD is
 /// sent once for each Send, whatever becomes of the connection. The one way out of these libraries,
 /// so that tests can put something else behind them. Any thread.
-class QUILLOSERVICES_API Transport {
+class Transport {
 public:
     virtual ~Transport();
 
