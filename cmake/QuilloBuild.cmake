@@ -60,16 +60,16 @@ endif()
 
 include(QuilloHarden)
 
-# quillo_library(NAME NAMESPACES ... [TEMPLATES ...] SOURCES ... BELOW ... PUBLIC ... PRIVATE ...)
+# quillo_library(NAME NAMESPACES ... [TEMPLATES ...] PUBLIC_HEADERS ... SOURCES ... BELOW ... PUBLIC ... PRIVATE ...)
 #
 # Compiles the sources once, as NAME_objects, and makes of them
 #   NAME            the shared library with a soname, which a host loads. It exports what NAME_API marks (Export.h) in the
 #                   NAMESPACES, and no templates that it instantiates except those that match TEMPLATES.
 #   NAME_internals  a static library for tests, benchmarks and developers' programs, which reach everything.
-# BELOW names libraries of this tree, which either of them stands on in its own form: a program links one form only, or
+# PUBLIC_HEADERS are installed; docs/public-api.md says what is promised of them. BELOW names libraries of this tree, which either of them stands on in its own form: a program links one form only, or
 # it would have two copies of each static. PUBLIC and PRIVATE name libraries of others.
 function(quillo_library name)
-  cmake_parse_arguments(ARG "" "" "NAMESPACES;TEMPLATES;SOURCES;BELOW;PUBLIC;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "NAMESPACES;TEMPLATES;PUBLIC_HEADERS;SOURCES;BELOW;PUBLIC;PRIVATE" ${ARGN})
   add_library(${name}_objects OBJECT ${ARG_SOURCES})
   target_link_libraries(${name}_objects PRIVATE ${ARG_BELOW} ${ARG_PUBLIC} ${ARG_PRIVATE})
 
@@ -94,6 +94,10 @@ function(quillo_library name)
   target_link_options(${name} PRIVATE LINKER:-z,nodelete "LINKER:--version-script=${script}")
   set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
                                            LINKER_LANGUAGE CXX LINK_DEPENDS "${script}")
+
+  # The folder that includes are written from.
+  cmake_path(GET CMAKE_CURRENT_SOURCE_DIR PARENT_PATH base)
+  target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${base}" FILES ${ARG_PUBLIC_HEADERS})
 
   add_library(${name}_internals STATIC $<TARGET_OBJECTS:${name}_objects>)
   set_target_properties(${name}_internals PROPERTIES LINKER_LANGUAGE CXX)

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 
 #include "moxcore/async/Future.h"
+#include "quilloauth/SignInResults.h"
 #include "quillocommon/Export.h"
 #include "quillocommon/Response.h"
 #include "quillosdk/EnvironmentType.h"
@@ -18,17 +18,6 @@ namespace quilloauth::jwt {
 // broken or slow costs a warning (quillocommon::Step::KeepSignIn), and the file serves instead. So
 // it does for a host that has put its state in a directory of its own (SetUserRoot). They appear in
 // no trace and no error text. Any thread.
-
-/// What Login answers when a session exists and GetAccessToken will give its token.
-inline constexpr std::int32_t kSessionExists = static_cast<std::int32_t>(0xBB590001);
-
-/// What GetAccessToken fails with and Login answers when nobody is signed in and nothing here can
-/// change it.
-inline constexpr std::int32_t kNotSignedIn = static_cast<std::int32_t>(0xBB590002);
-
-/// What GetAccessToken fails with when the session that was kept turns out to have been ended by
-/// the service: it is forgotten, and a Login begins another.
-inline constexpr std::int32_t kSessionOver = static_cast<std::int32_t>(0xBB590003);
 
 /// Names the application to the service: its OAuth client ID, and its redirect URI, which is
 /// http://127.0.0.1/PATH for a sign-in in the browser to come back; the port is chosen anew each

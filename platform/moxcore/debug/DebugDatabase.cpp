@@ -1,5 +1,7 @@
 #include "moxcore/debug/DebugDatabase.h"
 
+#include "moxcore/utility/NoDestructor.h"
+
 namespace moxcore::debug {
 
 DebugDatabase& DebugDatabase::Instance() {

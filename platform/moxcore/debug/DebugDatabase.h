@@ -6,7 +6,11 @@
 #include <variant>
 
 #include "moxcore/Export.h"
-#include "moxcore/utility/NoDestructor.h"
+
+namespace moxcore::utility {
+template <class T>
+class NoDestructor;
+}
 
 namespace moxcore::debug {
 
