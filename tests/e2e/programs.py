@@ -96,12 +96,12 @@ class Service(Running):
         self.finish()
 
 
-def local_user_secret(url):
-    """What the service keeps for its user (docs/service-api.md)."""
+def local_user_secret_file(url):
+    """Where the service keeps what proves its user (docs/service-api.md)."""
     places = [os.environ.get("XDG_RUNTIME_DIR"), pathlib.Path.home() / ".cache"]
     port = url.rsplit(":", 1)[1]
     files = [pathlib.Path(place) / "quillo" / port / "127.0.0.1.secret" for place in places if place]
-    return next(file.read_text().strip() for file in files if file.exists())
+    return next(file for file in files if file.exists())
 
 
 def call(service, method, path, body=None):
@@ -113,7 +113,7 @@ def call(service, method, path, body=None):
     granted = ask(urllib.request.Request(
         service.url + "/oauth/token",
         b"client_id=test&grant_type=urn:quillo:grant-type:local-user&local_user_secret="
-        + local_user_secret(service.url).encode()))
+        + local_user_secret_file(service.url).read_text().strip().encode()))
     return ask(urllib.request.Request(
         service.url + path, body and json.dumps(body).encode(),
         {"Authorization": "Bearer " + granted["access_token"]}, method=method))
