@@ -71,8 +71,7 @@ class QtReceiver : public QObject {
     Q_OBJECT
 public:
     explicit QtReceiver(double& sum) : sum(sum) {}
-public Q_SLOTS:
-    void OnChanged(double value) { sum += value; }
+    Q_SLOT void OnChanged(double value) { sum += value; }
 
 private:
     double& sum;

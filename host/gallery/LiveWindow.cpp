@@ -83,8 +83,8 @@ void LiveWindow::showEvent(QShowEvent* event) {
         Qt::QueuedConnection);
 }
 
-boost::intrusive_ptr<controls::UI_TextButton> LiveWindow::AddButton(char const* text, float x,
-                                                                    std::function<void()> onPress) {
+boost::intrusive_ptr<controls::UI_TextButton> LiveWindow::AddButton(
+    char const* text, float x, std::function<void()> const& onPress) {
     boost::intrusive_ptr<controls::UI_TextButton> button(
         new controls::UI_TextButton(UTF8to16(text)));
     container->ChildPushBack(button);

@@ -22,8 +22,8 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    boost::intrusive_ptr<moxui::controls::UI_TextButton> AddButton(char const* text, float x,
-                                                                   std::function<void()> onPress);
+    boost::intrusive_ptr<moxui::controls::UI_TextButton> AddButton(
+        char const* text, float x, std::function<void()> const& onPress);
     void LayOut();
 
     boost::intrusive_ptr<moxui::ui::OS_ViewContainer> container;

@@ -5,7 +5,7 @@
 #include <QCommandLineParser>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <string_view>
 
 #include "host/gallery/LiveWindow.h"
 #include "host/gallery/Pictures.h"
@@ -29,7 +29,7 @@ namespace {
 /// The argument after `option`, or null: what Qt has to know before the application is made.
 char const* Early(int count, char** arguments, char const* option) {
     for (int i = 1; i + 1 < count; ++i)
-        if (std::strcmp(arguments[i], option) == 0) return arguments[i + 1];
+        if (std::string_view(arguments[i]) == option) return arguments[i + 1];
     return nullptr;
 }
 

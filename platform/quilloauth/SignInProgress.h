@@ -21,10 +21,12 @@ enum class SignInStage {
     Refused,      ///< anything else: the service grants nothing to this user or application
 };
 
+/// How far a sign-in is. A plain value; any thread.
 struct QUILLOSERVICES_API SignInProgress {
     SignInStage stage = SignInStage::None;
     moxcore::threads::TimePoint since{};  ///< when the stage began, Waiting with the first failure
 
+    /// Whether a sign-in waits for the service or for the user.
     [[nodiscard]] bool IsUnderWay() const {
         return stage == SignInStage::Asking || stage == SignInStage::Waiting ||
                stage == SignInStage::InBrowser;
@@ -33,6 +35,7 @@ struct QUILLOSERVICES_API SignInProgress {
     friend bool operator==(SignInProgress const&, SignInProgress const&) = default;
 };
 
+/// Called with each stage, in order.
 using SignInListener = std::function<void(SignInProgress const&)>;
 
 /// `listener` hears from now on what this process's sign-ins do, in place of the one before: what

@@ -18,8 +18,11 @@ public:
     [[nodiscard]] NodeVector<QuilloNode> GetChildNodes() const override;
     [[nodiscard]] UTF16String GetTypeAbbreviation() const override;
 
+    /// Replaces the folders: sorted by name, and listed (HasBeenListed) from then on.
     void SetFolders(NodeVector<QuilloFolder> const& folders) override;
+    /// As SetFolders.
     void SetVersionStacks(NodeVector<QuilloVersionStack> const& versionStacks) override;
+    /// As SetFolders.
     void SetFiles(NodeVector<QuilloFile> const& files) override;
 };
 

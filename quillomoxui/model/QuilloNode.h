@@ -50,6 +50,7 @@ public:
 protected:
     /// For the setters of child properties, before anybody can see the node there.
     static void NoteListed(QuilloNode& child) { child.hasBeenListed = true; }
+    /// The same for several.
     template <class Node>
     static void NoteListed(NodeVector<Node> const& children) {
         for (auto const& child : children)

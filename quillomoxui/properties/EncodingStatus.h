@@ -16,6 +16,7 @@ namespace quillomoxui {
 /// EncodingProgress 0 and an empty ReviewLinkURL: otherwise the popup opens on the link of the
 /// share before.
 struct QUILLO_API EncodingStatus {
+    /// The stages, in the order in which a share passes them.
     enum Code : std::uint32_t {
         None = 0,
         Queued = 1,

@@ -28,6 +28,7 @@ namespace quillomoxui {
 template <class T, class Arg>
 class QUILLO_API NotifyingPropertyHost : public virtual moxcore::utility::EnableSharedAs {
 public:
+    /// Receives the value. Called on the main thread.
     using Callback = std::function<void(Arg)>;
 
     /// Stores `newValue` and notifies; nothing happens when it equals the value held.
@@ -53,6 +54,7 @@ protected:
     NotifyingPropertyHost() = default;
     ~NotifyingPropertyHost() override;
 
+    /// A copy of the value held.
     [[nodiscard]] T GetValue() const;
 
     /// As SetValue, for a value that nobody else needs: a list of a hundred thousand is not copied.

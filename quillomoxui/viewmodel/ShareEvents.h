@@ -35,16 +35,16 @@ struct ShareFailure {
         text;  ///< one sentence in English, never empty; what the service said, where it did
 };
 
-/// Hears how the shares of a view model go (ShareForReviewViewModel::ObserveShares), in the order
-/// in which it happens. Every share that began ends with exactly one of ShareFinished and
-/// ShareFailed, and nothing is told of it afterwards. Shares may overlap: one whose movie is being
-/// uploaded goes on when the next one begins, and ends by itself.
+/// Observer of the shares of a view model (ShareForReviewViewModel::ObserveShares). Events come in
+/// order. Every share that began ends with exactly one ShareFinished or ShareFailed, which is its
+/// last event. Shares may overlap: the upload of one goes on when the next one begins.
 ///
-/// Threads: called on the main thread, never within the call that brought it about. Must not throw.
+/// Threads: called on the main thread, never within the call that caused the event. Must not throw.
 class QUILLO_API ShareEvents {
 public:
     virtual ~ShareEvents();
 
+    /// Share was pressed, or ProcessAssetForReview called, with a folder selected.
     virtual void ShareBegan(ShareInfo const& share);
 
     /// The link under which the movie will be, new or from an earlier share. Nothing is on a new
@@ -64,6 +64,7 @@ public:
     /// The movie is on its link, and the exported file is deleted.
     virtual void ShareFinished(ShareInfo const& share);
 
+    /// The share has ended. What it made so far is kept, and sharing again goes on from there.
     virtual void ShareFailed(ShareInfo const& share, ShareFailure const& failure);
 };
 

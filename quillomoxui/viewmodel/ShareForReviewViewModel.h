@@ -52,6 +52,7 @@ class QUILLO_API ShareForReviewViewModel : public UserNotifyingPropertyHost,
                                            public SignInProgressNotifyingPropertyHost,
                                            public UploadWaitingSinceNotifyingPropertyHost {
 public:
+    /// The library's type of identifiers.
     using Guid = moxcore::utility::Guid;
 
     /// Exports the asset to `outputFilePath` and reports how far that is through SetEncodingStatus.
@@ -91,9 +92,10 @@ public:
     /// links then use the same session.
     virtual void Login();
 
-    /// While Login waits, as SignInProgress tells: gives up, so that it never was; has the browser
-    /// show its page once more. Nothing happens when nothing waits.
+    /// Gives up a Login that waits (SignInProgress). Nothing happens when none does.
     void CancelLogin();
+    /// Shows the sign-in page in the browser once more while a Login waits for it. Nothing happens
+    /// when none does.
     void ReopenLoginPage();
 
     /// Signs out and forgets the user's tree. The view stays.
@@ -114,29 +116,33 @@ public:
 
     /// The picker's Choose and Cancel, after it has committed or reset the user's selection.
     virtual void LocationPickerSelectionCommitted();
+    /// See LocationPickerSelectionCommitted.
     virtual void LocationPickerCancelled();
 
     /// Call each time the popup is to be opened: shows the view that the state of the share calls
     /// for, and with it the popup's window, where there is a screen manager.
     void StartShareForReviewPopup();
 
+    /// Whether SetCurrentViewID has an effect. A view of None switches it off.
     void EnableCurrentViewIDMessages(bool enable);
 
+    /// The host's export. Set it before the first share.
     void SetAssetProcessingMethod(AssetProcessingMethod const& method);
+    /// Where the library keeps its strings for each asset (AssetDataKeys.h).
     void SetAssetDataMethods(GetAssetIDsMethod const& getIDs, GetAssetDataMethod const& getData,
                              SetAssetDataMethod const& setData);
 
-    /// `observer` hears of every share that begins from now on, and of those under way what is
-    /// still to come, as long as there is one: it is held weakly, and hears nothing more once its
-    /// last owner has let go of it on the main thread. Any number of observers. Any thread.
+    /// Adds an observer, which is held weakly. It receives all events of shares that begin from now
+    /// on, and the remaining ones of shares under way; none after its last owner has dropped it on
+    /// the main thread. Any number of observers. Any thread.
     void ObserveShares(std::weak_ptr<ShareEvents> const& observer);
 
     /// Whether the last share that began has not ended. What observers hear of that may still be on
     /// its way to them.
     [[nodiscard]] bool IsShareUnderWay() const;
 
-    /// The Share button: shares the active asset into the user's selection. Without one that lies
-    /// in a project nothing happens but that those who listen for failures hear of it.
+    /// The Share button: shares the active asset into the user's selection. Without a selection in
+    /// a project nothing happens, and the failure listeners are told.
     void ProcessAssetForReview();
 
     // The steps of a share, one by one. A host that takes one outside a share is not told how it

@@ -53,7 +53,8 @@ public:
     /// somebody else does or has done. Takes a share of its own: whoever sees the result may drop
     /// the promise.
     static bool Complete(std::shared_ptr<FutureState> state,  // NOLINT(performance-*)
-                         std::optional<Stored<T>> newValue, std::exception_ptr newException) {
+                         std::optional<Stored<T>> newValue,
+                         std::exception_ptr newException) {  // NOLINT(performance-*)
         if (state->claimed.exchange(true, std::memory_order_relaxed)) return false;
         state->value = std::move(newValue);
         state->exception = std::move(newException);

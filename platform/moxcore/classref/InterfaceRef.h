@@ -16,6 +16,7 @@ class InterfaceRef {
 public:
     InterfaceRef() = default;
 
+    /// Refers to `object`, and to none when it is null.
     explicit InterfaceRef(std::shared_ptr<T> object) : object(std::move(object)) {}
 
     /// To the same object behind one of its bases.
@@ -23,8 +24,10 @@ public:
     requires std::convertible_to<Derived*, T*> InterfaceRef(InterfaceRef<Derived> const& other)
         : object(other.Share()) {}
 
+    /// Whether it refers to an object.
     [[nodiscard]] explicit operator bool() const noexcept { return object != nullptr; }
 
+    /// The object; a ContractViolation when there is none.
     [[nodiscard]] T& operator*() const { return Checked(); }
     [[nodiscard]] T* operator->() const { return &Checked(); }
 

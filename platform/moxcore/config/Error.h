@@ -18,9 +18,11 @@ inline constexpr Result kUnknownFailure = static_cast<Result>(0xA00F0001);
 /// A failure with a 32-bit result. `what` is a sentence for developers and never holds a secret.
 class MOXCORE_API ResultException : public std::runtime_error {
 public:
+    /// `result` is negative; `message` is the text of `what`.
     ResultException(Result result, std::string const& message);
     ~ResultException() override;
 
+    /// Negative.
     [[nodiscard]] Result GetResult() const noexcept { return result; }
 
 private:
@@ -30,6 +32,7 @@ private:
 /// A broken contract, raised by ThrowError. `what` is the localized message.
 class MOXCORE_API ContractViolation : public std::logic_error {
 public:
+    /// `message` is the text of `what`.
     explicit ContractViolation(std::string const& message);
     ~ContractViolation() override;
 };

@@ -17,8 +17,10 @@ namespace moxcore::debug {
 /// Developer switches by name, for the length of the process. Any thread.
 class MOXCORE_API DebugDatabase {
 public:
+    /// What an entry holds.
     using Value = std::variant<bool, long, std::string>;
 
+    /// The one database of the process.
     [[nodiscard]] static DebugDatabase& Instance();
 
     /// The entry's value, or `fallback` when there is none or it holds another type. T is one of
@@ -32,7 +34,9 @@ public:
         return value ? *value : fallback;
     }
 
+    /// Makes or replaces the entry.
     void SetEntry(std::string const& key, Value const& value);
+    /// Nothing happens when there is none.
     void RemoveEntry(std::string const& key);
 
 private:

@@ -17,8 +17,10 @@ public:
     /// The entry `name` of `directory`.
     File(File const& directory, string::UTF16String const& name);
 
+    /// The path as it was given; a directory and an entry are joined by a slash.
     [[nodiscard]] string::UTF16String FullPath() const;
 
+    /// Whether there is a file or directory at the path now. False when that cannot be found out.
     [[nodiscard]] bool Exists() const;
 
     /// Removes the file; true when it is gone afterwards.

@@ -12,6 +12,7 @@ struct RectT {
     T width{};
     T height{};
 
+    /// Whether it covers nothing; true also when the size is not a number.
     [[nodiscard]] bool IsEmpty() const { return !(width > 0) || !(height > 0); }
 
     friend bool operator==(RectT const&, RectT const&) = default;

@@ -46,6 +46,7 @@ public:
     /// before may still be under way.
     static void SetFailureObserver(std::function<void(std::exception_ptr)> observer);
 
+    /// Whether the calling thread is the main one. Any thread.
     [[nodiscard]] static bool IsCurrent();
 };
 

@@ -20,6 +20,7 @@ public:
         return std::dynamic_pointer_cast<T>(shared_from_this());
     }
 
+    /// The same, without ownership.
     template <class T>
     [[nodiscard]] std::weak_ptr<T> WeakAs() {
         return SharedAs<T>();
@@ -34,6 +35,7 @@ public:
 
 protected:
     EnableSharedAs() = default;
+    /// A copy is owned separately.
     EnableSharedAs(EnableSharedAs const&) = default;
     EnableSharedAs& operator=(EnableSharedAs const&) = default;
 };

@@ -25,13 +25,17 @@ public:
     /// A random Guid (RFC 4122, version 4).
     [[nodiscard]] static Guid CreateUnique();
 
+    /// Whether it is all zero, which means none.
     [[nodiscard]] constexpr bool IsNull() const noexcept { return *this == Guid(); }
 
     /// The lower-case 8-4-4-4-12 form.
     using Text = std::array<char, 36>;
+    /// The lower-case form, without allocation.
     [[nodiscard]] Text AsText() const noexcept;
+    /// The lower-case form.
     [[nodiscard]] std::string AsStdString() const;
 
+    /// The bytes in the order of the text.
     [[nodiscard]] constexpr std::array<std::uint8_t, 16> const& Bytes() const noexcept {
         return bytes;
     }
@@ -47,6 +51,7 @@ MOXCORE_API std::ostream& operator<<(std::ostream& out, Guid const& guid);
 
 }  // namespace moxcore::utility
 
+/// For unordered containers.
 template <>
 struct std::hash<moxcore::utility::Guid> {
     std::size_t operator()(moxcore::utility::Guid const& guid) const noexcept {

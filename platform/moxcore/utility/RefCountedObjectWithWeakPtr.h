@@ -29,9 +29,12 @@ public:
     RefCountedObjectWithWeakPtr(RefCountedObjectWithWeakPtr const&) = delete;
     RefCountedObjectWithWeakPtr& operator=(RefCountedObjectWithWeakPtr const&) = delete;
 
+    /// Adds a strong reference; boost::intrusive_ptr calls it. Any thread.
     void AddReference() const noexcept;
+    /// Drops a strong reference. The last one destroys the object on the main thread. Any thread.
     void ReleaseReference() const noexcept;
 
+    /// For weak pointers. Never null.
     [[nodiscard]] std::shared_ptr<WeakCell> GetWeakCell() const { return cell; }
 
 protected:
@@ -56,6 +59,7 @@ template <class T>
 class RefCountedWeakPtr {
 public:
     RefCountedWeakPtr() = default;
+    /// Refers to `target`, or to none when it is null.
     explicit RefCountedWeakPtr(T* target)
         : target(target), cell(target ? target->GetWeakCell() : nullptr) {}
 

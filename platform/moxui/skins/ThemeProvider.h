@@ -69,15 +69,18 @@ public:
     /// anew. Dark until it is called.
     static void SetTheme(ThemeKind kind);
 
+    /// The theme in force.
     [[nodiscard]] ThemeKind GetKind() const;
     /// The colour of a key of ThemeColor; magenta for a key that does not exist.
     [[nodiscard]] drawbot::ColorRGBA GetColor(int key) const;
+    /// The gray of that level in the theme in force.
     [[nodiscard]] drawbot::ColorRGBA GetGray(HalcynGrayColor level) const;
 
     /// `index` 0, the one face there is.
     [[nodiscard]] std::string GetFontName(int index) const;
     /// In units; `index` 0, the one size there is.
     [[nodiscard]] float GetFontSize(int index) const;
+    /// In units that do not depend on the screen's scale.
     [[nodiscard]] float GetSize(ThemeSize size) const;
 
 private:

@@ -13,6 +13,7 @@ public:
 
 protected:
     ConstMessage() = default;
+    /// For derived classes alone, so that none is cut to its base.
     ConstMessage(ConstMessage const&) = default;
     ConstMessage& operator=(ConstMessage const&) = default;
 };

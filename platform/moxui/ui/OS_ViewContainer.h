@@ -16,6 +16,7 @@ public:
     [[nodiscard]] drawbot::SupplierInterface const* UI_GetDrawSupplier() const override;
 
 protected:
+    /// Takes over the widget's side of the view.
     explicit OS_ViewContainer(std::unique_ptr<backend::Peer> peer);
 };
 

@@ -17,10 +17,12 @@ enum class PointerAction {
 /// What a pointer did over a node.
 class PointerEvent {
 public:
+    /// `location` is in the node's own coordinates.
     PointerEvent(PointerAction action, moxcore::geom::PointT<float> const& location)
         : action(action), location(location) {}
     virtual ~PointerEvent() = default;
 
+    /// What the pointer did.
     [[nodiscard]] PointerAction GetAction() const { return action; }
 
     /// In the node's own coordinates.
@@ -42,6 +44,7 @@ public:
     MouseEvent(PointerAction action, moxcore::geom::PointT<float> const& location, int button)
         : PointerEvent(action, location), button(button) {}
 
+    /// 1 the primary, 2 the secondary, 3 the middle one, 0 none.
     [[nodiscard]] int GetButton() const { return button; }
     [[nodiscard]] MouseEvent const* GetMouseEvent() const override { return this; }
 

@@ -36,7 +36,9 @@ public:
     /// Answers true when the event goes no further; sets its last argument when it handled it.
     using MouseEventFunction = std::function<bool(UI_Node*, MouseEvent const&, bool&)>;
 
+    /// Names the node for UI_ChildGetFromID and for tests. Users never see it.
     void UI_SetNodeID(std::string const& id);
+    /// Empty unless it was set.
     [[nodiscard]] std::string const& UI_GetNodeID() const { return id; }
 
     /// Null at the top, and while the node is in no tree.
@@ -83,6 +85,7 @@ public:
     /// Shown when the pointer has rested on the node for `delay` milliseconds; an empty text shows
     /// none.
     void UI_SetToolTip(moxcore::string::UTF16String const& text, int delay);
+    /// The text of UI_SetToolTip; empty when there is none.
     [[nodiscard]] moxcore::string::UTF16String UI_GetToolTip() const;
 
     /// What a screen reader calls the node; a control's own text by default.
@@ -96,6 +99,7 @@ public:
     [[nodiscard]] backend::Peer& GetPeer() const { return *peer; }
 
 protected:
+    /// Takes over the widget's side of the view.
     explicit UI_Node(std::unique_ptr<backend::Peer> peer);
     ~UI_Node() override;
 

@@ -34,10 +34,13 @@ public:
     /// Tells assistive tools whether the view, one of several (AccessibleRole::ListItem), is the
     /// one that is chosen.
     void UI_SetAccessibleSelected(bool selected);
+    /// Whether the view itself has the keyboard's focus.
     [[nodiscard]] bool UI_HasFocus() const;
+    /// Gives the view the keyboard's focus, in its window if that is not the active one.
     void UI_SetFocus();
 
 protected:
+    /// Takes over the widget's side of the view.
     explicit UI_SubView(std::unique_ptr<backend::Peer> peer);
 
     /// What the view covers when it is drawn, in the parent's coordinates: its rectangle, or, for

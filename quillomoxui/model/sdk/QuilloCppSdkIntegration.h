@@ -48,7 +48,9 @@ public:
     template <class Queue>
     class WeakSingleton;
 
+    /// The OAuth client ID of the next sign-in. Hosts call InitQuilloCppSdk.
     static void SetClientID(std::string const& clientID);
+    /// The OAuth redirect URI of the next sign-in. Hosts call InitQuilloCppSdk.
     static void SetRedirectURI(std::string const& redirectURI);
 
     /// The shared client; null while nobody is signed in.
