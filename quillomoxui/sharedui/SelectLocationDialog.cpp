@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "quillomoxui/model/Backends.h"
 #include "quillomoxui/model/QuilloUser.h"
-#include "quillomoxui/model/client/QuilloClientIntegration.h"
 #include "quillomoxui/sharedui/PopupManager.h"
 #include "quillomoxui/sharedui/PopupSectionView.h"
 #include "quillomoxui/view/DialogManager.h"
@@ -131,8 +131,7 @@ void ShowSelectLocationDialogCentered(std::shared_ptr<QuilloUser> const& user,
 void ShowSelectLocationDialogCentered(
     moxcore::classref::InterfaceRef<quillo::QuilloUser> const& user,
     SelectLocationCallback const& callback) {
-    ShowSelectLocationDialogCentered(model::QuilloClientIntegration::GetUserFromClient(user),
-                                     callback);
+    ShowSelectLocationDialogCentered(model::GetUserFromClient(user), callback);
 }
 
 }  // namespace quillomoxui::sharedui

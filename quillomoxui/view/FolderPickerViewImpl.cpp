@@ -6,9 +6,9 @@
 #include "moxui/drawbot/Utilities.h"
 #include "moxui/ui/UI_NodeManager.h"
 #include "moxui/utility/ImageProvider.h"
+#include "quillomoxui/model/Backends.h"
 #include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/model/QuilloUser.h"
-#include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 #include "quillomoxui/utility/WeakBindMemberFunction.h"
 #include "quillomoxui/view/Layout.h"
 #include "quillomoxui/view/Texts.h"
@@ -238,7 +238,7 @@ void FolderPickerViewImpl::FetchFirst(FolderPtr const& folder) {
             NodeVector<QuilloNode> nodes{std::exchange(self->lookedAt, nullptr)};
             auto const children = nodes.front()->GetChildNodes();
             nodes.insert(nodes.end(), children.begin(), children.end());
-            model::QuilloCppSdkIntegration::FetchFirst(nodes);
+            model::ChosenBackend().FetchFirst(nodes);
         },
         0);
 }

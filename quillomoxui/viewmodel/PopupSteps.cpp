@@ -7,24 +7,19 @@
 #include "moxcore/debug/DebugDatabase.h"
 #include "moxcore/string/Conversions.h"
 #include "quilloauth/AuthManager.h"
+#include "quillomoxui/model/Backends.h"
 #include "quillomoxui/model/QuilloFolder.h"
 #include "quillomoxui/model/QuilloUser.h"
-#include "quillomoxui/model/client/QuilloClientIntegration.h"
-#include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
 
 namespace quillomoxui {
 
-using model::QuilloClientIntegration;
-using model::QuilloCppSdkIntegration;
 using moxcore::string::AsciiToUTF16;
 using moxcore::string::StdToUTF16String;
 using moxcore::utility::Guid;
 
 namespace {
-
-constexpr char kUseQuilloCppSdk[] = "QuilloNative.UseQuilloCppSdk";
 
 /// Views that a developer can have the popup open on, in the order in which the switches are tried.
 constexpr std::pair<char const*, ShareForReviewViewID> kDebugViews[] = {
@@ -35,8 +30,8 @@ constexpr std::pair<char const*, ShareForReviewViewID> kDebugViews[] = {
      ShareForReviewViewID::EncodingProgress},
 };
 
-bool IsSwitchedOn(char const* key, bool byDefault) {
-    return moxcore::debug::DebugDatabase::Instance().GetEntryAs<bool>(key, byDefault);
+bool IsSwitchedOn(char const* key) {
+    return moxcore::debug::DebugDatabase::Instance().GetEntryAs<bool>(key, false);
 }
 
 }  // namespace
@@ -44,7 +39,7 @@ bool IsSwitchedOn(char const* key, bool byDefault) {
 void ShareForReviewViewModel::StartShareForReviewPopup() {
     EnableCurrentViewIDMessages(true);
     for (auto const& [key, view] : kDebugViews)
-        if (IsSwitchedOn(key, false)) return SetCurrentViewID(view);
+        if (IsSwitchedOn(key)) return SetCurrentViewID(view);
 
     if (GetUser()->GetID().IsNull()) return SetCurrentViewID(ShareForReviewViewID::SigninPrompt);
     switch (GetEncodingStatus().status) {
@@ -71,23 +66,23 @@ void ShareForReviewViewModel::Login() {
                                          std::optional<ShareForReviewViewID> view = std::nullopt) {
         if (auto const self = weak.lock()) self->TakeUser(user, signIn, view);
     };
-    if (!IsSwitchedOn(kUseQuilloCppSdk, true)) {
-        // Uploads and review links take the SDK's client whichever backend fills the tree.
-        QuilloCppSdkIntegration::FollowSession(onProgress);
-        return QuilloClientIntegration::GetCurrentUser(
+    auto const& backend = model::ChosenBackend();
+    if (!backend.HasSignInStep()) {
+        backend.SignIn(nullptr, onProgress);
+        return backend.GetCurrentUser(
             [takeUser](auto const& user) { takeUser(user, ShareForReviewViewID::ReviewInQuillo); });
     }
-    auto const onLoggedIn = [weak, signIn, takeUser](bool loggedIn) {
+    auto const onLoggedIn = [weak, signIn, takeUser, &backend](bool loggedIn) {
         auto const self = weak.lock();
         if (!self || !loggedIn || !self->TakeSignedIn(signIn)) return;
-        QuilloCppSdkIntegration::GetCurrentUser([takeUser](auto const& user) { takeUser(user); });
+        backend.GetCurrentUser([takeUser](auto const& user) { takeUser(user); });
     };
-    QuilloCppSdkIntegration::SignIn(onLoggedIn, onProgress);
+    backend.SignIn(onLoggedIn, onProgress);
 }
 
 void ShareForReviewViewModel::CancelLogin() {
     // The sign-in under way may be another view model's.
-    if (GetSignInProgress().IsUnderWay()) QuilloCppSdkIntegration::CancelSignIn();
+    if (GetSignInProgress().IsUnderWay()) model::ChosenBackend().CancelSignIn();
 }
 
 void ShareForReviewViewModel::ReopenLoginPage() {
@@ -97,11 +92,7 @@ void ShareForReviewViewModel::ReopenLoginPage() {
 
 void ShareForReviewViewModel::Logout() {
     static_cast<void>(BeginSignIn());  // what is under way is late from here on
-    // That the other backend is signed out with this one, the session sees to.
-    if (IsSwitchedOn(kUseQuilloCppSdk, true))
-        QuilloCppSdkIntegration::SignOut();
-    else
-        QuilloClientIntegration::SignOut();
+    model::ChosenBackend().SignOut();
     SetIsLoggedIn(false);
     SetUser(std::make_shared<QuilloUser>());
 }

@@ -15,9 +15,9 @@ class QuilloUser;
 
 namespace model {
 
-/// The backend on the older client library: fills the location tree from its datastore, which holds
-/// the sign-in and the lists, and follows it when they change. Any thread; callbacks come on the
-/// datastore's executor.
+/// The front of the backend on the older client library (ClientBackend.h), by the names that other
+/// programs know, and the scope of the classes that fill the location tree from it. Any thread;
+/// callbacks come on the datastore's executor.
 class QuilloClientIntegration {
 public:
     QuilloClientIntegration() = delete;

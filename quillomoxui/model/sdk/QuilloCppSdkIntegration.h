@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 
-#include "quilloauth/SignInProgress.h"
 #include "quillomoxui/Export.h"
 #include "quillomoxui/model/QuilloNode.h"
 #include "quillomoxui/properties/UTF16String.h"
@@ -23,9 +22,9 @@ QUILLO_API void InitQuilloCppSdk(UTF16String const& clientID, UTF16String const&
 
 namespace model {
 
-/// The backend on the service's SDK: the application's identity, the one shared client, signing in
-/// and out, and the classes that fill the location tree. Static state only, guarded by one lock
-/// that is never held across a callback. Any thread; callbacks come on the service's own threads.
+/// The front of the backend on the service's SDK (SdkBackend.h), by the names that other programs
+/// know, and the scope of the classes that fill the location tree from it. Any thread; callbacks
+/// come on the service's own threads.
 class QuilloCppSdkIntegration {
 public:
     QuilloCppSdkIntegration() = delete;
@@ -61,21 +60,6 @@ public:
     /// sign-out. A sign-in that fails calls nothing, nor does one that a sign-out has overtaken.
     static void SignIn(std::function<void(bool)> const& onLoggedInChanged);
 
-    /// The same; `onProgress` hears how it fares: first, within the call, that the service is
-    /// asked, last of all how it has ended (SignInStage::None when it has succeeded, was given up,
-    /// or another SignIn has taken its place). On the thread that finds it out, one call at a time;
-    /// must not throw and must not sign in or out.
-    static void SignIn(std::function<void(bool)> const& onLoggedInChanged,
-                       quilloauth::SignInListener const& onProgress);
-
-    /// Has the client go by the session that another backend signs in to: it is there as soon as
-    /// that is. Asks nobody to sign in. `onProgress` as for SignIn.
-    static void FollowSession(quilloauth::SignInListener const& onProgress);
-
-    /// Gives up the sign-in under way: nobody is signed in by it. Nothing happens when there is
-    /// none. Never waits.
-    static void CancelSignIn();
-
     /// Signs out and releases the client, telling the callback of the last SignIn; so does a
     /// sign-out of another backend, since the session is one. Nothing happens when it cannot be
     /// ended.
@@ -85,10 +69,6 @@ public:
     /// is called when nobody is signed in or the service does not say who.
     static void GetCurrentUser(
         std::function<void(std::shared_ptr<QuilloUser> const&)> const& callback);
-
-    /// The user looks at these folders: of the children that wait to be asked for, theirs are asked
-    /// for first, in this order. Folders of another backend do not matter.
-    static void FetchFirst(NodeVector<QuilloNode> const& folders);
 };
 
 }  // namespace model

@@ -5,6 +5,7 @@
 #include "moxcore/debug/DebugDatabase.h"
 #include "quilloauth/AuthManager.h"
 #include "quilloclient/ServiceDatastore.h"
+#include "quillomoxui/model/Backends.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 #include "tests/quillomoxui/viewmodel/WorkflowTest.h"
 
@@ -165,6 +166,20 @@ TEST_P(SignInTest, TheLastSignInHasTheLastWord) {
     EXPECT_FALSE(viewModel->GetIsLoggedIn());
 }
 
+TEST_P(SignInTest, ASignInThatIsGivenUpSignsNobodyIn) {
+    using quilloauth::SignInStage;
+    On("POST /oauth/token", "", 503, {{"RETRY-AFTER", "7"}});
+    viewModel->Login();
+    executor.RunUntil([&] { return viewModel->GetSignInProgress().stage == SignInStage::Waiting; });
+    viewModel->CancelLogin();
+    EXPECT_EQ(viewModel->GetSignInProgress().stage, SignInStage::None);
+    GrantTokens();
+    executor.AdvanceBy(std::chrono::minutes(1));
+    EXPECT_FALSE(model::QuilloCppSdkIntegration::GetQuilloClient());
+    EXPECT_THAT(Requests("GET /v1/me"), IsEmpty());
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::SigninPrompt);
+}
+
 TEST_F(WorkflowTest, ASignInThatWaitsIsShownAndCanBeGivenUp) {
     using quilloauth::SignInStage;
     auto const stage = [&] { return viewModel->GetSignInProgress().stage; };
@@ -190,7 +205,7 @@ TEST_F(WorkflowTest, ASignInThatWaitsIsShownAndCanBeGivenUp) {
     viewModel->Login();
     auto const another = BeginSignIn();
     EXPECT_EQ(stage(), SignInStage::None);
-    model::QuilloCppSdkIntegration::CancelSignIn();
+    model::ChosenBackend().CancelSignIn();
 }
 
 TEST_F(WorkflowTest, AnUploadThatWaitsSaysSinceWhen) {

@@ -10,6 +10,7 @@
 
 #include "moxcore/threads/Clock.h"
 #include "quillomoxui/model/sdk/ChildQueues.h"
+#include "quillomoxui/model/sdk/SdkBackend.h"
 #include "quillomoxui/model/sdk/SdkNodes.h"
 #include "quillomoxui/model/sdk/WeakSingleton.h"
 #include "quillosdk/Records.h"
@@ -194,7 +195,7 @@ TEST_F(QueueTest, ARefusedRequestIsTheNextToBeSent) {
     ASSERT_EQ(Sent(), 3u);
     transport.Answer(Index(2), 429);
     transport.Answer(Index(1), 429);
-    Sdk::FetchFirst({folders[3], folders[1]});
+    model::SdkBackend::Instance().FetchFirst({folders[3], folders[1]});
     executor.AdvanceBy(5s);
     ASSERT_EQ(Sent(), 5u);
     EXPECT_EQ(PathOf(3), PathOf(*folders[0]));
@@ -294,9 +295,9 @@ TEST_F(QueueTest, BrowsingThroughManyFoldersLosesNoneAndAsksFirstForWhatIsLooked
     }
     ASSERT_EQ(Sent(), kLimit);
     // One that was asked for already, one that never was and one of nobody's do not matter.
-    Sdk::FetchFirst({folders[250]});
-    Sdk::FetchFirst({folders[0], folders[499], MakeFolder(), folders[300],
-                     std::make_shared<QuilloFolder>(nullptr)});
+    model::SdkBackend::Instance().FetchFirst({folders[250]});
+    model::SdkBackend::Instance().FetchFirst({folders[0], folders[499], MakeFolder(), folders[300],
+                                              std::make_shared<QuilloFolder>(nullptr)});
     executor.AdvanceBy(60s);
     ASSERT_GT(Sent(), kLimit + 4);
     for (std::size_t i = 0; auto const expected : {499, 300, 250, 60})
