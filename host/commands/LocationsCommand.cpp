@@ -6,11 +6,7 @@
 #include "host/process/Failure.h"
 #include "host/process/Terminal.h"
 #include "host/session/DestinationFinder.h"
-#include "quillomoxui/model/QuilloAccount.h"
-#include "quillomoxui/model/QuilloFile.h"
 #include "quillomoxui/model/QuilloProject.h"
-#include "quillomoxui/model/QuilloVersionStack.h"
-#include "quillomoxui/model/QuilloWorkspace.h"
 
 namespace quillohost {
 namespace {
@@ -18,32 +14,16 @@ namespace {
 using nlohmann::ordered_json;
 using Node = std::shared_ptr<quillomoxui::QuilloNode>;
 
-template <class T>
-bool Is(Node const& node) {
-    return dynamic_cast<T const*>(node.get()) != nullptr;
-}
-
-char const* TypeOf(Node const& node) {
-    using namespace quillomoxui;
-    if (Is<QuilloUser>(node)) return "user";
-    if (Is<QuilloAccount>(node)) return "account";
-    if (Is<QuilloWorkspace>(node)) return "workspace";
-    if (Is<QuilloProject>(node)) return "project";
-    if (Is<QuilloFile>(node)) return "file";
-    if (Is<QuilloVersionStack>(node)) return "version_stack";
-    return "folder";
-}
-
 /// The node that has the children that stand below `node`.
 Node ParentOfChildren(Node const& node) {
-    auto const project = std::dynamic_pointer_cast<quillomoxui::QuilloProject>(node);
+    auto const project = quillomoxui::NodeAs<quillomoxui::QuilloProject>(node);
     return project ? project->GetRootFolder() : node;
 }
 
 ordered_json Describe(Session& session, Node const& node, int levels) {
     ordered_json described{{"id", node->GetID().AsStdString()},
                            {"name", NameOf(*node)},
-                           {"type", TypeOf(node)},
+                           {"type", quillomoxui::TextsOf(node->GetKind()).name},
                            {"children", ordered_json::array()}};
     if (levels == 0) return described;
     auto const children = session.AwaitLists(session.Lists().ChildrenOf(ParentOfChildren(node)));

@@ -9,6 +9,7 @@ namespace {
 using moxcore::async::Future;
 using moxcore::async::Promise;
 using quillomoxui::FetchChildrenState;
+using quillomoxui::NodeKind;
 using quillomoxui::QuilloProject;
 
 /// How often the children of a node are asked for.
@@ -44,7 +45,7 @@ Future<ChildLists::Children> ChildLists::ChildrenOf(Node const& node) {
     request->node = node;
     auto future = request->promise.GetFuture();
     // A project comes with its only child and is never said to be fetched.
-    if (std::dynamic_pointer_cast<QuilloProject>(node) || request->IsAnswered()) {
+    if (node->GetKind() == NodeKind::Project || request->IsAnswered()) {
         request->promise.SetValue(node->GetChildNodes());
         return future;
     }

@@ -7,14 +7,14 @@
 #include "host/session/LocationPath.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/string/NaturalOrder.h"
-#include "quillomoxui/model/QuilloFile.h"
 #include "quillomoxui/model/QuilloProject.h"
-#include "quillomoxui/model/QuilloVersionStack.h"
 
 namespace quillohost {
 namespace {
 
 using moxcore::string::UTF16String;
+using quillomoxui::NodeAs;
+using quillomoxui::NodeKind;
 using quillomoxui::NodeVector;
 using quillomoxui::QuilloFolder;
 using quillomoxui::QuilloNode;
@@ -22,11 +22,6 @@ using quillomoxui::QuilloProject;
 using Node = std::shared_ptr<QuilloNode>;
 
 constexpr std::size_t kMostListed = 20;
-
-template <class T>
-std::shared_ptr<T> As(Node const& node) {
-    return std::dynamic_pointer_cast<T>(node);
-}
 
 bool IsSameButForCase(UTF16String const& a, UTF16String const& b) {
     using moxcore::string::CaseInsensitive::NaturalStringLessThan;
@@ -45,7 +40,7 @@ NodeVector<QuilloNode> Named(NodeVector<QuilloNode> const& nodes, UTF16String co
 /// The places among `nodes`: what one can go on into.
 NodeVector<QuilloNode> Places(NodeVector<QuilloNode> nodes) {
     std::erase_if(nodes, [](auto const& node) {
-        return As<quillomoxui::QuilloFile>(node) || As<quillomoxui::QuilloVersionStack>(node);
+        return node->GetKind() == NodeKind::File || node->GetKind() == NodeKind::VersionStack;
     });
     return nodes;
 }
@@ -61,8 +56,7 @@ std::string List(NodeVector<QuilloNode> const& nodes) {
 }
 
 std::string Describe(QuilloNode const& node) {
-    return dynamic_cast<quillomoxui::QuilloUser const*>(&node) ? "among the accounts"
-                                                               : "in \"" + NameOf(node) + "\"";
+    return node.GetKind() == NodeKind::User ? "among the accounts" : "in \"" + NameOf(node) + "\"";
 }
 
 }  // namespace
@@ -94,9 +88,9 @@ DestinationFinder::Folder DestinationFinder::FindByNames(std::vector<std::string
     Node place = user;
     for (auto const& name : names) {
         place = FindChild(place, name);
-        if (auto const project = As<QuilloProject>(place)) place = project->GetRootFolder();
+        if (auto const project = NodeAs<QuilloProject>(place)) place = project->GetRootFolder();
     }
-    if (auto folder = As<QuilloFolder>(place)) return folder;
+    if (auto folder = NodeAs<QuilloFolder>(place)) return folder;
     throw Failure(ExitCode::Location, "\"" + JoinLocationPath(names) +
                                           "\" is no project yet; go on with one of " +
                                           List(ChildrenOf(place)) + ".");
@@ -118,7 +112,7 @@ DestinationFinder::Folder DestinationFinder::FindFirstProject() {
     for (auto const& account : ChildrenOf(user))
         for (auto const& workspace : ChildrenOf(account))
             for (auto const& project : ChildrenOf(workspace))
-                return As<QuilloProject>(project)->GetRootFolder();
+                return NodeAs<QuilloProject>(project)->GetRootFolder();
     throw Failure(ExitCode::Location,
                   "There is no project to share to; have one made in the service first.");
 }

@@ -30,7 +30,7 @@ struct Walk {
 void Advance(std::shared_ptr<Walk> const& walk) {
     auto const& here = walk->seen.back();
     if (walk->way.empty()) {
-        auto const folder = std::dynamic_pointer_cast<QuilloFolder>(here);
+        auto const folder = quillomoxui::NodeAs<QuilloFolder>(here);
         walk->promise.SetValue(Place{walk->seen, folder});
         return;
     }
@@ -47,7 +47,7 @@ void Advance(std::shared_ptr<Walk> const& walk) {
                 }
                 walk->way.erase(walk->way.begin());
                 walk->seen.push_back(*next);
-                if (auto const project = std::dynamic_pointer_cast<QuilloProject>(*next))
+                if (auto const project = quillomoxui::NodeAs<QuilloProject>(*next))
                     walk->seen.push_back(project->GetRootFolder());
             } catch (...) {
                 walk->promise.SetException(std::current_exception());
@@ -70,7 +70,7 @@ Future<Place> FindByWay(ChildLists& lists, std::shared_ptr<quillomoxui::QuilloUs
 std::vector<Node> WayTo(std::shared_ptr<QuilloFolder> const& folder) {
     std::vector<Node> way;
     for (Node node = folder; node && node->GetParent(); node = node->GetParent())
-        if (!std::dynamic_pointer_cast<QuilloProject>(node->GetParent())) way.push_back(node);
+        if (!quillomoxui::NodeAs<QuilloProject>(node->GetParent())) way.push_back(node);
     std::reverse(way.begin(), way.end());
     return way;
 }

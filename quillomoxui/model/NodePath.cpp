@@ -17,16 +17,27 @@ std::shared_ptr<BindingHandle> BindChildren(QuilloNode& node,
     auto const bind = [&](auto& property) {
         return property.BindValueChanged([function](auto const&) { function(); });
     };
-    if (auto* const user = dynamic_cast<QuilloUser*>(&node))
-        return bind(static_cast<AccountsNotifyingPropertyHost&>(*user));
-    if (auto* const account = dynamic_cast<QuilloAccount*>(&node))
-        return bind(static_cast<WorkspacesNotifyingPropertyHost&>(*account));
-    if (auto* const workspace = dynamic_cast<QuilloWorkspace*>(&node))
-        return bind(static_cast<ProjectsNotifyingPropertyHost&>(*workspace));
-    if (auto* const project = dynamic_cast<QuilloProject*>(&node))
-        return bind(static_cast<RootFolderNotifyingPropertyHost&>(*project));
-    if (auto* const folder = dynamic_cast<QuilloFolder*>(&node))
-        return bind(static_cast<FoldersNotifyingPropertyHost&>(*folder));
+    switch (node.GetKind()) {
+        case NodeKind::User:
+            return bind(
+                static_cast<AccountsNotifyingPropertyHost&>(static_cast<QuilloUser&>(node)));
+        case NodeKind::Account:
+            return bind(
+                static_cast<WorkspacesNotifyingPropertyHost&>(static_cast<QuilloAccount&>(node)));
+        case NodeKind::Workspace:
+            return bind(
+                static_cast<ProjectsNotifyingPropertyHost&>(static_cast<QuilloWorkspace&>(node)));
+        case NodeKind::Project:
+            return bind(
+                static_cast<RootFolderNotifyingPropertyHost&>(static_cast<QuilloProject&>(node)));
+        case NodeKind::Folder:
+            return bind(
+                static_cast<FoldersNotifyingPropertyHost&>(static_cast<QuilloFolder&>(node)));
+        case NodeKind::File:
+        case NodeKind::VersionStack:
+        case NodeKind::Other:
+            break;
+    }
     return nullptr;
 }
 
@@ -88,22 +99,21 @@ void NodePath::Follow(std::shared_ptr<QuilloFolder> const& folder) {
     steps.reserve(kept.size() + 1);
     // A node that was replaced before anybody kept its way up ends below an account; what it says
     // is all that is known.
-    if (!kept.empty() && std::dynamic_pointer_cast<QuilloAccount>(kept.back()))
-        steps.push_back({user});
+    if (!kept.empty() && NodeAs<QuilloAccount>(kept.back())) steps.push_back({user});
     for (auto node = kept.rbegin(); node != kept.rend(); ++node)
         // One of another user's tree goes over to this one's, too.
-        steps.push_back({std::dynamic_pointer_cast<QuilloUser>(*node) ? user : *node});
+        steps.push_back({NodeAs<QuilloUser>(*node) ? user : *node});
     for (auto& step : steps)
         Watch(step);
 }
 
 std::shared_ptr<QuilloFolder> NodePath::GetFolder() const {
-    return steps.empty() ? nullptr : std::dynamic_pointer_cast<QuilloFolder>(steps.back().node);
+    return steps.empty() ? nullptr : NodeAs<QuilloFolder>(steps.back().node);
 }
 
 std::shared_ptr<QuilloProject> NodePath::GetProject() const {
     for (auto const& step : steps)
-        if (auto project = std::dynamic_pointer_cast<QuilloProject>(step.node)) return project;
+        if (auto project = NodeAs<QuilloProject>(step.node)) return project;
     return nullptr;
 }
 
@@ -149,7 +159,7 @@ bool NodePath::UpdateSteps() {
         hasChanged = true;
         step.node = std::move(found);
         Watch(step);
-        auto const folder = std::dynamic_pointer_cast<QuilloFolder>(step.node);
+        auto const folder = NodeAs<QuilloFolder>(step.node);
         if (folder && i + 1 < steps.size() &&
             folder->GetFetchChildrenState() == FetchChildrenState::NotFetched)
             folder->FetchChildren();

@@ -13,7 +13,7 @@ NodeVector<QuilloNode> QuilloAccount::GetChildNodes() const {
 }
 
 UTF16String QuilloAccount::GetTypeAbbreviation() const {
-    return moxcore::string::AsciiToUTF16("Acct");
+    return moxcore::string::AsciiToUTF16(TextsOf(GetKind()).abbreviation);
 }
 
 void QuilloAccount::SetWorkspaces(NodeVector<QuilloWorkspace> const& workspaces) {

@@ -9,7 +9,9 @@ class QUILLO_API QuilloAccount : public QuilloNode,
                                  public WorkspacesNotifyingPropertyHost,
                                  public IconNotifyingPropertyHost {
 public:
-    using QuilloNode::QuilloNode;
+    /// `parent` may be null and never changes.
+    explicit QuilloAccount(std::shared_ptr<QuilloNode> const& parent)
+        : QuilloNode(NodeKind::Account, parent) {}
     ~QuilloAccount() override;
 
     [[nodiscard]] NodeVector<QuilloNode> GetChildNodes() const override;

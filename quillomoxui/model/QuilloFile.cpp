@@ -15,7 +15,7 @@ void QuilloFile::FetchChildren() {
 }
 
 UTF16String QuilloFile::GetTypeAbbreviation() const {
-    return moxcore::string::AsciiToUTF16("File");
+    return moxcore::string::AsciiToUTF16(TextsOf(GetKind()).abbreviation);
 }
 
 }  // namespace quillomoxui

@@ -14,7 +14,7 @@ NodeVector<QuilloNode> QuilloFolder::GetChildNodes() const {
 }
 
 UTF16String QuilloFolder::GetTypeAbbreviation() const {
-    return moxcore::string::AsciiToUTF16("Fold");
+    return moxcore::string::AsciiToUTF16(TextsOf(GetKind()).abbreviation);
 }
 
 void QuilloFolder::SetFolders(NodeVector<QuilloFolder> const& folders) {

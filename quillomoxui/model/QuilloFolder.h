@@ -11,7 +11,9 @@ class QUILLO_API QuilloFolder : public QuilloNode,
                                 public FilesNotifyingPropertyHost,
                                 public VersionStacksNotifyingPropertyHost {
 public:
-    using QuilloNode::QuilloNode;
+    /// `parent` may be null and never changes.
+    explicit QuilloFolder(std::shared_ptr<QuilloNode> const& parent)
+        : QuilloNode(NodeKind::Folder, parent) {}
     ~QuilloFolder() override;
 
     /// Files, then version stacks, then folders.

@@ -7,7 +7,11 @@
 
 namespace quillomoxui {
 
-QuilloNode::QuilloNode(std::shared_ptr<QuilloNode> const& parent) : parent(parent) {}
+QuilloNode::QuilloNode(std::shared_ptr<QuilloNode> const& parent)
+    : QuilloNode(NodeKind::Other, parent) {}
+
+QuilloNode::QuilloNode(NodeKind kind, std::shared_ptr<QuilloNode> const& parent)
+    : parent(parent), kind(kind) {}
 
 QuilloNode::~QuilloNode() = default;
 
@@ -27,7 +31,7 @@ std::shared_ptr<QuilloNode> QuilloNode::GetParent() const {
 template <class T>
 std::shared_ptr<T> QuilloNode::FindSelfOrAncestorOfType() {
     for (auto current = Share(this); current; current = current->GetParent())
-        if (auto found = std::dynamic_pointer_cast<T>(current)) return found;
+        if (auto found = NodeAs<T>(current)) return found;
     return nullptr;
 }
 

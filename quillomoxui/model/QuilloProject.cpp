@@ -14,7 +14,7 @@ NodeVector<QuilloNode> QuilloProject::GetChildNodes() const {
 }
 
 UTF16String QuilloProject::GetTypeAbbreviation() const {
-    return moxcore::string::AsciiToUTF16("Proj");
+    return moxcore::string::AsciiToUTF16(TextsOf(GetKind()).abbreviation);
 }
 
 void QuilloProject::SetRootFolder(std::shared_ptr<QuilloFolder> const& root) {

@@ -7,7 +7,9 @@ namespace quillomoxui {
 /// A project of a workspace. Its only child is its root folder.
 class QUILLO_API QuilloProject : public QuilloNode, public RootFolderNotifyingPropertyHost {
 public:
-    using QuilloNode::QuilloNode;
+    /// `parent` may be null and never changes.
+    explicit QuilloProject(std::shared_ptr<QuilloNode> const& parent)
+        : QuilloNode(NodeKind::Project, parent) {}
     ~QuilloProject() override;
 
     [[nodiscard]] NodeVector<QuilloNode> GetChildNodes() const override;

@@ -17,7 +17,7 @@ UTF16String const& PathSeparator() {
 
 }  // namespace
 
-QuilloUser::QuilloUser() : QuilloNode(nullptr) {}
+QuilloUser::QuilloUser() : QuilloNode(NodeKind::User, nullptr) {}
 
 QuilloUser::~QuilloUser() = default;
 
@@ -26,7 +26,7 @@ NodeVector<QuilloNode> QuilloUser::GetChildNodes() const {
 }
 
 UTF16String QuilloUser::GetTypeAbbreviation() const {
-    return moxcore::string::AsciiToUTF16("User");
+    return moxcore::string::AsciiToUTF16(TextsOf(GetKind()).abbreviation);
 }
 
 void QuilloUser::SetSelection(std::shared_ptr<QuilloFolder> const& folder) {
@@ -69,7 +69,7 @@ UTF16String QuilloUser::ConstructSelectionPath(std::shared_ptr<QuilloNode> const
     if (node != root) path = PathSeparator() + node->GetName();
     for (auto current = node->GetParent(); current;) {
         auto const parent = current->GetParent();
-        if (std::dynamic_pointer_cast<QuilloAccount>(parent)) return current->GetName() + path;
+        if (NodeAs<QuilloAccount>(parent)) return current->GetName() + path;
         if (current != root) path = PathSeparator() + current->GetName() + path;
         current = parent;
     }

@@ -15,7 +15,7 @@ void QuilloVersionStack::FetchChildren() {
 }
 
 UTF16String QuilloVersionStack::GetTypeAbbreviation() const {
-    return moxcore::string::AsciiToUTF16("Vers");
+    return moxcore::string::AsciiToUTF16(TextsOf(GetKind()).abbreviation);
 }
 
 }  // namespace quillomoxui

@@ -13,7 +13,7 @@ NodeVector<QuilloNode> QuilloWorkspace::GetChildNodes() const {
 }
 
 UTF16String QuilloWorkspace::GetTypeAbbreviation() const {
-    return moxcore::string::AsciiToUTF16("Wksp");
+    return moxcore::string::AsciiToUTF16(TextsOf(GetKind()).abbreviation);
 }
 
 void QuilloWorkspace::SetProjects(NodeVector<QuilloProject> const& projects) {

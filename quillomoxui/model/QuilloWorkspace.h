@@ -7,7 +7,9 @@ namespace quillomoxui {
 /// A workspace of an account.
 class QUILLO_API QuilloWorkspace : public QuilloNode, public ProjectsNotifyingPropertyHost {
 public:
-    using QuilloNode::QuilloNode;
+    /// `parent` may be null and never changes.
+    explicit QuilloWorkspace(std::shared_ptr<QuilloNode> const& parent)
+        : QuilloNode(NodeKind::Workspace, parent) {}
     ~QuilloWorkspace() override;
 
     [[nodiscard]] NodeVector<QuilloNode> GetChildNodes() const override;

@@ -24,7 +24,7 @@ FolderFilter::FolderFilter(QuilloNode& parent) {
     auto const way = WithAncestors(parent.Share(&parent));
     isAtTheEnd = way.size() >= kMostLevels;
     for (auto const& node : way)
-        if (std::dynamic_pointer_cast<QuilloFolder>(node)) foldersAbove.push_back(node->GetID());
+        if (node->GetKind() == NodeKind::Folder) foldersAbove.push_back(node->GetID());
 }
 
 bool FolderFilter::Admits(moxcore::utility::Guid const& id) {

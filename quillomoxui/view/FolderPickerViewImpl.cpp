@@ -35,7 +35,7 @@ bool IsWayOpen(UI_MultiColumnTree const& tree, UI_MultiColumnTree::RowPtr const&
 }
 
 bool IsRootFolder(QuilloFolder const& folder) {
-    return !std::dynamic_pointer_cast<QuilloFolder>(folder.GetParent());
+    return !NodeAs<QuilloFolder>(folder.GetParent());
 }
 
 /// A project's root folder has no name of its own that a user would know.

@@ -142,6 +142,36 @@ TEST(NodeTree, FetchingIsAskedOfContainersAndDoneForLeaves) {
     EXPECT_EQ(state(Make<QuilloVersionStack>("")), FetchChildrenState::Fetched);
 }
 
+TEST(NodeTree, TheKindNamesTheClassAndItsTexts) {
+    Tree const tree;
+    struct {
+        std::shared_ptr<QuilloNode> node;
+        std::string abbreviation, name;
+    } const cases[] = {
+        {std::make_shared<Counting<QuilloUser>>(), "User", "user"},
+        {std::make_shared<Counting<QuilloAccount>>(nullptr), "Acct", "account"},
+        {tree.workspace, "Wksp", "workspace"},
+        {tree.project, "Proj", "project"},
+        {tree.a, "Fold", "folder"},
+        {Make<QuilloFile>("f"), "File", "file"},
+        {Make<QuilloVersionStack>("v"), "Vers", "version_stack"},
+    };
+    for (auto const& [node, abbreviation, name] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(UTF16to8(node->GetTypeAbbreviation()), abbreviation);
+        EXPECT_EQ(TextsOf(node->GetKind()).name, name);
+        EXPECT_EQ(NodeAs<QuilloUser>(node), std::dynamic_pointer_cast<QuilloUser>(node));
+        EXPECT_EQ(NodeAs<QuilloAccount>(node), std::dynamic_pointer_cast<QuilloAccount>(node));
+        EXPECT_EQ(NodeAs<QuilloWorkspace>(node), std::dynamic_pointer_cast<QuilloWorkspace>(node));
+        EXPECT_EQ(NodeAs<QuilloProject>(node), std::dynamic_pointer_cast<QuilloProject>(node));
+        EXPECT_EQ(NodeAs<QuilloFolder>(node), std::dynamic_pointer_cast<QuilloFolder>(node));
+        EXPECT_EQ(NodeAs<QuilloFile>(node), std::dynamic_pointer_cast<QuilloFile>(node));
+        EXPECT_EQ(NodeAs<QuilloVersionStack>(node),
+                  std::dynamic_pointer_cast<QuilloVersionStack>(node));
+    }
+    EXPECT_EQ(NodeAs<QuilloUser>(nullptr), nullptr);
+}
+
 TEST(NodeTree, AncestorsAreFoundByType) {
     Tree const tree;
     struct {
