@@ -4,10 +4,6 @@
 
 namespace quillomoxui {
 
-#define INSTANTIATE_BY_VALUE(T) template class NotifyingPropertyHost<T, T>;
-#define INSTANTIATE_BY_REFERENCE(T) template class NotifyingPropertyHost<T, T const&>;
-QUILLO_PROPERTY_TYPES(INSTANTIATE_BY_VALUE, INSTANTIATE_BY_REFERENCE)
-
 #define DEFINE(X, T, Arg)                                            \
     X##NotifyingPropertyHost::~X##NotifyingPropertyHost() = default; \
     T X##NotifyingPropertyHost::Get##X() const {                     \
@@ -19,8 +15,11 @@ QUILLO_PROPERTY_TYPES(INSTANTIATE_BY_VALUE, INSTANTIATE_BY_REFERENCE)
     void X##NotifyingPropertyHost::SetInitial##X(Arg newValue) {     \
         this->SetInitialValue(newValue);                             \
     }
-#define DEFINE_BY_VALUE(X, T) DEFINE(X, T, T)
-#define DEFINE_BY_REFERENCE(X, T) DEFINE(X, T, T const&)
+#define DEFINE_TYPE(T, Arg, names)                \
+    template class NotifyingPropertyHost<T, Arg>; \
+    QUILLO_EACH_PROPERTY(DEFINE, T, Arg, names)
+#define DEFINE_BY_VALUE(T, names) DEFINE_TYPE(T, T, names)
+#define DEFINE_BY_REFERENCE(T, names) DEFINE_TYPE(T, T const&, names)
 QUILLO_NAMED_PROPERTIES(DEFINE_BY_VALUE, DEFINE_BY_REFERENCE)
 
 }  // namespace quillomoxui
