@@ -45,8 +45,8 @@ void Share(Options const& options, MainLoop& loop, ProgressDisplay& display) {
 void ChooseLocation(Options const& options, MainLoop& loop, ProgressDisplay& display) {
     auto const chosen = editor::ChooseLocation(options, loop, display);
     auto const id = chosen.FolderID().AsStdString();
-    if (!options.json) return PrintLines({chosen.path, id});
-    PrintLines(JsonLines({{"folder_id", id}, {"folder_path", chosen.path}}));
+    if (!options.json) return PrintLines({chosen.namePath, id});
+    PrintLines(JsonLines({{"folder_id", id}, {"folder_path", chosen.namePath}}));
 }
 
 void SignIn(Session& session) {

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "host/process/Failure.h"
-#include "host/session/LocationPath.h"
 #include "host/state/AssetName.h"
 #include "host/state/HostFiles.h"
 #include "moxcore/config/Error.h"
@@ -101,12 +100,9 @@ ShareCommand::Result ShareCommand::Run() {
     ForgetLostShare(finder);
     auto const movie = loop.Await(probe.Result());
     auto const folder = FindDestination(finder);
-    auto const way = WayTo(folder);
-    std::vector<std::string> names;
-    for (auto const& node : way)
-        names.push_back(NameOf(*node));
+    auto const idPath = IDPathOf(folder);
     Result result;
-    result.folderPath = JoinLocationPath(names);
+    result.folderPath = JoinNamePath(NamePathOf(folder));
     display.Tell("Sharing to " + result.folderPath);
 
     auto const earlierLink = asset.Stored(assetdata::kReviewLinkGuid);
@@ -123,7 +119,7 @@ ShareCommand::Result ShareCommand::Run() {
     result.link = asset.CheckLink(UTF16to8(viewModel.GetReviewLinkURL()));
     result.exported = Export(movie);
     Upload(result.exported);
-    asset.SetWay(IDsOf(way));
+    asset.SetIDPath(idPath);
 
     result.linkID = asset.Stored(assetdata::kReviewLinkGuid);
     result.assetID = asset.Stored(assetdata::kUploadedAssetGuid);
@@ -145,15 +141,15 @@ void ShareCommand::ConnectLibrary() {
 }
 
 ShareCommand::Folder ShareCommand::FindDestination(DestinationFinder& finder) {
-    if (!options.to.empty()) return finder.FindByNames(options.to);
-    auto const way = asset.Way();
-    if (auto folder = finder.FindByWay(way)) return folder;
-    if (!way.empty()) display.Tell("The folder that this movie was shared to last is gone.");
+    if (!options.to.empty()) return finder.FindByNamePath(options.to);
+    auto const path = asset.GetIDPath();
+    if (auto folder = finder.FindByIDPath(path)) return folder;
+    if (!path.empty()) display.Tell("The folder that this movie was shared to last is gone.");
     return finder.FindFirstProject();
 }
 
 void ShareCommand::ForgetLostShare(DestinationFinder& finder) {
-    auto const folder = finder.FindByWay(asset.Way());
+    auto const folder = finder.FindByIDPath(asset.GetIDPath());
     if (!folder || finder.Holds(folder, Guid(asset.Stored(assetdata::kVersionStackGuid)))) return;
     display.Tell("The service no longer has what was shared of this movie; sharing it anew.");
     asset.ForgetShares();

@@ -25,16 +25,16 @@ void Destinations::Restore(std::shared_ptr<SharedAsset> const& newAsset) {
     RestoreSelection();
 }
 
-std::vector<Guid> Destinations::WayTo(Guid const& folder) const {
-    auto const found = ways.find(folder.AsStdString());
-    return found == ways.end() ? std::vector<Guid>() : found->second;
+IDPath Destinations::GetIDPath(Guid const& folder) const {
+    auto const found = idPaths.find(folder.AsStdString());
+    return found == idPaths.end() ? IDPath() : found->second;
 }
 
 void Destinations::OnUserChanged(std::shared_ptr<QuilloUser> const& changed) {
     user = changed;
     selectionBinding = user->SelectionPathNotifyingPropertyHost::BindValueChanged([this](auto&) {
         if (auto const folder = user->GetSelection())
-            ways[folder->GetID().AsStdString()] = IDsOf(quillohost::WayTo(folder));
+            idPaths[folder->GetID().AsStdString()] = IDPathOf(folder);
     });
     RestoreSelection();
 }
@@ -42,18 +42,18 @@ void Destinations::OnUserChanged(std::shared_ptr<QuilloUser> const& changed) {
 void Destinations::RestoreSelection() {
     attempt.Reset();
     if (!asset || !user || user->GetID().IsNull()) return;
-    auto way = asset->Way();
-    bool const isDefault = way.empty();
+    auto wanted = asset->GetIDPath();
+    bool const isDefault = wanted.empty();
     if (isDefault) {
         auto const location = store->ReadDefaultDestination();
         if (!location) return;
-        way = location->way;
+        wanted = location->idPath;
     }
     auto const before = user->GetSelection();
-    OnMainThread(FindByWay(lists, user, way), attempt, [=, this](auto const& found) {
+    OnMainThread(FindByIDPath(lists, user, wanted), attempt, [=, this](auto const& found) {
         if (user->GetSelection() != before) return;  // the user has been quicker
         try {
-            OnPlaceFound(found.Get(), isDefault);
+            OnPathFound(found.Get(), isDefault);
         } catch (std::exception const& exception) {
             tell(exception.what());
         }
@@ -61,27 +61,27 @@ void Destinations::RestoreSelection() {
 }
 
 void Destinations::OnDefaultChanged() {
-    if (!asset || !user || !asset->Way().empty()) return;
+    if (!asset || !user || !asset->GetIDPath().empty()) return;
     if (auto const selection = user->GetSelection()) {
-        if (!place.folder || place.folder->GetID() != selection->GetID()) return;
+        if (!path.folder || path.folder->GetID() != selection->GetID()) return;
         user->SetSelection(nullptr);
     }
     RestoreSelection();
 }
 
-void Destinations::OnPlaceFound(Place const& found, bool isDefault) {
+void Destinations::OnPathFound(FolderPath const& found, bool isDefault) {
     if (!found.folder)
         return tell(isDefault ? "The default destination is gone; choose another one in File > "
                                 "Preferences."
                               : "The folder that this movie was shared to last is gone.");
     bool const isNews = found.folder->GetFetchChildrenState() == FetchChildrenState::NotFetched;
-    place = found;
-    user->SetSelection(place.folder);
+    path = found;
+    user->SetSelection(path.folder);
     // A list that was read before may be older than what has been shared since.
-    if (isNews && !isDefault) CheckThatItIsThere(place);
+    if (isNews && !isDefault) CheckThatItIsThere(path);
 }
 
-void Destinations::CheckThatItIsThere(Place const& shared) {
+void Destinations::CheckThatItIsThere(FolderPath const& shared) {
     OnMainThread(lists.ChildrenOf(shared.folder), attempt, [this](auto const& list) {
         if (list.GetException()) return;           // unknown; what failed is told by others
         if (viewModel->IsShareUnderWay()) return;  // that stores something else with it

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/session/FolderWay.h"
+#include "host/session/FolderPath.h"
 #include "host/state/SharedAsset.h"
 #include "moxcore/utility/LifetimeToken.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
@@ -15,7 +15,7 @@ namespace quillohost::editor {
 
 /// Where movies are shared to: selects, for the movie that is to be shared, the folder that it was
 /// shared to last, or the user's default when it never was, as soon as somebody is signed in, and
-/// knows the way to each folder that was selected. Main thread.
+/// knows the path of each folder that was selected. Main thread.
 class Destinations {
 public:
     using Guid = moxcore::utility::Guid;
@@ -36,23 +36,23 @@ public:
     /// A share begins: what is stored with the asset is left alone from now on.
     void Settle() { attempt.Reset(); }
 
-    /// From the account down to a folder that was selected, by IDs; empty when it was not.
-    [[nodiscard]] std::vector<Guid> WayTo(Guid const& folder) const;
+    /// The path of a folder that was selected; empty when it was not.
+    [[nodiscard]] IDPath GetIDPath(Guid const& folder) const;
 
 private:
     void OnUserChanged(std::shared_ptr<quillomoxui::QuilloUser> const& user);
     void RestoreSelection();
-    void OnPlaceFound(Place const& found, bool isDefault);
-    void CheckThatItIsThere(Place const& found);
+    void OnPathFound(FolderPath const& found, bool isDefault);
+    void CheckThatItIsThere(FolderPath const& found);
 
     std::shared_ptr<AssetStore> store;
     std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
     std::function<void(std::string const&)> tell;
     std::shared_ptr<SharedAsset> asset;
     std::shared_ptr<quillomoxui::QuilloUser> user;
-    std::map<std::string, std::vector<Guid>> ways;  // by the folder's ID as text
-    Place place;                                    // keeps the selection where it is in the tree
-    moxcore::utility::LifetimeToken attempt;        // of what is looked for
+    std::map<std::string, IDPath> idPaths;    // by the folder's ID as text
+    FolderPath path;                          // keeps the selection where it is in the tree
+    moxcore::utility::LifetimeToken attempt;  // of what is looked for
     ChildLists lists;
     std::shared_ptr<quillomoxui::BindingHandle> userBinding;
     std::shared_ptr<quillomoxui::BindingHandle> selectionBinding;

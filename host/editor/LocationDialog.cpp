@@ -1,7 +1,6 @@
 #include "host/editor/LocationDialog.h"
 
-#include "host/session/FolderWay.h"
-#include "host/session/LocationPath.h"
+#include "host/session/FolderPath.h"
 #include "moxui/backend/HostWidget.h"
 #include "moxworkspace/workspace/WorkspaceUtils.h"
 #include "quillomoxui/sharedui/SelectLocationDialog.h"
@@ -19,11 +18,8 @@ std::optional<ChosenLocation> AskForLocation(std::shared_ptr<quillomoxui::Quillo
     quillomoxui::sharedui::ShowSelectLocationDialogCentered(
         user, [&](moxcore::utility::Guid const& folderID, auto const&) {
             if (folderID.IsNull()) return;
-            auto const way = WayTo(user->GetSelection());
-            std::vector<std::string> names;
-            for (auto const& node : way)
-                names.push_back(NameOf(*node));
-            chosen = ChosenLocation{IDsOf(way), JoinLocationPath(names)};
+            auto const folder = user->GetSelection();
+            chosen = ChosenLocation{IDPathOf(folder), JoinNamePath(NamePathOf(folder))};
         });
     return chosen;
 }

@@ -52,7 +52,7 @@ void Preferences::Show(std::string const& line) {
     } catch (std::exception const& exception) {
         message->SetText(QString::fromStdString(exception.what()));
     }
-    destination->SetText(location ? QString::fromStdString(location->path) : "None");
+    destination->SetText(location ? QString::fromStdString(location->namePath) : "None");
     clearButton->setEnabled(location.has_value());
 }
 

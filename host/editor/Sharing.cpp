@@ -6,7 +6,7 @@
 #include "host/editor/AssetIcon.h"
 #include "host/process/Failure.h"
 #include "host/process/OnMainThread.h"
-#include "host/session/FolderWay.h"
+#include "host/session/FolderPath.h"
 #include "host/session/TellWaits.h"
 #include "host/state/AssetName.h"
 #include "host/state/HostFiles.h"
@@ -280,10 +280,10 @@ void Sharing::UploadProgressed(quillomoxui::ShareInfo const& uploading, double f
 
 void Sharing::ShareFinished(quillomoxui::ShareInfo const& finished) {
     if (finished.shareID != share.shareID) return;  // another version of it is being shared
-    if (auto const way = destinations.WayTo(
+    if (auto const path = destinations.GetIDPath(
             moxcore::utility::Guid(active->Stored(assetdata::kUploadFolderGuid)));
-        !way.empty())
-        active->SetWay(way);
+        !path.empty())
+        active->SetIDPath(path);
     auto const hint = service.HowToOpen(active->Stored(assetdata::kReviewLinkURL));
     hooks.tell("\"" + GetSharedName() + "\" is shared as version " +
                std::to_string(active->Version()) + (hint.empty() ? "." : ". " + hint));

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "host/process/Failure.h"
-#include "host/session/LocationPath.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/string/NaturalOrder.h"
 #include "quillomoxui/model/QuilloProject.h"
@@ -84,22 +83,22 @@ Node DestinationFinder::FindChild(Node const& parent, std::string const& name) {
                                           Describe(*parent) + "; rename one: " + List(found) + ".");
 }
 
-DestinationFinder::Folder DestinationFinder::FindByNames(std::vector<std::string> const& names) {
+DestinationFinder::Folder DestinationFinder::FindByNamePath(NamePath const& path) {
     Node place = user;
-    for (auto const& name : names) {
+    for (auto const& name : path) {
         place = FindChild(place, name);
         if (auto const project = NodeAs<QuilloProject>(place)) place = project->GetRootFolder();
     }
     if (auto folder = NodeAs<QuilloFolder>(place)) return folder;
-    throw Failure(ExitCode::Location, "\"" + JoinLocationPath(names) +
+    throw Failure(ExitCode::Location, "\"" + JoinNamePath(path) +
                                           "\" is no project yet; go on with one of " +
                                           List(ChildrenOf(place)) + ".");
 }
 
-DestinationFinder::Folder DestinationFinder::FindByWay(std::vector<Guid> const& way) {
-    auto const place = session.AwaitLists(quillohost::FindByWay(session.Lists(), user, way));
-    seen.insert(seen.end(), place.above.begin(), place.above.end());
-    return place.folder;
+DestinationFinder::Folder DestinationFinder::FindByIDPath(IDPath const& path) {
+    auto const found = session.AwaitLists(quillohost::FindByIDPath(session.Lists(), user, path));
+    seen.insert(seen.end(), found.above.begin(), found.above.end());
+    return found.folder;
 }
 
 bool DestinationFinder::Holds(Folder const& folder, Guid const& id) {

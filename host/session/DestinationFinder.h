@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "host/session/FolderWay.h"
+#include "host/session/FolderPath.h"
 #include "host/session/Session.h"
 #include "moxcore/utility/Guid.h"
 
 namespace quillohost {
 
-/// Finds the folder to share to in the user's tree. Of the lists of folders, only those on the way
+/// Finds the folder to share to in the user's tree. Of the lists of folders, only those on the path
 /// are fetched. Keeps what it has come by, so that what it found keeps its place below the user as
 /// long as the finder is there. Main thread; runs its loop while it waits.
 class DestinationFinder {
@@ -20,13 +20,13 @@ public:
 
     DestinationFinder(Session& session, std::shared_ptr<quillomoxui::QuilloUser> user);
 
-    /// The folder to which the names lead from the account down; of a project its root folder. A
-    /// name is looked for as it is first, then without regard to case. A Failure (Location) that
-    /// says what there is instead when one is not found, or leads to two places.
-    [[nodiscard]] Folder FindByNames(std::vector<std::string> const& names);
+    /// The folder at `path`; at the path of a project, its root folder. A name is looked for as it
+    /// is first, then without regard to case. A Failure (Location) that says what there is instead
+    /// when one is not found, or leads to two places.
+    [[nodiscard]] Folder FindByNamePath(NamePath const& path);
 
-    /// The folder to which the IDs lead; null when the way is empty or there no longer.
-    [[nodiscard]] Folder FindByWay(std::vector<Guid> const& way);
+    /// The folder at `path`; null when the path is empty or no longer exists.
+    [[nodiscard]] Folder FindByIDPath(IDPath const& path);
 
     /// The root folder of the first project. A Failure (Location) when there is none.
     [[nodiscard]] Folder FindFirstProject();

@@ -7,7 +7,6 @@
 #include <system_error>
 
 #include "host/process/Failure.h"
-#include "host/session/LocationPath.h"
 
 namespace quillohost {
 
@@ -128,7 +127,7 @@ std::vector<OptionRule> const& Rules() {
         {"--to",
          {Command::Share},
          true,
-         [](Options& options, auto& value) { options.to = SplitLocationPath(value); }},
+         [](Options& options, auto& value) { options.to = SplitNamePath(value); }},
         {"--depth", {Command::Locations}, true, TakeDepth},
         {"--json",
          {Command::Share, Command::Locations, Command::ChooseLocation},

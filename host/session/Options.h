@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "host/session/NamePath.h"
+
 namespace quillohost {
 
 enum class Command {
@@ -27,7 +29,7 @@ struct Options {
     Command command = Command::Help;
     std::filesystem::path movie;         ///< as given; may be empty for the editor
     std::optional<std::string> name;     ///< never empty
-    std::vector<std::string> to;         ///< names from the account down; empty: not given
+    NamePath to;                         ///< empty: not given
     std::optional<std::string> service;  ///< address; absent: a service of the host's own
     bool insecureHttp = false;           ///< the address may be plain http to another machine
     std::optional<std::filesystem::path> data;

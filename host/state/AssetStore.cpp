@@ -37,19 +37,19 @@ constexpr char const* kSchema = R"(
                                        "; check its rights and the free space of its disk.");
 }
 
-std::string ToWords(std::vector<AssetStore::Guid> const& way) {
+std::string ToWords(IDPath const& path) {
     std::string words;
-    for (auto const& id : way)
+    for (auto const& id : path)
         words += id.AsStdString() + ' ';
     return words;
 }
 
-std::vector<AssetStore::Guid> ToWay(std::string const& text) {
+IDPath ToIDPath(std::string const& text) {
     std::istringstream words(text);
-    std::vector<AssetStore::Guid> way;
+    IDPath path;
     for (std::string word; words >> word;)
-        way.emplace_back(word);
-    return way;
+        path.emplace_back(word);
+    return path;
 }
 
 [[noreturn]] void Fail(sqlite3* database) {
@@ -167,20 +167,20 @@ void AssetStore::Forget(Asset const& asset, std::string const& key) {
         .Run();
 }
 
-std::vector<moxcore::utility::Guid> AssetStore::ReadWay(Asset const& asset) {
+IDPath AssetStore::ReadIDPath(Asset const& asset) {
     std::lock_guard lock(mutex);
     Statement found(database.get(),
                     "SELECT way FROM ways WHERE service = ? AND library = ? AND movie = ?", service,
                     asset.library, asset.movie);
-    return found.Next() ? ToWay(found.Text()) : std::vector<Guid>();
+    return found.Next() ? ToIDPath(found.Text()) : IDPath();
 }
 
-void AssetStore::WriteWay(Asset const& asset, std::vector<Guid> const& way) {
+void AssetStore::WriteIDPath(Asset const& asset, IDPath const& path) {
     std::lock_guard lock(mutex);
     Statement(database.get(),
               "INSERT INTO ways VALUES (?, ?, ?, ?) "
               "ON CONFLICT DO UPDATE SET way = excluded.way",
-              service, asset.library, asset.movie, ToWords(way))
+              service, asset.library, asset.movie, ToWords(path))
         .Run();
 }
 
@@ -189,7 +189,7 @@ std::optional<ChosenLocation> AssetStore::ReadDefaultDestination() {
     Statement found(database.get(), "SELECT way, path FROM default_destinations WHERE service = ?",
                     service);
     if (!found.Next()) return std::nullopt;
-    return ChosenLocation{ToWay(found.Text(0)), found.Text(1)};
+    return ChosenLocation{ToIDPath(found.Text(0)), found.Text(1)};
 }
 
 void AssetStore::WriteDefaultDestination(ChosenLocation const& location) {
@@ -197,7 +197,7 @@ void AssetStore::WriteDefaultDestination(ChosenLocation const& location) {
     Statement(database.get(),
               "INSERT INTO default_destinations VALUES (?, ?, ?) "
               "ON CONFLICT DO UPDATE SET way = excluded.way, path = excluded.path",
-              service, ToWords(location.way), location.path)
+              service, ToWords(location.idPath), location.namePath)
         .Run();
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/state/ChosenLocation.h"
+#include "host/state/IDPath.h"
 #include "moxcore/utility/Guid.h"
 
 struct sqlite3;
@@ -44,10 +45,9 @@ public:
     void Write(Asset const& asset, std::string const& key, std::string const& value);
     void Forget(Asset const& asset, std::string const& key);
 
-    /// The way from the account to the folder that the asset was last shared to, by IDs; empty
-    /// when there is none.
-    [[nodiscard]] std::vector<Guid> ReadWay(Asset const& asset);
-    void WriteWay(Asset const& asset, std::vector<Guid> const& way);
+    /// The folder that the asset was last shared to.
+    [[nodiscard]] IDPath ReadIDPath(Asset const& asset);
+    void WriteIDPath(Asset const& asset, IDPath const& path);
 
     /// Where movies go that were never shared, if the user has said so.
     [[nodiscard]] std::optional<ChosenLocation> ReadDefaultDestination();

@@ -29,11 +29,10 @@ public:
     /// What the library has stored with it under one of its keys (quillomoxui::assetdata).
     [[nodiscard]] std::string Stored(char const* key) const;
 
-    /// The way from the account to the folder that it was last shared to, by IDs; empty when there
-    /// is none.
-    [[nodiscard]] std::vector<Guid> Way() const { return store->ReadWay(asset); }
+    /// The folder that it was last shared to.
+    [[nodiscard]] IDPath GetIDPath() const { return store->ReadIDPath(asset); }
     /// Marks the end of a share.
-    void SetWay(std::vector<Guid> const& way) { store->WriteWay(asset, way); }
+    void SetIDPath(IDPath const& path) { store->WriteIDPath(asset, path); }
 
     /// How many versions have been shared under its link.
     [[nodiscard]] std::int64_t Version() const;

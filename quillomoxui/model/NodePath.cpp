@@ -77,7 +77,7 @@ std::shared_ptr<QuilloFolder> FindInTree(std::shared_ptr<QuilloUser> const& user
     switch (path->GetState()) {
         case NodePath::State::Whole:
             return path->GetFolder();
-        case NodePath::State::OnWay:
+        case NodePath::State::Pending:
             return folder;
         case NodePath::State::Broken:
             break;
@@ -97,7 +97,7 @@ void NodePath::Follow(std::shared_ptr<QuilloFolder> const& folder) {
     state = State::Whole;
     steps.clear();
     steps.reserve(kept.size() + 1);
-    // A node that was replaced before anybody kept its way up ends below an account; what it says
+    // A node that was replaced before anybody kept its path ends below an account; what it says
     // is all that is known.
     if (!kept.empty() && NodeAs<QuilloAccount>(kept.back())) steps.push_back({user});
     for (auto node = kept.rbegin(); node != kept.rend(); ++node)
@@ -148,7 +148,7 @@ bool NodePath::UpdateSteps() {
         auto found = Find(children, step.node);
         if (!found) {
             if (!IsGone(*step.node, *above.node, children)) {
-                state = State::OnWay;
+                state = State::Pending;
                 return true;
             }
             steps.erase(steps.begin() + static_cast<std::ptrdiff_t>(i), steps.end());

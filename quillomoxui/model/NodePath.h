@@ -24,16 +24,16 @@ namespace quillomoxui {
 class NodePath : public virtual moxcore::utility::EnableSharedAs {
 public:
     enum class State {
-        Whole,   ///< all nodes are in the tree
-        OnWay,   ///< the list that would hold the next node has not come yet
-        Broken,  ///< the rest is gone: the path ends at what is left of it
+        Whole,    ///< all nodes are in the tree
+        Pending,  ///< the list that would hold the next node has not come yet
+        Broken,   ///< the rest is gone: the path ends at what is left of it
     };
 
     /// `onReplaced` runs when nodes of the path have been replaced or are gone.
     NodePath(std::shared_ptr<QuilloUser> const& user, std::function<void()> onReplaced);
     ~NodePath() override;
 
-    /// Begins anew with the way to `folder`; null for none.
+    /// Begins anew with the path to `folder`; null for none.
     void Follow(std::shared_ptr<QuilloFolder> const& folder);
 
     /// Brings the path up to date without waiting to be told of the changes.

@@ -92,7 +92,7 @@ public:
     /// has been taken away, while one that a host has made itself may never be listed.
     [[nodiscard]] bool HasBeenListed() const { return hasBeenListed; }
 
-    /// The nearest T on the way from this node, itself included, to the root; null when there is
+    /// The nearest T on the path from this node, itself included, to the root; null when there is
     /// none. T is QuilloAccount or QuilloProject.
     template <class T>
     [[nodiscard]] std::shared_ptr<T> FindSelfOrAncestorOfType();

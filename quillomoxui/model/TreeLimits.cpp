@@ -21,9 +21,9 @@ UTF16String NameForTree(std::string const& utf8) {
 }
 
 FolderFilter::FolderFilter(QuilloNode& parent) {
-    auto const way = WithAncestors(parent.Share(&parent));
-    isAtTheEnd = way.size() >= kMostLevels;
-    for (auto const& node : way)
+    auto const path = WithAncestors(parent.Share(&parent));
+    isAtTheEnd = path.size() >= kMostLevels;
+    for (auto const& node : path)
         if (node->GetKind() == NodeKind::Folder) foldersAbove.push_back(node->GetID());
 }
 

@@ -21,7 +21,7 @@ public:
     explicit FolderFilter(QuilloNode& parent);
 
     /// Whether the folder `id` may be a child: not when it is the parent, or lies above it, nor
-    /// when the way to it would have more than 256 nodes.
+    /// when the path to it would have more than 256 nodes.
     [[nodiscard]] bool Admits(moxcore::utility::Guid const& id);
 
     /// Reports, once, that folders were left out, if any were.

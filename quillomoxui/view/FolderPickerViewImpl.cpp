@@ -28,7 +28,7 @@ bool AreSame(std::shared_ptr<QuilloFolder> const& one, std::shared_ptr<QuilloFol
     return !id.IsNull() && id == other->GetID();
 }
 
-bool IsWayOpen(UI_MultiColumnTree const& tree, UI_MultiColumnTree::RowPtr const& row) {
+bool IsPathOpen(UI_MultiColumnTree const& tree, UI_MultiColumnTree::RowPtr const& row) {
     for (auto above = row->GetParentRow(); above; above = above->GetParentRow())
         if (!tree.IsRowOpen(above)) return false;
     return true;
@@ -159,14 +159,14 @@ void FolderPickerViewImpl::ShowSelection() {
     auto const selection = GetSelection();
     auto const row = rows->GetRowForFolder(selection);
     if (!row) return;
-    if (std::exchange(opensWay, false)) MakeRowVisible(selection, selection != rows->GetRoot());
+    if (std::exchange(opensPath, false)) MakeRowVisible(selection, selection != rows->GetRoot());
     if (tree->IsRowSelected(row)) return;
-    SetTreeSelection(selection, !rows->IsRestoring() && IsWayOpen(*tree, row));
+    SetTreeSelection(selection, !rows->IsRestoring() && IsPathOpen(*tree, row));
 }
 
 void FolderPickerViewImpl::FollowSelection() {
     auto const selection = GetSelection();
-    if (!AreSame(selection, path->GetFollowed())) opensWay = true;
+    if (!AreSame(selection, path->GetFollowed())) opensPath = true;
     path->Follow(selection);
     auto const project = ProjectOf(selection);
     auto const root = project ? project->GetRootFolder() : nullptr;
@@ -188,7 +188,7 @@ void FolderPickerViewImpl::OnPathReplaced() {
         SetHeaderNames(project);
         if (auto const root = project->GetRootFolder()) rows->ReplaceRoot(root);
     }
-    if (path->GetState() == NodePath::State::OnWay) return;
+    if (path->GetState() == NodePath::State::Pending) return;
 
     // What the user has proposed meanwhile stays.
     bool const isProposed = User().GetProposedSelection() == path->GetFollowed();
@@ -199,7 +199,7 @@ void FolderPickerViewImpl::OnPathReplaced() {
     }
     if (!isProposed) return;
     path->Follow(folder);
-    opensWay = false;
+    opensPath = false;
     User().SetProposedSelection(folder);
     ShowSelection();
 }
@@ -215,7 +215,7 @@ void FolderPickerViewImpl::SelectionChangedCallback(std::vector<RowPtr> const& s
     auto const folder = rows->GetFolder(selected.front());
     if (!folder) return;
     path->Follow(folder);
-    opensWay = false;
+    opensPath = false;
     User().SetProposedSelection(folder);
     FetchFirst(folder);
 }

@@ -53,9 +53,9 @@ private:
     boost::intrusive_ptr<moxui::controls::UI_MultiColumnTree> tree;
     std::shared_ptr<FolderTree> rows;
     std::shared_ptr<NodePath> path;  // to the selection
-    /// Whether the way to the selection's row is to be opened when it is there: once for each that
+    /// Whether the path to the selection's row is to be opened when it is there: once for each that
     /// the user or the host has chosen. A row that the user closes afterwards stays closed.
-    bool opensWay = true;
+    bool opensPath = true;
     FolderPtr lookedAt;  // until its list is asked for first
     boost::intrusive_ptr<moxui::drawbot::ImageInterface> folderImage;  // from the first drawing on
 };

@@ -189,9 +189,9 @@ void FolderTree::Work() {
 /// before all is done.
 bool FolderTree::TakeIn(Entry& entry, TimePoint end) {
     auto const list = entry.folder->GetFolders();
-    bool const isOnWay = !entry.kept.empty() && list.empty() &&
-                         entry.folder->GetFetchChildrenState() != FetchChildrenState::Fetched;
-    if (isOnWay) return MakeRows(entry, end);
+    bool const isPending = !entry.kept.empty() && list.empty() &&
+                           entry.folder->GetFetchChildrenState() != FetchChildrenState::Fetched;
+    if (isPending) return MakeRows(entry, end);
 
     auto& children = entry.children;
     std::size_t known = 0;

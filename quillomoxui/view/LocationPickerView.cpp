@@ -164,8 +164,8 @@ void LocationPickerView::Cancel() {
 void LocationPickerView::OnChooseBtnClicked(moxui::ui::Message*) {
     auto const proposed = user->GetProposedSelection();
     if (proposed && !FindInTree(user, proposed)) {
-        // It has gone while the user pressed. The picker proposes what is left of its way, which he
-        // has yet to see.
+        // It has gone while the user pressed. The picker proposes what is left of its path, which
+        // he has yet to see.
         chooseButton->UI_SetEnabled(false);
         return;
     }

@@ -24,7 +24,7 @@ void SelectionKeeper::Start() {
 void SelectionKeeper::OnReplaced() {
     auto const followed = path->GetFollowed();
     // Not there yet, or the user has chosen another folder meanwhile.
-    if (path->GetState() == NodePath::State::OnWay || user->GetSelection() != followed) return;
+    if (path->GetState() == NodePath::State::Pending || user->GetSelection() != followed) return;
     if (path->GetState() == NodePath::State::Broken) return user->LoseSelection();
     auto const folder = path->GetFolder();
     bool const isProposed = user->GetProposedSelection() == followed;

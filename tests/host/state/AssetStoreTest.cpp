@@ -20,7 +20,7 @@ protected:
 
 TEST_F(AssetStoreTest, RemembersWhatItWasToldForEachServiceApart) {
     Guid const stack = Guid::CreateUnique();
-    std::vector<Guid> const way{Guid::CreateUnique(), Guid::CreateUnique()};
+    IDPath const path{Guid::CreateUnique(), Guid::CreateUnique()};
     AssetStore::Asset asset;
     {
         AssetStore store(file, "one");
@@ -30,25 +30,25 @@ TEST_F(AssetStoreTest, RemembersWhatItWasToldForEachServiceApart) {
         store.Write(asset, "link", "second");
         store.Write(asset, "gone", "x");
         store.Forget(asset, "gone");
-        store.WriteWay(asset, way);
+        store.WriteIDPath(asset, path);
         store.WriteDefaultDestination({{stack}, "before"});
-        store.WriteDefaultDestination({way, "Acme/Films"});
+        store.WriteDefaultDestination({path, "Acme/Films"});
         EXPECT_EQ(store.AddVersion(stack), 1);
         EXPECT_EQ(store.AddVersion(stack), 2);
     }
     AssetStore again(file, "one");
     EXPECT_EQ(again.Read(asset, "link"), "second");
     EXPECT_EQ(again.Read(asset, "gone"), std::nullopt);
-    EXPECT_EQ(again.ReadWay(asset), way);
+    EXPECT_EQ(again.ReadIDPath(asset), path);
     EXPECT_EQ(again.CountVersions(stack), 2);
     auto const destination = again.ReadDefaultDestination();
     ASSERT_TRUE(destination);
-    EXPECT_EQ(destination->way, way);
-    EXPECT_EQ(destination->path, "Acme/Films");
+    EXPECT_EQ(destination->idPath, path);
+    EXPECT_EQ(destination->namePath, "Acme/Films");
 
     AssetStore other(file, "two");
     EXPECT_EQ(other.Read(asset, "link"), std::nullopt);
-    EXPECT_TRUE(other.ReadWay(asset).empty());
+    EXPECT_TRUE(other.ReadIDPath(asset).empty());
     EXPECT_EQ(other.CountVersions(stack), 0);
     EXPECT_FALSE(other.ReadDefaultDestination());
     other.ForgetDefaultDestination();

@@ -195,7 +195,7 @@ TEST(NodeTree, AncestorsAreFoundByType) {
                  std::bad_weak_ptr);
 }
 
-TEST(SelectionPath, NamesTheWayFromTheWorkspace) {
+TEST(SelectionPath, StartsAtTheWorkspace) {
     Tree tree;
     auto const looseWorkspace = Make<QuilloWorkspace>("gone");
     auto orphan = Make<QuilloFolder>("orphan", Make<QuilloFolder>("released"));

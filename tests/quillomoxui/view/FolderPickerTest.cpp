@@ -75,7 +75,7 @@ TEST_F(FolderPickerTest, FoldersAreFetchedOnceAsTheyArrive) {
         EXPECT_EQ(Fetches(folder), 1) << UTF16to8(folder->GetName());
 }
 
-TEST_F(FolderPickerTest, TheWayToTheSelectionIsOpen) {
+TEST_F(FolderPickerTest, ThePathToTheSelectionIsOpen) {
     ReceiveTree();
     struct Case {
         std::shared_ptr<QuilloFolder> proposed, selected;
@@ -279,7 +279,7 @@ TEST_F(RefetchTest, WhatIsGoneIsNotChosenByThePressThatWasOnItsWay) {
     EXPECT_EQ(user->GetProposedSelection(), root);
 }
 
-TEST_F(RefetchTest, AWayThatTheUserHasClosedStaysClosed) {
+TEST_F(RefetchTest, APathThatTheUserHasClosedStaysClosed) {
     // What keeps the selection hears of each change before the picker does.
     window.Container().ChildRemoveAll();
     view.reset();
@@ -302,7 +302,7 @@ TEST_F(RefetchTest, AWayThatTheUserHasClosedStaysClosed) {
         EXPECT_EQ(user->GetProposedSelection(), newD);
         EXPECT_THAT(TreeRows(), testing::ElementsAreArray(rows));
     }
-    // Nor does the proposal open it that goes to what is left of its way.
+    // Nor does the proposal open it that goes to what is left of its path.
     auto const folders = Receive(root, {"A", "B"});
     Receive(Receive(folders.front(), {"C"}).front(), {});
     RunEvents();

@@ -1,4 +1,4 @@
-#include "host/session/LocationPath.h"
+#include "host/session/NamePath.h"
 
 #include <gmock/gmock.h>
 
@@ -7,7 +7,7 @@
 namespace quillohost {
 namespace {
 
-TEST(LocationPath, IsSplitAtTheSlashesThatDoNotBelongToAName) {
+TEST(NamePath, IsSplitAtTheSlashesThatDoNotBelongToAName) {
     struct Row {
         char const* path;
         std::vector<std::string> names;
@@ -18,14 +18,14 @@ TEST(LocationPath, IsSplitAtTheSlashesThatDoNotBelongToAName) {
         {R"(A\\\/B)", {"A\\/B"}},    {"撮影/ Día ", {"撮影", " Día "}},
     };
     for (auto const& row : rows) {
-        EXPECT_EQ(SplitLocationPath(row.path), row.names) << row.path;
-        EXPECT_EQ(JoinLocationPath(row.names), row.path);
+        EXPECT_EQ(SplitNamePath(row.path), row.names) << row.path;
+        EXPECT_EQ(JoinNamePath(row.names), row.path);
     }
 }
 
-TEST(LocationPath, RefusesWhatCannotBeAPath) {
+TEST(NamePath, RefusesWhatCannotBeAPath) {
     for (char const* path : {"", "/A", "A/", "A//B", "A\\", "A\\nB"})
-        EXPECT_THROW(static_cast<void>(SplitLocationPath(path)), Failure) << path;
+        EXPECT_THROW(static_cast<void>(SplitNamePath(path)), Failure) << path;
 }
 
 }  // namespace

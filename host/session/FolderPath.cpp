@@ -1,4 +1,4 @@
-#include "host/session/FolderWay.h"
+#include "host/session/FolderPath.h"
 
 #include <algorithm>
 
@@ -10,7 +10,6 @@ namespace {
 
 using moxcore::async::Future;
 using moxcore::async::Promise;
-using moxcore::utility::Guid;
 using quillomoxui::QuilloFolder;
 using quillomoxui::QuilloNode;
 using quillomoxui::QuilloProject;
@@ -18,20 +17,20 @@ using Node = std::shared_ptr<QuilloNode>;
 
 /// A walk down the tree; each list that it waits for holds it.
 struct Walk {
-    Walk(ChildLists& lists, std::vector<Guid> const& way, Node const& user)
-        : lists(lists), way(way), seen{user} {}
+    Walk(ChildLists& lists, IDPath const& path, Node const& user)
+        : lists(lists), rest(path), seen{user} {}
 
     ChildLists& lists;
-    std::vector<Guid> way;
+    IDPath rest;
     std::vector<Node> seen;  // the user first
-    Promise<Place> promise;
+    Promise<FolderPath> promise;
 };
 
 void Advance(std::shared_ptr<Walk> const& walk) {
     auto const& here = walk->seen.back();
-    if (walk->way.empty()) {
+    if (walk->rest.empty()) {
         auto const folder = quillomoxui::NodeAs<QuilloFolder>(here);
-        walk->promise.SetValue(Place{walk->seen, folder});
+        walk->promise.SetValue(FolderPath{walk->seen, folder});
         return;
     }
     static_cast<void>(
@@ -40,12 +39,12 @@ void Advance(std::shared_ptr<Walk> const& walk) {
                 auto const children = list.Get();
                 auto const next = std::find_if(
                     children.begin(), children.end(),
-                    [&walk](auto const& child) { return child->GetID() == walk->way.front(); });
+                    [&walk](auto const& child) { return child->GetID() == walk->rest.front(); });
                 if (next == children.end()) {
-                    walk->promise.SetValue(Place{});
+                    walk->promise.SetValue(FolderPath{});
                     return;
                 }
-                walk->way.erase(walk->way.begin());
+                walk->rest.erase(walk->rest.begin());
                 walk->seen.push_back(*next);
                 if (auto const project = quillomoxui::NodeAs<QuilloProject>(*next))
                     walk->seen.push_back(project->GetRootFolder());
@@ -57,29 +56,38 @@ void Advance(std::shared_ptr<Walk> const& walk) {
         }));
 }
 
+/// From the account down to `folder`, without the project's root folder.
+std::vector<Node> NodesTo(std::shared_ptr<QuilloFolder> const& folder) {
+    std::vector<Node> nodes;
+    for (Node node = folder; node && node->GetParent(); node = node->GetParent())
+        if (!quillomoxui::NodeAs<QuilloProject>(node->GetParent())) nodes.push_back(node);
+    std::reverse(nodes.begin(), nodes.end());
+    return nodes;
+}
+
 }  // namespace
 
-Future<Place> FindByWay(ChildLists& lists, std::shared_ptr<quillomoxui::QuilloUser> const& user,
-                        std::vector<Guid> const& way) {
-    auto const walk = std::make_shared<Walk>(lists, way, user);
-    auto place = walk->promise.GetFuture();
+Future<FolderPath> FindByIDPath(ChildLists& lists,
+                                std::shared_ptr<quillomoxui::QuilloUser> const& user,
+                                IDPath const& path) {
+    auto const walk = std::make_shared<Walk>(lists, path, user);
+    auto found = walk->promise.GetFuture();
     Advance(walk);
-    return place;
+    return found;
 }
 
-std::vector<Node> WayTo(std::shared_ptr<QuilloFolder> const& folder) {
-    std::vector<Node> way;
-    for (Node node = folder; node && node->GetParent(); node = node->GetParent())
-        if (!quillomoxui::NodeAs<QuilloProject>(node->GetParent())) way.push_back(node);
-    std::reverse(way.begin(), way.end());
-    return way;
+IDPath IDPathOf(std::shared_ptr<QuilloFolder> const& folder) {
+    IDPath path;
+    for (auto const& node : NodesTo(folder))
+        path.push_back(node->GetID());
+    return path;
 }
 
-std::vector<Guid> IDsOf(std::vector<Node> const& way) {
-    std::vector<Guid> ids;
-    for (auto const& node : way)
-        ids.push_back(node->GetID());
-    return ids;
+NamePath NamePathOf(std::shared_ptr<QuilloFolder> const& folder) {
+    NamePath path;
+    for (auto const& node : NodesTo(folder))
+        path.push_back(NameOf(*node));
+    return path;
 }
 
 std::string NameOf(QuilloNode const& node) {
