@@ -6,6 +6,7 @@ install(TARGETS moxcore moxui quilloservices quillomoxui EXPORT quillomoxui-targ
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Headers)
 install(TARGETS quillo-service quillo-host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY quillomoxui/resources/strings DESTINATION ${CMAKE_INSTALL_DATADIR}/quillomoxui)
 install(EXPORT quillomoxui-targets NAMESPACE quillo::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/quillomoxui)
 
