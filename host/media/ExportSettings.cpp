@@ -14,6 +14,8 @@ constexpr int kLinesOfHD = 720;
 constexpr double kRateTolerance = 0.01;
 /// Of a second.
 constexpr long kFineUnit = 10000;
+/// Of a second; in a movie whose pictures have no constant rate.
+constexpr long kTicks = 90000;
 
 struct Colours {
     char const* matrix;       // as ffmpeg's tags have it
@@ -66,16 +68,24 @@ std::string ToBT709(Picture const& picture) {
 
 std::string Filters(Picture const& picture, Colours const& colours) {
     std::string filters;
-    // A progressive picture passes unchanged, and so does one of which nothing is known.
-    if (IsOneOf(picture.fieldOrder, {"tt", "bb", "tb", "bt"})) filters += "bwdif=mode=send_frame,";
-    // What is transparent shows what lies behind it: nothing.
-    if (HasAlpha(picture)) filters += "format=gbrap,premultiply=inplace=1,format=gbrp,";
+    // What the file says of all its pictures is often wrong, each picture is not: those that are
+    // not interlaced pass unchanged.
+    if (!IsRgb(picture)) filters += "bwdif=mode=send_frame:deint=interlaced,";
     bool const isWide = IsHdr(picture) || picture.primaries == "bt2020";
-    if (isWide && !HasAlpha(picture)) filters += ToBT709(picture) + ",";
     // Without a tag it is what pictures of its size usually are.
     std::string const from = isWide                     ? "bt709"
                              : IsTagged(picture.matrix) ? "auto"
                                                         : colours.scaleMatrix;
+    // What is transparent shows the ground behind it, black. What changes the range of the colours
+    // would change that of an alpha channel as well.
+    std::string const toRgb = "scale=in_color_matrix=" + from + ",format=gbr";
+    if (isWide && HasAlpha(picture))
+        filters += "split[colour][alpha];[alpha]alphaextract,format=gray[opacity];[colour]" +
+                   ToBT709(picture) + "," + toRgb + "p[opaque];[opaque][opacity]premultiply,";
+    else if (isWide)
+        filters += ToBT709(picture) + ",";
+    else if (HasAlpha(picture))
+        filters += toRgb + "ap,premultiply=inplace=1,format=gbrp,";
     // In two steps: a scaler that changes both the size and the matrix takes the wrong matrix.
     filters += "scale=ceil(iw/2)*2:ceil(ih/2)*2,scale=in_color_matrix=" + from +
                ":out_color_matrix=" + colours.scaleMatrix +
@@ -123,9 +133,16 @@ std::string RestoreSteps(Rate const& rate) {
            ")),0.0006)," + step + "*" + std::to_string(rate.seconds * rate.scale) + ",PTS)'";
 }
 
+/// Gives the last packet the time until the announced end of the picture. In ticks of the track:
+/// the filter's own unit of time is the encoder's, which its packets do not have any more.
+std::string HoldUntil(double end) {
+    return "setts=pts=PTS:dts=DTS:duration='if(eq(NEXT_DTS,NOPTS),max(DURATION," +
+           std::to_string(std::lround(end * kTicks)) + "-PTS),DURATION)'";
+}
+
 }  // namespace
 
-std::vector<std::string> ExportSettings(Movie const& movie) {
+std::vector<std::string> ExportSettings(Movie const& movie, LastPicture lastPicture) {
     std::vector<std::string> settings;
     auto const add = [&settings](std::initializer_list<std::string> words) {
         settings.insert(settings.end(), words.begin(), words.end());
@@ -138,6 +155,9 @@ std::vector<std::string> ExportSettings(Movie const& movie) {
         add({"-map", "0:V:0", "-c:v", "libx264", "-preset", "veryfast", "-crf", "20", "-pix_fmt",
              "yuv420p", "-vf", Filters(picture, colours) + (rate ? RestoreSteps(*rate) : ""),
              "-fps_mode", "vfr", "-enc_time_base", rate ? "1:" + rate->Ticks() : "-1"});
+        if (lastPicture == LastPicture::AsProbed && !rate && picture.duration)
+            add({"-video_track_timescale", std::to_string(kTicks), "-bsf:v",
+                 HoldUntil(*picture.duration)});
         add({"-colorspace", colours.matrix, "-color_primaries", PrimariesOf(picture, colours),
              "-color_trc", TransferOf(picture, colours), "-color_range", "tv"});
     }

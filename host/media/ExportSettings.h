@@ -7,9 +7,15 @@
 
 namespace quillohost {
 
-/// What ffmpeg is told to make of the movie's streams: H.264 in BT.709 (below 720 lines in BT.601),
-/// limited range and tagged as such, progressive, with the movie's own times; stereo AAC. Follows
-/// from what was probed alone.
-[[nodiscard]] std::vector<std::string> ExportSettings(Movie const& movie);
+/// How long the last picture is shown.
+enum class LastPicture {
+    AsProbed,  ///< until the end that the file announces
+    AsRead,    ///< for the time of one picture: the announced end cannot be read
+};
+
+/// ffmpeg's settings for the movie's streams: H.264 in BT.709 (below 720 lines in BT.601), limited
+/// range and tagged as such, progressive, with the movie's own times; stereo AAC. They follow from
+/// the probe alone.
+[[nodiscard]] std::vector<std::string> ExportSettings(Movie const& movie, LastPicture lastPicture);
 
 }  // namespace quillohost

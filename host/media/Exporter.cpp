@@ -20,12 +20,15 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kKeptComplaints = 3;
 
-std::vector<std::string> Arguments(Movie const& movie, fs::path const& output) {
+std::vector<std::string> Arguments(Movie const& movie, fs::path const& output,
+                                   Exporter::Damaged damaged) {
     std::vector<std::string> arguments{"-nostdin", "-hide_banner", "-loglevel", "error",
                                        "-y",       "-progress",    "pipe:1"};
     auto const input = FfmpegMovieInput(movie.format);
     arguments.insert(arguments.end(), input.begin(), input.end());
-    auto const settings = ExportSettings(movie);
+    // What there is of a damaged movie is not followed by a picture that stands still.
+    auto const settings = ExportSettings(
+        movie, damaged == Exporter::Damaged::Accept ? LastPicture::AsRead : LastPicture::AsProbed);
     arguments.insert(arguments.end(), settings.begin(), settings.end());
     for (char const* const word : {"-map_metadata", "-1", "-map_chapters", "-1", "-movflags",
                                    "+faststart", "-abort_on", "empty_output", "-f", "mp4"})
@@ -54,7 +57,8 @@ Exporter::Exporter(Movie const& movie, fs::path const& output, Progress onProgre
       onProgress(std::move(onProgress)),
       damaged(damaged),
       ffmpeg(std::make_unique<ChildProcess>(
-          FindFfmpegProgram("ffmpeg"), Arguments(movie, unfinished), movie.opened->Number(),
+          FindFfmpegProgram("ffmpeg"), Arguments(movie, unfinished, damaged),
+          movie.opened->Number(),
           ChildProcess::Hooks{.onOutput = [this](auto& line) { OnProgressLine(line); },
                               .onError = [this](auto& line) { OnComplaint(line); },
                               .onExit = [this](auto status) { OnExit(status); }})) {}
@@ -105,8 +109,10 @@ std::string Exporter::Complaint(ExitStatus status) const {
         said += (said.empty() ? "" : "; ") + line;
     }
     if (status.signal != 0)
-        return "ffmpeg was ended by signal " + std::to_string(status.signal) +
-               "; free some memory or disk space and share again.";
+        return "the system ended ffmpeg, which exports it (signal " +
+               std::to_string(status.signal) +
+               "); close other programs, free some disk space and share again" +
+               (said.empty() ? "" : " (ffmpeg says: " + said + ")") + ".";
     return ExplainComplaint(said);
 }
 

@@ -1,5 +1,6 @@
 #include "host/media/MovieProbe.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
@@ -26,6 +27,9 @@ constexpr char const* kMovieFormats =
 /// Looked into for a refusal that says what it is.
 constexpr char const* kPictureFormats =
     "bmp_pipe,dpx_pipe,exr_pipe,jpeg_pipe,png_pipe,tiff_pipe,webp_pipe";
+
+/// Enough to hold one of each stream.
+constexpr char const* kFirstPackets = "%+#32";
 
 /// Of "30000/1001", for instance; none of "0/0".
 std::optional<double> FrameRate(std::string const& fraction) {
@@ -60,9 +64,9 @@ Picture ReadPicture(nlohmann::json const& stream) {
             .matrix = stream.value("color_space", ""),
             .primaries = stream.value("color_primaries", ""),
             .transfer = stream.value("color_transfer", ""),
-            .fieldOrder = stream.value("field_order", ""),
             .averageRate = FrameRate(stream.value("avg_frame_rate", "")),
-            .nominalRate = stream.value("r_frame_rate", "")};
+            .nominalRate = stream.value("r_frame_rate", ""),
+            .duration = DurationOf(stream)};
 }
 
 Sound ReadSound(nlohmann::json const& stream, int number) {
@@ -73,6 +77,13 @@ Sound ReadSound(nlohmann::json const& stream, int number) {
     return {.number = number,
             .channels = stream.value("channels", 0),
             .description = std::move(description)};
+}
+
+bool IsProtected(nlohmann::json const& report) {
+    for (auto const& packet : report.value("packets", nlohmann::json::array()))
+        for (auto const& data : packet.value("side_data_list", nlohmann::json::array()))
+            if (data.value("side_data_type", "") == "Encryption info") return true;
+    return false;
 }
 
 }  // namespace
@@ -103,15 +114,15 @@ MovieProbe::MovieProbe(fs::path const& path) : given(path) {
     movie.file = movie.opened->Path();
     ffprobe = std::make_unique<ChildProcess>(
         FindFfmpegProgram("ffprobe"),
-        std::vector<std::string>{"-v", "error", "-protocol_whitelist", "file", "-format_whitelist",
-                                 std::string(kMovieFormats) + ',' + kPictureFormats, "-of", "json",
-                                 "-show_entries",
-                                 "format=format_name,duration:stream=codec_type,avg_frame_rate,"
-                                 "r_frame_rate,height,pix_fmt,color_range,color_space,"
-                                 "color_primaries,color_transfer,field_order,channels,duration:"
-                                 "stream_disposition=attached_pic,default:"
-                                 "stream_tags=title,language,DURATION",
-                                 kStandardInput},
+        std::vector<std::string>{
+            "-v", "error", "-protocol_whitelist", "file", "-format_whitelist",
+            std::string(kMovieFormats) + ',' + kPictureFormats, "-of", "json", "-read_intervals",
+            kFirstPackets, "-show_entries",
+            "format=format_name,duration:stream=codec_type,avg_frame_rate,r_frame_rate,height,"
+            "pix_fmt,color_range,color_space,color_primaries,color_transfer,channels,duration:"
+            "stream_disposition=attached_pic,default:stream_tags=title,language,DURATION:"
+            "packet=stream_index:packet_side_data=side_data_type",
+            kStandardInput},
         movie.opened->Number(),
         ChildProcess::Hooks{.onOutput = [this](auto& line) { report += line; },
                             .onError = [this](auto& line) { OnComplaint(line); },
@@ -144,11 +155,14 @@ Movie MovieProbe::ReadReport() const {
     if (names.ends_with("_pipe"))
         RefuseMovie(given, "it is a still picture; make a movie of it first.");
 
+    if (IsProtected(parsed))
+        RefuseMovie(given, "it is protected against copying; share an export without protection.");
+
     Movie found = movie;
     found.format = names.substr(0, names.find(','));
     int sounds = 0;
     bool hasDefaultSound = false;
-    std::optional<double> exported[2];  // how long the picture and the sound are
+    std::optional<double> soundDuration;
     for (auto const& stream : parsed.at("streams")) {
         auto const kind = stream.value("codec_type", "");
         bool const isCover =
@@ -157,7 +171,6 @@ Movie MovieProbe::ReadReport() const {
             found.hasPicture = true;
             found.picture = ReadPicture(stream);
             found.frameRate = found.picture.averageRate;
-            exported[0] = DurationOf(stream);
         }
         if (kind != "audio") continue;
         auto sound = ReadSound(stream, sounds++);
@@ -171,10 +184,9 @@ Movie MovieProbe::ReadReport() const {
         found.hasSound = true;
         hasDefaultSound = isDefault;
         found.sound = std::move(sound);
-        exported[1] = DurationOf(stream);
+        soundDuration = DurationOf(stream);
     }
-    for (auto const& duration : exported)
-        if (duration && duration > found.streamDuration) found.streamDuration = duration;
+    found.streamDuration = std::max(found.picture.duration, soundDuration);
     if (!found.hasPicture && !found.hasSound)
         RefuseMovie(given, "it has neither picture nor sound.");
     if (auto const text = format.value("duration", ""); !text.empty()) {

@@ -20,9 +20,9 @@ struct Picture {
     std::string matrix;
     std::string primaries;
     std::string transfer;
-    std::string fieldOrder;
     std::optional<double> averageRate;  ///< pictures in a second
     std::string nominalRate;            ///< the rate that the file claims, as "30000/1001"
+    std::optional<double> duration;     ///< in seconds
 };
 
 /// The sound track that is exported: the file's default one, or else the first.

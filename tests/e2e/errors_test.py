@@ -42,6 +42,20 @@ class ErrorTests(EndToEnd):
         self.assertIn("no project", self.refusal(4, "share", self.clip, service=service))
         self.assertEqual(self.host("locations", service=service)[0], "Robin Ellery\n")
 
+    def test_a_movie_that_cannot_be_read_to_its_end(self):
+        whole = encode(self.movies / "Whole.mkv", 4)
+        cut = self.directory / "Cut.mkv"
+        data = whole.read_bytes()
+        cut.write_bytes(data[:len(data) * 6 // 10])
+        service = self.service()
+        line = self.refusal(5, "share", cut, service=service)
+        self.assertRegex(line, r'"[^"]*/Cut\.mkv" is damaged: only 0:0[12] of 0:04 could be read; copy it again, or '
+                               r"export it again from the program that made it\. --accept-damaged shares what there is\.")
+        self.assertEqual(self.exported_files(), [])
+        shared = self.share(cut, "--accept-damaged", service=service)
+        self.assertEqual(shared["version"], 1)
+        self.check_link(shared)
+
     def test_movies_that_are_none(self):
         notes = self.directory / "notes.txt"
         notes.write_text("To do: the titles.\n")

@@ -2,19 +2,13 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "host/media/Exporter.h"
-#include "host/process/MainLoop.h"
-#include "tests/host/media/TestMovies.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/host/media/ExportTest.h"
 
 namespace quillohost {
 namespace {
-
-using Words = std::vector<std::string>;
 
 /// A movie, and what its export has to be.
 struct Case {
@@ -161,13 +155,29 @@ std::vector<Case> Cases() {
          54,
          "smpte170m",
          {193, 193, 193}},
-        {"interlaced",
+        {"PQ, half transparent, over black",
          "in.mkv",
-         "testsrc2=s=96x56:d=1:r=50,tinterlace=interleave_top,setfield=tff",
-         {"-flags", "+ildct+ilme", "-x264opts", "tff=1"},
+         "color=c=white@0.5:s=96x54:d=1,format=gbrap,split[c][a];[a]alphaextract[k];[c]format=gbrp,"
+         "zscale=tin=bt709:min=gbr:pin=bt709:t=smpte2084:m=bt2020nc:p=bt2020:npl=203:r=limited,"
+         "format=yuv444p[d];[d][k]alphamerge",
+         {"-c:v", "ffv1", "-color_trc", "smpte2084", "-color_primaries", "bt2020", "-colorspace",
+          "bt2020nc"},
          25,
          96,
-         56},
+         54,
+         "smpte170m",
+         {97, 97, 97}},
+        {"HD with alpha, without a tag",
+         "in.mov",
+         "color=c=0xC8281E:s=1280x720:d=0.2,format=gbrap",
+         {"-c:v", "prores_ks", "-vf", InMatrix("bt709", "yuva444p10le")},
+         5,
+         1280,
+         720,
+         "bt709",
+         kRed,
+         0,
+         0.2},
         {"one picture",
          "in.mp4",
          kPatternSource,
@@ -214,42 +224,20 @@ std::vector<Case> Cases() {
     };
 }
 
-class ExportSettingsTest : public testing::Test {
-protected:
-    Movie Probe(std::filesystem::path const& file) {
-        MovieProbe const probe(file);
-        return loop.Await(probe.Result());
-    }
-    void Export(std::filesystem::path const& file) {
-        Exporter const exporter(Probe(file), output, [](double) {});
-        static_cast<void>(loop.Await(exporter.Result()));
-    }
-
-    MainLoop loop;
-    testsupport::TemporaryDirectory directory;
-    std::filesystem::path const output = directory.Path() / "out.mp4";
-};
-
-nlohmann::json StreamOf(nlohmann::json const& described, char const* kind) {
-    for (auto const& stream : described["streams"])
-        if (stream["codec_type"] == kind) return stream;
-    return nlohmann::json::object();
-}
+using ExportSettingsTest = ExportTest;
 
 TEST_F(ExportSettingsTest, EveryKindOfMovieComesOutAsItIsShown) {
     for (auto const& one : Cases()) {
         SCOPED_TRACE(one.what);
         Words arguments{"-f", "lavfi", "-i", one.source};
         arguments.insert(arguments.end(), one.encoding.begin(), one.encoding.end());
-        auto const file = directory.Path() / one.file;
-        testmovies::Make(file, arguments);
-        Export(file);
+        Export(Make(one.file, arguments));
 
-        auto const described = testmovies::Describe(output);
+        auto const described = Exported();
         auto const picture = StreamOf(described, "video");
         EXPECT_EQ(picture["nb_frames"], std::to_string(one.pictures));
-        EXPECT_NEAR(std::stod(described["format"]["duration"].get<std::string>()), one.duration,
-                    0.06);
+        constexpr double kOnePicture = 0.041;
+        EXPECT_NEAR(ExportedDuration(), one.duration, kOnePicture);
         EXPECT_EQ(picture["width"], one.width);
         EXPECT_EQ(picture["height"], one.height);
         EXPECT_EQ(picture["color_space"], one.matrix);
@@ -267,35 +255,6 @@ TEST_F(ExportSettingsTest, EveryKindOfMovieComesOutAsItIsShown) {
     }
 }
 
-TEST_F(ExportSettingsTest, PicturesKeepTheirTimes) {
-    auto const recording = directory.Path() / "recording.webm";
-    testmovies::Make(
-        recording,
-        {"-f", "lavfi", "-i", "testsrc2=s=96x54:r=25:d=2", "-vf",
-         "settb=1/1000,setpts='100+floor(N*41.7+mod(N,3)*9+if(gt(N,20),700,0))'", "-fps_mode",
-         "passthrough", "-enc_time_base", "1:1000", "-c:v", "libvpx-vp9", "-cpu-used", "8"});
-    // In this format nothing claims a rate.
-    auto const unclaimed = directory.Path() / "recording.mp4";
-    testmovies::Make(unclaimed, {"-i", FfmpegFileName(recording), "-c", "copy"});
-    auto const times = testmovies::PictureTimes(recording);
-    ASSERT_EQ(times.size(), 50u);
-    for (auto const& movie : {recording, unclaimed}) {
-        Export(movie);
-        auto const exported = testmovies::PictureTimes(output);
-        ASSERT_EQ(exported.size(), times.size());
-        for (std::size_t i = 0; i < times.size(); ++i)
-            EXPECT_NEAR(exported[i] - exported[0], times[i] - times[0], 1) << i;
-    }
-
-    // Matroska rounds the times of a constant rate to milliseconds.
-    auto const constant = directory.Path() / "constant.mkv";
-    testmovies::Make(constant, {"-f", "lavfi", "-i", "testsrc2=s=96x54:r=30000/1001:d=1"});
-    Export(constant);
-    auto const picture = StreamOf(testmovies::Describe(output), "video");
-    EXPECT_EQ(picture["r_frame_rate"], "30000/1001");
-    EXPECT_EQ(picture["avg_frame_rate"], "30000/1001");
-}
-
 TEST_F(ExportSettingsTest, ATurnedMovieStandsUprightAndWidePixelsStayWide) {
     auto const flat = directory.Path() / "flat.mp4";
     auto const turned = directory.Path() / "turned.mp4";
@@ -311,34 +270,6 @@ TEST_F(ExportSettingsTest, ATurnedMovieStandsUprightAndWidePixelsStayWide) {
     EXPECT_EQ(upright["height"], 96);
     EXPECT_EQ(upright["sample_aspect_ratio"], "3:4");
     EXPECT_FALSE(upright.contains("side_data_list"));
-}
-
-TEST_F(ExportSettingsTest, TheSoundsThatAreLeftOutAreNamed) {
-    auto const file = directory.Path() / "in.mkv";
-    testmovies::Make(file, {"-f",
-                            "lavfi",
-                            "-i",
-                            "sine=d=1",
-                            "-map",
-                            "0",
-                            "-map",
-                            "0",
-                            "-map",
-                            "0",
-                            "-metadata:s:a:0",
-                            "title=Commentary",
-                            "-metadata:s:a:1",
-                            "language=ger",
-                            "-disposition:a:0",
-                            "0",
-                            "-disposition:a:1",
-                            "default",
-                            "-disposition:a:2",
-                            "0"});
-    auto const movie = Probe(file);
-    EXPECT_EQ(movie.sound.number, 1);
-    EXPECT_EQ(movie.sound.description, "ger");
-    EXPECT_THAT(movie.otherSounds, testing::ElementsAre("Commentary", "track 3"));
 }
 
 }  // namespace

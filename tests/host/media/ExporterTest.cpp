@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 
 #include "host/media/FileChecksum.h"
@@ -144,6 +145,24 @@ TEST_F(ExporterTest, SaysWhyAnExportFailedAndLeavesNothingBehind) {
     expect("(ffmpeg says: ");
 }
 
+TEST_F(ExporterTest, SaysWhatFfmpegSaidBeforeItWasKilled) {
+    Movie const movie = Make("in.mp4", {testmovies::kPicture});
+    auto const ffmpeg = directory.Write("ffmpeg", "#!/bin/sh\necho Out of luck >&2\nkill -9 $$\n");
+    std::filesystem::permissions(ffmpeg, std::filesystem::perms::owner_all);
+    std::string const path = getenv("PATH");
+    setenv("PATH", directory.Path().c_str(), 1);
+    try {
+        Export(movie);
+        ADD_FAILURE();
+    } catch (Failure const& failure) {
+        EXPECT_THAT(failure.what(), HasSubstr("the system ended ffmpeg"));
+        EXPECT_THAT(failure.what(), HasSubstr("(signal 9)"));
+        EXPECT_THAT(failure.what(), HasSubstr("close other programs"));
+        EXPECT_THAT(failure.what(), HasSubstr("(ffmpeg says: Out of luck)"));
+    }
+    setenv("PATH", path.c_str(), 1);
+}
+
 TEST_F(ExporterTest, AMovieThatCannotBeReadToItsEndIsRefusedUnlessThatIsAccepted) {
     using Words = std::vector<std::string>;
     Words const picture{"-f", "lavfi", "-i", "testsrc2=s=160x90:d=4"};
@@ -160,6 +179,13 @@ TEST_F(ExporterTest, AMovieThatCannotBeReadToItsEndIsRefusedUnlessThatIsAccepted
         {"cut.mp4", {picture, sound, indexFirst}, 0.6, false, "only 0:02 of 0:04 could be read"},
         {"cut.mkv", {picture, sound}, 0.6, false, "only 0:02 of 0:04 could be read"},
         {"hole.mp4", {picture, sound, indexFirst}, 1, true, "parts of its picture or sound"},
+        {"cut_slow.mp4",
+         {{"-f", "lavfi", "-i", "testsrc2=s=160x90:d=4", "-vf", "setpts='PTS*(1+N/100)'",
+           "-fps_mode", "vfr", "-enc_time_base", "1:1000"},
+          indexFirst},
+         0.6,
+         false,
+         "of 0:07 could be read"},
         {"whole.mp4", {picture, sound}, 1, false, nullptr},
         {"whole.mkv", {picture, sound}, 1, false, nullptr},
         {"whole.ts", {picture, sound}, 1, false, nullptr},

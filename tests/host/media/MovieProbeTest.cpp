@@ -78,6 +78,18 @@ TEST_F(MovieProbeTest, RefusesWhatIsNoMovieAndSaysWhy) {
     ExpectRefusal(movie, "was not finished, or its copy was cut short");
 }
 
+TEST_F(MovieProbeTest, RefusesAMovieThatIsProtected) {
+    auto const movie = directory.Path() / "protected.mp4";
+    for (auto const* part : {&testmovies::kPicture, &testmovies::kSound}) {
+        auto arguments = *part;
+        arguments.insert(arguments.end(), {"-encryption_scheme", "cenc-aes-ctr", "-encryption_key",
+                                           "0123456789abcdef0123456789abcdef", "-encryption_kid",
+                                           "fedcba9876543210fedcba9876543210"});
+        testmovies::Make(movie, arguments);
+        ExpectRefusal(movie, "protected against copying; share an export without protection");
+    }
+}
+
 TEST_F(MovieProbeTest, RefusesListsOfOtherFilesWhateverTheirNames) {
     testmovies::Make(directory.Path() / "other.mp4", testmovies::kPicture);
     testmovies::Make(directory.Path() / "1.png",

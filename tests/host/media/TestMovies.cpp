@@ -60,4 +60,15 @@ std::vector<int> PictureTimes(std::filesystem::path const& file) {
     return times;
 }
 
+int CountCombed(std::filesystem::path const& file) {
+    std::istringstream lines(
+        Run("ffmpeg",
+            {"-nostdin", "-v", "error", "-i", quillohost::FfmpegFileName(file), "-vf",
+             "idet,metadata=print:key=lavfi.idet.single.current_frame:file=-", "-f", "null", "-"}));
+    int combed = 0;
+    for (std::string line; std::getline(lines, line);)
+        combed += line.ends_with("=tff") || line.ends_with("=bff") ? 1 : 0;
+    return combed;
+}
+
 }  // namespace testmovies

@@ -30,4 +30,7 @@ struct Colour {
 /// When each picture of `file` is shown, in milliseconds.
 [[nodiscard]] std::vector<int> PictureTimes(std::filesystem::path const& file);
 
+/// How many pictures of `file` show two moments in alternate lines.
+[[nodiscard]] int CountCombed(std::filesystem::path const& file);
+
 }  // namespace testmovies
