@@ -85,15 +85,10 @@ class Finder:
         self.lines = [0] + [m.end() for m in re.finditer(rb"\n", text)]
         self.name = file_name or path
         index = cindex.Index.create()
-        unit = index.parse(self.name, args=arguments, unsaved_files=[(self.name, text.decode())],
-                           options=cindex.TranslationUnit.PARSE_DETAILED_PROCESSING_RECORD)
+        unit = index.parse(self.name, args=arguments, unsaved_files=[(self.name, text.decode())])
         self.errors = [d.spelling for d in unit.diagnostics if d.severity >= cindex.Diagnostic.Error]
-        self.macros = []
         for cursor in unit.cursor.get_children():
-            if cursor.kind == K.MACRO_INSTANTIATION and self.here(cursor):
-                self.macros.append((cursor.extent.start.offset, cursor.extent.end.offset))
-        for cursor in unit.cursor.get_children():
-            if not cursor.kind.is_preprocessing() and self.here(cursor):
+            if self.here(cursor):
                 self.walk(cursor, [], None, [])
 
     def here(self, cursor):
@@ -109,11 +104,10 @@ class Finder:
         return self.source(*self.span(cursor))
 
     def add(self, kind, start, end, after, scope):
-        """Notes an edit, unless it changes nothing or touches a macro."""
+        """Notes an edit, unless it changes nothing. What a macro expands to has the span of the macro's use, so that an
+        edit either takes a use whole or is none: no operator or literal is spelled like one."""
         before = self.source(start, end)
         if collapse(before) == collapse(after) or start >= end:
-            return
-        if any(first < end and start < last for first, last in self.macros):
             return
         self.found[(kind, start, end, after)] = "::".join(scope) or "(file)"
 

@@ -24,8 +24,6 @@ class Workspace:
         self.tree, self.build = os.path.join(folder, "tree"), os.path.join(folder, "build")
         os.makedirs(self.tree, exist_ok=True)
         self.commands = {}
-        # What a test starts and leaves behind becomes a child of this process, which ends it.
-        ctypes.CDLL(None).prctl(36, 1, 0, 0, 0)  # PR_SET_CHILD_SUBREAPER
 
     # -- the copy
 
@@ -228,6 +226,8 @@ def limits():
 
 def run(command, limit, environment=None, directory=None, merge=True):
     """Runs a command to its end or to the limit of seconds, and ends what it has left behind."""
+    # What a test starts and leaves behind becomes a child of this process, which ends it.
+    ctypes.CDLL(None).prctl(36, 1, 0, 0, 0)  # PR_SET_CHILD_SUBREAPER
     begin = time.monotonic()
     with tempfile.TemporaryFile() as output:
         process = subprocess.Popen(command, stdout=output, stderr=subprocess.STDOUT if merge else subprocess.DEVNULL,
