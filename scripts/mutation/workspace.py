@@ -81,9 +81,11 @@ class Workspace:
         listing = self.call(["ctest", "--test-dir", self.build, "--show-only=json-v1"], limit=120, merge=False)
         programs, self.others = {}, []
         for test in json.loads(listing.output)["tests"]:
-            command = test.get("command", [])
+            # ctest names no command as long as the program is not built; then the test has the program's name.
+            command = test.get("command") or [os.path.join(self.build, "bin", test["name"])]
             made = [os.path.relpath(w, self.build) for w in command if w.startswith(self.build + "/bin/")]
-            inputs = self.call(["ninja", "-C", self.build, "-t", "inputs", *made], limit=120).output if made else ""
+            listed = self.call(["ninja", "-C", self.build, "-t", "inputs", *made], limit=120) if made else None
+            inputs = listed.output if listed and listed.status == 0 else ""
             settings = {p["name"]: p["value"] for p in test.get("properties", [])}
             if made and "libgtest" in inputs and command[0].find("node") < 0:
                 programs[test["name"]] = Program(test["name"], made[-1], command, settings, set(inputs.split("\n")))
