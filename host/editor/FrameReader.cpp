@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+#include "host/media/MovieDamage.h"
 #include "host/process/SignalThread.h"
 
 namespace quillohost::editor {
@@ -75,8 +76,8 @@ private:
         QMetaObject::invokeMethod(&reader, [&to = reader, frame, said, request = current] {
             if (!frame.isNull()) return to.hooks.onFrame(frame, request);
             to.hooks.onFailure(
-                "Cannot show a picture of \"" + request.movie.file.string() +
-                "\": " + (said.empty() ? "there is none here." : FfmpegComplaint(said)));
+                "Cannot show a picture of \"" + request.movie.file.string() + "\": " +
+                (said.empty() ? "there is none here." : ExplainComplaint(FfmpegComplaint(said))));
         });
         if (next) Begin();
     }

@@ -66,6 +66,8 @@ std::string ExplainComplaint(std::string const& complaint) {
     static Row const rows[] = {
         {"moov atom not found",
          std::string("the recording was not finished, or its copy was cut short; ") + kWhatToDo},
+        {"ended prematurely", std::string("its file is cut short; ") + kWhatToDo},
+        {"partial file", std::string("its file is cut short; ") + kWhatToDo},
         {"No space left on device", "the disk is full; free some space and share again"},
         {"File too large",
          "the export is larger than a file may be here; free some space and share again"},

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "host/media/MovieDamage.h"
 #include "host/process/Failure.h"
@@ -105,8 +106,13 @@ std::vector<std::string> FfmpegMovieInput(std::string const& format) {
 }
 
 std::string FfmpegComplaint(std::string const& line) {
+    std::string_view said = line;
+    // "[matroska,webm @ 0x55e5cf5eda00] ": which part of ffmpeg complains, and where that lies.
+    if (auto const end = said.find("] "); said.starts_with('[') && end != said.npos)
+        if (said.substr(0, end).find(" @ 0x") != said.npos) said.remove_prefix(end + 2);
     std::string const prefix = std::string(kStandardInput) + ": ";
-    return line.starts_with(prefix) ? line.substr(prefix.size()) : line;
+    if (said.starts_with(prefix)) said.remove_prefix(prefix.size());
+    return std::string(said);
 }
 
 MovieProbe::MovieProbe(fs::path const& path) : given(path) {

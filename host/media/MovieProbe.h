@@ -58,7 +58,7 @@ struct Movie {
 /// input, and no other file.
 [[nodiscard]] std::vector<std::string> FfmpegMovieInput(std::string const& format);
 
-/// `line`, of what ffmpeg or ffprobe said of such a movie, without the name before it.
+/// `line`, of what ffmpeg or ffprobe said of such a movie, without the names before it.
 [[nodiscard]] std::string FfmpegComplaint(std::string const& line);
 
 /// Opens a file and looks into it to tell whether it is a movie: in one of the formats that hold

@@ -82,6 +82,28 @@ class WindowTests(WindowTest):
         self.assertEqual(window.focused(), ("Button", "Share for Review"))
         self.close(window)
 
+    def test_a_damaged_movie_is_shared_only_when_the_user_says_so(self):
+        whole = encode(self.movies / "Whole.mkv", 4).read_bytes()
+        cut = self.directory / "Cut.mkv"
+        cut.write_bytes(whole[:len(whole) * 6 // 10])
+        window = self.window(cut, service=self.service())
+        window.click("Button", "Share for Review")
+        self.sign_in(window)
+        self.choose_location(window)
+        window.click("Button", "Share")
+        window.see("StaticText", "*is damaged: only 0:0? of 0:04 could be read*")
+        window.click("Button", "Do Not Share")
+        window.hear("is damaged: only 0:0")
+        self.assertEqual(self.exported_files(), [])
+
+        window.click("Button", "Share")
+        window.click("Button", "Share What There Is")
+        window.click("Button", "Copy link")
+        self.copied_link(window)
+        window.hear("is shared as version 1")
+        window.dismiss("Button", "Copy link")
+        self.close(window)
+
     def test_a_movie_goes_where_it_was_shared_last(self):
         service = self.service()
         before = self.share(self.clip, "--to", f"{RIVER}/VFX/Shot 2", service=service)
