@@ -13,8 +13,8 @@ using TimePoint = std::chrono::time_point<std::chrono::system_clock, std::chrono
 /// The time now. Any thread.
 [[nodiscard]] MOXCORE_API TimePoint Now();
 
-/// Puts `clock` in place of the system's; an empty function brings that back. For tests; call while
-/// no other thread asks for the time.
+/// Puts `clock` in place of the system's; an empty function brings that back. Waits for calls of
+/// the former one. For tests. Any thread; `clock` must neither throw nor call SetClock.
 MOXCORE_API void SetClock(std::function<TimePoint()> clock);
 
 }  // namespace moxcore::threads
