@@ -70,6 +70,15 @@ std::optional<double> EndOf(nlohmann::json const& stream, double start) {
     return end;
 }
 
+/// How long the announced number of pictures is. The duration that ffprobe tells of an AVI file is
+/// measured by the file, so that it shrinks with one that is cut.
+std::optional<double> AnnouncedDuration(nlohmann::json const& stream) {
+    double const pictures = std::strtod(stream.value("nb_frames", "").c_str(), nullptr);
+    auto const rate = FrameRate(stream.value("avg_frame_rate", ""));
+    if (pictures > 0 && rate) return pictures / *rate;
+    return std::nullopt;
+}
+
 Picture ReadPicture(nlohmann::json const& stream, double start) {
     return {.height = stream.value("height", 0),
             .pixelFormat = stream.value("pix_fmt", ""),
@@ -192,6 +201,8 @@ Movie MovieProbe::ReadReport() const {
             found.hasPicture = true;
             found.picture = ReadPicture(stream, start);
             found.frameRate = found.picture.averageRate;
+            if (found.format == "avi")
+                found.picture.end = std::max(found.picture.end, AnnouncedDuration(stream));
         }
         if (kind != "audio") continue;
         auto sound = ReadSound(stream, sounds++);
