@@ -133,11 +133,31 @@ std::string RestoreSteps(Rate const& rate) {
            ")),0.0006)," + step + "*" + std::to_string(rate.seconds * rate.scale) + ",PTS)'";
 }
 
-/// Gives the last packet the time until the announced end of the picture. In ticks of the track:
-/// the filter's own unit of time is the encoder's, which its packets do not have any more.
-std::string HoldUntil(double end) {
-    return "setts=pts=PTS:dts=DTS:duration='if(eq(NEXT_DTS,NOPTS),max(DURATION," +
-           std::to_string(std::lround(end * kTicks)) + "-PTS),DURATION)'";
+/// Gives the last packet the time until the announced end of the picture, when its last picture
+/// would be held for more than `leastTicks`. In ticks of the track: the filter's own unit of time
+/// is the encoder's, which its packets do not have any more.
+std::string HoldUntil(double end, long ticksPerSecond, long leastTicks) {
+    auto const ticks = std::to_string(std::lround(end * static_cast<double>(ticksPerSecond)));
+    // The packet that comes last need not be the picture that is shown last. At a constant rate
+    // the order in which they come tells when that one is shown.
+    auto const held = ticks + "-(DTS-STARTDTS+STARTPTS)";
+    return "setts=pts=PTS:dts=DTS:duration='if(eq(NEXT_DTS,NOPTS)*gt(" + held + "," +
+           std::to_string(leastTicks) + "),max(DURATION," + ticks + "-PTS),DURATION)'";
+}
+
+/// How the picture's track counts time, and how long its last picture is held.
+std::vector<std::string> HoldLastPicture(Movie const& movie, std::optional<Rate> const& rate) {
+    auto const& end = movie.picture.end;
+    if (!end) return {};
+    if (!rate)
+        return {"-video_track_timescale", std::to_string(kTicks), "-bsf:v",
+                HoldUntil(*end, kTicks, 0)};
+    // In a long movie the hold is too little to change the average rate. Other formats guess the
+    // duration, and rounding it must not make a constant rate uneven.
+    if (!IsOneOf(movie.format, {"mov", "matroska"})) return {};
+    long const picture = rate->seconds * rate->scale;
+    return {"-video_track_timescale", rate->Ticks(), "-bsf:v",
+            HoldUntil(*end, rate->pictures * rate->scale, picture + picture / 2)};
 }
 
 }  // namespace
@@ -155,9 +175,9 @@ std::vector<std::string> ExportSettings(Movie const& movie, LastPicture lastPict
         add({"-map", "0:V:0", "-c:v", "libx264", "-preset", "veryfast", "-crf", "20", "-pix_fmt",
              "yuv420p", "-vf", Filters(picture, colours) + (rate ? RestoreSteps(*rate) : ""),
              "-fps_mode", "vfr", "-enc_time_base", rate ? "1:" + rate->Ticks() : "-1"});
-        if (lastPicture == LastPicture::AsProbed && !rate && picture.duration)
-            add({"-video_track_timescale", std::to_string(kTicks), "-bsf:v",
-                 HoldUntil(*picture.duration)});
+        if (lastPicture == LastPicture::AsProbed)
+            for (auto const& word : HoldLastPicture(movie, rate))
+                settings.push_back(word);
         add({"-colorspace", colours.matrix, "-color_primaries", PrimariesOf(picture, colours),
              "-color_trc", TransferOf(picture, colours), "-color_range", "tv"});
     }

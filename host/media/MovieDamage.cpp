@@ -10,6 +10,8 @@ namespace {
 constexpr char kWhatToDo[] = "copy it again, or export it again from the program that made it";
 
 constexpr double kLeastCut = 0.1;  // seconds
+/// Without a complaint of ffmpeg the announced length has to be missed by more: programs round it.
+constexpr double kLeastSilentCut = 1;  // seconds
 /// By how many pictures ffmpeg's last word on its progress may be behind.
 constexpr double kPicturesBehind = 4;
 constexpr double kLostShare = 0.02;
@@ -19,6 +21,15 @@ constexpr double kSoundPiecesPerSecond = 40;
 
 bool Contains(std::string const& text, char const* part) {
     return text.find(part) != std::string::npos;
+}
+
+/// Whether ffmpeg reads a file of this format up to where it is cut without a complaint, while its
+/// head still announces the whole length. In other formats the length may be a guess, or include a
+/// last picture that is held.
+bool IsCutSilently(std::string const& format) {
+    for (char const* const one : {"aiff", "avi", "flac", "flv"})
+        if (format == one) return true;
+    return false;
 }
 
 /// "1:02:03", or "0:31".
@@ -44,9 +55,9 @@ void ReadReport::AddComplaint(std::string const& line) {
 std::optional<std::string> ReadReport::FindDamage(Movie const& movie) const {
     auto const length = movie.streamDuration ? movie.streamDuration : movie.duration;
     if (!length) return std::nullopt;
-    // Only where ffmpeg has missed the end: a last picture that is held for long is no damage.
     double const behind = movie.frameRate ? kPicturesBehind / *movie.frameRate : 0;
-    if (hasEndedEarly && *length - seconds > std::max(kLeastCut, behind))
+    double const leastCut = std::max(hasEndedEarly ? kLeastCut : kLeastSilentCut, behind);
+    if ((hasEndedEarly || IsCutSilently(movie.format)) && *length - seconds > leastCut)
         return "only " + FormatLength(seconds) + " of " + FormatLength(*length) + " could be read";
     double const pieces = *length * movie.frameRate.value_or(kSoundPiecesPerSecond);
     if (lostPieces > kFewPieces + kLostShare * pieces)

@@ -41,11 +41,12 @@ std::optional<double> FrameRate(std::string const& fraction) {
     return std::nullopt;
 }
 
-/// How long the stream is, where the file tells: as a number of seconds, or, in Matroska files, as
-/// "00:01:02.345000000".
-std::optional<double> DurationOf(nlohmann::json const& stream) {
-    auto text = stream.value("duration", "");
-    if (text.empty() && stream.contains("tags")) text = stream["tags"].value("DURATION", "");
+double SecondsOf(nlohmann::json const& part, char const* name) {
+    return std::strtod(part.value(name, "").c_str(), nullptr);  // 0 for "N/A"
+}
+
+/// "00:01:02.345000000", or a number of seconds.
+std::optional<double> ReadTime(std::string const& text) {
     double seconds = 0;
     for (char const* rest = text.c_str(); *rest != 0;) {
         char* end = nullptr;
@@ -58,7 +59,27 @@ std::optional<double> DurationOf(nlohmann::json const& stream) {
     return std::nullopt;
 }
 
-Picture ReadPicture(nlohmann::json const& stream) {
+/// When the stream ends, where the file tells, in seconds from `start`, the time at which the movie
+/// starts. Matroska files tell the end, others how long the stream is from its own start.
+std::optional<double> EndOf(nlohmann::json const& stream, double start) {
+    if (auto const duration = ReadTime(stream.value("duration", "")))
+        return *duration + std::max(0.0, SecondsOf(stream, "start_time") - start);
+    if (!stream.contains("tags")) return std::nullopt;
+    auto end = ReadTime(stream["tags"].value("DURATION", ""));
+    if (end) *end -= start;
+    return end;
+}
+
+/// How long the announced number of pictures is. The duration that ffprobe tells of an AVI file is
+/// measured by the file, so that it shrinks with one that is cut.
+std::optional<double> AnnouncedDuration(nlohmann::json const& stream) {
+    double const pictures = std::strtod(stream.value("nb_frames", "").c_str(), nullptr);
+    auto const rate = FrameRate(stream.value("avg_frame_rate", ""));
+    if (pictures > 0 && rate) return pictures / *rate;
+    return std::nullopt;
+}
+
+Picture ReadPicture(nlohmann::json const& stream, double start) {
     return {.height = stream.value("height", 0),
             .pixelFormat = stream.value("pix_fmt", ""),
             .range = stream.value("color_range", ""),
@@ -67,7 +88,7 @@ Picture ReadPicture(nlohmann::json const& stream) {
             .transfer = stream.value("color_transfer", ""),
             .averageRate = FrameRate(stream.value("avg_frame_rate", "")),
             .nominalRate = stream.value("r_frame_rate", ""),
-            .duration = DurationOf(stream)};
+            .end = EndOf(stream, start)};
 }
 
 Sound ReadSound(nlohmann::json const& stream, int number) {
@@ -124,8 +145,10 @@ MovieProbe::MovieProbe(fs::path const& path) : given(path) {
             "-v", "error", "-protocol_whitelist", "file", "-format_whitelist",
             std::string(kMovieFormats) + ',' + kPictureFormats, "-of", "json", "-read_intervals",
             kFirstPackets, "-show_entries",
-            "format=format_name,duration:stream=codec_type,avg_frame_rate,r_frame_rate,height,"
-            "pix_fmt,color_range,color_space,color_primaries,color_transfer,channels,duration:"
+            "format=format_name,start_time,duration:stream=start_time,codec_type,avg_frame_rate,r_"
+            "frame_rate,height,"
+            "pix_fmt,color_range,color_space,color_primaries,color_transfer,channels,duration,nb_"
+            "frames:"
             "stream_disposition=attached_pic,default:stream_tags=title,language,DURATION:"
             "packet=stream_index:packet_side_data=side_data_type",
             kStandardInput},
@@ -168,15 +191,18 @@ Movie MovieProbe::ReadReport() const {
     found.format = names.substr(0, names.find(','));
     int sounds = 0;
     bool hasDefaultSound = false;
-    std::optional<double> soundDuration;
+    double const start = SecondsOf(format, "start_time");
+    std::optional<double> soundEnd;
     for (auto const& stream : parsed.at("streams")) {
         auto const kind = stream.value("codec_type", "");
         bool const isCover =
             stream.contains("disposition") && stream["disposition"].value("attached_pic", 0) != 0;
         if (kind == "video" && !isCover && !found.hasPicture) {
             found.hasPicture = true;
-            found.picture = ReadPicture(stream);
+            found.picture = ReadPicture(stream, start);
             found.frameRate = found.picture.averageRate;
+            if (found.format == "avi")
+                found.picture.end = std::max(found.picture.end, AnnouncedDuration(stream));
         }
         if (kind != "audio") continue;
         auto sound = ReadSound(stream, sounds++);
@@ -190,9 +216,9 @@ Movie MovieProbe::ReadReport() const {
         found.hasSound = true;
         hasDefaultSound = isDefault;
         found.sound = std::move(sound);
-        soundDuration = DurationOf(stream);
+        soundEnd = EndOf(stream, start);
     }
-    found.streamDuration = std::max(found.picture.duration, soundDuration);
+    found.streamDuration = std::max(found.picture.end, soundEnd);
     if (!found.hasPicture && !found.hasSound)
         RefuseMovie(given, "it has neither picture nor sound.");
     if (auto const text = format.value("duration", ""); !text.empty()) {

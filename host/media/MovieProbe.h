@@ -22,7 +22,7 @@ struct Picture {
     std::string transfer;
     std::optional<double> averageRate;  ///< pictures in a second
     std::string nominalRate;            ///< the rate that the file claims, as "30000/1001"
-    std::optional<double> duration;     ///< in seconds
+    std::optional<double> end;          ///< in seconds from the movie's start
 };
 
 /// The sound track that is exported: the file's default one, or else the first.
@@ -44,7 +44,7 @@ struct Movie {
     Picture picture = {};
     Sound sound = {};
     std::vector<std::string> otherSounds = {};  ///< described, as the one that is exported is
-    std::optional<double> streamDuration = {};  ///< of what is exported, in seconds
+    std::optional<double> streamDuration = {};  ///< until what is exported ends, in seconds
 };
 
 /// Where the program `name`, which is part of ffmpeg, is. A Failure (Export) when it is not

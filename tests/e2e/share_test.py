@@ -48,6 +48,15 @@ class ShareTests(EndToEnd):
         self.assertRegex(out, r"\Ahttp://127\.0\.0\.1:\d+/r/[0-9a-f-]{36}\n\Z")
         self.assertIn("Shared as version 1 under a new link", err)
 
+    def test_the_sounds_that_are_left_out_are_named(self):
+        movie = self.directory / "Sounds.mkv"
+        subprocess.run(["ffmpeg", "-nostdin", "-v", "error", "-f", "lavfi", "-i", "sine=d=1", "-map", "0", "-map", "0",
+                        "-map", "0", "-metadata:s:a:0", "title=Commentary", "-metadata:s:a:1", "language=ger",
+                        "-disposition:a:0", "0", "-disposition:a:1", "default", "-disposition:a:2", "0", movie],
+                       check=True)
+        _, error = self.host("share", movie, service=self.service())
+        self.assertIn("The sound is ger; left out: Commentary, track 3\n", error)
+
     def test_a_service_of_its_own_keeps_links_valid(self):
         first = self.share(self.clip)
         second = self.share(self.clip)

@@ -167,6 +167,18 @@ std::vector<Case> Cases() {
          54,
          "smpte170m",
          {97, 97, 97}},
+        {"HLG, half transparent, over black",
+         "in.mkv",
+         "color=c=white@0.5:s=96x54:d=1,format=gbrap,split[c][a];[a]alphaextract[k];[c]format=gbrp,"
+         "zscale=tin=bt709:min=gbr:pin=bt709:t=arib-std-b67:m=bt2020nc:p=bt2020:npl=203:r=limited,"
+         "format=yuv444p[d];[d][k]alphamerge",
+         {"-c:v", "ffv1", "-color_trc", "arib-std-b67", "-color_primaries", "bt2020", "-colorspace",
+          "bt2020nc"},
+         25,
+         96,
+         54,
+         "smpte170m",
+         {97, 97, 97}},
         {"HD with alpha, without a tag",
          "in.mov",
          "color=c=0xC8281E:s=1280x720:d=0.2,format=gbrap",

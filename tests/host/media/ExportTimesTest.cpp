@@ -41,6 +41,8 @@ TEST_F(ExportTimesTest, PicturesKeepTheirTimes) {
 }
 
 TEST_F(ExportTimesTest, TheLastPictureIsHeldAsLongAsTheMovieHoldsIt) {
+    auto const many = Make(
+        "many.mp4", {"-f", "lavfi", "-i", "testsrc2=s=96x54:d=40:r=5", "-preset", "ultrafast"});
     Words const five{"-f", "lavfi", "-i", "testsrc2=s=96x54:d=1:r=5"};
     auto const with = [](Words words, Words const& more) {
         words.insert(words.end(), more.begin(), more.end());
@@ -58,6 +60,7 @@ TEST_F(ExportTimesTest, TheLastPictureIsHeldAsLongAsTheMovieHoldsIt) {
         char const* name;
         Words arguments;
         double duration;
+        std::size_t pictures = 5;
     } const cases[] = {
         {"held.gif", with(five, {"-final_delay", "300"}), 3.8},
         {"held.mp4", held, 4},
@@ -66,13 +69,36 @@ TEST_F(ExportTimesTest, TheLastPictureIsHeldAsLongAsTheMovieHoldsIt) {
          with({"-f", "lavfi", "-i", "sine=d=4"},
               with(held, {"-map", "0", "-map", "1", "-c:a", "aac"})),
          4},
+        // Its picture starts later than its sound, and ends later.
+        {"after_sound.mp4",
+         with({"-f", "lavfi", "-i", "sine=d=2", "-itsoffset", "0.5"},
+              with(held, {"-map", "0", "-map", "1", "-c:a", "aac"})),
+         4},
         {"constant.mp4", {"-i", FfmpegFileName(whole), "-c", "copy"}, 1},
+        // In these the hold leaves the rate what it is.
+        {"constant.mkv",
+         {"-i", FfmpegFileName(whole), "-c", "copy", "-bsf:v",
+          "setts=pts=PTS:dts=DTS:duration='if(eq(NEXT_DTS,NOPTS),4000-PTS,DURATION)'"},
+         4},
+        // Its first picture comes at half a second: the end that it announces is 4.5.
+        {"late.mkv",
+         {"-i", FfmpegFileName(whole), "-c", "copy", "-output_ts_offset", "0.5", "-bsf:v",
+          "setts=pts=PTS:dts=DTS:duration='if(eq(NEXT_DTS,NOPTS),4000-PTS,DURATION)'"},
+         4},
+        {"long.mp4",
+         {"-i", FfmpegFileName(many), "-c", "copy", "-bsf:v",
+          "setts=pts=PTS:dts=DTS:duration='if(eq(NEXT_DTS,NOPTS),DURATION*2.9,DURATION)'"},
+         40.38,
+         200},
     };
     for (auto const& one : cases) {
         SCOPED_TRACE(one.name);
         Export(Make(one.name, one.arguments));
-        EXPECT_NEAR(ExportedDuration(), one.duration, 0.2);
-        EXPECT_EQ(testmovies::PictureTimes(output), (std::vector{0, 200, 400, 600, 800}));
+        EXPECT_NEAR(ExportedDuration(), one.duration, 0.05);
+        auto const times = testmovies::PictureTimes(output);
+        ASSERT_EQ(times.size(), one.pictures);
+        for (std::size_t i = 0; i < times.size(); ++i)
+            EXPECT_EQ(times[i] - times[0], static_cast<int>(200 * i));
     }
 }
 
