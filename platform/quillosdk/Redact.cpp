@@ -55,12 +55,12 @@ Units Decode(Units const& encoded) {
     return decoded;
 }
 
-Units DecodeAll(std::string_view text) {
+Units DecodeAll(std::string_view text, int encodings = kMostEncodings) {
     Units units;
     units.reserve(text.size());
     for (std::size_t at = 0; at < text.size(); ++at)
         units.push_back({text[at], at, at + 1});
-    for (int i = 0; i < kMostEncodings; ++i) {
+    for (int i = 0; i < encodings; ++i) {
         auto const before = units.size();
         units = Decode(units);
         if (units.size() == before) break;
@@ -84,8 +84,12 @@ bool IsToken(std::string_view text) {
 
 void Redact(std::string& text, std::string_view secret) {
     if (secret.empty()) return;
-    auto const wanted = TextOf(DecodeAll(secret));
-    auto const units = DecodeAll(text);
+    // One that is next to nothing once it is decoded, of backslashes for instance, is looked for as
+    // it is: almost any text would hold the rest of it.
+    bool const isDecoded = secret.size() < kShortestRun || DecodeAll(secret).size() >= kShortestRun;
+    int const encodings = isDecoded ? kMostEncodings : 0;
+    auto const wanted = TextOf(DecodeAll(secret, encodings));
+    auto const units = DecodeAll(text, encodings);
     auto const plain = TextOf(units);
     auto const holds = [&](std::size_t at, std::size_t length) {
         return at + length <= plain.size() &&
