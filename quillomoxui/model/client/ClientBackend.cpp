@@ -29,7 +29,7 @@ UserResult RequestUser(std::shared_ptr<QuilloDatastore> const& datastore) {
     std::lock_guard lock(request->mutex);
     bool const isMade = request->user && request->datastore.lock() == datastore;
     if (isMade && !(request->user->IsComplete() && request->user->GetException())) {
-        // Whoever is handed the user after a sign-out needs a session for its lists all the same.
+        // After a sign-out this user still needs a session for its lists.
         datastore->SignIn();
     } else {
         request->datastore = datastore;

@@ -206,7 +206,7 @@ void SdkBackend::SignIn(LoggedInCallback const& onLoggedInChanged,
         signOuts = State().signOuts;
     }
     auto const attempt = BeginAttempt(onProgress);
-    // Whoever signs in again has lost the page that the one before has opened.
+    // A new sign-in replaces the page of the one before.
     quilloauth::jwt::CancelLogin();
     // On the sign-in's own thread even when the token is there by now: the login may wait for a
     // person.
