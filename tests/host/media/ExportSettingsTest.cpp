@@ -30,6 +30,25 @@ std::string const kRedSource = "color=c=0xC8281E:s=96x54:d=1,format=gbrp";
 std::string const kRedHDSource = "color=c=0xC8281E:s=1280x720:d=0.2,format=gbrp";
 std::string const kPatternSource = "testsrc2=s=96x54:d=1";
 
+/// White of 203 cd/m2, as a screen of BT.709 shows it; and half of it over black.
+constexpr testmovies::Colour kShownWhite{193, 193, 193};
+constexpr testmovies::Colour kHalfWhite{97, 97, 97};
+
+// White in high dynamic range, by the transfer curve `curve`.
+std::string Hdr(std::string const& curve) {
+    return "color=c=white:s=96x54:d=1,zscale=tin=bt709:min=bt709:pin=bt709:t=" + curve +
+           ":m=bt2020nc:p=bt2020:npl=203,format=yuv420p10le";
+}
+std::string HalfTransparent(std::string const& curve) {
+    return "color=c=white@0.5:s=96x54:d=1,format=gbrap,split[c][a];[a]alphaextract[k];"
+           "[c]format=gbrp,zscale=tin=bt709:min=gbr:pin=bt709:t=" +
+           curve + ":m=bt2020nc:p=bt2020:npl=203:r=limited,format=yuv444p[d];[d][k]alphamerge";
+}
+Words TaggedHdr(std::string const& encoder, std::string const& curve) {
+    return {"-c:v",   encoder,       "-color_trc", curve, "-color_primaries",
+            "bt2020", "-colorspace", "bt2020nc"};
+}
+
 std::string InMatrix(char const* matrix, char const* format) {
     return std::string("scale=out_color_matrix=") + matrix + ",format=" + format;
 }
@@ -133,52 +152,14 @@ std::vector<Case> Cases() {
          54,
          "smpte170m",
          {100, 20, 15}},
-        {"PQ",
-         "in.mkv",
-         "color=c=white:s=96x54:d=1,zscale=tin=bt709:min=bt709:pin=bt709:t=smpte2084:m=bt2020nc:p="
-         "bt2020:npl=203,format=yuv420p10le",
-         {"-c:v", "libx265", "-x265-params", "log-level=none", "-color_trc", "smpte2084",
-          "-color_primaries", "bt2020", "-colorspace", "bt2020nc"},
-         25,
-         96,
-         54,
-         "smpte170m",
-         {193, 193, 193}},
-        {"HLG",
-         "in.mkv",
-         "color=c=white:s=96x54:d=1,zscale=tin=bt709:min=bt709:pin=bt709:t=arib-std-b67:m=bt2020nc:"
-         "p=bt2020:npl=203,format=yuv420p10le",
-         {"-c:v", "libx265", "-x265-params", "log-level=none", "-color_trc", "arib-std-b67",
-          "-color_primaries", "bt2020", "-colorspace", "bt2020nc"},
-         25,
-         96,
-         54,
-         "smpte170m",
-         {193, 193, 193}},
-        {"PQ, half transparent, over black",
-         "in.mkv",
-         "color=c=white@0.5:s=96x54:d=1,format=gbrap,split[c][a];[a]alphaextract[k];[c]format=gbrp,"
-         "zscale=tin=bt709:min=gbr:pin=bt709:t=smpte2084:m=bt2020nc:p=bt2020:npl=203:r=limited,"
-         "format=yuv444p[d];[d][k]alphamerge",
-         {"-c:v", "ffv1", "-color_trc", "smpte2084", "-color_primaries", "bt2020", "-colorspace",
-          "bt2020nc"},
-         25,
-         96,
-         54,
-         "smpte170m",
-         {97, 97, 97}},
-        {"HLG, half transparent, over black",
-         "in.mkv",
-         "color=c=white@0.5:s=96x54:d=1,format=gbrap,split[c][a];[a]alphaextract[k];[c]format=gbrp,"
-         "zscale=tin=bt709:min=gbr:pin=bt709:t=arib-std-b67:m=bt2020nc:p=bt2020:npl=203:r=limited,"
-         "format=yuv444p[d];[d][k]alphamerge",
-         {"-c:v", "ffv1", "-color_trc", "arib-std-b67", "-color_primaries", "bt2020", "-colorspace",
-          "bt2020nc"},
-         25,
-         96,
-         54,
-         "smpte170m",
-         {97, 97, 97}},
+        {"PQ", "in.mkv", Hdr("smpte2084"), TaggedHdr("libx265", "smpte2084"), 25, 96, 54,
+         "smpte170m", kShownWhite},
+        {"HLG", "in.mkv", Hdr("arib-std-b67"), TaggedHdr("libx265", "arib-std-b67"), 25, 96, 54,
+         "smpte170m", kShownWhite},
+        {"PQ, half transparent, over black", "in.mkv", HalfTransparent("smpte2084"),
+         TaggedHdr("ffv1", "smpte2084"), 25, 96, 54, "smpte170m", kHalfWhite},
+        {"HLG, half transparent, over black", "in.mkv", HalfTransparent("arib-std-b67"),
+         TaggedHdr("ffv1", "arib-std-b67"), 25, 96, 54, "smpte170m", kHalfWhite},
         {"HD with alpha, without a tag",
          "in.mov",
          "color=c=0xC8281E:s=1280x720:d=0.2,format=gbrap",
