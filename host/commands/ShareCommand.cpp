@@ -45,7 +45,7 @@ ExitCode ExitCodeOf(ShareFailureReason reason) {
 
 }  // namespace
 
-/// What the library has told of the share.
+/// What the library has reported of the share.
 class ShareCommand::Heard final : public quillomoxui::ShareEvents {
 public:
     explicit Heard(ProgressDisplay& display) : display(display) {}

@@ -36,8 +36,8 @@ public:
     /// Starts a service when the options name none.
     ShareCommand(Options const& options, MainLoop& loop, ProgressDisplay& display);
 
-    /// A Failure tells which step failed. What has been exported is kept once its upload has begun,
-    /// and the failure tells where.
+    /// A Failure says which step failed. The export is kept once its upload has begun, and the
+    /// failure says where.
     Result Run();
 
     /// What the user must do for the link to open; empty when it opens as it is.

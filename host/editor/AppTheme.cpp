@@ -18,7 +18,7 @@ QColor ToQColor(moxui::drawbot::ColorRGBA const& color) {
     return QColor::fromRgbF(color.red, color.green, color.blue, color.alpha);
 }
 
-/// The desktop's, told by whether its text is lighter than what it stands on.
+/// The desktop's theme: dark when its text is lighter than its background.
 ThemeKind SystemTheme() {
     QApplication::setPalette(QPalette());
     auto const palette = QApplication::palette();

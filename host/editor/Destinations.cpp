@@ -83,7 +83,7 @@ void Destinations::OnPathFound(FolderPath const& found, bool isDefault) {
 
 void Destinations::CheckThatItIsThere(FolderPath const& shared) {
     OnMainThread(lists.ChildrenOf(shared.folder), attempt, [this](auto const& list) {
-        if (list.GetException()) return;           // unknown; what failed is told by others
+        if (list.GetException()) return;           // unknown; the failure is reported elsewhere
         if (viewModel->IsShareUnderWay()) return;  // that stores something else with it
         auto const stack = asset->Stored(quillomoxui::assetdata::kVersionStackGuid);
         auto const children = list.Get();

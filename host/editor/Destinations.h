@@ -20,7 +20,7 @@ class Destinations {
 public:
     using Guid = moxcore::utility::Guid;
 
-    /// `tell` hears what the user should know.
+    /// `tell` is called with lines for the user.
     Destinations(std::shared_ptr<AssetStore> store,
                  std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel,
                  std::function<void(std::string const&)> tell);

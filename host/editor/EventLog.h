@@ -9,7 +9,7 @@
 namespace quillohost::editor {
 
 /// For tests that drive the window from outside: writes what can be seen in the program's windows,
-/// as an assistive tool is told it, whenever that has changed, and what else it is told. Each event
+/// as an assistive tool reads it, whenever that has changed, and its announcements. Each event
 /// is a line with one JSON object. Main thread.
 class EventLog : public QObject {
 public:

@@ -16,7 +16,7 @@ namespace quillohost::editor {
 /// thread.
 class Player : public QWidget {
 public:
-    /// `tell` hears, in a line for the user, when a picture cannot be shown. A Failure (Export)
+    /// `tell` is called with a line for the user when a picture cannot be shown. A Failure (Export)
     /// when ffmpeg is not installed.
     explicit Player(std::function<void(std::string const&)> tell);
 

@@ -126,7 +126,7 @@ void Sharing::Reset() {
     viewModel->SetReviewLinkURL({});
 }
 
-/// Whether a share goes on, also one whose beginning or end has not been told yet.
+/// Whether a share goes on, also one whose beginning or end has not been reported yet.
 bool Sharing::IsSharing() const {
     return phase != Phase::Idle || viewModel->IsShareUnderWay();
 }
@@ -194,7 +194,7 @@ void Sharing::OnUserChanged(quillomoxui::QuilloUser const& user) {
     hooks.tell("Signed in as " + NameOf(user) + ".");
 }
 
-/// What was told of a sign-in that was given up holds no longer.
+/// The message of a cancelled sign-in holds no longer.
 void Sharing::OnSignInChanged(quilloauth::SignInProgress const& progress) {
     bool const wasSigningIn = std::exchange(isSigningIn, progress.IsUnderWay());
     bool const isOver = progress.stage == quilloauth::SignInStage::None;

@@ -120,7 +120,7 @@ private:
     ShareLocks shareLocks;
     std::shared_ptr<SharedAsset> open;    // the window's; null: none
     std::shared_ptr<SharedAsset> active;  // the popup's; null: none
-    Phase phase = Phase::Idle;            // as far as the library has told
+    Phase phase = Phase::Idle;            // as far as the library has reported
     quillomoxui::ShareInfo share;         // that goes on
     std::string sharedName;
     std::string exportFailure;  // why it has no movie

@@ -9,7 +9,7 @@
 namespace quillogallery {
 namespace {
 
-/// The pointer comes over the middle of `widget`, and what lies there hears of it.
+/// Moves the pointer over the middle of `widget`, and sends the event to what lies there.
 QWidget& MoveOver(QWidget& widget) {
     auto const centre = widget.rect().center();
     auto* const inner = widget.childAt(centre);

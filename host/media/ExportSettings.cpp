@@ -139,7 +139,7 @@ std::string RestoreSteps(Rate const& rate) {
 std::string HoldUntil(double end, long ticksPerSecond, long leastTicks) {
     auto const ticks = std::to_string(std::lround(end * static_cast<double>(ticksPerSecond)));
     // The packet that comes last need not be the picture that is shown last. At a constant rate
-    // the order in which they come tells when that one is shown.
+    // their order says when that one is shown.
     auto const held = ticks + "-(DTS-STARTDTS+STARTPTS)";
     return "setts=pts=PTS:dts=DTS:duration='if(eq(NEXT_DTS,NOPTS)*gt(" + held + "," +
            std::to_string(leastTicks) + "),max(DURATION," + ticks + "-PTS),DURATION)'";

@@ -8,7 +8,7 @@
 
 namespace quillohost {
 
-/// What reading a movie to its end has brought, as ffmpeg tells it.
+/// The result of reading a movie to its end with ffmpeg.
 class ReadReport {
 public:
     /// A line of what ffmpeg complains of.

@@ -59,7 +59,7 @@ std::optional<double> ReadTime(std::string const& text) {
     return std::nullopt;
 }
 
-/// When the stream ends, where the file tells, in seconds from `start`, the time at which the movie
+/// When the stream ends, if the file says so, in seconds from `start`, the time at which the movie
 /// starts. Matroska files tell the end, others how long the stream is from its own start.
 std::optional<double> EndOf(nlohmann::json const& stream, double start) {
     if (auto const duration = ReadTime(stream.value("duration", "")))
@@ -70,8 +70,8 @@ std::optional<double> EndOf(nlohmann::json const& stream, double start) {
     return end;
 }
 
-/// How long the announced number of pictures is. The duration that ffprobe tells of an AVI file is
-/// measured by the file, so that it shrinks with one that is cut.
+/// How long the announced number of pictures is. The duration that ffprobe prints for an AVI file
+/// is measured by the file, so that it shrinks with one that is cut.
 std::optional<double> AnnouncedDuration(nlohmann::json const& stream) {
     double const pictures = std::strtod(stream.value("nb_frames", "").c_str(), nullptr);
     auto const rate = FrameRate(stream.value("avg_frame_rate", ""));

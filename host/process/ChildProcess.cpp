@@ -90,7 +90,7 @@ struct Launch {
     [[noreturn]] void Run() const {
         setpgid(0, 0);
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent) _exit(127);  // the host died before it was asked to be told
+        if (getppid() != parent) _exit(127);  // the host died before the request
         if (dup2(input, STDIN_FILENO) >= 0 && dup2(output, STDOUT_FILENO) >= 0 &&
             dup2(error, STDERR_FILENO) >= 0) {
             GiveSignalsBack();

@@ -37,7 +37,7 @@ public:
     /// Has the wait that is under way, or the next one, throw `newFailure`. Any thread.
     void Fail(std::exception_ptr newFailure);
 
-    /// `hook` runs when there is a failure that no wait has thrown yet: for whoever waits in
+    /// `hook` runs when there is a failure that no wait has thrown yet: for callers that wait in
     /// another loop, such as an open dialog's. Empty for none.
     void SetFailureHook(std::function<void()> hook) { failureHook = std::move(hook); }
 

@@ -15,7 +15,7 @@ namespace quillohost {
 class EmbeddedService {
 public:
     /// Starts one that keeps its state in `data`. A Failure (SignIn) when it cannot be run.
-    /// `onGone` hears, on the main thread, why a service that had been there has ended by itself.
+    /// `onGone` is called on the main thread with the reason when a running service ends by itself.
     EmbeddedService(std::filesystem::path const& data,
                     std::function<void(std::string const& reason)> onGone);
 

@@ -35,8 +35,8 @@ struct Options {
     std::optional<std::filesystem::path> data;
     Backend backend = Backend::Sdk;
     std::optional<std::string> browser;             ///< program; absent: the desktop's own
-    std::optional<std::filesystem::path> events;    ///< where the editor tells what it shows
-    std::optional<std::filesystem::path> watchdog;  ///< where the editor tells how long it blocked
+    std::optional<std::filesystem::path> events;    ///< where the editor logs what it shows
+    std::optional<std::filesystem::path> watchdog;  ///< where the editor logs how long it blocked
     int depth = 4;
     bool watch = false;
     bool json = false;

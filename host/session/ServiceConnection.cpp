@@ -42,7 +42,7 @@ ServiceConnection::ServiceConnection(Options const& options, KeyLocks const& loc
 
 ServiceConnection::~ServiceConnection() {
     quilloauth::SetBrowserOpener({});
-    // A service of the host's own ends here, and must hear of a sign-out before that.
+    // The host's own service ends here, and must receive a sign-out before that.
     if (embedded) quilloauth::jwt::AwaitSignOuts();
 }
 

@@ -16,7 +16,7 @@
 
 namespace quillohost {
 
-/// What the user is told when the browser is opened.
+/// The line for the user when the browser is opened.
 inline constexpr char kSignInInBrowser[] = "Waiting for you to sign in in the browser";
 
 /// The service that the library talks to: the one that the options name, or one of the host's own.
@@ -36,7 +36,7 @@ public:
     ServiceConnection(ServiceConnection const&) = delete;
     ServiceConnection& operator=(ServiceConnection const&) = delete;
 
-    /// Completes on the main thread once the library has been told of the service and of this
+    /// Completes on the main thread once the library knows the service and this
     /// application: nobody can sign in before. Fails with a Failure when there is no service.
     [[nodiscard]] moxcore::async::Future<void> Ready() const { return ready.GetFuture(); }
 

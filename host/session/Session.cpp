@@ -14,7 +14,7 @@ namespace {
 
 using quillocommon::Step;
 
-/// Whether the session that was kept is over, which the service has told.
+/// Whether the service has ended the kept session.
 bool IsSessionOver(quillocommon::Failure const& failure) {
     return failure.result == quilloauth::jwt::kSessionOver || failure.httpStatus == 401;
 }
@@ -82,9 +82,9 @@ std::shared_ptr<quillomoxui::QuilloUser> Session::SignIn() {
 void Session::SignOut() {
     viewModel->Logout();
     // What has failed is on its way to here.
-    auto const told = std::make_shared<bool>(false);
-    moxcore::threads::AsyncCallFromMainThread([told] { *told = true; }, 0);
-    loop.WaitUntil([told] { return *told; });
+    auto const isPast = std::make_shared<bool>(false);
+    moxcore::threads::AsyncCallFromMainThread([isPast] { *isPast = true; }, 0);
+    loop.WaitUntil([isPast] { return *isPast; });
     ThrowIfFailed({Step::SignIn});
 }
 

@@ -58,8 +58,8 @@ private:
 };
 
 /// Has the library name the asset that `active` answers, asked on the main thread, and keep what it
-/// stores with assets in `store`, where each upload counts as a version. `onFailure` hears, on any
-/// thread, what the store throws: the library's own threads must not.
+/// stores with assets in `store`, where each upload counts as a version. `onFailure` is called, on
+/// any thread, with what the store throws: the library's own threads must not.
 void ConnectStore(quillomoxui::ShareForReviewViewModel& viewModel,
                   std::shared_ptr<AssetStore> const& store,
                   std::function<AssetStore::Asset()> const& active,

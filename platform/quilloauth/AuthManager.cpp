@@ -72,7 +72,7 @@ Current& TheCurrent() {
     return *current;
 }
 
-/// Those who hear of the session.
+/// The session's listeners.
 class Listeners {
 public:
     void Add(std::shared_ptr<SessionListener const> const& listener) {

@@ -34,7 +34,7 @@ QUILLOSERVICES_API void InitializeAuthManager(std::string const& clientID,
 /// session, is cancelled when the process ends first.
 [[nodiscard]] QUILLOSERVICES_API moxcore::async::Future<std::string> GetAccessToken();
 
-/// Signs in with the service, which tells who the user is: `userID` is not looked at. Waits until
+/// Signs in with the service, which knows who the user is: `userID` is ignored. Waits until
 /// that has ended, so never call it on the main thread. A service that trusts the user of this
 /// machine is asked to first; when it does not, the user signs in in the browser, and this waits
 /// for up to ten minutes. One sign-in waits at a time: a further one takes the place of the first,
@@ -56,17 +56,17 @@ QUILLOSERVICES_API void ReopenBrowser();
 /// keyring. Fails only when the tokens' file cannot be removed.
 QUILLOSERVICES_API quillocommon::Response Logout();
 
-/// Hears of the session that is kept: true once a Login has found or begun one, false when a Logout
-/// has ended it. It is told on the thread that does so, before that returns; must not throw.
+/// Called with true once a Login has found or begun a session, with false when a Logout has ended
+/// it; on the thread that does so, before that returns; must not throw.
 using SessionListener = std::function<void(bool exists)>;
 
-/// Has `listener` hear of the session, whoever begins and ends it, until the result is dropped: all
-/// that holds a token of the session lets go of it when that ends. A call that is under way then
-/// goes on, so the listener holds weakly what may be gone.
+/// Calls `listener` when a session begins or ends, whatever code began or ended it, until the
+/// result is dropped: holders of a token release it when its session ends. A call under way then
+/// goes on, so the listener should hold weakly what may be destroyed.
 [[nodiscard]] QUILLOSERVICES_API std::shared_ptr<SessionListener const> ListenToSession(
     SessionListener listener);
 
-/// Sleeps until the service has been told of the sign-outs under way, four seconds at most. The end
+/// Blocks until the sign-outs under way have reached the service, four seconds at most. The end
 /// of the process does so by itself; only a host that takes the service down before that calls it.
 QUILLOSERVICES_API void AwaitSignOuts();
 

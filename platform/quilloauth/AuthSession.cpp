@@ -238,7 +238,7 @@ Response AuthSession::LoginAs(Attempt const& attempt, unsigned session) {
                         ? SignInStage::Unavailable
                         : SignInStage::Refused);
     } catch (moxcore::async::CancelledException const&) {
-        return Response(jwt::kNotSignedIn);  // whoever has called it off knows
+        return Response(jwt::kNotSignedIn);  // cancelled by the caller: nothing to report
     } catch (NotAllowed const& ended) {
         ReportException(SignInTask(), std::current_exception());
         return fail(ended.Stage());

@@ -91,8 +91,8 @@ private:
     void FailAll(std::string const& address, std::exception_ptr const& exception);
     [[nodiscard]] bool IsUsable(Tokens const& tokens, std::chrono::seconds atLeast) const;
 
-    /// Keeps `tokens` unless the session has been ended since `session`: then nobody is to have
-    /// them, and the service is told so.
+    /// Keeps `tokens` unless the session has been ended since `session`: then they are
+    /// revoked at the service.
     [[nodiscard]] bool Keep(std::string const& address, Tokens const& tokens, unsigned session);
 
     [[nodiscard]] unsigned CurrentSession() const;

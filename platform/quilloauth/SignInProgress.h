@@ -38,9 +38,10 @@ struct QUILLOSERVICES_API SignInProgress {
 /// Called with each stage, in order.
 using SignInListener = std::function<void(SignInProgress const&)>;
 
-/// `listener` hears from now on what this process's sign-ins do, in place of the one before: what
-/// Login does, and the renewal that may come before it; an empty one ends that. A sign-in that is
-/// called off tells nothing. Called on the threads of the sign-in; must not throw. Any thread.
+/// Calls `listener` with the progress of this process's sign-ins from now on: of Login, and of the
+/// renewal that may precede it. It replaces the previous listener; an empty one ends the calls. A
+/// cancelled sign-in reports nothing. Called on the threads of the sign-in; must not throw. Any
+/// thread.
 QUILLOSERVICES_API void SetSignInListener(SignInListener listener);
 
 /// Tells the listener. For the sign-in itself.

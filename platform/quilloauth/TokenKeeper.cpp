@@ -93,7 +93,7 @@ TokenKeeper::Forgotten TokenKeeper::Forget(std::string const& address, bool isSi
         else
             file.Forget(address);
     } catch (TokenStoreFailure const&) {
-        forgotten.isKeptFromNextStart = usesKeyring;  // which is still to be told
+        forgotten.isKeptFromNextStart = usesKeyring;  // which has not been updated yet
     }
     if (usesKeyring)
         worker.PostLasting([this, address] { CarryOut(address); });

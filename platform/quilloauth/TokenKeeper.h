@@ -57,7 +57,7 @@ public:
     void AwaitForgetting(std::chrono::milliseconds patience);
 
 private:
-    /// What has not been told to the keyring yet, or could not be kept.
+    /// A change that has not reached the keyring yet, or could not be kept.
     struct Change {
         std::optional<Tokens> tokens;  // none: to be forgotten
         bool isSignOut = false;

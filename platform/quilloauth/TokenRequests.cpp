@@ -26,7 +26,7 @@ using quillosdk::HttpRequest;
 /// Someone waits for a sign-in.
 constexpr quillosdk::RetryLimits kLimits{.attempts = 5, .patience = std::chrono::seconds(30)};
 
-/// How long whoever closes waits for a service that does not answer.
+/// How long closing waits for a service that does not answer.
 constexpr std::chrono::seconds kPatienceAtEnd{2};
 
 using Form = std::vector<std::pair<std::string, std::string>>;

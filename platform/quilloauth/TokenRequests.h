@@ -19,13 +19,13 @@ namespace quilloauth {
 struct GrantRefused {
     int httpStatus = 0;
     std::string code;     ///< of RFC 6749: "invalid_grant"
-    std::string message;  ///< a sentence that tells of it, for a Failure
+    std::string message;  ///< a sentence for a Failure
 };
 
 using Grant = std::variant<Tokens, GrantRefused>;
 
-// A request for tokens tells how it fares (SignInProgress.h). Once it is called off it tells
-// nothing more and is not repeated; what is granted all the same has to be revoked.
+// A request for tokens reports its progress (SignInProgress.h). Once cancelled it reports
+// nothing more and is not repeated; tokens granted all the same have to be revoked.
 
 /// Asks for tokens for the user of this machine, which only a service that trusts him grants.
 /// `secret` shows that this is the service's own user (see FindLocalUserSecrets); empty: none.

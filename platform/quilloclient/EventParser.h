@@ -9,7 +9,7 @@ namespace quillo {
 
 /// One server-sent event.
 struct Event {
-    std::string id;  ///< the last one that the stream has told
+    std::string id;  ///< the last one in the stream
     std::string type;
     std::string data;
 };

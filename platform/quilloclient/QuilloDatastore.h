@@ -18,7 +18,7 @@ namespace quillo {
 /// names, with the sign-in that quilloauth keeps (InitializeAuthManager comes first).
 ///
 /// Futures complete on the datastore's executor, which runs one thing after the other: no list
-/// changes while a continuation walks it there. What fails is told to those who listen for failures
+/// changes while a continuation walks it there. Errors go to the failure listeners
 /// (quillocommon/Failures.h). Any thread; nothing blocks.
 class QUILLOSERVICES_API QuilloDatastore {
 public:

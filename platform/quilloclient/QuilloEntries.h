@@ -7,8 +7,8 @@
 
 namespace quillo {
 
-// What stands in the datastore's lists. An entry never changes: a thing that does is told of by
-// another entry. Names are UTF-8. Any thread.
+// The entries of the datastore's lists. Entries are immutable; a change produces a new entry. Names
+// are UTF-8. Any thread.
 
 /// The signed-in user.
 class QUILLOSERVICES_API QuilloUser {

@@ -18,7 +18,7 @@ using moxcore::async::Future;
 using moxcore::config::ResultException;
 using quillosdk::Answer;
 
-/// The application that the service is told of.
+/// The application's name in requests.
 constexpr char kClientID[] = "quilloclient";
 
 // Without events, so many lists are read again so often: few enough to leave most of what the
@@ -198,7 +198,7 @@ void ServiceDatastore::EndSession() {
 }
 
 void ServiceDatastore::SignOutJwt() {
-    static_cast<void>(quilloauth::jwt::Logout());  // it tells of a failure itself
+    static_cast<void>(quilloauth::jwt::Logout());  // it reports a failure itself
 }
 
 void ServiceDatastore::SignOutOAuth2() {

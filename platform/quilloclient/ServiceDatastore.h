@@ -43,7 +43,7 @@ private:
     using Token = moxcore::async::Future<std::string>;
     using Key = ListCache::Key;
 
-    /// What needs a session: run once there is one, or told why there is none.
+    /// An operation that needs a session: run once there is one, or failed with the reason why not.
     struct Waiting {
         std::function<void()> work;
         std::function<void(std::exception_ptr const&)> fail;

@@ -16,7 +16,7 @@ namespace {
 
 constexpr char kTraceCategory[] = "QuilloNative";
 
-/// One listener. Its mutex is held while the listener runs, so that whoever ends the subscription
+/// One listener. Its mutex is held while the listener runs, so that the end of the subscription
 /// waits for a call under way; recursive, so that a listener that causes a failure itself does not
 /// wait for itself.
 class Entry {
@@ -95,11 +95,11 @@ void ReportHandler(std::exception_ptr const& thrown) {
 
 /// What handlers throw, the toolkit gives to the main thread, which knows nothing of failures.
 void HearOfHandlers() {
-    static bool const hears = [] {
+    static bool const isSubscribed = [] {
         moxcore::threads::MainThread::SetFailureObserver(ReportHandler);
         return true;
     }();
-    static_cast<void>(hears);
+    static_cast<void>(isSubscribed);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ enum class Step {
     Upload,
     CreateReviewLink,
     AddToReviewLink,
-    // These stop nothing: a host tells its user, and goes on.
+    // Warnings: a host shows them to its user and goes on.
     EncryptRequests,  ///< requests go to another machine in plain text; reported once
     ListLocations,    ///< a list was read, but not all of it stands in the tree
     KeepSignIn,       ///< the sign-in is not kept where it should be
@@ -46,7 +46,7 @@ public:
     virtual ~FailureSubscription();
 };
 
-/// `listener` hears of every failure from now on, on the thread that found it, until the result is
+/// Calls `listener` for every failure from now on, on the thread that found it, until the result is
 /// dropped. The library itself stays silent about most failures; a host that wants to tell its user
 /// why nothing happens listens here. A listener must not throw and must not subscribe or
 /// unsubscribe. Any thread.

@@ -15,7 +15,7 @@ class CurlTransport final : public Transport {
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-    /// `clock` tells what is too slow; tests turn it. Called on the transport's thread.
+    /// `clock` measures what is too slow; tests replace it. Called on the transport's thread.
     explicit CurlTransport(Clock clock = &std::chrono::steady_clock::now);
     ~CurlTransport() override;
     CurlTransport(CurlTransport const&) = delete;

@@ -14,7 +14,7 @@ namespace quillosdk {
 
 /// Turns an answer that has arrived into the response object of the request that `task` describes:
 /// a successful one with what `read` finds in its body, another one with the refusal. A failure is
-/// told, and thrown as it was told. The answer's headers go over into the response.
+/// reported, and thrown as it was reported. The answer's headers go over into the response.
 template <class Response, class Content>
 std::shared_ptr<Response> MakeResponse(Answer const& arrived, Task const& task,
                                        Content (*read)(std::string& body)) {

@@ -9,10 +9,10 @@
 
 namespace quillosdk {
 
-// How a step's end without success is put into words and told. A message says what failed, why, and
+// How a failed step is put into words and reported. A message says what failed, why, and
 // what to do about it. Any thread.
 
-/// What was to be done, for messages and for whoever listens to failures.
+/// The operation, for messages and for the failure listeners.
 struct Task {
     quillocommon::Step step;
     std::string_view
@@ -27,11 +27,11 @@ struct Task {
 /// There was no answer, or none that could be read.
 [[nodiscard]] std::string DescribeException(Task const& task, std::exception_ptr const& exception);
 
-/// Tells that the service has refused `task`; returns the sentence that was told.
+/// Reports that the service has refused `task`; returns the sentence reported.
 std::string ReportRefusal(Task const& task, HttpResponse& answer);
 
-/// Tells what `task` failed with; a cancellation is no failure and is not told. `httpStatus` is
-/// that of the service's last answer. Returns the same failure with the sentence that was told; a
+/// Reports what `task` failed with; a cancellation is no failure and not reported. `httpStatus` is
+/// that of the service's last answer. Returns the same failure with the sentence reported; a
 /// cancellation, and what carries no result of its own, as they are.
 std::exception_ptr ReportException(Task const& task, std::exception_ptr const& exception,
                                    int httpStatus = 0);

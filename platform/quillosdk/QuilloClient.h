@@ -31,9 +31,9 @@ public:
     /// The client made last; null before the first Initialize.
     [[nodiscard]] static std::shared_ptr<QuilloClient> Get();
 
-    /// Hears of each token that the service has rejected, before the refresher is called: whoever
-    /// keeps tokens must not hand that one out again. One for the process; an empty one hears
-    /// nothing.
+    /// Called with each token that the service has rejected, before the refresher is called: a
+    /// store of tokens must not hand that one out again. One for the process; an empty one
+    /// removes it.
     static void SetTokenRejectedHandler(std::function<void(std::string const& token)> handler);
 
     QuilloClient(QuilloConfig const& config, TokenRefresher refresher);

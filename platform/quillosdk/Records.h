@@ -7,7 +7,7 @@
 
 namespace quillosdk {
 
-// What the service tells of its things. Plain values; texts are UTF-8.
+// The service's records. Plain values; texts are UTF-8.
 
 struct User {
     quillocommon::Guid id;

@@ -31,10 +31,10 @@ public:
     /// Hears since when the operation has waited for the service, and nothing once it goes on.
     using WaitListener = std::function<void(std::optional<moxcore::threads::TimePoint> since)>;
 
-    /// `listener` is told of the waits for an unavailable service that a person would notice: from
+    /// `listener` is called for the waits for an unavailable service that a user would notice: from
     /// the second failure in a row on, or when the wait is a second or longer. Until there is
-    /// progress, the waits count as one: each is told with the time of the first. Called within the
-    /// functions below; must not throw. Before any of them.
+    /// progress, the waits count as one: each is reported with the time of the first. Called within
+    /// the functions below; must not throw. Before any of them.
     void SetWaitListener(WaitListener listener) { onWait = std::move(listener); }
 
     /// How long to wait before the next attempt, after one that has ended just now and that is

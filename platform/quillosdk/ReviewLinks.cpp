@@ -79,8 +79,8 @@ moxcore::async::Future<std::shared_ptr<CreateReviewLinkResponse>> ReviewLinks::C
         if (response->IsSuccessful() && (!link.id || !link.url)) {
             auto const incomplete = std::make_exception_ptr(moxcore::config::ResultException(
                 kMalformedAnswer, "the service created it without telling its ID or its address"));
-            auto const told = ReportException(task, incomplete, response->GetHTTPStatusCode());
-            response->SetRefusal(moxcore::config::ExtractMessageFromException(told));
+            auto const reported = ReportException(task, incomplete, response->GetHTTPStatusCode());
+            response->SetRefusal(moxcore::config::ExtractMessageFromException(reported));
         }
         return response;
     });

@@ -52,8 +52,8 @@ public:
     moxcore::async::Future<std::shared_ptr<CreateReviewLinkResponse>> CreateReviewLink(
         CreateReviewLinkRequest const& request);
 
-    /// Adds assets to a link; those already there stay. A refusal fails the future: whoever adds a
-    /// movie must hear that it is not on the link.
+    /// Adds assets to a link; those already there stay. A refusal fails the future: the
+    /// caller must not take the movie to be on the link.
     moxcore::async::Future<std::shared_ptr<AddAssetsToReviewLinkResponse>> AddAssetsToReviewLink(
         AddAssetsToReviewLinkRequest const& request);
 

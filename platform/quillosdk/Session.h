@@ -19,7 +19,7 @@ class Session : public std::enable_shared_from_this<Session> {
 public:
     using TokenRefresher = std::function<void(std::string const& rejectedToken)>;
 
-    /// `clientID` tells the service which application asks.
+    /// `clientID` names the application to the service.
     Session(std::string const& clientID, TokenRefresher refresher);
 
     /// See QuilloClient.
@@ -53,7 +53,7 @@ private:
         std::string rejected;
     };
 
-    /// Who asks, as every request tells it until the token changes.
+    /// The identity that every request carries until the token changes.
     struct Identity {
         std::string token;
         HeaderFields headers;

@@ -36,7 +36,7 @@ public:
     /// Begins anew with the path to `folder`; null for none.
     void Follow(std::shared_ptr<QuilloFolder> const& folder);
 
-    /// Brings the path up to date without waiting to be told of the changes.
+    /// Brings the path up to date without waiting for change notifications.
     void Update();
 
     /// What was given to Follow.

@@ -71,8 +71,8 @@ public:
     /// Never changes.
     [[nodiscard]] NodeKind GetKind() const { return kind; }
 
-    /// Gives the node its ID and its name while it is being made: nobody can have bound to it, so
-    /// nobody is told.
+    /// Gives the node its ID and its name while it is being made: nothing can be bound to it
+    /// yet, so nothing is notified.
     void SetInitialIdentity(moxcore::utility::Guid const& id, UTF16String name);
 
     /// The children there are at the moment, as they stand in the child properties.

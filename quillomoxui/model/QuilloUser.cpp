@@ -44,7 +44,7 @@ UTF16String QuilloUser::GetLostSelectionPath() const {
 
 void QuilloUser::PutSelection(std::shared_ptr<QuilloFolder> const& folder,
                               UTF16String const& lostPath) {
-    // Where there was none, nobody is told that there is none: a loss is known until the next one.
+    // From none to none is no change: a loss stays known until the next selection.
     if (folder || GetSelection()) {
         std::lock_guard lock(mutex);
         lostSelectionPath = lostPath;

@@ -60,7 +60,7 @@ protected:
     /// As SetValue, for a value that nobody else needs: a list of a hundred thousand is not copied.
     void ReplaceValue(T newValue);
 
-    /// Stores `newValue` and tells nobody.
+    /// Stores `newValue` without a notification.
     void SetInitialValue(T newValue);
 
 private:

@@ -98,7 +98,7 @@ private:
     /// This call was made while the dialog was shown for `request`, at the step `viewID`.
     void GoBackTo(std::shared_ptr<Request> const& request, ShareForReviewViewID viewID) {
         Serve(request);
-        // The picker has heard of another step meanwhile, and must hear of its own again.
+        // The picker has seen another step meanwhile, and must see its own again.
         viewModel->SetInitialCurrentViewID(ShareForReviewViewID::None);
         viewModel->SetCurrentViewID(viewID);
         dialogManager->MaximizePopupSection(request->section.Lock());

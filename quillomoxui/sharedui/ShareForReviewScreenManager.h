@@ -22,9 +22,9 @@ public:
     ~ShareForReviewScreenManager() override;
 };
 
-/// Inserts a section before the popup's others and fills it from then on; tells the view model when
-/// the user closes the popup. Each call adds one more section. Keep the result as long as the popup
-/// is in use. Main thread.
+/// Inserts a section before the popup's others and fills it from then on; notifies the view model
+/// when the user closes the popup. Each call adds one more section. Keep the result as long as the
+/// popup is in use. Main thread.
 [[nodiscard]] QUILLO_API std::shared_ptr<ShareForReviewScreenManager>
 CreateShareForReviewScreenManager(std::shared_ptr<ShareForReviewViewModel> const& viewModel,
                                   std::shared_ptr<PopupManager> const& popupManager);

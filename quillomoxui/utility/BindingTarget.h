@@ -8,8 +8,8 @@
 
 namespace quillomoxui::utility {
 
-/// Base of whoever binds to properties: it keeps the handles, so that the bindings end with it, the
-/// last one made first. One thread at a time.
+/// Base of classes that bind to properties: it keeps the handles, so that the bindings end with it,
+/// the last one made first. One thread at a time.
 class QUILLO_API BindingTarget {
 public:
     BindingTarget() = default;

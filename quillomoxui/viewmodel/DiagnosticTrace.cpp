@@ -73,8 +73,8 @@ void ShareForReviewViewModel::Debug_TraceToConsole() {
     dump << Share(this);
     if (IsWanted())
         moxcore::debug::Trace(kLevel, kCategory, "ShareForReviewViewModel\n" + dump.str() + "\n");
-    // Counted whether or not anybody is told: the walk itself is what a developer wants to see
-    // survive.
+    // Counted even when nothing is traced: that the walk itself survives is what a developer wants
+    // to see.
     auto const count = CountNodes(GetUser());
     if (IsWanted())
         moxcore::debug::Trace(

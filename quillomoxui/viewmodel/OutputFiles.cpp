@@ -40,7 +40,7 @@ OutputFiles::Output OutputFiles::Claim(Guid const& shareID, UTF16String const& f
         std::erase_if(holders, [](auto const& other) { return !other.second.isUploading; });
         holders[path] = {shareID};
     }
-    // The host hears of a directory that is missing when it cannot write there.
+    // A missing directory shows when the host cannot write there.
     if (isTaken) mkdir(UTF16toStdString(ownDirectory).c_str(), kOwnDirectory);
     return {path, processingID};
 }

@@ -24,7 +24,7 @@ public:
     [[nodiscard]] static UTF16String PathOf(UTF16String const& fileName);
 
     /// Names the file that the host is to export to for a share: where its name is taken, in a
-    /// directory of its own, which is made. Whoever has not begun his upload loses his claim.
+    /// directory of its own, which is made. A share that has not begun its upload loses its claim.
     [[nodiscard]] Output Claim(Guid const& shareID, UTF16String const& fileName);
 
     /// The share begins to upload its file.

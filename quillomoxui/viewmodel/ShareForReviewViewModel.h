@@ -32,14 +32,14 @@ struct StepEnd;
 /// EncodingStatus, which says also what to set when an export has failed and before the next share.
 /// What it may watch besides: SignInProgress, and UploadWaitingSince, the time since which an
 /// upload has waited for a service that is not available, none while it does not; it goes on by
-/// itself. How each share goes, and how it ends, it hears as an observer (ObserveShares).
+/// itself. Observers (ObserveShares) learn how each share goes and ends.
 ///
 /// Threads: the host calls it on the main thread. Answers of the service arrive on worker threads
 /// and move the workflow there; so the host's callbacks may be called on any thread, one at a time
 /// for one share. They are never called under a lock. Properties notify on the main thread.
 ///
 /// Errors: what the service refuses changes nothing here but EncodingStatus; the observers of the
-/// share hear why, as do those who listen for failures (quillocommon/Failures.h). A host callback
+/// share learn why, as do the failure listeners (quillocommon/Failures.h). A host callback
 /// that is empty when it is needed is a std::bad_function_call.
 class QUILLO_API ShareForReviewViewModel : public UserNotifyingPropertyHost,
                                            public CurrentViewIDNotifyingPropertyHost,
@@ -66,8 +66,8 @@ public:
     /// Reads a string stored with an asset; true when there is one.
     using GetAssetDataMethod = std::function<bool(Guid const& first, Guid const& second,
                                                   UTF16String const& key, UTF16String& value)>;
-    /// Stores a string with an asset. The result is ignored: a host that cannot store it tells its
-    /// user itself.
+    /// Stores a string with an asset. The result is ignored: a host that cannot store it informs
+    /// its user itself.
     using SetAssetDataMethod = std::function<bool(
         Guid const& first, Guid const& second, UTF16String const& key, UTF16String const& value)>;
     /// Receives the folder chosen and its display path; the null Guid and nothing when none was.
@@ -85,11 +85,11 @@ public:
     void SetUser(std::shared_ptr<QuilloUser> const& user) override;
 
     /// Signs in; the user follows when the service has said who it is, unless something else is
-    /// asked for by then: another Login, a Logout, another user. The view is left to whoever
-    /// watches IsLoggedIn. With the developer's switch "QuilloNative.UseQuilloCppSdk" set to false,
-    /// the user and the tree come from the older client library instead, and the tree follows the
-    /// service's changes; IsLoggedIn is left alone then, and the view is moved on here. Uploads and
-    /// links then use the same session.
+    /// asked for by then: another Login, a Logout, another user. The view is left to the
+    /// observers of IsLoggedIn. With the developer's switch "QuilloNative.UseQuilloCppSdk" set to
+    /// false, the user and the tree come from the older client library instead, and the tree
+    /// follows the service's changes; IsLoggedIn is left alone then, and the view is moved on here.
+    /// Uploads and links then use the same session.
     virtual void Login();
 
     /// Gives up a Login that waits (SignInProgress). Nothing happens when none does.
@@ -137,16 +137,16 @@ public:
     /// the main thread. Any number of observers. Any thread.
     void ObserveShares(std::weak_ptr<ShareEvents> const& observer);
 
-    /// Whether the last share that began has not ended. What observers hear of that may still be on
-    /// its way to them.
+    /// Whether the last share that began has not ended. The event of its end may still be on its
+    /// way to the observers.
     [[nodiscard]] bool IsShareUnderWay() const;
 
     /// The Share button: shares the active asset into the user's selection. Without a selection in
-    /// a project nothing happens, and the failure listeners are told.
+    /// a project nothing happens, and the failure listeners are notified.
     void ProcessAssetForReview();
 
-    // The steps of a share, one by one. A host that takes one outside a share is not told how it
-    // ends: its observers hear of what ProcessAssetForReview has begun.
+    // The steps of a share, one by one. Observers are notified only of shares that
+    // ProcessAssetForReview has begun, not of a step that a host takes outside a share.
 
     /// The step after the link is there: has the host export the asset.
     void ProcessAssetForReview_Internal();

@@ -91,7 +91,7 @@ void ShareReports::Tell(Guid const& shareID, Event const& event) {
         TellLocked(found->second.share, event);
 }
 
-/// Posted under the lock, so that observers hear in the order in which it happens.
+/// Posted under the lock, so that observers are notified in the order of the events.
 void ShareReports::TellLocked(ShareInfo const& share, Event const& event) {
     if (observers.empty()) return;
     moxcore::threads::AsyncCallFromMainThread(

@@ -10,9 +10,9 @@
 
 namespace quillomoxui {
 
-/// Tells observers of the shares of one view model, and sees to it that each one that began ends
-/// once: what is told of a share that is not under way goes nowhere. Those that are under way when
-/// it is destroyed have failed. Any thread; nothing of an observer runs within a call.
+/// Notifies observers of the shares of one view model, and makes sure that each share that began
+/// ends once: an event of a share that is not under way is dropped. Shares under way when it is
+/// destroyed have failed. Any thread; nothing of an observer runs within a call.
 class ShareReports {
 public:
     using Guid = moxcore::utility::Guid;

@@ -24,7 +24,7 @@ bool ShareForReviewViewModel::IfCurrent(Fields const& share, Action action) {
 }
 
 /// Takes a step of a share that calls the host: what the host throws ends the share, and goes on to
-/// whoever takes the step.
+/// the caller.
 template <class Step>
 void ShareForReviewViewModel::Guarded(Guid const& shareID, Step step) {
     try {

@@ -40,7 +40,7 @@ void ReportNowhereToShareTo() {
 
 void ShareForReviewViewModel::SetEncodingStatus(quillomoxui::EncodingStatus const& status) {
     if (status.status == EncodingStatus::EncodingComplete) {
-        // Of an export that has been overtaken or cancelled, or told once more.
+        // Of an export that has been overtaken or cancelled, or reported twice.
         std::lock_guard lock(mutex);
         bool const isCancelled = fields.isCancelled && *fields.isCancelled;
         if (isCancelled || fields.isLinkPending || fields.isUploading) return;

@@ -22,7 +22,7 @@ struct Node {
     std::int64_t version = 1;  ///< of a file in its version stack
 };
 
-/// A node's ID and the kind that the node must have. Converts from IDs whose type tells the kind.
+/// A node's ID and the kind that the node must have. Converts from IDs whose type implies the kind.
 struct NodeRef {
     template <typename Tag>
     requires requires { Tag::kKind; }

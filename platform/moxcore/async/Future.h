@@ -91,7 +91,7 @@ public:
             executor ? executor : state->executor, executor != nullptr, std::move(continuation)));
     }
 
-    /// As Then, for whoever has no use for a further future: what `continuation` throws is dropped.
+    /// As Then, without a further future: what `continuation` throws is dropped.
     template <class F>
     void OnComplete(F continuation) const {
         State::OnComplete(state, std::make_shared<detail::Listener<T, F>>(std::move(continuation)));
@@ -119,8 +119,8 @@ private:
     std::shared_ptr<State> state;
 };
 
-/// The other end of a future: whoever runs the operation completes it here, once; later attempts
-/// change nothing and answer false. A promise that is dropped without having been completed cancels
+/// The producer's end of a future: the operation completes it here, once; later attempts change
+/// nothing and return false. A promise that is dropped without having been completed cancels
 /// its future. Any thread; one instance by one thread at a time.
 template <class T>
 class Promise {

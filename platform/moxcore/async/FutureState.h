@@ -39,7 +39,7 @@ private:
 
 /// What a promise and its futures share. Completed once; read-only from then on. Fetching a tree of
 /// locations takes tens of thousands of them, so there is no lock in one: the head of its chain of
-/// continuations also tells whether the result is there.
+/// continuations also says whether the result is there.
 template <class T>
 class FutureState {
 public:
@@ -50,8 +50,8 @@ public:
     FutureState& operator=(FutureState const&) = delete;
 
     /// Completes `state` with `newValue`, or with `newException` when there is one. False when
-    /// somebody else does or has done. Takes a share of its own: whoever sees the result may drop
-    /// the promise.
+    /// somebody else does or has done. Takes a share of its own: a continuation may drop the
+    /// promise.
     static bool Complete(std::shared_ptr<FutureState> state,  // NOLINT(performance-*)
                          std::optional<Stored<T>> newValue,
                          std::exception_ptr newException) {  // NOLINT(performance-*)

@@ -17,8 +17,8 @@ namespace {
 
 using utility::ImmutableString;
 
-/// One listener at one station. Its mutex is held while the listener runs, so that whoever removes
-/// it waits for a call under way; recursive, so that a listener may remove itself.
+/// One listener at one station. Its mutex is held while the listener runs, so that its removal
+/// waits for a call under way; recursive, so that a listener may remove itself.
 class Entry {
 public:
     explicit Entry(Listener* listener) : listener(listener) {}

@@ -10,8 +10,8 @@ namespace moxcore::messaging {
 // A station is a name under which messages are posted; it exists for as long as somebody listens.
 // Any thread.
 
-/// Has `listener` hear what is posted to the station from now on. It is not kept alive: remove it
-/// before its destructor begins. Added twice, it hears everything twice.
+/// Delivers what is posted to the station to `listener` from now on. It is not kept alive: remove
+/// it before its destructor begins. Added twice, it receives everything twice.
 MOXCORE_API void AddRawListener(utility::ImmutableString const& stationID, Listener* listener);
 
 /// Ends that, once for each time that it was added. Waits for a call under way on another thread,

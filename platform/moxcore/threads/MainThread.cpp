@@ -161,7 +161,7 @@ void MainThread::ReportFailure(std::exception_ptr exception) noexcept {
             [thrown = std::move(exception)] { TellOfFailure(FailureObserver(TheQueue()), thrown); },
             0);
     } catch (...) {
-        // Out of memory: nobody can be told.
+        // Out of memory: nothing can be reported.
     }
 }
 

@@ -32,18 +32,18 @@ public:
     /// the one before may still be under way on another thread then.
     static void SetWakeUpHook(std::function<void()> hook);
 
-    /// `handler` hears, on the main thread, what queued functions throw; without one the failure
-    /// observer does. Main thread.
+    /// Calls `handler`, on the main thread, with what queued functions throw; without one the
+    /// failure observer is called. Main thread.
     static void SetFailureHandler(std::function<void(std::exception_ptr)> handler);
 
     /// For what a function has thrown where nobody can catch it, as in the event loop of a toolkit:
-    /// tells the failure observer, from the queue, as the moment may be one in which nothing can be
-    /// shown. The program goes on. Any thread.
+    /// calls the failure observer, from the queue, since a dialog cannot be shown at every
+    /// moment. The program goes on. Any thread.
     static void ReportFailure(std::exception_ptr exception) noexcept;
 
-    /// `observer` hears of such failures on the main thread, in place of the one before. Without
-    /// one, or when it throws, they are traced (category "moxcore"). Any thread; a call of the one
-    /// before may still be under way.
+    /// Calls `observer` with such failures on the main thread; it replaces the previous one.
+    /// Without one, or when it throws, they are traced (category "moxcore"). Any thread; a call of
+    /// the one before may still be under way.
     static void SetFailureObserver(std::function<void(std::exception_ptr)> observer);
 
     /// Whether the calling thread is the main one. Any thread.

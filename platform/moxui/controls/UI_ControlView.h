@@ -21,14 +21,14 @@ private:
     UI_ControlView* control;
 };
 
-/// A view in the theme's colours that can be worked: it may be disabled, and tells when the user
-/// has changed or pressed it. Main thread.
+/// An interactive view in the theme's colours: it can be disabled, and notifies when the user
+/// changes or presses it. Main thread.
 class MOXUI_API UI_ControlView : public ui::UI_SubView, public skins::ThemeClient {
 public:
     UI_ControlView();
     ~UI_ControlView() override;
 
-    /// `function` hears (with a UI_ControlChangedMessage) whenever the user has changed or pressed
+    /// Calls `function` (with a UI_ControlChangedMessage) whenever the user has changed or pressed
     /// the control; not when a program has. Functions are called in the order in which they came;
     /// the control stays alive while they run. What one throws is reported
     /// (moxcore/threads/MainThread.h), and the others still run.
@@ -41,7 +41,7 @@ public:
 protected:
     explicit UI_ControlView(std::unique_ptr<backend::Peer> peer);
 
-    /// Tells whoever asked that the user has changed or pressed the control.
+    /// Calls the functions added: the user has changed or pressed the control.
     void NotifyChanged();
 
     void OnCustomThemeColorChanged() override;

@@ -11,8 +11,8 @@ namespace moxui::controls {
 /// A tree of rows, which its owner draws cell by cell. Main thread.
 ///
 /// Rows are appended, and then shown together: by LayoutAfterAppendRow, by any operation that needs
-/// them on the screen, or by the event loop at the latest. The tree tells of what the user does and
-/// not of what the program does.
+/// them on the screen, or by the event loop at the latest. The tree notifies of the user's
+/// actions, not of the program's.
 ///
 /// The user moves with the arrows, Home, End, the Page keys and by typing the beginning of a row's
 /// name; Right opens a row or goes to its first child, Left closes it or goes to its parent; *

@@ -55,8 +55,8 @@ private:
 
     int place = 0;            // among its siblings
     int level = 0;            // 1 at the top
-    int shownChildCount = 0;  // how many children the view has been told of
-    bool isNew = true;        // the view has not been told of it
+    int shownChildCount = 0;  // how many children the view shows
+    bool isNew = true;        // not shown by the view yet
     bool isSelectable = true;
     bool isOpen = false;
 };

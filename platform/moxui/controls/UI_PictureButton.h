@@ -4,8 +4,8 @@
 
 namespace moxui::controls {
 
-/// A button with a picture in its middle. Quiet (ButtonChromeType) unless told otherwise. Whoever
-/// makes one gives it an accessible name. Main thread.
+/// A button with a picture in its middle. Quiet (ButtonChromeType) by default. Give it an
+/// accessible name. Main thread.
 class MOXUI_API UI_PictureButton : public UI_FramedButton {
 public:
     UI_PictureButton();

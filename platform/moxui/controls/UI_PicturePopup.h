@@ -7,7 +7,7 @@
 namespace moxui::controls {
 
 /// A button that shows a picture and, pressed, opens a menu of commands. Only the choice of a
-/// command notifies; GetValue tells which one. Main thread.
+/// command notifies; GetValue returns which one. Main thread.
 ///
 /// The menu opens with a click, Space, Enter, Up or Down, and is worked with the arrows, Home, End
 /// and by typing the beginning of a command; Enter chooses and Escape leaves all as it was. It may

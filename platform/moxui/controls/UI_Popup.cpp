@@ -70,7 +70,7 @@ void UI_Popup::DeleteItem(int index) {
 }
 
 void UI_Popup::DeleteAllItems() {
-    boost::intrusive_ptr<UI_Popup> const alive(this);  // who hears of the menu's end may let go
+    boost::intrusive_ptr<UI_Popup> const alive(this);  // a handler of the menu's end may release it
     if (auto* const widget = WidgetOf(*this); widget && widget->IsOpen()) widget->hidePopup();
     if (auto* const widget = WidgetOf(*this)) widget->Entries().Clear();
     ShowValue();

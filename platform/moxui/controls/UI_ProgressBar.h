@@ -4,8 +4,8 @@
 
 namespace moxui::controls {
 
-/// Shows how far something has come. Assistive tools read its value; whoever makes one gives it an
-/// accessible name. Main thread.
+/// Shows the progress of an operation. Assistive tools read its value; give it an accessible name.
+/// Main thread.
 class MOXUI_API UI_ProgressBar : public UI_ControlView {
 public:
     UI_ProgressBar();

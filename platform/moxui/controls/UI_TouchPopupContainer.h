@@ -38,7 +38,7 @@ public:
     /// goes with nothing.
     void SetAnchor(boost::intrusive_ptr<ui::UI_Node> const& newParent);
 
-    /// Shows the popup, once it has been told its content's size. One that is shown already stays
+    /// Shows the popup, once the size of its content is set. One that is shown already stays
     /// as it is; what has come into it is given the focus as on showing.
     void StartPopup();
 

@@ -13,7 +13,7 @@ inline constexpr int kToastManager_DefaultPriority = 0;
 
 /// Shows short notices that go away by themselves. A toast lies above every window of the program,
 /// a popup's too, near the foot of the one that it is shown over; it never takes the focus, clicks
-/// go through it, and it is told to screen readers. Main thread.
+/// go through it, and screen readers announce it. Main thread.
 ///
 /// One toast is shown at a time. One of the same or a higher priority takes its place at once; one
 /// of a lower priority waits until it has gone. Time is that of the I/O-bound executor.

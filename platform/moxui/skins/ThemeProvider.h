@@ -65,8 +65,8 @@ public:
     /// The theme in force. The object stays; what it answers changes with SetTheme.
     [[nodiscard]] static ThemeProvider const& Get();
 
-    /// Puts `kind` in force: every view of the process hears of it (UI_ThemeChanged) and is drawn
-    /// anew. Dark until it is called.
+    /// Sets the theme: every view of the process is notified (UI_ThemeChanged) and redrawn. Dark
+    /// until the first call.
     static void SetTheme(ThemeKind kind);
 
     /// The theme in force.

@@ -5,8 +5,8 @@
 
 namespace moxui::ui {
 
-/// What the toolkit puts to a handler: a question or a notice; which one is told by the derived
-/// class.
+/// Base of the messages that the toolkit passes to a handler: a question or a notice. The derived
+/// class says which.
 class ConstMessage {
 public:
     virtual ~ConstMessage() = default;
@@ -21,8 +21,8 @@ protected:
 /// A notice of something that has happened.
 class Message : public ConstMessage {};
 
-/// `handler` of the messages of type `TypedMessage`, as a handler of any message. Whoever installs
-/// it sees to it that no other type arrives.
+/// `handler` of the messages of type `TypedMessage`, as a handler of any message. The caller
+/// installs it only where no other type arrives.
 template <class TypedMessage>
 [[nodiscard]] std::function<void(ConstMessage*)> BindNonMemberConstMessageFunction(
     std::function<void(TypedMessage*)> handler) {

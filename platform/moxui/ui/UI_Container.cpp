@@ -65,7 +65,7 @@ void UI_Container::ChildRemoveAll() {
 }
 
 void UI_Container::Detach(UI_Node& child) {
-    // A menu that is open below it closes with its widget, and tells so on the way up.
+    // An open menu below it closes with its widget, and notifies the ancestors.
     child.GetPeer().SetParent(nullptr);
     if (child.parent == this) child.parent = nullptr;
 }

@@ -152,7 +152,7 @@ void UI_Dialog::EndWith(UI_Button* button, Result result) {
     // Who heard of the press first has refused it.
     if (result == Result::Committed && !button->UI_IsEnabled()) return;
     state->result = result;
-    // Later: others may hear of the press after this.
+    // Queued: other handlers of the press may run after this one.
     auto const end = [this, window, showing = state->showings] {
         if (window->node && showing == state->showings) window->done(QDialog::Rejected);
     };

@@ -34,7 +34,7 @@ public:
     /// What holds the content.
     [[nodiscard]] boost::intrusive_ptr<OS_ViewContainer> GetContentContainer() const;
 
-    /// Two buttons of the content, by which the dialog ends: after all that hear of the press have
+    /// Two buttons of the content, that end the dialog, after all handlers of the press have
     /// run. A commit button that one of those before has disabled ends nothing. They take the place
     /// of those before; null for none.
     void SetButtons(boost::intrusive_ptr<controls::UI_Button> const& cancel,

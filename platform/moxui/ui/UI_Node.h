@@ -91,8 +91,8 @@ public:
     /// What a screen reader calls the node; a control's own text by default.
     void UI_SetAccessibleName(moxcore::string::UTF16String const& name);
 
-    /// Another theme is in force; whoever keeps a colour or a font of it takes it anew. Called for
-    /// a node before its children.
+    /// Called when the theme has changed: override it to read cached colours and fonts again. A
+    /// node is called before its children.
     virtual void UI_ThemeChanged();
 
     /// The platform's object that shows the node. For the toolkit's own use.

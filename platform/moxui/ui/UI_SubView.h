@@ -6,7 +6,7 @@
 namespace moxui::ui {
 
 /// A rectangle inside another view. Empty and see-through by itself; it starts hidden, as every
-/// view does, and is shown by whoever builds it. Main thread.
+/// view does; the code that builds it shows it. Main thread.
 class MOXUI_API UI_SubView : public UI_Container {
 public:
     UI_SubView();

@@ -2,7 +2,7 @@
 
 namespace moxui::utility {
 
-/// A place to keep pictures in for whoever does not want them kept by the resource manager. The
+/// A cache of pictures for callers that do not want the resource manager to keep them. The
 /// resource managers keep theirs, and need none.
 class DrawbotImageResourceCache;
 

@@ -23,7 +23,7 @@ namespace quillomoxui::model {
 // MakeClientNode.
 
 /// A node that stops listening before its destructor begins, on whatever thread its last owner lets
-/// go of it: a message that comes meanwhile finds the whole node, or is not told to it.
+/// go of it: a message that comes meanwhile finds the whole node, or is not delivered.
 template <class Node, class... Arguments>
 [[nodiscard]] std::shared_ptr<Node> MakeClientNode(Arguments&&... arguments) {
     return std::shared_ptr<Node>(new Node(std::forward<Arguments>(arguments)...), [](Node* node) {

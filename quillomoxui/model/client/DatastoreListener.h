@@ -6,9 +6,9 @@
 
 namespace quillomoxui::model {
 
-/// Hears the datastore's messages from its first BeginListening on. Messages come on the
-/// datastore's executor, and an object of a derived class must hear none once its destructor has
-/// begun: whoever destroys it calls StopListening first. BeginListening and StopListening by one
+/// Receives the datastore's messages from its first BeginListening on. Messages come on the
+/// datastore's executor, and an object of a derived class must receive none once its destructor
+/// has begun: its owner calls StopListening first. BeginListening and StopListening by one
 /// thread at a time.
 class QuilloClientIntegration::DatastoreListener : public moxcore::messaging::Listener {
 public:

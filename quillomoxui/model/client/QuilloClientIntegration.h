@@ -22,7 +22,7 @@ class QuilloClientIntegration {
 public:
     QuilloClientIntegration() = delete;
 
-    // What hears of changes: DatastoreListener.h. The tree's adapters: ClientNodes.h.
+    // Listener for changes: DatastoreListener.h. The tree's adapters: ClientNodes.h.
     class DatastoreListener;
     class QuilloClientUser;
     class QuilloClientAccount;
@@ -37,7 +37,7 @@ public:
     static void SignOut();
 
     /// Hands a new root of the tree, with the signed-in user's ID and name, to `callback`. The user
-    /// is asked for once in the process: every call hears of that one. Nothing is called when the
+    /// is asked for once in the process, and all calls share the answer. Nothing is called when the
     /// request fails; the next call makes it again.
     static void GetCurrentUser(
         std::function<void(std::shared_ptr<QuilloUser> const&)> const& callback);

@@ -23,7 +23,7 @@ constexpr char kNobodySignedIn[] = "Could not share: nobody is signed in; sign i
 constexpr char kNoAssetID[] =
     "Could not upload: the service has taken the movie without telling its ID; share it again.";
 
-/// The shared client. Without one `step` has failed, and those who listen for failures are told so.
+/// The shared client; null when there is none, and `step` is reported as failed.
 std::shared_ptr<quillosdk::QuilloClient> ClientFor(Step step) {
     auto client = QuilloCppSdkIntegration::GetQuilloClient();
     if (!client)
@@ -31,7 +31,7 @@ std::shared_ptr<quillosdk::QuilloClient> ClientFor(Step step) {
     return client;
 }
 
-/// How a step has ended that `answer` tells of.
+/// How the step answered by `answer` has ended.
 template <class Response>
 StepEnd EndOf(Future<std::shared_ptr<Response>> const& answer) {
     auto const exception = answer.GetException();

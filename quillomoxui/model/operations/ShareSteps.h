@@ -11,16 +11,16 @@
 namespace quillomoxui::model {
 
 // What a share asks of the service, for the library itself: unlike the functions that a host calls,
-// these tell why they have failed. A completion is called once, on the service's own threads. False
-// when nobody is signed in: nothing is called then, and the step has ended as NobodySignedIn tells.
+// these say why they have failed. A completion is called once, on the service's own threads. False
+// when nobody is signed in: nothing is called then, and the step has ended as NobodySignedIn says.
 // Any thread.
 
 /// How a step has ended.
 struct StepEnd {
     enum class Kind {
         Done,
-        Failed,     ///< those who listen for failures have been told
-        CalledOff,  ///< by whoever asked for it, or because the process ends
+        Failed,     ///< reported to the failure listeners
+        CalledOff,  ///< cancelled by the caller, or because the process ends
     };
     Kind kind = Kind::Done;
     std::string why = {};  ///< one sentence; empty when it is done

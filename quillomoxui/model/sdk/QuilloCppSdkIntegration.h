@@ -56,7 +56,7 @@ public:
     [[nodiscard]] static std::shared_ptr<quillosdk::QuilloClient> GetQuilloClient();
 
     /// Signs in, with the token there is or interactively. `onLoggedInChanged` replaces the one of
-    /// an earlier call and hears true once the client has a token, false when it refuses one and on
+    /// an earlier call: true once the client has a token, false when it refuses one and on
     /// sign-out. A sign-in that fails calls nothing, nor does one that a sign-out has overtaken.
     static void SignIn(std::function<void(bool)> const& onLoggedInChanged);
 

@@ -115,7 +115,7 @@ void CheckTokenOrLogin(std::shared_ptr<SignInAttempt> const& attempt,
     auto const response =
         quilloauth::jwt::Login(UTF16toStdString(moxcore::utility::Keychain::GetNexoUserID()));
     if (response.IsSuccess() || response.GetResult() != quilloauth::jwt::kSessionExists)
-        return attempt->End(SignInStage::Refused);  // unless it has been told how it has ended
+        return attempt->End(SignInStage::Refused);  // unless its end is known already
     static_cast<void>(quilloauth::jwt::GetAccessToken().Then(
         [attempt, signOuts](Future<std::string> const& granted) {
             if (attempt->IsGivenUp()) return;
@@ -123,7 +123,7 @@ void CheckTokenOrLogin(std::shared_ptr<SignInAttempt> const& attempt,
         }));
 }
 
-/// Puts an attempt in the place of the last one, and has it told what the session has to tell.
+/// Replaces the last attempt by a new one, which receives the session's progress.
 std::shared_ptr<SignInAttempt> BeginAttempt(quilloauth::SignInListener const& onProgress) {
     auto const attempt = std::make_shared<SignInAttempt>(onProgress);
     auto earlier = attempt;

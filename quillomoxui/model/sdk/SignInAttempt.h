@@ -7,7 +7,7 @@
 
 namespace quillomoxui::model {
 
-/// One SignIn, for whoever watches how it fares: hears nothing more once it is over. Any thread.
+/// One SignIn and its progress listener, which is not called once the attempt is over. Any thread.
 class SignInAttempt {
 public:
     explicit SignInAttempt(quilloauth::SignInListener listener) : listener(std::move(listener)) {}

@@ -54,7 +54,7 @@ void TellOfTheme(ui::UI_Node& node) {
     }
     auto* const container = dynamic_cast<ui::UI_Container*>(&node);
     if (!container) return;
-    // A view may rebuild its children when it hears of the theme.
+    // A view may rebuild its children when the theme changes.
     auto const children =
         ui::UI_Container::Children(container->ChildBegin(), container->ChildEnd());
     for (auto const& child : children)

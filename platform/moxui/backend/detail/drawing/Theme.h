@@ -26,7 +26,7 @@ inline constexpr qreal kOpacityOfDisabledPicture = 0.5;
 /// the application, which is the host's.
 void ApplyTheme(QWidget& widget);
 
-/// Windows whose views hear of a change of the theme, as long as they are listed.
+/// Registers a window: its views are notified of changes of the theme until it is removed.
 void AddThemedWindow(ui::OS_ViewContainer& container);
 void RemoveThemedWindow(ui::OS_ViewContainer& container);
 

@@ -104,8 +104,8 @@ void DropDown::showPopup() {
 
 void DropDown::hidePopup() {
     {
-        // Qt holds the model's signals back while it hides the menu, and whoever hears that it has
-        // closed may change the entries.
+        // Qt holds the model's signals back while it hides the menu, and a handler of its
+        // closing may change the entries.
         QScopedValueRollback const hiding(isHiding, true);
         QComboBox::hidePopup();
     }

@@ -9,9 +9,9 @@
 
 namespace moxui::backend {
 
-/// A tree's rows, as Qt's view sees them. Rows are appended without the view, and then shown to it
-/// together: it is told once for each row that it knows and that has got children, however many
-/// these are and whatever is below them.
+/// A tree's rows, as Qt's view sees them. Rows are appended silently and published to the view
+/// in a batch: one notification for each known row that has new children, however many they are
+/// and however deep the tree below them is.
 class TreeModel : public QAbstractItemModel {
 public:
     using Row = controls::UI_MultiColumnTreeRow;

@@ -305,7 +305,7 @@ void TreeWidget::OpenAllBelow(Row& row) {
     if (row.GetChildCount() == 0) return;
     RowPtr const kept(&row);
     expand(rows.IndexOf(row));
-    // Whoever hears of it may delete the rows.
+    // The handler may delete the rows.
     if (TreeModel::LevelOf(row) > 0) opener.Start(row);
 }
 

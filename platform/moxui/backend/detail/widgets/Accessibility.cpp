@@ -182,11 +182,11 @@ QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
 }  // namespace
 
 void TellAssistiveToolsAboutViews() {
-    static bool const told = [] {
+    static bool const isInstalled = [] {
         QAccessible::installFactory(&MakeInterface);
         return true;
     }();
-    static_cast<void>(told);
+    static_cast<void>(isInstalled);
 }
 
 }  // namespace moxui::backend

@@ -17,9 +17,9 @@ class Peer;
 /// Whether `event` is Enter or Space going down, which press what has the focus.
 [[nodiscard]] bool IsPressingKey(QEvent const& event);
 
-/// Has `peer` hear the pointer events of `widget`, a ready-made control, before it does, and makes
-/// it reachable with Tab. Enter and Space press it, and are the control's where nobody takes the
-/// press. As long as both live.
+/// Passes the pointer events of `widget`, a ready-made control, to `peer` first, and makes the
+/// widget reachable with Tab. Enter and Space press it, and are the control's where nobody takes
+/// the press. As long as both live.
 void WatchMouseEvents(QWidget& widget, Peer& peer);
 
 }  // namespace moxui::backend

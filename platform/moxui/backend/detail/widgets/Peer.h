@@ -17,7 +17,8 @@ struct NodeLink {
     ui::UI_Node* node = nullptr;
 };
 
-/// The widget that shows a node, and what the node hears from it. Owned by the node; main thread.
+/// The widget that shows a node, and the events that it passes to the node. Owned by the node; main
+/// thread.
 class Peer {
 public:
     enum class Ownership { Node, Host };
@@ -54,7 +55,7 @@ public:
     void SetParent(Peer* parent);
 
     /// The parent's node is going, and its widget with it: when this node goes now, too, its widget
-    /// is left where it is. Whoever lives on is taken out with SetParent.
+    /// is left where it is. A node that lives on is taken out with SetParent.
     void WillGoWithParent() { goesWithParent = true; }
 
     /// Runs the mouse-event functions and then the node's own handler. True when the event goes no
@@ -66,7 +67,7 @@ public:
     void AddMouseEventFunction(std::shared_ptr<ui::UI_Node::MouseEventFunction> const& function,
                                int order);
 
-    /// The theme for which the node was told last.
+    /// The theme that the node was last notified of.
     unsigned themeGeneration = 0;
     /// The corner of the node's rectangle in the widget's coordinates: the widget covers what the
     /// node draws, which may reach past its rectangle.

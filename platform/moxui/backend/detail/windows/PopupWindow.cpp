@@ -86,7 +86,7 @@ bool PopupWindow::eventFilter(QObject* receiver, QEvent* event) {
         case QEvent::MouseButtonDblClick:
             return HandlePress(*receiver, *static_cast<QMouseEvent*>(event));
         case QEvent::MouseButtonRelease:
-            // Later: what hears of it may open a window.
+            // Queued: a handler may open a window.
             if (returning.IsUnderWay())
                 QMetaObject::invokeMethod(
                     this, [this] { returning.End(); }, Qt::QueuedConnection);
@@ -153,7 +153,7 @@ void PopupWindow::Place() {
 
 void PopupWindow::Show() {
     MakeTransient(*this, anchor ? anchor->window() : nullptr);
-    // Qt would give the focus to some control: without this, whoever came by mouse as well.
+    // Without this Qt gives the focus to some control, also when the mouse opened the popup.
     setFocus(Qt::PopupFocusReason);
     show();
     activateWindow();
@@ -169,8 +169,8 @@ void PopupWindow::ShowAgain() {
     setAttribute(Qt::WA_ShowWithoutActivating, false);
     if (!wasActive) return;
     activateWindow();
-    // Qt has taken the focus from what is hidden. It hears of no change where the window has the
-    // focus again before the window system has told of its loss.
+    // Qt has taken the focus from the hidden control, and sees no change when the window regains
+    // the focus before the window system has reported its loss.
     QApplication::setActiveWindow(this);
 }
 

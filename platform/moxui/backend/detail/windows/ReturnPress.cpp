@@ -17,8 +17,8 @@ void ReturnPress::HasOpened(QWidget const& opened) {
 }
 
 bool ReturnPress::DoesSomething() const {
-    // A widget that is gone by now went because of the press; a window without widgets tells
-    // nothing of what it does.
+    // A widget that is gone by now was destroyed by the press; what a window without widgets
+    // does with it is not known.
     return hasOpened || !offered || !offered->isWindow();
 }
 

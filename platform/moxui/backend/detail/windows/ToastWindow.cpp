@@ -55,7 +55,7 @@ void ToastWindow::ShowOver(QWidget const* owner, QString const& newText) {
         windowHandle()->setFlag(Qt::WindowTransparentForInput, on);
     raise();
     update();
-    // Qt tells of no window of this kind by itself.
+    // Qt announces no window of this kind by itself.
     for (auto const type : {QAccessible::ObjectShow, QAccessible::Alert}) {
         QAccessibleEvent event(this, type);
         QAccessible::updateAccessibility(&event);

@@ -13,7 +13,7 @@ public:
     ToastWindow();
 
     /// Shows `text`, as it stands, near the foot of `owner`, a window on the screen (null: of the
-    /// screen), and tells assistive tools of it.
+    /// screen), and announces it to assistive tools.
     void ShowOver(QWidget const* owner, QString const& text);
 
 protected:
