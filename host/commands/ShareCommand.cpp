@@ -45,7 +45,7 @@ ExitCode ExitCodeOf(ShareFailureReason reason) {
 
 }  // namespace
 
-/// What the library has reported of the share.
+/// Collects the library's events of the share.
 class ShareCommand::Heard final : public quillomoxui::ShareEvents {
 public:
     explicit Heard(ProgressDisplay& display) : display(display) {}
@@ -82,7 +82,7 @@ ShareCommand::ShareCommand(Options const& options, MainLoop& loop, ProgressDispl
       asset(store, Movie{.file = probe.File()},
             options.name.value_or(DefaultAssetName(probe.File()))),
       heard(std::make_shared<Heard>(display)) {
-    // What is no movie ends the share at once, wherever that has got to.
+    // A file that is no movie ends the share at once, at any stage.
     probe.Result().OnComplete([&loop](moxcore::async::Future<Movie> const& result) {
         auto const refusal = result.GetException();
         if (moxcore::config::ExtractResultFromException(refusal) < 0) loop.Fail(refusal);

@@ -20,7 +20,7 @@ namespace quillohost {
 /// with a movie, and one under a name, as the exported file has that name. Main thread.
 class ShareCommand {
 public:
-    /// What there is to tell of a share that has succeeded. Identifiers are in their text form.
+    /// The result of a successful share. Identifiers are in their text form.
     struct Result {
         std::string link;
         std::string linkID;
@@ -40,7 +40,7 @@ public:
     /// failure says where.
     Result Run();
 
-    /// What the user must do for the link to open; empty when it opens as it is.
+    /// The instruction for opening the link; empty when it opens as it is.
     [[nodiscard]] std::string HowToOpen(std::string const& link) const {
         return session.Service().HowToOpen(link);
     }

@@ -16,8 +16,8 @@ public:
     explicit EditorApplication(std::optional<std::filesystem::path> watchdogFile);
     ~EditorApplication() override;
 
-    /// What a slot or a handler throws is reported (moxcore/threads/MainThread.h), and the program
-    /// goes on.
+    /// Reports exceptions of slots and handlers (moxcore/threads/MainThread.h); the program goes
+    /// on.
     bool notify(QObject* receiver, QEvent* event) override;
 
 private:

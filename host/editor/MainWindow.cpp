@@ -44,7 +44,7 @@ fs::path PathOf(QString const& name) {
     return fs::path(QFile::encodeName(name).toStdString());
 }
 
-/// What the window says of a share that goes on.
+/// The status line of a share under way.
 char const* Describe(Phase phase) {
     switch (phase) {
         case Phase::Idle:

@@ -11,8 +11,8 @@
 
 namespace quillohost::editor {
 
-/// What the user can set: where movies go that were never shared. The choice takes effect at once.
-/// Main thread.
+/// The user's settings: the default destination of movies that were never shared. The choice takes
+/// effect at once. Main thread.
 class Preferences : public QDialog {
 public:
     Preferences(Sharing& sharing, QWidget* parent);

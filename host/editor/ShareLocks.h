@@ -21,7 +21,7 @@ public:
     ShareLocks(KeyLocks locks, Hooks hooks);
 
     /// Calls `then` once it holds `keys` and no others: at once when it does already, else later.
-    /// What was waited for before is given up.
+    /// Abandons an earlier wait.
     void Take(std::vector<std::string> const& keys, std::function<void()> const& then);
 
     /// Lets go of all, and gives up what is waited for.

@@ -137,7 +137,7 @@ bool Sharing::IsPopupOpen() const {
 
 void Sharing::OpenPopup() {
     if (!IsReady()) return;
-    // What the link shows is not what the file is now.
+    // The file has changed since it was shared.
     if (CanShareAgain() && TimeOf(active->GetMovie().file) != sharedState) Reset();
     WithLocks([this] { viewModel->StartShareForReviewPopup(); });
 }

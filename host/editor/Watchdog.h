@@ -33,7 +33,7 @@ public:
     /// The time of a picture on a usual screen: what takes longer is seen as a halt.
     static constexpr std::chrono::milliseconds kFrame{16};
 
-    /// What was measured, the longest first, as a JSON array: the receiver, the event's type by its
+    /// The measurements, the longest first, as a JSON array: the receiver, the event's type by its
     /// number in QEvent::Type, how many there were and how many took longer than kFrame, and of the
     /// longest its milliseconds on the wall and those in which the thread worked.
     [[nodiscard]] std::string Report() const;

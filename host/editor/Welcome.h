@@ -5,7 +5,7 @@
 
 namespace quillohost::editor {
 
-/// What the window shows as long as there is no movie: a button for each of `actions`, the ways to
+/// The window's content while there is no movie: a button for each of `actions`, the ways to
 /// open one.
 class Welcome : public QWidget {
 public:

@@ -68,16 +68,16 @@ std::string ToBT709(Picture const& picture) {
 
 std::string Filters(Picture const& picture, Colours const& colours) {
     std::string filters;
-    // What the file says of all its pictures is often wrong, each picture is not: those that are
-    // not interlaced pass unchanged.
+    // The file's flag for all pictures is often wrong, the flag of each picture is not: progressive
+    // pictures pass unchanged.
     if (!IsRgb(picture)) filters += "bwdif=mode=send_frame:deint=interlaced,";
     bool const isWide = IsHdr(picture) || picture.primaries == "bt2020";
     // Without a tag it is what pictures of its size usually are.
     std::string const from = isWide                     ? "bt709"
                              : IsTagged(picture.matrix) ? "auto"
                                                         : colours.scaleMatrix;
-    // What is transparent shows the ground behind it, black. What changes the range of the colours
-    // would change that of an alpha channel as well.
+    // Transparent areas show black. A filter that changes the range of the colours would change
+    // that of the alpha channel as well.
     std::string const toRgb = "scale=in_color_matrix=" + from + ",format=gbr";
     if (isWide && HasAlpha(picture))
         filters += "split[colour][alpha];[alpha]alphaextract,format=gray[opacity];[colour]" +

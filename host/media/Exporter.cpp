@@ -26,7 +26,7 @@ std::vector<std::string> Arguments(Movie const& movie, fs::path const& output,
                                        "-y",       "-progress",    "pipe:1"};
     auto const input = FfmpegMovieInput(movie.format);
     arguments.insert(arguments.end(), input.begin(), input.end());
-    // What there is of a damaged movie is not followed by a picture that stands still.
+    // The readable part of a damaged movie is not followed by a held picture.
     auto const settings = ExportSettings(
         movie, damaged == Exporter::Damaged::Accept ? LastPicture::AsRead : LastPicture::AsProbed);
     arguments.insert(arguments.end(), settings.begin(), settings.end());

@@ -32,7 +32,7 @@ public:
     /// How far it is, 0 to 1; on the main thread. Not called when the movie's duration is unknown.
     using Progress = std::function<void(double)>;
 
-    /// What becomes of a movie that cannot be read to its end.
+    /// How to treat a movie that cannot be read to its end.
     enum class Damaged {
         Refuse,  ///< the export fails, with a DamagedMovie
         Accept,  ///< what there is of it is exported

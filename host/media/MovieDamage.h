@@ -16,7 +16,7 @@ public:
     /// How far the export has come, in seconds.
     void SetSeconds(double newSeconds) { seconds = newSeconds; }
 
-    /// What is wrong with the movie, for its user: how much of it could be read; none when it was
+    /// The damage in words for the user: how much of the movie could be read; none when it was
     /// read to its end. A movie whose file does not tell how long it is, and a single complaint,
     /// are no reason: a recording may begin in the middle of something.
     [[nodiscard]] std::optional<std::string> FindDamage(Movie const& movie) const;
@@ -33,8 +33,8 @@ public:
     DamagedMovie(Movie const& movie, std::string const& damage);
 };
 
-/// What is wrong with a movie, and what to do, in plain words, where `complaint` is something that
-/// ffmpeg is known to say; else a sentence that fits everything. ffmpeg's own words follow in
+/// Explains in plain words what is wrong with a movie and what to do, where `complaint` is a known
+/// message of ffmpeg; else a general sentence. ffmpeg's own words follow in
 /// parentheses.
 [[nodiscard]] std::string ExplainComplaint(std::string const& complaint);
 

@@ -160,7 +160,7 @@ MovieProbe::MovieProbe(fs::path const& path) : given(path) {
 
 void MovieProbe::OnComplaint(std::string const& line) {
     isOfOtherFormat |= line.find("Format not on whitelist") != std::string::npos;
-    // What comes first says more than what follows from it.
+    // The first complaint says more than those that follow from it.
     complaint += (complaint.empty() ? "" : "; ") + FfmpegComplaint(line);
 }
 

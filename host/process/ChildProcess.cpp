@@ -79,8 +79,8 @@ private:
     std::string line;
 };
 
-/// What the new process does until it becomes the program: only what is allowed after a fork in a
-/// program with several threads. Ends the process when it cannot.
+/// Runs in the new process until it becomes the program: only calls that are allowed after a fork
+/// in a program with several threads. Ends the process on failure.
 struct Launch {
     char const* program;
     char* const* arguments;

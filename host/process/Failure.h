@@ -5,7 +5,7 @@
 
 namespace quillohost {
 
-/// What the program ends with, by the kind of thing that went wrong.
+/// The program's exit codes, by the kind of failure.
 enum class ExitCode {
     Done = 0,
     Other = 1,  ///< the host's own: its files, its output

@@ -13,7 +13,7 @@ namespace quillohost {
 /// now and then. Main thread.
 class ProgressDisplay {
 public:
-    /// What has been done in a second, in the work's own unit, given the fraction done in a second.
+    /// The rate in the work's own unit, given the fraction done in a second.
     using RateText = std::function<std::string(double fractionPerSecond)>;
 
     ProgressDisplay();

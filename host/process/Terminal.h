@@ -18,7 +18,7 @@ namespace quillohost {
 /// `json` as lines for PrintLines. It keeps what OneLine would replace, as JSON's escapes.
 [[nodiscard]] std::vector<std::string> JsonLines(nlohmann::ordered_json const& json);
 
-/// What stands between line feeds, for PrintLines.
+/// Splits a text at its line feeds, for PrintLines.
 [[nodiscard]] std::vector<std::string> LinesOf(std::string_view text);
 
 /// Writes `lines` to standard output, each as OneLine has it. A Failure when that does not take

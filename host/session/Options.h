@@ -21,10 +21,10 @@ enum class Command {
     Version
 };
 
-/// What fills the library's tree of places.
+/// The source of the library's tree of places.
 enum class Backend { Sdk, Client };
 
-/// What the command line says.
+/// The parsed command line.
 struct Options {
     Command command = Command::Help;
     std::filesystem::path movie;         ///< as given; may be empty for the editor
@@ -48,7 +48,7 @@ struct Options {
 /// understood.
 [[nodiscard]] Options ParseOptions(std::vector<std::string> const& arguments);
 
-/// What --help prints.
+/// The text of --help.
 extern char const* const kHelp;
 
 }  // namespace quillohost

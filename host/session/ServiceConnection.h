@@ -46,7 +46,7 @@ public:
     /// A name for the service that stays the same when one of the host's own changes its port.
     [[nodiscard]] std::string ServiceName() const;
 
-    /// What the user must do for a review link to open; empty when it opens as it is.
+    /// The instruction for opening a review link; empty when it opens as it is.
     [[nodiscard]] std::string HowToOpen(std::string const& link) const;
 
     /// One line for the user: what failed, and what to do when the service cannot be reached.

@@ -81,7 +81,7 @@ std::shared_ptr<quillomoxui::QuilloUser> Session::SignIn() {
 
 void Session::SignOut() {
     viewModel->Logout();
-    // What has failed is on its way to here.
+    // Failures may still be queued for this thread.
     auto const isPast = std::make_shared<bool>(false);
     moxcore::threads::AsyncCallFromMainThread([isPast] { *isPast = true; }, 0);
     loop.WaitUntil([isPast] { return *isPast; });

@@ -18,7 +18,7 @@
 
 namespace quillohost {
 
-/// What every command needs: the library, set up for this application, its view model, and a
+/// The context of every command: the library, set up for this application, its view model, and a
 /// service to talk to. The library is silent about most failures; a wait made here ends with what
 /// the service's libraries report. Main thread.
 class Session {

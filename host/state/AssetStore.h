@@ -17,7 +17,7 @@ struct sqlite3;
 
 namespace quillohost {
 
-/// What the host remembers of the movies that it has shared, in an SQLite file that several hosts
+/// The host's records of the movies that it has shared, in an SQLite file that several processes
 /// may use at once: the strings that the library stores with an asset, and what the host keeps for
 /// itself. What belongs to a service is kept apart for each. Any thread; every operation throws a
 /// Failure (Other) when the file cannot be read or written.

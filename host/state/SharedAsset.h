@@ -26,7 +26,7 @@ public:
     [[nodiscard]] std::string const& GetName() const { return name; }
     [[nodiscard]] AssetStore::Asset const& GetAsset() const { return asset; }
 
-    /// What the library has stored with it under one of its keys (quillomoxui::assetdata).
+    /// The string stored with it under one of the library's keys (quillomoxui::assetdata).
     [[nodiscard]] std::string Stored(char const* key) const;
 
     /// The folder that it was last shared to.
@@ -45,7 +45,7 @@ public:
     /// Failure (Link) when it is no plain web address; the next share has another one made.
     [[nodiscard]] std::string CheckLink(std::string const& link) const;
 
-    /// What must be locked while it is shared, `outputFileName` being the library's name for the
+    /// The keys to lock while it is shared, `outputFileName` being the library's name for the
     /// exported file: one share at a time goes on with a movie, and one under a name.
     [[nodiscard]] std::vector<std::string> LockKeys(
         quillomoxui::UTF16String const& outputFileName) const;

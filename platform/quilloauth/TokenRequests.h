@@ -55,7 +55,7 @@ void PrepareToRevoke();
 /// Sleeps until the revocations that are on their way have been answered, two seconds at most.
 void AwaitRevocations();
 
-/// What the grants are asked for, in messages.
+/// The operation named in messages about grants.
 [[nodiscard]] quillosdk::Task SignInTask();
 
 }  // namespace quilloauth

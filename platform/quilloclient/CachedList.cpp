@@ -10,7 +10,7 @@ namespace {
 
 using quillocommon::Step;
 
-/// What one kind of list is read with.
+/// How one kind of list is fetched.
 struct KindRule {
     char const* pathBefore;  // the parent's ID
     char const* pathAfter;   // it

@@ -10,7 +10,7 @@ namespace quillo {
 
 // The entries as they are made of the service's records.
 
-/// What every entry has.
+/// The part that all entries share.
 template <class Interface>
 class NamedEntry : public Interface {
 public:

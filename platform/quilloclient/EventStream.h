@@ -23,7 +23,8 @@ public:
     struct Handlers {
         /// An event has come, the first one of each connection included.
         std::function<void(Event const&)> onEvent;
-        /// What has come so far has been handed over: what repeats itself in it need be done once.
+        /// Called when all events that have arrived are delivered: repeated ones can be handled
+        /// once.
         std::function<void()> onCaughtUp;
         /// Whether changes are heard of now; before the first event and after the last one.
         std::function<void(bool)> onLive;

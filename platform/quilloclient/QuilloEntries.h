@@ -25,7 +25,7 @@ public:
     [[nodiscard]] virtual std::string const& GetName() const = 0;
 };
 
-/// What the service calls a workspace.
+/// A team; the service calls it a workspace.
 class QUILLOSERVICES_API QuilloTeam {
 public:
     virtual ~QuilloTeam();
@@ -43,7 +43,7 @@ public:
     [[nodiscard]] virtual moxcore::utility::Guid const& GetRootAssetID() const = 0;
 };
 
-/// What lies in a folder.
+/// An entry of a folder.
 class QUILLOSERVICES_API QuilloAsset {
 public:
     // The types there are; others may come.

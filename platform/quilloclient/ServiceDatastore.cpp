@@ -292,7 +292,7 @@ void ServiceDatastore::OnUser(std::shared_ptr<RefPromise<QuilloUser>> const& pro
 }
 
 void ServiceDatastore::OnEvent(Event const& event) {
-    // What was read before the first connection was there may have been read too early.
+    // A list read before the first connection may be out of date.
     bool const isFirst = !std::exchange(hasFollowed, true);
     if (isFirst || event.type == "reset") haveAllChanged = true;
     if (event.type != "changed") return;

@@ -93,8 +93,8 @@ void ReportHandler(std::exception_ptr const& thrown) {
                    "What an event has called failed: " + ExtractMessageFromException(thrown)});
 }
 
-/// What handlers throw, the toolkit gives to the main thread, which knows nothing of failures.
-void HearOfHandlers() {
+/// Subscribes to the exceptions of handlers, which the toolkit passes to the main thread.
+void SubscribeToHandlers() {
     static bool const isSubscribed = [] {
         moxcore::threads::MainThread::SetFailureObserver(ReportHandler);
         return true;
@@ -107,7 +107,7 @@ void HearOfHandlers() {
 FailureSubscription::~FailureSubscription() = default;
 
 std::shared_ptr<FailureSubscription> ListenToFailures(FailureListener listener) {
-    HearOfHandlers();
+    SubscribeToHandlers();
     auto entry = std::make_shared<Entry>(std::move(listener));
     TheListeners().Add(entry);
     return std::make_shared<Subscription>(std::move(entry));

@@ -4,8 +4,8 @@
 
 namespace quillocommon {
 
-/// What a synchronous operation of the service's libraries answers: a 32-bit result, negative for
-/// failure.
+/// The outcome of a synchronous operation of the service's libraries: a 32-bit result, negative
+/// for failure.
 class [[nodiscard]] Response {
 public:
     Response() = default;

@@ -9,7 +9,7 @@
 
 namespace quillocommon {
 
-// What the service's libraries ask of a URL. Any thread.
+// Parsing and checking URLs. Any thread.
 
 /// The parts of an http or https URL.
 struct Url {

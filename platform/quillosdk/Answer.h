@@ -7,7 +7,7 @@
 
 namespace quillosdk {
 
-/// What comes of a request.
+/// The pending answer to a request.
 using Answer = moxcore::async::Future<std::shared_ptr<HttpResponse>>;
 using AnswerPromise = moxcore::async::Promise<std::shared_ptr<HttpResponse>>;
 

@@ -20,7 +20,7 @@ namespace {
 using simdjson::ondemand::object;
 using simdjson::ondemand::value;
 
-/// What makes an answer unreadable. Collects its place on the way out: "projects[3].name".
+/// The reason why an answer is unreadable. Collects its place on the way out: "projects[3].name".
 class Malformed : public std::exception {
 public:
     explicit Malformed(std::string problem) : problem(std::move(problem)) {}

@@ -13,14 +13,14 @@ namespace quillosdk {
 // says what was wrong and where. A body is given room at its end where it has none, and is not
 // changed otherwise. Each thread keeps one parser. Any thread.
 
-/// What the service published from an upload.
+/// The asset published from an upload.
 struct PublishedAsset {
     Asset asset;
     std::string sha256;  ///< in hexadecimal digits
     std::uint64_t bytes = 0;
 };
 
-/// What a token end point grants.
+/// The answer of a token end point.
 struct GrantedTokens {
     std::string accessToken;
     std::string refreshToken;

@@ -22,8 +22,8 @@ public:
     [[nodiscard]] std::vector<Asset> const& GetChildAssetsObject() const { return content; }
 };
 
-/// What lies in a folder. The service's answer reaches the caller as it is, a refusal for too many
-/// requests included: pacing is the caller's. An answer that cannot be read fails the future.
+/// The contents of a folder. The service's answer reaches the caller as it is, a refusal for too
+/// many requests included: pacing is the caller's. An answer that cannot be read fails the future.
 /// Answers come on the transport's thread. Any thread.
 class QUILLOSERVICES_API Assets {
 public:

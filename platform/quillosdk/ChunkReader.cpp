@@ -71,7 +71,7 @@ std::shared_ptr<Chunk const> ChunkReader::Read(std::uint64_t offset) {
         file->ReadAt(offset + at, slice);
         XXH3_128bits_update(&piece, slice.data(), slice.size());
         at += slice.size();
-        // What is read a second time is in the whole file's checksum already.
+        // Bytes read a second time are in the whole file's checksum already.
         if (auto const end = offset + at; end > contentEnd) {
             content.Update(slice.last(std::min<std::uint64_t>(slice.size(), end - contentEnd)));
             contentEnd = end;

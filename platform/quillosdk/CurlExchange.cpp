@@ -191,7 +191,7 @@ bool CurlExchange::IsTooSlow() {
     return now >= pace.Deadline();
 }
 
-/// What the system has taken of the body, less what still waits to be acknowledged: on a slow line
+/// The bytes of the body that the system has taken, less those not acknowledged yet: on a slow line
 /// that may be megabytes, which it takes all at once.
 std::uint64_t CurlExchange::AcknowledgedBytes() const {
     curl_off_t taken = 0;

@@ -21,7 +21,7 @@ namespace quillosdk {
 /// thread, then the transport's alone.
 class CurlExchange {
 public:
-    /// What the exchanges of a transport share; outlives them.
+    /// State shared by the exchanges of a transport; outlives them.
     struct Shared {
         std::function<TransferPace::Time()> clock;
         CurlSockets sockets;

@@ -5,7 +5,7 @@
 
 namespace quillosdk {
 
-/// What a client needs to know of the application that it serves.
+/// The application that a client serves.
 class QuilloConfig {
 public:
     explicit QuilloConfig(std::string clientID) : clientID(std::move(clientID)) {}

@@ -8,7 +8,7 @@
 
 namespace quillosdk {
 
-// What keeps secrets out of messages. Any thread.
+// Keeps secrets out of messages. Any thread.
 
 /// Anything shorter can be guessed, and would be found in texts by accident.
 inline constexpr std::size_t kShortestToken = 16;

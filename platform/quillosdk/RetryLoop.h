@@ -9,7 +9,7 @@
 
 namespace quillosdk {
 
-/// What `answer`, which is complete, asks the sender to do: none when it is final, otherwise the
+/// Whether `answer`, which is complete, asks for a retry: none when it is final, otherwise the
 /// wait that the service wants (zero when it did not say).
 struct Verdict {
     bool worthRepeating = false;

@@ -42,8 +42,8 @@ public:
     [[nodiscard]] std::optional<std::chrono::milliseconds> NextDelay(
         std::optional<std::chrono::milliseconds> retryAfter = {});
 
-    /// What has just failed is that the service cannot be reached, or takes nothing for now; it is
-    /// asked again after `delay`.
+    /// Notes that the service cannot be reached or is not available for now; the request is sent
+    /// again after `delay`.
     void Unavailable(std::chrono::milliseconds delay);
 
     /// The service has answered as it should: it is not waited for any more.

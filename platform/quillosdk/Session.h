@@ -13,8 +13,8 @@
 
 namespace quillosdk {
 
-/// What the parts of one client share: who asks the service, and with which token. Requests under
-/// way keep it alive. Any thread.
+/// State shared by the parts of one client: the identity and the token of its requests. Requests
+/// under way keep it alive. Any thread.
 class Session : public std::enable_shared_from_this<Session> {
 public:
     using TokenRefresher = std::function<void(std::string const& rejectedToken)>;

@@ -136,7 +136,7 @@ void NodePath::Update() {
 bool NodePath::UpdateSteps() {
     bool hasChanged = std::exchange(state, State::Whole) != State::Whole;
     if (followed && followed->HasBeenListed() && !GetProject()) {
-        // What it lay in went before anybody kept it: where it would be now, nobody knows.
+        // Its parent was destroyed before anything kept it, so its place is unknown.
         steps.clear();
         state = State::Broken;
         return true;

@@ -39,7 +39,7 @@ public:
     /// Brings the path up to date without waiting for change notifications.
     void Update();
 
-    /// What was given to Follow.
+    /// The folder given to Follow.
     [[nodiscard]] std::shared_ptr<QuilloFolder> const& GetFollowed() const { return followed; }
     [[nodiscard]] State GetState() const { return state; }
     /// The last node of the path as it is now, when it is a folder.

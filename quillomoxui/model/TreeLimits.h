@@ -8,8 +8,8 @@
 
 namespace quillomoxui::model {
 
-// What the tree of locations takes over from a service, whatever that answers: the tree is walked,
-// also recursively, and its names are drawn. Any thread.
+// Limits on what the tree of locations accepts from a service: the tree is walked recursively, and
+// its names are drawn. Any thread.
 
 /// A name as the tree holds it: of one with more than 1,000 characters the beginning, and "…".
 [[nodiscard]] UTF16String NameForTree(std::string const& utf8);

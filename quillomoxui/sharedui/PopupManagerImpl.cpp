@@ -96,7 +96,7 @@ void PopupManagerImpl::OnPopupClosed() {
         try {
             (*function)();
         } catch (...) {
-            // What one of them throws keeps nothing from those after it.
+            // An exception of one of them does not keep the others from running.
             moxcore::threads::MainThread::ReportFailure(std::current_exception());
         }
     }

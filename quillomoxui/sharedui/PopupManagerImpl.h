@@ -40,7 +40,7 @@ private:
     CommitFunctions notifyOnCommit;
     moxcore::geom::PointT<float> popupGlobalLoc;
 
-    /// What the window's hook knows this manager by: a window that closes late finds it gone.
+    /// Held weakly by the window's hook: a window that closes late finds the manager gone.
     moxcore::utility::LifetimeToken token;
 };
 

@@ -39,7 +39,7 @@ public:
     }
 
     std::shared_ptr<QuilloUser> const user;
-    /// What the dialog shows for it. Not kept: its view keeps the view model, and that this.
+    /// The section shown for it. Held weakly: its view keeps the view model, which keeps this.
     moxcore::utility::RefCountedWeakPtr<PopupSectionView> section;
 
 private:

@@ -30,7 +30,7 @@ private:
     void GetAccountItemImage(moxui::controls::UI_PictureSupplyMessage* message, int index) const;
     void OnProposedAccountChanged(moxui::ui::Message* message);
 
-    /// What an entry of the menu stands for.
+    /// The account or workspace of a menu entry.
     struct Item {
         moxcore::utility::Guid id;
         UTF16String name;

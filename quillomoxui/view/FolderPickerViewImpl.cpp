@@ -170,7 +170,7 @@ void FolderPickerViewImpl::FollowSelection() {
     path->Follow(selection);
     auto const project = ProjectOf(selection);
     auto const root = project ? project->GetRootFolder() : nullptr;
-    // What has no row is of another project, or has not come yet.
+    // A folder without a row is of another project, or has not arrived yet.
     if (rows->GetRowForFolder(selection) || rows->IsRoot(root))
         ShowSelection();
     else
@@ -190,7 +190,7 @@ void FolderPickerViewImpl::OnPathReplaced() {
     }
     if (path->GetState() == NodePath::State::Pending) return;
 
-    // What the user has proposed meanwhile stays.
+    // The user's own proposal, made meanwhile, stays.
     bool const isProposed = User().GetProposedSelection() == path->GetFollowed();
     auto const folder = path->GetFolder();
     if (!folder) {

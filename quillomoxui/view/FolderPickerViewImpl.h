@@ -30,7 +30,7 @@ private:
     using FolderPtr = std::shared_ptr<QuilloFolder>;
     using RowPtr = moxui::controls::UI_MultiColumnTree::RowPtr;
 
-    /// What is proposed, or else what is selected; may be null.
+    /// The proposed folder, or else the selected one; may be null.
     [[nodiscard]] FolderPtr GetSelection() const;
     void PopulateFolderTree();
     void MakeRowVisible(FolderPtr const& folder, bool keepRowClosed);

@@ -92,7 +92,7 @@ void LocationPickerView::UI_SetLocalRectF(moxcore::geom::RectT<float> const& rec
 /// Makes the pickers of the user there is, and shows the one that is due.
 void LocationPickerView::MakePickers() {
     user = ViewModel().GetUser();
-    // What is gone since it was proposed is no place to start from.
+    // A proposal that has been deleted since is no place to start from.
     auto const proposed = user->GetProposedSelection();
     if (proposed && !FindInTree(user, proposed)) ResetProposedSelection();
 

@@ -17,7 +17,7 @@ class PopupBaseView : public moxui::controls::UI_ControlView, public utility::Bi
 public:
     ~PopupBaseView() override;
 
-    /// What a press on a node of RegisterMouseNotifications does: shows the view `target`.
+    /// Handles a press on a node of RegisterMouseNotifications: shows the view `target`.
     virtual bool OnMouseEvent(moxui::ui::UI_Node* node, moxui::ui::MouseEvent const& event,
                               bool& handled, ShareForReviewViewID target);
 

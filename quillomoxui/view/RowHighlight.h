@@ -5,7 +5,7 @@
 
 namespace quillomoxui::view {
 
-// What the rows that the pickers draw themselves have in common.
+// Shared by the rows that the pickers draw themselves.
 
 /// Whether `event` is a press of the mouse's first button, or one by keyboard.
 [[nodiscard]] bool IsPrimaryPress(moxui::ui::PointerEvent const& event);

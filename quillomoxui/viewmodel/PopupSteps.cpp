@@ -1,4 +1,4 @@
-// What the popup and the location picker do: which view comes first, signing in and out, a
+// The actions of the popup and the location picker: the first view, signing in and out, choosing a
 // location.
 
 #include <optional>

@@ -27,10 +27,10 @@ struct StepEnd;
 /// from the sign-in to the link that can be copied. Make it with std::make_shared and keep it until
 /// the share has ended; an operation that outlives it does nothing more.
 ///
-/// What a host sets: ActiveAssetName, the movie's name without an extension (".mp4" is appended);
+/// Set by the host: ActiveAssetName, the movie's name without an extension (".mp4" is appended);
 /// AssetTypeIcon; EncodingProgress while it exports, from 0 to 1 and not in percent;
 /// EncodingStatus, which says also what to set when an export has failed and before the next share.
-/// What it may watch besides: SignInProgress, and UploadWaitingSince, the time since which an
+/// For the host to observe: SignInProgress, and UploadWaitingSince, the time since which an
 /// upload has waited for a service that is not available, none while it does not; it goes on by
 /// itself. Observers (ObserveShares) learn how each share goes and ends.
 ///

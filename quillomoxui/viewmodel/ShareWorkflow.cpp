@@ -108,7 +108,7 @@ bool ShareForReviewViewModel::BeginShare(Guid const& first, Guid const& second, 
     fields.outputFilePath.clear();  // the file is the earlier share's
     fields.assetID1 = first;
     fields.assetID2 = second;
-    // What was shown of a share that is overtaken ends here: its own end shows nothing.
+    // The status of an overtaken share ends here: its own end shows nothing.
     switch (GetEncodingStatus().status) {
         case EncodingStatus::Queued:
         case EncodingStatus::Encoding:

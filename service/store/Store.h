@@ -14,8 +14,8 @@ namespace quilloservice {
 /// many as there are concurrent requests. Any thread.
 class Store {
 public:
-    /// What a committed transaction survives: a power failure (Disk), or only the end of this
-    /// process, which is much faster and enough for progress notes.
+    /// How durable a committed transaction is: it survives a power failure (Disk), or only the end
+    /// of this process, which is much faster and enough for progress notes.
     enum class Durability { Disk, Process };
 
     /// Opens the file and creates or upgrades its tables.

@@ -17,7 +17,7 @@ namespace moxcore::debug {
 /// Developer switches by name, for the length of the process. Any thread.
 class MOXCORE_API DebugDatabase {
 public:
-    /// What an entry holds.
+    /// The value of an entry.
     using Value = std::variant<bool, long, std::string>;
 
     /// The one database of the process.

@@ -8,7 +8,7 @@
 
 namespace moxcore::messaging {
 
-/// What kind of message one is.
+/// The kind of a message.
 using MessageID = std::uint64_t;
 
 /// The ID of the message type with this name, the same in every process. Any thread.

@@ -38,7 +38,7 @@ icu::Collator const& ThreadsCollator() {
     return *collator;
 }
 
-/// What stands for each ASCII character in the keys of names that consist of nothing but printable
+/// The weight of each ASCII character in the keys of names that consist of nothing but printable
 /// ASCII: a byte that orders as the collator has the characters, and is the same where it takes
 /// them as equal. All digits share one, which announces a number.
 class AsciiWeights {
@@ -192,7 +192,7 @@ void SortByChunks(std::span<Entry> entries, KeyArena const& keys, std::size_t de
         return [&first](Entry const& entry) { return entry.chunk != first.chunk; };
     };
 
-    // What all have in common is passed over here and not by recursion: names may be long.
+    // The common prefix is skipped in a loop, not by recursion: names may be long.
     for (;; depth += kChunkSize) {
         for (auto& entry : entries)
             entry.chunk = keys.Chunk(entry.index, depth);

@@ -14,7 +14,7 @@ namespace moxcore::utility {
 /// the last one, the object is destroyed on the main thread (at once when that is the current one).
 class MOXCORE_API RefCountedObjectWithWeakPtr {
 public:
-    /// What a weak pointer and the object have in common; it outlives the object.
+    /// State shared by the object and its weak pointers; it outlives the object.
     class MOXCORE_API WeakCell {
     public:
         /// A new strong reference, or null once the last one has been dropped.

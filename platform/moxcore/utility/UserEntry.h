@@ -5,7 +5,7 @@
 
 namespace moxcore::utility {
 
-/// What the system's user database says of the process's owner.
+/// The process owner's entry in the system's user database.
 struct UserEntry {
     std::string name;
     std::string home;

@@ -7,7 +7,7 @@
 
 namespace moxui::controls {
 
-/// What all buttons have in common. A press by mouse, by Enter or Space, or by an assistive tool
+/// Base of all buttons. A press by mouse, by Enter or Space, or by an assistive tool
 /// notifies (NotifyWhenChanged) when it ends over the button. Tab reaches it. Main thread.
 class MOXUI_API UI_Button : public UI_ControlView {
 public:

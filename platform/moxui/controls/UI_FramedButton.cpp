@@ -37,7 +37,7 @@ public:
         return QSizeF(PictureSize()).grownBy({margin, margin, margin, margin});
     }
 
-    /// What the button shows, side by side, in whole units.
+    /// The size of picture and text, side by side, in whole units.
     [[nodiscard]] QSize ContentSize() const {
         auto const text = GetLabel().NaturalSize(font());
         auto const image = PictureSize();

@@ -13,7 +13,7 @@ namespace {
 
 namespace Key = skins::ThemeColor;
 
-/// What the ring around a link that has the focus needs on each side of the text.
+/// The room that the focus ring needs on each side of the text.
 float RingWidth() {
     return skins::ThemeProvider::Get().GetSize(skins::ThemeSize::CornerRadius);
 }

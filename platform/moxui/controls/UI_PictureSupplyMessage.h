@@ -24,7 +24,7 @@ public:
     void SetIcon(std::string const& name, utility::ResourceManager* resources, bool themed,
                  utility::DrawbotImageResourceCache* cache);
 
-    /// What the handler answered with; null, an empty name and null before.
+    /// The handler's answer; null, an empty name and null before.
     [[nodiscard]] boost::intrusive_ptr<drawbot::ImageInterface> const& GetPicture() const {
         return picture;
     }
@@ -40,7 +40,7 @@ private:
 /// Answers a picture-supply message. Shared, never copied.
 using PictureSupplyFunction = std::shared_ptr<std::function<void(ui::ConstMessage*)>>;
 
-/// What `function` answers; null without a function, or when it answers nothing.
+/// The picture that `function` supplies; null without a function or an answer.
 [[nodiscard]] MOXUI_API boost::intrusive_ptr<drawbot::ImageInterface> SuppliedPicture(
     PictureSupplyFunction const& function);
 

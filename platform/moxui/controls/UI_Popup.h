@@ -8,7 +8,7 @@
 
 namespace moxui::controls {
 
-/// What decides how wide a popup would like to be.
+/// How a popup's preferred width is measured.
 enum class PickerMeasureStrategy {
     ChosenItem = 1,  // what it shows now
     WidestItem = 2,  // the widest of its entries, so that it does not change with the choice
@@ -59,7 +59,7 @@ public:
     /// Shows the entry at `value` as chosen; nothing while there is no such entry, or while it is a
     /// heading. Notifies nobody.
     void SetValue(int value);
-    /// What was set or what the user has chosen, whichever came last; 0 before.
+    /// The value set or chosen last; 0 before.
     [[nodiscard]] int GetValue() const { return value; }
 
     void SetPickerMeasureStrategy(PickerMeasureStrategy strategy);

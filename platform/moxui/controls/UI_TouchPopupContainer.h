@@ -52,7 +52,7 @@ public:
     /// reported, as what other handlers throw is (moxcore/threads/MainThread.h).
     void InstallNotifyOnCommit(std::shared_ptr<std::function<void()>> const& function);
 
-    /// What holds the content: the first child, null once it was removed.
+    /// The container of the content: the first child, null once it was removed.
     [[nodiscard]] boost::intrusive_ptr<ui::OS_ViewContainer> GetContainer() const;
 
     /// Shows the popup as StartPopup does, or hides it.

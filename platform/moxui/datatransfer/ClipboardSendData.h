@@ -8,7 +8,7 @@
 
 namespace moxui::datatransfer {
 
-/// What is about to be put on a clipboard. Main thread.
+/// The data to put on a clipboard. Main thread.
 class MOXUI_API ClipboardSendData {
 public:
     ClipboardSendData();

@@ -20,7 +20,7 @@ public:
     virtual void AddRoundedRect(moxcore::geom::RectT<float> const& rect, float cornerRadius) = 0;
 };
 
-/// What a path is stroked with. Made by a supplier.
+/// A pen that strokes paths. Made by a supplier.
 class PenInterface : public moxcore::utility::RefCountedObjectWithWeakPtr {};
 
 /// A face, a size and a style to write in. Made by a supplier.
@@ -54,7 +54,7 @@ protected:
     ~SupplierInterface() = default;
 };
 
-/// What is drawn upon. Main thread.
+/// A surface to draw on. Main thread.
 class SurfaceInterface {
 public:
     virtual void PaintRect(ColorRGBA const& color, moxcore::geom::RectT<float> const& rect) = 0;
@@ -82,7 +82,7 @@ public:
     virtual ~Drawbot() = default;
 
     [[nodiscard]] virtual SupplierInterface const* GetSupplier() const = 0;
-    /// What is drawn on a measuring drawbot's surface goes nowhere.
+    /// The surface of a measuring drawbot discards what is drawn.
     [[nodiscard]] virtual SurfaceInterface* GetSurface() = 0;
 };
 

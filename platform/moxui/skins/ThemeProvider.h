@@ -35,7 +35,7 @@ inline constexpr int kButtonGround = 5000016;   // a text button's ground
 inline constexpr int kButtonHovered = 5000017;  // ... under the pointer
 }  // namespace ThemeColor
 
-/// What a theme measures, in units.
+/// The sizes of a theme, in units.
 enum class ThemeSize {
     ControlHeight,       // of a button
     ControlPadding,      // between a button's sides and what it shows

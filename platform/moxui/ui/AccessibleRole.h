@@ -2,7 +2,7 @@
 
 namespace moxui::ui {
 
-/// What a screen reader calls a view that no ready-made control stands for.
+/// The accessible role of a view that is not a ready-made control.
 enum class AccessibleRole {
     Group,
     Link,

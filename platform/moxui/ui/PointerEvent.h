@@ -14,7 +14,7 @@ enum class PointerAction {
     Leave = 5,
 };
 
-/// What a pointer did over a node.
+/// An event of the pointer over a node.
 class PointerEvent {
 public:
     /// `location` is in the node's own coordinates.
@@ -22,7 +22,7 @@ public:
         : action(action), location(location) {}
     virtual ~PointerEvent() = default;
 
-    /// What the pointer did.
+    /// The kind of event.
     [[nodiscard]] PointerAction GetAction() const { return action; }
 
     /// In the node's own coordinates.

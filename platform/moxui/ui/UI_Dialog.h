@@ -31,7 +31,7 @@ public:
               OS_Window const& parent, bool modal);
     ~UI_Dialog() override;
 
-    /// What holds the content.
+    /// The container of the content.
     [[nodiscard]] boost::intrusive_ptr<OS_ViewContainer> GetContentContainer() const;
 
     /// Two buttons of the content, that end the dialog, after all handlers of the press have

@@ -63,8 +63,7 @@ public:
     [[nodiscard]] virtual moxcore::geom::PointT<float> UI_GetRecommendedSize(
         drawbot::Drawbot* drawbot) const;
 
-    /// What makes fonts, paths and pens for the window that the node is in; null while it is in
-    /// none.
+    /// The factory of fonts, paths and pens for the node's window; null while it is in none.
     [[nodiscard]] virtual drawbot::SupplierInterface const* UI_GetDrawSupplier() const;
 
     /// Draws what the node itself shows, in its own coordinates; its children draw themselves after
@@ -88,7 +87,7 @@ public:
     /// The text of UI_SetToolTip; empty when there is none.
     [[nodiscard]] moxcore::string::UTF16String UI_GetToolTip() const;
 
-    /// What a screen reader calls the node; a control's own text by default.
+    /// Sets the accessible name; a control's own text by default.
     void UI_SetAccessibleName(moxcore::string::UTF16String const& name);
 
     /// Called when the theme has changed: override it to read cached colours and fonts again. A

@@ -11,7 +11,7 @@ class ImageProvider;
 
 namespace moxui::ui {
 
-/// What the nodes of a process have in common. Main thread.
+/// State shared by all nodes of the process. Main thread.
 class MOXUI_API UI_NodeManager {
 public:
     /// The one manager; `create` has no meaning, it is there from the start.

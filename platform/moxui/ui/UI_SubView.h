@@ -43,10 +43,10 @@ protected:
     /// Takes over the widget's side of the view.
     explicit UI_SubView(std::unique_ptr<backend::Peer> peer);
 
-    /// What the view covers when it is drawn, in the parent's coordinates: its rectangle, or, for
-    /// one that holds no children, a larger one around it.
+    /// The area that the view paints, in the parent's coordinates: its rectangle, or, for a view
+    /// without children, a larger one around it.
     [[nodiscard]] virtual moxcore::geom::RectT<float> UI_GetDrawnRect() const;
-    /// What UI_GetDrawnRect answers has changed.
+    /// Call it when the result of UI_GetDrawnRect has changed.
     void UI_DrawnRectChanged();
 
 private:

@@ -38,7 +38,7 @@ struct Bundle {
 /// drawn in the theme's colour for icons.
 class MOXUI_API OS_ResourceManager : public ResourceManager {
 public:
-    /// What `bundle` refers to outlives the manager.
+    /// The data that `bundle` refers to must outlive the manager.
     explicit OS_ResourceManager(Bundle const& bundle);
     ~OS_ResourceManager() override;
 

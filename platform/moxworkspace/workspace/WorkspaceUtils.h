@@ -7,7 +7,7 @@
 
 namespace moxworkspace::workspace {
 
-/// What the host's workspace offers to windows that come up over it. Main thread.
+/// Services of the host's workspace for windows above it. Main thread.
 class MOXUI_API WorkspaceUtils {
 public:
     /// The node over whose window modal dialogs are shown; null when the host has supplied none, or

@@ -10,10 +10,10 @@
 
 namespace quillomoxui::model {
 
-// What a share asks of the service, for the library itself: unlike the functions that a host calls,
-// these say why they have failed. A completion is called once, on the service's own threads. False
-// when nobody is signed in: nothing is called then, and the step has ended as NobodySignedIn says.
-// Any thread.
+// A share's requests to the service, for the library itself: unlike the functions that a host
+// calls, these say why they have failed. A completion is called once, on the service's own threads.
+// False when nobody is signed in: nothing is called then, and the step has ended as NobodySignedIn
+// says. Any thread.
 
 /// How a step has ended.
 struct StepEnd {

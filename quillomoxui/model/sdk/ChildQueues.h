@@ -39,7 +39,7 @@ public:
         std::shared_ptr<quillosdk::GetProjectsByWorkspaceResponse> const& response) const override;
 };
 
-/// What lies in folders.
+/// Fetches the contents of folders.
 class QuilloCppSdkIntegration::FetchFolderChildrenQueue final
     : public FetchChildrenQueue<quillosdk::GetChildAssetsRequest, quillosdk::GetChildAssetsResponse,
                                 std::vector<quillosdk::Asset>> {

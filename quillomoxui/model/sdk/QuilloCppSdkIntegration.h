@@ -38,7 +38,7 @@ public:
     class QuilloSdkFile;
     class QuilloSdkVersionStack;
 
-    // What paces their requests: FetchChildrenQueue.h, ChildQueues.h, WeakSingleton.h.
+    // The queues that pace their requests: FetchChildrenQueue.h, ChildQueues.h, WeakSingleton.h.
     template <class Request, class Response, class ChildVector>
     class FetchChildrenQueue;
     class FetchAccountChildrenQueue;

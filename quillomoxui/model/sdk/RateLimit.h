@@ -13,8 +13,8 @@ struct RateLimit {
     std::chrono::seconds window{0};  ///< 1 at least
 };
 
-/// What an answer's headers announce; none when they do not, or announce what no queue can keep to.
-/// Throws what std::stoi throws when they are no numbers. Any thread.
+/// Reads the limits from an answer's headers; none when they are absent, or out of a queue's range.
+/// Throws as std::stoi does when they are no numbers. Any thread.
 [[nodiscard]] std::optional<RateLimit> ReadRateLimit(quillosdk::Headers const& headers);
 
 }  // namespace quillomoxui::model

@@ -28,7 +28,7 @@ public:
 
     /// Has it laid out in `room`; a room less high than a line counts as one line high.
     void Fit(QFont const& font, QSizeF const& room);
-    /// What there is room for.
+    /// The part of the text that fits.
     [[nodiscard]] QString GetFitted() const;
     /// Whether something is left out.
     [[nodiscard]] bool IsElided() const;

@@ -138,7 +138,7 @@ void DropDown::keyPressEvent(QKeyEvent* event) {
             showPopup();
             return;
         default:
-            // What is chosen is changed in the open menu only.
+            // The choice changes in the open menu only.
             event->ignore();
     }
 }

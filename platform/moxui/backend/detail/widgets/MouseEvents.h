@@ -10,8 +10,8 @@ namespace moxui::backend {
 
 class Peer;
 
-/// What `event` is in the terms of a node whose corner is at `origin` of the widget's coordinates;
-/// nothing when it is no pointer event.
+/// Converts `event` for a node whose corner is at `origin` of the widget's coordinates; none when
+/// it is no pointer event.
 [[nodiscard]] std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event, QPoint origin);
 
 /// Whether `event` is Enter or Space going down, which press what has the focus.

@@ -43,7 +43,7 @@ bool Peer::Deliver(ui::MouseEvent const& event) {
         auto const function = mouseFunctions[i].second;
         bool handled = false;
         bool taken = false;
-        // What has failed has taken the event: nothing else is to act on it as well.
+        // A handler that throws has taken the event: no other may act on it as well.
         if (!CallFromQt([&] { taken = (*function)(alive.get(), event, handled); }) || taken ||
             handled)
             return true;

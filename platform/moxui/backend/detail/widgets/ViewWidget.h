@@ -19,7 +19,7 @@ public:
     void SetSelected(bool selected);
     [[nodiscard]] bool IsSelected() const { return isSelected; }
 
-    /// What a press by an assistive tool does.
+    /// Handles a press by an assistive tool.
     void Press();
 
 protected:

@@ -59,7 +59,7 @@ private:
     void FollowAnchor();
     /// Whether the press goes no further.
     [[nodiscard]] bool HandlePress(QObject& receiver, QMouseEvent const& press);
-    /// What a press that the user comes back with does, is known once it has been handled.
+    /// Judges the press that brought the user back once it has been handled.
     void JudgeReturnLater();
     void JudgeReturn();
     void NoteWindow(QObject const& shown);

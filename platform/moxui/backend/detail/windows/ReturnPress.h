@@ -30,7 +30,7 @@ public:
     [[nodiscard]] bool DoesSomething() const;
     /// Whether what it has opened takes the focus. A menu leaves it with its window.
     [[nodiscard]] bool GivesFocusAway() const { return givesFocusAway; }
-    /// What was pressed; null once it is gone.
+    /// The window pressed; null once it is destroyed.
     [[nodiscard]] QWindow* GetWindow() const { return window; }
 
 private:

@@ -7,7 +7,7 @@
 
 namespace moxui::backend {
 
-/// What windows may cover of each screen.
+/// The area of each screen that windows may cover.
 [[nodiscard]] std::vector<moxcore::geom::RectT<float>> AvailableScreens();
 
 /// Keeps `window`, which has no parent widget, above `owner`'s window; null keeps it above none.

@@ -15,7 +15,7 @@ namespace {
 constexpr QLatin1String kStart("<p style=\"white-space:pre-wrap\">");
 constexpr QLatin1String kEnd("</p>");
 
-/// What is longer must be wrapped, which Qt does with markup only.
+/// Longer texts must be wrapped, which Qt does with markup only.
 constexpr qsizetype kLongestLine = 80;
 
 /// Qt's tooltips are in the application's palette, which is the host's. There is one window for all
