@@ -27,7 +27,7 @@ SampleClip::SampleClip(std::filesystem::path const& file) : file(file), unfinish
     ffmpeg = std::make_unique<ChildProcess>(
         FindFfmpegProgram("ffmpeg"), Arguments(unfinished), ChildProcess::Input::Nothing,
         ChildProcess::Hooks{.onOutput = nullptr,
-                            .onError = [this](auto& line) { complaint = line; },
+                            .onError = [this](auto& line) { complaint = FfmpegComplaint(line); },
                             .onExit = [this](auto status) { OnExit(status); }});
 }
 
@@ -45,8 +45,9 @@ void SampleClip::OnExit(ExitStatus status) {
         return;
     }
     promise.SetException(std::make_exception_ptr(
-        Failure(ExitCode::Export, "Cannot make the sample clip \"" + file.string() +
-                                      "\": " + (error ? error.message() : complaint))));
+        Failure(ExitCode::Export, "Cannot make the sample clip \"" + file.string() + "\" (" +
+                                      (error ? error.message() : complaint) +
+                                      "). Open a movie of yours instead.")));
 }
 
 }  // namespace quillohost::editor
