@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "moxcore/threads/QueuedFunction.h"
 #include "quillomoxui/properties/NotifyingPropertyHost.h"
 
 namespace quillomoxui {
@@ -58,7 +58,7 @@ void NotifyingPropertyHost<T, Arg>::ReplaceValue(T newValue) {
     if (bindings)
         DispatchBindings(value, bindings);
     else  // every change is one turn of the main thread's queue, watched or not
-        moxcore::threads::AsyncCallFromMainThread([] {}, 0);
+        moxcore::threads::QueueOnMainThread([] {});
 }
 
 template <class T, class Arg>
@@ -100,12 +100,11 @@ void NotifyingPropertyHost<T, Arg>::UnbindValueChanged(std::shared_ptr<Callback>
 template <class T, class Arg>
 void NotifyingPropertyHost<T, Arg>::DispatchBindings(T newValue,
                                                      std::shared_ptr<Bindings const> receivers) {
-    moxcore::threads::AsyncCallFromMainThread(
+    moxcore::threads::QueueOnMainThread(
         [newValue = std::move(newValue), receivers = std::move(receivers)] {
             for (auto const& receiver : *receivers)
                 (*receiver)(newValue);
-        },
-        0);
+        });
 }
 
 }  // namespace quillomoxui

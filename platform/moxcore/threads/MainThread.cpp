@@ -12,12 +12,13 @@
 #include "moxcore/config/Error.h"
 #include "moxcore/debug/Trace.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "moxcore/threads/QueuedFunction.h"
 #include "moxcore/utility/NoDestructor.h"
 
 namespace moxcore::threads {
 namespace {
 
-using Functions = std::vector<std::function<void()>>;
+using Functions = std::vector<QueuedFunction>;
 using FailureFunction = std::function<void(std::exception_ptr)>;
 
 struct Queue {
@@ -90,6 +91,10 @@ void TakeQueued(Queue& queue) {
 }  // namespace
 
 void AsyncCallFromMainThread(std::function<void()> function, unsigned) {
+    QueueOnMainThread(std::move(function));
+}
+
+void QueueOnMainThread(QueuedFunction function) {
     auto& queue = TheQueue();
     std::shared_ptr<std::function<void()> const> hook;
     bool wake = false;
@@ -111,7 +116,7 @@ std::size_t MainThread::RunPending() {
     TakeQueued(queue);
     std::size_t count = 0;
     for (auto const end = queue.first + queue.running.size(); queue.begun < end; ++count) {
-        auto const function = std::move(queue.running[queue.begun++ - queue.first]);
+        auto function = std::move(queue.running[queue.begun++ - queue.first]);
         try {
             function();
         } catch (...) {

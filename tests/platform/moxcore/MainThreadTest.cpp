@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -10,6 +12,7 @@
 
 #include "moxcore/config/Error.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
+#include "moxcore/threads/QueuedFunction.h"
 #include "tests/support/DrainMainThread.h"
 #include "tests/support/TraceLog.h"
 
@@ -119,6 +122,23 @@ TEST_F(MainThreadQueue, TracesWhatTheObserverCannotHear) {
         EXPECT_NE(texts.back().find(hasObserver ? "observer" : "reported"), std::string::npos);
         EXPECT_EQ(log.back(), "last");
     }
+}
+
+/// Closures that fit into the queue and those that do not, run and dropped.
+TEST_F(MainThreadQueue, DestroysAClosureOnce) {
+    auto const token = std::make_shared<int>(0);
+    auto const large = [token, room = std::array<char, 200>()] { *token += 1 + room[0]; };
+    for (int i = 0; i < 100; ++i) {  // the queue grows, and moves them
+        moxcore::threads::QueueOnMainThread([token] { ++*token; });
+        moxcore::threads::QueueOnMainThread(large);
+    }
+    EXPECT_EQ(token.use_count(), 202);
+    DrainMainThread();
+    EXPECT_EQ(*token, 200);
+    EXPECT_EQ(token.use_count(), 2);
+    moxcore::threads::QueuedFunction replaced(large);
+    replaced = moxcore::threads::QueuedFunction([token] {});
+    EXPECT_EQ(token.use_count(), 3);
 }
 
 TEST_F(MainThreadQueue, WakesTheLoopOncePerFilling) {
