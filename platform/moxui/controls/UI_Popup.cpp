@@ -11,7 +11,6 @@ namespace moxui::controls {
 namespace {
 
 using backend::DropDown;
-using backend::MenuModel;
 using Kind = backend::MenuModel::Kind;
 
 DropDown* WidgetOf(UI_Popup const& popup) {

@@ -15,7 +15,6 @@ namespace {
 using moxcore::geom::RectT;
 using testsupport::InkOf;
 using testsupport::ToolkitPicture;
-using testsupport::WidgetOf;
 using Image = boost::intrusive_ptr<UI_StaticImage>;
 
 TEST(StaticImage, IsDrawnWholeAndAtItsOwnSizeWhateverItsPlace) {

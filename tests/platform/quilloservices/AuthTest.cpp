@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <future>
@@ -30,15 +29,6 @@ using quilloauth::jwt::kNotSignedIn;
 using quilloauth::jwt::kSessionExists;
 using quilloauth::jwt::kSessionOver;
 using testing::HasSubstr;
-
-mode_t ModeOf(std::filesystem::path const& path) {
-    struct stat status {};
-    stat(path.c_str(), &status);
-    return status.st_mode & 0777;
-}
-
-constexpr char kService[] = "http://a.test";
-Tokens const kTokens{"access-of-a-test", "refresh-of-a-test", moxcore::threads::TimePoint(5000s)};
 
 class AuthTest : public testing::Test {
 protected:

@@ -3,7 +3,6 @@
 namespace quillomoxui::view {
 namespace {
 
-using moxcore::string::UTF8to16;
 using moxui::controls::UI_Popup;
 using moxui::controls::UI_ScrollView;
 using testing::ElementsAre;

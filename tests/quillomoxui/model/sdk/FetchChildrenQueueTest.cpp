@@ -21,9 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using Sdk = model::QuilloCppSdkIntegration;
-using moxcore::utility::Guid;
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 constexpr char kNoAssets[] = R"({"assets":[]})";
 constexpr char kNoWorkspaces[] = R"({"workspaces":[]})";

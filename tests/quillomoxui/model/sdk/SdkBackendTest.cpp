@@ -14,7 +14,6 @@ namespace quillomoxui {
 namespace {
 
 using Sdk = model::QuilloCppSdkIntegration;
-using moxcore::string::UTF16to8;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
