@@ -72,6 +72,14 @@ public:
         return indices;
     }
 
+    /// The bodies of those requests.
+    [[nodiscard]] std::vector<std::string> Bodies(std::string const& prefix) const {
+        std::vector<std::string> bodies;
+        for (auto const index : IndicesOf(prefix))
+            bodies.push_back(*transport.At(index).body);
+        return bodies;
+    }
+
     ScriptedTransport transport;
 
 private:

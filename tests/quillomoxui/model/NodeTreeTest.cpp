@@ -107,6 +107,30 @@ TEST(NodeTree, UpperSettersFetchEveryElementAtEveryCallFoldersNone) {
     EXPECT_EQ(folder->fetches, 0);
 }
 
+/// Notes its own name and how many siblings its parent lists when its children are asked for.
+struct Noting : QuilloProject {
+    Noting(std::shared_ptr<QuilloWorkspace> const& parent, std::vector<std::string>& log)
+        : QuilloProject(parent), workspace(parent), log(log) {}
+    void FetchChildren() override {
+        log.push_back(UTF16to8(GetName()) + std::to_string(workspace.lock()->GetProjects().size()));
+    }
+    std::weak_ptr<QuilloWorkspace> workspace;
+    std::vector<std::string>& log;
+};
+
+TEST(NodeTree, ChildrenAreAskedInTheOrderGivenOnceTheyAreListed) {
+    std::vector<std::string> log;
+    auto const workspace = Make<QuilloWorkspace>("w");
+    NodeVector<QuilloProject> projects;
+    for (auto const* const name : {"b", "a", "c"}) {
+        projects.push_back(std::make_shared<Noting>(workspace, log));
+        projects.back()->SetInitialName(UTF8to16(name));
+    }
+    workspace->SetProjects(projects);
+    EXPECT_THAT(log, ElementsAre("b3", "a3", "c3"));
+    DrainMainThread();
+}
+
 TEST(NodeTree, SettersHoldTheirRulesThroughTheHostsInterface) {
     auto const folder = Make<QuilloFolder>("f");
     FoldersNotifyingPropertyHost& host = *folder;

@@ -118,11 +118,12 @@ INSTANTIATE_TEST_SUITE_P(Backends, SignInTest, testing::Bool());
 
 TEST_P(SignInTest, TheUserWhoComesAfterTheSignOutStaysOut) {
     auto const late = Login();
+    viewModel->SetCurrentViewID(View::SelectFolder);
     viewModel->Logout();
     Answer(late, "Late");
     EXPECT_TRUE(viewModel->GetUser()->GetID().IsNull());
     EXPECT_FALSE(viewModel->GetIsLoggedIn());
-    EXPECT_EQ(viewModel->GetCurrentViewID(), View::SigninPrompt);
+    EXPECT_EQ(viewModel->GetCurrentViewID(), View::SelectFolder);
 
     auto const current = Login();
     EXPECT_EQ(UserName(), "");
@@ -293,6 +294,18 @@ TEST_F(WorkflowTest, ThePickerOfTheSharePopupStoresTheFolderAndReturns) {
     viewModel->SetCurrentViewID(View::SelectFolder);
     viewModel->LocationPickerCancelled();
     EXPECT_EQ(viewModel->GetCurrentViewID(), View::ReviewInQuillo);
+
+    // A folder chosen for another asset is no part of the share that waits for its link.
+    Ignore(kCreateLink);
+    viewModel->ProcessAssetForReview();
+    executor.RunUntil([&] { return !Requests(kCreateLink).empty(); });
+    host.ActivateAnother();
+    viewModel->LocationPickerSelectionCommitted();
+    transport.Answer(
+        IndicesOf(kCreateLink).back(), 201,
+        std::string(R"({"review_link":{"id":")") + kLink + R"(","url":")" + kUrl + R"("}})");
+    executor.RunDue();
+    EXPECT_EQ(host.exports.size(), 1u);
 }
 
 TEST_F(WorkflowTest, ThePickerAloneTellsItsCallerOnceAndStoresNothing) {
@@ -312,6 +325,9 @@ TEST_F(WorkflowTest, ThePickerAloneTellsItsCallerOnceAndStoresNothing) {
         std::vector<std::string> log;
         auto const picker = std::make_shared<ShareForReviewViewModel>();
         host.Connect(*picker);
+        std::vector<View> seen;
+        auto const binding = picker->CurrentViewIDNotifyingPropertyHost::BindValueChanged(
+            [&](View view) { seen.push_back(view); });
         picker->SelectLocationAPI(user, [&](Guid const& id, UTF16String const& path) {
             EXPECT_EQ(picker->GetCurrentViewID(), View::None);
             log.push_back(id.AsStdString() + " " + UTF16to8(path));
@@ -320,6 +336,10 @@ TEST_F(WorkflowTest, ThePickerAloneTellsItsCallerOnceAndStoresNothing) {
         user->SetSelection(one.selection);
         one.choose ? picker->LocationPickerSelectionCommitted() : picker->LocationPickerCancelled();
         EXPECT_THAT(log, ElementsAre(one.id + " " + one.path));
+        testsupport::DrainMainThread();
+        EXPECT_THAT(seen, ElementsAre(View::None, View::None));
+        picker->LocationPickerSelectionCommitted();  // still alone
+        EXPECT_EQ(log.size(), 2u);
     }
     EXPECT_THAT(host.data, IsEmpty());
 }

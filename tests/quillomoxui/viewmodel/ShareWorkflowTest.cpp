@@ -30,7 +30,9 @@ TEST_F(WorkflowTest, TheFirstShareMakesTheLinkAndTheSecondUsesIt) {
     EXPECT_EQ(host.data[assetdata::kReviewLinkURL], kUrl);
     auto const stack = host.data[assetdata::kVersionStackGuid];
     EXPECT_FALSE(Guid(stack).IsNull());
-    EXPECT_FALSE(Guid(host.data[assetdata::kUploadedAssetGuid]).IsNull());
+    auto const uploaded = host.data[assetdata::kUploadedAssetGuid];
+    EXPECT_FALSE(Guid(uploaded).IsNull());
+    EXPECT_THAT(Bodies(kAddToLink), ElementsAre(R"({"asset_ids":[")" + uploaded + "\"]}"));
 
     viewModel = std::make_shared<ShareForReviewViewModel>();  // after a restart of the editor
     host.Connect(*viewModel);
@@ -44,15 +46,42 @@ TEST_F(WorkflowTest, TheFirstShareMakesTheLinkAndTheSecondUsesIt) {
     EXPECT_EQ(viewModel->GetCurrentViewID(), View::CopyLinkSection);
     EXPECT_EQ(tus.uploads.size(), 2u);
     EXPECT_FALSE(IsExportKept());
+    EXPECT_FALSE(Guid(host.processingIDs.at(0)).IsNull());
+    EXPECT_NE(host.processingIDs.at(0), host.processingIDs.at(1));
+}
+
+TEST_F(WorkflowTest, TheProgressBeginsAnewWithTheExportAndWithTheUpload) {
+    std::vector<double> seen;
+    auto const binding = viewModel->EncodingProgressNotifyingPropertyHost::BindValueChanged(
+        [&](double progress) { seen.push_back(progress); });
+    user->SetSelection(folder);
+    viewModel->SetEncodingProgress(0.7);
+    viewModel->ProcessAssetForReview();
+    executor.RunDue();
+    viewModel->SetEncodingProgress(0.9);
+    std::ofstream(host.exports.at(0)) << "a movie";
+    viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
+    testsupport::DrainMainThread();
+    seen.resize(5);
+    EXPECT_THAT(seen, ElementsAre(0.0, 0.7, 0.0, 0.9, 0.0));
+    executor.AdvanceBy(std::chrono::hours(1));
+}
+
+TEST_F(WorkflowTest, OnlyALinkWithItsGuidAndItsAddressIsUsedAgain) {
+    std::pair<char const*, char const*> const stored[] = {
+        {kLink, ""}, {"", kUrl}, {"00000000-0000-0000-0000-000000000000", kUrl}};
+    for (auto const& [id, url] : stored) {
+        host.data = {{assetdata::kReviewLinkGuid, id}, {assetdata::kReviewLinkURL, url}};
+        auto const before = Requests(kCreateLink).size();
+        Share();
+        EXPECT_EQ(Requests(kCreateLink).size(), before + 1) << id << " " << url;
+    }
 }
 
 TEST_F(WorkflowTest, TheLinkIsNamedAfterTheOutputFile) {
     viewModel->SetActiveAssetName(UTF8to16("A/B: \"\xC3\xA9\""));
     Share();
-    std::vector<std::string> bodies;
-    for (std::size_t i = 0; i < transport.Count(); ++i)
-        if (transport.LineAt(i) == kCreateLink) bodies.push_back(*transport.At(i).body);
-    EXPECT_THAT(bodies, ElementsAre("{\"name\":\"A-B- -\xC3\xA9-.mp4\"}"));
+    EXPECT_THAT(Bodies(kCreateLink), ElementsAre("{\"name\":\"A-B- -\xC3\xA9-.mp4\"}"));
 }
 
 TEST_F(WorkflowTest, ANameThatIsTooLongForAFileIsCutAndItsMovieShared) {

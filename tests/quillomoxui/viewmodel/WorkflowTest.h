@@ -35,6 +35,7 @@ struct Host {
     Strings data;                           ///< of the active asset
     std::map<std::string, Strings> others;  ///< of the other assets, by their first Guid
     std::vector<std::string> exports;
+    std::vector<std::string> processingIDs;  ///< of the exports
     moxcore::utility::Guid asset{"bbbbbbbb-0000-0000-0000-000000000001"};
 
     /// Makes another asset the active one; returns the strings of the one before.
@@ -66,8 +67,9 @@ struct Host {
                 strings[moxcore::string::UTF16to8(key)] = moxcore::string::UTF16to8(value);
                 return true;
             });
-        viewModel.SetAssetProcessingMethod([this](UTF16String const& path, UTF16String const&) {
+        viewModel.SetAssetProcessingMethod([this](UTF16String const& path, UTF16String const& id) {
             exports.push_back(moxcore::string::UTF16to8(path));
+            processingIDs.push_back(moxcore::string::UTF16to8(id));
         });
     }
 };

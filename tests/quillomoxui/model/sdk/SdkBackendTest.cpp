@@ -160,13 +160,64 @@ TEST_F(BackendTest, OnlyTheNewestCallbackHearsOfTheSignOut) {
     });
     Sdk::SignIn([=](bool loggedIn) {
         if (loggedIn) return bothSignedIn->count_down();
-        log->push_back("the second");
+        log->push_back(Sdk::GetQuilloClient() ? "the second" : "too late for its client");
     });
     bothSignedIn->wait();
     EXPECT_TRUE(Sdk::GetQuilloClient());
     Sdk::SignOut();
     EXPECT_THAT(*log, ElementsAre("the second"));
     EXPECT_FALSE(Sdk::GetQuilloClient());
+}
+
+TEST_F(BackendTest, ASignOutThatTheServiceRefusesNeedsNoCallback) {
+    On("POST /oauth/revoke", "", 500);
+    Sdk::SignIn({});
+    executor.RunUntil([] { return Sdk::GetQuilloClient() != nullptr; });
+    Sdk::SignOut();
+    EXPECT_FALSE(Sdk::GetQuilloClient());
+}
+
+/// An observer of the state finds the children set.
+TEST_F(BackendTest, AnAnswerSetsTheChildrenBeforeTheState) {
+    ASSERT_TRUE(SignIn());
+    std::vector<std::string> log;
+    std::vector<std::shared_ptr<BindingHandle>> bindings;
+    auto const watch = [&]<class Node>(std::shared_ptr<Node> const& node, auto... lists) {
+        auto const note = [&](auto& property, std::string const& name) {
+            bindings.push_back(
+                property.BindValueChanged([&log, name](auto const&) { log.push_back(name); }));
+        };
+        (note(static_cast<typename decltype(lists.second)::type&>(*node), lists.first), ...);
+        note(static_cast<FetchChildrenStateNotifyingPropertyHost&>(*node), "state");
+        testsupport::DrainMainThread();
+        log.clear();
+        node->FetchChildren();
+        executor.RunDue();
+        testsupport::DrainMainThread();
+        return std::exchange(log, {});
+    };
+    auto const user = CurrentUser();
+    EXPECT_THAT(
+        watch(user, std::pair("accounts", std::type_identity<AccountsNotifyingPropertyHost>())),
+        ElementsAre("state", "accounts", "state"));
+    EXPECT_THAT(
+        watch(user->GetAccounts().at(0),
+              std::pair("workspaces", std::type_identity<WorkspacesNotifyingPropertyHost>())),
+        ElementsAre("state", "workspaces", "state"));
+    EXPECT_THAT(watch(user->GetAccounts().at(0)->GetWorkspaces().at(1),
+                      std::pair("projects", std::type_identity<ProjectsNotifyingPropertyHost>())),
+                ElementsAre("state", "projects", "state"));
+    On("GET /v1/folders/" + Id(6) + "/children",
+       R"({"assets":[)" + Record(10, "b.mov", R"(,"type":"file")") + "," +
+           Record(11, "Shots", R"(,"type":"folder")") + "," +
+           Record(13, "Cut", R"(,"type":"version_stack")") + "]}");
+    auto const folder = std::make_shared<Sdk::QuilloSdkFolder>(
+        quillosdk::Asset{quillocommon::Guid(Id(6)), "root", "folder"}, nullptr);
+    EXPECT_THAT(
+        watch(folder, std::pair("stacks", std::type_identity<VersionStacksNotifyingPropertyHost>()),
+              std::pair("files", std::type_identity<FilesNotifyingPropertyHost>()),
+              std::pair("folders", std::type_identity<FoldersNotifyingPropertyHost>())),
+        ElementsAre("state", "folders", "files", "stacks", "state"));
 }
 
 TEST_F(BackendTest, ASignInThatASignOutOvertakesComesToNothing) {
