@@ -12,6 +12,7 @@ namespace {
 /// ICU takes its default from the language of the texts; that of times may be another one.
 icu::Locale TimeLocale() {
     for (char const* const variable : {"LC_ALL", "LC_TIME", "LANG"})
+        // NOLINTNEXTLINE(concurrency-mt-unsafe)
         if (char const* const name = std::getenv(variable); name && *name != '\0')
             return icu::Locale::createCanonical(name);
     return icu::Locale::getRoot();

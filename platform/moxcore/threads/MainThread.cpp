@@ -66,6 +66,7 @@ FailureFunction FailureObserver(Queue& queue) {
 }
 
 /// Either function may replace itself, and so is called as a copy.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void TellOfFailure(FailureFunction const function, std::exception_ptr const& exception) {
     if (!function) return TraceFailure(exception);
     try {
