@@ -76,6 +76,9 @@ TEST_F(WorkflowTest, LoginSetsTheUserThatTheServiceNames) {
         return has.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
     });
     EXPECT_TRUE(viewModel->GetIsLoggedIn());
+    viewModel->SetIsLoggedIn(false);
+    model::QuilloCppSdkIntegration::SignOut();  // by other code, which the sign-in reports as false
+    EXPECT_FALSE(viewModel->GetIsLoggedIn());
     ShareForReviewViewModel onTheStack;
     EXPECT_THROW(onTheStack.Login(), std::bad_weak_ptr);
 }

@@ -62,6 +62,7 @@ TEST_F(WorkflowTest, TheProgressBeginsAnewWithTheExportAndWithTheUpload) {
     std::ofstream(host.exports.at(0)) << "a movie";
     viewModel->SetEncodingStatus({EncodingStatus::EncodingComplete});
     testsupport::DrainMainThread();
+    ASSERT_GE(seen.size(), 5u);
     seen.resize(5);
     EXPECT_THAT(seen, ElementsAre(0.0, 0.7, 0.0, 0.9, 0.0));
     executor.AdvanceBy(std::chrono::hours(1));

@@ -177,6 +177,22 @@ TEST_F(BackendTest, ASignOutThatTheServiceRefusesNeedsNoCallback) {
     EXPECT_FALSE(Sdk::GetQuilloClient());
 }
 
+TEST_F(BackendTest, ARejectedTokenIsRenewedAndTheRequestRepeatedWithTheNewOne) {
+    ASSERT_TRUE(SignIn());
+    std::shared_ptr<QuilloUser> user;
+    Ignore("GET /v1/me");
+    Sdk::GetCurrentUser([&](std::shared_ptr<QuilloUser> const& received) { user = received; });
+    executor.RunUntil([&] { return !Requests("GET /v1/me").empty(); });
+    On("GET /v1/me", R"({"user":)" + Record(1, "Jane") + "}");
+    On("POST /oauth/token",
+       R"({"access_token":"an0ther-of-the-test","token_type":"Bearer","expires_in":999999,)"
+       R"("refresh_token":"r3fresh-of-the-test"})");
+    transport.Answer(IndicesOf("GET /v1/me").back(), 401, "");
+    executor.RunUntil([&] { return user != nullptr; });
+    EXPECT_THAT(*transport.At(IndicesOf("GET /v1/me").back()).commonHeaders,
+                testing::Contains(testing::Pair("Authorization", "Bearer an0ther-of-the-test")));
+}
+
 /// An observer of the state finds the children set.
 TEST_F(BackendTest, AnAnswerSetsTheChildrenBeforeTheState) {
     ASSERT_TRUE(SignIn());
