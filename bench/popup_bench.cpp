@@ -89,7 +89,8 @@ struct Look {
         QPixmap pixels(18, 18);
         pixels.fill(Qt::transparent);
         QPainter painter(&pixels);
-        static_cast<moxui::backend::QtImage const&>(*picture).Paint(painter, {0, 0, 18, 18});
+        static_cast<moxui::backend::QtImage const&>(*picture).Paint(painter, {0, 0, 18, 18},
+                                                                    Qt::LeftToRight);
         more = QIcon(pixels);
     }
 };

@@ -52,8 +52,8 @@ protected:
     QRectF LabelRoom() const override {
         auto const content = Content();
         auto const image = PictureSize().width() + Gap();
-        return GetLabel().Direction() == Qt::LeftToRight ? content.adjusted(image, 0, 0, 0)
-                                                         : content.adjusted(0, 0, -image, 0);
+        return !isRightToLeft() ? content.adjusted(image, 0, 0, 0)
+                                : content.adjusted(0, 0, -image, 0);
     }
 
     void paintEvent(QPaintEvent*) override {
@@ -64,7 +64,7 @@ protected:
         if (picture) PaintPicture(painter);
         painter.setFont(font());
         painter.setPen(Color(isEnabled() ? Key::kButtonText : Key::kDisabledText));
-        GetLabel().Paint(painter, LabelRoom(), Qt::AlignLeft);
+        GetLabel().Paint(painter, LabelRoom(), Qt::AlignLeft, layoutDirection());
     }
 
 private:
@@ -143,11 +143,11 @@ private:
     }
 
     void PaintPicture(QPainter& painter) const {
-        auto const place =
-            QStyle::alignedRect(GetLabel().Direction(), Qt::AlignLeft | Qt::AlignVCenter,
-                                PictureSize(), Content().toRect());
+        auto const place = QStyle::alignedRect(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter,
+                                               PictureSize(), Content().toRect());
         if (!isEnabled()) painter.setOpacity(backend::kOpacityOfDisabledPicture);
-        static_cast<backend::QtImage const&>(*picture).Paint(painter, QRectF(place));
+        static_cast<backend::QtImage const&>(*picture).Paint(painter, QRectF(place),
+                                                             layoutDirection());
         painter.setOpacity(1);
     }
 

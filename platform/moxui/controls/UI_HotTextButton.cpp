@@ -37,11 +37,11 @@ protected:
         painter.setPen(Color(!isEnabled() ? Key::kDisabledText
                              : isDown()   ? Key::kText
                                           : Key::kLink));
-        GetLabel().Paint(painter, room, Qt::AlignLeft);
+        GetLabel().Paint(painter, room, Qt::AlignLeft, layoutDirection());
         if (!hasFocus()) return;
         int const ring = static_cast<int>(RingWidth());
         auto const text = QStyle::alignedRect(
-            GetLabel().Direction(), Qt::AlignLeft | Qt::AlignVCenter,
+            layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter,
             GetLabel().NaturalSize(font()).boundedTo(room.size().toSize()), room.toRect());
         backend::PaintFocusRing(painter, QRectF(text.adjusted(-ring, -ring, ring, ring) & rect()));
     }

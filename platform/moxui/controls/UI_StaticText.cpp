@@ -59,7 +59,7 @@ protected:
         painter.setFont(font());
         painter.setPen(
             backend::ToQColor(client.GetColor(isEnabled() ? Key::kText : Key::kDisabledText)));
-        fitted.Paint(painter, QRectF(rect()), alignment());
+        fitted.Paint(painter, QRectF(rect()), alignment(), layoutDirection());
         if (hasFocus()) backend::PaintFocusRing(painter, QRectF(rect()));
     }
 

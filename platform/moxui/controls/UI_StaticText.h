@@ -7,8 +7,9 @@
 
 namespace moxui::controls {
 
-/// On which side of its place a text stands. Leading is the side on which its own script begins:
-/// the left for Latin, the right for Hebrew. The numbers are the toolkit's.
+/// On which side of its place a text stands. Leading is the side on which the layout begins: the
+/// left, or the right in an application that goes from right to left. The numbers are the
+/// toolkit's.
 enum class TextAlignment {
     Leading = 0,
     Center = 1,

@@ -59,7 +59,7 @@ moxcore::geom::RectT<float> UI_Node::UI_LocalToGlobalF(
     moxcore::geom::RectT<float> const& rect) const {
     auto const* const widget = peer->GetWidget();
     if (!widget) return rect;
-    auto const corner = widget->mapToGlobal(QPointF(rect.x, rect.y) + peer->origin);
+    auto const corner = widget->mapToGlobal(peer->ToWidget(backend::ToQRectF(rect)).topLeft());
     return {static_cast<float>(corner.x()), static_cast<float>(corner.y()), rect.width,
             rect.height};
 }

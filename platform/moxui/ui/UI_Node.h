@@ -30,7 +30,8 @@ class UI_Container;
 /// dropped on any.
 ///
 /// A node's own coordinates have their origin in its top left corner; "the parent's coordinates"
-/// are the own ones of its parent. All are in units that do not depend on the screen's scale.
+/// are the own ones of its parent. All are in units that do not depend on the screen's scale, and
+/// count from the left: an application that goes from right to left shows the mirror image.
 class MOXUI_API UI_Node : public moxcore::utility::RefCountedObjectWithWeakPtr {
 public:
     /// Answers true when the event goes no further; sets its last argument when it handled it.

@@ -34,12 +34,8 @@ moxcore::geom::RectT<float> UI_SubView::UI_GetDrawnRect() const {
 }
 
 void UI_SubView::UI_DrawnRectChanged() {
-    auto& peer = GetPeer();
-    auto* const widget = peer.GetWidget();
-    if (!widget) return;
-    auto const place = backend::ToWholeUnits(UI_GetDrawnRect());
-    peer.origin = backend::ToWholeUnits(rect).topLeft() - place.topLeft();
-    widget->setGeometry(place);
+    GetPeer().Place(backend::ToWholeUnits(UI_GetDrawnRect()),
+                    backend::ToWholeUnits(rect).topLeft());
 }
 
 void UI_SubView::UI_SizeChanged(moxcore::geom::RectT<float> const&) {}

@@ -5,6 +5,7 @@
 #include <QAccessible>
 
 #include "moxcore/string/Conversions.h"
+#include "moxui/backend/detail/widgets/Peer.h"
 #include "support/Seen.h"
 #include "support/TestWindow.h"
 
@@ -22,8 +23,10 @@ QString AccessibleName(ui::UI_Node const& node) {
 }
 
 /// What of `text` is seen in a window in which it was given `rect`.
-QRect InkIn(UI_StaticText& text, moxcore::geom::RectT<float> const& rect) {
+QRect InkIn(UI_StaticText& text, moxcore::geom::RectT<float> const& rect,
+            Qt::LayoutDirection direction = Qt::LeftToRight) {
     testsupport::TestWindow window;
+    window.Container().GetPeer().GetWidget()->setLayoutDirection(direction);
     window.Add(&text, rect);
     return InkOf(testsupport::PictureOf(window.Widget()));
 }
@@ -82,27 +85,32 @@ TEST(StaticText, AFontNameIsAStyleOrAFaceOrElseTheThemesFace) {
     EXPECT_NE(width("DejaVu Sans Mono"), width("Regular"));
 }
 
-TEST(StaticText, StandsOnTheSideOfItsScriptOrWhereItIsTold) {
+TEST(StaticText, BeginsWhereTheLayoutDoesOrStandsWhereItIsTold) {
     struct Case {
         char const* text;
         TextAlignment alignment;
+        Qt::LayoutDirection direction;
         int left, right;  // the room beside the ink, of 200; -1 for any
     };
-    for (auto const& [words, alignment, left, right] : std::vector<Case>{
-             {"Latin", TextAlignment::Leading, 0, -1},
-             {"שלום", TextAlignment::Leading, -1, 0},
-             {"Latin", TextAlignment::Trailing, -1, 0},
-             {"שלום", TextAlignment::Trailing, 0, -1},
-             {"HH", TextAlignment::Center, 91, 91},
+    for (auto const& [words, alignment, direction, left, right] : std::vector<Case>{
+             {"Latin", TextAlignment::Leading, Qt::LeftToRight, 0, -1},
+             {"שלום", TextAlignment::Leading, Qt::LeftToRight, 0, -1},
+             {"Latin", TextAlignment::Leading, Qt::RightToLeft, -1, 0},
+             {"שלום", TextAlignment::Leading, Qt::RightToLeft, -1, 0},
+             {"Latin", TextAlignment::Trailing, Qt::LeftToRight, -1, 0},
+             {"שלום", TextAlignment::Trailing, Qt::RightToLeft, 0, -1},
+             {"HH", TextAlignment::Center, Qt::RightToLeft, 91, 91},
          }) {
         Text const text(new UI_StaticText(UTF8to16(words)));
         text->SetAlignment(alignment);
-        auto const ink = InkIn(*text, {50, 10, 200, 14});
+        auto const ink = InkIn(*text, {50, 10, 200, 14}, direction);
+        // The place itself is mirrored, in a window of 400.
+        int const place = direction == Qt::LeftToRight ? 50 : 150;
         if (left >= 0) {
-            EXPECT_NEAR(ink.left() - 50, left, 2) << words;
+            EXPECT_NEAR(ink.left() - place, left, 2) << words;
         }
         if (right >= 0) {
-            EXPECT_NEAR(249 - ink.right(), right, 2) << words;
+            EXPECT_NEAR(place + 199 - ink.right(), right, 2) << words;
         }
     }
 }

@@ -5,8 +5,11 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QPushButton>
+#include <QScrollBar>
+#include <QStyle>
 #include <QTest>
 #include <cstddef>
+#include <map>
 #include <mutex>
 #include <set>
 
@@ -86,6 +89,7 @@ protected:
         screenManager = CreateShareForReviewScreenManager(model, popupManager);
         RunEvents();
     }
+    ~EveryViewInThePopupTest() override { QGuiApplication::setLayoutDirection(Qt::LeftToRight); }
 
     QWidget& Show(ID id) {
         model->EnableCurrentViewIDMessages(true);
@@ -140,8 +144,13 @@ protected:
 };
 
 TEST_F(EveryViewInThePopupTest, HasNamedControlsThatTheKeyboardReachesInReadingOrderAndShows) {
-    for (auto const id : kEveryView) {
-        SCOPED_TRACE(int(id));
+    std::vector<std::pair<ID, Qt::LayoutDirection>> cases;
+    for (auto const direction : {Qt::LeftToRight, Qt::RightToLeft})
+        for (auto const id : kEveryView)
+            cases.emplace_back(id, direction);
+    for (auto const& [id, direction] : cases) {
+        SCOPED_TRACE(testing::Message() << int(id) << ' ' << direction);
+        QGuiApplication::setLayoutDirection(direction);
         auto& popup = Show(id);
         auto unreached = Controls(popup);
         EXPECT_FALSE(unreached.empty());
@@ -157,7 +166,8 @@ TEST_F(EveryViewInThePopupTest, HasNamedControlsThatTheKeyboardReachesInReadingO
         auto const stops = TabStops(popup);
         QRect before;
         for (auto* const stop : stops) {
-            QRect const place(stop->mapTo(&popup, QPoint()), stop->size());
+            auto const place = QStyle::visualRect(
+                direction, popup.rect(), QRect(stop->mapTo(&popup, QPoint()), stop->size()));
             EXPECT_GE(place.bottom(), before.top()) << "Tab goes back up";
             if (place.center().y() >= before.top() && place.center().y() <= before.bottom()) {
                 EXPECT_GE(place.left(), before.left()) << "Tab goes back along the row";
@@ -184,6 +194,33 @@ TEST_F(EveryViewInThePopupTest, HasNamedControlsThatTheKeyboardReachesInReadingO
         Press(popup, Qt::Key_Escape);
         EXPECT_EQ(Popup(), nullptr);
         EXPECT_EQ(model->GetCurrentViewID(), ID::None);
+    }
+}
+
+/// The places of what is to be seen in `popup`, by widget.
+std::map<QWidget*, QRect> PlacesIn(QWidget& popup) {
+    std::map<QWidget*, QRect> places;
+    for (auto* const widget : popup.findChildren<QWidget*>())
+        // Qt's scroll bars are thinner than their places.
+        if (widget->isVisible() && !qobject_cast<QScrollBar*>(widget))
+            places.emplace(widget, QRect(widget->mapTo(&popup, QPoint()), widget->size()));
+    return places;
+}
+
+TEST_F(EveryViewInThePopupTest, IsTheMirrorImageOfItselfFromRightToLeft) {
+    for (auto const id : kEveryView) {
+        SCOPED_TRACE(int(id));
+        auto& popup = Show(id);
+        auto const places = PlacesIn(popup);
+        EXPECT_GT(places.size(), 3U);
+        QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+        RunEvents();
+        for (auto const& [widget, place] : PlacesIn(popup))
+            EXPECT_EQ(place, QStyle::visualRect(Qt::RightToLeft, popup.rect(), places.at(widget)))
+                << widget->metaObject()->className() << ' ' << qPrintable(widget->objectName());
+        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+        RunEvents();
+        EXPECT_EQ(PlacesIn(popup), places);
     }
 }
 

@@ -137,24 +137,20 @@ void FittedText::Wrap() const {
     }
 }
 
-Qt::LayoutDirection FittedText::Direction() const {
-    return DirectionOf(whole);
-}
-
-void FittedText::Paint(QPainter& painter, QRectF const& place, Qt::Alignment alignment) const {
+void FittedText::Paint(QPainter& painter, QRectF const& place, Qt::Alignment alignment,
+                       Qt::LayoutDirection direction) const {
     LayOut();
     QFontMetricsF const metrics(painter.font());
     auto const lineHeight = multiLine ? metrics.lineSpacing() : place.height();
     auto baseline = place.y() + (lineHeight - std::ceil(metrics.height())) / 2 + metrics.ascent();
+    auto const side = QStyle::visualAlignment(direction, alignment);
     for (auto const& text : lines) {
-        auto const direction = DirectionOf(text);
-        auto const side = QStyle::visualAlignment(direction, alignment);
         qreal left = place.x();
         if (!(side & Qt::AlignLeft)) {
             auto const free = place.width() - metrics.horizontalAdvance(text);
             left += side & Qt::AlignHCenter ? free / 2 : free;
         }
-        painter.setLayoutDirection(direction);
+        painter.setLayoutDirection(DirectionOf(text));
         painter.drawText(QPointF(left, baseline), text);
         baseline += lineHeight;
     }

@@ -32,13 +32,12 @@ public:
     [[nodiscard]] QString GetFitted() const;
     /// Whether something is left out.
     [[nodiscard]] bool IsElided() const;
-    /// From which side its script is read.
-    [[nodiscard]] Qt::LayoutDirection Direction() const;
 
     /// Draws it with the painter's font and pen in `place`: in its middle from top to foot, or from
-    /// its top when it is of several lines; `alignment` across, where left is where the text's own
-    /// script begins.
-    void Paint(QPainter& painter, QRectF const& place, Qt::Alignment alignment) const;
+    /// its top when it is of several lines; `alignment` across, where left is where a layout of
+    /// `direction` begins. The letters run as their script has it.
+    void Paint(QPainter& painter, QRectF const& place, Qt::Alignment alignment,
+               Qt::LayoutDirection direction) const;
 
     /// Handles the event of a tooltip over `widget` when something was left out and the widget has
     /// no tooltip of its own: shows the whole text. False when it has not.

@@ -155,7 +155,9 @@ QPainterPath QtDrawbot::Placed(QPainterPath const& path) const {
     return mirrorWidth ? QTransform(-1, 0, 0, 1, *mirrorWidth, 0).map(path) : path;
 }
 
-QtDrawbot::QtDrawbot(QWidget& widget, QPoint const& origin) : widget(&widget), origin(origin) {}
+QtDrawbot::QtDrawbot(QWidget& widget, QPoint const& origin) : widget(&widget), origin(origin) {
+    if (widget.isRightToLeft()) Mirror(widget.width() - 2 * origin.x());
+}
 
 drawbot::SurfaceInterface* QtDrawbot::GetSurface() {
     if (!painter) {
@@ -208,7 +210,8 @@ void QtDrawbot::DrawImage(drawbot::ImageInterface const& image,
                           moxcore::geom::PointT<float> const& origin, float scale) {
     auto const size = image.GetSize();
     static_cast<QtImage const&>(image).Paint(
-        *painter, Placed(QRectF(origin.x, origin.y, size.x * scale, size.y * scale)));
+        *painter, Placed(QRectF(origin.x, origin.y, size.x * scale, size.y * scale)),
+        mirrorWidth ? Qt::RightToLeft : Qt::LeftToRight);
 }
 
 void QtDrawbot::DrawString(drawbot::ColorRGBA const& color, drawbot::FontInterface const& font,

@@ -18,8 +18,10 @@ namespace moxui::backend {
 /// A picture that can be painted with Qt: every ImageInterface of this tree is one.
 class QtImage : public drawbot::ImageInterface {
 public:
-    /// Paints it, sharp, into `place` of `painter`'s coordinates.
-    virtual void Paint(QPainter& painter, QRectF const& place) const = 0;
+    /// Paints it, sharp, into `place` of `painter`'s coordinates, as it looks in a layout of that
+    /// direction.
+    virtual void Paint(QPainter& painter, QRectF const& place,
+                       Qt::LayoutDirection direction) const = 0;
 };
 
 /// Draws on a painter, which the caller keeps alive, or on a widget that is being painted, for
@@ -27,11 +29,12 @@ public:
 class QtDrawbot : public drawbot::Drawbot, private drawbot::SurfaceInterface {
 public:
     explicit QtDrawbot(QPainter& painter);
-    /// `origin` is where the drawing's coordinates begin in the widget.
+    /// `origin` is where the drawing's coordinates begin in the widget. They are mirrored in one
+    /// whose layout goes from right to left.
     QtDrawbot(QWidget& widget, QPoint const& origin);
 
     /// What is drawn from now on goes where it would be seen in a mirror in the middle of `width`;
-    /// texts and pictures stay as they are.
+    /// texts stay as they are, and pictures but for those that point in the direction of reading.
     void Mirror(qreal width);
 
     drawbot::SupplierInterface const* GetSupplier() const override { return &QtSupplier(); }

@@ -1,5 +1,6 @@
 #include "moxui/backend/detail/focus/FocusOrder.h"
 
+#include <QStyle>
 #include <algorithm>
 
 #include "moxui/backend/detail/drawing/Conversions.h"
@@ -17,8 +18,9 @@ std::vector<QWidget*> FocusableBelow(QWidget const& ancestor) {
             widget->window() != ancestor.window())
             continue;
         widgets.push_back(widget);
+        QRect const place(widget->mapTo(&ancestor, QPoint()), widget->size());
         places.push_back(FromQRectF(
-            QRectF(QPointF(widget->mapTo(&ancestor, QPoint())), QSizeF(widget->size()))));
+            QRectF(QStyle::visualRect(ancestor.layoutDirection(), ancestor.rect(), place))));
     }
     std::vector<QWidget*> ordered;
     for (auto const place : ReadingOrder(places))

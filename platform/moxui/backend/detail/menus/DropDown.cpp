@@ -219,12 +219,12 @@ void DropDown::paintEvent(QPaintEvent*) {
     if (auto const picture = entries->Picture(ShownEntry())) {
         if (!enabled) painter.setOpacity(kOpacityOfDisabledPicture);
         auto const place = Visual(QRect(padding, 0, WholeSize(Size::MenuPicture), height()));
-        PaintPicture(painter, QRectF(place), *picture);
+        PaintPicture(painter, QRectF(place), *picture, layoutDirection());
         painter.setOpacity(1);
     }
     painter.setFont(font());
     painter.setPen(color(Key::kButtonText));
-    shown.Paint(painter, QRectF(TextRoom()), Qt::AlignLeft);
+    shown.Paint(painter, QRectF(TextRoom()), Qt::AlignLeft, layoutDirection());
     int const chevron = WholeSize(Size::Chevron);
     auto const arrow = Visual(QRect(width() - padding - chevron, 0, chevron, height()));
     PaintChevron(painter, QRectF(arrow).center(), ChevronDirection::Down, color(Key::kIcon));

@@ -144,7 +144,7 @@ void ListStyle::drawControl(ControlElement element, QStyleOption const* option, 
     bool const isEnabled = item->state & State_Enabled;
     bool const isHighlighted = isEnabled && (item->state & State_Selected);
     int const padding = WholeSize(Size::MenuPadding);
-    auto const side = item->text.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft;
+    auto const side = QStyle::visualAlignment(item->direction, Qt::AlignLeft);
     painter->save();
     if (isHighlighted) painter->fillRect(item->rect, Color(Key::kHighlight));
     painter->setFont(item->font);

@@ -70,7 +70,7 @@ void MenuDelegate::paint(QPainter* painter, QStyleOptionViewItem const& option,
                           side, option.rect.height());
         if (!canBeChosen) painter->setOpacity(kOpacityOfDisabledPicture);
         PaintPicture(*painter, QRectF(QStyle::visualRect(option.direction, option.rect, place)),
-                     *picture);
+                     *picture, option.direction);
         painter->setOpacity(1);
     }
     painter->setFont(Font(option, row));
@@ -78,7 +78,7 @@ void MenuDelegate::paint(QPainter* painter, QStyleOptionViewItem const& option,
                           : isHighlighted ? Key::kSelectedText
                                           : Key::kText));
     auto const [text, room] = Fitted(option, row);
-    text.Paint(*painter, room, Qt::AlignLeft);
+    text.Paint(*painter, room, Qt::AlignLeft, option.direction);
     painter->restore();
 }
 
@@ -91,13 +91,14 @@ bool MenuDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
     return true;
 }
 
-void PaintPicture(QPainter& painter, QRectF const& place, drawbot::ImageInterface const& picture) {
+void PaintPicture(QPainter& painter, QRectF const& place, drawbot::ImageInterface const& picture,
+                  Qt::LayoutDirection direction) {
     auto const size = picture.GetSize();
     if (size.x <= 0 || size.y <= 0) return;
     qreal const scale = std::min({1.0, place.width() / size.x, place.height() / size.y});
     QRectF fitted(0, 0, size.x * scale, size.y * scale);
     fitted.moveCenter(place.center());
-    static_cast<QtImage const&>(picture).Paint(painter, fitted);
+    static_cast<QtImage const&>(picture).Paint(painter, fitted, direction);
 }
 
 }  // namespace moxui::backend

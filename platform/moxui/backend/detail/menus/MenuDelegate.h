@@ -34,6 +34,7 @@ private:
 };
 
 /// Paints `picture` in the middle of `place`, smaller where it does not fit.
-void PaintPicture(QPainter& painter, QRectF const& place, drawbot::ImageInterface const& picture);
+void PaintPicture(QPainter& painter, QRectF const& place, drawbot::ImageInterface const& picture,
+                  Qt::LayoutDirection direction);
 
 }  // namespace moxui::backend

@@ -38,7 +38,7 @@ protected:
         auto const alive = node.Lock();
         if (!alive) return QObject::eventFilter(watched, event);
         auto& peer = alive->GetPeer();
-        if (auto const mouse = ToMouseEvent(*event, peer.origin)) return peer.Deliver(*mouse);
+        if (auto const mouse = ToMouseEvent(*event, peer)) return peer.Deliver(*mouse);
         if (IsPressingKey(*event)) return peer.DeliverKeyPress();
         return QObject::eventFilter(watched, event);
     }
@@ -49,11 +49,12 @@ private:
 
 }  // namespace
 
-std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event, QPoint origin) {
+std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event, Peer const& peer) {
     using ui::PointerAction;
     auto const mouse = [&](PointerAction action) {
         auto const& qt = static_cast<QMouseEvent const&>(event);
-        return ui::MouseEvent(action, Location(qt.position() - origin), ButtonNumber(qt.button()));
+        return ui::MouseEvent(action, Location(peer.ToNode(qt.position())),
+                              ButtonNumber(qt.button()));
     };
     switch (event.type()) {
         case QEvent::MouseButtonPress:
@@ -66,7 +67,7 @@ std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event, QPoint origin) {
         case QEvent::Enter:
             return ui::MouseEvent(
                 PointerAction::Enter,
-                Location(static_cast<QEnterEvent const&>(event).position() - origin), 0);
+                Location(peer.ToNode(static_cast<QEnterEvent const&>(event).position())), 0);
         case QEvent::Leave:
             return ui::MouseEvent(PointerAction::Leave, {}, 0);
         default:

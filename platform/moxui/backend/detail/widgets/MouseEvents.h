@@ -10,9 +10,9 @@ namespace moxui::backend {
 
 class Peer;
 
-/// Converts `event` for a node whose corner is at `origin` of the widget's coordinates; none when
-/// it is no pointer event.
-[[nodiscard]] std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event, QPoint origin);
+/// Converts `event` of the widget of `peer` into the coordinates of its node; none when it is no
+/// pointer event.
+[[nodiscard]] std::optional<ui::MouseEvent> ToMouseEvent(QEvent const& event, Peer const& peer);
 
 /// Whether `event` is Enter or Space going down, which press what has the focus.
 [[nodiscard]] bool IsPressingKey(QEvent const& event);

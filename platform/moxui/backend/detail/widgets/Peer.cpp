@@ -2,9 +2,11 @@
 #include "moxui/backend/detail/widgets/CallFromQt.h"
 
 #include <QCoreApplication>
+#include <QStyle>
 #include <algorithm>
 
 #include "moxui/backend/detail/widgets/MouseEvents.h"
+#include "moxui/ui/UI_Container.h"
 
 namespace moxui::backend {
 
@@ -28,7 +30,50 @@ void Peer::SetNode(ui::UI_Node* newNode) {
 
 void Peer::SetParent(Peer* parent) {
     goesWithParent = false;
-    if (widget) widget->setParent(parent ? parent->GetWidget() : nullptr);
+    if (!widget) return;
+    widget->setParent(parent ? parent->GetWidget() : nullptr);
+    if (!parent) return;
+    PlaceWidget();
+    if (widget->isRightToLeft()) PlaceChildren();  // which were placed as those of a window
+}
+
+void Peer::Place(QRect const& drawn, QPoint corner) {
+    if (!widget) return;
+    int const widthBefore = widget->width();
+    place = drawn;
+    origin = corner - drawn.topLeft();
+    PlaceWidget();
+    if (widget->isRightToLeft() && widget->width() != widthBefore) PlaceChildren();
+}
+
+void Peer::PlaceWidget() const {
+    if (!widget || !place) return;
+    auto const* const parent = widget->parentWidget();
+    // What lies in a window itself fills it, and comes to its size before the window does.
+    bool const isMirrored = parent && parent->isRightToLeft() && !parent->isWindow();
+    widget->setGeometry(isMirrored ? QStyle::visualRect(Qt::RightToLeft, parent->rect(), *place)
+                                   : *place);
+}
+
+void Peer::PlaceChildren() const {
+    auto const* const container = dynamic_cast<ui::UI_Container const*>(node);
+    if (!container) return;
+    for (auto child = container->ChildBegin(); child != container->ChildEnd(); ++child) {
+        auto const& peer = (*child)->GetPeer();
+        // Qt scrolls what is in a scroll area, and mirrors it.
+        if (peer.widget && peer.widget->parentWidget() == widget) peer.PlaceWidget();
+    }
+}
+
+QPointF Peer::ToNode(QPointF const& inWidget) const {
+    if (!widget || !widget->isRightToLeft()) return inWidget - origin;
+    return {widget->width() - origin.x() - inWidget.x(), inWidget.y() - origin.y()};
+}
+
+QRectF Peer::ToWidget(QRectF const& inNode) const {
+    auto rect = inNode.translated(origin);
+    if (widget && widget->isRightToLeft()) rect.moveLeft(widget->width() - rect.right());
+    return rect;
 }
 
 bool Peer::Deliver(ui::MouseEvent const& event) {
@@ -56,7 +101,7 @@ bool Peer::Deliver(ui::MouseEvent const& event) {
 bool Peer::DeliverKeyPress() {
     if (!node || !widget) return false;
     boost::intrusive_ptr<ui::UI_Node> const alive(node);
-    auto const centre = widget->rect().center() - origin;
+    auto const centre = ToNode(QPointF(widget->rect().center()));
     moxcore::geom::PointT<float> const location{static_cast<float>(centre.x()),
                                                 static_cast<float>(centre.y())};
     bool const taken = Deliver(ui::MouseEvent(ui::PointerAction::Press, location, 1));

@@ -67,14 +67,30 @@ public:
     void AddMouseEventFunction(std::shared_ptr<ui::UI_Node::MouseEventFunction> const& function,
                                int order);
 
+    /// Gives the widget its place. `drawn` is what it covers, which may reach past the node's
+    /// rectangle, and `corner` the corner of that rectangle. Both are in the parent's coordinates,
+    /// which count from the left; a parent whose layout goes from right to left is mirrored here
+    /// and nowhere else.
+    void Place(QRect const& drawn, QPoint corner);
+    /// Gives the children's widgets their places anew; called when the layout's direction changes.
+    void PlaceChildren() const;
+
+    /// A point of the widget's coordinates in the node's.
+    [[nodiscard]] QPointF ToNode(QPointF const& inWidget) const;
+    /// A rectangle of the node's coordinates in the widget's.
+    [[nodiscard]] QRectF ToWidget(QRectF const& inNode) const;
+    /// Where the node's coordinates begin in the widget's of a layout from left to right.
+    [[nodiscard]] QPoint Origin() const { return origin; }
+
     /// The theme that the node was last notified of.
     unsigned themeGeneration = 0;
-    /// The corner of the node's rectangle in the widget's coordinates: the widget covers what the
-    /// node draws, which may reach past its rectangle.
-    QPoint origin;
 
 private:
+    void PlaceWidget() const;
+
     QPointer<QWidget> widget;
+    std::optional<QRect> place;  // what Place was given
+    QPoint origin;
     NodeLink* link = nullptr;  // a part of widget
     ui::UI_Node* node = nullptr;
     Ownership ownership;

@@ -34,7 +34,7 @@ void ViewWidget::Press() {
 
 bool ViewWidget::event(QEvent* event) {
     if (!node) return QWidget::event(event);
-    if (auto const mouse = ToMouseEvent(*event, node->GetPeer().origin)) {
+    if (auto const mouse = ToMouseEvent(*event, node->GetPeer())) {
         bool const handled = node->GetPeer().Deliver(*mouse);
         // Entering and leaving are Qt's business, too; what is not handled is the parent's to see.
         if (event->type() != QEvent::Enter && event->type() != QEvent::Leave) {
@@ -48,10 +48,17 @@ bool ViewWidget::event(QEvent* event) {
     return QWidget::event(event);
 }
 
+void ViewWidget::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() != QEvent::LayoutDirectionChange || !node) return;
+    node->GetPeer().PlaceChildren();
+    update();
+}
+
 void ViewWidget::paintEvent(QPaintEvent*) {
     if (!node) return;
     {
-        QtDrawbot drawbot(*this, node->GetPeer().origin);
+        QtDrawbot drawbot(*this, node->GetPeer().Origin());
         CallFromQt([&] { node->UI_Draw(&drawbot); });
     }
     if (!hasFocus()) return;

@@ -147,8 +147,12 @@ void PopupWindow::Place() {
     auto const anchorRect = FromQRectF(QRectF(AnchorOnScreen()));
     auto const screens = AvailableScreens();
     if (screens.empty()) return;
+    auto wanted = asked;
+    // Places are asked for as seen from the left; beside what it hangs from, the popup is mirrored.
+    if (anchor && isRightToLeft())
+        wanted.x = 2 * anchorRect.x + anchorRect.width - asked.x - asked.width;
     setGeometry(ToWholeUnits(
-        PlacePopup(asked, anchorRect, ScreenOf(anchor ? anchorRect : asked, screens))));
+        PlacePopup(wanted, anchorRect, ScreenOf(anchor ? anchorRect : wanted, screens))));
 }
 
 void PopupWindow::Show() {
