@@ -386,6 +386,7 @@ TEST_F(UploadTest, IsCancelledWhenTheTransportEnds) {
     auto const future = client.GetTransferManager().Upload(request, uploadID);
     executor.RunDue();
     transport.Cancel(0);
+    executor.RunDue();
     EXPECT_THROW(static_cast<void>(future.Get()), moxcore::async::CancelledException);
     EXPECT_TRUE(failures.All().empty());
 }
