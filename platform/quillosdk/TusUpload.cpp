@@ -133,8 +133,9 @@ void TusUpload::OnRangeChanged() {
     }
     if (state.isJoined) AddRanges();
     isFinishing = state.PlannedEnd() == state.size &&
-                  std::all_of(state.ranges.begin(), state.ranges.end(),
-                              [](auto const& range) { return range.IsComplete(); });
+                  std::all_of(ranges.begin(), ranges.end(), [](auto const& range) {
+                      return range->GetPhase() == TusRange::Phase::Complete;
+                  });
     if (!isFinishing) return;
     if (state.isJoined)
         Join();

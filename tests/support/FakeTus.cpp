@@ -66,7 +66,8 @@ FakeTus::Event FakeTus::NextEvent(std::string const& method) {
 std::optional<HttpResponse> FakeTus::Answer(HttpRequest const& request) {
     if (onRequest) onRequest(request);
     if (HeaderOf(request, "Tus-Resumable") != "1.0.0") return HttpResponse{412};
-    auto const event = NextEvent(request.method);
+    bool const joins = HeaderOf(request, "Upload-Concat").starts_with("final;");
+    auto const event = NextEvent(joins ? "JOIN" : request.method);
     if (event.status != 0) return HttpResponse{event.status, event.headers};
     auto const weather = event.weather;
     if (weather == Weather::LoseRequest) LoseConnection();
@@ -74,8 +75,8 @@ std::optional<HttpResponse> FakeTus::Answer(HttpRequest const& request) {
     auto path = request.url.substr(std::string(ScriptedTransport::kAddress).size());
     if (request.method == "OPTIONS") return HttpResponse{204, {{"TUS-EXTENSION", extensions}}};
     if (request.method == "POST") {
-        auto answer = HeaderOf(request, "Upload-Concat").starts_with("final;") ? Join(request)
-                                                                               : Create(request);
+        if (weather == Weather::LoseUpload) uploads.erase(uploads.begin());
+        auto const answer = joins ? Join(request) : Create(request);
         if (weather == Weather::CorruptContent) uploads.rbegin()->second.bytes[0] ^= 1;
         if (weather == Weather::LoseAnswer) LoseConnection();
         return answer;

@@ -25,8 +25,8 @@ enum class Weather {
 /// A tus service in memory, with weather. By its test's thread.
 class FakeTus {
 public:
-    /// Something that happens to the next request of a method: weather, or, where there is a
-    /// status, an answer in its place.
+    /// Something that happens to the next request of a method, JOIN for one that joins parts:
+    /// weather, or, where there is a status, an answer in its place.
     struct Event {
         std::string method;
         Weather weather = Weather::Fair;
