@@ -23,6 +23,10 @@ constexpr int kMostCreations = 3;
 constexpr std::uint64_t kSentStep = std::uint64_t{512} << 10;
 constexpr std::uint64_t kSentSteps = 1000;
 
+/// A piece of which nothing has been sent for so long is waiting for a connection: one that is
+/// there takes the first bytes at once.
+constexpr std::uint32_t kConnectionPatienceMilliseconds = 20;
+
 constexpr std::uint64_t kMostPieceBytes = std::uint64_t{64} << 20;
 constexpr int kWorthGrowing = 32;
 
@@ -91,6 +95,7 @@ void TusRange::SendNext() {
     sendingFrom = range.confirmed;
     sendingTo = std::min(sendingFrom + pieceBytes, range.length);
     sent = 0;
+    waitsForConnection = false;
     ahead.OnComplete([self = Self()](PreparedFuture const& prepared) {
         self->Post([self, prepared] { self->SendPiece(prepared.Get()); });
     });
@@ -113,17 +118,33 @@ void TusRange::SendPiece(Prepared const& prepared) {
     auto const step = std::min(kSentStep, context.file->Size() / kSentSteps);
     patch.onBytesSent = [self = Self(), from = sendingFrom, size = piece.size,
                          step](std::uint64_t bytes) {
-        if (bytes < size && bytes < self->told + std::max<std::uint64_t>(step, 1)) return;
+        auto const before = self->told.load();
+        if (bytes < size && before > 0 && bytes < before + step) return;
         self->told = bytes;
         self->Post([self, from, bytes] { self->OnBytesSent(from, bytes); });
     };
     auto const answer = context.session->Send(std::move(patch));
     if (sendingTo < range.length) PrepareFrom(sendingTo);
     After(answer, &TusRange::OnPatched);
+    LookForConnectionLater();
+}
+
+void TusRange::LookForConnectionLater() {
+    context.steps->CallAsyncDelayed(
+        [self = Self(), from = sendingFrom] {
+            self->Post([self, from] {
+                if (self->phase != Phase::Sending || self->sendingFrom != from || self->sent > 0)
+                    return;
+                self->waitsForConnection = true;
+                self->owner->OnRangeChanged();
+            });
+        },
+        kConnectionPatienceMilliseconds);
 }
 
 void TusRange::OnBytesSent(std::uint64_t from, std::uint64_t bytes) {
     if (phase != Phase::Sending || from != sendingFrom || bytes <= sent) return;
+    waitsForConnection = false;
     auto const more = bytes - std::exchange(sent, bytes);
     sentAt = Now();
     owner->OnSent(more);

@@ -87,9 +87,10 @@ public:
     /// Bytes that the service has, or that are on their way to it.
     [[nodiscard]] std::uint64_t Moved() const { return range.confirmed + sent; }
 
-    /// Whether bytes of its piece are still to be sent.
+    /// Whether bytes of its piece are still to be sent, and go: not while it waits for a
+    /// connection.
     [[nodiscard]] bool IsSending() const {
-        return phase == Phase::Sending && sendingFrom + sent < sendingTo;
+        return phase == Phase::Sending && sendingFrom + sent < sendingTo && !waitsForConnection;
     }
 
     /// For requests about the whole upload, between its own.
@@ -115,6 +116,7 @@ private:
     void OnCreated(Answer const& answer);
     void PrepareFrom(std::uint64_t from);
     void SendPiece(Prepared const& prepared);
+    void LookForConnectionLater();
     void OnBytesSent(std::uint64_t from, std::uint64_t bytes);
     void OnPatched(Answer const& answer);
     void Confirm(std::uint64_t offset);
@@ -149,8 +151,9 @@ private:
     std::uint64_t sendingFrom = 0;  // the piece sent last
     std::uint64_t sendingTo = 0;    // likewise
     std::uint64_t sent = 0;         // of that piece, while it is on its way
-    std::uint64_t sentTo = 0;       // the end of all that was sent
-    std::uint64_t furthest = 0;     // the furthest offset confirmed
+    bool waitsForConnection = false;
+    std::uint64_t sentTo = 0;    // the end of all that was sent
+    std::uint64_t furthest = 0;  // the furthest offset confirmed
 
     std::atomic<std::uint64_t> told = 0;  // of the piece's bytes sent; on the transport's thread
     std::uint64_t pieceBytes = kPieceBytes;
