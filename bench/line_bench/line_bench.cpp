@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -25,11 +26,24 @@ constexpr std::uint64_t kMB = 1'000'000;
 
 struct Settings {
     bool quick = false;
+    bool heldDown = true;  // the row in which a single connection is
     std::size_t many = 0;  // small files, instead of the grid
     std::size_t rounds = 3;
-    std::uint64_t seconds = 8;  // that a line takes for the file of its row
+    std::uint64_t seconds = 8;                          // that a line takes for the file of its row
+    std::vector<std::uint64_t> rates{10, 25, 60, 120};  // in MB/s
+    std::vector<int> delays{0, 10, 50, 100, 150};       // of one way, in ms
     fs::path directory = fs::temp_directory_path();
 };
+
+/// Numbers separated by commas.
+template <class Number>
+std::vector<Number> List(std::string const& text) {
+    std::vector<Number> numbers;
+    std::istringstream words(text);
+    for (std::string word; std::getline(words, word, ',');)
+        numbers.push_back(static_cast<Number>(std::stoul(word)));
+    return numbers;
+}
 
 Settings Parse(std::vector<std::string> const& words) {
     Settings settings;
@@ -38,6 +52,12 @@ Settings Parse(std::vector<std::string> const& words) {
             settings.quick = true;
             settings.rounds = 1;
             settings.seconds = 1;
+            settings.rates = {25, 60};
+            settings.delays = {0, 50};
+            continue;
+        }
+        if (words[i] == "--no-held-down") {
+            settings.heldDown = false;
             continue;
         }
         if (i + 1 == words.size()) throw std::runtime_error("see bench/line_bench/README.md");
@@ -46,6 +66,10 @@ Settings Parse(std::vector<std::string> const& words) {
             settings.rounds = std::max(1ul, std::stoul(value));
         else if (words[i] == "--seconds")
             settings.seconds = std::max(1ul, std::stoul(value));
+        else if (words[i] == "--rates")
+            settings.rates = List<std::uint64_t>(value);
+        else if (words[i] == "--delays")
+            settings.delays = List<int>(value);
         else if (words[i] == "--many")
             settings.many = std::stoul(value);
         else if (words[i] == "--directory")
@@ -64,29 +88,29 @@ public:
 
     void Run() {
         if (settings.many > 0) return RunMany();
-        std::vector<std::uint64_t> const rates = settings.quick
-                                                     ? std::vector<std::uint64_t>{25, 60}
-                                                     : std::vector<std::uint64_t>{10, 25, 60, 120};
-        std::vector<int> const delays =
-            settings.quick ? std::vector<int>{0, 50} : std::vector<int>{0, 10, 50, 100, 150};
+        auto const& delays = settings.delays;
         std::printf("| line, MB/s |");
         for (int delay : delays)
             std::printf(" %d ms |", delay);
         std::printf("\n|---|");
         for (std::size_t i = 0; i < delays.size(); ++i)
             std::printf("---|");
-        for (std::uint64_t rate : rates) {
+        for (std::uint64_t rate : settings.rates) {
             PrintRow(std::to_string(rate), rate, delays, {.bytesPerSecond = rate * kMB});
         }
-        // About one connection in a hundred stands still at any time: 2 s in 200, at 5 MB/s.
-        PrintRow("60, a connection 5 and stalls", 60, delays,
-                 {.bytesPerSecond = 60 * kMB,
-                  .connectionBytesPerSecond = 5 * kMB,
-                  .stallsPerMib = 0.002});
+        if (settings.heldDown) PrintHeldDown();
         std::printf("\n");
     }
 
 private:
+    void PrintHeldDown() {
+        // About one connection in a hundred stands still at any time: 2 s in 200, at 5 MB/s.
+        PrintRow("60, a connection 5 and stalls", 60, settings.delays,
+                 {.bytesPerSecond = 60 * kMB,
+                  .connectionBytesPerSecond = 5 * kMB,
+                  .stallsPerMib = 0.002});
+    }
+
     /// Many files of 1 MiB one after another, where the requests' round trips are what matters.
     void RunMany() {
         auto const movie = scratch.path / "movie.mp4";

@@ -30,7 +30,7 @@ constexpr quillosdk::RetryLimits kNeverGiveUp{std::numeric_limits<int>::max(),
 
 }  // namespace
 
-EventStream::EventStream(std::shared_ptr<SerialExecutor> executor,
+EventStream::EventStream(std::shared_ptr<quillocommon::SerialExecutor> executor,
                          std::shared_ptr<quillosdk::Session> session, Handlers handlers)
     : executor(std::move(executor)),
       session(std::move(session)),

@@ -7,7 +7,7 @@
 
 #include "moxcore/threads/Clock.h"
 #include "quilloclient/EventParser.h"
-#include "quilloclient/SerialExecutor.h"
+#include "quillocommon/SerialExecutor.h"
 #include "quillosdk/Answer.h"
 #include "quillosdk/RetryPolicy.h"
 #include "quillosdk/Session.h"
@@ -30,7 +30,7 @@ public:
         std::function<void(bool)> onLive;
     };
 
-    EventStream(std::shared_ptr<SerialExecutor> executor,
+    EventStream(std::shared_ptr<quillocommon::SerialExecutor> executor,
                 std::shared_ptr<quillosdk::Session> session, Handlers handlers);
     ~EventStream();
     EventStream(EventStream const&) = delete;
@@ -46,7 +46,7 @@ private:
     void End(quillosdk::Answer const& answer);
     [[nodiscard]] std::chrono::milliseconds NextDelay(quillosdk::Answer const& answer);
 
-    std::shared_ptr<SerialExecutor> const executor;
+    std::shared_ptr<quillocommon::SerialExecutor> const executor;
     std::shared_ptr<quillosdk::Session> const session;
     Handlers const handlers;
 

@@ -30,7 +30,7 @@ bool IsGone(int status) {
 
 }  // namespace
 
-ListCache::ListCache(std::shared_ptr<SerialExecutor> executor, Handlers handlers)
+ListCache::ListCache(std::shared_ptr<quillocommon::SerialExecutor> executor, Handlers handlers)
     : executor(std::move(executor)), handlers(std::move(handlers)) {}
 
 void ListCache::Ask(Key const& key, std::function<void(CachedList&)> const& await) {

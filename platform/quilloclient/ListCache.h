@@ -14,7 +14,7 @@
 #include "moxcore/async/Future.h"
 #include "moxcore/utility/Guid.h"
 #include "quilloclient/CachedList.h"
-#include "quilloclient/SerialExecutor.h"
+#include "quillocommon/SerialExecutor.h"
 #include "quillosdk/Answer.h"
 #include "quillosdk/RetryPolicy.h"
 
@@ -38,7 +38,7 @@ public:
         std::function<void(Key const&)> onChanged;
     };
 
-    ListCache(std::shared_ptr<SerialExecutor> executor, Handlers handlers);
+    ListCache(std::shared_ptr<quillocommon::SerialExecutor> executor, Handlers handlers);
 
     /// Completes `promise` with the list once it is what the service has.
     template <class List>
@@ -84,7 +84,7 @@ private:
     void Pause(std::chrono::milliseconds time);
     void Later(std::chrono::milliseconds delay, std::function<void(ListCache&)> const& work);
 
-    std::shared_ptr<SerialExecutor> const executor;
+    std::shared_ptr<quillocommon::SerialExecutor> const executor;
     Handlers const handlers;
 
     // The executor's:

@@ -13,7 +13,7 @@
 #include "quilloclient/EventStream.h"
 #include "quilloclient/ListCache.h"
 #include "quilloclient/QuilloDatastore.h"
-#include "quilloclient/SerialExecutor.h"
+#include "quillocommon/SerialExecutor.h"
 #include "quillosdk/Session.h"
 
 namespace quillo {
@@ -73,7 +73,8 @@ private:
     void SchedulePoll();
     void Announce(Key const& key) const;
 
-    std::shared_ptr<SerialExecutor> const executor = std::make_shared<SerialExecutor>();
+    std::shared_ptr<quillocommon::SerialExecutor> const executor =
+        std::make_shared<quillocommon::SerialExecutor>();
     ImmutableString const station;
     std::shared_ptr<quilloauth::jwt::SessionListener const> sessionListener;  // set by Create
 

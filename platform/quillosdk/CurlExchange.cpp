@@ -88,11 +88,17 @@ void CurlExchange::SetUpRequest() {
     CURL* const handle = easy.get();
     if (request.method == "HEAD") {
         curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
-    } else if (request.method != "GET" || request.body) {
-        // curl reads the body where it is; it copies nothing.
+    } else if (request.method != "GET" || BodySize(request) > 0) {
         curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE,
-                         static_cast<curl_off_t>(request.body ? request.body->size() : 0));
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body ? request.body->data() : "");
+                         static_cast<curl_off_t>(BodySize(request)));
+        if (request.bodySource) {
+            curl_easy_setopt(handle, CURLOPT_POST, 1L);
+            curl_easy_setopt(handle, CURLOPT_READFUNCTION, &CurlExchange::OnRead);
+            curl_easy_setopt(handle, CURLOPT_READDATA, this);
+        } else {
+            // curl reads the body where it is; it copies nothing.
+            curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body ? request.body->data() : "");
+        }
         curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method.c_str());
         AddHeader("Expect:");  // no wait for a "100 Continue" before the body
         if (std::none_of(request.headers.begin(), request.headers.end(),
@@ -170,7 +176,7 @@ void CurlExchange::Resume() {
 /// an answer. What may change something, or has a body that has been sent, is its sender's to
 /// repeat.
 bool CurlExchange::MayBeRepeated() const {
-    return (request.method == "GET" || request.method == "HEAD") && !request.body;
+    return (request.method == "GET" || request.method == "HEAD") && BodySize(request) == 0;
 }
 
 int CurlExchange::OnBegin(void* self, char*, char*, int, int localPort) {
@@ -178,8 +184,7 @@ int CurlExchange::OnBegin(void* self, char*, char*, int, int localPort) {
     if (std::exchange(exchange.hasBegun, true) && !exchange.MayBeRepeated())
         return CURL_PREREQFUNC_ABORT;
     exchange.socket = exchange.shared.sockets.At(localPort);
-    auto const& body = exchange.request.body;
-    exchange.pace.Begin(exchange.shared.clock(), body ? body->size() : 0);
+    exchange.pace.Begin(exchange.shared.clock(), BodySize(exchange.request));
     if (exchange.onBegin) exchange.onBegin();
     return CURL_PREREQFUNC_OK;
 }
@@ -204,6 +209,20 @@ bool CurlExchange::HasSucceeded() const {
     long status = 0;
     curl_easy_getinfo(Handle(), CURLINFO_RESPONSE_CODE, &status);
     return status >= 200 && status <= 299;
+}
+
+std::size_t CurlExchange::OnRead(char* buffer, std::size_t size, std::size_t count, void* self) {
+    auto& exchange = *static_cast<CurlExchange*>(self);
+    auto const& source = *exchange.request.bodySource;
+    auto const wanted = std::min<std::uint64_t>(size * count, source.Size() - exchange.bytesRead);
+    try {
+        source.Read(exchange.bytesRead, {buffer, static_cast<std::size_t>(wanted)});
+    } catch (...) {  // must not pass through curl
+        exchange.thrown = std::current_exception();
+        return CURL_READFUNC_ABORT;
+    }
+    exchange.bytesRead += wanted;
+    return static_cast<std::size_t>(wanted);
 }
 
 int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {

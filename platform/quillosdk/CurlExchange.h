@@ -78,6 +78,7 @@ private:
     static int OnBegin(void* self, char*, char*, int, int localPort);
     static std::size_t OnHeader(char* data, std::size_t size, std::size_t count, void* self);
     static std::size_t OnBody(char* data, std::size_t size, std::size_t count, void* self);
+    static std::size_t OnRead(char* buffer, std::size_t size, std::size_t count, void* self);
     static int OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent);
 
     std::unique_ptr<CURL, CurlDeleter> easy;
@@ -88,12 +89,13 @@ private:
     std::function<void()> onBegin;
     bool hasBegun = false;
     curl_socket_t socket = CURL_SOCKET_BAD;  // once it has begun
+    std::uint64_t bytesRead = 0;             // of a body that is read while it is sent
     std::uint64_t bytesSent = 0;
     std::size_t headerBytes = 0;
     bool isFinal = false;  // the headers that come are of no interim answer
     AnswerHead head;
     bool tooLarge = false;
-    std::exception_ptr thrown;  // by onBytesSent
+    std::exception_ptr thrown;  // by onBytesSent, or by the body's source
     char errorText[CURL_ERROR_SIZE] = {};
     std::shared_ptr<HttpResponse> response = std::make_shared<HttpResponse>();
     moxcore::async::Promise<std::shared_ptr<HttpResponse>> promise;

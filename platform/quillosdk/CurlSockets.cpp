@@ -2,6 +2,7 @@
 
 #include <linux/sockios.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -10,6 +11,10 @@
 
 namespace quillosdk {
 namespace {
+
+/// What the system takes of a body beyond what it has sent. Without a limit it is megabytes, and
+/// nobody could tell a line that is full from one that stands idle.
+constexpr int kMostUnsentBytes = 512 * 1024;
 
 /// 0 when there is none.
 int LocalPort(curl_socket_t socket) {
@@ -48,6 +53,8 @@ std::uint64_t CurlSockets::Unacknowledged(curl_socket_t socket) {
 curl_socket_t CurlSockets::OnOpen(void* self, curlsocktype, curl_sockaddr* address) {
     int const made = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
     if (made < 0) return CURL_SOCKET_BAD;
+    // In vain for what is no TCP socket.
+    setsockopt(made, IPPROTO_TCP, TCP_NOTSENT_LOWAT, &kMostUnsentBytes, sizeof kMostUnsentBytes);
     try {
         static_cast<CurlSockets*>(self)->open.insert(made);
     } catch (...) {  // must not pass through curl

@@ -171,4 +171,17 @@ void Session::StopWaiting(std::shared_ptr<TokenPromise> const& waiter) {
     waiter->Cancel();
 }
 
+std::optional<bool> Session::OffersJoining() {
+    auto const address = quillocommon::GetServiceAddress();
+    std::lock_guard lock(mutex);
+    return address == offersAddress ? std::optional(offersJoining) : std::nullopt;
+}
+
+void Session::NoteOffersJoining(bool offers) {
+    auto const address = quillocommon::GetServiceAddress();
+    std::lock_guard lock(mutex);
+    offersAddress = address;
+    offersJoining = offers;
+}
+
 }  // namespace quillosdk

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,10 @@ public:
         HttpRequest const& request,
         std::shared_ptr<RetryPolicy> policy = std::make_shared<RetryPolicy>());
 
+    /// Whether the service in force joins partial uploads; nothing while nobody has asked it.
+    [[nodiscard]] std::optional<bool> OffersJoining();
+    void NoteOffersJoining(bool offers);
+
 private:
     /// Kept by a request that waits for another token.
     using TokenPromise = moxcore::async::Promise<std::string>;
@@ -72,6 +77,8 @@ private:
     std::mutex mutex;
     std::shared_ptr<Identity const> identity;  // guarded by mutex
     std::vector<Waiter> waiters;               // guarded by mutex; in the order of their coming
+    std::string offersAddress;                 // guarded by mutex; whose offer is known
+    bool offersJoining = false;                // guarded by mutex
 };
 
 }  // namespace quillosdk

@@ -65,18 +65,22 @@ enum UploadResult : std::int32_t {
         static_cast<std::int32_t>(0xBB570004)  ///< the service knows nothing of it any more
 };
 
-/// Uploads files by the tus protocol, version 1.0.0 (core, creation, checksum). Any thread.
+/// Uploads files by the tus protocol, version 1.0.0 (core, creation, checksum; concatenation and
+/// termination where the service offers them). Any thread.
 class QUILLOSERVICES_API TransferManager {
 public:
     explicit TransferManager(std::shared_ptr<Session> session);
 
-    /// Sends the file, a piece of bounded size in memory at a time, and completes once the service
-    /// has published it and tells the same SHA-256 for what it stored as was read here. A cut
-    /// connection, a lost answer, a piece refused for its checksum and a service that is down for a
-    /// while are repeated (see RetryPolicy) from the offset that the service confirms; repeating
-    /// never makes a second version. Fails when the file cannot be read, is empty, or changes while
-    /// it is read, with a message that says so; a refusal by the service is an unsuccessful
-    /// response. `uploadID` receives the key under which the service knows this upload.
+    /// Sends the file in pieces of 8 MiB, none of which is kept in memory, and completes once the
+    /// service has published it and tells the same SHA-256 for what it stored as was read here. Up
+    /// to eight pieces are under way at the same time, where that brings more and the file is
+    /// larger than three. A service that does not join partial uploads gets one after the other. A
+    /// cut connection, a lost answer, a piece refused for its checksum and a service that is down
+    /// for a while are repeated (see RetryPolicy) from the offset that the service confirms;
+    /// repeating never makes a second version. Fails when the file cannot be read, is empty, or
+    /// changes while it is read, with a message that says so; a refusal by the service is an
+    /// unsuccessful response. `uploadID` receives the key under which the service knows this
+    /// upload.
     moxcore::async::Future<std::shared_ptr<UploadResponse>> Upload(UploadRequest const& request,
                                                                    quillocommon::Guid& uploadID);
 

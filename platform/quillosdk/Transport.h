@@ -11,6 +11,7 @@
 
 #include "moxcore/async/Future.h"
 #include "quillosdk/BodyPipe.h"
+#include "quillosdk/BodySource.h"
 #include "quillosdk/QuilloResponse.h"
 
 namespace quillosdk {
@@ -25,6 +26,7 @@ struct HttpRequest {
     HeaderFields headers;
     std::shared_ptr<HeaderFields const> commonHeaders;   ///< sent before those; null: none
     std::shared_ptr<std::string const> body;             ///< null: none
+    std::shared_ptr<BodySource const> bodySource;        ///< the body, instead; null: none
     std::function<void(std::uint64_t)> onBytesSent;      ///< body bytes sent so far; may be empty.
                                                          ///< What it throws fails the request.
     std::size_t maxAnswerBytes = std::size_t{64} << 20;  ///< a longer body fails the request
@@ -36,6 +38,12 @@ struct HttpRequest {
     /// kept then. May be null.
     std::shared_ptr<BodyPipe> answerPipe;
 };
+
+/// How many bytes the body of a request has.
+[[nodiscard]] inline std::uint64_t BodySize(HttpRequest const& request) {
+    if (request.bodySource) return request.bodySource->Size();
+    return request.body ? request.body->size() : 0;
+}
 
 struct HttpResponse {
     int status = 0;

@@ -1,309 +1,361 @@
 #include "quillosdk/TusUpload.h"
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 #include "moxcore/config/Error.h"
 #include "moxcore/threads/AsyncExecutor.h"
-#include "quillocommon/Saturating.h"
-#include "quillocommon/ServiceAddress.h"
-#include "quillocommon/Url.h"
+#include "quillocommon/SerialExecutor.h"
 #include "quillosdk/AnswerReader.h"
 #include "quillosdk/RetryLoop.h"
+#include "quillosdk/Session.h"
+#include "quillosdk/TusWire.h"
 
 namespace quillosdk {
 namespace {
 
 using moxcore::config::ResultException;
 
-constexpr char kUploadsPath[] = "/v1/uploads";
-
-/// A movie has taken its time to export, and its upload may have lasted long: more patience than
-/// for a list.
-constexpr RetryLimits kLimits{.attempts = 20, .patience = std::chrono::seconds(300)};
-
-/// How often an upload that the service has lost, or has stored wrongly, begins anew.
-constexpr int kMostCreations = 3;
-constexpr int kMostContentRefusals = 2;
-
 constexpr std::uint64_t kProgressSteps = 1000;
 
-constexpr int kNotFound = 404;
-constexpr int kConflict = 409;
-constexpr int kGone = 410;
-constexpr int kChecksumMismatch = 460;
+/// A file of up to so many bytes goes in one stream: it has no pieces to send beside each other.
+constexpr std::uint64_t kSmallFile = 3 * kPieceBytes;
 
-bool IsSuccess(int status) {
-    return status >= 200 && status <= 299;
+/// Streams at a time. A file is cut for all of them at first, so that a further one can begin at
+/// once: on a long line it would come late if it had to be created first.
+constexpr int kMostStreams = 8;
+constexpr std::size_t kFewestSpareRanges = 2;
+
+constexpr int kMostBeginnings = 3;
+
+std::string NewKey() {
+    return quillocommon::Guid::CreateUnique().AsString();
 }
 
-std::string FileName(std::string const& path) {
-    return path.substr(path.rfind('/') + 1);
-}
-
-std::string Metadata(UploadRequest const& request) {
-    std::string text = "filename " + Base64(FileName(request.Path())) + ",folder_id " +
-                       Base64(request.FolderID().AsString());
-    if (!request.AutoversionID().IsNull())
-        text += ",version_stack_id " + Base64(request.AutoversionID().AsString());
-    return text;
-}
-
-/// A header that holds a number of bytes.
-std::optional<std::uint64_t> BytesIn(HttpResponse const& response, char const* header) {
-    auto const found = response.headers.find(header);
-    if (found == response.headers.end()) return std::nullopt;
-    return quillocommon::ReadCount(found->second);
-}
-
-[[noreturn]] void FailWithoutOffset() {
-    throw ResultException(kMalformedAnswer, "the service does not tell how far the upload is");
-}
-
-/// The path to which a creation's Location leads. Never one at another origin: the token goes
-/// there.
-std::string PathIn(HttpResponse const& response) {
-    auto const address = quillocommon::GetServiceAddress();
-    auto const found = response.headers.find("LOCATION");
-    if (found == response.headers.end())
-        throw ResultException(kMalformedAnswer, "the service did not say where the upload goes");
-    auto const url = quillocommon::ParseUrl(found->second, address + kUploadsPath);
-    if (!url || url->origin != address || url->hasUser)
-        throw ResultException(kMalformedAnswer, "the service sent the upload somewhere else");
-    return url->target;
+bool MayGoOnLater(std::exception_ptr const& exception) {
+    return RetryPolicy::IsTransientResult(moxcore::config::ExtractResultFromException(exception));
 }
 
 }  // namespace
 
 TusUpload::TusUpload(std::shared_ptr<Session> session, UploadRequest newRequest, std::string key)
-    : session(std::move(session)),
-      request(std::move(newRequest)),
-      description("upload " + Sanitise(FileName(request.Path()))),
-      policy(std::make_shared<RetryPolicy>(kLimits)),
-      key(std::move(key)) {
-    policy->SetWaitListener(request.GetWaitListener());
+    : context{std::move(session),
+              std::make_shared<UploadRequest const>(std::move(newRequest)),
+              std::make_shared<quillocommon::SerialExecutor>(),
+              std::make_shared<quillocommon::SerialExecutor>(),
+              nullptr,
+              nullptr},
+      path(context.request->Path()),
+      description("upload " + Sanitise(path.substr(path.rfind('/') + 1))),
+      streams(kMostStreams) {
+    state.key = std::move(key);
 }
 
+TusUpload::~TusUpload() = default;
+
 moxcore::async::Future<std::shared_ptr<UploadResponse>> TusUpload::Start() {
-    moxcore::threads::GetIOBoundExecutor()->CallAsync(
-        [self = shared_from_this()] { self->Guard([&] { self->Open(); }); });
+    Post([this] { Open(); });
     return promise.GetFuture();
 }
 
 void TusUpload::Open() {
-    file = std::make_shared<FileSnapshot const>(request.Path());
-    Create();
+    context.file = std::make_shared<FileSnapshot const>(path);
+    context.reader = std::make_shared<PieceReader>(context.file);
+    state.size = context.file->Size();
+    auto const offered = context.session->OffersJoining();
+    mayJoin = offered.value_or(false);
+    if (state.size <= kSmallFile || !offered.value_or(true)) return BeginWhole();
+    BeginInRanges();
+    if (!offered) AskWhatIsOffered();
 }
 
-void TusUpload::Create() {
-    ++creations;
-    reader = std::make_shared<ChunkReader>(file);
-    ahead = {};
-    sentTo = 0;
-    furthest = 0;
-    reported = 0;
-
-    auto post = RequestTo("POST", kUploadsPath);
-    post.headers.emplace_back("Upload-Length", std::to_string(file->Size()));
-    post.headers.emplace_back("Upload-Metadata", Metadata(request));
-    post.headers.emplace_back("Idempotency-Key", key);
-    After(session->SendWithRetries(post, policy), &TusUpload::OnCreated);
+void TusUpload::BeginWhole() {
+    state.isJoined = false;
+    mayJoin = true;
+    state.ranges = {{.offset = 0, .length = state.size, .key = state.key}};
+    ranges.push_back(std::make_unique<TusRange>(shared_from_this(), context, state.ranges.front()));
+    if (state.size > kSmallFile) ranges.front()->LetPiecesGrow();
+    ranges.front()->Create();
 }
 
-void TusUpload::OnCreated(Answer const& answer) {
+void TusUpload::BeginInRanges() {
+    ++beginnings;
+    state.isJoined = true;
+    for (int i = 0; i < kMostStreams && state.PlannedEnd() < state.size; ++i)
+        AddRange(kMostStreams);
+}
+
+void TusUpload::AddRange(int forStreams) {
+    auto const offset = state.PlannedEnd();
+    state.ranges.push_back({.offset = offset,
+                            .length = NextRangeLength(state.size, offset, forStreams),
+                            .key = NewKey()});
+    ranges.push_back(std::make_unique<TusRange>(shared_from_this(), context, state.ranges.back()));
+    ranges.back()->Create();
+}
+
+/// Asked beside the first creations, not before them: on a long line each answer takes its time.
+void TusUpload::AskWhatIsOffered() {
+    auto const options = tus::RequestTo("OPTIONS", tus::kUploadsPath);
+    After(context.session->SendWithRetries(options, std::make_shared<RetryPolicy>(tus::kLimits)),
+          &TusUpload::OnOffered);
+}
+
+void TusUpload::OnOffered(Answer const& answer) {
     auto const response = answer.Get();
-    if (!IsSuccess(response->status)) return Refuse(*response);
-    location = PathIn(*response);
-    policy->Progressed();
-    SendFrom(0);
+    mayJoin = tus::Offers(*response, "concatenation");
+    context.session->NoteOffersJoining(mayJoin);
+    if (!mayJoin) {
+        AbandonRanges(tus::Offers(*response, "termination"));
+        heldRefusal.reset();
+        return BeginWhole();
+    }
+    if (heldRefusal) return Refuse(heldRefusal);
+    OnRangeChanged();
 }
 
-void TusUpload::SendFrom(std::uint64_t offset) {
-    NoteOffset(offset);
-    if (offset == file->Size()) return AskForAsset();
-    if (!ahead || aheadOffset != offset) ahead = ReadChunk(offset);
-    ahead.OnComplete([self = shared_from_this()](ChunkFuture const& chunk) {
-        self->Guard([&] { self->SendChunk(*chunk.Get()); });
+void TusUpload::OnRangeChanged() {
+    if (!mayJoin || isFinishing) return;
+    for (std::size_t i = 0; i < ranges.size(); ++i)
+        state.ranges[i] = ranges[i]->Range();
+    int busy = 0;
+    int sending = 0;
+    for (auto const& range : ranges) {
+        if (range->GetPhase() == TusRange::Phase::Sending) ++busy;
+        if (range->IsSending()) ++sending;
+    }
+    for (auto const& range : ranges) {
+        if (range->GetPhase() != TusRange::Phase::Idle) continue;
+        if (!streams.MayBegin(busy, sending)) break;
+        range->SendNext();
+        ++busy;
+        ++sending;
+    }
+    if (state.isJoined) AddRanges();
+    isFinishing = state.PlannedEnd() == state.size &&
+                  std::all_of(ranges.begin(), ranges.end(), [](auto const& range) {
+                      return range->GetPhase() == TusRange::Phase::Complete;
+                  });
+    if (!isFinishing) return;
+    if (state.isJoined)
+        Join();
+    else
+        AskForAsset(state.ranges.front().location);
+}
+
+/// Creates further ranges, so that some wait for each stream that becomes free.
+void TusUpload::AddRanges() {
+    std::size_t spare = 0;
+    int busy = 0;
+    for (auto const& range : ranges) {
+        if (!range->HasBegun()) ++spare;
+        if (range->GetPhase() == TusRange::Phase::Sending) ++busy;
+    }
+    auto const wanted = std::max(kFewestSpareRanges, static_cast<std::size_t>(busy));
+    for (; spare < wanted && state.PlannedEnd() < state.size; ++spare)
+        AddRange(std::max(busy, 1));
+}
+
+void TusUpload::AskForAsset(std::string const& location) {
+    After(context.session->SendWithRetries(tus::RequestTo("GET", location + "/asset"),
+                                           ranges.front()->Policy()),
+          &TusUpload::OnAsset);
+}
+
+void TusUpload::OnAsset(Answer const& answer) {
+    auto const response = answer.Get();
+    if (response->status == tus::kConflict && !state.isJoined) {
+        isFinishing = false;
+        return ranges.front()->AskForOffsetLater(answer);
+    }
+    if (!tus::IsSuccess(response->status)) return Refuse(response);
+    if (!state.isJoined) contentSha256 = ranges.front()->ContentSha256();
+    Publish(*response);
+}
+
+void TusUpload::Join() {
+    auto const promised = std::make_shared<moxcore::async::Promise<std::string>>();
+    context.reading->CallAsync([reader = context.reader, promised] {
+        try {
+            promised->SetValue(reader->ContentSha256());
+        } catch (...) {
+            promised->SetException(std::current_exception());
+        }
     });
+    promised->GetFuture().OnComplete(
+        [self = shared_from_this()](moxcore::async::Future<std::string> const& sha256) {
+            self->Post([self = self.get(), sha256] {
+                self->contentSha256 = sha256.Get();
+                auto const post =
+                    tus::JoiningOf(self->state, *self->context.request, self->contentSha256);
+                self->After(self->context.session->Send(post), &TusUpload::OnJoined);
+            });
+        });
 }
 
-void TusUpload::SendChunk(Chunk const& chunk) {
-    sendingFrom = chunk.offset;
-    sendingTo = chunk.End();
-    sentTo = std::max(sentTo, sendingTo);
-
-    auto patch = RequestTo("PATCH", location);
-    patch.headers.emplace_back("Content-Type", "application/offset+octet-stream");
-    patch.headers.emplace_back("Upload-Offset", std::to_string(chunk.offset));
-    patch.headers.emplace_back("Upload-Checksum", chunk.checksum);
-    if (!chunk.contentSha256.empty())
-        patch.headers.emplace_back("Quillo-Content-SHA256", chunk.contentSha256);
-    patch.body = chunk.bytes;
-    patch.onBytesSent = [self = shared_from_this(), from = chunk.offset](std::uint64_t bytes) {
-        self->ReportProgress(from + bytes);
-    };
-    auto const answer = session->Send(std::move(patch));
-    if (sendingTo < file->Size()) ahead = ReadChunk(sendingTo);
-    After(answer, &TusUpload::OnPatched);
-}
-
-void TusUpload::OnPatched(Answer const& answer) {
-    if (JudgeAnswer(answer).worthRepeating) return AskForOffsetLater(answer);
+void TusUpload::OnJoined(Answer const& answer) {
+    if (JudgeAnswer(answer).worthRepeating) {
+        joinInDoubt = true;
+        return CheckPartsLater(answer);
+    }
     auto const response = answer.Get();
     switch (response->status) {
-        case kNotFound:
-        case kGone:
-            return CreateAnew();
-        case kChecksumMismatch:
-            contentRefused = sendingTo == file->Size();
-            return AskForOffsetLater(answer);
-        case kConflict:
-            return AskForOffsetLater(answer);
+        case tus::kConflict:
+            return CheckPartsLater(answer);
+        case tus::kNotFound:
+        case tus::kGone:
+            return BeginAnew();
+        case tus::kChecksumMismatch:
+            if (++contentRefusals > tus::kMostContentRefusals) tus::FailAsDamaged();
+            joinInDoubt = false;
+            return BeginAnew();
         default:
             break;
     }
-    if (!IsSuccess(response->status)) return Refuse(*response);
-    auto const offset = BytesIn(*response, "UPLOAD-OFFSET");
-    if (!offset || *offset <= sendingFrom || *offset > sendingTo) return AskForOffsetLater(answer);
-    SendFrom(*offset);
+    if (!tus::IsSuccess(response->status)) return Refuse(response);
+    if (response->body.empty()) return AskForAsset(tus::PathIn(*response));
+    Publish(*response);
 }
 
-void TusUpload::AskForAsset() {
-    After(session->SendWithRetries(RequestTo("GET", location + "/asset"), policy),
-          &TusUpload::OnPublished);
-}
-
-void TusUpload::OnPublished(Answer const& answer) {
-    auto const response = answer.Get();
-    if (response->status == kConflict) return AskForOffsetLater(answer);
-    if (!IsSuccess(response->status)) return Refuse(*response);
-    auto const published = ReadPublishedAsset(response->body);
-    auto const sha256 = ahead.Get()->contentSha256;  // the last piece is the one read last
-    if (published.bytes != file->Size() || published.sha256 != sha256)
-        throw ResultException(kContentMismatch,
-                              "the service has stored something else than was sent; try again");
-    if (request.GetProgress()) request.GetProgress()(file->Size(), file->Size());
-    promise.SetValue(
-        std::make_shared<UploadResponse>(response->status, response->headers, published.asset));
-}
-
-void TusUpload::AskForOffsetLater(Answer const& doubtful) {
-    publicationInDoubt = publicationInDoubt || sendingTo == file->Size();
+/// Joins again after a while; if the service says then that bytes are missing, each part asks first
+/// for how many it has.
+void TusUpload::CheckPartsLater(Answer const& doubtful) {
     auto const verdict = JudgeAnswer(doubtful);
-    auto const delay = policy->NextDelay(verdict.retryAfter);
-    if (!delay) {
-        auto const response = doubtful.Get();
-        if (IsSuccess(response->status)) FailWithoutOffset();
-        return Refuse(*response);
+    if (!verdict.worthRepeating) {
+        isFinishing = false;
+        for (auto const& range : ranges)
+            range->AskForOffsetLater(doubtful);
+        return;
     }
-    if (verdict.worthRepeating) policy->Unavailable(*delay);
-    moxcore::threads::GetIOBoundExecutor()->CallAsyncDelayed(
-        [self = shared_from_this()] { self->Guard([&] { self->AskForOffset(); }); },
+    auto const& policy = ranges.front()->Policy();
+    auto const delay = policy->NextDelay(verdict.retryAfter);
+    if (!delay) return Refuse(doubtful.Get());
+    policy->Unavailable(*delay);
+    context.steps->CallAsyncDelayed(
+        [self = shared_from_this()] { self->Post([self = self.get()] { self->Join(); }); },
         static_cast<std::uint32_t>(delay->count()));
 }
 
-void TusUpload::AskForOffset() {
-    After(session->SendWithRetries(RequestTo("HEAD", location), policy), &TusUpload::OnOffset);
+/// The parts are gone.
+void TusUpload::BeginAnew() {
+    if (joinInDoubt || beginnings >= kMostBeginnings) tus::FailAsLost(joinInDoubt);
+    AbandonRanges(false);
+    state.key = NewKey();
+    isFinishing = false;
+    context.reader = std::make_shared<PieceReader>(context.file);
+    OnRestart();
+    BeginInRanges();
 }
 
-void TusUpload::OnOffset(Answer const& answer) {
-    auto const response = answer.Get();
-    if (response->status == kNotFound || response->status == kGone) return CreateAnew();
-    if (!IsSuccess(response->status)) return Refuse(*response);
-    auto const offset = BytesIn(*response, "UPLOAD-OFFSET");
-    auto const length = BytesIn(*response, "UPLOAD-LENGTH");
-    if (!offset || *offset > sentTo || (length && *length != file->Size())) FailWithoutOffset();
+void TusUpload::Publish(HttpResponse& response) {
+    auto const published = ReadPublishedAsset(response.body);
+    if (published.bytes != state.size || published.sha256 != contentSha256)
+        throw ResultException(kContentMismatch,
+                              "the service has stored something else than was sent; try again");
+    auto const& progress = context.request->GetProgress();
+    if (progress) progress(state.size, state.size);
+    End();
+    promise.SetValue(
+        std::make_shared<UploadResponse>(response.status, response.headers, published.asset));
+}
 
-    if (*offset < file->Size()) publicationInDoubt = false;
-    if (std::exchange(contentRefused, false) && *offset == 0) {
-        if (++contentRefusals > kMostContentRefusals)
-            throw ResultException(kContentMismatch,
-                                  "what arrives at the service is not what is sent; try again");
-        // What is sent now gets a checksum of its own, whatever the earlier one was taken from.
-        reader = std::make_shared<ChunkReader>(file);
-        ahead = {};
-        furthest = 0;
-        reported = 0;
+void TusUpload::AbandonRanges(bool terminate) {
+    for (auto& range : ranges) {
+        range->Abandon();
+        auto const& location = range->Range().location;
+        if (terminate && !location.empty())
+            static_cast<void>(context.session->Send(tus::RequestTo("DELETE", location)));
+        abandoned.push_back(std::move(range));
     }
-    SendFrom(*offset);
+    ranges.clear();
+    state.ranges.clear();
 }
 
-void TusUpload::CreateAnew() {
-    if (publicationInDoubt)
-        throw ResultException(kUploadLost,
-                              "the service has lost the upload after its last byte; look whether "
-                              "the movie is in its folder before trying again");
-    if (creations >= kMostCreations)
-        throw ResultException(kUploadLost, "the service loses the upload each time; try again");
-    key = quillocommon::Guid::CreateUnique().AsString();
-    Create();
+void TusUpload::OnSent(std::uint64_t bytes) {
+    sentInAll += bytes;
+    streams.OnSent(moxcore::threads::Now(), sentInAll);
+    ReportProgress();
+    if (bytes > 0) OnRangeChanged();
+}
+
+void TusUpload::OnRestart() {
+    if (!state.isJoined || ranges.empty()) reported = 0;
+}
+
+void TusUpload::ReportProgress() {
+    std::uint64_t done = 0;
+    for (auto const& range : ranges)
+        done += range->Moved();
+    // The end is told once the file is published, and not before.
+    bool const worthTelling =
+        done < state.size && done > reported && done - reported >= state.size / kProgressSteps;
+    auto const& progress = context.request->GetProgress();
+    if (!worthTelling || !progress) return;
+    reported = done;
+    progress(done, state.size);
+}
+
+/// The upload waits when every range does that has something to do.
+void TusUpload::OnWaitChanged() {
+    auto const& listener = context.request->GetWaitListener();
+    std::optional<moxcore::threads::TimePoint> since;
+    for (auto const& range : ranges) {
+        bool const isBusy = range->GetPhase() != TusRange::Phase::Idle &&
+                            range->GetPhase() != TusRange::Phase::Complete;
+        auto const waiting = range->WaitingSince();
+        if (isBusy && !waiting) {
+            since.reset();
+            break;
+        }
+        if (waiting) since = std::min(*waiting, since.value_or(*waiting));
+    }
+    if (since.has_value() == isWaitTold) return;
+    isWaitTold = since.has_value();
+    if (listener) listener(since);
 }
 
 void TusUpload::Fail(std::exception_ptr const& exception) {
-    promise.SetException(ReportException(task, exception));
+    if (hasEnded) return;
+    auto const told = ReportException(task, exception);
+    if (state.isJoined && !MayGoOnLater(exception)) AbandonRanges(true);
+    End();
+    promise.SetException(told);
 }
 
-void TusUpload::Refuse(HttpResponse& response) {
+void TusUpload::Refuse(std::shared_ptr<HttpResponse> const& response) {
+    if (hasEnded) return;
+    if (!mayJoin) {
+        heldRefusal = response;
+        return;
+    }
     auto const refused =
-        std::make_shared<UploadResponse>(response.status, response.headers, Asset());
-    refused->SetRefusal(ReportRefusal(task, response));
+        std::make_shared<UploadResponse>(response->status, response->headers, Asset());
+    refused->SetRefusal(ReportRefusal(task, *response));
+    if (state.isJoined) AbandonRanges(true);
+    End();
     promise.SetValue(refused);
 }
 
-template <class Step>
-void TusUpload::Guard(Step step) {
-    try {
-        step();
-    } catch (...) {
-        Fail(std::current_exception());
-    }
+void TusUpload::End() {
+    hasEnded = true;
+    if (std::exchange(isWaitTold, false)) context.request->GetWaitListener()({});
+}
+
+void TusUpload::Post(std::function<void()> step) {
+    context.steps->CallAsync([self = shared_from_this(), step = std::move(step)] {
+        if (self->hasEnded) return;
+        try {
+            step();
+        } catch (...) {
+            self->Fail(std::current_exception());
+        }
+    });
 }
 
 void TusUpload::After(Answer const& answer, void (TusUpload::*step)(Answer const&)) {
     answer.OnComplete([self = shared_from_this(), step](Answer const& arrived) {
-        self->Guard([&] { (self.get()->*step)(arrived); });
+        self->Post([self = self.get(), step, arrived] { (self->*step)(arrived); });
     });
-}
-
-HttpRequest TusUpload::RequestTo(char const* method, std::string path) const {
-    return {.method = method, .url = std::move(path), .headers = {{"Tus-Resumable", "1.0.0"}}};
-}
-
-TusUpload::ChunkFuture TusUpload::ReadChunk(std::uint64_t offset) {
-    auto const executor = moxcore::threads::GetIOBoundExecutor();
-    auto const promised = std::make_shared<moxcore::async::Promise<std::shared_ptr<Chunk const>>>();
-    auto read = [source = reader, promised, offset] {
-        try {
-            promised->SetValue(source->Read(offset));
-        } catch (...) {
-            promised->SetException(std::current_exception());
-        }
-    };
-    aheadOffset = offset;
-    // One at a time: the one before may still be reading.
-    if (ahead)
-        static_cast<void>(ahead.Then(executor, [read](ChunkFuture const&) { read(); }));
-    else
-        executor->CallAsync(read);
-    return promised->GetFuture();
-}
-
-void TusUpload::NoteOffset(std::uint64_t offset) {
-    if (offset > furthest) {
-        furthest = offset;
-        policy->Progressed();
-    }
-    ReportProgress(offset);
-}
-
-void TusUpload::ReportProgress(std::uint64_t done) {
-    // The end is told once the file is published, and not before.
-    bool const worthTelling =
-        done < file->Size() && done > reported && done - reported >= file->Size() / kProgressSteps;
-    if (!worthTelling || !request.GetProgress()) return;
-    reported = done;
-    request.GetProgress()(done, file->Size());
 }
 
 }  // namespace quillosdk

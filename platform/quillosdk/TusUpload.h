@@ -1,91 +1,95 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "moxcore/async/Future.h"
+#include "moxcore/threads/Clock.h"
 #include "quillosdk/Answer.h"
-#include "quillosdk/ChunkReader.h"
 #include "quillosdk/FailureText.h"
-#include "quillosdk/FileSnapshot.h"
-#include "quillosdk/RetryPolicy.h"
-#include "quillosdk/Session.h"
+#include "quillosdk/StreamCount.h"
 #include "quillosdk/TransferManager.h"
+#include "quillosdk/TusRange.h"
+#include "quillosdk/UploadState.h"
 
 namespace quillosdk {
 
-/// One upload by the tus protocol, from the opening of the file to its publication. It keeps itself
-/// alive until its future is complete. Its steps follow one another, on the executor's and the
-/// transport's threads; while a piece is being sent the next one is read and hashed. So no member
-/// needs a lock: each step happens after the one before it.
-class TusUpload : public std::enable_shared_from_this<TusUpload> {
+/// One upload by the tus protocol, from the opening of the file to its publication. A small file is
+/// one upload of the protocol. A larger one is sent in ranges, partial uploads that the service
+/// joins in the end; several of them at the same time where that brings more. It keeps itself alive
+/// until its future is complete. All its steps run on one serial executor, so no member needs a
+/// lock.
+class TusUpload : public RangeOwner, public std::enable_shared_from_this<TusUpload> {
 public:
     /// `key` names the upload to the service.
     TusUpload(std::shared_ptr<Session> session, UploadRequest request, std::string key);
+    ~TusUpload() override;
 
     /// Begins. Once.
     [[nodiscard]] moxcore::async::Future<std::shared_ptr<UploadResponse>> Start();
 
+    // RangeOwner
+    [[nodiscard]] UploadState const& State() const override { return state; }
+    [[nodiscard]] bool HasEnded() const override { return hasEnded; }
+    void OnRangeChanged() override;
+    void OnSent(std::uint64_t bytes) override;
+    void OnRestart() override;
+    void OnWaitChanged() override;
+    void Fail(std::exception_ptr const& exception) override;
+    void Refuse(std::shared_ptr<HttpResponse> const& response) override;
+
 private:
-    using ChunkFuture = moxcore::async::Future<std::shared_ptr<Chunk const>>;
+    using Ranges = std::vector<std::unique_ptr<TusRange>>;
 
-    // The steps, in their order, each with what continues it.
+    // How it begins.
     void Open();
-    void Create();
-    void OnCreated(Answer const& answer);
-    void SendFrom(std::uint64_t offset);
-    void SendChunk(Chunk const& chunk);
-    void OnPatched(Answer const& answer);
-    void AskForAsset();
-    void OnPublished(Answer const& answer);
+    void BeginWhole();
+    void BeginInRanges();
+    void AskWhatIsOffered();
+    void OnOffered(Answer const& answer);
+    void AddRange(int streams);
+    void AddRanges();
 
-    // What happens when it cannot be told how far the service is.
-    void AskForOffsetLater(Answer const& doubtful);
-    void AskForOffset();
-    void OnOffset(Answer const& answer);
-    void CreateAnew();
+    // What follows its last byte.
+    void AskForAsset(std::string const& location);
+    void OnAsset(Answer const& answer);
+    void Join();
+    void OnJoined(Answer const& answer);
+    void CheckPartsLater(Answer const& doubtful);
+    void BeginAnew();
+    void Publish(HttpResponse& response);
 
-    // The ends.
-    void Fail(std::exception_ptr const& exception);
-    void Refuse(HttpResponse& response);
-
-    /// Calls `step`; what it throws fails the upload.
-    template <class Step>
-    void Guard(Step step);
-
-    /// Goes on with `step` once `answer` is there.
+    void AbandonRanges(bool terminate);
+    void End();
+    void Post(std::function<void()> step);
     void After(Answer const& answer, void (TusUpload::*step)(Answer const&));
+    void ReportProgress();
 
-    [[nodiscard]] HttpRequest RequestTo(char const* method, std::string path) const;
-    [[nodiscard]] ChunkFuture ReadChunk(std::uint64_t offset);
-    void NoteOffset(std::uint64_t offset);
-    void ReportProgress(std::uint64_t done);
-
-    std::shared_ptr<Session> const session;
-    UploadRequest const request;
+    UploadContext context;
+    std::string const path;
     std::string const description;
     Task const task{quillocommon::Step::Upload, description};
-    std::shared_ptr<RetryPolicy> policy;
     moxcore::async::Promise<std::shared_ptr<UploadResponse>> promise;
+    bool hasEnded = false;
 
-    std::shared_ptr<FileSnapshot const> file;
-    std::string key;       // of the upload as it was created last
-    std::string location;  // its path at the service
-    int creations = 0;
-
-    std::shared_ptr<ChunkReader> reader;
-    ChunkFuture ahead;              // the piece read last or being read
-    std::uint64_t aheadOffset = 0;  // where it begins
-    std::uint64_t sendingFrom = 0;  // the piece sent last
-    std::uint64_t sendingTo = 0;    // likewise
-    std::uint64_t sentTo = 0;       // the end of all that was sent
-    std::uint64_t furthest = 0;     // the furthest offset confirmed
-    bool publicationInDoubt =
-        false;                    // the last byte was sent, and no answer told what became of it
-    bool contentRefused = false;  // the service found another checksum for the whole
-    int contentRefusals = 0;
+    UploadState state;
+    Ranges ranges;         // those of `state`
+    Ranges abandoned;      // kept for the answers that are still to come
+    bool mayJoin = false;  // the service is known to offer it; nothing is sent in ranges before
+    std::shared_ptr<HttpResponse> heldRefusal;  // which came before that was known
+    StreamCount streams;
+    std::uint64_t sentInAll = 0;
     std::uint64_t reported = 0;  // the progress told last
+    bool isFinishing = false;    // every byte has arrived
+    bool joinInDoubt = false;    // no answer told what became of the joining
+    int beginnings = 0;
+    int contentRefusals = 0;
+    std::string contentSha256;
+    bool isWaitTold = false;
 };
 
 }  // namespace quillosdk

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -71,6 +72,29 @@ void File::WriteAt(std::int64_t offset, std::string_view bytes) {
 
 void File::Truncate(std::int64_t size) {
     if (::ftruncate(descriptor, size) != 0) Fail("truncate");
+}
+
+void File::CopyFrom(File const& source, std::int64_t from, std::int64_t size, std::int64_t to) {
+    while (size > 0) {
+        loff_t in = from;
+        loff_t out = to;
+        ssize_t count = ::copy_file_range(source.descriptor, &in, descriptor, &out,
+                                          static_cast<std::size_t>(size), 0);
+        if (count < 0 && errno == EINTR) continue;
+        if (count == 0) errno = EIO;
+        if (count <= 0) Fail("copy");
+        from += count;
+        to += count;
+        size -= count;
+    }
+}
+
+std::int64_t File::FirstHole(std::int64_t from, std::int64_t to) const {
+    if (from >= to) return to;
+    off_t hole = ::lseek(descriptor, from, SEEK_HOLE);
+    if (hole < 0 && errno == ENXIO) return from;  // the file ends before
+    if (hole < 0) Fail("seek");
+    return std::min<std::int64_t>(hole, to);
 }
 
 void File::Sync() {

@@ -30,6 +30,12 @@ public:
     void WriteAt(std::int64_t offset, std::string_view bytes);
     void Truncate(std::int64_t size);
 
+    /// Copies `size` bytes at `from` of another file to `to` in this one.
+    void CopyFrom(File const& source, std::int64_t from, std::int64_t size, std::int64_t to);
+
+    /// The first offset from `from` on for which nothing was ever written, `to` at most.
+    [[nodiscard]] std::int64_t FirstHole(std::int64_t from, std::int64_t to) const;
+
     /// Flushes the file to the disk.
     void Sync();
 

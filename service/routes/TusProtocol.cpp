@@ -13,11 +13,11 @@ constexpr char const* kVersion = "1.0.0";
 
 char const* const kRequestHeaders =
     "Authorization, Content-Type, Idempotency-Key, Last-Event-ID, Quillo-Content-SHA256, "
-    "Tus-Resumable, Upload-Checksum, Upload-Length, Upload-Metadata, Upload-Offset, "
+    "Tus-Resumable, Upload-Checksum, Upload-Concat, Upload-Length, Upload-Metadata, Upload-Offset, "
     "X-HTTP-Method-Override, X-Requested-With";
 char const* const kResponseHeaders =
     "Location, Retry-After, Tus-Checksum-Algorithm, Tus-Extension, Tus-Max-Size, Tus-Resumable, "
-    "Tus-Version, Upload-Length, Upload-Metadata, Upload-Offset, X-RATELIMIT-LIMIT, "
+    "Tus-Version, Upload-Concat, Upload-Length, Upload-Metadata, Upload-Offset, X-RATELIMIT-LIMIT, "
     "X-RATELIMIT-WINDOW";
 
 std::string EffectiveMethod(Call const& call) {
@@ -30,7 +30,7 @@ void SetVersion(Call& call) {
 
 void Describe(Call& call) {
     call.response.SetHeader("Tus-Version", kVersion);
-    call.response.SetHeader("Tus-Extension", "creation,checksum");
+    call.response.SetHeader("Tus-Extension", "creation,checksum,concatenation,termination");
     call.response.SetHeader("Tus-Checksum-Algorithm", "sha1,sha256,xxh128");
     call.response.SetHeader("Tus-Max-Size", std::to_string(Uploads::kMaxBytes));
 }

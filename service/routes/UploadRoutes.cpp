@@ -93,7 +93,35 @@ std::optional<std::string> ReadContentSha256(Call const& call) {
     return hex;
 }
 
+json AssetJson(PublishedAsset const& asset) {
+    return {{"asset", {{"id", asset.id}, {"name", asset.name}, {"type", "file"}}},
+            {"version", asset.version},
+            {"version_stack_id", asset.stack ? json(*asset.stack) : json()},
+            {"folder_id", asset.folder},
+            {"sha256", asset.sha256},
+            {"bytes", asset.bytes}};
+}
+
+std::string AddressOf(UploadId const& id) {
+    return "/v1/uploads/" + id.GetText();
+}
+
+/// Makes one movie of partial uploads. The response says what it has become.
+void Join(Call& call, Uploads& uploads, std::string const& concat) {
+    if (call.Header("Upload-Length")) {
+        throw ApiError::BadRequest("The length of a joined movie is that of its parts.");
+    }
+    UserId const& user = call.identity.user;
+    NewUpload movie = ReadUploadMetadata(call.Header("Upload-Metadata").value_or(""), 0);
+    UploadId id = uploads.Join(user, movie, ReadConcat(concat), ReadContentSha256(call));
+    call.Respond(201, AssetJson(uploads.Asset(user, id)));
+    call.response.SetHeader("Location", AddressOf(id));
+}
+
 void Create(Call& call, Uploads& uploads) {
+    std::string concat = call.Header("Upload-Concat").value_or("");
+    bool isPart = concat == "partial";
+    if (!isPart && !concat.empty()) return Join(call, uploads, concat);
     if (call.Header("Upload-Defer-Length")) {
         throw ApiError::BadRequest("The length has to be known: deferred lengths are not taken.");
     }
@@ -103,19 +131,36 @@ void Create(Call& call, Uploads& uploads) {
         throw ApiError::TooLarge("The service takes movies of up to " +
                                  std::to_string(Uploads::kMaxBytes) + " bytes.");
     }
-    NewUpload upload = ReadUploadMetadata(call.Header("Upload-Metadata").value_or(""), length);
-    UploadId id = uploads.Create(call.identity.user, upload, call.GetIdempotencyKey());
+    std::string metadata = call.Header("Upload-Metadata").value_or("");
+    UploadId id = uploads.Create(
+        call.identity.user,
+        isPart ? ReadPartMetadata(metadata, length) : ReadUploadMetadata(metadata, length),
+        call.GetIdempotencyKey());
     call.response.status = 201;
-    call.response.SetHeader("Location", "/v1/uploads/" + id.GetText());
+    call.response.SetHeader("Location", AddressOf(id));
 }
 
 void Head(Call& call, Uploads const& uploads) {
     UploadRecord upload = uploads.Get(call.identity.user, call.GetId<UploadId>(0));
     call.response.SetHeader("Cache-Control", "no-store");
     call.response.status = 200;
-    call.response.SetHeader("Upload-Offset", std::to_string(upload.confirmed));
     call.response.SetHeader("Upload-Length", std::to_string(upload.length));
     call.response.SetHeader("Upload-Metadata", upload.metadata);
+    if (upload.kind != UploadKind::Joined || upload.published) {
+        call.response.SetHeader("Upload-Offset", std::to_string(upload.confirmed));
+    }
+    if (upload.kind == UploadKind::Part) call.response.SetHeader("Upload-Concat", "partial");
+    if (upload.kind == UploadKind::Joined) {
+        std::string concat = "final;";
+        for (UploadId const& part : upload.parts)
+            concat += (concat.ends_with(';') ? "" : " ") + AddressOf(part);
+        call.response.SetHeader("Upload-Concat", concat);
+    }
+}
+
+void Delete(Call& call, Uploads& uploads) {
+    uploads.Delete(call.identity.user, call.GetId<UploadId>(0));
+    call.response.status = 204;
 }
 
 /// Appends the body of a PATCH to its upload.
@@ -176,13 +221,7 @@ std::unique_ptr<BodySink> OpenAppend(Call& call, Uploads& uploads, DropFault& fa
 }
 
 void Asset(Call& call, Uploads const& uploads) {
-    PublishedAsset asset = uploads.Asset(call.identity.user, call.GetId<UploadId>(0));
-    call.Respond(200, {{"asset", {{"id", asset.id}, {"name", asset.name}, {"type", "file"}}},
-                       {"version", asset.version},
-                       {"version_stack_id", asset.stack ? json(*asset.stack) : json()},
-                       {"folder_id", asset.folder},
-                       {"sha256", asset.sha256},
-                       {"bytes", asset.bytes}});
+    call.Respond(200, AssetJson(uploads.Asset(call.identity.user, call.GetId<UploadId>(0))));
 }
 
 }  // namespace
@@ -196,6 +235,8 @@ void AddUploadRoutes(Api& api, Uploads& uploads, FaultOptions const& faults) {
     api.Add({.method = "PATCH", .path = "/v1/uploads/{id}", .sink = [&uploads, fault](Call& call) {
                  return OpenAppend(call, uploads, *fault);
              }});
+    api.Add({"DELETE", "/v1/uploads/{id}",
+             WithVersionCheck([&](Call& call) { Delete(call, uploads); })});
     api.Add({"GET", "/v1/uploads/{id}/asset", [&](Call& call) { Asset(call, uploads); }});
 }
 

@@ -55,10 +55,12 @@ using StackId = Id<StackTag>;
 
 struct UserTag : UuidForm {};
 struct UploadTag : UuidForm {};
+struct WholeTag : UuidForm {};
 struct IdempotencyTag : UuidForm {};
 
 using UserId = Id<UserTag>;
 using UploadId = Id<UploadTag>;
+using WholeId = Id<WholeTag>;               ///< chosen by the client, for the parts of one movie
 using IdempotencyKey = Id<IdempotencyTag>;  ///< chosen by the client
 
 enum class SessionId : std::int64_t {};

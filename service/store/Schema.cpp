@@ -8,7 +8,7 @@ namespace quilloservice {
 
 namespace {
 
-constexpr int kVersion = 4;
+constexpr int kVersion = 5;
 
 // Every object of an account is a node, so that its existence, kind and account are found in one
 // look-up. `parent` is the account of a workspace, the workspace of a project, the project of a
@@ -128,6 +128,24 @@ CREATE INDEX tokens_by_parent ON tokens (parent) WHERE parent IS NOT NULL;
 PRAGMA user_version = 4;
 )sql";
 
+// Partial uploads. `kind`: see UploadKind. `file`, `place`: the upload whose file holds the bytes,
+// and where they begin there. `whole`, `whole_length`: which movie a part belongs to. `parts`: the
+// IDs of the parts of a joined upload, separated by blanks.
+constexpr char const* kParts = R"sql(
+ALTER TABLE uploads ADD COLUMN kind INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE uploads ADD COLUMN file TEXT NOT NULL DEFAULT '';
+ALTER TABLE uploads ADD COLUMN place INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE uploads ADD COLUMN whole TEXT;
+ALTER TABLE uploads ADD COLUMN whole_length INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE uploads ADD COLUMN parts TEXT;
+UPDATE uploads SET file = id;
+CREATE INDEX open_uploads_by_file ON uploads (file) WHERE published = 0;
+CREATE INDEX open_uploads_by_whole ON uploads (whole) WHERE published = 0 AND whole IS NOT NULL;
+CREATE INDEX joined_uploads ON uploads (parts) WHERE parts IS NOT NULL;
+
+PRAGMA user_version = 5;
+)sql";
+
 }  // namespace
 
 void MakeTables(Database& database) {
@@ -143,6 +161,7 @@ void MakeTables(Database& database) {
     if (version < 2) database.RunScript(kChanges);
     if (version < 3) database.RunScript(kKeyTimes);
     if (version < 4) database.RunScript(kTokenUse);
+    if (version < 5) database.RunScript(kParts);
 }
 
 }  // namespace quilloservice

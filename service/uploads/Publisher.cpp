@@ -85,7 +85,7 @@ void Publisher::Publish(UploadRecord const& upload, File& file, Digest const& wh
         if (upload.stack) CheckStack(database, upload.user, *upload.stack);
     });
     file.Sync();
-    std::filesystem::rename(directory.UploadPath(upload.id), directory.MoviePath(upload.asset));
+    std::filesystem::rename(directory.UploadPath(upload.file), directory.MoviePath(upload.asset));
     SyncDirectory(directory.GetMoviesPath());
     Record(upload, whole);
 }
@@ -116,7 +116,12 @@ bool Publisher::FinishInterrupted(UploadRecord const& upload) {
 
 void Publisher::SetAside(UploadRecord const& upload, std::string const& reason) {
     std::string kept = directory.SetMovieAside(upload.asset);
-    store.Write([&](Database& database) { DeleteUpload(database, upload.id); });
+    store.Write([&](Database& database) {
+        DeleteUpload(database, upload.id);
+        for (UploadId const& part : upload.parts)
+            DeleteUpload(database, part);
+    });
+    RemoveFilesOf(upload.parts);
     std::fprintf(stderr,
                  "quillo-service: the movie of upload %s cannot be published and is kept as %s: "
                  "%s\n",
@@ -140,9 +145,22 @@ void Publisher::Record(UploadRecord const& upload, Digest const& whole) {
             upload.asset, upload.length, sha256, upload.mediaType, clock());
         database.Run("UPDATE uploads SET published = 1, confirmed = length WHERE id = ?",
                      upload.id);
+        for (UploadId const& part : upload.parts)
+            DeleteUpload(database, part);
         ChangeFeed::RecordChildren(database, folder);
     });
     changes.Announce();
+    RemoveFilesOf(upload.parts);
+}
+
+/// The movie has the bytes of these parts. A file that other parts are in as well stays.
+void Publisher::RemoveFilesOf(std::vector<UploadId> const& parts) {
+    for (UploadId const& part : parts) {
+        bool inUse =
+            store.Read([&](Database& database) { return !UploadsIn(database, part).empty(); });
+        std::error_code missing;
+        if (!inUse) std::filesystem::remove(directory.UploadPath(part), missing);
+    }
 }
 
 PublishedAsset Publisher::Find(UploadRecord const& upload) const {

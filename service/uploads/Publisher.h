@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "service/base/Clock.h"
 #include "service/uploads/UploadRecord.h"
@@ -44,7 +45,8 @@ public:
     static void AdmitToStack(Database& database, UserId const& user, Node const& folder,
                              StackId const& stack);
 
-    /// Publishes an upload. `file` holds all its bytes, and `whole` is their checksum.
+    /// Publishes a movie or joined upload; the parts of the latter end with it. `file` holds all
+    /// its bytes, and `whole` is their checksum.
     void Publish(UploadRecord const& upload, File& file, Digest const& whole);
 
     /// Continues a `Publish` that ended after renaming the file: records the movie, or sets it
@@ -56,6 +58,7 @@ public:
 private:
     void Record(UploadRecord const& upload, Digest const& whole);
     void SetAside(UploadRecord const& upload, std::string const& reason);
+    void RemoveFilesOf(std::vector<UploadId> const& parts);
 
     DataDirectory const& directory;
     Store& store;

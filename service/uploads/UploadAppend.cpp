@@ -5,6 +5,7 @@
 #include "service/base/ApiError.h"
 #include "service/base/Text.h"
 #include "service/store/Store.h"
+#include "service/uploads/ContentHash.h"
 #include "service/uploads/Publisher.h"
 
 namespace quilloservice {
@@ -16,20 +17,18 @@ constexpr std::int64_t kConfirmEveryBytes = 8 << 20;
 
 }  // namespace
 
-UploadAppend::UploadAppend(Parts parts, UploadRecord upload, LiveUploads::Lease lease, File file,
-                           AppendRequest request, std::function<void()> onOvertaken)
+UploadAppend::UploadAppend(Parts parts, UploadRecord upload, LiveUploads::Lease lease,
+                           std::optional<File> file, AppendRequest request,
+                           std::function<void()> onOvertaken)
     : parts(parts),
       upload(std::move(upload)),
       request(std::move(request)),
       onOvertaken(std::move(onOvertaken)),
       lease(std::move(lease)),
       file(std::move(file)),
-      confirmed(this->lease->GetProgress()) {
-    auto const& checksum = this->request.checksum;
-    if (!checksum) return;
-    bool sameAsWhole =
-        this->upload.confirmed == 0 && checksum->algorithm == Digest::Algorithm::Sha256;
-    if (!sameAsWhole) body.emplace(checksum->algorithm);
+      end(this->upload.confirmed),
+      confirmed(end) {
+    if (this->request.checksum) body.emplace(this->request.checksum->algorithm);
 }
 
 void UploadAppend::Take(std::string_view bytes) {
@@ -37,7 +36,7 @@ void UploadAppend::Take(std::string_view bytes) {
     std::scoped_lock lock(mutex);
     CheckNotOvertaken();
     try {
-        if (static_cast<std::int64_t>(bytes.size()) > upload.length - GetEnd()) {
+        if (static_cast<std::int64_t>(bytes.size()) > upload.length - end) {
             throw ApiError::TooLarge("The body exceeds the upload's length.");
         }
         Write(bytes);
@@ -53,14 +52,12 @@ void UploadAppend::Take(std::string_view bytes) {
 }
 
 void UploadAppend::Write(std::string_view bytes) {
-    LiveUploads::Progress& progress = lease->GetProgress();
-    file.WriteAt(progress.offset, bytes);
-    progress.digest.Update(bytes);
+    if (bytes.empty()) return;
+    file->WriteAt(upload.place + end, bytes);
     if (body) body->Update(bytes);
-    progress.offset += static_cast<std::int64_t>(bytes.size());
-    if (!request.checksum && progress.offset - confirmed.offset >= kConfirmEveryBytes &&
-        progress.offset < upload.length) {
-        Confirm(progress.offset);
+    end += static_cast<std::int64_t>(bytes.size());
+    if (!request.checksum && end - confirmed >= kConfirmEveryBytes && end < upload.length) {
+        Confirm(end);
     }
 }
 
@@ -82,18 +79,14 @@ std::int64_t UploadAppend::FinishBody(bool complete) {
     std::optional<ApiError> failure;
     if (!complete) {
         failure = ApiError::BadRequest("The connection ended before the body did.");
-    } else if (request.checksum) {
-        Digest const& digest = body ? *body : lease->GetProgress().digest;
-        if (digest.Value() != request.checksum->value) {
-            failure =
-                ApiError::ChecksumMismatch("The body does not match its checksum; send it again.");
-        }
+    } else if (request.checksum && body->Value() != request.checksum->value) {
+        failure =
+            ApiError::ChecksumMismatch("The body does not match its checksum; send it again.");
     }
     Settle(!failure || !request.checksum);
     if (failure) throw *failure;
-    std::int64_t offset = GetEnd();
-    if (offset == upload.length) Complete();
-    return offset;
+    if (end == upload.length && upload.kind == UploadKind::Movie) Complete();
+    return end;
 }
 
 bool UploadAppend::GiveWay() {
@@ -103,32 +96,28 @@ bool UploadAppend::GiveWay() {
         if (finishing) return false;
         if (!lease) return true;
         Revert();
-        lease->KeepChecksum();
         lease.reset();
     }
     if (onOvertaken) onOvertaken();
     return true;
 }
 
+/// Bytes beyond the end in a file that is shared with others are written over later.
 void UploadAppend::Revert() {
-    file.Truncate(confirmed.offset);
-    lease->GetProgress() = confirmed;
+    if (file && upload.OwnsFile()) file->Truncate(confirmed);
+    end = confirmed;
 }
 
-/// Brings the file, the store and the running checksum to the same state, with or without the body.
+/// Brings the file and the store to the same state, with or without the body.
 void UploadAppend::Settle(bool keeps) {
-    if (keeps) {
-        if (GetEnd() != confirmed.offset && GetEnd() < upload.length) Confirm(GetEnd());
-    } else {
-        Revert();
+    if (!keeps) {
         // Parts of a body without a checksum are confirmed already.
-        if (confirmed.offset != upload.confirmed) {
-            file.Truncate(upload.confirmed);
-            Confirm(upload.confirmed);
-            return;  // the next append reads the checksum from the file
-        }
+        if (confirmed != upload.confirmed) Confirm(upload.confirmed);
+        return Revert();
     }
-    lease->KeepChecksum();
+    // A movie's last byte is confirmed by its publication.
+    bool atOnce = end < upload.length || upload.kind == UploadKind::Part;
+    if (end != confirmed && atOnce) Confirm(end);
 }
 
 void UploadAppend::CheckNotOvertaken() const {
@@ -136,22 +125,27 @@ void UploadAppend::CheckNotOvertaken() const {
 }
 
 void UploadAppend::Confirm(std::int64_t offset) {
-    parts.store.Write(
-        [&](Database& database) { SetConfirmed(database, upload.id, offset, parts.clock()); },
-        Store::Durability::Process);
-    if (offset == GetEnd()) confirmed = lease->GetProgress();
+    parts.hashes.Follow(upload.file, [&] {
+        return parts.store.Write(
+            [&](Database& database) {
+                SetConfirmed(database, upload.id, offset, parts.clock());
+                return ConfirmedFront(database, upload.file);
+            },
+            Store::Durability::Process);
+    });
+    confirmed = offset;
 }
 
 void UploadAppend::Complete() {
-    lease->DiscardChecksum();
-    Digest const& whole = lease->GetProgress().digest;
+    Digest whole = parts.hashes.Finish(upload.file, upload.length);
     if (request.contentSha256 && *request.contentSha256 != ToHex(whole.Value())) {
-        file.Truncate(0);
+        file->Truncate(0);
         Confirm(0);
         throw ApiError::ChecksumMismatch(
             "The movie does not match its checksum; the upload starts again from offset 0.");
     }
-    parts.publisher.Publish(upload, file, whole);
+    parts.hashes.Drop(upload.file);
+    parts.publisher.Publish(upload, *file, whole);
 }
 
 }  // namespace quilloservice

@@ -16,6 +16,7 @@
 
 namespace quilloservice {
 
+class ContentHashes;
 class Publisher;
 class Store;
 
@@ -33,20 +34,22 @@ struct AppendRequest {
 };
 
 /// Appends one request's body to its upload: writes and checksums it piece by piece, confirms it in
-/// the store, and publishes the movie if the upload is complete. Destroying it before `Finish`
-/// leaves the upload at the last confirmed offset. One thread at a time, except `GiveWay`.
+/// the store, and publishes the movie if the upload is one and complete. Destroying it before
+/// `Finish` leaves the upload at the last confirmed offset. One thread at a time, except `GiveWay`.
 class UploadAppend {
 public:
     struct Parts {
         Store& store;
         Publisher& publisher;
+        ContentHashes& hashes;
         Clock const& clock;
     };
 
-    /// `file` is the upload's file and the lease's progress its checksum, both at the confirmed
-    /// offset. `onOvertaken` is called when another request takes the upload over, on its thread.
-    UploadAppend(Parts parts, UploadRecord upload, LiveUploads::Lease lease, File file,
-                 AppendRequest request, std::function<void()> onOvertaken);
+    /// `file` is the upload's file; nothing for a complete upload, which takes no more bytes.
+    /// `onOvertaken` is called when another request takes the upload over, on its thread.
+    UploadAppend(Parts parts, UploadRecord upload, LiveUploads::Lease lease,
+                 std::optional<File> file, AppendRequest request,
+                 std::function<void()> onOvertaken);
 
     [[nodiscard]] UploadRecord const& GetUpload() const { return upload; }
 
@@ -63,7 +66,6 @@ public:
     bool GiveWay();
 
 private:
-    [[nodiscard]] std::int64_t GetEnd() const { return lease->GetProgress().offset; }
     void Write(std::string_view bytes);
     std::int64_t FinishBody(bool complete);
     void Revert();
@@ -80,9 +82,10 @@ private:
 
     std::mutex mutex;
     std::optional<LiveUploads::Lease> lease;  // mutex; nothing after the append's end
-    File file;                                // mutex
-    std::optional<Digest> body;               // mutex; unused if the movie's checksum serves
-    LiveUploads::Progress confirmed;          // mutex; the state to revert to
+    std::optional<File> file;                 // mutex
+    std::optional<Digest> body;               // mutex; of what was written, if it is checked
+    std::int64_t end;                         // mutex; where the next byte goes in the upload
+    std::int64_t confirmed;                   // mutex; what `end` is reverted to
 };
 
 }  // namespace quilloservice

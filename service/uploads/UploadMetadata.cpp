@@ -34,6 +34,43 @@ ApiError Wrong(std::string_view key, std::string const& why) {
     return ApiError::BadRequest("Upload-Metadata: " + std::string(key) + " " + why);
 }
 
+using Values = std::map<std::string, std::string>;
+
+/// Reads what movies and parts have in common, and checks what is there.
+NewUpload ReadValues(Values& values, std::string const& header, std::int64_t length) {
+    NewUpload upload{.name = values["filename"],
+                     .folder = FolderId::ParseOrNil(values["folder_id"]),
+                     .mediaType = values["filetype"],
+                     .metadata = header,
+                     .length = length};
+    if (upload.name.size() > kLongestName) throw Wrong("filename", "is longer than 1,024 bytes.");
+    if (!IsShowableText(upload.name)) throw Wrong("filename", "has to be UTF-8 without NUL.");
+    if (upload.mediaType.empty()) upload.mediaType = "video/mp4";
+    if (!IsMediaType(upload.mediaType)) throw Wrong("filetype", "has to be a media type.");
+    if (std::string const& text = values["version_stack_id"]; !text.empty()) {
+        std::optional<StackId> stack = StackId::Parse(text);
+        if (!stack) throw Wrong("version_stack_id", "has to be a lower-case UUID.");
+        if (!stack->IsNil()) upload.stack = stack;
+    }
+    return upload;
+}
+
+std::optional<NewUpload::Place> ReadPlace(Values& values, std::int64_t length) {
+    if (values["whole_id"].empty()) return std::nullopt;
+    std::optional<WholeId> whole = WholeId::Parse(values["whole_id"]);
+    if (!whole) throw Wrong("whole_id", "has to be a lower-case UUID.");
+    std::optional<std::int64_t> offset = ParseNumber(values["whole_offset"]);
+    std::optional<std::int64_t> wholeLength = ParseNumber(values["whole_length"]);
+    if (!offset) throw Wrong("whole_offset", "has to be a number of bytes.");
+    if (!wholeLength || *wholeLength > Uploads::kMaxBytes) {
+        throw Wrong("whole_length", "has to be the number of bytes of a movie.");
+    }
+    if (*offset > *wholeLength || length > *wholeLength - *offset) {
+        throw Wrong("whole_length", "ends before the part does.");
+    }
+    return NewUpload::Place{*whole, *offset, *wholeLength};
+}
+
 }  // namespace
 
 std::map<std::string, std::string> ParseUploadMetadata(std::string_view header) {
@@ -56,24 +93,42 @@ std::map<std::string, std::string> ParseUploadMetadata(std::string_view header) 
 }
 
 NewUpload ReadUploadMetadata(std::string const& header, std::int64_t length) {
-    auto values = ParseUploadMetadata(header);
-    NewUpload upload{.name = values["filename"],
-                     .folder = FolderId::ParseOrNil(values["folder_id"]),
-                     .mediaType = values["filetype"],
-                     .metadata = header,
-                     .length = length};
+    Values values = ParseUploadMetadata(header);
+    NewUpload upload = ReadValues(values, header, length);
     if (upload.name.empty()) throw Wrong("filename", "is missing.");
-    if (upload.name.size() > kLongestName) throw Wrong("filename", "is longer than 1,024 bytes.");
-    if (!IsShowableText(upload.name)) throw Wrong("filename", "has to be UTF-8 without NUL.");
     if (values["folder_id"].empty()) throw Wrong("folder_id", "is missing.");
-    if (upload.mediaType.empty()) upload.mediaType = "video/mp4";
-    if (!IsMediaType(upload.mediaType)) throw Wrong("filetype", "has to be a media type.");
-    if (std::string const& text = values["version_stack_id"]; !text.empty()) {
-        std::optional<StackId> stack = StackId::Parse(text);
-        if (!stack) throw Wrong("version_stack_id", "has to be a lower-case UUID.");
-        if (!stack->IsNil()) upload.stack = stack;
-    }
     return upload;
+}
+
+NewUpload ReadPartMetadata(std::string const& header, std::int64_t length) {
+    Values values = ParseUploadMetadata(header);
+    NewUpload upload = ReadValues(values, header, length);
+    upload.isPart = true;
+    upload.namesFolder = !values["folder_id"].empty();
+    if (!upload.namesFolder) upload.stack.reset();  // without a folder, none can be reserved
+    upload.place = ReadPlace(values, length);
+    return upload;
+}
+
+std::vector<UploadId> ReadConcat(std::string_view header) {
+    constexpr std::string_view kFinal = "final;";
+    if (!header.starts_with(kFinal)) {
+        throw ApiError::BadRequest(
+            "Upload-Concat has to be \"partial\", or \"final;\" and addresses.");
+    }
+    header.remove_prefix(kFinal.size());
+    std::vector<UploadId> ids;
+    while (!header.empty()) {
+        std::size_t blank = std::min(header.find(' '), header.size());
+        std::string_view address = header.substr(0, blank);
+        header.remove_prefix(std::min(blank + 1, header.size()));
+        if (address.empty()) continue;
+        // Whatever lies before the path: no other service's upload has the same ID.
+        std::optional<UploadId> id = UploadId::Parse(address.substr(address.rfind('/') + 1));
+        if (!id) throw ApiError::BadRequest("Upload-Concat names something that is no upload.");
+        ids.push_back(*std::move(id));
+    }
+    return ids;
 }
 
 }  // namespace quilloservice

@@ -1,6 +1,5 @@
 #include "service/uploads/Uploads.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -10,7 +9,6 @@
 
 #include "service/base/ApiError.h"
 #include "service/base/File.h"
-#include "service/base/Text.h"
 #include "service/base/Uuid.h"
 #include "service/store/DataDirectory.h"
 #include "service/store/Idempotency.h"
@@ -20,23 +18,6 @@
 namespace quilloservice {
 
 namespace {
-
-/// Brings `progress` to `offset` by reading the file from its start, unless it is there already.
-/// Needed after a restart and after a reverted append.
-void CatchUp(LiveUploads::Progress& progress, File const& file, std::int64_t offset) {
-    if (progress.offset == offset) return;
-    progress = {};
-    std::vector<char> buffer(1 << 18);
-    while (progress.offset < offset) {
-        auto wanted = std::min<std::int64_t>(offset - progress.offset,
-                                             static_cast<std::int64_t>(buffer.size()));
-        std::size_t count =
-            file.ReadAt(progress.offset, buffer.data(), static_cast<std::size_t>(wanted));
-        if (count == 0) throw std::runtime_error("an upload's file became shorter");
-        progress.digest.Update({buffer.data(), count});
-        progress.offset += static_cast<std::int64_t>(count);
-    }
-}
 
 /// Runs `work` and logs its exception: a problem with one upload must not block the others or the
 /// service's start.
@@ -57,7 +38,8 @@ Uploads::Uploads(DataDirectory const& directory, Store& store, ChangeFeed& chang
       store(store),
       clock(clock),
       freeBytes(freeBytes ? std::move(freeBytes) : [&directory] { return directory.FreeBytes(); }),
-      publisher(directory, store, changes, clock) {}
+      publisher(directory, store, changes, clock),
+      hashes(directory) {}
 
 void Uploads::Recover() {
     for (UploadId const& id : store.Read([&](Database& database) {
@@ -74,20 +56,38 @@ void Uploads::DeleteOld() {
     std::int64_t before = clock() - kExpireAfterSeconds;
     for (UploadId const& id :
          store.Read([&](Database& database) { return UnfinishedUploads(database, before); })) {
-        LogFailure("delete upload " + id.GetText(), [&] { Delete(id, before); });
+        LogFailure("delete upload " + id.GetText(), [&] { DeleteIdle(id, before); });
     }
 }
 
-void Uploads::Delete(UploadId const& id, std::int64_t before) {
+void Uploads::DeleteIdle(UploadId const& id, std::int64_t before) {
     auto lease = live.TryAcquire(id);
     if (!lease) return;
     auto upload = store.Read([&](Database& database) { return FindUpload(database, id); });
-    if (!upload || publisher.FinishInterrupted(*upload)) return;
+    if (upload && !publisher.FinishInterrupted(*upload)) DeleteLeased(*upload, before);
+}
+
+void Uploads::Delete(UserId const& user, UploadId const& id) {
+    UploadRecord upload = Get(user, id);
+    LiveUploads::Lease lease = Acquire(id);
+    upload = Get(user, id);
+    if (upload.published || publisher.FinishInterrupted(upload)) {
+        throw ApiError::Forbidden("The movie is published, and published movies stay.");
+    }
+    DeleteLeased(upload, std::numeric_limits<std::int64_t>::max());
+}
+
+bool Uploads::DeleteLeased(UploadRecord const& upload, std::int64_t before) {
     bool deleted =
-        store.Write([&](Database& database) { return DeleteUpload(database, id, before); });
-    if (!deleted) return;
+        store.Write([&](Database& database) { return DeleteUpload(database, upload.id, before); });
+    if (!deleted) return false;
+    // Other bytes may come in the place of a part that is gone.
+    hashes.Drop(upload.file);
+    bool inUse =
+        store.Read([&](Database& database) { return !UploadsIn(database, upload.file).empty(); });
     std::error_code missing;
-    std::filesystem::remove(directory.UploadPath(id), missing);
+    if (!inUse) std::filesystem::remove(directory.UploadPath(upload.file), missing);
+    return true;
 }
 
 UploadId Uploads::Create(UserId const& user, NewUpload const& request,
@@ -96,8 +96,9 @@ UploadId Uploads::Create(UserId const& user, NewUpload const& request,
     return store.Write([&](Database& database) {
         if (!key) return Insert(database, user, request);
         std::int64_t now = clock();
-        IdempotentRequest repeatable{
-            user, *key, "upload " + std::to_string(request.length) + " " + request.metadata};
+        IdempotentRequest repeatable{user, *key,
+                                     (request.isPart ? "part " : "upload ") +
+                                         std::to_string(request.length) + " " + request.metadata};
         if (auto earlier = FindRepeated<UploadId>(database, repeatable, now)) return *earlier;
         UploadId id = Insert(database, user, request);
         RememberResult(database, repeatable, id, now);
@@ -106,10 +107,9 @@ UploadId Uploads::Create(UserId const& user, NewUpload const& request,
 }
 
 UploadId Uploads::Insert(Database& database, UserId const& user, NewUpload const& request) {
-    Node folder = RequireNode(database, user, request.folder);
-    if (request.stack) Publisher::AdmitToStack(database, user, folder, *request.stack);
-    if (freeBytes() - kReserveBytes - BytesOutstanding(database) < request.length) {
-        throw ApiError::DoesNotFit();
+    if (request.namesFolder) {
+        Node folder = RequireNode(database, user, request.folder);
+        if (request.stack) Publisher::AdmitToStack(database, user, folder, *request.stack);
     }
     UploadRecord upload{.id = UploadId(NewUuid()),
                         .user = user,
@@ -120,8 +120,43 @@ UploadId Uploads::Insert(Database& database, UserId const& user, NewUpload const
                         .mediaType = request.mediaType,
                         .metadata = request.metadata,
                         .length = request.length};
+    upload.file = upload.id;
+    if (request.isPart) upload.kind = UploadKind::Part;
+    if (request.place) {
+        upload.place = request.place->offset;
+        upload.whole = request.place->whole;
+        upload.wholeLength = request.place->wholeLength;
+        return InsertPart(database, std::move(upload));
+    }
+    CheckRoom(database, request.length);
     InsertUpload(database, upload, clock());
     return upload.id;
+}
+
+/// Inserts a part that has a place in a movie.
+UploadId Uploads::InsertPart(Database& database, UploadRecord part) {
+    std::vector<UploadRecord> others = PartsOf(database, part.user, *part.whole);
+    if (others.empty()) {
+        CheckRoom(database, part.wholeLength);
+    } else {
+        part.file = others.front().file;
+    }
+    for (UploadRecord const& other : others) {
+        bool apart =
+            part.place + part.length <= other.place || other.place + other.length <= part.place;
+        if (!apart || other.wholeLength != part.wholeLength) {
+            throw ApiError::Conflict(
+                "Another part of this movie has the same bytes, or names another length.");
+        }
+    }
+    InsertUpload(database, part, clock());
+    return part.id;
+}
+
+void Uploads::CheckRoom(Database& database, std::int64_t bytes) const {
+    if (freeBytes() - kReserveBytes - BytesOutstanding(database) < bytes) {
+        throw ApiError::DoesNotFit();
+    }
 }
 
 UploadRecord Uploads::Get(UserId const& user, UploadId const& id) const {
@@ -139,11 +174,33 @@ LiveUploads::Lease Uploads::Acquire(UploadId const& id) {
     throw ApiError::Conflict("Another request is completing this upload.");
 }
 
+/// At the first use of a file since the start: lowers the offsets of uploads whose bytes did not
+/// reach the disk before a power failure, since they are not synced.
+void Uploads::CheckStored(UploadId const& id) {
+    if (hashes.Knows(id)) return;
+    hashes.Follow(id, [&] {
+        std::optional<File> file = File::OpenExisting(directory.UploadPath(id));
+        return store.Write(
+            [&](Database& database) {
+                for (UploadRecord const& upload : UploadsIn(database, id)) {
+                    std::int64_t end = upload.place + upload.confirmed;
+                    std::int64_t stored = file ? file->FirstHole(upload.place, end) : upload.place;
+                    if (stored >= end) continue;
+                    SetConfirmed(database, upload.id, stored - upload.place, clock());
+                }
+                return ConfirmedFront(database, id);
+            },
+            Store::Durability::Process);
+    });
+}
+
 std::shared_ptr<UploadAppend> Uploads::BeginAppend(UserId const& user, UploadId const& id,
                                                    AppendRequest const& request,
                                                    std::function<void()> onOvertaken) {
-    constexpr char const* kMoved = "The upload's offset has changed; HEAD reports it.";
     auto check = [&](UploadRecord const& upload) {
+        if (upload.kind == UploadKind::Joined) {
+            throw ApiError::Forbidden("A movie that is joined from parts takes no bytes itself.");
+        }
         if (request.offset != upload.confirmed) {
             throw ApiError::Conflict("The upload's offset is " + std::to_string(upload.confirmed) +
                                      ", not " + std::to_string(request.offset) + ".");
@@ -153,26 +210,23 @@ std::shared_ptr<UploadAppend> Uploads::BeginAppend(UserId const& user, UploadId 
         }
     };
     // Also before Acquire, so that a refused request does not take the upload from another one.
-    check(Get(user, id));
-    LiveUploads::Lease lease = Acquire(id);
     UploadRecord upload = Get(user, id);
     check(upload);
-    if (!upload.published && publisher.FinishInterrupted(upload)) throw ApiError::Conflict(kMoved);
-    File file = upload.published ? File(directory.MoviePath(upload.asset), File::Mode::Read)
-                                 : File(directory.UploadPath(upload.id), File::Mode::Write);
-    if (!upload.published) {
-        if (std::int64_t size = file.Size(); size < upload.confirmed) {
-            // Confirmed bytes can be missing after a power failure, since they are not synced.
-            store.Write([&](Database& database) { SetConfirmed(database, id, size, clock()); },
-                        Store::Durability::Process);
-            throw ApiError::Conflict(kMoved);
-        }
-        file.Truncate(upload.confirmed);
-        CatchUp(lease.GetProgress(), file, upload.confirmed);
+    LiveUploads::Lease lease = Acquire(id);
+    if (!upload.published && publisher.FinishInterrupted(Get(user, id))) {
+        throw ApiError::Conflict("The upload's offset has changed; HEAD reports it.");
     }
-    auto append = std::make_shared<UploadAppend>(UploadAppend::Parts{store, publisher, clock},
-                                                 std::move(upload), std::move(lease),
-                                                 std::move(file), request, std::move(onOvertaken));
+    if (!upload.IsComplete()) CheckStored(upload.file);
+    upload = Get(user, id);
+    check(upload);
+    std::optional<File> file;
+    if (!upload.IsComplete()) {
+        file.emplace(directory.UploadPath(upload.file), File::Mode::Write);
+        if (upload.OwnsFile()) file->Truncate(upload.confirmed);
+    }
+    auto append = std::make_shared<UploadAppend>(
+        UploadAppend::Parts{store, publisher, hashes, clock}, std::move(upload), std::move(lease),
+        std::move(file), request, std::move(onOvertaken));
     live.SetHolder(id, append);
     return append;
 }

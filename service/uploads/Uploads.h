@@ -5,8 +5,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "service/base/Clock.h"
+#include "service/uploads/ContentHash.h"
 #include "service/uploads/LiveUploads.h"
 #include "service/uploads/Publisher.h"
 #include "service/uploads/UploadAppend.h"
@@ -26,6 +28,17 @@ struct NewUpload {
     std::string mediaType;
     std::string metadata;
     std::int64_t length = 0;
+
+    /// Where a part lies in its movie.
+    struct Place {
+        WholeId whole;
+        std::int64_t offset = 0;
+        std::int64_t wholeLength = 0;
+    };
+
+    bool isPart = false;           ///< of a movie; then the name may be missing
+    bool namesFolder = true;       ///< false: a part whose movie's folder is not known yet
+    std::optional<Place> place{};  ///< of a part, if the client says so
 };
 
 /// Resumable uploads. Functions throw ApiError for the error responses. Any thread. One request at
@@ -58,6 +71,18 @@ public:
 
     [[nodiscard]] UploadRecord Get(UserId const& user, UploadId const& id) const;
 
+    /// Publishes the movie that these parts make in this order, and ends them. Repeating the call
+    /// is safe. If each part was created with its place in the same whole, their bytes lie in one
+    /// file already; otherwise they are copied. `metadata` is the movie's, without a length. Throws
+    /// ApiError 409 if bytes are missing, and 460, with the parts deleted, if the movie's checksum
+    /// is not `contentSha256`.
+    UploadId Join(UserId const& user, NewUpload const& movie, std::vector<UploadId> const& parts,
+                  std::optional<std::string> const& contentSha256);
+
+    /// Deletes an unfinished upload; an append to it is cut off. Throws ApiError 403 if it is
+    /// published.
+    void Delete(UserId const& user, UploadId const& id);
+
     /// Starts to append a body. `onOvertaken` is called if another request takes the upload over.
     std::shared_ptr<UploadAppend> BeginAppend(UserId const& user, UploadId const& id,
                                               AppendRequest const& request,
@@ -69,14 +94,23 @@ public:
 private:
     void DeleteOld();
     UploadId Insert(Database& database, UserId const& user, NewUpload const& request);
-    void Delete(UploadId const& id, std::int64_t before);
+    UploadId InsertPart(Database& database, UploadRecord part);
+    UploadId InsertJoined(Database& database, UserId const& user, NewUpload const& movie,
+                          std::vector<UploadId> const& parts);
+    void CheckRoom(Database& database, std::int64_t bytes) const;
+    void DeleteIdle(UploadId const& id, std::int64_t before);
+    bool DeleteLeased(UploadRecord const& upload, std::int64_t before);
     LiveUploads::Lease Acquire(UploadId const& id);
+    void CheckStored(UploadId const& file);
+    void PublishJoined(UploadRecord const& upload, std::optional<std::string> const& contentSha256);
+    void CopyParts(UploadRecord const& upload);
 
     DataDirectory const& directory;
     Store& store;
     Clock clock;
     FreeBytes freeBytes;
     Publisher publisher;
+    ContentHashes hashes;
     LiveUploads live;
 };
 

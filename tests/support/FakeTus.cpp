@@ -4,7 +4,9 @@
 #include <xxhash.h>
 
 #include <algorithm>
+#include <sstream>
 #include <utility>
+#include <vector>
 
 #include "moxcore/config/Error.h"
 #include "tests/support/ScriptedTransport.h"
@@ -64,14 +66,18 @@ FakeTus::Event FakeTus::NextEvent(std::string const& method) {
 std::optional<HttpResponse> FakeTus::Answer(HttpRequest const& request) {
     if (onRequest) onRequest(request);
     if (HeaderOf(request, "Tus-Resumable") != "1.0.0") return HttpResponse{412};
-    auto const event = NextEvent(request.method);
+    bool const joins = HeaderOf(request, "Upload-Concat").starts_with("final;");
+    auto const event = NextEvent(joins ? "JOIN" : request.method);
     if (event.status != 0) return HttpResponse{event.status, event.headers};
     auto const weather = event.weather;
     if (weather == Weather::LoseRequest) LoseConnection();
 
     auto path = request.url.substr(std::string(ScriptedTransport::kAddress).size());
+    if (request.method == "OPTIONS") return HttpResponse{204, {{"TUS-EXTENSION", extensions}}};
     if (request.method == "POST") {
-        auto const answer = Create(request);
+        if (weather == Weather::LoseUpload) uploads.erase(uploads.begin());
+        auto const answer = joins ? Join(request) : Create(request);
+        if (weather == Weather::CorruptContent) uploads.rbegin()->second.bytes[0] ^= 1;
         if (weather == Weather::LoseAnswer) LoseConnection();
         return answer;
     }
@@ -87,9 +93,14 @@ std::optional<HttpResponse> FakeTus::Answer(HttpRequest const& request) {
         LoseConnection();
     }
     if (weather == Weather::KeepHalf || weather == Weather::KeepHalfPolitely) {
-        upload.bytes.append(*request.body, 0, request.body->size() / 2);
+        auto const body = BodyOf(request);
+        upload.bytes.append(body, 0, body.size() / 2);
         if (weather == Weather::KeepHalf) LoseConnection();
         return HttpResponse{204, {{"UPLOAD-OFFSET", std::to_string(upload.bytes.size())}}};
+    }
+    if (request.method == "DELETE") {
+        uploads.erase(found);
+        return HttpResponse{204};
     }
     if (request.method == "HEAD")
         return HttpResponse{200,
@@ -112,7 +123,8 @@ std::optional<HttpResponse> FakeTus::Answer(HttpRequest const& request) {
 
 HttpResponse FakeTus::Create(HttpRequest const& request) {
     Upload const made{HeaderOf(request, "Idempotency-Key"), HeaderOf(request, "Upload-Metadata"),
-                      std::stoul(HeaderOf(request, "Upload-Length")), ""};
+                      std::stoul(HeaderOf(request, "Upload-Length")), "",
+                      HeaderOf(request, "Upload-Concat") == "partial"};
     auto found = std::find_if(uploads.begin(), uploads.end(),
                               [&](auto const& entry) { return entry.second.key == made.key; });
     if (found == uploads.end())
@@ -120,16 +132,42 @@ HttpResponse FakeTus::Create(HttpRequest const& request) {
     return {201, {{"LOCATION", location.value_or(found->first)}}};
 }
 
+HttpResponse FakeTus::Join(HttpRequest const& request) {
+    auto paths = HeaderOf(request, "Upload-Concat").substr(6);
+    if (auto const earlier = joined.find(paths); earlier != joined.end())
+        return {201, {{"LOCATION", earlier->second}}};
+    Upload movie{"", HeaderOf(request, "Upload-Metadata"), 0, "", false};
+    std::vector<std::string> parts;
+    for (std::istringstream words(paths); words >> parts.emplace_back();) {
+        auto const part = uploads.find(parts.back());
+        if (part == uploads.end()) return HttpResponse{404};
+        if (!part->second.isPart) return HttpResponse{400};
+        if (part->second.bytes.size() < part->second.length) return HttpResponse{409};
+        movie.bytes += part->second.bytes;
+    }
+    parts.pop_back();
+    for (auto const& part : parts)
+        uploads.erase(part);
+    movie.length = movie.bytes.size();
+    if (HeaderOf(request, "Quillo-Content-SHA256") != Sha256Of(movie.bytes))
+        return HttpResponse{460};
+    auto const path = "/v1/uploads/movie" + std::to_string(++created);
+    joined.emplace(paths, path);
+    uploads.emplace(path, std::move(movie));
+    return {201, {{"LOCATION", path}}};
+}
+
 HttpResponse FakeTus::Append(Upload& upload, HttpRequest const& request) {
     if (HeaderOf(request, "Upload-Offset") != std::to_string(upload.bytes.size()))
         return HttpResponse{409};
     if (HeaderOf(request, "Content-Type") != "application/offset+octet-stream")
         return HttpResponse{415};
-    if (HeaderOf(request, "Upload-Checksum") != "xxh128 " + Base64Of(FastDigest(*request.body)))
+    auto const body = BodyOf(request);
+    if (HeaderOf(request, "Upload-Checksum") != "xxh128 " + Base64Of(FastDigest(body)))
         return HttpResponse{460};
-    upload.bytes += *request.body;
+    upload.bytes += body;
     if (upload.bytes.size() > upload.length) return HttpResponse{413};
-    if (upload.bytes.size() == upload.length &&
+    if (upload.bytes.size() == upload.length && !upload.isPart &&
         HeaderOf(request, "Quillo-Content-SHA256") != Sha256Of(upload.bytes)) {
         upload.bytes.clear();
         return HttpResponse{460};

@@ -25,8 +25,8 @@ enum class Weather {
 /// A tus service in memory, with weather. By its test's thread.
 class FakeTus {
 public:
-    /// Something that happens to the next request of a method: weather, or, where there is a
-    /// status, an answer in its place.
+    /// Something that happens to the next request of a method, JOIN for one that joins parts:
+    /// weather, or, where there is a status, an answer in its place.
     struct Event {
         std::string method;
         Weather weather = Weather::Fair;
@@ -39,12 +39,14 @@ public:
         std::string metadata;
         std::size_t length = 0;
         std::string bytes;
+        bool isPart = false;
     };
 
     std::deque<Event> events;
     std::function<void(quillosdk::HttpRequest const&)> onRequest;  ///< sees each one first
     std::optional<std::string> location;                           ///< instead of the right one
-    std::map<std::string, Upload> uploads;                         ///< by path
+    std::string extensions = "creation,checksum,concatenation,termination";
+    std::map<std::string, Upload> uploads;  ///< by path
 
     [[nodiscard]] std::optional<quillosdk::HttpResponse> Answer(
         quillosdk::HttpRequest const& request);
@@ -52,10 +54,12 @@ public:
 private:
     [[nodiscard]] Event NextEvent(std::string const& method);
     [[nodiscard]] quillosdk::HttpResponse Create(quillosdk::HttpRequest const& request);
+    [[nodiscard]] quillosdk::HttpResponse Join(quillosdk::HttpRequest const& request);
     [[nodiscard]] quillosdk::HttpResponse Append(Upload& upload,
                                                  quillosdk::HttpRequest const& request);
 
     int created = 0;
+    std::map<std::string, std::string> joined;  // the movies' paths, by the parts'
 };
 
 /// In hexadecimal.

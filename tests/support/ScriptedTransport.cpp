@@ -88,6 +88,13 @@ std::string HeaderOf(HttpRequest const& request, std::string const& name) {
     return {};
 }
 
+std::string BodyOf(HttpRequest const& request) {
+    if (!request.bodySource) return request.body ? *request.body : std::string();
+    std::string bytes(request.bodySource->Size(), '\0');
+    request.bodySource->Read(0, bytes);
+    return bytes;
+}
+
 ScriptedTransport::ScriptedTransport()
     : line(std::make_shared<Line>()), addressBefore(quillocommon::GetServiceAddress()) {
     quillosdk::Transport::Set(line);

@@ -19,6 +19,9 @@ namespace testsupport {
 /// in).
 [[nodiscard]] std::string HeaderOf(quillosdk::HttpRequest const& request, std::string const& name);
 
+/// The bytes of the request's body.
+[[nodiscard]] std::string BodyOf(quillosdk::HttpRequest const& request);
+
 /// Stands in for the network as long as it lives: keeps every request that is sent and answers it
 /// when the test says so. Make it before the code under test sends anything, and drop it after that
 /// has come to rest. Any thread.

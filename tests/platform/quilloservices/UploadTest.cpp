@@ -7,13 +7,7 @@
 #include <set>
 
 #include "moxcore/config/Error.h"
-#include "quillosdk/QuilloClient.h"
-#include "quillosdk/RetryPolicy.h"
-#include "tests/support/FailureLog.h"
-#include "tests/support/FakeTus.h"
-#include "tests/support/ManualExecutor.h"
-#include "tests/support/ScriptedTransport.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/platform/quilloservices/UploadFixture.h"
 
 namespace {
 
@@ -23,57 +17,11 @@ using moxcore::config::ExtractResultFromException;
 using testing::HasSubstr;
 using testsupport::FakeTus;
 using testsupport::HeaderOf;
+using testsupport::kPiece;
+using testsupport::Movie;
 using testsupport::Weather;
 
-constexpr std::size_t kPiece = std::size_t{8} << 20;
-
-quillocommon::Guid const kFolderID{std::string_view("11111111-2222-3333-4444-555555555555")};
-
-/// Bytes of which no two stretches are alike.
-std::string Movie(std::size_t size) {
-    std::string bytes(size, '\0');
-    std::uint32_t state = 1;
-    for (auto& byte : bytes) {
-        state = state * 1664525 + 1013904223;
-        byte = static_cast<char>(state >> 24);
-    }
-    return bytes;
-}
-
-class UploadTest : public testing::Test {
-protected:
-    UploadTest() {
-        RetryPolicy::SetRandomSource([] { return 0.5; });
-        static_cast<void>(client.UpdateAccessToken("secret-of-the-test"));
-        transport.SetResponder([this](HttpRequest const& request) { return tus.Answer(request); });
-    }
-    ~UploadTest() override { RetryPolicy::SetRandomSource({}); }
-
-    using Future = moxcore::async::Future<std::shared_ptr<UploadResponse>>;
-
-    /// Uploads the file at `path`, through all waits, to its end.
-    Future Upload(std::filesystem::path const& path, quillocommon::Guid const& stack = {}) {
-        UploadRequest request(
-            kFolderID, path.string(),
-            [this](std::uint64_t done, std::uint64_t all) { progress.emplace_back(done, all); });
-        request.SetAutoversionId(stack);
-        request.SetWaitListener([this](auto since) { waits.push_back(since.has_value()); });
-        auto future = client.GetTransferManager().Upload(request, uploadID);
-        executor.AdvanceBy(1h);
-        EXPECT_TRUE(future.IsComplete());
-        return future;
-    }
-
-    testsupport::ManualExecutor executor;
-    testsupport::ScriptedTransport transport;
-    testsupport::FailureLog failures;
-    testsupport::TemporaryDirectory directory;
-    FakeTus tus;
-    QuilloClient client{QuilloConfig("editor"), {}};
-    quillocommon::Guid uploadID;
-    std::vector<std::pair<std::uint64_t, std::uint64_t>> progress;
-    std::vector<bool> waits;  // those told, each with its end
-};
+using UploadTest = testsupport::UploadFixture;
 
 TEST_F(UploadTest, SendsAFileInPiecesUnderTheKeyThatItTells) {
     auto const movie = Movie(2 * kPiece + 5);
@@ -101,10 +49,10 @@ TEST_F(UploadTest, JoinsNoStackWhenThereIsNone) {
 TEST_F(UploadTest, ProgressCountsWhatIsOnItsWayAndEndsOnceTheFileIsPublished) {
     auto const path = directory.Write("m", Movie(kPiece + 100));
     transport.SetResponder({});
-    UploadRequest const request(kFolderID, path.string(), [this](std::uint64_t d, std::uint64_t t) {
+    UploadRequest const request(folderID, path.string(), [this](std::uint64_t d, std::uint64_t t) {
         progress.emplace_back(d, t);
     });
-    auto const future = client.GetTransferManager().Upload(request, uploadID);
+    auto const future = client->GetTransferManager().Upload(request, uploadID);
     EXPECT_EQ(transport.Count(), 0u) << "nothing happens on the caller's thread";
     executor.RunDue();
     auto const answer = [&](std::size_t i) {
@@ -373,19 +321,20 @@ TEST_F(UploadTest, FailsWhenTheFileChangesWhileItIsReadAndPublishesNothing) {
 
 TEST_F(UploadTest, AThrowingProgressFailsTheUpload) {
     UploadRequest const request(
-        kFolderID, directory.Write("m", Movie(2 * kPiece)).string(),
+        folderID, directory.Write("m", Movie(2 * kPiece)).string(),
         [](std::uint64_t, std::uint64_t) { throw std::bad_function_call(); });
-    auto const future = client.GetTransferManager().Upload(request, uploadID);
+    auto const future = client->GetTransferManager().Upload(request, uploadID);
     executor.RunDue();
     EXPECT_THROW(static_cast<void>(future.Get()), std::bad_function_call);
 }
 
 TEST_F(UploadTest, IsCancelledWhenTheTransportEnds) {
     transport.SetResponder({});
-    UploadRequest const request(kFolderID, directory.Write("m", "x").string(), {});
-    auto const future = client.GetTransferManager().Upload(request, uploadID);
+    UploadRequest const request(folderID, directory.Write("m", "x").string(), {});
+    auto const future = client->GetTransferManager().Upload(request, uploadID);
     executor.RunDue();
     transport.Cancel(0);
+    executor.RunDue();
     EXPECT_THROW(static_cast<void>(future.Get()), moxcore::async::CancelledException);
     EXPECT_TRUE(failures.All().empty());
 }

@@ -26,13 +26,15 @@ TEST_F(UploadRoutesTest, SetsTusHeaders) {
     EXPECT_EQ(version("POST", "/v1/uploads", {}), "400 1.0.0");
     EXPECT_EQ(version("POST", "/v1/uploads", {{"Authorization", ""}}), "401 1.0.0");
     EXPECT_EQ(version("PATCH", upload, {{"Content-Encoding", "gzip"}}), "400 1.0.0");
-    EXPECT_EQ(version("DELETE", upload, {}), "405 1.0.0");
     EXPECT_EQ(version("GET", "/v1/uploads/x", {}), "404 1.0.0");
     EXPECT_EQ(version("GET", upload, {{"X-HTTP-Method-Override", "HEAD"}}), "200 1.0.0");
+    EXPECT_EQ(version("DELETE", upload, {}), "204 1.0.0");
+    EXPECT_EQ(version("HEAD", upload, {}), "404 1.0.0");
     EXPECT_EQ(version("OPTIONS", "/v1/uploads", {}), "204 ");
     auto options = client.http.Options("/v1/uploads");
     EXPECT_EQ(options->get_header_value("Tus-Version"), "1.0.0");
-    EXPECT_EQ(options->get_header_value("Tus-Extension"), "creation,checksum");
+    EXPECT_EQ(options->get_header_value("Tus-Extension"),
+              "creation,checksum,concatenation,termination");
     EXPECT_EQ(options->get_header_value("Tus-Checksum-Algorithm"), "sha1,sha256,xxh128");
     EXPECT_EQ(options->get_header_value("Tus-Max-Size"), "1099511627776");
 }
@@ -85,6 +87,50 @@ TEST_F(UploadRoutesTest, ValidatesUploadCreations) {
         ASSERT_TRUE(result);
         EXPECT_EQ(result->status, row.status) << result->body;
     }
+}
+
+TEST_F(UploadRoutesTest, JoinsParts) {
+    auto metadata = [](std::string const& id, std::string const& offset) {
+        return "whole_id " + test::ToBase64(id) + ",whole_offset " + test::ToBase64(offset) +
+               ",whole_length " + test::ToBase64("6");
+    };
+    auto create = [&](std::string const& length, std::string const& upload) {
+        auto result = client.Send(
+            "POST", "/v1/uploads",
+            {{"Upload-Concat", "partial"}, {"Upload-Length", length}, {"Upload-Metadata", upload}});
+        return result->status == 201 ? result->get_header_value("Location")
+                                     : std::to_string(result->status);
+    };
+    std::string whole = NewUuid();
+    std::string one = create("2", metadata(whole, "0"));
+    std::string other = create("4", metadata(whole, "2"));
+    EXPECT_EQ(create("2", metadata("x", "0")), "400");
+    EXPECT_EQ(create("2", metadata(whole, "5")), "400") << "beyond the whole";
+    EXPECT_EQ(create("2", metadata(whole, "-1")), "400");
+    EXPECT_EQ(create("2", metadata(whole, "1")), "409") << "overlaps";
+    EXPECT_EQ(client.Send("HEAD", one)->get_header_value("Upload-Concat"), "partial");
+    client.Append(other, 0, "vies");
+    client.Append(one, 0, "mo");
+
+    auto join = [&](std::string const& concat, Headers more = {}) {
+        more.emplace("Upload-Concat", concat);
+        more.emplace("Upload-Metadata", Metadata("movie.mp4", client.folder));
+        return client.Send("POST", "/v1/uploads", more);
+    };
+    EXPECT_EQ(join("final;/v1/uploads/x")->status, 400);
+    EXPECT_EQ(join("whole")->status, 400);
+    EXPECT_EQ(join("final;" + one, {{"Upload-Length", "2"}})->status, 400);
+    std::string both = "final;http://elsewhere" + one + " " + other;
+    auto joined = join(both);
+    EXPECT_EQ(joined->status, 201) << joined->body;
+    std::string location = joined->get_header_value("Location");
+    EXPECT_EQ(nlohmann::json::parse(joined->body), client.Get(location + "/asset"));
+    EXPECT_EQ(client.Get(location + "/asset")["bytes"], 6);
+    EXPECT_EQ(join(both)->get_header_value("Location"), location);
+    auto head = client.Send("HEAD", location);
+    EXPECT_EQ(head->get_header_value("Upload-Concat"), "final;" + one + " " + other);
+    EXPECT_EQ(head->get_header_value("Upload-Offset"), "6");
+    EXPECT_EQ(client.Send("DELETE", location)->status, 403);
 }
 
 TEST_F(UploadRoutesTest, ValidatesAppends) {

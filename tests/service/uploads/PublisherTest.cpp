@@ -111,6 +111,7 @@ bool EntersAChange(pid_t process) {
         case SYS_openat:
         case SYS_write:
         case SYS_pwrite64:
+        case SYS_copy_file_range:
         case SYS_ftruncate:
         case SYS_fallocate:
         case SYS_fsync:
@@ -212,6 +213,42 @@ TEST_F(PublisherTest, SurvivesACrashAtAnyPoint) {
         }
         EXPECT_GT(steps, 10) << "too few changes of the disk were traced";
         RecordProperty(renamed ? "recovery" : "publication", steps);
+    }
+}
+
+TEST_F(PublisherTest, SurvivesACrashAtAnyPointOfAJoin) {
+    std::string_view const halves[] = {kContent.substr(0, 6), kContent.substr(6)};
+    for (bool placed : {false, true}) {
+        int steps = 0;
+        for (bool killed = true; killed; ++steps) {
+            test::TempDirectory data;
+            std::vector<UploadId> parts;
+            NewUpload movie{.name = "movie.mp4", .folder = folder, .mediaType = "video/mp4"};
+            {
+                Opened opened(data.GetPath());
+                NewUpload part{.mediaType = "video/mp4", .isPart = true, .namesFolder = false};
+                if (placed) part.place = {WholeId(NewUuid()), 0, kContent.size()};
+                for (std::string_view half : halves) {
+                    part.length = static_cast<std::int64_t>(half.size());
+                    parts.push_back(opened.uploads.Create(user, part, std::nullopt));
+                    auto append = opened.uploads.BeginAppend(user, parts.back(), {}, {});
+                    append->Take(half);
+                    append->Finish(true);
+                    if (placed) part.place->offset += part.length;
+                }
+            }
+            killed = IsKilledAt(steps + 1, [&](auto const& prepared) {
+                Opened opened(data.GetPath());
+                prepared();
+                opened.uploads.Join(user, movie, parts, std::nullopt);
+            });
+            Opened opened(data.GetPath());
+            UploadId joined = opened.uploads.Join(user, movie, parts, std::nullopt);
+            EXPECT_EQ(ReadFile(opened.directory.MoviePath(opened.uploads.Asset(user, joined).id)),
+                      kContent)
+                << "change " << steps + 1;
+        }
+        EXPECT_GT(steps, 10) << "too few changes of the disk were traced";
     }
 }
 

@@ -1,8 +1,8 @@
-#include "quilloclient/SerialExecutor.h"
+#include "quillocommon/SerialExecutor.h"
 
 #include <utility>
 
-namespace quillo {
+namespace quillocommon {
 
 void SerialExecutor::CallAsync(std::function<void()> function) {
     {
@@ -47,4 +47,4 @@ void SerialExecutor::RunFirst() {
     function();
 }
 
-}  // namespace quillo
+}  // namespace quillocommon

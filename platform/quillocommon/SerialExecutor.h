@@ -7,7 +7,7 @@
 
 #include "moxcore/threads/AsyncExecutor.h"
 
-namespace quillo {
+namespace quillocommon {
 
 /// Runs functions on the I/O executor, one after the other in the order in which they are given:
 /// what only they touch needs no lock. Any thread.
@@ -26,4 +26,4 @@ private:
     bool scheduled = false;                       // guarded by mutex: the first is on its way
 };
 
-}  // namespace quillo
+}  // namespace quillocommon
