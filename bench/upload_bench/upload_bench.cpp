@@ -1,16 +1,22 @@
 // Throughput and memory of an upload; see README.md.
 
+#include <sys/resource.h>
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "bench/upload_bench/UploadPeers.h"
+#include "quillosdk/PieceReader.h"
+#include "quillosdk/UploadState.h"
 
 namespace {
 
@@ -51,6 +57,27 @@ long Status(std::string const& name) {
     throw std::runtime_error("no " + name);
 }
 
+/// The processor's time that this process has taken, or the programs that it has waited for.
+double ProcessorSeconds(int whose) {
+    rusage usage{};
+    getrusage(whose, &usage);
+    auto const seconds = [](timeval const& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/// What reading a file and hashing it as an upload does takes of the processor's time.
+double HashingSeconds(fs::path const& path) {
+    auto const before = ProcessorSeconds(RUSAGE_SELF);
+    quillosdk::PieceReader reader(std::make_shared<quillosdk::FileSnapshot const>(path.string()));
+    auto const size = fs::file_size(path);
+    for (std::uint64_t at = 0; at < size; at += quillosdk::kPieceBytes)
+        static_cast<void>(reader.Read(at, std::min(quillosdk::kPieceBytes, size - at)));
+    static_cast<void>(reader.ContentSha256());
+    return ProcessorSeconds(RUSAGE_SELF) - before;
+}
+
 void Run(Settings const& settings) {
     Scratch const scratch(settings.directory);
     UploadPeers bench(scratch.path);
@@ -59,6 +86,8 @@ void Run(Settings const& settings) {
 
     std::vector<double> ours;
     std::vector<double> curls;
+    double const selfBefore = ProcessorSeconds(RUSAGE_SELF);
+    double const curlBefore = ProcessorSeconds(RUSAGE_CHILDREN);
     for (std::uint64_t round = 0; round < settings.rounds; ++round) {
         ours.push_back(UploadPeers::Measure(movie, [&] { bench.UploadOurs(movie); }));
         curls.push_back(UploadPeers::Measure(movie, [&] { bench.UploadCurls(movie); }));
@@ -66,8 +95,17 @@ void Run(Settings const& settings) {
                     ours.back(), curls.back());
         std::fflush(stdout);
     }
-    if (settings.rounds > 0)
+    if (settings.rounds > 0) {
+        auto const rounds = static_cast<double>(settings.rounds);
+        double const self = (ProcessorSeconds(RUSAGE_SELF) - selfBefore) / rounds;
+        double const curl = (ProcessorSeconds(RUSAGE_CHILDREN) - curlBefore) / rounds;
+        double const hashing = HashingSeconds(movie);
         std::printf("ratio of the medians: %.2f\n", Median(ours) / Median(curls));
+        std::printf(
+            "processor: TransferManager %.2f s, of it hashing %.2f s; curl %.2f s; ratio without "
+            "hashing %.2f\n",
+            self, hashing, curl, (self - hashing) / curl);
+    }
 
     if (settings.sparseMib == 0) return;
     auto const sparse = scratch.path / "sparse.mp4";

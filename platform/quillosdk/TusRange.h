@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -117,6 +116,7 @@ private:
     void PrepareFrom(std::uint64_t from);
     void SendPiece(Prepared const& prepared);
     void LookForConnectionLater();
+    void NoteBytesSent(std::uint64_t from, std::uint64_t bytes, std::uint64_t size);
     void OnBytesSent(std::uint64_t from, std::uint64_t bytes);
     void OnPatched(Answer const& answer);
     void Confirm(std::uint64_t offset);
@@ -155,7 +155,10 @@ private:
     std::uint64_t sentTo = 0;    // the end of all that was sent
     std::uint64_t furthest = 0;  // the furthest offset confirmed
 
-    std::atomic<std::uint64_t> told = 0;  // of the piece's bytes sent; on the transport's thread
+    std::uint64_t toldFrom =
+        0;                   // the piece of which bytes were sent last; on the transport's thread
+    std::uint64_t told = 0;  // of the piece's bytes sent; on the transport's thread
+    moxcore::threads::TimePoint toldAt;  // likewise
     std::uint64_t pieceBytes = kPieceBytes;
     bool mayGrow = false;
     moxcore::threads::TimePoint begunAt;  // the piece sent last

@@ -61,10 +61,11 @@ TEST_F(UploadTest, ProgressCountsWhatIsOnItsWayAndEndsOnceTheFileIsPublished) {
         executor.RunDue();
     };
     answer(0);
-    transport.ReportSent(1, 10);  // too little to be worth telling
-    transport.ReportSent(1, 100'000);
-    transport.ReportSent(1, 50'000);  // sent again: no step back
-    transport.ReportSent(1, 200'000);
+    // The first is too little to be worth telling, the third was sent again: no step back.
+    for (std::uint64_t const sent : {10, 100'000, 50'000, 200'000}) {
+        transport.ReportSent(1, sent);
+        executor.AdvanceBy(10ms);
+    }
     answer(1);
     transport.ReportSent(2, 100);
     answer(2);
