@@ -155,9 +155,7 @@ private:
     std::uint64_t sentTo = 0;    // the end of all that was sent
     std::uint64_t furthest = 0;  // the furthest offset confirmed
 
-    std::uint64_t toldFrom =
-        0;                   // the piece of which bytes were sent last; on the transport's thread
-    std::uint64_t told = 0;  // of the piece's bytes sent; on the transport's thread
+    std::uint64_t told = 0;              // of the piece's bytes sent; on the transport's thread
     moxcore::threads::TimePoint toldAt;  // likewise
     std::uint64_t pieceBytes = kPieceBytes;
     bool mayGrow = false;
