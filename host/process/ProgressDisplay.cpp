@@ -12,7 +12,6 @@ namespace quillohost {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenDraws{100};
-constexpr std::chrono::seconds kBeforeEstimate{1};
 constexpr int kPercentBetweenLines = 25;
 constexpr int kUsualWidth = 80;
 
@@ -41,10 +40,11 @@ void ProgressDisplay::Begin(std::string const& label, RateText newRateText) {
     active = true;
     bar = {.label = label};
     rateText = std::move(newRateText);
-    begun = Clock::now();
+    rate = {};
+    rate.Add(Clock::now(), 0);
     nextPercent = kPercentBetweenLines;
     if (isTerminal)
-        Draw(begun);
+        Draw(Clock::now());
     else
         TellLine(label);
 }
@@ -53,10 +53,10 @@ void ProgressDisplay::Update(double fraction) {
     if (!active) return;
     auto const now = Clock::now();
     bar.fraction = fraction;
-    if (double const elapsed = std::chrono::duration<double>(now - begun).count();
-        now - begun >= kBeforeEstimate && fraction > 0) {
-        bar.rate = rateText(fraction / elapsed);
-        bar.left = std::chrono::seconds(std::lround(elapsed * (1 - fraction) / fraction));
+    rate.Add(now, fraction);
+    if (auto const perSecond = rate.PerSecond()) {
+        bar.rate = rateText(*perSecond);
+        bar.left = std::chrono::seconds(std::lround((1 - fraction) / *perSecond));
     }
     if (isTerminal) {
         if (now - lastDraw >= kBetweenDraws) Draw(now);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "host/process/ProgressBar.h"
+#include "host/process/SlidingRate.h"
 
 namespace quillohost {
 
@@ -42,7 +43,7 @@ private:
     bool drawn = false;  // the bar stands on the terminal
     ProgressBar bar;
     RateText rateText;
-    Clock::time_point begun;
+    SlidingRate rate;
     Clock::time_point lastDraw;
     int nextPercent = 0;  // of the next line, where there is no terminal
 };

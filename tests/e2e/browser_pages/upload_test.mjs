@@ -72,27 +72,30 @@ async function firstFolder(token) {
   return (await get(token, `/v1/workspaces/${workspace}/projects`)).projects[0].root_folder.id;
 }
 
-test("a page of the allowed origin uploads, is cut, and goes on", async () => {
-  const token = await signIn();
-  const folder = await firstFolder(token);
-  const page = await (await browser.newContext()).newPage();
-  page.setDefaultTimeout(PATIENCE);
-  await page.goto(`http://127.0.0.1:${pages.address().port}/`);
-  const uploaded = await page.evaluate(({ endpoint, token, folder, size }) => new Promise((resolve, reject) => {
-    const bytes = Uint8Array.from({ length: size }, (_, place) => (place * 31) % 251);
-    const upload = new globalThis.tus.Upload(new Blob([bytes]), {
-      endpoint, headers: { Authorization: `Bearer ${token}` }, chunkSize: 1_500_000, retryDelays: [0, 0],
-      metadata: { filename: "From a page.mp4", folder_id: folder },
-      onError: reject, onSuccess: () => resolve(upload.url),
-    });
-    upload.start();
-  }), { endpoint: `${address}/v1/uploads`, token, folder, size: SIZE });
+for (const streams of [1, 2]) {
+  test(`a page of the allowed origin uploads in ${streams} at a time, is cut, and goes on`, async () => {
+    const token = await signIn();
+    const folder = await firstFolder(token);
+    const page = await (await browser.newContext()).newPage();
+    page.setDefaultTimeout(PATIENCE);
+    await page.goto(`http://127.0.0.1:${pages.address().port}/`);
+    const uploaded = await page.evaluate(({ endpoint, token, folder, size, streams }) => new Promise((resolve, reject) => {
+      const bytes = Uint8Array.from({ length: size }, (_, place) => (place * 31) % 251);
+      const upload = new globalThis.tus.Upload(new Blob([bytes]), {
+        endpoint, headers: { Authorization: `Bearer ${token}` }, chunkSize: 1_500_000, retryDelays: [0, 0],
+        parallelUploads: streams,
+        metadata: { filename: "From a page.mp4", folder_id: folder },
+        onError: reject, onSuccess: () => resolve(upload.url),
+      });
+      upload.start();
+    }), { endpoint: `${address}/v1/uploads`, token, folder, size: SIZE, streams });
 
-  const asset = await get(token, `${new URL(uploaded).pathname}/asset`);
-  const bytes = Buffer.from(Uint8Array.from({ length: SIZE }, (_, place) => (place * 31) % 251));
-  assert.equal(asset.sha256, createHash("sha256").update(bytes).digest("hex"));
-  assert.equal(asset.asset.name, "From a page.mp4");
-});
+    const asset = await get(token, `${new URL(uploaded).pathname}/asset`);
+    const bytes = Buffer.from(Uint8Array.from({ length: SIZE }, (_, place) => (place * 31) % 251));
+    assert.equal(asset.sha256, createHash("sha256").update(bytes).digest("hex"));
+    assert.equal(asset.asset.name, "From a page.mp4");
+  });
+}
 
 test("a page of another origin gets nowhere", async () => {
   const token = await signIn();
