@@ -185,6 +185,7 @@ void TusRange::OnPatched(Answer const& answer) {
 void TusRange::Confirm(std::uint64_t offset) {
     if (offset > furthest) {
         furthest = offset;
+        isFailing = false;
         policy->Progressed();
     }
     range.confirmed = offset;
@@ -211,6 +212,8 @@ void TusRange::AskForOffsetLater(Answer const& doubtful) {
     pieceBytes = kPieceBytes;
     publicationInDoubt = publicationInDoubt || (IsWhole() && sendingTo == range.length);
     auto const verdict = JudgeAnswer(doubtful);
+    // However long its turn or its sending took: the patience begins with the failure.
+    if (!std::exchange(isFailing, true)) policy->Progressed();
     auto const delay = policy->NextDelay(verdict.retryAfter);
     if (!delay) {
         auto const response = doubtful.Get();
@@ -225,6 +228,7 @@ void TusRange::AskForOffsetLater(Answer const& doubtful) {
 }
 
 void TusRange::AskForOffset() {
+    phase = Phase::Doubtful;
     After(context.session->SendWithRetries(tus::RequestTo("HEAD", range.location), policy),
           &TusRange::OnOffset);
 }

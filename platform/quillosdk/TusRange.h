@@ -74,6 +74,9 @@ public:
     /// Asks after a while how far the service is, since `doubtful` does not tell.
     void AskForOffsetLater(Answer const& doubtful);
 
+    /// Asks how far the service is, of a range that seemed to be complete.
+    void AskForOffset();
+
     /// Takes no notice any more of what is still to come.
     void Abandon() { isAbandoned = true; }
 
@@ -92,7 +95,7 @@ public:
         return phase == Phase::Sending && sendingFrom + sent < sendingTo && !waitsForConnection;
     }
 
-    /// For requests about the whole upload, between its own.
+    /// For a request about the upload that is this range, once it is complete.
     [[nodiscard]] std::shared_ptr<RetryPolicy> Policy() const { return policy; }
 
     /// Since when it has waited for the service; nothing when it does not.
@@ -121,7 +124,6 @@ private:
     void OnPatched(Answer const& answer);
     void Confirm(std::uint64_t offset);
     void GrowPieces();
-    void AskForOffset();
     void OnOffset(Answer const& answer);
     void CreateAnew();
 
@@ -162,6 +164,7 @@ private:
     moxcore::threads::TimePoint begunAt;  // the piece sent last
     moxcore::threads::TimePoint sentAt;   // the last byte of it
 
+    bool isFailing = false;  // since it came closer to its end
     bool publicationInDoubt =
         false;                    // the last byte was sent, and no answer told what became of it
     bool contentRefused = false;  // the service found another checksum for the whole

@@ -158,7 +158,7 @@ void TusUpload::AddRanges() {
 
 void TusUpload::AskForAsset(std::string const& location) {
     After(context.session->SendWithRetries(tus::RequestTo("GET", location + "/asset"),
-                                           ranges.front()->Policy()),
+                                           state.isJoined ? joinPolicy : ranges.front()->Policy()),
           &TusUpload::OnAsset);
 }
 
@@ -174,6 +174,17 @@ void TusUpload::OnAsset(Answer const& answer) {
 }
 
 void TusUpload::Join() {
+    if (!joinPolicy) {
+        joinPolicy = std::make_shared<RetryPolicy>(tus::kLimits);
+        joinPolicy->SetWaitListener([weak = weak_from_this()](auto since) {
+            auto const self = weak.lock();
+            if (!self) return;
+            self->Post([self = self.get(), since] {
+                self->joinWaitsSince = since;
+                self->OnWaitChanged();
+            });
+        });
+    }
     auto const promised = std::make_shared<moxcore::async::Promise<std::string>>();
     context.reading->CallAsync([reader = context.reader, promised] {
         try {
@@ -196,12 +207,13 @@ void TusUpload::Join() {
 void TusUpload::OnJoined(Answer const& answer) {
     if (JudgeAnswer(answer).worthRepeating) {
         joinInDoubt = true;
-        return CheckPartsLater(answer);
+        return JoinLater(answer);
     }
     auto const response = answer.Get();
+    joinPolicy->Answered();
     switch (response->status) {
         case tus::kConflict:
-            return CheckPartsLater(answer);
+            return JoinLater(answer);
         case tus::kNotFound:
         case tus::kGone:
             return BeginAnew();
@@ -217,29 +229,32 @@ void TusUpload::OnJoined(Answer const& answer) {
     Publish(*response);
 }
 
-/// Joins again after a while; if the service says then that bytes are missing, each part asks first
+/// Joins again after a while; if the service has said that bytes are missing, each part asks first
 /// for how many it has.
-void TusUpload::CheckPartsLater(Answer const& doubtful) {
+void TusUpload::JoinLater(Answer const& doubtful) {
     auto const verdict = JudgeAnswer(doubtful);
-    if (!verdict.worthRepeating) {
-        isFinishing = false;
-        for (auto const& range : ranges)
-            range->AskForOffsetLater(doubtful);
-        return;
-    }
-    auto const& policy = ranges.front()->Policy();
-    auto const delay = policy->NextDelay(verdict.retryAfter);
+    auto const delay = joinPolicy->NextDelay(verdict.retryAfter);
     if (!delay) return Refuse(doubtful.Get());
-    policy->Unavailable(*delay);
+    if (verdict.worthRepeating) joinPolicy->Unavailable(*delay);
+    auto const next = verdict.worthRepeating ? &TusUpload::Join : &TusUpload::CheckParts;
     context.steps->CallAsyncDelayed(
-        [self = shared_from_this()] { self->Post([self = self.get()] { self->Join(); }); },
+        [self = shared_from_this(), next] {
+            self->Post([self = self.get(), next] { (self->*next)(); });
+        },
         static_cast<std::uint32_t>(delay->count()));
+}
+
+void TusUpload::CheckParts() {
+    isFinishing = false;
+    for (auto const& range : ranges)
+        range->AskForOffset();
 }
 
 /// The parts are gone.
 void TusUpload::BeginAnew() {
     if (joinInDoubt || beginnings >= kMostBeginnings) tus::FailAsLost(joinInDoubt);
     AbandonRanges(false);
+    joinPolicy.reset();
     state.key = NewKey();
     isFinishing = false;
     context.reader = std::make_shared<PieceReader>(context.file);
@@ -298,7 +313,7 @@ void TusUpload::ReportProgress() {
 /// The upload waits when every range does that has something to do.
 void TusUpload::OnWaitChanged() {
     auto const& listener = context.request->GetWaitListener();
-    std::optional<moxcore::threads::TimePoint> since;
+    auto since = joinWaitsSince;
     for (auto const& range : ranges) {
         bool const isBusy = range->GetPhase() != TusRange::Phase::Idle &&
                             range->GetPhase() != TusRange::Phase::Complete;

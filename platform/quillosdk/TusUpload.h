@@ -59,7 +59,8 @@ private:
     void OnAsset(Answer const& answer);
     void Join();
     void OnJoined(Answer const& answer);
-    void CheckPartsLater(Answer const& doubtful);
+    void JoinLater(Answer const& doubtful);
+    void CheckParts();
     void BeginAnew();
     void Publish(HttpResponse& response);
 
@@ -86,6 +87,8 @@ private:
     std::uint64_t reported = 0;  // the progress told last
     bool isFinishing = false;    // every byte has arrived
     bool joinInDoubt = false;    // no answer told what became of the joining
+    std::shared_ptr<RetryPolicy> joinPolicy;
+    std::optional<moxcore::threads::TimePoint> joinWaitsSince;
     int beginnings = 0;
     int contentRefusals = 0;
     std::string contentSha256;

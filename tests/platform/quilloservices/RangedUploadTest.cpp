@@ -14,6 +14,7 @@
 namespace {
 
 using namespace quillosdk;
+using namespace std::chrono_literals;
 using moxcore::config::ExtractMessageFromException;
 using moxcore::config::ExtractResultFromException;
 using testing::HasSubstr;
@@ -100,6 +101,20 @@ TEST_F(RangedUploadTest, BeginsAPieceOnceTheOthersOnlyWaitForAnswers) {
     }
     executor.RunDue();
     EXPECT_TRUE(future.IsComplete() && future.Get()->IsSuccessful());
+}
+
+TEST_F(RangedUploadTest, PatienceBeginsWithTheFailure) {
+    transport.SetResponder([&](HttpRequest const& request) {
+        return request.method == "PATCH" ? std::nullopt : tus.Answer(request);
+    });
+    auto const future = Begin(path);
+    executor.AdvanceBy(2h);  // a slow line, or a range whose turn does not come
+    transport.SetResponder([&](HttpRequest const& request) { return tus.Answer(request); });
+    for (std::size_t const patch : Patches())
+        transport.Fail(patch, kConnectionLost);
+    tus.events = {4, {"PATCH", Weather::LoseRequest}};
+    executor.AdvanceBy(1h);
+    EXPECT_TRUE(future.IsComplete() && !future.GetException());
 }
 
 TEST_F(RangedUploadTest, WeathersWhatItCan) {
