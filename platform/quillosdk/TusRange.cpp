@@ -179,6 +179,11 @@ void TusRange::OnPatched(Answer const& answer) {
     auto const offset = tus::BytesIn(*response, "UPLOAD-OFFSET");
     if (!offset || *offset <= sendingFrom || *offset > sendingTo) return AskForOffsetLater(answer);
     GrowPieces();
+    if (auto const asset = response->headers.find("QUILLO-ASSET");
+        asset != response->headers.end() && *offset == range.length) {
+        response->body = asset->second;
+        publication = response;
+    }
     Confirm(*offset);
 }
 

@@ -83,6 +83,8 @@ public:
     [[nodiscard]] UploadRange const& Range() const { return range; }
     /// Of the whole file, once its last piece has been sent by an upload in one range.
     [[nodiscard]] std::string const& ContentSha256() const { return contentSha256; }
+    /// The answer to the last piece, when it describes the published movie in its body; else null.
+    [[nodiscard]] std::shared_ptr<HttpResponse> const& Publication() const { return publication; }
     [[nodiscard]] Phase GetPhase() const { return phase; }
     [[nodiscard]] bool HasBegun() const { return hasBegun; }
 
@@ -146,8 +148,10 @@ private:
     bool hasBegun = false;
     int creations = 0;
 
-    // In bytes from the range's beginning.
     std::string contentSha256;
+    std::shared_ptr<HttpResponse> publication;
+
+    // In bytes from the range's beginning.
     PreparedFuture ahead;           // the piece read last or being read
     std::uint64_t aheadFrom = 0;    // where it begins
     std::uint64_t sendingFrom = 0;  // the piece sent last

@@ -137,10 +137,11 @@ void TusUpload::OnRangeChanged() {
                       return range->GetPhase() == TusRange::Phase::Complete;
                   });
     if (!isFinishing) return;
-    if (state.isJoined)
-        Join();
-    else
-        AskForAsset(state.ranges.front().location);
+    if (state.isJoined) return Join();
+    auto const& publication = ranges.front()->Publication();
+    if (!publication) return AskForAsset(state.ranges.front().location);
+    contentSha256 = ranges.front()->ContentSha256();
+    Publish(*publication);
 }
 
 /// Creates further ranges, so that some wait for each stream that becomes free.

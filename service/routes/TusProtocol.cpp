@@ -16,7 +16,8 @@ char const* const kRequestHeaders =
     "Tus-Resumable, Upload-Checksum, Upload-Concat, Upload-Length, Upload-Metadata, Upload-Offset, "
     "X-HTTP-Method-Override, X-Requested-With";
 char const* const kResponseHeaders =
-    "Location, Retry-After, Tus-Checksum-Algorithm, Tus-Extension, Tus-Max-Size, Tus-Resumable, "
+    "Location, Quillo-Asset, Retry-After, Tus-Checksum-Algorithm, Tus-Extension, Tus-Max-Size, "
+    "Tus-Resumable, "
     "Tus-Version, Upload-Concat, Upload-Length, Upload-Metadata, Upload-Offset, X-RATELIMIT-LIMIT, "
     "X-RATELIMIT-WINDOW";
 

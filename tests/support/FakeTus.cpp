@@ -42,6 +42,12 @@ std::string Base64Of(std::string const& bytes) {
     throw moxcore::config::ResultException(quillosdk::kConnectionLost, "the weather was bad");
 }
 
+std::string AssetOf(FakeTus::Upload const& upload) {
+    return R"({"asset":{"id":"3f2504e0-4f89-41d3-9a0c-0305e82c3301","name":"m","type":"file"},)"
+           R"("version":1,"version_stack_id":null,"sha256":")" +
+           Sha256Of(upload.bytes) + R"(","bytes":)" + std::to_string(upload.bytes.size()) + "}";
+}
+
 }  // namespace
 
 std::string Sha256Of(std::string const& bytes) {
@@ -108,15 +114,12 @@ std::optional<HttpResponse> FakeTus::Answer(HttpRequest const& request) {
                              {"UPLOAD-LENGTH", std::to_string(upload.length)}}};
     if (asksForAsset) {
         if (upload.bytes.size() < upload.length) return HttpResponse{409};
-        return HttpResponse{200,
-                            {},
-                            R"({"asset":{"id":"3f2504e0-4f89-41d3-9a0c-0305e82c3301","name":"m",)"
-                            R"("type":"file"},"version":1,"version_stack_id":null,"sha256":")" +
-                                Sha256Of(upload.bytes) + R"(","bytes":)" +
-                                std::to_string(upload.bytes.size()) + "}"};
+        return HttpResponse{200, {}, AssetOf(upload)};
     }
-    auto const answer = Append(upload, request);
+    auto answer = Append(upload, request);
     if (weather == Weather::CorruptContent) upload.bytes[0] ^= 1;
+    if (namesAsset && !upload.isPart && upload.bytes.size() == upload.length)
+        answer.headers.emplace("QUILLO-ASSET", AssetOf(upload));
     if (weather == Weather::LoseAnswer) LoseConnection();
     return answer;
 }

@@ -46,6 +46,7 @@ public:
     std::function<void(quillosdk::HttpRequest const&)> onRequest;  ///< sees each one first
     std::optional<std::string> location;                           ///< instead of the right one
     std::string extensions = "creation,checksum,concatenation,termination";
+    bool namesAsset = false;  ///< the answer to the last piece describes the published movie
     std::map<std::string, Upload> uploads;  ///< by path
 
     [[nodiscard]] std::optional<quillosdk::HttpResponse> Answer(

@@ -41,6 +41,16 @@ TEST_F(UploadTest, SendsAFileInPiecesUnderTheKeyThatItTells) {
     EXPECT_TRUE(failures.All().empty());
 }
 
+TEST_F(UploadTest, AsksForNoAssetThatTheLastAnswerDescribes) {
+    tus.namesAsset = true;
+    auto const future = Upload(directory.Write("m", Movie(kPiece + 5)));
+    EXPECT_EQ(future.Get()->GetAssetObject().name, "m");
+    EXPECT_EQ(transport.Count(), 1u + 2u) << "a creation and two pieces";
+    tus.events = {{"PATCH", Weather::CorruptContent}};
+    EXPECT_EQ(ExtractResultFromException(Upload(directory.Write("n", "x")).GetException()),
+              kContentMismatch);
+}
+
 TEST_F(UploadTest, JoinsNoStackWhenThereIsNone) {
     static_cast<void>(Upload(directory.Write("m", "x")));
     EXPECT_THAT(tus.uploads.begin()->second.metadata, testing::Not(HasSubstr("stack")));

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "service/base/Uuid.h"
 #include "tests/service/ApiClient.h"
 #include "tests/service/RunningService.h"
@@ -87,6 +89,19 @@ TEST_F(UploadRoutesTest, ValidatesUploadCreations) {
         ASSERT_TRUE(result);
         EXPECT_EQ(result->status, row.status) << result->body;
     }
+}
+
+TEST_F(UploadRoutesTest, DescribesTheMovieInTheLastAppendsResponse) {
+    auto created = client.Send(
+        "POST", "/v1/uploads",
+        {{"Upload-Length", "4"}, {"Upload-Metadata", Metadata("\xC3\xA9.mp4", client.folder)}});
+    std::string upload = created->get_header_value("Location");
+    EXPECT_FALSE(client.Append(upload, 0, "mo")->has_header("Quillo-Asset"));
+    std::string asset = client.Append(upload, 2, "vi")->get_header_value("Quillo-Asset");
+    EXPECT_EQ(nlohmann::json::parse(asset), client.Get(upload + "/asset"));
+    EXPECT_TRUE(std::all_of(asset.begin(), asset.end(), [](char c) {
+        return c > 0x1F && c < 0x7F;
+    })) << asset;
 }
 
 TEST_F(UploadRoutesTest, JoinsParts) {
