@@ -35,6 +35,7 @@ bool ContentHash::Advance() {
 Digest ContentHash::Finish(std::int64_t bytes) {
     for (;;) {
         std::scoped_lock lock(mutex);
+        front = std::max(front.load(), bytes);
         if (!AdvanceLocked(bytes)) return digest;
     }
 }

@@ -106,14 +106,12 @@ void SetConfirmed(Database& database, UploadId const& id, std::int64_t confirmed
 
 std::int64_t ConfirmedFront(Database& database, UploadId const& file) {
     Statement row = database.Query(
-        "SELECT place, length, confirmed FROM uploads "
+        "SELECT place, confirmed FROM uploads "
         "WHERE file = ? AND published = 0 AND kind <> 2 ORDER BY place",
         file);
     std::int64_t front = 0;
-    while (row.Next() && row.Integer(0) == front) {
-        front += row.Integer(2);
-        if (row.Integer(2) < row.Integer(1)) break;
-    }
+    while (row.Next() && row.Integer(0) == front)
+        front += row.Integer(1);
     return front;
 }
 

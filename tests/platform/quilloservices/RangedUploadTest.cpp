@@ -103,6 +103,20 @@ TEST_F(RangedUploadTest, BeginsAPieceOnceTheOthersOnlyWaitForAnswers) {
     EXPECT_TRUE(future.IsComplete() && future.Get()->IsSuccessful());
 }
 
+TEST_F(RangedUploadTest, APieceWithoutAConnectionHoldsNoOtherUp) {
+    transport.SetResponder([&](HttpRequest const& request) {
+        return request.method == "PATCH" ? std::nullopt : tus.Answer(request);
+    });
+    auto const future = Begin(path);
+    executor.AdvanceBy(10ms);
+    ASSERT_EQ(Patches().size(), 1u);
+    executor.AdvanceBy(10ms);
+    ASSERT_EQ(Patches().size(), 2u);
+    transport.ReportSent(Patches().back(), 1);
+    executor.AdvanceBy(1h);
+    EXPECT_EQ(Patches().size(), 2u) << "slow is not idle";
+}
+
 TEST_F(RangedUploadTest, PatienceBeginsWithTheFailure) {
     transport.SetResponder([&](HttpRequest const& request) {
         return request.method == "PATCH" ? std::nullopt : tus.Answer(request);

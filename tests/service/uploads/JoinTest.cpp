@@ -274,9 +274,9 @@ TEST_F(JoinTest, HashesWhatComesInPlaceOfADeletedPart) {
     UploadId wrong = CreatePart({0, 600'000});
     UploadId rest = CreatePart({600'000, 400'000});
     Append(wrong, 0, test::Noise(600'000, 9));
+    Append(rest, 0, content.substr(600'000));
     uploads->Delete(user, wrong);
     EXPECT_EQ(RefusalOf([&] { Offset(wrong); }), 404);
-    Append(rest, 0, content.substr(600'000));
     UploadId right = CreatePart({0, 600'000});
     Append(right, 0, content.substr(0, 600'000));
     EXPECT_EQ(Movie(Join({right, rest}, content)), content);

@@ -167,7 +167,7 @@ TEST_F(UploadsTest, RevertsABodyWithAWrongChecksum) {
 
 TEST_F(UploadsTest, RestartsTheUploadIfTheMoviesChecksumIsWrong) {
     UploadId id = Create(content.size());
-    EXPECT_EQ(Refusal(id, 0, Body(content), std::string(), std::string("other")), 460);
+    EXPECT_EQ(Refusal(id, 0, Body(Noise(content.size(), 2)), std::string(), content), 460);
     EXPECT_EQ(Offset(id), 0);
     EXPECT_TRUE(Children(folder).size() == 3) << "nothing is published";
     Append(id, 0, Body(content), {}, content);
