@@ -1,5 +1,7 @@
 #include "service/oauth/Sessions.h"
 
+#include <set>
+
 #include "service/base/Digest.h"
 #include "service/base/Text.h"
 #include "service/store/Store.h"
@@ -43,11 +45,19 @@ void End(Database& database, SessionId session) {
     database.Run("DELETE FROM sessions WHERE id = ?", session);
 }
 
+/// Deletes expired tokens, and the sessions of which they were the last.
 void DeleteExpired(Database& database, std::int64_t now) {
-    database.Run("DELETE FROM tokens WHERE expires_at <= ?", now);
-    database.Run(
-        "DELETE FROM sessions WHERE NOT EXISTS "
-        "(SELECT 1 FROM tokens WHERE session = sessions.id)");
+    std::set<std::int64_t> affected;
+    Statement expired =
+        database.Query("DELETE FROM tokens WHERE expires_at <= ? RETURNING session", now);
+    while (expired.Next())
+        affected.insert(expired.Integer(0));
+    for (std::int64_t session : affected) {
+        database.Run(
+            "DELETE FROM sessions WHERE id = ? AND NOT EXISTS "
+            "(SELECT 1 FROM tokens WHERE session = sessions.id)",
+            session);
+    }
 }
 
 }  // namespace
