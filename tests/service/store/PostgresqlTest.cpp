@@ -1,6 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 #include "service/base/Uuid.h"
 #include "service/oauth/Sessions.h"
 #include "service/store/ChangeFeed.h"
@@ -54,6 +57,41 @@ TEST(PostgresqlAddressTest, KeepsThePasswordOutOfMessages) {
     } catch (std::runtime_error const& error) {
         EXPECT_THAT(error.what(), AllOf(HasSubstr("malformed"), Not(HasSubstr("cret"))));
     }
+}
+
+// A change that becomes visible after one with a higher number would be missed by readers.
+TEST(PostgresqlStoreTest, ShowsChangesInTheOrderOfTheirNumbers) {
+    test::TempDirectory directory;
+    auto const store = test::OpenStore(directory.GetPath());
+    MakeSampleData(*store, SampleSize::Small);
+    ChangeFeed const changes(*store);
+    ChangeNumber const before = changes.Position();
+    auto seen = [&] { return changes.After(before, SampleUserId(), 9).size(); };
+    auto waits = [&] {
+        return store->Read([](Database& database) {
+            return database
+                .Query("SELECT 1 FROM pg_locks WHERE locktype = 'advisory' AND NOT granted")
+                .Next();
+        });
+    };
+    auto record = [&](Database& database) {
+        ChangeFeed::RecordChildren(
+            database, *FindNode(database, AccountId(UuidOf("account/Northlight Pictures"))));
+    };
+    std::thread other;
+    std::atomic<bool> done = false;
+    store->Write([&](Database& database) {
+        record(database);
+        other = std::thread([&] {
+            store->Write(record);
+            done = true;
+        });
+        while (!done && !waits())
+            std::this_thread::yield();
+        EXPECT_EQ(seen(), 0u);
+    });
+    other.join();
+    EXPECT_EQ(seen(), 2u);
 }
 
 TEST(PostgresqlStoreTest, RespondsWith503UntilTheServerIsBack) {

@@ -128,42 +128,6 @@ TEST_F(StoreTest, LosesNoUpdateOfConcurrentTransactions) {
               before + kThreads * kTimes);
 }
 
-// A transaction that took its number first must be visible first, or a reader misses its change.
-TEST_F(StoreTest, ShowsChangesInTheOrderOfTheirNumbers) {
-    constexpr int kThreads = 4;
-    constexpr int kTimes = 40;
-    ChangeFeed const changes(*store);
-    ChangeNumber position = changes.Position();
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < kThreads; ++thread) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < kTimes; ++i) {
-                store->Write([&](Database& database) {
-                    ChangeFeed::RecordChildren(
-                        database, *FindNode(database, AccountNamed("Northlight Pictures")));
-                    // Holds the transaction open between its number and its end.
-                    for (int k = 0; k < 3; ++k)
-                        database.Query("SELECT count(*) FROM nodes").Next();
-                });
-            }
-        });
-    }
-    int seen = 0;
-    while (seen < kThreads * kTimes) {
-        for (Change const& change : changes.After(position, SampleUserId(), 1'000)) {
-            position = change.number;
-            ++seen;
-        }
-        // A missed change is never seen, and all threads have ended.
-        bool ended =
-            Number("SELECT count(*) FROM changes WHERE list = 'workspaces'") == kThreads * kTimes;
-        if (ended && changes.After(position, SampleUserId(), 1).empty()) break;
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(seen, kThreads * kTimes);
-}
-
 TEST(SqliteStoreTest, UpgradesFromTheFirstVersion) {
     test::TempDirectory directory;
     std::string path = directory.GetPath() + "/store.sqlite";
