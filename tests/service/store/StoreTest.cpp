@@ -138,6 +138,11 @@ TEST(SqliteStoreTest, UpgradesFromTheFirstVersion) {
         MakeSampleData(store, SampleSize::Small);
         store.Write([&](Database& database) {
             RememberResult(database, request, made, 0);
+            for (char const* index :
+                 {"open_uploads_by_file", "open_uploads_by_whole", "joined_uploads"})
+                database.RunScript("DROP INDEX " + std::string(index));
+            for (char const* column : {"kind", "file", "place", "whole", "whole_length", "parts"})
+                database.RunScript("ALTER TABLE uploads DROP COLUMN " + std::string(column));
             database.RunScript(
                 "DROP TABLE changes; DROP INDEX idempotency_keys_by_time;"
                 "ALTER TABLE idempotency_keys DROP COLUMN used_at;"
