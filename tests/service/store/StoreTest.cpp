@@ -7,6 +7,7 @@
 #include "service/store/ChangeFeed.h"
 #include "service/store/Idempotency.h"
 #include "service/store/Nodes.h"
+#include "service/store/ReviewLinks.h"
 #include "service/store/SampleData.h"
 #include "service/store/sqlite/SqliteStore.h"
 #include "tests/service/TempDirectory.h"
@@ -126,6 +127,28 @@ TEST_F(StoreTest, LosesNoUpdateOfConcurrentTransactions) {
         thread.join();
     EXPECT_EQ(Number("SELECT version FROM nodes WHERE id = '" + node.GetText() + "'"),
               before + kThreads * kTimes);
+}
+
+TEST_F(StoreTest, CreatesOneLinkForConcurrentRequestsWithOneKey) {
+    ReviewLinks links(*store, SystemTime);
+    ProjectId const project(store->Read([](Database& database) {
+        Statement row = database.Query(
+            "SELECT id FROM nodes WHERE kind = ? AND name = 'The Long River'", kind::Project);
+        row.Next();
+        return row.Text(0);
+    }));
+    for (int round = 0; round < 10; ++round) {
+        IdempotencyKey const key(NewUuid());
+        std::vector<NodeId> made(6);
+        std::vector<std::thread> threads;
+        for (NodeId& id : made) {
+            threads.emplace_back(
+                [&] { id = links.Create(SampleUserId(), project, "Review", key).id; });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(made, std::vector<NodeId>(made.size(), made.front()));
+    }
 }
 
 TEST(SqliteStoreTest, UpgradesFromTheFirstVersion) {
