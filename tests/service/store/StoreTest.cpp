@@ -100,7 +100,12 @@ TEST_F(StoreTest, RefusesTablesOfANewerVersion) {
         database.RunScript(isServer ? "UPDATE store_info SET version = 99"
                                     : "PRAGMA user_version = 99");
     });
-    EXPECT_THROW(test::OpenStore(directory.GetPath()), std::runtime_error);
+    try {
+        test::OpenStore(directory.GetPath());
+        FAIL();
+    } catch (std::runtime_error const& error) {
+        EXPECT_STREQ(error.what(), "a newer quillo-service wrote the store");
+    }
 }
 
 TEST_F(StoreTest, LosesNoUpdateOfConcurrentTransactions) {
