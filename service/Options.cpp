@@ -12,9 +12,14 @@ char const* const kHelp =
     R"(quillo-service: a review service for development and tests
 
 usage: quillo-service --data DIR [options]
+       quillo-service migrate --data DIR --database URL
 
   --data DIR                 where the store and the movies are kept, a directory of your own that
                              nobody else can write; made when missing
+  --database URL             keep the records in PostgreSQL instead of DIR, for example
+                             postgresql://quillo@db.example/quillo; movies stay in DIR. QUILLO_DATABASE
+                             in the environment does the same unless this option is there ("none":
+                             in DIR). The password belongs there or into libpq's password file
   --port N                   the port; absent or 0: the one used last with DIR if it is free, or any
   --host ADDR                the address to listen on (127.0.0.1)
   --sample small|large|none  what a new store is filled with (small)
@@ -29,6 +34,9 @@ faults, for tests of clients:
   --latency MS               answer every request MS milliseconds later
   --fail RATE                answer this share (0 to 1) of the /v1 requests with 500
   --drop-upload-after BYTES  cut each upload's connection once, when it has grown to BYTES
+
+migrate copies the records in DIR to an empty database, and leaves DIR as it is.
+docs/operating.md describes how to choose and move.
 
 It prints "quillo-service listening on URL" when it is ready, and stops on SIGINT or SIGTERM.
 docs/service-api.md describes what it speaks.
@@ -76,6 +84,17 @@ std::string ParseOrigin(std::string const& text) {
     return text;
 }
 
+/// Does not repeat the text in its message: it may contain a password.
+std::string ParseDatabase(std::string const& text) {
+    if (text == "none") return "";
+    if (!text.starts_with("postgresql://") && !text.starts_with("postgres://")) {
+        throw UsageError(
+            "--database (or QUILLO_DATABASE) takes an address, for example "
+            "postgresql://quillo@db.example/quillo");
+    }
+    return text;
+}
+
 double ParseRate(std::string const& text) {
     double rate = 0;
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rate);
@@ -88,8 +107,9 @@ double ParseRate(std::string const& text) {
 
 }  // namespace
 
-Options ParseOptions(std::vector<std::string> const& arguments) {
+Options ParseOptions(std::vector<std::string> const& arguments, char const* database) {
     Options options;
+    if (database != nullptr && *database != '\0') options.database = ParseDatabase(database);
     std::map<std::string, std::function<void()>> const switches = {
         {"--help", [&] { options.help = true; }},
         {"--trust-local-user", [&] { options.trustLocalUser = true; }},
@@ -97,6 +117,7 @@ Options ParseOptions(std::vector<std::string> const& arguments) {
     };
     std::map<std::string, std::function<void(std::string const&)>> const values = {
         {"--data", [&](auto& text) { options.dataDirectory = text; }},
+        {"--database", [&](auto& text) { options.database = ParseDatabase(text); }},
         {"--host", [&](auto& text) { options.host = text; }},
         {"--port",
          [&](auto& text) { options.port = static_cast<int>(NumberIn("--port", text, 0, 65535)); }},
@@ -117,17 +138,24 @@ Options ParseOptions(std::vector<std::string> const& arguments) {
     };
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         std::string const& argument = arguments[i];
-        if (auto found = switches.find(argument); found != switches.end()) {
+        if (i == 0 && argument == "migrate") {
+            options.migrate = true;
+        } else if (auto found = switches.find(argument); found != switches.end()) {
             found->second();
         } else if (auto option = values.find(argument); option != values.end()) {
             if (++i == arguments.size()) throw UsageError(argument + " needs a value after it");
             option->second(arguments[i]);
         } else {
-            throw UsageError("unknown argument \"" + argument + "\"; --help lists the known ones");
+            // Up to a "=": what follows may be a secret.
+            throw UsageError("unknown argument \"" + argument.substr(0, argument.find('=')) +
+                             "\"; --help lists the known ones");
         }
     }
     if (!options.help && options.dataDirectory.empty()) {
         throw UsageError("--data DIR is missing: name the directory that holds the service's data");
+    }
+    if (options.migrate && options.database.empty()) {
+        throw UsageError("migrate copies to a database; name it with --database URL");
     }
     return options;
 }

@@ -15,6 +15,8 @@ namespace quilloservice {
 /// The options of the command line.
 struct Options {
     std::string dataDirectory;
+    std::string database;  ///< address of a PostgreSQL database; empty: SQLite in dataDirectory
+    bool migrate = false;  ///< copy the records of dataDirectory to `database` instead of serving
     std::string host = "127.0.0.1";
     int port = 0;  ///< 0: the last port used with the data directory, or any free one
     SampleSize sample = SampleSize::Small;
@@ -33,8 +35,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Parses the arguments after the program's name. Throws UsageError.
-Options ParseOptions(std::vector<std::string> const& arguments);
+/// Parses the arguments after the program's name. `database`: the default of --database, from the
+/// environment; may be null. Throws UsageError.
+Options ParseOptions(std::vector<std::string> const& arguments, char const* database = nullptr);
 
 /// The output of --help.
 extern char const* const kHelp;

@@ -19,7 +19,8 @@
 #include "service/store/Locations.h"
 #include "service/store/ReviewLinks.h"
 #include "service/store/SampleData.h"
-#include "service/store/Store.h"
+#include "service/store/postgresql/PostgresqlStore.h"
+#include "service/store/sqlite/SqliteStore.h"
 #include "service/uploads/Uploads.h"
 
 namespace quilloservice {
@@ -57,12 +58,18 @@ std::string AddressOf(std::string const& host, int port) {
     return "http://" + (bracketed ? "[" + host + "]" : host) + ":" + std::to_string(port);
 }
 
+std::unique_ptr<Store> OpenStore(DataDirectory const& directory, Options const& options) {
+    if (options.database.empty()) return std::make_unique<SqliteStore>(directory.GetStorePath());
+    return std::make_unique<PostgresqlStore>(options.database);
+}
+
 }  // namespace
 
 struct Service::Parts {
     explicit Parts(Options const& options)
         : directory(options.dataDirectory),
-          store(directory.GetStorePath()),
+          ownedStore(OpenStore(directory, options)),
+          store(*ownedStore),
           sessions(store, SystemTime),
           codes(sessions, SystemTime),
           changes(store),
@@ -89,7 +96,8 @@ struct Service::Parts {
     }
 
     DataDirectory directory;
-    Store store;
+    std::unique_ptr<Store> ownedStore;
+    Store& store;
     Sessions sessions;
     AuthorizationCodes codes;
     ChangeFeed changes;

@@ -6,11 +6,17 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <thread>
 
 #include "service/Options.h"
 #include "service/Service.h"
+#include "service/store/DataDirectory.h"
+#include "service/store/postgresql/Migration.h"
+#include "service/store/postgresql/PostgresqlStore.h"
+#include "service/store/sqlite/SqliteStore.h"
 
 namespace {
 
@@ -66,16 +72,44 @@ void Serve(Options const& options) {
     ::close(signals);
 }
 
+void Migrate(Options const& options) {
+    DataDirectory directory(options.dataDirectory);
+    SqliteStore source(directory.GetStorePath());
+    PostgresqlStore target(options.database);
+    CopyReport report = CopyRecords(source, target);
+    if (report.wasCopied) {
+        std::printf("The records of %s are in %s already.\n", options.dataDirectory.c_str(),
+                    target.GetName().c_str());
+        return;
+    }
+    for (auto const& [table, rows] : report.rows)
+        std::printf("%12lld  %s\n", static_cast<long long>(rows), table.c_str());
+    std::printf("Copied to %s. The movies stay in %s.\n", target.GetName().c_str(),
+                options.dataDirectory.c_str());
+}
+
+/// Removes the database's address, which may contain a password, from what other users see of this
+/// process.
+void HideDatabase(int argc, char** argv) {
+    for (int i = 1; i + 1 < argc; ++i) {
+        if (std::strcmp(argv[i], "--database") == 0) {
+            std::memset(argv[i + 1], '*', std::strlen(argv[i + 1]));
+        }
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     try {
-        Options options = ParseOptions({argv + 1, argv + argc});
+        std::vector<std::string> const arguments(argv + 1, argv + argc);
+        HideDatabase(argc, argv);
+        Options options = ParseOptions(arguments, std::getenv("QUILLO_DATABASE"));
         if (options.help) {
             std::fputs(kHelp, stdout);
             return 0;
         }
-        Serve(options);
+        options.migrate ? Migrate(options) : Serve(options);
         return 0;
     } catch (UsageError const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());

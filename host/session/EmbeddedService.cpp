@@ -29,7 +29,7 @@ EmbeddedService::EmbeddedService(std::filesystem::path const& data,
       process(std::make_unique<ChildProcess>(
           FindService(),
           std::vector<std::string>{"--data", data.string(), "--trust-local-user",
-                                   "--stop-with-stdin"},
+                                   "--stop-with-stdin", "--database", "none"},
           ChildProcess::Input::Held,
           ChildProcess::Hooks{.onOutput = [this](auto& line) { OnOutput(line); },
                               .onError = [this](auto& line) { complaint = line; },

@@ -24,6 +24,9 @@ public:
     static ApiError ChecksumMismatch(std::string const& message) {
         return {460, "checksum_mismatch", message};
     }
+    static ApiError StoreUnavailable() {
+        return {503, "unavailable", "The service's database does not respond; try again later.", 2};
+    }
     static ApiError StorageFull() {
         return {507, "insufficient_storage",
                 "The service's disk is full. Free some space and continue from the offset that "

@@ -1,5 +1,7 @@
 #include "service/oauth/Sessions.h"
 
+#include <set>
+
 #include "service/base/Digest.h"
 #include "service/base/Text.h"
 #include "service/store/Store.h"
@@ -43,11 +45,27 @@ void End(Database& database, SessionId session) {
     database.Run("DELETE FROM sessions WHERE id = ?", session);
 }
 
+/// Whether there are expired tokens. To be asked outside the transaction, which would collide with
+/// every other one that issues tokens if it read where they are inserted.
+bool HasExpired(Store const& store, std::int64_t now) {
+    return store.Read([&](Database& database) {
+        return database.Query("SELECT 1 FROM tokens WHERE expires_at <= ? LIMIT 1", now).Next();
+    });
+}
+
+/// Deletes expired tokens, and the sessions of which they were the last.
 void DeleteExpired(Database& database, std::int64_t now) {
-    database.Run("DELETE FROM tokens WHERE expires_at <= ?", now);
-    database.Run(
-        "DELETE FROM sessions WHERE NOT EXISTS "
-        "(SELECT 1 FROM tokens WHERE session = sessions.id)");
+    std::set<std::int64_t> affected;
+    Statement expired =
+        database.Query("DELETE FROM tokens WHERE expires_at <= ? RETURNING session", now);
+    while (expired.Next())
+        affected.insert(expired.Integer(0));
+    for (std::int64_t session : affected) {
+        database.Run(
+            "DELETE FROM sessions WHERE id = ? AND NOT EXISTS "
+            "(SELECT 1 FROM tokens WHERE session = sessions.id)",
+            session);
+    }
 }
 
 }  // namespace
@@ -55,9 +73,10 @@ void DeleteExpired(Database& database, std::int64_t now) {
 Sessions::Sessions(Store& store, Clock clock) : store(store), clock(std::move(clock)) {}
 
 TokenPair Sessions::SignIn(UserId const& user, ClientId const& client) {
+    std::int64_t now = clock();
+    bool hasExpired = HasExpired(store, now);
     return store.Write([&](Database& database) {
-        std::int64_t now = clock();
-        DeleteExpired(database, now);
+        if (hasExpired) DeleteExpired(database, now);
         Statement session = database.Query(
             "INSERT INTO sessions (user, client) VALUES (?, ?) RETURNING id", user, client);
         session.Next();
@@ -66,8 +85,9 @@ TokenPair Sessions::SignIn(UserId const& user, ClientId const& client) {
 }
 
 std::optional<TokenPair> Sessions::Refresh(std::string_view refreshToken, ClientId const& client) {
+    std::int64_t now = clock();
+    bool hasExpired = HasExpired(store, now);
     return store.Write([&](Database& database) -> std::optional<TokenPair> {
-        std::int64_t now = clock();
         std::string hash = HashOf(refreshToken);
         SessionId session{};
         std::optional<std::int64_t> usedAt;
@@ -89,7 +109,7 @@ std::optional<TokenPair> Sessions::Refresh(std::string_view refreshToken, Client
             End(database, session);
             return std::nullopt;
         }
-        DeleteExpired(database, now);
+        if (hasExpired) DeleteExpired(database, now);
         return IssuePair(database, session, now, hash);
     });
 }

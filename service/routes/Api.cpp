@@ -69,6 +69,27 @@ bool HappensWith(double probability) {
     return std::uniform_real_distribution<double>(0, 1)(random) < probability;
 }
 
+void Respond(Call& call, ApiError const& error) {
+    if (error.retryAfter > 0) {
+        call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
+    }
+    call.RespondWithError(error.status, error.code, error.what());
+}
+
+void RespondWithStoreError(Call& call, DatabaseError const& error) {
+    using Kind = DatabaseError::Kind;
+    switch (error.kind) {
+        case Kind::Full:
+            return Respond(call, ApiError::StorageFull());
+        case Kind::Unavailable:
+        case Kind::Collision:
+            return Respond(call, ApiError::StoreUnavailable());
+        case Kind::Other:
+            break;
+    }
+    Respond(call, {500, "internal", "The service's store failed."});
+}
+
 /// Runs `work` and turns an exception into the response. Returns whether there was none.
 template <typename Work>
 bool Guard(Call& call, Work&& work) {
@@ -76,18 +97,10 @@ bool Guard(Call& call, Work&& work) {
         work();
         return true;
     } catch (ApiError const& error) {
-        if (error.retryAfter > 0) {
-            call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
-        }
-        call.RespondWithError(error.status, error.code, error.what());
+        Respond(call, error);
     } catch (DatabaseError const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
-        if (error.IsFull()) {
-            ApiError full = ApiError::StorageFull();
-            call.RespondWithError(full.status, full.code, full.what());
-        } else {
-            call.RespondWithError(500, "internal", "The service's store failed.");
-        }
+        RespondWithStoreError(call, error);
     } catch (std::exception const& error) {
         std::fprintf(stderr, "quillo-service: %s\n", error.what());
         call.RespondWithError(500, "internal", "The service failed.");

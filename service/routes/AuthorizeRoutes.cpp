@@ -51,6 +51,7 @@ std::vector<std::string> ListUsers(Store const& store) {
 }
 
 std::optional<UserId> FindUser(Store const& store, std::string const& name) {
+    if (!IsShowableText(name)) return std::nullopt;
     return store.Read([&](Database& database) -> std::optional<UserId> {
         Statement row = database.Query("SELECT id FROM users WHERE name = ?", name);
         if (!row.Next()) return std::nullopt;

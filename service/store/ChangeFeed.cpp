@@ -10,6 +10,7 @@ namespace quilloservice {
 namespace {
 
 constexpr std::int64_t kMaxChanges = 10'000;
+constexpr std::int64_t kTrimEvery = 100;
 
 std::string_view ListBelow(Node const& parent) {
     if (parent.kind == kind::Account) return "workspaces";
@@ -19,29 +20,37 @@ std::string_view ListBelow(Node const& parent) {
 }
 
 std::int64_t LastNumber(Database& database) {
-    Statement row = database.Query("SELECT seq FROM sqlite_sequence WHERE name = 'changes'");
+    Statement row = database.Query(database.GetDialect().lastChange);
     row.Next();
     return row.Integer(0);
 }
 
-void DeleteOld(Database& database) {
-    database.Run("DELETE FROM changes WHERE seq <= ?", LastNumber(database) - kMaxChanges);
+/// Deletes the changes that are no longer kept after a change has been recorded by `insertion`, now
+/// and then: the numbers of other transactions are not read, so that they do not collide with this
+/// one.
+void Trim(Database& database, Statement& insertion) {
+    while (insertion.Next()) {
+        std::int64_t number = insertion.Integer(0);
+        if (number % kTrimEvery != 0) continue;
+        database.Run("DELETE FROM changes WHERE seq <= ?", number - kMaxChanges);
+    }
 }
 
 }  // namespace
 
 void ChangeFeed::RecordAccounts(Database& database, AccountId const& account) {
-    database.Run(
+    Statement insertion = database.Query(
         "INSERT INTO changes (list, audience) "
-        "SELECT 'accounts', user FROM memberships WHERE account = ?",
+        "SELECT 'accounts', user FROM memberships WHERE account = ? RETURNING seq",
         account);
-    DeleteOld(database);
+    Trim(database, insertion);
 }
 
 void ChangeFeed::RecordChildren(Database& database, Node const& parent) {
-    database.Run("INSERT INTO changes (list, parent, audience) VALUES (?, ?, ?)", ListBelow(parent),
-                 parent.id, parent.account);
-    DeleteOld(database);
+    Statement insertion = database.Query(
+        "INSERT INTO changes (list, parent, audience) VALUES (?, ?, ?) RETURNING seq",
+        ListBelow(parent), parent.id, parent.account);
+    Trim(database, insertion);
 }
 
 ChangeNumber ChangeFeed::Position() const {

@@ -23,7 +23,7 @@ struct Change {
 };
 
 /// The changes of lists, in order. A change is recorded in the transaction that makes it, so a
-/// crash loses none. The last 10,000 are kept for clients that reconnect. Any thread.
+/// crash loses none. At least the last 10,000 are kept for clients that reconnect. Any thread.
 class ChangeFeed {
 public:
     explicit ChangeFeed(Store const& store) : store(store) {}

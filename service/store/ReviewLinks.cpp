@@ -69,8 +69,9 @@ std::int64_t ReviewLinks::AddAssets(UserId const& user, LinkId const& link,
         RequireNode(database, user, link);
         std::int64_t added = 0;
         for (AssetId const& asset : assets) {
-            added += database.Run("INSERT OR IGNORE INTO link_assets (link, asset) VALUES (?, ?)",
-                                  link, LinkedAsset(database, user, asset));
+            added += database.Run(
+                "INSERT INTO link_assets (link, asset) VALUES (?, ?) ON CONFLICT DO NOTHING", link,
+                LinkedAsset(database, user, asset));
         }
         return added;
     });

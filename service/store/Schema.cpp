@@ -1,14 +1,11 @@
 #include "service/store/Schema.h"
 
+#include <array>
 #include <stdexcept>
-
-#include "service/store/Database.h"
 
 namespace quilloservice {
 
 namespace {
-
-constexpr int kVersion = 5;
 
 // Every object of an account is a node, so that its existence, kind and account are found in one
 // look-up. `parent` is the account of a workspace, the workspace of a project, the project of a
@@ -18,12 +15,6 @@ constexpr char const* kTables = R"sql(
 CREATE TABLE users (
     id TEXT PRIMARY KEY,
     name TEXT NOT NULL
-) WITHOUT ROWID;
-
-CREATE TABLE memberships (
-    user TEXT NOT NULL REFERENCES users (id),
-    account TEXT NOT NULL REFERENCES nodes (id),
-    PRIMARY KEY (user, account)
 ) WITHOUT ROWID;
 
 CREATE TABLE nodes (
@@ -36,6 +27,12 @@ CREATE TABLE nodes (
     version INTEGER NOT NULL DEFAULT 1
 );
 CREATE INDEX nodes_by_parent ON nodes (parent, seq);
+
+CREATE TABLE memberships (
+    user TEXT NOT NULL REFERENCES users (id),
+    account TEXT NOT NULL REFERENCES nodes (id),
+    PRIMARY KEY (user, account)
+) WITHOUT ROWID;
 
 CREATE TABLE movies (
     asset TEXT PRIMARY KEY REFERENCES nodes (id),
@@ -93,9 +90,8 @@ CREATE TABLE link_assets (
 );
 )sql";
 
-// The feed of changed lists. Numbers start at the current time in seconds, times 1,000,000, so that
-// a number from an earlier store is never mistaken for one of this store. `audience` is the account
-// whose members receive the change, or a single user.
+// The feed of changed lists. `audience` is the account whose members receive the change, or a
+// single user.
 constexpr char const* kChanges = R"sql(
 CREATE TABLE changes (
     seq INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -103,10 +99,6 @@ CREATE TABLE changes (
     parent TEXT,
     audience TEXT NOT NULL
 );
-INSERT INTO sqlite_sequence (name, seq)
-    VALUES ('changes', CAST(strftime('%s', 'now') AS INTEGER) * 1000000);
-
-PRAGMA user_version = 2;
 )sql";
 
 // The time of a key's first use, from which it expires. Existing keys count from the upgrade.
@@ -114,8 +106,6 @@ constexpr char const* kKeyTimes = R"sql(
 ALTER TABLE idempotency_keys ADD COLUMN used_at INTEGER NOT NULL DEFAULT 0;
 UPDATE idempotency_keys SET used_at = CAST(strftime('%s', 'now') AS INTEGER);
 CREATE INDEX idempotency_keys_by_time ON idempotency_keys (used_at);
-
-PRAGMA user_version = 3;
 )sql";
 
 // `parent`: the hash of the refresh token that was exchanged for this token. `used_at`: when a
@@ -124,8 +114,6 @@ constexpr char const* kTokenUse = R"sql(
 ALTER TABLE tokens ADD COLUMN parent TEXT;
 ALTER TABLE tokens ADD COLUMN used_at INTEGER;
 CREATE INDEX tokens_by_parent ON tokens (parent) WHERE parent IS NOT NULL;
-
-PRAGMA user_version = 4;
 )sql";
 
 // Partial uploads. `kind`: see UploadKind. `file`, `place`: the upload whose file holds the bytes,
@@ -142,26 +130,19 @@ UPDATE uploads SET file = id;
 CREATE INDEX open_uploads_by_file ON uploads (file) WHERE published = 0;
 CREATE INDEX open_uploads_by_whole ON uploads (whole) WHERE published = 0 AND whole IS NOT NULL;
 CREATE INDEX joined_uploads ON uploads (parts) WHERE parts IS NOT NULL;
-
-PRAGMA user_version = 5;
 )sql";
+
+constexpr std::array kSteps = {SchemaStep{1, kTables}, SchemaStep{2, kChanges, true},
+                               SchemaStep{3, kKeyTimes}, SchemaStep{4, kTokenUse},
+                               SchemaStep{5, kParts}};
 
 }  // namespace
 
-void MakeTables(Database& database) {
-    std::int64_t version = 0;
-    {
-        Statement query = database.Query("PRAGMA user_version");
-        if (query.Next()) version = query.Integer(0);
+std::span<SchemaStep const> SchemaStepsAfter(std::int64_t version) {
+    if (version > kSteps.back().version) {
+        throw std::runtime_error("a newer quillo-service wrote the store");
     }
-    if (version > kVersion) {
-        throw std::runtime_error("the data directory was written by a newer quillo-service");
-    }
-    if (version < 1) database.RunScript(kTables);
-    if (version < 2) database.RunScript(kChanges);
-    if (version < 3) database.RunScript(kKeyTimes);
-    if (version < 4) database.RunScript(kTokenUse);
-    if (version < 5) database.RunScript(kParts);
+    return std::span(kSteps).subspan(static_cast<std::size_t>(version));
 }
 
 }  // namespace quilloservice

@@ -121,7 +121,7 @@ std::int64_t BytesOutstanding(Database& database) {
         "        WHERE published = 0 AND kind <> 2) + "
         "       (SELECT coalesce(sum(missing), 0) FROM "
         "        (SELECT max(whole_length) - sum(length) AS missing FROM uploads "
-        "         WHERE published = 0 AND kind = 1 AND whole IS NOT NULL GROUP BY file))");
+        "         WHERE published = 0 AND kind = 1 AND whole IS NOT NULL GROUP BY file) AS files)");
     sum.Next();
     return sum.Integer(0);
 }

@@ -42,6 +42,19 @@ TEST(Options, ParsesEveryOption) {
     EXPECT_EQ(options.faults.dropUploadAfterBytes, 1000);
 }
 
+TEST(Options, TakesTheDatabaseFromTheEnvironmentUnlessOneIsGiven) {
+    char const* const fromEnvironment = "postgresql://me@one/review";
+    std::vector<std::string> const data{"--data", "d"};
+    EXPECT_EQ(ParseOptions(data).database, "");
+    EXPECT_EQ(ParseOptions(data, "").database, "");
+    EXPECT_EQ(ParseOptions(data, fromEnvironment).database, fromEnvironment);
+    for (auto [given, used] :
+         {std::pair("postgres://me@two/review", "postgres://me@two/review"), {"none", ""}}) {
+        EXPECT_EQ(ParseOptions({"--data", "d", "--database", given}, fromEnvironment).database,
+                  used);
+    }
+}
+
 TEST(Options, ReportsInvalidArguments) {
     struct Row {
         std::vector<std::string> arguments;
@@ -50,6 +63,10 @@ TEST(Options, ReportsInvalidArguments) {
     for (Row const& row : std::vector<Row>{
              {{}, "--data DIR is missing"},
              {{"--data"}, "--data needs a value"},
+             {{"migrate", "--data", "d"}, "name it with --database URL"},
+             {{"--data", "d", "--database", "mysql://me:secret@x"},
+              "(or QUILLO_DATABASE) takes an"},
+             {{"--data", "d", "--database=postgresql://me:secret@x"}, "argument \"--database\";"},
              {{"--dta", "d"}, "unknown argument \"--dta\""},
              {{"--data", "d", "--port", "x"}, "--port takes a whole number from 0 to 65535"},
              {{"--data", "d", "--port", "65536"}, "--port takes"},

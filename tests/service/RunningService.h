@@ -7,15 +7,17 @@
 #include "service/Options.h"
 #include "service/Service.h"
 #include "tests/service/TempDirectory.h"
+#include "tests/service/TestStore.h"
 
 namespace quilloservice::test {
 
 /// A service in this process, on a free port. Uses a temporary data directory unless the options
-/// name one.
+/// name one, and the engine under test.
 class RunningService {
 public:
     explicit RunningService(Options given = {}) : options(std::move(given)) {
         if (options.dataDirectory.empty()) options.dataDirectory = directory.GetPath();
+        if (options.database.empty()) options.database = DatabaseFor(options.dataDirectory);
         options.trustLocalUser = true;
         Start();
     }

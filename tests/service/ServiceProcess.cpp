@@ -4,15 +4,22 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
+
+#include "tests/service/TestStore.h"
 
 namespace quilloservice::test {
 
 ServiceProcess::ServiceProcess(std::vector<std::string> arguments,
                                std::function<void()> const& inChild) {
     arguments.insert(arguments.begin(), QUILLO_SERVICE_PROGRAM);
+    auto data = std::find(arguments.begin(), arguments.end(), "--data");
+    std::string database = arguments.end() - data < 2 ? "" : DatabaseFor(*(data + 1));
     std::vector<char*> argv;
     for (std::string& argument : arguments)
         argv.push_back(argument.data());
@@ -28,6 +35,7 @@ ServiceProcess::ServiceProcess(std::vector<std::string> arguments,
         ::dup2(in[0], STDIN_FILENO);
         ::dup2(out[1], STDOUT_FILENO);
         ::dup2(err[1], STDERR_FILENO);
+        if (!database.empty()) ::setenv("QUILLO_DATABASE", database.c_str(), 1);
         if (inChild) inChild();
         ::execv(argv[0], argv.data());
         ::_exit(127);
@@ -69,6 +77,11 @@ int ServiceProcess::Wait() {
     ::waitpid(pid, &status, 0);
     pid = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string ServiceProcess::ReadCommandLine() const {
+    std::ifstream file("/proc/" + std::to_string(pid) + "/cmdline");
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 std::string ServiceProcess::ReadErrors() const {

@@ -28,6 +28,9 @@ public:
     /// Waits for its end; returns its exit status, or 128 plus the signal.
     int Wait();
 
+    /// Its arguments, as other users see them.
+    [[nodiscard]] std::string ReadCommandLine() const;
+
     /// Its output on standard error. Call after `Wait`.
     [[nodiscard]] std::string ReadErrors() const;
 

@@ -6,6 +6,7 @@
 #include "service/store/SampleData.h"
 #include "service/store/Store.h"
 #include "tests/service/TempDirectory.h"
+#include "tests/service/TestStore.h"
 
 namespace quilloservice {
 namespace {
@@ -82,7 +83,8 @@ protected:
     bool IsSignedIn(TokenPair const& pair) { return sessions.Find(pair.access).has_value(); }
 
     test::TempDirectory directory;
-    Store store{directory.GetPath() + "/store.sqlite"};
+    std::unique_ptr<Store> const engine = test::OpenStore(directory.GetPath());
+    Store& store = *engine;
     std::int64_t now = 1'000'000;
     Sessions sessions{store, [this] { return now; }};
     AuthorizationCodes codes{sessions, [this] { return now; }};

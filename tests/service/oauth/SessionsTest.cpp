@@ -9,6 +9,7 @@
 #include "service/store/SampleData.h"
 #include "service/store/Store.h"
 #include "tests/service/TempDirectory.h"
+#include "tests/service/TestStore.h"
 
 namespace quilloservice {
 namespace {
@@ -22,7 +23,8 @@ protected:
     }
 
     test::TempDirectory directory;
-    Store store{directory.GetPath() + "/store.sqlite"};
+    std::unique_ptr<Store> const engine = test::OpenStore(directory.GetPath());
+    Store& store = *engine;
     ClientId const editor{"editor"};
     std::int64_t now = 1'000'000;
     Sessions sessions{store, [this] { return now; }};

@@ -4,18 +4,17 @@
 
 #include <list>
 
-#include "service/base/Clock.h"
 #include "service/base/Uuid.h"
 #include "service/oauth/Sessions.h"
 #include "service/routes/EventStreams.h"
 #include "service/store/ChangeFeed.h"
-#include "service/store/Idempotency.h"
 #include "service/store/Nodes.h"
 #include "service/store/SampleData.h"
 #include "service/store/Store.h"
 #include "tests/service/ApiClient.h"
 #include "tests/service/RawConnection.h"
 #include "tests/service/RunningService.h"
+#include "tests/service/TestStore.h"
 
 namespace quilloservice {
 namespace {
@@ -227,7 +226,8 @@ protected:
     }
 
     TempDirectory directory;
-    Store store{directory.GetPath() + "/store.sqlite"};
+    std::unique_ptr<Store> const engine = test::OpenStore(directory.GetPath());
+    Store& store = *engine;
     Sessions sessions{store, [] { return std::int64_t{1'000}; }};
     ChangeFeed changes{store};
     EventStreams streams{changes, sessions, std::chrono::milliseconds(2)};
@@ -271,34 +271,6 @@ TEST_F(EventStreamsTest, CatchUpInBatchesWithinTheKeptChanges) {
     std::string all = ReadTo("id: " + std::to_string(before + 10'100) + "\n");
     EXPECT_THAT(all, HasSubstr("id: " + std::to_string(before + 9'001) + "\n"));
     EXPECT_EQ(std::count(all.begin(), all.end(), '{'), 1'100);
-}
-
-TEST(StoreTest, UpgradesFromTheFirstVersion) {
-    TempDirectory directory;
-    std::string path = directory.GetPath() + "/store.sqlite";
-    IdempotentRequest const request{SampleUserId(), IdempotencyKey(NewUuid()), "review link"};
-    LinkId const made(NewUuid());
-    {
-        Store store(path);
-        MakeSampleData(store, SampleSize::Small);
-        store.Write([&](Database& database) {
-            RememberResult(database, request, made, 0);
-            database.RunScript(
-                "DROP TABLE changes; DROP INDEX idempotency_keys_by_time;"
-                "ALTER TABLE idempotency_keys DROP COLUMN used_at;"
-                "DROP INDEX tokens_by_parent; ALTER TABLE tokens DROP COLUMN parent;"
-                "ALTER TABLE tokens DROP COLUMN used_at; PRAGMA user_version = 1");
-        });
-    }
-    Store store(path);
-    ChangeFeed changes(store);
-    ChangeNumber before = changes.Position();
-    store.Write([&](Database& database) {
-        ChangeFeed::RecordAccounts(database, AccountNamed("Northlight Pictures"));
-        EXPECT_EQ(FindRepeated<LinkId>(database, request, SystemTime()), made)
-            << "keys count from the upgrade";
-    });
-    EXPECT_EQ(changes.After(before, SampleUserId(), 9).size(), 1u);
 }
 
 }  // namespace

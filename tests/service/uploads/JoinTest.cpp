@@ -20,6 +20,7 @@
 #include "service/uploads/Uploads.h"
 #include "tests/service/ApiClient.h"
 #include "tests/service/TempDirectory.h"
+#include "tests/service/TestStore.h"
 
 namespace quilloservice {
 namespace {
@@ -126,7 +127,8 @@ protected:
 
     test::TempDirectory temp;
     DataDirectory directory{temp.GetPath()};
-    Store store{directory.GetStorePath()};
+    std::unique_ptr<Store> const engine = test::OpenStore(temp.GetPath());
+    Store& store = *engine;
     ChangeFeed changes{store};
     std::int64_t now = 1'000'000;
     std::int64_t freeBytes = Uploads::kMaxBytes;

@@ -41,9 +41,15 @@ std::string ReadFile(std::string const& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+/// A publication changes the disk more often than this. A database server makes most of the changes
+/// in processes of its own.
+int LeastChanges() {
+    return test::DatabaseFor(".").empty() ? 10 : 5;
+}
+
 /// The parts of a service on a data directory; one at a time.
 struct Opened {
-    explicit Opened(std::string const& path) : directory(path) {
+    explicit Opened(std::string const& path) : directory(path), engine(test::OpenStore(path)) {
         MakeSampleData(store, SampleSize::Small);
         uploads.Recover();
     }
@@ -87,7 +93,8 @@ struct Opened {
     }
 
     DataDirectory directory;
-    Store store{directory.GetStorePath()};
+    std::unique_ptr<Store> const engine;
+    Store& store = *engine;
     ChangeFeed changes{store};
     std::int64_t now = SystemTime();
     Uploads uploads{directory, store, changes, [this] { return now; }};
@@ -211,7 +218,7 @@ TEST_F(PublisherTest, SurvivesACrashAtAnyPoint) {
             });
             ExpectRecovery(data.GetPath(), upload, stack, "change " + std::to_string(steps + 1));
         }
-        EXPECT_GT(steps, 10) << "too few changes of the disk were traced";
+        EXPECT_GT(steps, LeastChanges()) << "too few changes of the disk were traced";
         RecordProperty(renamed ? "recovery" : "publication", steps);
     }
 }
@@ -248,7 +255,7 @@ TEST_F(PublisherTest, SurvivesACrashAtAnyPointOfAJoin) {
                       kContent)
                 << "change " << steps + 1;
         }
-        EXPECT_GT(steps, 10) << "too few changes of the disk were traced";
+        EXPECT_GT(steps, LeastChanges()) << "too few changes of the disk were traced";
     }
 }
 
@@ -302,15 +309,15 @@ TEST_F(PublisherTest, SetsAsideMoviesThatCannotBeRecorded) {
         for (UploadId const& upload : {taken, damaged})
             aside.push_back(opened.uploads.Get(user, upload).asset);
         std::ofstream(opened.directory.MoviePath(aside[1]), std::ios::app) << "and more";
+        FileId const blocked = opened.uploads.Get(user, later).asset;
         opened.store.Write([&](Database& database) {
+            // The movie's own ID is taken, which is an error of the database.
+            InsertNode(database, {blocked, std::string(kind::File),
+                                  AccountId(UuidOf("account/Northlight Pictures")), folder, "x"});
             // Possible in stores of earlier versions, which reserved no stacks.
             InsertNode(database,
                        {stack, std::string(kind::VersionStack),
                         AccountId(UuidOf("account/Somebody Else's Account")), strangers, "theirs"});
-            database.RunScript(("CREATE TRIGGER later BEFORE INSERT ON movies WHEN NEW.asset = '" +
-                                opened.uploads.Get(user, later).asset.GetText() +
-                                "' BEGIN SELECT RAISE(ABORT, 'x'); END")
-                                   .c_str());
         });
     }
     Options options;

@@ -17,6 +17,7 @@
 #include "service/store/Store.h"
 #include "tests/service/ApiClient.h"
 #include "tests/service/TempDirectory.h"
+#include "tests/service/TestStore.h"
 
 namespace quilloservice {
 namespace {
@@ -112,7 +113,8 @@ protected:
 
     test::TempDirectory temp;
     DataDirectory directory{temp.GetPath()};
-    Store store{directory.GetStorePath()};
+    std::unique_ptr<Store> const engine = test::OpenStore(temp.GetPath());
+    Store& store = *engine;
     ChangeFeed changes{store};
     std::int64_t now = 1'000'000;
     std::int64_t freeBytes = Uploads::kMaxBytes;
