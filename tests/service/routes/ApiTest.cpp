@@ -69,7 +69,7 @@ TEST_F(ApiTest, ListsAllowedMethods) {
     };
     for (Row const& row : std::vector<Row>{
              {"OPTIONS", "/v1/uploads", 204, "POST, OPTIONS"},
-             {"OPTIONS", "/v1/uploads/" + unknown, 204, "HEAD, PATCH, OPTIONS"},
+             {"OPTIONS", "/v1/uploads/" + unknown, 204, "HEAD, PATCH, DELETE, OPTIONS"},
              {"OPTIONS", "/v1/folders/" + unknown + "/children", 204, "GET, HEAD, POST, OPTIONS"},
              {"OPTIONS", "/v1/none", 404, ""},
              {"PUT", "/v1/me", 405, "GET, HEAD, OPTIONS"},
@@ -125,7 +125,7 @@ TEST_F(ApiTest, DistinguishesUnknownFromForbidden) {
              {"GET", "/v1/folders/%00/children", 404},
              {"GET", "/v1/folders/%7Bid%7D/children", 404},
              {"HEAD", "/v1/uploads/" + unknown, 404},
-             {"DELETE", "/v1/uploads/" + unknown, 405},
+             {"DELETE", "/v1/uploads/" + unknown, 404},
          }) {
         auto result = client.Send(row.method, row.path);
         ASSERT_TRUE(result) << row.path;
