@@ -24,10 +24,6 @@ else()
   set(QUILLO_VIEWS ON)
 endif()
 
-if(NOT PROJECT_IS_TOP_LEVEL)
-  # The libraries' interfaces name packages that the folders above must see as well.
-  set(CMAKE_FIND_PACKAGE_TARGETS_GLOBAL ON)
-endif()
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 # Both ends of an upload use it, and it comes without a CMake package.
