@@ -99,7 +99,10 @@ function(quillo_library name)
   cmake_path(GET CMAKE_CURRENT_SOURCE_DIR PARENT_PATH base)
   target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${base}" FILES ${ARG_PUBLIC_HEADERS})
 
-  add_library(${name}_internals STATIC $<TARGET_OBJECTS:${name}_objects>)
+  # By the name under which the installed package has it.
+  add_library(quillo::${name} ALIAS ${name})
+
+  add_library(${name}_internals STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:${name}_objects>)
   set_target_properties(${name}_internals PROPERTIES LINKER_LANGUAGE CXX)
   set(below ${ARG_BELOW})
   list(TRANSFORM below APPEND _internals)
@@ -109,5 +112,6 @@ function(quillo_library name)
     target_include_directories(${form} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
                                               $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform>)
     target_compile_features(${form} PUBLIC cxx_std_20)
+    set_target_properties(${form} PROPERTIES QUILLO_LIBRARY ON)
   endforeach()
 endfunction()

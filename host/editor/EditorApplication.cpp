@@ -1,5 +1,6 @@
 #include "host/editor/EditorApplication.h"
 
+#include <QIcon>
 #include <QThread>
 #include <QWidget>
 #include <QWindow>
@@ -61,6 +62,9 @@ EditorApplication::EditorApplication(std::optional<std::filesystem::path> newWat
       watchdogFile(std::move(newWatchdogFile)) {
     qInstallMessageHandler(TellMessage);
     setApplicationDisplayName("quillo-host");
+    // The names of what is installed with the program: desktops show its icon with its windows.
+    setDesktopFileName("quillo-host");
+    setWindowIcon(QIcon::fromTheme("quillo-host"));
     setStyle("Fusion");
     // A popup or a dialog that closes last must not end the program.
     setQuitOnLastWindowClosed(false);

@@ -86,9 +86,10 @@ class Running:
 class Service(Running):
     """A quillo-service; started again, it takes its former port."""
 
-    def __init__(self, data, *arguments, trusting=True):
+    def __init__(self, data, *arguments, trusting=True, environment=None):
         trust = ["--trust-local-user"] if trusting else []
-        super().__init__("quillo-service", "--data", data, *trust, *arguments)
+        super().__init__("quillo-service", "--data", data, *trust, *arguments,
+                         environment=environment)
         self.url = self.wait_for(self.process.stdout, LISTENING)[1]
 
     def stop(self):
