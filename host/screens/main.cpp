@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 
 #include "host/screens/SampleTree.h"
 #include "moxcore/config/Localizer.h"
@@ -129,7 +130,7 @@ int Run(int count, char** arguments) {
     options.setApplicationDescription("Writes a picture of every view of the share popup.");
     options.addHelpOption();
     options.addPositionalArgument("folder", "Where the pictures go.");
-    options.addOptions({{"theme", "dark (default) or light.", "theme", "dark"},
+    options.addOptions({{"theme", "dark (default), light or high-contrast.", "theme", "dark"},
                         {"scale", "The screen's scale, 1 unless given.", "scale", "1"},
                         {"strings", "The folder of translated texts.", "folder"},
                         {"locale", "The language of the texts, with --strings.", "locale"}});
@@ -137,7 +138,11 @@ int Run(int count, char** arguments) {
     auto const positional = options.positionalArguments();
     auto const theme = options.value("theme");
     QString suffix = "-" + theme;
-    if (positional.size() != 1 || (theme != "dark" && theme != "light")) {
+    using moxui::skins::ThemeKind;
+    std::map<QString, ThemeKind> const kinds{{"dark", ThemeKind::Dark},
+                                             {"light", ThemeKind::Light},
+                                             {"high-contrast", ThemeKind::HighContrast}};
+    if (positional.size() != 1 || !kinds.contains(theme)) {
         std::fputs(qPrintable(options.helpText()), stderr);
         return 2;
     }
@@ -153,8 +158,7 @@ int Run(int count, char** arguments) {
         qputenv("LC_ALL", locale.toUtf8());
         QGuiApplication::setLayoutDirection(QLocale(locale).textDirection());
     }
-    using moxui::skins::ThemeKind;
-    moxui::skins::ThemeProvider::SetTheme(theme == "dark" ? ThemeKind::Dark : ThemeKind::Light);
+    moxui::skins::ThemeProvider::SetTheme(kinds.at(theme));
     return WriteScreens(QDir(positional.front()), suffix) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

@@ -103,7 +103,11 @@ private:
         auto const line = Size(ThemeSize::LineWidth);
         auto const radius = Size(ThemeSize::CornerRadius);
         bool const latched = isDown() || isChecked();
-        bool const bordered = IsShown(border) || (latched && container == DisplayWhen::Hovered);
+        // A theme in which grounds look alike tells a button by its border.
+        bool const isForced = IsShown(container) && skins::ThemeProvider::Get().GetKind() ==
+                                                        skins::ThemeKind::HighContrast;
+        bool const bordered =
+            IsShown(border) || isForced || (latched && container == DisplayWhen::Hovered);
         auto const inset = bordered ? line / 2 : 0;
         auto const frame = QRectF(rect()).adjusted(inset, inset, -inset, -inset);
         if (IsShown(container)) {

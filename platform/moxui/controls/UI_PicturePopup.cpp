@@ -12,6 +12,7 @@
 #include "moxui/backend/detail/menus/MenuNotices.h"
 #include "moxui/backend/detail/widgets/Peer.h"
 #include "moxui/backend/detail/windows/LastInput.h"
+#include "moxui/backend/detail/windows/Wayland.h"
 
 namespace moxui::controls {
 
@@ -70,6 +71,7 @@ private:
         if (popup && button.isVisible() && !actions().isEmpty()) {
             backend::ApplyTheme(*this);
             auto const below = button.mapToGlobal(QPoint(0, button.height()));
+            backend::HangFromPopup(*this, button);
             bool const fromRight = button.isRightToLeft();
             QMenu::popup(fromRight ? below + QPoint(button.width() - sizeHint().width(), 0)
                                    : below);

@@ -7,9 +7,11 @@ namespace moxui::skins {
 ThemeClient::~ThemeClient() = default;
 
 drawbot::ColorRGBA ThemeClient::GetColor(int key) const {
-    for (auto const& [ownKey, color] : ownColors)
-        if (ownKey == key) return color;
-    return ThemeProvider::Get().GetColor(key);
+    auto const& theme = ThemeProvider::Get();
+    if (theme.GetKind() != ThemeKind::HighContrast)
+        for (auto const& [ownKey, color] : ownColors)
+            if (ownKey == key) return color;
+    return theme.GetColor(key);
 }
 
 void ThemeClient::SetCustomThemeColor(int key, drawbot::ColorRGBA const& color) {

@@ -12,7 +12,8 @@ namespace moxui::skins {
 /// Base of what is drawn in the theme's colours. Main thread.
 class MOXUI_API ThemeClient {
 public:
-    /// The colour of `key` (ThemeColor): this client's own, when it was given one, or the theme's.
+    /// The colour of `key` (ThemeColor): this client's own, when it was given one and the
+    /// theme allows for it (HighContrast does not), or the theme's.
     [[nodiscard]] drawbot::ColorRGBA GetColor(int key) const;
     /// Gives this client a colour of its own in place of the theme's.
     void SetCustomThemeColor(int key, drawbot::ColorRGBA const& color);

@@ -72,6 +72,25 @@ constexpr Colors kLight{
     .shade = {0, 0, 0, 0.2F},
 };
 
+constexpr Colors kHighContrast{
+    .grays = {Rgb(0x000000), Rgb(0x000000), Rgb(0x1A1A1A), Rgb(0x595959), Rgb(0xFFFFFF),
+              Rgb(0xFFFFFF)},
+    .text = Rgb(0xFFFFFF),
+    .disabledText = Rgb(0xB8B8B8),
+    .link = Rgb(0x8CC8FF),
+    .highlight = Rgb(0x003E7A),
+    .focus = Rgb(0xFFE000),
+    .control = Rgb(0x000000),
+    .controlHovered = Rgb(0x333333),
+    .controlPressed = Rgb(0x1A1A1A),
+    .controlDisabled = Rgb(0x1F1F1F),
+    .controlBorder = Rgb(0xFFFFFF),
+    .progress = Rgb(0x8CC8FF),
+    .icon = Rgb(0xFFFFFF),
+    .selectedText = Rgb(0xFFFFFF),
+    .shade = {1, 1, 1, 0.15F},
+};
+
 struct State {
     ThemeKind kind = ThemeKind::Dark;
     unsigned generation = 1;
@@ -84,7 +103,15 @@ State& TheState() {
 }
 
 Colors const& InForce() {
-    return TheState().kind == ThemeKind::Dark ? kDark : kLight;
+    switch (TheState().kind) {
+        case ThemeKind::Light:
+            return kLight;
+        case ThemeKind::HighContrast:
+            return kHighContrast;
+        case ThemeKind::Dark:
+            break;
+    }
+    return kDark;
 }
 
 }  // namespace

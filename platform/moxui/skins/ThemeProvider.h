@@ -7,7 +7,13 @@
 
 namespace moxui::skins {
 
-enum class ThemeKind { Dark, Light };
+enum class ThemeKind {
+    Dark,
+    Light,
+    /// White on black, with a border around every button and no colours of a view's own: every text
+    /// has a contrast of 7 at least, every line one of 4.5.
+    HighContrast,
+};
 
 /// The greys of a theme, from the ground (0) toward the text's.
 enum class HalcynGrayColor { Level0, Level1, Level2, Level3, Level4, Level5 };

@@ -137,7 +137,7 @@ struct State {
     std::function<void(TestWindow&, UI_Button&)> enter;
 };
 
-TEST(Button, EveryStateLooksDifferentInBothThemes) {
+TEST(Button, EveryStateLooksDifferentInEveryTheme) {
     State const states[] = {
         {"normal", [](auto&, auto&) {}},
         {"hovered",
@@ -156,7 +156,8 @@ TEST(Button, EveryStateLooksDifferentInBothThemes) {
              EXPECT_TRUE(dynamic_cast<UI_FramedButton&>(b).IsOn());
          }},
     };
-    for (auto const theme : {skins::ThemeKind::Light, skins::ThemeKind::Dark})
+    for (auto const theme :
+         {skins::ThemeKind::Light, skins::ThemeKind::HighContrast, skins::ThemeKind::Dark})
         for (auto const& kind : kKinds) {
             skins::ThemeProvider::SetTheme(theme);
             std::vector<std::pair<char const*, QImage>> looks;
@@ -209,6 +210,14 @@ TEST(Button, WithoutABorderIsSeenAlsoWhenItIsDisabled) {
             skins::ThemeProvider::Get().GetColor(skins::ThemeColor::kControlDisabled);
         EXPECT_EQ(picture.pixelColor(15, 20), QColor::fromRgbF(color.red, color.green, color.blue));
     }
+}
+
+TEST(Button, HasABorderInHighContrastWhateverItWasGiven) {
+    skins::ThemeProvider::SetTheme(skins::ThemeKind::HighContrast);
+    TestWindow window;
+    window.Add(MakeCallToAction(), {10, 10, 80, 20});
+    EXPECT_GT(qGray(testsupport::PictureOf(window.Widget()).pixel(10, 20)), 200);
+    skins::ThemeProvider::SetTheme(skins::ThemeKind::Dark);
 }
 
 TEST(Button, ShowsItsTextAsItStandsAndWholeWhereThereIsRoom) {

@@ -31,7 +31,7 @@ TEST_F(ThemeTest, EveryTextStandsOutFromItsGround) {
         auto const part = std::exchange(over.alpha, 1.0F);
         return utilities::Blend(ground, over, part);
     };
-    for (auto const kind : {ThemeKind::Dark, ThemeKind::Light}) {
+    for (auto const kind : {ThemeKind::Dark, ThemeKind::Light, ThemeKind::HighContrast}) {
         ThemeProvider::SetTheme(kind);
         auto const panel = theme.GetGray(HalcynGrayColor::Level0);
         auto const header = utilities::Blend(panel, theme.GetGray(HalcynGrayColor::Level1), 0.4F);
@@ -56,20 +56,21 @@ TEST_F(ThemeTest, EveryTextStandsOutFromItsGround) {
                   laid(color(Key::kShade), color(Key::kButtonHovered))},
                  {"an open menu's button", color(Key::kButtonText), color(Key::kControlPressed)},
              })
-            EXPECT_GE(testsupport::Contrast(text, ground), 4.5)
-                << what << (kind == ThemeKind::Dark ? ", dark" : ", light");
+            EXPECT_GE(testsupport::Contrast(text, ground),
+                      kind == ThemeKind::HighContrast ? 7 : 4.5)
+                << what << ' ' << static_cast<int>(kind);
     }
 }
 
 TEST_F(ThemeTest, EveryControlCanBeToldFromItsGround) {
     auto const& theme = ThemeProvider::Get();
-    for (auto const kind : {ThemeKind::Dark, ThemeKind::Light}) {
+    for (auto const kind : {ThemeKind::Dark, ThemeKind::Light, ThemeKind::HighContrast}) {
         ThemeProvider::SetTheme(kind);
         auto const contrast = [&](int key) {
             return testsupport::Contrast(theme.GetColor(key), theme.GetColor(Key::kGround));
         };
         for (int const key : {Key::kFocus, Key::kControlBorder, Key::kProgress, Key::kIcon})
-            EXPECT_GE(contrast(key), 3.0) << key;
+            EXPECT_GE(contrast(key), kind == ThemeKind::HighContrast ? 4.5 : 3.0) << key;
         // A disabled button may have no border.
         EXPECT_GE(contrast(Key::kControlDisabled), 1.15);
     }
@@ -129,6 +130,8 @@ TEST_F(ThemeTest, AColourOfAClientsOwnIsItsAlone) {
     own->SetCustomThemeColor(Key::kText, blue);
     EXPECT_EQ(own->GetColor(Key::kText), blue);
     EXPECT_NE(other->GetColor(Key::kText), blue);
+    ThemeProvider::SetTheme(ThemeKind::HighContrast);
+    EXPECT_EQ(own->GetColor(Key::kText), other->GetColor(Key::kText)) << "none there";
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QMetaEnum>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QStyle>
@@ -221,6 +222,80 @@ TEST_F(EveryViewInThePopupTest, IsTheMirrorImageOfItselfFromRightToLeft) {
         QGuiApplication::setLayoutDirection(Qt::LeftToRight);
         RunEvents();
         EXPECT_EQ(PlacesIn(popup), places);
+    }
+}
+
+/// What an assistive tool finds below `node` in its order: role, name, value and what is special.
+void Tell(QAccessibleInterface& node, std::vector<std::string>& told) {
+    auto const* const widget = qobject_cast<QWidget*>(node.object());
+    // The list of a menu is told, though it is closed.
+    if (widget && !widget->isVisible() && !widget->inherits("QAbstractItemView")) return;
+    if (widget && !widget->isVisible() && node.role() == QAccessible::Tree) return;
+    auto const state = node.state();
+    auto const name = node.text(QAccessible::Name).toStdString();
+    if (!state.invisible && !name.empty()) {
+        bool const isMenu = node.role() == QAccessible::ButtonMenu;  // has no key of its own in Qt
+        auto const* const role = QMetaEnum::fromType<QAccessible::Role>().valueToKey(node.role());
+        auto line = std::string(isMenu || !role ? "ButtonMenu" : role) + ": " + name;
+        auto const value = node.text(QAccessible::Value).toStdString();
+        if (!value.empty() && value != name) line += " = " + value;
+        if (state.disabled) line += ", disabled";
+        if (state.selected) line += ", selected";
+        if (state.focused) line += ", focused";
+        told.push_back(line);
+    }
+    for (int i = 0; i < node.childCount(); ++i)
+        if (auto* const child = node.child(i)) Tell(*child, told);
+}
+
+TEST_F(EveryViewInThePopupTest, TellsAnAssistiveToolTheWholeOfAShare) {
+    struct Step {
+        ID id;
+        std::vector<std::string> told;
+    };
+    model->SetEncodingProgress(0.5);
+    // The user comes by keyboard.
+    QTest::keyClick(&Show(ID::SigninPrompt), Qt::Key_Shift);
+    for (auto const& [id, expected] : std::vector<Step>{
+             {ID::SigninPrompt,
+              {"StaticText: Share for review:", "StaticText: Opening titles", "ButtonMenu: More",
+               "StaticText: Sign in to Quillo to create a review link to share with your team "
+               "members.",
+               "Button: Sign in to Quillo"}},
+             {ID::ReviewInQuillo,
+              {"StaticText: Share for review:", "StaticText: Opening titles",
+               "ButtonMenu: More, focused", "StaticText: Location:", "Link: Promos/Spring/Cuts",
+               "ComboBox: Preset Settings = Web 1080", "ListItem: Preset Settings",
+               "ListItem: Web 720", "ListItem: Web 1080", "ListItem: Web 4k",
+               "ListItem: ProRes 422", "Button: Share"}},
+             {ID::SelectProject,
+              {"StaticText: Select a location on Quillo", "ComboBox: Account = Acme, focused",
+               "ListItem: Acme", "ListItem: Zeta", "List: Projects", "Grouping: Promos",
+               "StaticText: Promos", "ListItem: Spring, selected", "StaticText: Spring",
+               "ListItem: Summer", "StaticText: Summer", "Grouping: Series", "StaticText: Series",
+               "ListItem: Pilot", "StaticText: Pilot", "Button: Cancel", "Button: Choose"}},
+             {ID::SelectFolder,
+              {"StaticText: Select a location on Quillo", "Button: Spring, Promos, focused",
+               "StaticText: Spring", "StaticText: Promos", "Tree: Folders", "TreeItem: Assets",
+               "TreeItem: Cuts, selected, focused", "TreeItem: Dailies", "Button: Cancel",
+               "Button: Choose"}},
+             {ID::EncodingProgress,
+              {"StaticText: Share for Review", "StaticText: Link:",
+               "StaticText: http://127.0.0.1/r/abc", "StaticText: Encoding in Progress...",
+               "ProgressBar: Encoding in Progress... = 500", "Button: Cancel, focused"}},
+             {ID::UploadInProgress,
+              {"StaticText: Share for Review", "StaticText: Link:",
+               "StaticText: http://127.0.0.1/r/abc", "StaticText: Upload in Progress...",
+               "ProgressBar: Upload in Progress... = 500", "Button: Cancel, focused"}},
+             {ID::CopyLinkSection,
+              {"Link: http://127.0.0.1/r/abc", "Button: Copy link", "StaticText: Share for review:",
+               "StaticText: Opening titles", "ButtonMenu: More, focused", "Button: Link settings"}},
+         }) {
+        SCOPED_TRACE(int(id));
+        auto& popup = Show(id);
+        std::vector<std::string> told;
+        Tell(*QAccessible::queryAccessibleInterface(&popup), told);
+        EXPECT_EQ(told, expected);
     }
 }
 

@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QWindow>
 
+#include "moxui/backend/detail/windows/Wayland.h"
+
 namespace moxui::backend {
 
 void FocusReturn::RememberFor(QWidget const& taking) {
@@ -19,16 +21,19 @@ void FocusReturn::ForgetOutside(QWidget const& other) {
 }
 
 bool FocusReturn::IsWith(QWidget const& other) {
-    auto const* const focused = QGuiApplication::focusWindow();
+    // Where the window system gives a popup's focus to its owner, Qt knows better.
+    auto const* const active = QApplication::activeWindow();
+    auto const* const focused = IsOnWayland() ? (active ? active->windowHandle() : nullptr)
+                                              : QGuiApplication::focusWindow();
     return focused && BelongsTo(*focused, other);
 }
 
 void FocusReturn::GiveBack(QWidget* otherwise) const {
     if (window && window->isVisible()) {
-        window->activateWindow();
+        Activate(*window);
         if (widget && widget->isVisible()) widget->setFocus(Qt::PopupFocusReason);
     } else if (otherwise && otherwise->isVisible()) {
-        otherwise->activateWindow();
+        Activate(*otherwise->window());
     }
 }
 

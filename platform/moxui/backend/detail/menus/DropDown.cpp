@@ -14,6 +14,7 @@
 #include "moxui/backend/detail/drawing/Theme.h"
 #include "moxui/backend/detail/menus/ListStyle.h"
 #include "moxui/backend/detail/widgets/Accessibility.h"
+#include "moxui/backend/detail/windows/Wayland.h"
 #include "moxui/controls/UI_ControlView.h"
 
 namespace moxui::backend {
@@ -96,6 +97,7 @@ void DropDown::showPopup() {
         int const bar = count() > kEntriesSeen ? WholeSize(Size::ScrollBar) : 0;
         List().setMinimumWidth(std::min(delegate->WidestEntry(font()) + bar + frame,
                                         screen()->availableSize().width() / 2));
+        HangFromPopup(*List().window(), *this);
         QComboBox::showPopup();
     }
     if (!IsOpen()) notices.HasClosed();

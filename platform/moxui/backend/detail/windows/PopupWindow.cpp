@@ -7,12 +7,14 @@
 #include <QPainter>
 #include <QScreen>
 #include <QWindow>
+#include <utility>
 
 #include "moxui/backend/detail/drawing/Conversions.h"
 #include "moxui/backend/detail/drawing/Theme.h"
 #include "moxui/backend/detail/windows/LastInput.h"
 #include "moxui/backend/detail/windows/Placement.h"
 #include "moxui/backend/detail/windows/Screens.h"
+#include "moxui/backend/detail/windows/Wayland.h"
 #include "moxui/skins/ThemeProvider.h"
 
 namespace moxui::backend {
@@ -85,6 +87,10 @@ bool PopupWindow::eventFilter(QObject* receiver, QEvent* event) {
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonDblClick:
             return HandlePress(*receiver, *static_cast<QMouseEvent*>(event));
+        case QEvent::ShortcutOverride:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+            return keys.Filter(*receiver, *event);
         case QEvent::MouseButtonRelease:
             // Queued: a handler may open a window.
             if (returning.IsUnderWay())
@@ -145,34 +151,54 @@ void PopupWindow::TakeDown() {
 
 void PopupWindow::Place() {
     auto const anchorRect = FromQRectF(QRectF(AnchorOnScreen()));
-    auto const screens = AvailableScreens();
-    if (screens.empty()) return;
     auto wanted = asked;
     // Places are asked for as seen from the left; beside what it hangs from, the popup is mirrored.
     if (anchor && isRightToLeft())
         wanted.x = 2 * anchorRect.x + anchorRect.width - asked.x - asked.width;
+    if (IsOnWayland()) return PlaceBesideAnchor(ToWholeUnits(wanted));
+    auto const screens = AvailableScreens();
+    if (screens.empty()) return;
     setGeometry(ToWholeUnits(
         PlacePopup(wanted, anchorRect, ScreenOf(anchor ? anchorRect : wanted, screens))));
 }
 
+void PopupWindow::PlaceBesideAnchor(QRect const& place) {
+    bool const stays = place.topLeft() == geometry().topLeft();
+    setGeometry(place);
+    if (stays || !isVisible() || std::exchange(willShowAgain, true)) return;
+    // Windows are put beside others only when they are shown. Once for all that moves now.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            willShowAgain = false;
+            if (isVisible()) ShowAgain();
+        },
+        Qt::QueuedConnection);
+}
+
 void PopupWindow::Show() {
-    MakeTransient(*this, anchor ? anchor->window() : nullptr);
+    BecomeTransient();
     // Without this Qt gives the focus to some control, also when the mouse opened the popup.
     setFocus(Qt::PopupFocusReason);
     show();
-    activateWindow();
+    Activate(*this);
+}
+
+void PopupWindow::BecomeTransient() {
+    MakeTransient(*this, anchor ? anchor->window() : nullptr);
+    if (anchor) HangFromOwner(*this);
 }
 
 void PopupWindow::ShowAgain() {
     bool const wasActive = isActiveWindow();
     // Window systems ask whose transient a window is only when it is shown.
     hide();
-    MakeTransient(*this, anchor ? anchor->window() : nullptr);
+    BecomeTransient();
     setAttribute(Qt::WA_ShowWithoutActivating, !wasActive);
     show();
     setAttribute(Qt::WA_ShowWithoutActivating, false);
     if (!wasActive) return;
-    activateWindow();
+    Activate(*this);
     // Qt has taken the focus from the hidden control, and sees no change when the window regains
     // the focus before the window system has reported its loss.
     QApplication::setActiveWindow(this);
@@ -217,13 +243,13 @@ bool PopupWindow::HandlePress(QObject& receiver, QMouseEvent const& press) {
     auto* const window =
         widget ? widget->window()->windowHandle() : qobject_cast<QWindow*>(&receiver);
     // Without a window manager no press gives a window the focus.
-    if (away && window && window == windowHandle()) activateWindow();
+    if (away && window && window == windowHandle()) Activate(*this);
     if (!window || BelongsTo(*window, *this) || IsBlocked()) return false;
 
     bool const onAnchor = anchor && window == anchor->window()->windowHandle() &&
                           AnchorOnScreen().contains(press.globalPosition().toPoint());
     if (away && onAnchor) {
-        activateWindow();
+        Activate(*this);
         return true;
     }
     if (away) {
@@ -244,7 +270,7 @@ void PopupWindow::JudgeReturnLater() {
 
 void PopupWindow::JudgeReturn() {
     if (!returning.HasBegun()) return;
-    if (!returning.DoesSomething()) return activateWindow();
+    if (!returning.DoesSomething()) return Activate(*this);
     auto* const pressed = returning.GivesFocusAway() ? nullptr : returning.GetWindow();
     TakeDown();
     // The focus stays where the press has put it. The popup may have got it first.
@@ -270,10 +296,12 @@ bool PopupWindow::IsBlocked() const {
 
 void PopupWindow::ApplicationStateChanged(Qt::ApplicationState state) {
     if (!isVisible()) return;
-    if (state != Qt::ApplicationActive)
+    if (state != Qt::ApplicationActive) {
         away = true;
-    else if (away && !IsBlocked() && !returning.IsUnderWay())
-        activateWindow();
+        CloseMenuOf(*this);
+    } else if (away && !IsBlocked() && !returning.IsUnderWay()) {
+        ActivateOnReturn(*this);
+    }
 }
 
 }  // namespace moxui::backend

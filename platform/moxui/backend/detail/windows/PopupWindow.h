@@ -8,13 +8,15 @@
 #include "moxui/backend/detail/focus/FocusReturn.h"
 #include "moxui/backend/detail/widgets/ViewWidget.h"
 #include "moxui/backend/detail/windows/ReturnPress.h"
+#include "moxui/backend/detail/windows/Wayland.h"
 
 namespace moxui::backend {
 
 /// The window of a popup.
 ///
 /// It is no Qt::Popup: on X11 these grab the mouse and the keyboard of the whole screen, and a
-/// browser that comes up for a sign-in could not be used until the popup is gone. It has no parent
+/// browser that comes up for a sign-in could not be used until the popup is gone. On Wayland it is
+/// a popup of its anchor's surface that grabs nothing (Wayland.h). It has no parent
 /// widget either, from which it would take over the host's style sheet and shortcuts; it lies above
 /// its anchor's window as that one's transient.
 class PopupWindow : public RootWidget {
@@ -51,6 +53,8 @@ private:
     void Dismiss();
     void TakeDown();
     void Place();
+    void PlaceBesideAnchor(QRect const& place);
+    void BecomeTransient();
     void Show();
     void ShowAgain();
     void TakeFocus();
@@ -72,7 +76,9 @@ private:
     moxcore::geom::RectT<float> asked;
     FocusReturn focus;
     FocusMemory memory{*this};
+    KeysFromOwner keys{*this};
     bool started = false;
+    bool willShowAgain = false;
     bool away = false;  // the user works with another program
     ReturnPress returning;
     unsigned long menuPressAt = 0;  // timestamp of the last press that was for a menu

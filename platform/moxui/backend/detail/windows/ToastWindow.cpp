@@ -9,6 +9,7 @@
 #include "moxui/backend/detail/drawing/Theme.h"
 #include "moxui/backend/detail/windows/Placement.h"
 #include "moxui/backend/detail/windows/Screens.h"
+#include "moxui/backend/detail/windows/Wayland.h"
 #include "moxui/skins/ThemeProvider.h"
 
 namespace moxui::backend {
@@ -53,6 +54,7 @@ void ToastWindow::ShowOver(QWidget const* owner, QString const& newText) {
     // Qt 6.4 forgets this one flag while it makes a window on X11.
     for (bool const on : {false, true})
         windowHandle()->setFlag(Qt::WindowTransparentForInput, on);
+    LetInputThrough(*this);
     raise();
     update();
     // Qt announces no window of this kind by itself.
