@@ -2,7 +2,7 @@
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS moxcore moxui quilloservices quillomoxui EXPORT quillomoxui-targets
+install(TARGETS moxcore moxui quilloservices quillomoxui quillohostkit EXPORT quillomoxui-targets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Headers)
 install(TARGETS quillo-service quillo-host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
