@@ -10,7 +10,7 @@
 #include "host/commands/TraceCommand.h"
 #include "host/editor/ChooseLocationCommand.h"
 #include "host/editor/RunEditor.h"
-#include "host/process/Failure.h"
+#include "host/process/ExitCode.h"
 #include "host/process/MainLoop.h"
 #include "host/process/ProgressDisplay.h"
 #include "host/process/Terminal.h"
@@ -51,7 +51,8 @@ void ChooseLocation(Options const& options, MainLoop& loop, ProgressDisplay& dis
 
 void SignIn(Session& session) {
     auto const user = session.SignIn();
-    PrintLines({"Signed in to " + session.Service().Address() + " as " + NameOf(*user) + "."});
+    PrintLines({"Signed in to " + session.Service().Address() + " as " +
+                quillohostkit::NameOf(*user) + "."});
 }
 
 void SignOut(Session& session) {
@@ -97,8 +98,8 @@ int main(int argc, char** argv) {
     try {
         TellTraces();
         return Run(ParseOptions({argv + 1, argv + argc}));
-    } catch (Failure const& failure) {
-        return Report(failure.what(), failure.GetExitCode());
+    } catch (quillohostkit::Failure const& failure) {
+        return Report(failure.what(), ExitCodeOf(failure.GetKind()));
     } catch (std::exception const& exception) {
         return Report(exception.what(), ExitCode::Other);
     }

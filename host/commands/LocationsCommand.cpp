@@ -3,9 +3,9 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "host/process/Failure.h"
 #include "host/process/Terminal.h"
 #include "host/session/DestinationFinder.h"
+#include "quillohostkit/process/Failure.h"
 #include "quillomoxui/model/QuilloProject.h"
 
 namespace quillohost {
@@ -22,7 +22,7 @@ Node ParentOfChildren(Node const& node) {
 
 ordered_json Describe(Session& session, Node const& node, int levels) {
     ordered_json described{{"id", node->GetID().AsStdString()},
-                           {"name", NameOf(*node)},
+                           {"name", quillohostkit::NameOf(*node)},
                            {"type", quillomoxui::TextsOf(node->GetKind()).name},
                            {"children", ordered_json::array()}};
     if (levels == 0) return described;
@@ -30,7 +30,7 @@ ordered_json Describe(Session& session, Node const& node, int levels) {
     // All at once, so that the library may have as many on their way as the service allows.
     if (levels > 1)
         for (auto const& child : children)
-            ChildLists::StartFetching(ParentOfChildren(child));
+            quillohostkit::ChildLists::StartFetching(ParentOfChildren(child));
     for (auto const& child : children)
         described["children"].push_back(Describe(session, child, levels - 1));
     return described;
@@ -56,7 +56,7 @@ std::vector<std::string> Print(Session& session, Node const& user, Options const
 
 Node SignIn(Session& session) {
     auto user = session.SignIn();
-    session.Display().Tell("Reading the places of " + NameOf(*user));
+    session.Display().Tell("Reading the places of " + quillohostkit::NameOf(*user));
     return user;
 }
 
@@ -94,9 +94,9 @@ void WatchLocations(Session& session, Options const& options,
                 print(lines);
                 shown = std::move(lines);
             }
-        } catch (Failure const& failure) {
+        } catch (quillohostkit::Failure const& failure) {
             // A place that is gone cannot be read; those above it say so in a moment.
-            if (failure.GetExitCode() != ExitCode::Location || isAsKnown()) throw;
+            if (failure.GetKind() != quillohostkit::FailureKind::Location || isAsKnown()) throw;
             continue;
         }
         session.Loop().WaitUntil([&] { return !isAsKnown(); });

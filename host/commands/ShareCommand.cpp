@@ -3,11 +3,11 @@
 #include <optional>
 #include <utility>
 
-#include "host/process/Failure.h"
-#include "host/state/AssetName.h"
 #include "host/state/HostFiles.h"
 #include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
+#include "quillohostkit/process/Failure.h"
+#include "quillohostkit/state/AssetName.h"
 #include "quillomoxui/model/QuilloProject.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
@@ -20,27 +20,28 @@ using moxcore::string::UTF16to8;
 using moxcore::string::UTF8to16;
 using moxcore::utility::Guid;
 using quillocommon::Step;
+using quillohostkit::FailureKind;
 using quillomoxui::EncodingStatus;
 using quillomoxui::ShareFailureReason;
 using quillomoxui::ShareInfo;
 
-ExitCode ExitCodeOf(ShareFailureReason reason) {
+FailureKind KindOf(ShareFailureReason reason) {
     switch (reason) {
         case ShareFailureReason::NoLink:
         case ShareFailureReason::NotOnLink:
-            return ExitCode::Link;
+            return FailureKind::Link;
         case ShareFailureReason::NotExported:
-            return ExitCode::Export;
+            return FailureKind::Export;
         case ShareFailureReason::NotUploaded:
         case ShareFailureReason::OtherUser:
-            return ExitCode::Upload;
+            return FailureKind::Upload;
         case ShareFailureReason::Cancelled:
         case ShareFailureReason::Overtaken:
         case ShareFailureReason::HostCallback:
         case ShareFailureReason::LibraryClosed:
             break;
     }
-    return ExitCode::Other;
+    return FailureKind::Other;
 }
 
 }  // namespace
@@ -76,14 +77,14 @@ ShareCommand::ShareCommand(Options const& options, MainLoop& loop, ProgressDispl
       loop(loop),
       probe(options.movie),
       session(options, loop, display),
-      store(std::make_shared<AssetStore>(OwnHostFile("assets.sqlite"),
-                                         session.Service().ServiceName())),
+      store(std::make_shared<quillohostkit::AssetStore>(OwnHostFile("assets.sqlite"),
+                                                        session.Service().ServiceName())),
       // Which asset it is hangs on the file alone; what kind of movie is awaited later.
-      asset(store, Movie{.file = probe.File()},
-            options.name.value_or(DefaultAssetName(probe.File()))),
+      asset(store, quillohostkit::Movie{.file = probe.File()},
+            options.name.value_or(quillohostkit::DefaultAssetName(probe.File()))),
       heard(std::make_shared<Heard>(display)) {
     // A file that is no movie ends the share at once, at any stage.
-    probe.Result().OnComplete([&loop](moxcore::async::Future<Movie> const& result) {
+    probe.Result().OnComplete([&loop](moxcore::async::Future<quillohostkit::Movie> const& result) {
         auto const refusal = result.GetException();
         if (moxcore::config::ExtractResultFromException(refusal) < 0) loop.Fail(refusal);
     });
@@ -100,16 +101,16 @@ ShareCommand::Result ShareCommand::Run() {
     ForgetLostShare(finder);
     auto const movie = loop.Await(probe.Result());
     auto const folder = FindDestination(finder);
-    auto const idPath = IDPathOf(folder);
+    auto const idPath = quillohostkit::IDPathOf(folder);
     Result result;
-    result.folderPath = JoinNamePath(NamePathOf(folder));
+    result.folderPath = quillohostkit::JoinNamePath(quillohostkit::NamePathOf(folder));
     display.Tell("Sharing to " + result.folderPath);
 
     auto const earlierLink = asset.Stored(assetdata::kReviewLinkGuid);
 
     if (!folder->FindSelfOrAncestorOfType<quillomoxui::QuilloProject>())
-        throw Failure(ExitCode::Location,
-                      "The folder has been moved or removed meanwhile; share again.");
+        throw quillohostkit::Failure(
+            FailureKind::Location, "The folder has been moved or removed meanwhile; share again.");
     user->SetSelection(folder);
     viewModel.LocationPickerSelectionCommitted();
     viewModel.ProcessAssetForReview();
@@ -133,7 +134,7 @@ ShareCommand::Result ShareCommand::Run() {
 void ShareCommand::ConnectLibrary() {
     auto& viewModel = session.ViewModel();
     viewModel.SetActiveAssetName(UTF8to16(asset.GetName()));
-    ConnectStore(
+    quillohostkit::ConnectStore(
         viewModel, store, [named = asset.GetAsset()] { return named; },
         [this](auto const& thrown) { loop.Fail(thrown); });
     viewModel.SetAssetProcessingMethod([](auto const&...) {});  // ExportWanted asks for it
@@ -162,7 +163,7 @@ void ShareCommand::TakeLocks() {
         })));
 }
 
-ExportedFile ShareCommand::Export(Movie const& movie) {
+quillohostkit::ExportedFile ShareCommand::Export(quillohostkit::Movie const& movie) {
     auto& viewModel = session.ViewModel();
     viewModel.SetEncodingStatus({EncodingStatus::Encoding});
     if (!movie.otherSounds.empty()) {
@@ -174,19 +175,21 @@ ExportedFile ShareCommand::Export(Movie const& movie) {
     display.Begin("Exporting", [&movie](double fractionPerSecond) {
         return FormatSpeed(fractionPerSecond * movie.duration.value_or(0));
     });
-    Exporter const exporter(
+    quillohostkit::MovieExport const exporter(
         movie, *heard->exportRequest,
         [this, &viewModel](double fraction) {
             viewModel.SetEncodingProgress(fraction);
             display.Update(fraction);
         },
-        options.acceptDamaged ? Exporter::Damaged::Accept : Exporter::Damaged::Refuse);
-    ExportedFile exported;
+        options.acceptDamaged ? quillohostkit::MovieExport::Damaged::Accept
+                              : quillohostkit::MovieExport::Damaged::Refuse);
+    quillohostkit::ExportedFile exported;
     try {
         exported = loop.Await(exporter.Result());
-    } catch (DamagedMovie const& damaged) {
-        throw Failure(damaged.GetExitCode(),
-                      std::string(damaged.what()) + " --accept-damaged shares what there is.");
+    } catch (quillohostkit::DamagedMovie const& damaged) {
+        throw quillohostkit::Failure(
+            damaged.GetKind(),
+            std::string(damaged.what()) + " --accept-damaged shares what there is.");
     }
     display.End();
     if (!exported.damage.empty())
@@ -195,7 +198,7 @@ ExportedFile ShareCommand::Export(Movie const& movie) {
     return exported;
 }
 
-void ShareCommand::Upload(ExportedFile const& exported) {
+void ShareCommand::Upload(quillohostkit::ExportedFile const& exported) {
     auto& viewModel = session.ViewModel();
     auto const bytes = static_cast<double>(exported.bytes);
     display.Begin("Uploading", [bytes](double fractionPerSecond) {
@@ -206,15 +209,17 @@ void ShareCommand::Upload(ExportedFile const& exported) {
         // An interruption is thrown from here as well.
         loop.WaitUntil([this] { return heard->isFinished || heard->failure; });
         ThrowIfFailed();
-    } catch (Failure const& failure) {
-        throw Failure(failure.GetExitCode(), failure.what() + WhereItIsKept(exported.file));
+    } catch (quillohostkit::Failure const& failure) {
+        throw quillohostkit::Failure(failure.GetKind(),
+                                     failure.what() + quillohostkit::WhereItIsKept(exported.file));
     }
     display.End();
     display.Tell("Uploaded");
 }
 
 void ShareCommand::ThrowIfFailed() const {
-    if (heard->failure) throw Failure(ExitCodeOf(heard->failure->reason), heard->failure->text);
+    if (heard->failure)
+        throw quillohostkit::Failure(KindOf(heard->failure->reason), heard->failure->text);
 }
 
 }  // namespace quillohost

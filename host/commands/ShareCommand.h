@@ -5,14 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "host/media/Exporter.h"
-#include "host/media/MovieProbe.h"
 #include "host/session/DestinationFinder.h"
 #include "host/session/Options.h"
 #include "host/session/Session.h"
-#include "host/state/AssetStore.h"
-#include "host/state/KeyLocks.h"
-#include "host/state/SharedAsset.h"
+#include "quillohostkit/media/MovieExport.h"
+#include "quillohostkit/media/MovieProbe.h"
+#include "quillohostkit/state/AssetStore.h"
+#include "quillohostkit/state/KeyLocks.h"
+#include "quillohostkit/state/SharedAsset.h"
 
 namespace quillohost {
 
@@ -30,7 +30,7 @@ public:
         std::string folderPath;  ///< as --to takes it
         std::int64_t version = 1;
         bool isNewLink = true;
-        ExportedFile exported;  ///< gone from the disk
+        quillohostkit::ExportedFile exported;  ///< gone from the disk
     };
 
     /// Starts a service when the options name none.
@@ -53,18 +53,18 @@ private:
     [[nodiscard]] Folder FindDestination(DestinationFinder& finder);
     void ForgetLostShare(DestinationFinder& finder);
     void TakeLocks();
-    [[nodiscard]] ExportedFile Export(Movie const& movie);
-    void Upload(ExportedFile const& exported);
+    [[nodiscard]] quillohostkit::ExportedFile Export(quillohostkit::Movie const& movie);
+    void Upload(quillohostkit::ExportedFile const& exported);
     void ThrowIfFailed() const;
 
     Options const& options;
     ProgressDisplay& display;
     MainLoop& loop;
-    MovieProbe const probe;  // works while the session begins
+    quillohostkit::MovieProbe const probe;  // works while the session begins
     Session session;
-    std::shared_ptr<AssetStore> store;
-    SharedAsset asset;
-    std::vector<std::shared_ptr<KeyLocks::Lock>> locks;
+    std::shared_ptr<quillohostkit::AssetStore> store;
+    quillohostkit::SharedAsset asset;
+    std::vector<std::shared_ptr<quillohostkit::KeyLocks::Lock>> locks;
     std::shared_ptr<Heard> const heard;  // of the share, from the library
 };
 

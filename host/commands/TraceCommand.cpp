@@ -6,7 +6,7 @@
 namespace quillohost {
 
 void Trace(Session& session) {
-    auto const childrenOf = [&session](ChildLists::Node const& node) {
+    auto const childrenOf = [&session](quillohostkit::ChildLists::Node const& node) {
         return session.AwaitLists(session.Lists().ChildrenOf(node));
     };
     for (auto const& account : childrenOf(session.SignIn()))

@@ -5,9 +5,9 @@
 #include "host/editor/AppTheme.h"
 #include "host/editor/EditorApplication.h"
 #include "host/editor/EventLog.h"
-#include "host/process/Failure.h"
 #include "host/session/Session.h"
 #include "moxui/backend/HostWidget.h"
+#include "quillohostkit/process/Failure.h"
 
 namespace quillohost::editor {
 namespace {
@@ -28,7 +28,8 @@ private:
 
 }  // namespace
 
-ChosenLocation ChooseLocation(Options const& options, MainLoop& loop, ProgressDisplay& display) {
+quillohostkit::ChosenLocation ChooseLocation(Options const& options, MainLoop& loop,
+                                             ProgressDisplay& display) {
     using quillocommon::Step;
     EditorApplication const application(std::nullopt);
     moxui::backend::RunMainThreadQueueInQt();
@@ -38,15 +39,15 @@ ChosenLocation ChooseLocation(Options const& options, MainLoop& loop, ProgressDi
     display.Tell("Signing in to " + session.Service().Address());
     auto const user = session.SignIn();
     QWidget hidden;
-    std::optional<ChosenLocation> chosen;
+    std::optional<quillohostkit::ChosenLocation> chosen;
     {
         CloseOnFailure const closer(loop);
-        chosen = AskForLocation(user, hidden);
+        chosen = quillohostkit::AskForLocation(user, hidden);
     }
     loop.WaitUntil([] { return true; });  // throws what has closed the dialog
     if (chosen) return *chosen;
     session.ThrowIfFailed({Step::SignIn, Step::ReadUser, Step::ReadLocations});
-    throw Failure(ExitCode::Cancelled, "No location was chosen.");
+    throw quillohostkit::Failure(quillohostkit::FailureKind::Cancelled, "No location was chosen.");
 }
 
 }  // namespace quillohost::editor

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <utility>
 
-#include "host/process/Failure.h"
+#include "host/process/ExitCode.h"
 #include "host/process/Terminal.h"
 #include "moxcore/threads/MainThread.h"
 

@@ -8,7 +8,7 @@
 #include <QWidget>
 #include <QWindow>
 
-#include "host/process/Failure.h"
+#include "quillohostkit/process/Failure.h"
 
 namespace quillohost::editor {
 namespace {
@@ -45,7 +45,9 @@ void AddWithChildren(QAccessibleInterface& item, bool hasFocus, QJsonArray& item
 }  // namespace
 
 EventLog::EventLog(std::filesystem::path const& name) : file(name) {
-    if (!file) throw Failure(ExitCode::Other, "Cannot write \"" + name.string() + "\" (--events).");
+    if (!file)
+        throw quillohostkit::Failure(quillohostkit::FailureKind::Other,
+                                     "Cannot write \"" + name.string() + "\" (--events).");
     qApp->installEventFilter(this);
 }
 

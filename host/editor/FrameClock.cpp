@@ -12,7 +12,7 @@ constexpr double kUsualRate = 25;
 
 }  // namespace
 
-FrameClock::FrameClock(Movie const& movie)
+FrameClock::FrameClock(quillohostkit::Movie const& movie)
     : rate(movie.frameRate.value_or(kUsualRate)),
       nominal(std::max(1, static_cast<int>(std::lround(std::min(rate, 1000.0))))),
       count(static_cast<int>(

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/media/MovieProbe.h"
+#include "quillohostkit/media/MovieProbe.h"
 
 namespace quillohost::editor {
 
@@ -10,7 +10,7 @@ namespace quillohost::editor {
 /// many a second has, is counted as if it had 25.
 class FrameClock {
 public:
-    explicit FrameClock(Movie const& movie);
+    explicit FrameClock(quillohostkit::Movie const& movie);
 
     /// At least one.
     [[nodiscard]] int FrameCount() const { return count; }

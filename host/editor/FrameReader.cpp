@@ -8,8 +8,8 @@
 #include <optional>
 #include <utility>
 
-#include "host/media/MovieDamage.h"
-#include "host/process/SignalThread.h"
+#include "quillohostkit/media/MovieDamage.h"
+#include "quillohostkit/process/Signals.h"
 
 namespace quillohost::editor {
 namespace {
@@ -21,7 +21,7 @@ QStringList Arguments(FrameReader::Request const& request) {
             .arg(request.bounds.height());
     QStringList arguments{"-nostdin", "-hide_banner", "-loglevel",
                           "error",    "-ss",          QString::number(request.seconds, 'f', 6)};
-    for (auto const& word : FfmpegMovieInput(request.movie.format))
+    for (auto const& word : quillohostkit::FfmpegMovieInput(request.movie.format))
         arguments.append(QString::fromStdString(word));
     return arguments + QStringList{"-map", "0:V:0",      "-frames:v", "1",   "-vf",   fit,
                                    "-f",   "image2pipe", "-c:v",      "ppm", "pipe:1"};
@@ -32,7 +32,7 @@ QStringList Arguments(FrameReader::Request const& request) {
 void PrepareChild(int input) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     dup2(input, STDIN_FILENO);
-    GiveSignalsBack();
+    quillohostkit::GiveSignalsBack();
 }
 
 }  // namespace
@@ -77,7 +77,9 @@ private:
             if (!frame.isNull()) return to.hooks.onFrame(frame, request);
             to.hooks.onFailure(
                 "Cannot show a picture of \"" + request.movie.file.string() + "\": " +
-                (said.empty() ? "there is none here." : ExplainComplaint(FfmpegComplaint(said))));
+                (said.empty()
+                     ? "there is none here."
+                     : quillohostkit::ExplainComplaint(quillohostkit::FfmpegComplaint(said))));
         });
         if (next) Begin();
     }
@@ -89,7 +91,8 @@ private:
 };
 
 FrameReader::FrameReader(Hooks newHooks)
-    : hooks(std::move(newHooks)), worker(new Worker(*this, FindFfmpegProgram("ffmpeg"))) {
+    : hooks(std::move(newHooks)),
+      worker(new Worker(*this, quillohostkit::FindFfmpegProgram("ffmpeg"))) {
     worker->moveToThread(&thread);
     connect(&thread, &QThread::finished, worker, &QObject::deleteLater);
     thread.setObjectName("frames");

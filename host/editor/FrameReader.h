@@ -6,7 +6,7 @@
 #include <QThread>
 #include <functional>
 
-#include "host/media/MovieProbe.h"
+#include "quillohostkit/media/MovieProbe.h"
 
 namespace quillohost::editor {
 
@@ -15,7 +15,7 @@ namespace quillohost::editor {
 class FrameReader : public QObject {
 public:
     struct Request {
-        Movie movie;
+        quillohostkit::Movie movie;
         double seconds = 0;  ///< the first picture from here on
         QSize bounds;        ///< the picture is made as large as fits, in pixels
     };

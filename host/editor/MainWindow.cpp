@@ -17,10 +17,11 @@
 #include "host/editor/DeveloperMenu.h"
 #include "host/editor/Preferences.h"
 #include "host/editor/Welcome.h"
-#include "host/process/OnMainThread.h"
 #include "host/process/Terminal.h"
 #include "host/state/HostFiles.h"
 #include "moxui/backend/HostWidget.h"
+#include "quillohostkit/process/OnMainThread.h"
+#include "quillohostkit/text/PlainText.h"
 
 namespace quillohost::editor {
 namespace {
@@ -37,7 +38,7 @@ QString NameOf(fs::path const& file) {
 
 /// Its name as it can be shown.
 QString Shown(fs::path const& file) {
-    return QString::fromStdString(OneLine(file.string()));
+    return QString::fromStdString(quillohostkit::OneLine(file.string()));
 }
 
 fs::path PathOf(QString const& name) {
@@ -68,9 +69,9 @@ MainWindow::MainWindow(Options const& options, EventLog* log)
       settings(NameOf(OwnHostFile("editor.ini")), QSettings::IniFormat),
       recentMovies(settings),
       shareButton(new QPushButton("Share")),
-      title(new ElidedLabel("Movie", Qt::ElideMiddle)),
-      message(new ElidedLabel("Message", Qt::ElideRight)),
-      phaseLabel(new ElidedLabel("Share", Qt::ElideMiddle)),
+      title(new quillohostkit::ElidedLabel("Movie", Qt::ElideMiddle)),
+      message(new quillohostkit::ElidedLabel("Message", Qt::ElideRight)),
+      phaseLabel(new quillohostkit::ElidedLabel("Share", Qt::ElideMiddle)),
       progress(new QProgressBar),
       pages(new QStackedWidget),
       player(new Player([this](auto const& line) { Tell(line); })),
@@ -212,7 +213,7 @@ void MainWindow::OpenSampleClip() {
     }
     Tell("Making the sample clip...");
     sampleAction->setEnabled(false);
-    OnMainThread(sampleClip->Result(), token, [this](auto const& made) {
+    quillohostkit::OnMainThread(sampleClip->Result(), token, [this](auto const& made) {
         sampleAction->setEnabled(true);
         try {
             Open(made.Get());
@@ -224,22 +225,24 @@ void MainWindow::OpenSampleClip() {
 
 void MainWindow::Open(fs::path const& file) {
     try {
-        probe = std::make_unique<MovieProbe>(file);
+        probe = std::make_unique<quillohostkit::MovieProbe>(file);
     } catch (std::exception const& exception) {
         return Tell(exception.what());
     }
     Tell("Opening \"" + file.string() + "\"...");
-    OnMainThread(probe->Result(), token, [this, asked = probe.get()](auto const& found) {
-        if (asked != probe.get()) return;  // another one was asked for meanwhile
-        try {
-            ShowMovie(found.Get());
-        } catch (std::exception const& exception) {
-            Tell(exception.what());
-        }
-    });
+    quillohostkit::OnMainThread(probe->Result(), token,
+                                [this, asked = probe.get()](auto const& found) {
+                                    if (asked != probe.get())
+                                        return;  // another one was asked for meanwhile
+                                    try {
+                                        ShowMovie(found.Get());
+                                    } catch (std::exception const& exception) {
+                                        Tell(exception.what());
+                                    }
+                                });
 }
 
-void MainWindow::ShowMovie(Movie const& movie) {
+void MainWindow::ShowMovie(quillohostkit::Movie const& movie) {
     sharing.SetMovie(movie);
     player->Show(movie);
     pages->setCurrentWidget(player);
@@ -252,7 +255,7 @@ void MainWindow::ShowMovie(Movie const& movie) {
 }
 
 void MainWindow::Tell(std::string const& line) {
-    auto const text = QString::fromStdString(OneLine(line));
+    auto const text = QString::fromStdString(quillohostkit::OneLine(line));
     message->SetText(text);
     if (log) log->Write({{"message", text}});
 }
@@ -274,10 +277,11 @@ void MainWindow::OnSharingChanged() {
 bool MainWindow::MayClose() {
     auto const phase = sharing.GetPhase();
     if (phase == Phase::Idle) return true;
-    QMessageBox question(QMessageBox::Question, windowTitle(),
-                         QString("\"%1\" is still being shared. Stop the share and quit?")
-                             .arg(QString::fromStdString(OneLine(sharing.GetSharedName()))),
-                         QMessageBox::NoButton, this);
+    QMessageBox question(
+        QMessageBox::Question, windowTitle(),
+        QString("\"%1\" is still being shared. Stop the share and quit?")
+            .arg(QString::fromStdString(quillohostkit::OneLine(sharing.GetSharedName()))),
+        QMessageBox::NoButton, this);
     question.setTextFormat(Qt::PlainText);
     question.setInformativeText(
         phase == Phase::Uploading || phase == Phase::Finishing
@@ -293,7 +297,8 @@ bool MainWindow::MayClose() {
 
 bool MainWindow::AskToAccept(std::string const& damage) {
     QMessageBox question(QMessageBox::Warning, windowTitle(),
-                         QString::fromStdString(OneLine(damage)), QMessageBox::NoButton, this);
+                         QString::fromStdString(quillohostkit::OneLine(damage)),
+                         QMessageBox::NoButton, this);
     question.setTextFormat(Qt::PlainText);
     question.setInformativeText("Share what there is of it?");
     auto* const share = question.addButton("Share What There Is", QMessageBox::AcceptRole);

@@ -10,15 +10,15 @@
 #include <filesystem>
 #include <memory>
 
-#include "host/editor/ElidedLabel.h"
 #include "host/editor/EventLog.h"
 #include "host/editor/Player.h"
 #include "host/editor/RecentMovies.h"
 #include "host/editor/SampleClip.h"
 #include "host/editor/Sharing.h"
-#include "host/media/MovieProbe.h"
 #include "host/session/Options.h"
 #include "moxcore/utility/LifetimeToken.h"
+#include "quillohostkit/media/MovieProbe.h"
+#include "quillohostkit/widgets/ElidedLabel.h"
 
 namespace quillohost::editor {
 
@@ -52,7 +52,7 @@ private:
     void FillRecentMenu();
     void ChooseMovie();
     void OpenSampleClip();
-    void ShowMovie(Movie const& movie);
+    void ShowMovie(quillohostkit::Movie const& movie);
     void OnSharingChanged();
     [[nodiscard]] bool MayClose();
     [[nodiscard]] bool AskToAccept(std::string const& damage);
@@ -61,9 +61,9 @@ private:
     QSettings settings;
     RecentMovies recentMovies;
     QPushButton* shareButton;
-    ElidedLabel* title;
-    ElidedLabel* message;
-    ElidedLabel* phaseLabel;
+    quillohostkit::ElidedLabel* title;
+    quillohostkit::ElidedLabel* message;
+    quillohostkit::ElidedLabel* phaseLabel;
     QProgressBar* progress;
     QStackedWidget* pages;
     Player* player;
@@ -74,7 +74,7 @@ private:
     QAction* shareAgainAction;
     QAction* cancelAction;
     Sharing sharing;
-    std::unique_ptr<MovieProbe> probe;
+    std::unique_ptr<quillohostkit::MovieProbe> probe;
     std::unique_ptr<SampleClip> sampleClip;
     std::vector<std::shared_ptr<quillomoxui::BindingHandle>> bindings;
     moxcore::utility::LifetimeToken token;

@@ -60,7 +60,7 @@ Player::Player(std::function<void(std::string const&)> tell)
     connect(slider, &QSlider::valueChanged, this, [this](int frame) { GoTo(frame); });
 }
 
-void Player::Show(Movie const& newMovie) {
+void Player::Show(quillohostkit::Movie const& newMovie) {
     movie = newMovie;
     clock.emplace(newMovie);
     view->SetFrame({});

@@ -20,13 +20,13 @@ public:
     /// when ffmpeg is not installed.
     explicit Player(std::function<void(std::string const&)> tell);
 
-    void Show(Movie const& newMovie);
+    void Show(quillohostkit::Movie const& newMovie);
 
 private:
     void GoTo(int frame);
     void ReadFrame();
 
-    std::optional<Movie> movie;
+    std::optional<quillohostkit::Movie> movie;
     std::optional<FrameClock> clock;
     FrameView* view;
     QLabel* timeCode;

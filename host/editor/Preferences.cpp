@@ -5,7 +5,7 @@
 #include <QLabel>
 #include <utility>
 
-#include "host/editor/LocationDialog.h"
+#include "quillohostkit/widgets/LocationDialog.h"
 
 namespace quillohost::editor {
 
@@ -14,8 +14,8 @@ using quillomoxui::QuilloUser;
 Preferences::Preferences(Sharing& sharing, QWidget* parent)
     : QDialog(parent),
       sharing(sharing),
-      destination(new ElidedLabel("Default destination", Qt::ElideMiddle)),
-      message(new ElidedLabel("Message", Qt::ElideRight)),
+      destination(new quillohostkit::ElidedLabel("Default destination", Qt::ElideMiddle)),
+      message(new quillohostkit::ElidedLabel("Message", Qt::ElideRight)),
       chooseButton(new QPushButton("C&hoose...")),
       clearButton(new QPushButton("C&lear")),
       failures([this](auto const& failure) { OnFailure(failure); }) {
@@ -45,7 +45,7 @@ Preferences::Preferences(Sharing& sharing, QWidget* parent)
 
 /// Everything as it is now, and a line for the user.
 void Preferences::Show(std::string const& line) {
-    std::optional<ChosenLocation> location;
+    std::optional<quillohostkit::ChosenLocation> location;
     try {
         location = sharing.DefaultDestination();
         message->SetText(QString::fromStdString(line));
@@ -56,7 +56,7 @@ void Preferences::Show(std::string const& line) {
     clearButton->setEnabled(location.has_value());
 }
 
-void Preferences::SetDestination(std::optional<ChosenLocation> const& location) {
+void Preferences::SetDestination(std::optional<quillohostkit::ChosenLocation> const& location) {
     try {
         sharing.SetDefaultDestination(location);
         Show("");
@@ -81,7 +81,7 @@ void Preferences::Choose(std::shared_ptr<QuilloUser> const& user) {
     userBinding.reset();
     viewModel.reset();
     Show("");
-    if (auto const location = AskForLocation(user, *this)) SetDestination(location);
+    if (auto const location = quillohostkit::AskForLocation(user, *this)) SetDestination(location);
 }
 
 void Preferences::OnFailure(quillocommon::Failure const& failure) {

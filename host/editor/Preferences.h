@@ -4,10 +4,10 @@
 #include <QPushButton>
 #include <memory>
 
-#include "host/editor/ElidedLabel.h"
 #include "host/editor/Sharing.h"
-#include "host/session/FailureInbox.h"
 #include "moxcore/utility/LifetimeToken.h"
+#include "quillohostkit/session/FailureInbox.h"
+#include "quillohostkit/widgets/ElidedLabel.h"
 
 namespace quillohost::editor {
 
@@ -19,20 +19,20 @@ public:
 
 private:
     void Show(std::string const& message);
-    void SetDestination(std::optional<ChosenLocation> const& location);
+    void SetDestination(std::optional<quillohostkit::ChosenLocation> const& location);
     void SignInToChoose();
     void Choose(std::shared_ptr<quillomoxui::QuilloUser> const& user);
     void OnFailure(quillocommon::Failure const& failure);
 
     Sharing& sharing;
-    ElidedLabel* destination;
-    ElidedLabel* message;
+    quillohostkit::ElidedLabel* destination;
+    quillohostkit::ElidedLabel* message;
     QPushButton* chooseButton;
     QPushButton* clearButton;
     /// Signs in for the location dialog, which has a tree of its own; while that is under way.
     std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
     std::shared_ptr<quillomoxui::BindingHandle> userBinding;
-    FailureInbox failures;
+    quillohostkit::FailureInbox failures;
     moxcore::utility::LifetimeToken token;
 };
 

@@ -6,7 +6,7 @@
 #include "host/editor/EditorApplication.h"
 #include "host/editor/EventLog.h"
 #include "host/editor/MainWindow.h"
-#include "host/process/Failure.h"
+#include "host/process/ExitCode.h"
 #include "host/process/SignalThread.h"
 #include "host/process/Terminal.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "host/editor/SampleClipArguments.h"
-#include "host/media/MovieProbe.h"
-#include "host/process/Failure.h"
+#include "quillohostkit/media/MovieProbe.h"
+#include "quillohostkit/process/Failure.h"
 
 namespace quillohost::editor {
 namespace {
@@ -16,7 +16,7 @@ std::vector<std::string> Arguments(std::filesystem::path const& output) {
     std::istringstream lines(kSampleClipArguments);
     for (std::string line; std::getline(lines, line);)
         arguments.push_back(line);
-    arguments.insert(arguments.end(), {"-y", FfmpegFileName(output)});
+    arguments.insert(arguments.end(), {"-y", quillohostkit::FfmpegFileName(output)});
     return arguments;
 }
 
@@ -24,11 +24,13 @@ std::vector<std::string> Arguments(std::filesystem::path const& output) {
 
 SampleClip::SampleClip(std::filesystem::path const& file) : file(file), unfinished(file) {
     unfinished += ".part";
-    ffmpeg = std::make_unique<ChildProcess>(
-        FindFfmpegProgram("ffmpeg"), Arguments(unfinished), ChildProcess::Input::Nothing,
-        ChildProcess::Hooks{.onOutput = nullptr,
-                            .onError = [this](auto& line) { complaint = FfmpegComplaint(line); },
-                            .onExit = [this](auto status) { OnExit(status); }});
+    ffmpeg = std::make_unique<quillohostkit::ChildProcess>(
+        quillohostkit::FindFfmpegProgram("ffmpeg"), Arguments(unfinished),
+        quillohostkit::ChildProcess::Input::Nothing,
+        quillohostkit::ChildProcess::Hooks{
+            .onOutput = nullptr,
+            .onError = [this](auto& line) { complaint = quillohostkit::FfmpegComplaint(line); },
+            .onExit = [this](auto status) { OnExit(status); }});
 }
 
 SampleClip::~SampleClip() {
@@ -37,17 +39,17 @@ SampleClip::~SampleClip() {
     std::filesystem::remove(unfinished, ignored);
 }
 
-void SampleClip::OnExit(ExitStatus status) {
+void SampleClip::OnExit(quillohostkit::ExitStatus status) {
     std::error_code error;
     if (status.IsSuccess()) std::filesystem::rename(unfinished, file, error);
     if (status.IsSuccess() && !error) {
         promise.SetValue(file);
         return;
     }
-    promise.SetException(std::make_exception_ptr(
-        Failure(ExitCode::Export, "Cannot make the sample clip \"" + file.string() + "\" (" +
-                                      (error ? error.message() : complaint) +
-                                      "). Open a movie of yours instead.")));
+    promise.SetException(std::make_exception_ptr(quillohostkit::Failure(
+        quillohostkit::FailureKind::Export, "Cannot make the sample clip \"" + file.string() +
+                                                "\" (" + (error ? error.message() : complaint) +
+                                                "). Open a movie of yours instead.")));
 }
 
 }  // namespace quillohost::editor

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "host/process/ChildProcess.h"
 #include "moxcore/async/Future.h"
+#include "quillohostkit/process/ChildProcess.h"
 
 namespace quillohost::editor {
 
@@ -26,13 +26,13 @@ public:
     }
 
 private:
-    void OnExit(ExitStatus status);
+    void OnExit(quillohostkit::ExitStatus status);
 
     std::filesystem::path file;
     std::filesystem::path unfinished;
     std::string complaint;  // the last line that ffmpeg had to say
     moxcore::async::Promise<std::filesystem::path> promise;
-    std::unique_ptr<ChildProcess> ffmpeg;
+    std::unique_ptr<quillohostkit::ChildProcess> ffmpeg;
 };
 
 }  // namespace quillohost::editor

@@ -3,15 +3,15 @@
 #include <system_error>
 #include <utility>
 
-#include "host/editor/AssetIcon.h"
-#include "host/process/Failure.h"
-#include "host/process/OnMainThread.h"
-#include "host/session/FolderPath.h"
-#include "host/session/TellWaits.h"
-#include "host/state/AssetName.h"
 #include "host/state/HostFiles.h"
 #include "moxcore/string/Conversions.h"
 #include "moxui/backend/HostWidget.h"
+#include "quillohostkit/process/Failure.h"
+#include "quillohostkit/process/OnMainThread.h"
+#include "quillohostkit/session/FolderPath.h"
+#include "quillohostkit/session/TellWaits.h"
+#include "quillohostkit/state/AssetName.h"
+#include "quillohostkit/widgets/AssetIcon.h"
 #include "quillomoxui/model/QuilloUser.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
@@ -56,7 +56,8 @@ Sharing::Sharing(Options const& options, QWidget& anchorWidget, Hooks newHooks)
                    },
                .onBrowser = [this] { hooks.tell(kSignInInBrowser); },
                .onGone = [this](auto const& gone) { hooks.tell(MessageOf(gone)); }}),
-      store(std::make_shared<AssetStore>(OwnHostFile("assets.sqlite"), service.ServiceName())),
+      store(std::make_shared<quillohostkit::AssetStore>(OwnHostFile("assets.sqlite"),
+                                                        service.ServiceName())),
       viewModel(std::make_shared<quillomoxui::ShareForReviewViewModel>()),
       anchor(moxui::backend::WrapWidget(&anchorWidget)),
       popup(quillomoxui::CreatePopupManager()),
@@ -72,7 +73,7 @@ Sharing::Sharing(Options const& options, QWidget& anchorWidget, Hooks newHooks)
                   .onFailure = [this](auto const& thrown) { hooks.tell(MessageOf(thrown)); }}) {
     popup->SetParent(anchor);
     ConnectLibrary();
-    OnMainThread(service.Ready(), token, [this](auto const& ready) {
+    quillohostkit::OnMainThread(service.Ready(), token, [this](auto const& ready) {
         if (auto const thrown = ready.GetException()) return hooks.tell(MessageOf(thrown));
         isServiceReady = true;
         hooks.onChanged();
@@ -84,8 +85,9 @@ Sharing::~Sharing() {
 }
 
 void Sharing::ConnectLibrary() {
-    ConnectStore(
-        *viewModel, store, [this] { return active ? active->GetAsset() : AssetStore::Asset{}; },
+    quillohostkit::ConnectStore(
+        *viewModel, store,
+        [this] { return active ? active->GetAsset() : quillohostkit::AssetStore::Asset{}; },
         [tell = token.Guard([this](auto const& thrown) { hooks.tell(MessageOf(thrown)); })](
             auto const& thrown) { AsyncCallFromMainThread([=] { tell(thrown); }, 0); });
     viewModel->SetAssetProcessingMethod([](auto const&...) {});  // ExportWanted asks for it
@@ -96,12 +98,13 @@ void Sharing::ConnectLibrary() {
         [this](auto const& user) { OnUserChanged(*user); }));
     bindings.push_back(viewModel->SignInProgressNotifyingPropertyHost::BindValueChanged(
         [this](auto const& progress) { OnSignInChanged(progress); }));
-    for (auto const& binding : TellWaits(*viewModel, hooks.tell))
+    for (auto const& binding : quillohostkit::TellWaits(*viewModel, hooks.tell))
         bindings.push_back(binding);
 }
 
-void Sharing::SetMovie(Movie const& movie) {
-    open = std::make_shared<SharedAsset>(store, movie, DefaultAssetName(movie.file));
+void Sharing::SetMovie(quillohostkit::Movie const& movie) {
+    open = std::make_shared<quillohostkit::SharedAsset>(
+        store, movie, quillohostkit::DefaultAssetName(movie.file));
     if (!IsSharing()) {
         ActivateOpen();
         if (IsPopupOpen()) OpenPopup();
@@ -114,7 +117,7 @@ void Sharing::ActivateOpen() {
     shareLocks.Release();
     active = open;
     viewModel->SetActiveAssetName(moxcore::string::UTF8to16(active->GetName()));
-    viewModel->SetAssetTypeIcon(AssetIcon(active->GetMovie()));
+    viewModel->SetAssetTypeIcon(quillohostkit::AssetIcon(active->GetMovie()));
     Reset();
     destinations.Restore(active);
 }
@@ -142,11 +145,11 @@ void Sharing::OpenPopup() {
     WithLocks([this] { viewModel->StartShareForReviewPopup(); });
 }
 
-std::optional<ChosenLocation> Sharing::DefaultDestination() const {
+std::optional<quillohostkit::ChosenLocation> Sharing::DefaultDestination() const {
     return store->ReadDefaultDestination();
 }
 
-void Sharing::SetDefaultDestination(std::optional<ChosenLocation> const& location) {
+void Sharing::SetDefaultDestination(std::optional<quillohostkit::ChosenLocation> const& location) {
     if (location)
         store->WriteDefaultDestination(*location);
     else
@@ -178,7 +181,8 @@ void Sharing::CancelExport() {
 
 std::string Sharing::Epitaph() const {
     if (phase != Phase::Uploading && phase != Phase::Finishing) return "";
-    return "The share of \"" + GetSharedName() + "\" was stopped." + WhereItIsKept(exported);
+    return "The share of \"" + GetSharedName() + "\" was stopped." +
+           quillohostkit::WhereItIsKept(exported);
 }
 
 void Sharing::WithLocks(std::function<void()> const& then) {
@@ -191,7 +195,7 @@ void Sharing::OnViewChanged(ShareForReviewViewID view) {
 
 void Sharing::OnUserChanged(quillomoxui::QuilloUser const& user) {
     if (user.GetID().IsNull()) return;
-    hooks.tell("Signed in as " + NameOf(user) + ".");
+    hooks.tell("Signed in as " + quillohostkit::NameOf(user) + ".");
 }
 
 /// The message of a cancelled sign-in holds no longer.
@@ -230,37 +234,40 @@ void Sharing::Export(fs::path const& output) {
     // Its file may be another one than when it was opened in the window.
     try {
         static_cast<void>(active->CheckLink(UTF16to8(viewModel->GetReviewLinkURL())));
-        probe = std::make_unique<MovieProbe>(active->GetMovie().file);
+        probe = std::make_unique<quillohostkit::MovieProbe>(active->GetMovie().file);
     } catch (std::exception const& exception) {
         return GiveUpExport(exception.what());
     }
-    OnMainThread(probe->Result(), token, [this, asked = probe.get(), output](auto const& found) {
-        if (asked != probe.get()) return;  // called off
-        try {
-            ExportMovie(found.Get(), output);
-        } catch (std::exception const& exception) {
-            GiveUpExport(exception.what());
-        }
-    });
+    quillohostkit::OnMainThread(probe->Result(), token,
+                                [this, asked = probe.get(), output](auto const& found) {
+                                    if (asked != probe.get()) return;  // called off
+                                    try {
+                                        ExportMovie(found.Get(), output);
+                                    } catch (std::exception const& exception) {
+                                        GiveUpExport(exception.what());
+                                    }
+                                });
 }
 
-void Sharing::ExportMovie(Movie const& movie, fs::path const& output, Exporter::Damaged damaged) {
-    exporter = std::make_unique<Exporter>(
+void Sharing::ExportMovie(quillohostkit::Movie const& movie, fs::path const& output,
+                          quillohostkit::MovieExport::Damaged damaged) {
+    exporter = std::make_unique<quillohostkit::MovieExport>(
         movie, output, [this](double fraction) { viewModel->SetEncodingProgress(fraction); },
         damaged);
     // Called off, the exporter is gone, and its result with it.
     auto const result = exporter->Result();
-    OnMainThread(result, token, [this, movie, output](auto const& done) {
+    quillohostkit::OnMainThread(result, token, [this, movie, output](auto const& done) {
         if (!exporter) return;
         exporter.reset();
         try {
             if (auto const thrown = done.GetException()) std::rethrow_exception(thrown);
-        } catch (DamagedMovie const& refused) {
+        } catch (quillohostkit::DamagedMovie const& refused) {
             auto const asked = share.shareID;
             bool const isAccepted = hooks.acceptsDamage(refused.what());
             // It may have ended while the user was asked.
             if (asked != share.shareID || phase != Phase::Exporting) return;
-            if (isAccepted) return ExportMovie(movie, output, Exporter::Damaged::Accept);
+            if (isAccepted)
+                return ExportMovie(movie, output, quillohostkit::MovieExport::Damaged::Accept);
         } catch (...) {
         }
         if (auto const thrown = done.GetException()) return GiveUpExport(MessageOf(thrown));
@@ -301,7 +308,7 @@ void Sharing::ShareFailed(quillomoxui::ShareInfo const& failed, ShareFailure con
     else if (failure.reason == ShareFailureReason::NotExported)
         hooks.tell(exportFailure);
     else
-        hooks.tell(failure.text + (hasMovie ? WhereItIsKept(exported) : ""));
+        hooks.tell(failure.text + (hasMovie ? quillohostkit::WhereItIsKept(exported) : ""));
     SetPhase(Phase::Idle);
     if (IsSharing()) return;  // overtaken: the next one's beginning comes
     // Without a link to show the popup goes back to where it can be tried again.

@@ -7,14 +7,14 @@
 #include <optional>
 #include <string>
 
-#include "host/editor/Destinations.h"
-#include "host/editor/ShareLocks.h"
-#include "host/media/Exporter.h"
-#include "host/session/FailureInbox.h"
 #include "host/session/Options.h"
 #include "host/session/ServiceConnection.h"
-#include "host/state/SharedAsset.h"
 #include "moxcore/utility/LifetimeToken.h"
+#include "quillohostkit/media/MovieExport.h"
+#include "quillohostkit/session/Destinations.h"
+#include "quillohostkit/session/FailureInbox.h"
+#include "quillohostkit/session/ShareLocks.h"
+#include "quillohostkit/state/SharedAsset.h"
 #include "quillomoxui/sharedui/PopupManager.h"
 #include "quillomoxui/sharedui/ShareForReviewScreenManager.h"
 #include "quillomoxui/viewmodel/ShareEvents.h"
@@ -46,7 +46,7 @@ public:
     Sharing& operator=(Sharing const&) = delete;
 
     /// The movie that is open in the window.
-    void SetMovie(Movie const& movie);
+    void SetMovie(quillohostkit::Movie const& movie);
 
     /// Whether the popup can be opened: there is a movie, and a service.
     [[nodiscard]] bool IsReady() const { return open && isServiceReady; }
@@ -60,8 +60,8 @@ public:
 
     [[nodiscard]] bool IsServiceReady() const { return isServiceReady; }
     /// Where movies go that were never shared. A Failure when the host's files cannot be used.
-    [[nodiscard]] std::optional<ChosenLocation> DefaultDestination() const;
-    void SetDefaultDestination(std::optional<ChosenLocation> const& location);
+    [[nodiscard]] std::optional<quillohostkit::ChosenLocation> DefaultDestination() const;
+    void SetDefaultDestination(std::optional<quillohostkit::ChosenLocation> const& location);
 
     /// One line for the user.
     [[nodiscard]] std::string Explain(quillocommon::Failure const& failure) const {
@@ -100,35 +100,36 @@ private:
     void OnSignInChanged(quilloauth::SignInProgress const& progress);
     void OnFailure(quillocommon::Failure const& failure);
     void Export(std::filesystem::path const& output);
-    void ExportMovie(Movie const& movie, std::filesystem::path const& output,
-                     Exporter::Damaged damaged = Exporter::Damaged::Refuse);
+    void ExportMovie(
+        quillohostkit::Movie const& movie, std::filesystem::path const& output,
+        quillohostkit::MovieExport::Damaged damaged = quillohostkit::MovieExport::Damaged::Refuse);
     void GiveUpExport(std::string const& why);
     void End();
     void SetPhase(Phase newPhase);
 
     Hooks hooks;
-    KeyLocks const locks;
-    FailureInbox failures;  // first: the service's address may be worth a warning
+    quillohostkit::KeyLocks const locks;
+    quillohostkit::FailureInbox failures;  // first: the service's address may be worth a warning
     ServiceConnection service;
     bool isServiceReady = false;
-    std::shared_ptr<AssetStore> store;
+    std::shared_ptr<quillohostkit::AssetStore> store;
     std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
     boost::intrusive_ptr<moxui::ui::UI_Node> anchor;
     std::shared_ptr<quillomoxui::PopupManager> popup;
     std::shared_ptr<quillomoxui::ShareForReviewScreenManager> screens;
-    Destinations destinations;
-    ShareLocks shareLocks;
-    std::shared_ptr<SharedAsset> open;    // the window's; null: none
-    std::shared_ptr<SharedAsset> active;  // the popup's; null: none
-    Phase phase = Phase::Idle;            // as far as the library has reported
-    quillomoxui::ShareInfo share;         // that goes on
+    quillohostkit::Destinations destinations;
+    quillohostkit::ShareLocks shareLocks;
+    std::shared_ptr<quillohostkit::SharedAsset> open;    // the window's; null: none
+    std::shared_ptr<quillohostkit::SharedAsset> active;  // the popup's; null: none
+    Phase phase = Phase::Idle;                           // as far as the library has reported
+    quillomoxui::ShareInfo share;                        // that goes on
     std::string sharedName;
     std::string exportFailure;  // why it has no movie
     bool isSigningIn = false;
     std::filesystem::path exported;
     std::filesystem::file_time_type sharedState;  // of the movie's file, when it was exported
-    std::unique_ptr<MovieProbe> probe;
-    std::unique_ptr<Exporter> exporter;
+    std::unique_ptr<quillohostkit::MovieProbe> probe;
+    std::unique_ptr<quillohostkit::MovieExport> exporter;
     std::vector<std::shared_ptr<quillomoxui::BindingHandle>> bindings;
     moxcore::utility::LifetimeToken token;
 };

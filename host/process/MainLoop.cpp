@@ -3,8 +3,8 @@
 #include <memory>
 #include <utility>
 
-#include "host/process/Failure.h"
 #include "moxcore/threads/MainThread.h"
+#include "quillohostkit/process/Failure.h"
 
 namespace quillohost {
 
@@ -12,7 +12,8 @@ using moxcore::threads::MainThread;
 
 MainLoop::MainLoop()
     : signals([this] {
-          Fail(std::make_exception_ptr(Failure(ExitCode::Interrupted, "Interrupted.")));
+          Fail(std::make_exception_ptr(
+              quillohostkit::Failure(quillohostkit::FailureKind::Interrupted, "Interrupted.")));
       }) {
     MainThread::SetFailureHandler([this](std::exception_ptr const& thrown) { Fail(thrown); });
 }

@@ -5,7 +5,8 @@
 
 #include <utility>
 
-#include "host/process/Failure.h"
+#include "host/process/ExitCode.h"
+#include "quillohostkit/process/Signals.h"
 
 namespace quillohost {
 namespace {
@@ -13,9 +14,6 @@ namespace {
 /// Wakes the thread that waits for signals, so that it sees whether it is to end. Anybody may send
 /// it.
 constexpr int kWake = SIGUSR1;
-
-/// Their default is to end the process at once, which would leave half a file behind.
-constexpr int kIgnored[] = {SIGPIPE, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF, SIGPOLL};
 
 /// Whether `number` is dealt with so: SIG_IGN or SIG_DFL.
 bool Is(int number, sighandler_t disposition) {
@@ -48,7 +46,7 @@ void HandleSignals(sigset_t const& signals, std::atomic<bool> const& stopping,
 }  // namespace
 
 SignalThread::SignalThread(std::function<void()> onSignal) {
-    for (int number : kIgnored)
+    for (int number : quillohostkit::kIdleSignals)
         if (Is(number, SIG_DFL)) signal(number, SIG_IGN);
     // A file that may not grow is an error of the write, also in programs started from here.
     signal(SIGXFSZ, SIG_IGN);
@@ -67,14 +65,6 @@ SignalThread::~SignalThread() {
     pthread_kill(thread.native_handle(), kWake);
     thread.join();
     pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr);
-}
-
-void GiveSignalsBack() noexcept {
-    for (int number : kIgnored)
-        signal(number, SIG_DFL);  // NOLINT(concurrency-mt-unsafe): alone in its process
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 }  // namespace quillohost

@@ -25,8 +25,4 @@ private:
     std::thread thread;
 };
 
-/// For a new process, before it becomes another program: undoes what a SignalThread has changed for
-/// this one. Allowed after a fork.
-void GiveSignalsBack() noexcept;
-
 }  // namespace quillohost

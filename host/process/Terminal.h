@@ -11,10 +11,6 @@ namespace quillohost {
 // and messages come from the service and from files; what could steer a terminal, or show a text as
 // another one, is made visible. Any thread, unless said otherwise.
 
-/// `text` fit to be shown as one line: each control character, each character that turns the
-/// direction of writing, and each byte that is no UTF-8 is replaced by U+FFFD.
-[[nodiscard]] std::string OneLine(std::string_view text);
-
 /// `json` as lines for PrintLines. It keeps what OneLine would replace, as JSON's escapes.
 [[nodiscard]] std::vector<std::string> JsonLines(nlohmann::ordered_json const& json);
 
@@ -40,9 +36,5 @@ void TellTraces();
 
 /// The same by PrintLines.
 void PrintTraces();
-
-/// Whether `text` is an http or https address that a shell and a terminal take as it stands:
-/// printable ASCII without blanks, with a host and without a user.
-[[nodiscard]] bool IsPlainLink(std::string_view text);
 
 }  // namespace quillohost

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/process/Failure.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/string/NaturalOrder.h"
+#include "quillohostkit/process/Failure.h"
 #include "quillomoxui/model/QuilloProject.h"
 
 namespace quillohost {
@@ -48,14 +48,15 @@ std::string List(NodeVector<QuilloNode> const& nodes) {
     if (nodes.empty()) return "nothing";
     std::string text;
     for (std::size_t i = 0; i < std::min(nodes.size(), kMostListed); ++i)
-        text += (i > 0 ? ", \"" : "\"") + NameOf(*nodes[i]) + "\"";
+        text += (i > 0 ? ", \"" : "\"") + quillohostkit::NameOf(*nodes[i]) + "\"";
     if (nodes.size() > kMostListed)
         text += " and " + std::to_string(nodes.size() - kMostListed) + " more";
     return text;
 }
 
 std::string Describe(QuilloNode const& node) {
-    return node.GetKind() == NodeKind::User ? "among the accounts" : "in \"" + NameOf(node) + "\"";
+    return node.GetKind() == NodeKind::User ? "among the accounts"
+                                            : "in \"" + quillohostkit::NameOf(node) + "\"";
 }
 
 }  // namespace
@@ -77,26 +78,29 @@ Node DestinationFinder::FindChild(Node const& parent, std::string const& name) {
     if (found.empty()) found = Named(places, wanted, false);
     if (found.size() == 1) return found.front();
     if (found.empty())
-        throw Failure(ExitCode::Location, "There is no \"" + name + "\" " + Describe(*parent) +
-                                              "; there is " + List(places) + ".");
-    throw Failure(ExitCode::Location, "There is more than one \"" + name + "\" " +
-                                          Describe(*parent) + "; rename one: " + List(found) + ".");
+        throw quillohostkit::Failure(quillohostkit::FailureKind::Location,
+                                     "There is no \"" + name + "\" " + Describe(*parent) +
+                                         "; there is " + List(places) + ".");
+    throw quillohostkit::Failure(quillohostkit::FailureKind::Location,
+                                 "There is more than one \"" + name + "\" " + Describe(*parent) +
+                                     "; rename one: " + List(found) + ".");
 }
 
-DestinationFinder::Folder DestinationFinder::FindByNamePath(NamePath const& path) {
+DestinationFinder::Folder DestinationFinder::FindByNamePath(quillohostkit::NamePath const& path) {
     Node place = user;
     for (auto const& name : path) {
         place = FindChild(place, name);
         if (auto const project = NodeAs<QuilloProject>(place)) place = project->GetRootFolder();
     }
     if (auto folder = NodeAs<QuilloFolder>(place)) return folder;
-    throw Failure(ExitCode::Location, "\"" + JoinNamePath(path) +
-                                          "\" is no project yet; go on with one of " +
-                                          List(ChildrenOf(place)) + ".");
+    throw quillohostkit::Failure(quillohostkit::FailureKind::Location,
+                                 "\"" + quillohostkit::JoinNamePath(path) +
+                                     "\" is no project yet; go on with one of " +
+                                     List(ChildrenOf(place)) + ".");
 }
 
-DestinationFinder::Folder DestinationFinder::FindByIDPath(IDPath const& path) {
-    auto const found = session.AwaitLists(quillohost::FindByIDPath(session.Lists(), user, path));
+DestinationFinder::Folder DestinationFinder::FindByIDPath(quillohostkit::IDPath const& path) {
+    auto const found = session.AwaitLists(quillohostkit::FindByIDPath(session.Lists(), user, path));
     seen.insert(seen.end(), found.above.begin(), found.above.end());
     return found.folder;
 }
@@ -112,8 +116,9 @@ DestinationFinder::Folder DestinationFinder::FindFirstProject() {
         for (auto const& workspace : ChildrenOf(account))
             for (auto const& project : ChildrenOf(workspace))
                 return NodeAs<QuilloProject>(project)->GetRootFolder();
-    throw Failure(ExitCode::Location,
-                  "There is no project to share to; have one made in the service first.");
+    throw quillohostkit::Failure(
+        quillohostkit::FailureKind::Location,
+        "There is no project to share to; have one made in the service first.");
 }
 
 }  // namespace quillohost

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "host/session/FolderPath.h"
 #include "host/session/Session.h"
 #include "moxcore/utility/Guid.h"
+#include "quillohostkit/session/FolderPath.h"
 
 namespace quillohost {
 
@@ -23,10 +23,10 @@ public:
     /// The folder at `path`; at the path of a project, its root folder. A name is looked for as it
     /// is first, then without regard to case. A Failure (Location) that says what there is instead
     /// when one is not found, or leads to two places.
-    [[nodiscard]] Folder FindByNamePath(NamePath const& path);
+    [[nodiscard]] Folder FindByNamePath(quillohostkit::NamePath const& path);
 
     /// The folder at `path`; null when the path is empty or no longer exists.
-    [[nodiscard]] Folder FindByIDPath(IDPath const& path);
+    [[nodiscard]] Folder FindByIDPath(quillohostkit::IDPath const& path);
 
     /// The root folder of the first project. A Failure (Location) when there is none.
     [[nodiscard]] Folder FindFirstProject();

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/process/Failure.h"
+#include "quillohostkit/process/Failure.h"
 
 namespace quillohost {
 namespace {
@@ -13,11 +13,12 @@ constexpr char const* kReady = "quillo-service listening on ";
 constexpr std::chrono::seconds kPatience{10};
 
 std::filesystem::path FindService() {
-    auto program = FindProgram(kProgram);
+    auto program = quillohostkit::FindProgram(kProgram);
     if (program.empty())
-        throw Failure(ExitCode::SignIn, std::string(kProgram) +
-                                            " is neither beside quillo-host nor on PATH; install "
-                                            "it, or name a service with --service.");
+        throw quillohostkit::Failure(quillohostkit::FailureKind::SignIn,
+                                     std::string(kProgram) +
+                                         " is neither beside quillo-host nor on PATH; install "
+                                         "it, or name a service with --service.");
     return program;
 }
 
@@ -26,14 +27,14 @@ std::filesystem::path FindService() {
 EmbeddedService::EmbeddedService(std::filesystem::path const& data,
                                  std::function<void(std::string const&)> onGone)
     : onGone(std::move(onGone)),
-      process(std::make_unique<ChildProcess>(
+      process(std::make_unique<quillohostkit::ChildProcess>(
           FindService(),
           std::vector<std::string>{"--data", data.string(), "--trust-local-user",
                                    "--stop-with-stdin", "--database", "none"},
-          ChildProcess::Input::Held,
-          ChildProcess::Hooks{.onOutput = [this](auto& line) { OnOutput(line); },
-                              .onError = [this](auto& line) { complaint = line; },
-                              .onExit = [this](auto) { OnExit(); }})) {}
+          quillohostkit::ChildProcess::Input::Held,
+          quillohostkit::ChildProcess::Hooks{.onOutput = [this](auto& line) { OnOutput(line); },
+                                             .onError = [this](auto& line) { complaint = line; },
+                                             .onExit = [this](auto) { OnExit(); }})) {}
 
 EmbeddedService::~EmbeddedService() {
     process->StopByInput(kPatience);
@@ -46,7 +47,8 @@ void EmbeddedService::OnOutput(std::string const& line) {
 void EmbeddedService::OnExit() {
     std::string const reason = complaint.empty() ? "it said nothing" : complaint;
     if (!address.SetException(std::make_exception_ptr(
-            Failure(ExitCode::SignIn, "The host's own quillo-service did not start: " + reason))))
+            quillohostkit::Failure(quillohostkit::FailureKind::SignIn,
+                                   "The host's own quillo-service did not start: " + reason))))
         onGone(reason);
 }
 

@@ -6,8 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "host/process/ChildProcess.h"
 #include "moxcore/async/Future.h"
+#include "quillohostkit/process/ChildProcess.h"
 
 namespace quillohost {
 
@@ -39,7 +39,7 @@ private:
     std::function<void(std::string const&)> onGone;
     std::string complaint;  // the last line that it had to say
     moxcore::async::Promise<std::string> address;
-    std::unique_ptr<ChildProcess> process;
+    std::unique_ptr<quillohostkit::ChildProcess> process;
 };
 
 }  // namespace quillohost

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "host/process/Failure.h"
+#include "quillohostkit/process/Failure.h"
 
 namespace quillohost {
 
@@ -83,7 +83,8 @@ struct OptionRule {
 };
 
 [[noreturn]] void Refuse(std::string const& message) {
-    throw Failure(ExitCode::Usage, message + " (quillo-host --help tells more)");
+    throw quillohostkit::Failure(quillohostkit::FailureKind::Usage,
+                                 message + " (quillo-host --help tells more)");
 }
 
 /// A file that is written to; `option` is what the user has said.
@@ -127,7 +128,7 @@ std::vector<OptionRule> const& Rules() {
         {"--to",
          {Command::Share},
          true,
-         [](Options& options, auto& value) { options.to = SplitNamePath(value); }},
+         [](Options& options, auto& value) { options.to = quillohostkit::SplitNamePath(value); }},
         {"--depth", {Command::Locations}, true, TakeDepth},
         {"--json",
          {Command::Share, Command::Locations, Command::ChooseLocation},

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/session/NamePath.h"
+#include "quillohostkit/session/NamePath.h"
 
 namespace quillohost {
 
@@ -29,7 +29,7 @@ struct Options {
     Command command = Command::Help;
     std::filesystem::path movie;         ///< as given; may be empty for the editor
     std::optional<std::string> name;     ///< never empty
-    NamePath to;                         ///< empty: not given
+    quillohostkit::NamePath to;          ///< empty: not given
     std::optional<std::string> service;  ///< address; absent: a service of the host's own
     bool insecureHttp = false;           ///< the address may be plain http to another machine
     std::optional<std::filesystem::path> data;

@@ -2,21 +2,22 @@
 
 #include <utility>
 
-#include "host/process/Failure.h"
-#include "host/process/OnMainThread.h"
 #include "host/state/HostFiles.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quilloauth/AuthManager.h"
 #include "quilloauth/Browser.h"
 #include "quillocommon/ServiceAddress.h"
+#include "quillohostkit/process/Failure.h"
+#include "quillohostkit/process/OnMainThread.h"
 #include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 
 namespace quillohost {
 
 using moxcore::string::AsciiToUTF16;
 
-ServiceConnection::ServiceConnection(Options const& options, KeyLocks const& locks, Hooks newHooks)
+ServiceConnection::ServiceConnection(Options const& options, quillohostkit::KeyLocks const& locks,
+                                     Hooks newHooks)
     : hooks(std::move(newHooks)) {
     quilloauth::SetBrowserOpener([program = options.browser.value_or(quilloauth::kDesktopOpener),
                                   noteBrowser = token.Guard([this] { hooks.onBrowser(); })](
@@ -30,14 +31,15 @@ ServiceConnection::ServiceConnection(Options const& options, KeyLocks const& loc
         return;
     }
     embeddedData = options.data ? *options.data / "service" : HostDataFile("service");
-    OnMainThread(locks.Take("service", hooks.onWait), token, [this](auto const& taken) {
-        try {
-            lock = taken.Get();
-            Start();
-        } catch (...) {
-            ready.SetException(std::current_exception());
-        }
-    });
+    quillohostkit::OnMainThread(locks.Take("service", hooks.onWait), token,
+                                [this](auto const& taken) {
+                                    try {
+                                        lock = taken.Get();
+                                        Start();
+                                    } catch (...) {
+                                        ready.SetException(std::current_exception());
+                                    }
+                                });
 }
 
 ServiceConnection::~ServiceConnection() {
@@ -49,9 +51,10 @@ ServiceConnection::~ServiceConnection() {
 void ServiceConnection::Start() {
     embedded = std::make_unique<EmbeddedService>(embeddedData, [this](auto const& reason) {
         hooks.onGone(std::make_exception_ptr(
-            Failure(ExitCode::SignIn, "The host's own quillo-service has ended: " + reason)));
+            quillohostkit::Failure(quillohostkit::FailureKind::SignIn,
+                                   "The host's own quillo-service has ended: " + reason)));
     });
-    OnMainThread(embedded->Address(), token, [this](auto const& started) {
+    quillohostkit::OnMainThread(embedded->Address(), token, [this](auto const& started) {
         try {
             Use(started.Get());
         } catch (...) {
@@ -63,14 +66,16 @@ void ServiceConnection::Start() {
 void ServiceConnection::Use(std::string const& named) {
     if (!quillocommon::SetServiceAddress(named)) {
         if (quillocommon::IsInsecureServiceAddress(named))
-            throw Failure(ExitCode::Usage,
-                          "--service \"" + named +
-                              "\" is plain http to another machine, where everybody on the way can "
-                              "read the sign-in and the movies; use https, or allow it with "
-                              "--insecure-http.");
-        throw Failure(ExitCode::Usage, "--service \"" + named +
-                                           "\" is no address of a service; write it like "
-                                           "http://127.0.0.1:8080, without a path.");
+            throw quillohostkit::Failure(
+                quillohostkit::FailureKind::Usage,
+                "--service \"" + named +
+                    "\" is plain http to another machine, where everybody on the way can "
+                    "read the sign-in and the movies; use https, or allow it with "
+                    "--insecure-http.");
+        throw quillohostkit::Failure(quillohostkit::FailureKind::Usage,
+                                     "--service \"" + named +
+                                         "\" is no address of a service; write it like "
+                                         "http://127.0.0.1:8080, without a path.");
     }
     address = quillocommon::GetServiceAddress();
     quillomoxui::InitQuilloCppSdk(AsciiToUTF16("quillo-host"),

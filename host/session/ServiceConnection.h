@@ -9,10 +9,10 @@
 
 #include "host/session/EmbeddedService.h"
 #include "host/session/Options.h"
-#include "host/state/KeyLocks.h"
 #include "moxcore/async/Future.h"
 #include "moxcore/utility/LifetimeToken.h"
 #include "quillocommon/Failures.h"
+#include "quillohostkit/state/KeyLocks.h"
 
 namespace quillohost {
 
@@ -31,7 +31,7 @@ public:
 
     /// Starts a service when the options name none. A Failure (Usage) when they name an address
     /// that is none.
-    ServiceConnection(Options const& options, KeyLocks const& locks, Hooks hooks);
+    ServiceConnection(Options const& options, quillohostkit::KeyLocks const& locks, Hooks hooks);
     ~ServiceConnection();
     ServiceConnection(ServiceConnection const&) = delete;
     ServiceConnection& operator=(ServiceConnection const&) = delete;
@@ -57,7 +57,7 @@ private:
     void Use(std::string const& named);
 
     Hooks hooks;
-    std::shared_ptr<KeyLocks::Lock> lock;
+    std::shared_ptr<quillohostkit::KeyLocks::Lock> lock;
     std::unique_ptr<EmbeddedService> embedded;
     std::filesystem::path embeddedData;  // empty: the options name a service
     std::string address;

@@ -2,42 +2,43 @@
 
 #include <algorithm>
 
-#include "host/process/Failure.h"
-#include "host/session/TellWaits.h"
 #include "host/state/HostFiles.h"
 #include "moxcore/debug/DebugDatabase.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quilloauth/AuthManager.h"
+#include "quillohostkit/process/Failure.h"
+#include "quillohostkit/session/TellWaits.h"
 
 namespace quillohost {
 namespace {
 
 using quillocommon::Step;
+using quillohostkit::FailureKind;
 
 /// Whether the service has ended the kept session.
 bool IsSessionOver(quillocommon::Failure const& failure) {
     return failure.result == quilloauth::jwt::kSessionOver || failure.httpStatus == 401;
 }
 
-ExitCode ExitCodeOf(Step step) {
+FailureKind KindOf(Step step) {
     switch (step) {
         case Step::SignIn:
         case Step::ReadUser:
-            return ExitCode::SignIn;
+            return FailureKind::SignIn;
         case Step::ReadLocations:
-            return ExitCode::Location;
+            return FailureKind::Location;
         case Step::Upload:
-            return ExitCode::Upload;
+            return FailureKind::Upload;
         case Step::CreateReviewLink:
         case Step::AddToReviewLink:
-            return ExitCode::Link;
+            return FailureKind::Link;
         case Step::EncryptRequests:
         case Step::ListLocations:
         case Step::KeepSignIn:
         case Step::HandleEvent:
             break;
     }
-    return ExitCode::Other;
+    return FailureKind::Other;
 }
 
 }  // namespace
@@ -58,7 +59,8 @@ Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& displa
     moxcore::debug::DebugDatabase::Instance().SetEntry("QuilloNative.UseQuilloCppSdk",
                                                        options.backend == Backend::Sdk);
     viewModel = std::make_shared<quillomoxui::ShareForReviewViewModel>();
-    waits = TellWaits(*viewModel, [&display](auto const& line) { display.Tell(line); });
+    waits =
+        quillohostkit::TellWaits(*viewModel, [&display](auto const& line) { display.Tell(line); });
 }
 
 Session::~Session() = default;
@@ -110,7 +112,7 @@ quillocommon::Failure const* Session::FindFailure(std::initializer_list<Step> st
 }
 
 void Session::Throw(quillocommon::Failure const& failure) const {
-    throw quillohost::Failure(ExitCodeOf(failure.step), service.Explain(failure));
+    throw quillohostkit::Failure(KindOf(failure.step), service.Explain(failure));
 }
 
 }  // namespace quillohost

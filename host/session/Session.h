@@ -7,12 +7,12 @@
 
 #include "host/process/MainLoop.h"
 #include "host/process/ProgressDisplay.h"
-#include "host/session/ChildLists.h"
-#include "host/session/FailureInbox.h"
 #include "host/session/Options.h"
 #include "host/session/ServiceConnection.h"
-#include "host/state/KeyLocks.h"
 #include "quillocommon/Failures.h"
+#include "quillohostkit/session/ChildLists.h"
+#include "quillohostkit/session/FailureInbox.h"
+#include "quillohostkit/state/KeyLocks.h"
 #include "quillomoxui/model/QuilloUser.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
 
@@ -32,9 +32,9 @@ public:
     [[nodiscard]] quillomoxui::ShareForReviewViewModel& ViewModel() const { return *viewModel; }
     [[nodiscard]] MainLoop& Loop() const { return loop; }
     [[nodiscard]] ProgressDisplay& Display() const { return display; }
-    [[nodiscard]] KeyLocks const& Locks() const { return locks; }
+    [[nodiscard]] quillohostkit::KeyLocks const& Locks() const { return locks; }
     [[nodiscard]] ServiceConnection const& Service() const { return service; }
-    [[nodiscard]] ChildLists& Lists() { return lists; }
+    [[nodiscard]] quillohostkit::ChildLists& Lists() { return lists; }
 
     /// Signs in and returns the user. A Failure (SignIn) when that is impossible.
     std::shared_ptr<quillomoxui::QuilloUser> SignIn();
@@ -70,11 +70,11 @@ private:
 
     MainLoop& loop;
     ProgressDisplay& display;
-    KeyLocks const locks;
+    quillohostkit::KeyLocks const locks;
     std::vector<quillocommon::Failure> failures;  // those reported, first reported first
-    FailureInbox inbox;
+    quillohostkit::FailureInbox inbox;
     ServiceConnection service;
-    ChildLists lists;
+    quillohostkit::ChildLists lists;
     std::shared_ptr<quillomoxui::ShareForReviewViewModel> viewModel;
     std::vector<std::shared_ptr<quillomoxui::BindingHandle>> waits;
 };

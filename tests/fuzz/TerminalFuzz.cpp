@@ -5,6 +5,7 @@
 #include "host/process/Terminal.h"
 #include "moxcore/string/Conversions.h"
 #include "quillocommon/Url.h"
+#include "quillohostkit/text/PlainText.h"
 #include "tests/fuzz/Fuzz.h"
 
 namespace {
@@ -24,9 +25,9 @@ void RequireSafe(std::string const& line) {
 
 int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     std::string const text(fuzz::AsText(data, size));
-    auto const line = quillohost::OneLine(text);
+    auto const line = quillohostkit::OneLine(text);
     RequireSafe(line);
-    FUZZ_REQUIRE(quillohost::OneLine(line) == line);
+    FUZZ_REQUIRE(quillohostkit::OneLine(line) == line);
 
     std::string json;
     for (auto const& each : quillohost::JsonLines({{"name", text}})) {
@@ -36,7 +37,7 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     auto const name = nlohmann::json::parse(json).at("name").get<std::string>();
     if (fuzz::IsUtf8(text)) FUZZ_REQUIRE(name == text);
 
-    if (quillohost::IsPlainLink(text)) {
+    if (quillohostkit::IsPlainLink(text)) {
         FUZZ_REQUIRE(line == text && text.find_first_of(" \"\\<>`") == std::string::npos);
         auto const url = quillocommon::ParseUrl(text);
         FUZZ_REQUIRE(!url || !url->hasUser);  // a port or an address may still be none

@@ -24,14 +24,15 @@ TEST(FrameClock, CountsThePicturesOfAMovie) {
         {10, 0.1, 1, 0, "00:00:00:00"},                    // a picture each ten seconds
     };
     for (auto const& row : rows) {
-        FrameClock const clock(Movie{.file = {}, .duration = row.duration, .frameRate = row.rate});
+        FrameClock const clock(
+            quillohostkit::Movie{.file = {}, .duration = row.duration, .frameRate = row.rate});
         EXPECT_EQ(clock.FrameCount(), row.count) << row.timeCode;
         EXPECT_EQ(clock.TimeCode(row.frame), row.timeCode);
     }
 }
 
 TEST(FrameClock, SeeksBetweenAPictureAndTheOneBefore) {
-    FrameClock const clock(Movie{.file = {}, .duration = 5, .frameRate = 25});
+    FrameClock const clock(quillohostkit::Movie{.file = {}, .duration = 5, .frameRate = 25});
     EXPECT_EQ(clock.SeekTime(0), 0);
     for (int frame : {1, 2, 124}) {
         EXPECT_LT(clock.SeekTime(frame), frame / 25.0);

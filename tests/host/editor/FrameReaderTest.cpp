@@ -6,7 +6,7 @@
 
 #include "host/editor/FrameClock.h"
 #include "moxcore/threads/MainThread.h"
-#include "tests/host/media/TestMovies.h"
+#include "tests/quillohostkit/media/TestMovies.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quillohost::editor {
@@ -17,16 +17,16 @@ constexpr int kPatience = 60'000;  // milliseconds
 class FrameReaderTest : public testing::Test {
 protected:
     /// A movie each of whose pictures is lighter than the one before.
-    Movie MakeMovie() {
+    quillohostkit::Movie MakeMovie() {
         auto const file = directory.Path() / "a 100% \"grey\" movie.mov";
         testmovies::Make(file, {"-f", "lavfi", "-i", "nullsrc=s=64x36:r=25:d=1", "-vf",
                                 "geq=lum='20+N*8':cb=128:cr=128,setsar=2", "-c:v", "libx264"});
-        MovieProbe const probe(file);
+        quillohostkit::MovieProbe const probe(file);
         moxcore::threads::MainThread::RunUntil([&] { return probe.Result().IsComplete(); });
         return probe.Result().Get();
     }
 
-    void Read(Movie const& movie, int frame) {
+    void Read(quillohostkit::Movie const& movie, int frame) {
         reader.Read({movie, FrameClock(movie).SeekTime(frame), QSize(256, 256)});
     }
 

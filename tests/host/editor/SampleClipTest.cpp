@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include "host/process/Failure.h"
 #include "moxcore/threads/MainThread.h"
-#include "tests/host/media/TestMovies.h"
+#include "quillohostkit/process/Failure.h"
+#include "tests/quillohostkit/media/TestMovies.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quillohost::editor {
@@ -29,7 +29,7 @@ TEST(SampleClip, LeavesNothingBehindWhenItIsCalledOffOrFails) {
 
     SampleClip const failing(directory.Path() / "missing" / "clip.mov");
     MainThread::RunUntil([&] { return failing.Result().IsComplete(); });
-    EXPECT_THROW(static_cast<void>(failing.Result().Get()), Failure);
+    EXPECT_THROW(static_cast<void>(failing.Result().Get()), quillohostkit::Failure);
     EXPECT_TRUE(fs::is_empty(directory.Path()));
 }
 

@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "host/process/ChildProcess.h"
-#include "host/process/Failure.h"
+#include "quillohostkit/process/ChildProcess.h"
+#include "quillohostkit/process/Failure.h"
 
 namespace quillohost {
 namespace {
@@ -22,8 +22,9 @@ TEST(MainLoop, EndsAWaitWithTheValueOrTheFailureOfAFuture) {
     worker.join();
 
     moxcore::async::Promise<int> failed;
-    failed.SetException(std::make_exception_ptr(Failure(ExitCode::Export, "no")));
-    EXPECT_THROW(loop.Await(failed.GetFuture()), Failure);
+    failed.SetException(
+        std::make_exception_ptr(quillohostkit::Failure(quillohostkit::FailureKind::Export, "no")));
+    EXPECT_THROW(loop.Await(failed.GetFuture()), quillohostkit::Failure);
 }
 
 TEST(MainLoop, EndsAWaitWithWhatAQueuedFunctionThrows) {
@@ -40,8 +41,8 @@ void ExpectInterruption(std::initializer_list<int> signals) {
     try {
         loop.WaitUntil([] { return false; });
         ADD_FAILURE();
-    } catch (Failure const& failure) {
-        EXPECT_EQ(failure.GetExitCode(), ExitCode::Interrupted);
+    } catch (quillohostkit::Failure const& failure) {
+        EXPECT_EQ(failure.GetKind(), quillohostkit::FailureKind::Interrupted);
     }
 }
 
@@ -67,9 +68,10 @@ TEST(MainLoop, DoesNotHearWhatWasIgnoredWhenItBegan) {
 TEST(MainLoop, LeavesItsSignalsOutOfAProgramAndHearsOfItsEnd) {
     auto const before = signal(SIGCHLD, SIG_IGN);
     MainLoop loop;
-    std::optional<ExitStatus> ended;
-    ChildProcess const program("/bin/sh", {"-c", "kill -USR2 $$"}, ChildProcess::Input::Nothing,
-                               {.onExit = [&ended](auto status) { ended = status; }});
+    std::optional<quillohostkit::ExitStatus> ended;
+    quillohostkit::ChildProcess const program(
+        "/bin/sh", {"-c", "kill -USR2 $$"}, quillohostkit::ChildProcess::Input::Nothing,
+        {.onExit = [&ended](auto status) { ended = status; }});
     loop.WaitUntil([&ended] { return ended.has_value(); });
     EXPECT_EQ(ended->signal, SIGUSR2);
     signal(SIGCHLD, before);

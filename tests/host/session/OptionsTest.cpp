@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "host/process/Failure.h"
+#include "quillohostkit/process/Failure.h"
 
 namespace quillohost {
 namespace {
@@ -86,8 +86,8 @@ TEST(Options, RefusesWhatItDoesNotUnderstandAndSaysWhy) {
         try {
             static_cast<void>(ParseOptions(row.arguments));
             ADD_FAILURE() << "accepted: " << testing::PrintToString(row.arguments);
-        } catch (Failure const& failure) {
-            EXPECT_EQ(failure.GetExitCode(), ExitCode::Usage);
+        } catch (quillohostkit::Failure const& failure) {
+            EXPECT_EQ(failure.GetKind(), quillohostkit::FailureKind::Usage);
             EXPECT_THAT(failure.what(), HasSubstr(row.reason));
         }
     }

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include "host/process/Failure.h"
-#include "host/state/AssetStore.h"
+#include "quillohostkit/process/Failure.h"
+#include "quillohostkit/state/AssetStore.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quillohost {
@@ -16,7 +16,7 @@ TEST(HostFiles, AreClosedToOthersAndNoLinks) {
     testsupport::TemporaryDirectory directory;
     UseDataDirectory(directory.Path() / "state");
     auto const former = umask(0);
-    AssetStore store(OwnHostFile("assets.sqlite"), "service");
+    quillohostkit::AssetStore store(OwnHostFile("assets.sqlite"), "service");
     static_cast<void>(store.AssetOf("/films/a.mov"));
     umask(former);
     for (auto const& entry : fs::recursive_directory_iterator(directory.Path()))
@@ -30,7 +30,7 @@ TEST(HostFiles, AreClosedToOthersAndNoLinks) {
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
     fs::remove(file);
     fs::create_symlink(directory.Path() / "elsewhere", file);
-    EXPECT_THROW(static_cast<void>(OwnHostFile("locks")), Failure);
+    EXPECT_THROW(static_cast<void>(OwnHostFile("locks")), quillohostkit::Failure);
     EXPECT_FALSE(fs::exists(directory.Path() / "elsewhere"));
 }
 

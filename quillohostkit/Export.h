@@ -1,0 +1,4 @@
+#pragma once
+
+// Marks what libquillohostkit exports; everything else stays hidden.
+#define QUILLOHOSTKIT_API __attribute__((visibility("default")))
