@@ -80,8 +80,9 @@ ShareCommand::ShareCommand(Options const& options, MainLoop& loop, ProgressDispl
       store(std::make_shared<quillohostkit::AssetStore>(OwnHostFile("assets.sqlite"),
                                                         session.Service().ServiceName())),
       // Which asset it is hangs on the file alone; what kind of movie is awaited later.
-      asset(store, quillohostkit::Movie{.file = probe.File()},
-            options.name.value_or(quillohostkit::DefaultAssetName(probe.File()))),
+      asset(std::make_shared<quillohostkit::SharedAsset>(
+          store, store->AssetOf(probe.File()),
+          options.name.value_or(quillohostkit::DefaultAssetName(probe.File())))),
       heard(std::make_shared<Heard>(display)) {
     // A file that is no movie ends the share at once, at any stage.
     probe.Result().OnComplete([&loop](moxcore::async::Future<quillohostkit::Movie> const& result) {
@@ -106,7 +107,7 @@ ShareCommand::Result ShareCommand::Run() {
     result.folderPath = quillohostkit::JoinNamePath(quillohostkit::NamePathOf(folder));
     display.Tell("Sharing to " + result.folderPath);
 
-    auto const earlierLink = asset.Stored(assetdata::kReviewLinkGuid);
+    auto const earlierLink = asset->Stored(assetdata::kReviewLinkGuid);
 
     if (!folder->FindSelfOrAncestorOfType<quillomoxui::QuilloProject>())
         throw quillohostkit::Failure(
@@ -117,25 +118,25 @@ ShareCommand::Result ShareCommand::Run() {
     session.WaitUntil({Step::CreateReviewLink},
                       [this] { return heard->exportRequest || heard->failure; });
     ThrowIfFailed();
-    result.link = asset.CheckLink(UTF16to8(viewModel.GetReviewLinkURL()));
+    result.link = asset->CheckLink(UTF16to8(viewModel.GetReviewLinkURL()));
     result.exported = Export(movie);
     Upload(result.exported);
-    asset.SetIDPath(idPath);
+    asset->SetIDPath(idPath);
 
-    result.linkID = asset.Stored(assetdata::kReviewLinkGuid);
-    result.assetID = asset.Stored(assetdata::kUploadedAssetGuid);
-    result.versionStackID = asset.Stored(assetdata::kVersionStackGuid);
-    result.folderID = asset.Stored(assetdata::kUploadFolderGuid);
-    result.version = asset.Version();
+    result.linkID = asset->Stored(assetdata::kReviewLinkGuid);
+    result.assetID = asset->Stored(assetdata::kUploadedAssetGuid);
+    result.versionStackID = asset->Stored(assetdata::kVersionStackGuid);
+    result.folderID = asset->Stored(assetdata::kUploadFolderGuid);
+    result.version = asset->Version();
     result.isNewLink = result.linkID != earlierLink;
     return result;
 }
 
 void ShareCommand::ConnectLibrary() {
     auto& viewModel = session.ViewModel();
-    viewModel.SetActiveAssetName(UTF8to16(asset.GetName()));
+    viewModel.SetActiveAssetName(UTF8to16(asset->GetName()));
     quillohostkit::ConnectStore(
-        viewModel, store, [named = asset.GetAsset()] { return named; },
+        viewModel, [shared = asset] { return shared; },
         [this](auto const& thrown) { loop.Fail(thrown); });
     viewModel.SetAssetProcessingMethod([](auto const&...) {});  // ExportWanted asks for it
     viewModel.ObserveShares(heard);
@@ -143,21 +144,21 @@ void ShareCommand::ConnectLibrary() {
 
 ShareCommand::Folder ShareCommand::FindDestination(DestinationFinder& finder) {
     if (!options.to.empty()) return finder.FindByNamePath(options.to);
-    auto const path = asset.GetIDPath();
+    auto const path = asset->GetIDPath();
     if (auto folder = finder.FindByIDPath(path)) return folder;
     if (!path.empty()) display.Tell("The folder that this movie was shared to last is gone.");
     return finder.FindFirstProject();
 }
 
 void ShareCommand::ForgetLostShare(DestinationFinder& finder) {
-    auto const folder = finder.FindByIDPath(asset.GetIDPath());
-    if (!folder || finder.Holds(folder, Guid(asset.Stored(assetdata::kVersionStackGuid)))) return;
+    auto const folder = finder.FindByIDPath(asset->GetIDPath());
+    if (!folder || finder.Holds(folder, Guid(asset->Stored(assetdata::kVersionStackGuid)))) return;
     display.Tell("The service no longer has what was shared of this movie; sharing it anew.");
-    asset.ForgetShares();
+    asset->ForgetShares();
 }
 
 void ShareCommand::TakeLocks() {
-    for (auto const& key : asset.LockKeys(session.ViewModel().GetOutputFileName()))
+    for (auto const& key : asset->LockKeys(session.ViewModel().GetOutputFileName()))
         locks.push_back(loop.Await(session.Locks().Take(key, [this] {
             display.Tell("Waiting for another quillo-host that shares this movie or name.");
         })));

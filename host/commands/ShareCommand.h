@@ -63,7 +63,7 @@ private:
     quillohostkit::MovieProbe const probe;  // works while the session begins
     Session session;
     std::shared_ptr<quillohostkit::AssetStore> store;
-    quillohostkit::SharedAsset asset;
+    std::shared_ptr<quillohostkit::SharedAsset> const asset;
     std::vector<std::shared_ptr<quillohostkit::KeyLocks::Lock>> locks;
     std::shared_ptr<Heard> const heard;  // of the share, from the library
 };

@@ -2,6 +2,7 @@
 
 #include "host/commands/TraceCommand.h"
 #include "moxcore/debug/DebugDatabase.h"
+#include "quillohostkit/sharing/Sharing.h"
 
 namespace quillohost::editor {
 namespace {
@@ -24,7 +25,7 @@ constexpr Switch kSwitches[] = {
 
 }  // namespace
 
-DeveloperMenu::DeveloperMenu(Sharing& sharing, QWidget& parent) : QMenu("&Developer", &parent) {
+DeveloperMenu::DeveloperMenu(QWidget& parent) : QMenu("&Developer", &parent) {
     setToolTipsVisible(true);
     auto& database = moxcore::debug::DebugDatabase::Instance();
     for (auto const& each : kSwitches) {
@@ -36,11 +37,14 @@ DeveloperMenu::DeveloperMenu(Sharing& sharing, QWidget& parent) : QMenu("&Develo
                 [&database, key = each.key](bool on) { database.SetEntry(key, on); });
     }
     addSeparator();
-    addAction("&Show Debug View", this, [&sharing] {
+    addAction("&Show Debug View", this, [] {
         WantTrace();
-        sharing.ShowDebugView();
+        quillohostkit::Sharing::Get()->ShowDebugView();
     });
-    addAction("&Trace to Console", this, [&sharing] { PrintTrace(sharing.ViewModel()); });
+    addAction("&Trace to Console", this, [] {
+        if (auto const& viewModel = quillohostkit::Sharing::Get()->ViewModel())
+            PrintTrace(*viewModel);
+    });
 }
 
 }  // namespace quillohost::editor

@@ -3,6 +3,8 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QFileDialog>
 #include <QMenuBar>
@@ -10,16 +12,19 @@
 #include <QMimeData>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QVBoxLayout>
 #include <system_error>
 #include <utility>
 
 #include "host/editor/AppTheme.h"
 #include "host/editor/DeveloperMenu.h"
-#include "host/editor/Preferences.h"
 #include "host/editor/Welcome.h"
 #include "host/process/Terminal.h"
 #include "host/state/HostFiles.h"
 #include "moxui/backend/HostWidget.h"
+#include "quillohostkit/FfmpegExporter.h"
+#include "quillohostkit/PreferencesPage.h"
+#include "quillohostkit/ServiceSettings.h"
 #include "quillohostkit/process/OnMainThread.h"
 #include "quillohostkit/text/PlainText.h"
 
@@ -27,10 +32,8 @@ namespace quillohost::editor {
 namespace {
 
 namespace fs = std::filesystem;
-using Phase = Sharing::Phase;
 
 constexpr char const* kThemeKey = "theme";
-constexpr int kProgressSteps = 1000;
 
 QString NameOf(fs::path const& file) {
     return QFile::decodeName(file.c_str());
@@ -45,23 +48,6 @@ fs::path PathOf(QString const& name) {
     return fs::path(QFile::encodeName(name).toStdString());
 }
 
-/// The status line of a share under way.
-char const* Describe(Phase phase) {
-    switch (phase) {
-        case Phase::Idle:
-            return "";
-        case Phase::Linking:
-            return "Making a link for";
-        case Phase::Exporting:
-            return "Exporting";
-        case Phase::Uploading:
-            return "Uploading";
-        case Phase::Finishing:
-            return "Finishing";
-    }
-    return "";
-}
-
 }  // namespace
 
 MainWindow::MainWindow(Options const& options, EventLog* log)
@@ -70,26 +56,39 @@ MainWindow::MainWindow(Options const& options, EventLog* log)
       recentMovies(settings),
       shareButton(new QPushButton("Share")),
       title(new quillohostkit::ElidedLabel("Movie", Qt::ElideMiddle)),
-      message(new quillohostkit::ElidedLabel("Message", Qt::ElideRight)),
-      phaseLabel(new quillohostkit::ElidedLabel("Share", Qt::ElideMiddle)),
-      progress(new QProgressBar),
       pages(new QStackedWidget),
       player(new Player([this](auto const& line) { Tell(line); })),
       openAction(new QAction("&Open...", this)),
       sampleAction(new QAction("Open the &Sample Clip", this)),
       shareAction(new QAction("&Share for Review...", this)),
       shareAgainAction(new QAction("Share a &New Version...", this)),
-      cancelAction(new QAction("&Cancel the Export", this)),
-      sharing(options, *shareButton,
-              {.tell = [this](auto const& line) { Tell(line); },
-               .onChanged = [this] { OnSharingChanged(); },
-               .acceptsDamage = [this](auto const& damage) { return AskToAccept(damage); }}) {
+      cancelAction(new QAction("&Cancel the Share", this)),
+      signOutAction(new QAction("Sign &Out", this)),
+      browser(options.browser),
+      sharing(new quillohostkit::ShareController(shareButton)),
+      status(new quillohostkit::ShareStatusLabel(sharing)),
+      locks(OwnHostFile("locks")),
+      service(
+          options, locks,
+          {.onWait =
+               [this] {
+                   Tell("Sharing has to wait for another quillo-host that uses the same state.");
+               },
+           .onGone =
+               [this](auto const& gone) {
+                   try {
+                       std::rethrow_exception(gone);
+                   } catch (std::exception const& exception) {
+                       Tell(exception.what());
+                   }
+               }}) {
+    ConnectSharing();
     MakeToolBar();
     MakeStatusBar();
     MakeFileMenu();
     MakeShareMenu();
     MakeThemeMenu();
-    menuBar()->addMenu(new DeveloperMenu(sharing, *menuBar()));
+    menuBar()->addMenu(new DeveloperMenu(*menuBar()));
     pages->addWidget(new Welcome({openAction, sampleAction}));
     pages->addWidget(player);
     setCentralWidget(pages);
@@ -115,19 +114,9 @@ void MainWindow::MakeToolBar() {
 }
 
 void MainWindow::MakeStatusBar() {
-    progress->setRange(0, kProgressSteps);
-    progress->setFixedSize(120, 14);
-    progress->setTextVisible(false);
-    progress->setAccessibleName("Progress of the share");
     statusBar()->setSizeGripEnabled(false);
-    statusBar()->setContentsMargins(0, 0, 8, 0);
-    message->setContentsMargins(8, 0, 0, 0);
-    statusBar()->addWidget(message, 3);
-    statusBar()->addPermanentWidget(phaseLabel, 1);
-    statusBar()->addPermanentWidget(progress);
-    auto& viewModel = sharing.ViewModel();
-    bindings.push_back(viewModel.EncodingProgressNotifyingPropertyHost::BindValueChanged(
-        [this](double done) { progress->setValue(static_cast<int>(done * kProgressSteps)); }));
+    statusBar()->setContentsMargins(8, 0, 8, 0);
+    statusBar()->addWidget(status, 1);
 }
 
 void MainWindow::MakeFileMenu() {
@@ -140,8 +129,7 @@ void MainWindow::MakeFileMenu() {
     menu->addAction(sampleAction);
     connect(sampleAction, &QAction::triggered, this, [this] { OpenSampleClip(); });
     menu->addSeparator();
-    menu->addAction("&Preferences...", QKeySequence("Ctrl+,"), this,
-                    [this] { Preferences(sharing, this).exec(); });
+    menu->addAction("&Preferences...", QKeySequence("Ctrl+,"), this, [this] { ShowPreferences(); });
     menu->addSeparator();
     menu->addAction("&Quit", QKeySequence::Quit, this, [this] { close(); });
 }
@@ -164,16 +152,14 @@ void MainWindow::MakeShareMenu() {
     auto* const menu = menuBar()->addMenu("&Share");
     menu->addAction(shareAction);
     shareAction->setShortcut(QKeySequence("Ctrl+Shift+E"));
-    connect(shareAction, &QAction::triggered, this, [this] { sharing.OpenPopup(); });
+    connect(shareAction, &QAction::triggered, this, [this] { sharing->Open(); });
     menu->addAction(shareAgainAction);
-    connect(shareAgainAction, &QAction::triggered, this, [this] { sharing.ShareAgain(); });
+    connect(shareAgainAction, &QAction::triggered, this, [this] { sharing->ShareAgain(); });
     menu->addAction(cancelAction);
-    connect(cancelAction, &QAction::triggered, this, [this] { sharing.CancelExport(); });
+    connect(cancelAction, &QAction::triggered, this, [this] { sharing->Cancel(); });
     menu->addSeparator();
-    auto* const signOut =
-        menu->addAction("Sign &Out", this, [this] { sharing.ViewModel().Logout(); });
-    bindings.push_back(sharing.ViewModel().IsLoggedInNotifyingPropertyHost::BindValueChanged(
-        [signOut](bool isLoggedIn) { signOut->setEnabled(isLoggedIn); }));
+    menu->addAction(signOutAction);
+    connect(signOutAction, &QAction::triggered, sharing, &quillohostkit::ShareController::SignOut);
 }
 
 void MainWindow::MakeThemeMenu() {
@@ -242,57 +228,91 @@ void MainWindow::Open(fs::path const& file) {
                                 });
 }
 
-void MainWindow::ShowMovie(quillohostkit::Movie const& movie) {
-    sharing.SetMovie(movie);
-    player->Show(movie);
+void MainWindow::ShowMovie(quillohostkit::Movie const& newMovie) {
+    movie = newMovie;
+    sharing->Refresh();
+    OnSharingChanged();
+    player->Show(*movie);
     pages->setCurrentWidget(player);
-    auto const name = NameOf(movie.file);
+    auto const name = NameOf(movie->file);
     title->SetText(name);
-    setWindowTitle(Shown(movie.file.filename()) + " - quillo-host");
-    recentMovies.Add(movie.file);
+    setWindowTitle(Shown(movie->file.filename()) + " - quillo-host");
+    recentMovies.Add(movie->file);
     Tell("");
     if (log) log->Write({{"movie", name}});
 }
 
 void MainWindow::Tell(std::string const& line) {
     auto const text = QString::fromStdString(quillohostkit::OneLine(line));
-    message->SetText(text);
+    status->showMessage(text);
     if (log) log->Write({{"message", text}});
 }
 
-void MainWindow::OnSharingChanged() {
-    auto const phase = sharing.GetPhase();
-    bool const isBusy = phase != Phase::Idle;
-    shareButton->setEnabled(sharing.IsReady());
-    shareAction->setEnabled(sharing.IsReady());
-    shareAgainAction->setEnabled(sharing.CanShareAgain());
-    cancelAction->setEnabled(phase == Phase::Exporting);
-    phaseLabel->setVisible(isBusy);
-    progress->setVisible(isBusy);
-    if (isBusy)
-        phaseLabel->SetText(QString(Describe(phase)) + " \"" +
-                            QString::fromStdString(sharing.GetSharedName()) + "\"");
+void MainWindow::ConnectSharing() {
+    using quillohostkit::Asset;
+    using quillohostkit::AssetKind;
+    using quillohostkit::ShareState;
+    sharing->SetAsset([this] {
+        if (!movie) return Asset{};
+        return Asset{
+            NameOf(movie->file), {}, movie->hasPicture ? AssetKind::Movie : AssetKind::Sound, {}};
+    });
+    sharing->SetExporter(quillohostkit::FfmpegExporter(
+        {}, [this](QString const& damage) { return AskToAccept(damage.toStdString()); }));
+    sharing->SetWhenClosed(quillohostkit::ShareController::WhenClosed::Ask);
+    auto* const state = sharing->GetState();
+    connect(state, &ShareState::changed, this, [this] { OnSharingChanged(); });
+    connect(state, &ShareState::messageChanged, this, [this](QString const& line) {
+        if (log) log->Write({{"message", line}});
+    });
+    connect(state, &ShareState::shareFinished, this, [this](auto const& link) { OnShared(link); });
+    quillohostkit::OnMainThread(service.Ready(), token, [this](auto const& ready) {
+        try {
+            ready.Get();
+            OnServiceReady();
+        } catch (std::exception const& exception) {
+            Tell(exception.what());
+        }
+    });
 }
 
-bool MainWindow::MayClose() {
-    auto const phase = sharing.GetPhase();
-    if (phase == Phase::Idle) return true;
-    QMessageBox question(
-        QMessageBox::Question, windowTitle(),
-        QString("\"%1\" is still being shared. Stop the share and quit?")
-            .arg(QString::fromStdString(quillohostkit::OneLine(sharing.GetSharedName()))),
-        QMessageBox::NoButton, this);
-    question.setTextFormat(Qt::PlainText);
-    question.setInformativeText(
-        phase == Phase::Uploading || phase == Phase::Finishing
-            ? "The movie's export is kept; share the movie again to upload it."
-            : "What has been exported so far is removed.");
-    auto* const stop = question.addButton("Stop and Quit", QMessageBox::DestructiveRole);
-    auto* const keep = question.addButton("Keep Sharing", QMessageBox::RejectRole);
-    question.setDefaultButton(keep);
-    question.setEscapeButton(keep);
-    question.exec();
-    return question.clickedButton() == stop;
+void MainWindow::OnServiceReady() {
+    auto const wrong =
+        quillohostkit::SetServiceSettings({.address = QString::fromStdString(service.Address()),
+                                           .name = QString::fromStdString(service.ServiceName()),
+                                           .clientID = "quillo-host",
+                                           .browser = QString::fromStdString(browser.value_or("")),
+                                           .dataDirectory = NameOf(HostDataFile(""))});
+    if (!wrong.isEmpty()) return Tell(wrong.toStdString());
+    isServiceReady = true;
+    OnSharingChanged();
+}
+
+void MainWindow::OnSharingChanged() {
+    auto const& state = *sharing->GetState();
+    bool const canShare = movie && isServiceReady;
+    shareButton->setEnabled(canShare);
+    shareAction->setEnabled(canShare);
+    shareAgainAction->setEnabled(state.canShareAgain());
+    cancelAction->setEnabled(state.canCancel());
+    signOutAction->setEnabled(!state.signedInAs().isEmpty());
+}
+
+void MainWindow::OnShared(QString const& link) {
+    auto const hint = service.HowToOpen(link.toStdString());
+    if (!hint.empty()) Tell(sharing->GetState()->message().toStdString() + " " + hint);
+}
+
+void MainWindow::ShowPreferences() {
+    QDialog dialog(this);
+    dialog.setWindowTitle("Preferences");
+    dialog.setMinimumWidth(520);
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    auto* const layout = new QVBoxLayout(&dialog);
+    layout->addWidget(new quillohostkit::PreferencesPage(sharing));
+    layout->addWidget(buttons);
+    dialog.exec();
 }
 
 bool MainWindow::AskToAccept(std::string const& damage) {
@@ -310,7 +330,6 @@ bool MainWindow::AskToAccept(std::string const& damage) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    if (!MayClose()) return event->ignore();
     event->accept();
     QApplication::exit(0);
 }

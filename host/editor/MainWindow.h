@@ -3,20 +3,22 @@
 #include <QAction>
 #include <QMainWindow>
 #include <QMenu>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QStackedWidget>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "host/editor/EventLog.h"
 #include "host/editor/Player.h"
 #include "host/editor/RecentMovies.h"
 #include "host/editor/SampleClip.h"
-#include "host/editor/Sharing.h"
 #include "host/session/Options.h"
+#include "host/session/ServiceConnection.h"
 #include "moxcore/utility/LifetimeToken.h"
+#include "quillohostkit/ShareController.h"
+#include "quillohostkit/ShareStatusLabel.h"
 #include "quillohostkit/media/MovieProbe.h"
 #include "quillohostkit/widgets/ElidedLabel.h"
 
@@ -35,8 +37,6 @@ public:
     /// Shows one line to the user.
     void Tell(std::string const& message);
 
-    [[nodiscard]] Sharing const& GetSharing() const { return sharing; }
-
 protected:
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -53,8 +53,11 @@ private:
     void ChooseMovie();
     void OpenSampleClip();
     void ShowMovie(quillohostkit::Movie const& movie);
+    void ConnectSharing();
+    void OnServiceReady();
     void OnSharingChanged();
-    [[nodiscard]] bool MayClose();
+    void OnShared(QString const& link);
+    void ShowPreferences();
     [[nodiscard]] bool AskToAccept(std::string const& damage);
 
     EventLog* log;
@@ -62,9 +65,6 @@ private:
     RecentMovies recentMovies;
     QPushButton* shareButton;
     quillohostkit::ElidedLabel* title;
-    quillohostkit::ElidedLabel* message;
-    quillohostkit::ElidedLabel* phaseLabel;
-    QProgressBar* progress;
     QStackedWidget* pages;
     Player* player;
     QMenu* recentMenu = nullptr;
@@ -73,10 +73,16 @@ private:
     QAction* shareAction;
     QAction* shareAgainAction;
     QAction* cancelAction;
-    Sharing sharing;
+    QAction* signOutAction;
+    std::optional<std::string> browser;
+    quillohostkit::ShareController* sharing;
+    quillohostkit::ShareStatusLabel* status;
+    quillohostkit::KeyLocks const locks;
+    ServiceConnection service;
+    bool isServiceReady = false;
+    std::optional<quillohostkit::Movie> movie;  // that is open
     std::unique_ptr<quillohostkit::MovieProbe> probe;
     std::unique_ptr<SampleClip> sampleClip;
-    std::vector<std::shared_ptr<quillomoxui::BindingHandle>> bindings;
     moxcore::utility::LifetimeToken token;
 };
 

@@ -26,7 +26,6 @@ int RunEditor(Options const& options) {
     moxui::backend::RunMainThreadQueueInQt();
     auto const log = options.events ? std::make_unique<EventLog>(*options.events) : nullptr;
 
-    std::string epitaph;
     int exitCode = 0;
     {
         MainWindow window(options, log.get());
@@ -42,9 +41,7 @@ int RunEditor(Options const& options) {
         if (!options.movie.empty()) window.Open(options.movie);
         exitCode = QApplication::exec();
         MainThread::SetFailureHandler(nullptr);
-        epitaph = window.GetSharing().Epitaph();
     }
-    if (!epitaph.empty()) TellLine("quillo-host: " + epitaph);
     return exitCode;
 }
 

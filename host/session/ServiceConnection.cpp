@@ -3,28 +3,16 @@
 #include <utility>
 
 #include "host/state/HostFiles.h"
-#include "moxcore/string/Conversions.h"
-#include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quilloauth/AuthManager.h"
-#include "quilloauth/Browser.h"
 #include "quillocommon/ServiceAddress.h"
 #include "quillohostkit/process/Failure.h"
 #include "quillohostkit/process/OnMainThread.h"
-#include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 
 namespace quillohost {
-
-using moxcore::string::AsciiToUTF16;
 
 ServiceConnection::ServiceConnection(Options const& options, quillohostkit::KeyLocks const& locks,
                                      Hooks newHooks)
     : hooks(std::move(newHooks)) {
-    quilloauth::SetBrowserOpener([program = options.browser.value_or(quilloauth::kDesktopOpener),
-                                  noteBrowser = token.Guard([this] { hooks.onBrowser(); })](
-                                     auto const& url, auto const& onFailure) {
-        moxcore::threads::AsyncCallFromMainThread(noteBrowser, 0);
-        quilloauth::OpenWithProgram(program, url, onFailure);
-    });
     if (options.insecureHttp) quillocommon::AllowInsecureHttp();
     if (options.service) {
         Use(*options.service);
@@ -43,7 +31,6 @@ ServiceConnection::ServiceConnection(Options const& options, quillohostkit::KeyL
 }
 
 ServiceConnection::~ServiceConnection() {
-    quilloauth::SetBrowserOpener({});
     // The host's own service ends here, and must receive a sign-out before that.
     if (embedded) quilloauth::jwt::AwaitSignOuts();
 }
@@ -78,8 +65,6 @@ void ServiceConnection::Use(std::string const& named) {
                                          "http://127.0.0.1:8080, without a path.");
     }
     address = quillocommon::GetServiceAddress();
-    quillomoxui::InitQuilloCppSdk(AsciiToUTF16("quillo-host"),
-                                  AsciiToUTF16("http://127.0.0.1/signed-in"));
     ready.SetValue();
 }
 
@@ -94,15 +79,6 @@ std::string ServiceConnection::HowToOpen(std::string const& link) const {
     auto const formerPort = link.substr(0, link.find("/r/")).substr(link.rfind(':') + 1);
     return "The service could not have its former port " + formerPort +
            ", which the link names; free the port and run: " + command + " --port " + formerPort;
-}
-
-std::string ServiceConnection::Explain(quillocommon::Failure const& failure) const {
-    using quillocommon::Step;
-    bool const isSignIn = failure.step == Step::SignIn || failure.step == Step::ReadUser;
-    bool const answered =
-        failure.httpStatus != 0 || failure.result == quilloauth::jwt::kNotSignedIn;
-    if (!isSignIn || answered) return failure.message;
-    return failure.message + " The service is expected at " + address + "; is it running?";
 }
 
 }  // namespace quillohost

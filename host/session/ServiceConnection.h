@@ -11,13 +11,9 @@
 #include "host/session/Options.h"
 #include "moxcore/async/Future.h"
 #include "moxcore/utility/LifetimeToken.h"
-#include "quillocommon/Failures.h"
 #include "quillohostkit/state/KeyLocks.h"
 
 namespace quillohost {
-
-/// The line for the user when the browser is opened.
-inline constexpr char kSignInInBrowser[] = "Waiting for you to sign in in the browser";
 
 /// The service that the library talks to: the one that the options name, or one of the host's own.
 /// Of the hosts that share a data directory, one at a time runs a service there. Main thread.
@@ -25,7 +21,6 @@ class ServiceConnection {
 public:
     struct Hooks {
         std::function<void()> onWait;  ///< another host runs the service; called in the constructor
-        std::function<void()> onBrowser;  ///< the browser is being opened for the user to sign in
         std::function<void(std::exception_ptr)> onGone;  ///< a service of the host's own has ended
     };
 
@@ -36,8 +31,8 @@ public:
     ServiceConnection(ServiceConnection const&) = delete;
     ServiceConnection& operator=(ServiceConnection const&) = delete;
 
-    /// Completes on the main thread once the library knows the service and this
-    /// application: nobody can sign in before. Fails with a Failure when there is no service.
+    /// Completes on the main thread once the library knows the service. Fails with a Failure when
+    /// there is no service.
     [[nodiscard]] moxcore::async::Future<void> Ready() const { return ready.GetFuture(); }
 
     /// Empty until it is ready.
@@ -48,9 +43,6 @@ public:
 
     /// The instruction for opening a review link; empty when it opens as it is.
     [[nodiscard]] std::string HowToOpen(std::string const& link) const;
-
-    /// One line for the user: what failed, and what to do when the service cannot be reached.
-    [[nodiscard]] std::string Explain(quillocommon::Failure const& failure) const;
 
 private:
     void Start();

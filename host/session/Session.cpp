@@ -4,10 +4,14 @@
 
 #include "host/state/HostFiles.h"
 #include "moxcore/debug/DebugDatabase.h"
+#include "moxcore/string/Conversions.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quilloauth/AuthManager.h"
+#include "quilloauth/Browser.h"
 #include "quillohostkit/process/Failure.h"
+#include "quillohostkit/session/ExplainFailure.h"
 #include "quillohostkit/session/TellWaits.h"
+#include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 
 namespace quillohost {
 namespace {
@@ -53,9 +57,15 @@ Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& displa
                    [&display] {
                        display.Tell("Waiting for another quillo-host that uses the same state.");
                    },
-               .onBrowser = [&display] { display.Tell(kSignInInBrowser); },
                .onGone = [&loop](auto const& gone) { loop.Fail(gone); }}) {
+    if (options.browser)
+        quilloauth::SetBrowserOpener(
+            [program = *options.browser](auto const& url, auto const& onFailure) {
+                quilloauth::OpenWithProgram(program, url, onFailure);
+            });
     loop.Await(service.Ready());
+    quillomoxui::InitQuilloCppSdk(moxcore::string::AsciiToUTF16("quillo-host"),
+                                  moxcore::string::AsciiToUTF16("http://127.0.0.1/signed-in"));
     moxcore::debug::DebugDatabase::Instance().SetEntry("QuilloNative.UseQuilloCppSdk",
                                                        options.backend == Backend::Sdk);
     viewModel = std::make_shared<quillomoxui::ShareForReviewViewModel>();
@@ -63,7 +73,9 @@ Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& displa
         quillohostkit::TellWaits(*viewModel, [&display](auto const& line) { display.Tell(line); });
 }
 
-Session::~Session() = default;
+Session::~Session() {
+    quilloauth::SetBrowserOpener({});
+}
 
 std::shared_ptr<quillomoxui::QuilloUser> Session::SignIn() {
     auto const binding = viewModel->UserNotifyingPropertyHost::BindValueChanged([](auto const&) {});
@@ -91,7 +103,8 @@ void Session::SignOut() {
 }
 
 void Session::OnFailure(quillocommon::Failure const& failure) {
-    if (quillocommon::IsWarning(failure.step)) return display.Tell("Warning: " + failure.message);
+    if (quillocommon::IsWarning(failure.step))
+        return display.Tell(quillohostkit::ExplainFailure(failure));
     failures.push_back(failure);
 }
 
@@ -112,7 +125,7 @@ quillocommon::Failure const* Session::FindFailure(std::initializer_list<Step> st
 }
 
 void Session::Throw(quillocommon::Failure const& failure) const {
-    throw quillohostkit::Failure(KindOf(failure.step), service.Explain(failure));
+    throw quillohostkit::Failure(KindOf(failure.step), quillohostkit::ExplainFailure(failure));
 }
 
 }  // namespace quillohost

@@ -71,9 +71,9 @@ void Destinations::OnDefaultChanged() {
 
 void Destinations::OnPathFound(FolderPath const& found, bool isDefault) {
     if (!found.folder)
-        return tell(isDefault ? "The default destination is gone; choose another one in File > "
-                                "Preferences."
-                              : "The folder that this movie was shared to last is gone.");
+        return tell(isDefault ? "The default destination is gone; choose another one in the "
+                                "preferences."
+                              : "The folder that this asset was shared to last is gone.");
     bool const isNews = found.folder->GetFetchChildrenState() == FetchChildrenState::NotFetched;
     path = found;
     user->SetSelection(path.folder);
@@ -91,7 +91,7 @@ void Destinations::CheckThatItIsThere(FolderPath const& shared) {
                         [&](auto const& child) { return child->GetID() == Guid(stack); }))
             return;
         tell(
-            "The service no longer has what was shared of this movie; it will be "
+            "The service no longer has what was shared of this asset; it will be "
             "shared anew.");
         asset->ForgetShares();
     });

@@ -9,6 +9,7 @@
 #include "moxcore/utility/LifetimeToken.h"
 #include "quillohostkit/Export.h"
 #include "quillohostkit/session/FolderPath.h"
+#include "quillohostkit/state/AssetStore.h"
 #include "quillohostkit/state/SharedAsset.h"
 #include "quillomoxui/viewmodel/ShareForReviewViewModel.h"
 

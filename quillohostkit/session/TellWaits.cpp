@@ -20,6 +20,8 @@ std::vector<std::shared_ptr<quillomoxui::BindingHandle>> TellWaits(
     quillomoxui::ShareForReviewViewModel& viewModel,
     std::function<void(std::string const&)> const& tell) {
     auto const onSignIn = [tell](quilloauth::SignInProgress const& progress) {
+        if (progress.stage == quilloauth::SignInStage::InBrowser)
+            tell("Waiting for you to sign in in the browser");
         if (progress.stage == quilloauth::SignInStage::Waiting)
             tell(NotAvailableSince(progress.since) + "; the sign-in is tried again.");
     };

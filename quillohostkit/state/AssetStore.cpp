@@ -2,7 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <sstream>
 #include <string_view>
 
 #include "quillohostkit/process/Failure.h"
@@ -20,14 +19,29 @@ constexpr char const* kSchema = R"(
     CREATE TABLE IF NOT EXISTS strings (
         service TEXT, library TEXT, movie TEXT, key TEXT, value TEXT NOT NULL,
         PRIMARY KEY (service, library, movie, key));
+    CREATE TABLE IF NOT EXISTS default_destinations (
+        service TEXT PRIMARY KEY, way TEXT NOT NULL, path TEXT NOT NULL);
+    COMMIT;
+)";
+
+/// Tables of earlier versions, whose rows are strings now.
+constexpr char const* kFormerTables = R"(
+    BEGIN IMMEDIATE;
     CREATE TABLE IF NOT EXISTS ways (
         service TEXT, library TEXT, movie TEXT, way TEXT NOT NULL,
         PRIMARY KEY (service, library, movie));
-    CREATE TABLE IF NOT EXISTS default_destinations (
-        service TEXT PRIMARY KEY, way TEXT NOT NULL, path TEXT NOT NULL);
     CREATE TABLE IF NOT EXISTS versions (
         service TEXT, version_stack TEXT, count INTEGER NOT NULL,
         PRIMARY KEY (service, version_stack));
+    INSERT OR IGNORE INTO strings
+        SELECT service, library, movie, 'quillohostkit.Location', way FROM ways;
+    INSERT OR IGNORE INTO strings
+        SELECT s.service, s.library, s.movie, 'quillohostkit.Versions',
+               v.version_stack || ' ' || v.count
+        FROM strings s JOIN versions v ON s.service = v.service AND s.value = v.version_stack
+        WHERE s.key = 'KVRN.QuilloNative.ShareForReview.VersionStackGuid';
+    DROP TABLE ways;
+    DROP TABLE versions;
     COMMIT;
 )";
 
@@ -35,21 +49,6 @@ constexpr char const* kSchema = R"(
     throw Failure(FailureKind::Other, "Cannot use the host's store \"" + file.string() +
                                           "\": " + sqlite3_errmsg(database) +
                                           "; check its rights and the free space of its disk.");
-}
-
-std::string ToWords(IDPath const& path) {
-    std::string words;
-    for (auto const& id : path)
-        words += id.AsStdString() + ' ';
-    return words;
-}
-
-IDPath ToIDPath(std::string const& text) {
-    std::istringstream words(text);
-    IDPath path;
-    for (std::string word; words >> word;)
-        path.emplace_back(word);
-    return path;
 }
 
 [[noreturn]] void Fail(sqlite3* database) {
@@ -95,14 +94,14 @@ public:
         return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
     }
 
-    [[nodiscard]] std::int64_t Number() const { return sqlite3_column_int64(statement, 0); }
-
 private:
     void Bind(int position, std::string const& text) {
         sqlite3_bind_text64(statement, position, text.data(), text.size(), SQLITE_TRANSIENT,
                             SQLITE_UTF8);
     }
-    void Bind(int position, Guid const& guid) { Bind(position, guid.AsStdString()); }
+    void Bind(int position, moxcore::utility::Guid const& guid) {
+        Bind(position, guid.AsStdString());
+    }
     void Bind(int position, std::filesystem::path const& path) {
         sqlite3_bind_blob64(statement, position, path.native().data(), path.native().size(),
                             SQLITE_TRANSIENT);
@@ -122,65 +121,58 @@ AssetStore::AssetStore(std::filesystem::path const& file, std::string newService
     if (result != SQLITE_OK ||
         sqlite3_exec(opened, kSchema, nullptr, nullptr, nullptr) != SQLITE_OK)
         Fail(opened, file);
+    TakeOverFormerTables();
 }
 
 AssetStore::~AssetStore() = default;
 
-AssetStore::Asset AssetStore::AssetOf(std::filesystem::path const& canonicalPath) {
-    std::lock_guard lock(mutex);
-    auto* const db = database.get();
-    Statement(db, "INSERT INTO library VALUES (1, ?) ON CONFLICT DO NOTHING", Guid::CreateUnique())
-        .Run();
-    Statement(db, "INSERT INTO movies VALUES (?, ?) ON CONFLICT DO NOTHING", canonicalPath,
-              Guid::CreateUnique())
-        .Run();
-    Statement library(db, "SELECT guid FROM library");
-    Statement movie(db, "SELECT guid FROM movies WHERE path = ?", canonicalPath);
-    if (!library.Next() || !movie.Next()) Fail(db);
-    return {Guid(library.Text()), Guid(movie.Text())};
+void AssetStore::TakeOverFormerTables() {
+    Statement found(database.get(), "SELECT 1 FROM sqlite_master WHERE name = 'ways'");
+    if (!found.Next()) return;
+    found.Run();
+    if (sqlite3_exec(database.get(), kFormerTables, nullptr, nullptr, nullptr) != SQLITE_OK)
+        Fail(database.get());
 }
 
-std::optional<std::string> AssetStore::Read(Asset const& asset, std::string const& key) {
+AssetID AssetStore::AssetOf(std::filesystem::path const& path) {
+    std::lock_guard lock(mutex);
+    auto* const db = database.get();
+    Statement(db, "INSERT INTO library VALUES (1, ?) ON CONFLICT DO NOTHING",
+              moxcore::utility::Guid::CreateUnique())
+        .Run();
+    Statement(db, "INSERT INTO movies VALUES (?, ?) ON CONFLICT DO NOTHING", path,
+              moxcore::utility::Guid::CreateUnique())
+        .Run();
+    Statement library(db, "SELECT guid FROM library");
+    Statement movie(db, "SELECT guid FROM movies WHERE path = ?", path);
+    if (!library.Next() || !movie.Next()) Fail(db);
+    return {moxcore::utility::Guid(library.Text()), moxcore::utility::Guid(movie.Text())};
+}
+
+std::optional<std::string> AssetStore::Read(AssetID const& asset, std::string const& key) {
     std::lock_guard lock(mutex);
     Statement found(database.get(),
                     "SELECT value FROM strings WHERE service = ? AND library = ? AND movie = ? "
                     "AND key = ?",
-                    service, asset.library, asset.movie, key);
+                    service, asset.store, asset.asset, key);
     if (!found.Next()) return std::nullopt;
     return found.Text();
 }
 
-void AssetStore::Write(Asset const& asset, std::string const& key, std::string const& value) {
+void AssetStore::Write(AssetID const& asset, std::string const& key, std::string const& value) {
     std::lock_guard lock(mutex);
     Statement(database.get(),
               "INSERT INTO strings VALUES (?, ?, ?, ?, ?) "
               "ON CONFLICT DO UPDATE SET value = excluded.value",
-              service, asset.library, asset.movie, key, value)
+              service, asset.store, asset.asset, key, value)
         .Run();
 }
 
-void AssetStore::Forget(Asset const& asset, std::string const& key) {
+void AssetStore::Forget(AssetID const& asset, std::string const& key) {
     std::lock_guard lock(mutex);
     Statement(database.get(),
               "DELETE FROM strings WHERE service = ? AND library = ? AND movie = ? AND key = ?",
-              service, asset.library, asset.movie, key)
-        .Run();
-}
-
-IDPath AssetStore::ReadIDPath(Asset const& asset) {
-    std::lock_guard lock(mutex);
-    Statement found(database.get(),
-                    "SELECT way FROM ways WHERE service = ? AND library = ? AND movie = ?", service,
-                    asset.library, asset.movie);
-    return found.Next() ? ToIDPath(found.Text()) : IDPath();
-}
-
-void AssetStore::WriteIDPath(Asset const& asset, IDPath const& path) {
-    std::lock_guard lock(mutex);
-    Statement(database.get(),
-              "INSERT INTO ways VALUES (?, ?, ?, ?) "
-              "ON CONFLICT DO UPDATE SET way = excluded.way",
-              service, asset.library, asset.movie, ToWords(path))
+              service, asset.store, asset.asset, key)
         .Run();
 }
 
@@ -189,7 +181,7 @@ std::optional<ChosenLocation> AssetStore::ReadDefaultDestination() {
     Statement found(database.get(), "SELECT way, path FROM default_destinations WHERE service = ?",
                     service);
     if (!found.Next()) return std::nullopt;
-    return ChosenLocation{ToIDPath(found.Text(0)), found.Text(1)};
+    return ChosenLocation{IDPathFromText(found.Text(0)), found.Text(1)};
 }
 
 void AssetStore::WriteDefaultDestination(ChosenLocation const& location) {
@@ -197,33 +189,13 @@ void AssetStore::WriteDefaultDestination(ChosenLocation const& location) {
     Statement(database.get(),
               "INSERT INTO default_destinations VALUES (?, ?, ?) "
               "ON CONFLICT DO UPDATE SET way = excluded.way, path = excluded.path",
-              service, ToWords(location.idPath), location.namePath)
+              service, TextOf(location.idPath), location.namePath)
         .Run();
 }
 
 void AssetStore::ForgetDefaultDestination() {
     std::lock_guard lock(mutex);
     Statement(database.get(), "DELETE FROM default_destinations WHERE service = ?", service).Run();
-}
-
-std::int64_t AssetStore::CountVersions(Guid const& versionStack) {
-    std::lock_guard lock(mutex);
-    Statement found(database.get(),
-                    "SELECT count FROM versions WHERE service = ? AND version_stack = ?", service,
-                    versionStack);
-    return found.Next() ? found.Number() : 0;
-}
-
-std::int64_t AssetStore::AddVersion(Guid const& versionStack) {
-    std::lock_guard lock(mutex);
-    Statement counted(database.get(),
-                      "INSERT INTO versions VALUES (?, ?, 1) "
-                      "ON CONFLICT DO UPDATE SET count = count + 1 RETURNING count",
-                      service, versionStack);
-    if (!counted.Next()) Fail(database.get());
-    std::int64_t const count = counted.Number();
-    counted.Run();
-    return count;
 }
 
 }  // namespace quillohostkit

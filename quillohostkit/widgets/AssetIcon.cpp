@@ -13,9 +13,9 @@ moxui::utility::ResourceManager& Pictures() {
 
 }  // namespace
 
-quillomoxui::PictureSupplyHandler AssetIcon(Movie const& movie) {
-    return quillomoxui::BindImageSupplyFunction(movie.hasPicture ? "AssetMovie" : "AssetSound",
-                                                &Pictures);
+quillomoxui::PictureSupplyHandler AssetIcon(AssetKind kind) {
+    return quillomoxui::BindImageSupplyFunction(
+        kind == AssetKind::Movie ? "AssetMovie" : "AssetSound", &Pictures);
 }
 
 }  // namespace quillohostkit

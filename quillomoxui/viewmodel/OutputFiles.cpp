@@ -20,6 +20,12 @@ namespace {
 
 constexpr mode_t kOwnDirectory = 0700;
 
+/// Removes the directory that was made for the file, if there is one; not while a movie is in it.
+void RemoveOwnDirectory(UTF16String const& path) {
+    auto const directory = std::filesystem::path(UTF16toStdString(path)).parent_path();
+    if (!moxcore::utility::Guid(directory.filename().string()).IsNull()) rmdir(directory.c_str());
+}
+
 }  // namespace
 
 UTF16String OutputFiles::PathOf(UTF16String const& fileName) {
@@ -53,9 +59,12 @@ void OutputFiles::NoteUpload(Guid const& shareID, UTF16String const& path) {
 }
 
 void OutputFiles::Release(Guid const& shareID, UTF16String const& path) {
-    std::lock_guard lock(mutex);
-    auto const found = holders.find(path);
-    if (found != holders.end() && found->second.shareID == shareID) holders.erase(found);
+    {
+        std::lock_guard lock(mutex);
+        auto const found = holders.find(path);
+        if (found != holders.end() && found->second.shareID == shareID) holders.erase(found);
+    }
+    RemoveOwnDirectory(path);
 }
 
 void OutputFiles::Delete(Guid const& shareID, Output const& output) {
@@ -68,8 +77,7 @@ void OutputFiles::Delete(Guid const& shareID, Output const& output) {
         }
     }
     File(output.path, 0).Delete();
-    auto const directory = std::filesystem::path(UTF16toStdString(output.path)).parent_path();
-    if (directory.filename() == UTF16toStdString(output.processingID)) rmdir(directory.c_str());
+    RemoveOwnDirectory(output.path);
 }
 
 }  // namespace quillomoxui

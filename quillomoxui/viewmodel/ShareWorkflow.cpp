@@ -66,10 +66,11 @@ void ShareForReviewViewModel::SetEncodingStatus(quillomoxui::EncodingStatus cons
 /// A share that waits for its movie gets none any more.
 void ShareForReviewViewModel::GiveUpExport() {
     std::lock_guard lock(mutex);
-    if (!fields.isLinkPending)
-        reports->FailBeforeUpload(fields.shareID,
-                                  {ShareFailureReason::NotExported,
-                                   "The movie was not shared: the editor has not exported it."});
+    if (fields.isLinkPending) return;
+    reports->FailBeforeUpload(fields.shareID,
+                              {ShareFailureReason::NotExported,
+                               "The movie was not shared: the editor has not exported it."});
+    if (!fields.isUploading) outputFiles->Release(fields.shareID, fields.outputFilePath);
 }
 
 void ShareForReviewViewModel::ProcessAssetForReview() {

@@ -108,8 +108,8 @@ class WindowTests(WindowTest):
         service = self.service()
         before = self.share(self.clip, "--to", f"{RIVER}/VFX/Shot 2", service=service)
         window = self.window(self.clip, service=service)
+        # The command has kept its session.
         window.click("Button", "Share for Review")
-        self.sign_in(window)
         window.see("Link", "Feature Films/The Long River/VFX/Shot 2")
         window.click("Button", "Share")
         window.hear("is shared as version 2")
@@ -163,7 +163,7 @@ class WindowTests(WindowTest):
         window = self.begin_export()
         window.dismiss("StaticText", "Encoding in Progress...")
         window.click("MenuItem", "Share")
-        window.click("MenuItem", "Cancel the Export")
+        window.click("MenuItem", "Cancel the Share")
         window.hear('"Long" was cancelled')
         self.assertEqual(self.exported_files(), [])
         window.process.send_signal(signal.SIGTERM)

@@ -1,10 +1,12 @@
 #include "quillohostkit/state/AssetStore.h"
 
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "quillohostkit/process/Failure.h"
+#include "quillomoxui/viewmodel/AssetDataKeys.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quillohostkit {
@@ -19,9 +21,8 @@ protected:
 };
 
 TEST_F(AssetStoreTest, RemembersWhatItWasToldForEachServiceApart) {
-    Guid const stack = Guid::CreateUnique();
     IDPath const path{Guid::CreateUnique(), Guid::CreateUnique()};
-    AssetStore::Asset asset;
+    AssetID asset;
     {
         AssetStore store(file, "one");
         asset = store.AssetOf("/films/a.mov");
@@ -30,17 +31,12 @@ TEST_F(AssetStoreTest, RemembersWhatItWasToldForEachServiceApart) {
         store.Write(asset, "link", "second");
         store.Write(asset, "gone", "x");
         store.Forget(asset, "gone");
-        store.WriteIDPath(asset, path);
-        store.WriteDefaultDestination({{stack}, "before"});
+        store.WriteDefaultDestination({{path[1]}, "before"});
         store.WriteDefaultDestination({path, "Acme/Films"});
-        EXPECT_EQ(store.AddVersion(stack), 1);
-        EXPECT_EQ(store.AddVersion(stack), 2);
     }
     AssetStore again(file, "one");
     EXPECT_EQ(again.Read(asset, "link"), "second");
     EXPECT_EQ(again.Read(asset, "gone"), std::nullopt);
-    EXPECT_EQ(again.ReadIDPath(asset), path);
-    EXPECT_EQ(again.CountVersions(stack), 2);
     auto const destination = again.ReadDefaultDestination();
     ASSERT_TRUE(destination);
     EXPECT_EQ(destination->idPath, path);
@@ -48,8 +44,6 @@ TEST_F(AssetStoreTest, RemembersWhatItWasToldForEachServiceApart) {
 
     AssetStore other(file, "two");
     EXPECT_EQ(other.Read(asset, "link"), std::nullopt);
-    EXPECT_TRUE(other.ReadIDPath(asset).empty());
-    EXPECT_EQ(other.CountVersions(stack), 0);
     EXPECT_FALSE(other.ReadDefaultDestination());
     other.ForgetDefaultDestination();
     EXPECT_TRUE(again.ReadDefaultDestination());
@@ -61,17 +55,15 @@ TEST_F(AssetStoreTest, NamesAMovieByItsPathWhateverBytesThatHas) {
     AssetStore store(file, "one");
     auto const movie = store.AssetOf("/films/\xFF'.mov");
     auto const other = store.AssetOf("/films/\xFE'.mov");
-    EXPECT_EQ(movie.library, other.library);
-    EXPECT_NE(movie.movie, other.movie);
-    EXPECT_FALSE(movie.library.IsNull() || movie.movie.IsNull());
-    EXPECT_EQ(AssetStore(file, "two").AssetOf("/films/\xFF'.mov").movie, movie.movie);
+    EXPECT_EQ(movie.store, other.store);
+    EXPECT_NE(movie.asset, other.asset);
+    EXPECT_FALSE(movie.store.IsNull() || movie.asset.IsNull());
+    EXPECT_EQ(AssetStore(file, "two").AssetOf("/films/\xFF'.mov").asset, movie.asset);
 }
 
 /// Also by those that find no store yet, and of which one makes it.
 TEST_F(AssetStoreTest, IsSharedByProcessesThatBeginAndWriteAtOnce) {
     constexpr int kProcesses = 8;
-    constexpr int kWrites = 1;
-    Guid const stack = Guid::CreateUnique();
     for (int round = 0; round < 20; ++round) {
         auto const shared = directory.Path() / std::to_string(round);
         int gate[2];
@@ -83,8 +75,7 @@ TEST_F(AssetStoreTest, IsSharedByProcessesThatBeginAndWriteAtOnce) {
             bool const waited = read(gate[0], &opened, 1) == 0;
             try {
                 AssetStore store(shared, "one");
-                for (int write = 0; write < kWrites; ++write)
-                    store.AddVersion(stack);
+                store.Write(store.AssetOf("/films/a.mov"), std::to_string(i), "written");
                 _exit(waited ? 0 : 1);
             } catch (...) {
                 _exit(1);
@@ -97,7 +88,38 @@ TEST_F(AssetStoreTest, IsSharedByProcessesThatBeginAndWriteAtOnce) {
             ASSERT_GT(wait(&status), 0);
             EXPECT_EQ(status, 0);
         }
-        EXPECT_EQ(AssetStore(shared, "one").CountVersions(stack), kProcesses * kWrites);
+        AssetStore store(shared, "one");
+        auto const asset = store.AssetOf("/films/a.mov");
+        for (int i = 0; i < kProcesses; ++i)
+            EXPECT_EQ(store.Read(asset, std::to_string(i)), "written");
+    }
+}
+
+TEST_F(AssetStoreTest, TakesOverWhatAnEarlierVersionHasKept) {
+    AssetID asset;
+    {
+        AssetStore store(file, "one");
+        asset = store.AssetOf("/films/a.mov");
+        store.Write(asset, quillomoxui::assetdata::kVersionStackGuid, "stack");
+    }
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
+    auto const id =
+        "'one', '" + asset.store.AsStdString() + "', '" + asset.asset.AsStdString() + "'";
+    auto const former =
+        "CREATE TABLE ways (service, library, movie, way);"
+        "CREATE TABLE versions (service, version_stack, count);"
+        "INSERT INTO ways VALUES (" +
+        id +
+        ", 'a b ');"
+        "INSERT INTO versions VALUES ('one', 'stack', 3)";
+    EXPECT_EQ(sqlite3_exec(database, former.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(database);
+
+    for (int opened = 0; opened < 2; ++opened) {
+        AssetStore store(file, "one");
+        EXPECT_EQ(store.Read(asset, stringkeys::kLocation), "a b ");
+        EXPECT_EQ(store.Read(asset, stringkeys::kVersions), "stack 3");
     }
 }
 

@@ -15,6 +15,9 @@ public:
     /// Forgets where it was, unless that is in `window`.
     void ForgetOutside(QWidget const& window);
 
+    /// Forgets the widget, but not its window.
+    void ForgetWidget() { widget = nullptr; }
+
     /// Whether `window`, or one that belongs to it, has the focus still. What has taken it
     /// meanwhile, another program's window for instance, keeps it.
     [[nodiscard]] static bool IsWith(QWidget const& window);

@@ -38,6 +38,8 @@ void PopupWindow::HangFrom(QWidget* newAnchor) {
     if (anchor) {
         anchorGone = connect(anchor, &QObject::destroyed, this, [this] {
             anchor = nullptr;
+            // The anchor may have had the focus; its pointer is not cleared yet.
+            focus.ForgetWidget();
             Dismiss();
         });
         focus.ForgetOutside(*anchor->window());

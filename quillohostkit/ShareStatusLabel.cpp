@@ -1,0 +1,61 @@
+#include "quillohostkit/ShareStatusLabel.h"
+
+#include <QHBoxLayout>
+
+#include "quillohostkit/widgets/ElidedLabel.h"
+
+namespace quillohostkit {
+namespace {
+
+constexpr int kSteps = 1000;
+constexpr int kProgressWidth = 120;
+
+}  // namespace
+
+ShareStatusLabel::ShareStatusLabel(ShareController* controller, QWidget* parent)
+    : QWidget(parent),
+      message(new ElidedLabel("Message", Qt::ElideRight)),
+      phase(new ElidedLabel("Share", Qt::ElideMiddle)),
+      progress(new QProgressBar),
+      cancel(new QToolButton) {
+    progress->setFixedWidth(kProgressWidth);
+    progress->setTextVisible(false);
+    progress->setAccessibleName("Progress of the share");
+    cancel->setText("Cancel");
+    cancel->setAccessibleName("Cancel the Share");
+    cancel->setAutoRaise(true);
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(message, 3);
+    layout->addWidget(phase, 1);
+    layout->addWidget(progress);
+    layout->addWidget(cancel);
+
+    auto* const state = controller->GetState();
+    connect(cancel, &QToolButton::clicked, controller, &ShareController::Cancel);
+    connect(state, &ShareState::changed, this, [this, state] { Show(*state); });
+    connect(state, &ShareState::messageChanged, this, &ShareStatusLabel::showMessage);
+    showMessage(state->message());
+    Show(*state);
+}
+
+ShareStatusLabel::~ShareStatusLabel() = default;
+
+void ShareStatusLabel::showMessage(QString const& line) {
+    message->SetText(line);
+}
+
+void ShareStatusLabel::Show(ShareState const& state) {
+    bool const isSharing = state.phase() != ShareState::Phase::Idle;
+    phase->setVisible(isSharing);
+    progress->setVisible(isSharing);
+    cancel->setVisible(isSharing);
+    if (!isSharing) return;
+    phase->SetText(state.phaseText());
+    cancel->setEnabled(state.canCancel());
+    // Without a maximum the bar shows that nobody knows.
+    progress->setRange(0, state.progress() < 0 ? 0 : kSteps);
+    progress->setValue(static_cast<int>(state.progress() * kSteps));
+}
+
+}  // namespace quillohostkit
