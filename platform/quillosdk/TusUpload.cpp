@@ -26,6 +26,11 @@ constexpr std::uint64_t kSmallFile = 3 * kPieceBytes;
 constexpr int kMostStreams = 8;
 constexpr std::size_t kFewestSpareRanges = 2;
 
+/// Each creation leaves a connection behind it. There are enough for the pieces, and for the
+/// further creations beside them: a new connection takes a round trip in which its piece stands
+/// still.
+constexpr int kFirstRanges = 12;
+
 constexpr int kMostBeginnings = 3;
 
 std::string NewKey() {
@@ -81,7 +86,7 @@ void TusUpload::BeginWhole() {
 void TusUpload::BeginInRanges() {
     ++beginnings;
     state.isJoined = true;
-    for (int i = 0; i < kMostStreams && state.PlannedEnd() < state.size; ++i)
+    for (int i = 0; i < kFirstRanges && state.PlannedEnd() < state.size; ++i)
         AddRange(kMostStreams);
 }
 

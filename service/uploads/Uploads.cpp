@@ -93,7 +93,7 @@ bool Uploads::DeleteLeased(UploadRecord const& upload, std::int64_t before) {
 UploadId Uploads::Create(UserId const& user, NewUpload const& request,
                          std::optional<IdempotencyKey> const& key) {
     DeleteOld();
-    return store.Write([&](Database& database) {
+    auto create = [&](Database& database) {
         if (!key) return Insert(database, user, request);
         std::int64_t now = clock();
         IdempotentRequest repeatable{user, *key,
@@ -103,7 +103,11 @@ UploadId Uploads::Create(UserId const& user, NewUpload const& request,
         UploadId id = Insert(database, user, request);
         RememberResult(database, repeatable, id, now);
         return id;
-    });
+    };
+    // A client creates a part that is lost anew; syncing each would hold up the bytes of the
+    // others.
+    return store.Write(create,
+                       request.isPart ? Store::Durability::Process : Store::Durability::Disk);
 }
 
 UploadId Uploads::Insert(Database& database, UserId const& user, NewUpload const& request) {
