@@ -266,14 +266,17 @@ void MainWindow::ConnectSharing() {
         if (log) log->Write({{"message", line}});
     });
     connect(state, &ShareState::shareFinished, this, [this](auto const& link) { OnShared(link); });
-    quillohostkit::OnMainThread(service.Ready(), token, [this](auto const& ready) {
+    auto const onReady = [this](auto const& ready) {
         try {
             ready.Get();
             OnServiceReady();
         } catch (std::exception const& exception) {
             Tell(exception.what());
         }
-    });
+    };
+    // The kit must have its settings before it sees the address, which it takes up by itself.
+    if (auto const ready = service.Ready(); ready.IsComplete()) return onReady(ready);
+    quillohostkit::OnMainThread(service.Ready(), token, onReady);
 }
 
 void MainWindow::OnServiceReady() {

@@ -51,11 +51,14 @@ void NameApplication() {
             UTF8to16(QString(name).replace('/', '-').toStdString()));
     auto const clientID = settings.clientID.isEmpty() ? name : settings.clientID;
     quillomoxui::InitQuilloCppSdk(UTF8to16(clientID.toStdString()), AsciiToUTF16(kRedirectUri));
-    if (!settings.browser.isEmpty())
-        quilloauth::SetBrowserOpener(
-            [program = settings.browser.toStdString()](auto const& url, auto const& onFailure) {
-                quilloauth::OpenWithProgram(program, url, onFailure);
-            });
+}
+
+void SetBrowser(QString const& browser) {
+    if (browser.isEmpty()) return quilloauth::SetBrowserOpener({});
+    quilloauth::SetBrowserOpener(
+        [program = browser.toStdString()](auto const& url, auto const& onFailure) {
+            quilloauth::OpenWithProgram(program, url, onFailure);
+        });
 }
 
 }  // namespace
@@ -64,6 +67,7 @@ QString SetServiceSettings(ServiceSettings const& newSettings) {
     auto const address = newSettings.address.toStdString();
     if (!address.empty() && !quillocommon::SetServiceAddress(address)) return Complaint(address);
     settings = newSettings;
+    SetBrowser(settings.browser);
     if (auto const sharing = Sharing::Existing()) sharing->Resume();
     return {};
 }
