@@ -16,6 +16,7 @@ public:
 
     /// Copies the file at the asset's own path.
     CopyExporter();
+    /// Copies the file at `path`.
     explicit CopyExporter(Path path);
 
     void Export(ExportJob& job) override;

@@ -24,6 +24,8 @@ public:
 
     /// Exports the file at the asset's own path.
     FfmpegExporter();
+    /// Exports the file at `path`, or at the asset's own path when that is empty. Without
+    /// `acceptsDamage` a damaged movie is refused.
     explicit FfmpegExporter(Path path, AcceptsDamage acceptsDamage = {});
 
     void Export(ExportJob& job) override;

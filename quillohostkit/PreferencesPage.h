@@ -14,6 +14,7 @@ class QUILLOHOSTKIT_API PreferencesPage : public QWidget {
     Q_OBJECT
 
 public:
+    /// `controller` is any of the program's, and must outlive the page.
     explicit PreferencesPage(ShareController* controller, QWidget* parent = nullptr);
     ~PreferencesPage() override;
 

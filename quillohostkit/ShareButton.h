@@ -21,6 +21,7 @@ class QUILLOHOSTKIT_API ShareButton : public QToolButton {
     Q_OBJECT
 
 public:
+    /// `parent` owns the button.
     explicit ShareButton(QWidget* parent = nullptr);
     ~ShareButton() override;
 

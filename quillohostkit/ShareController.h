@@ -30,11 +30,13 @@ class QUILLOHOSTKIT_API ShareController : public QObject {
     Q_OBJECT
 
 public:
+    /// The popup hangs from `anchor`, which owns the controller.
     explicit ShareController(QWidget* anchor);
     ~ShareController() override;
 
     /// Asked for what to share when the popup is opened, on the main thread.
     void SetAsset(std::function<Asset()> asset);
+    /// The same of one asset that does not change.
     void SetAsset(Asset const& asset);
 
     /// Makes the movie. FfmpegExporter on the asset's path unless it is set.
@@ -59,6 +61,7 @@ public:
         Ask,        ///< always ask: the program ends with this window
         GoOn,       ///< never ask; the host sees to it
     };
+    /// AskIfLast unless it is set.
     void SetWhenClosed(WhenClosed whenClosed);
 
 public Q_SLOTS:
@@ -74,6 +77,7 @@ public Q_SLOTS:
     void SignOut();
 
 protected:
+    /// Follows the window of the anchor.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

@@ -61,6 +61,7 @@ public:
 Q_SIGNALS:
     /// Any property but `message`.
     void changed();
+    /// The last line for the user.
     void messageChanged(QString const& message);
     /// The controller's asset is on its link.
     void shareFinished(QString const& link, int version);

@@ -17,6 +17,7 @@ class QUILLOHOSTKIT_API ShareStatusLabel : public QWidget {
     Q_OBJECT
 
 public:
+    /// Shows the state of `controller`, which must outlive the label.
     explicit ShareStatusLabel(ShareController* controller, QWidget* parent = nullptr);
     ~ShareStatusLabel() override;
 
