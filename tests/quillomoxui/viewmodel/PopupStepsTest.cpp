@@ -350,6 +350,7 @@ TEST_F(WorkflowTest, ThePickerAloneTellsItsCallerOnceAndStoresNothing) {
         EXPECT_THAT(seen, ElementsAre(View::None, View::None));
         picker->LocationPickerSelectionCommitted();  // still alone
         EXPECT_EQ(log.size(), 2u);
+        testsupport::DrainMainThread();
     }
     EXPECT_THAT(host.data, IsEmpty());
 }

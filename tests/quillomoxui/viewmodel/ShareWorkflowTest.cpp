@@ -66,6 +66,7 @@ TEST_F(WorkflowTest, TheProgressBeginsAnewWithTheExportAndWithTheUpload) {
     seen.resize(5);
     EXPECT_THAT(seen, ElementsAre(0.0, 0.7, 0.0, 0.9, 0.0));
     executor.AdvanceBy(std::chrono::hours(1));
+    testsupport::DrainMainThread();
 }
 
 TEST_F(WorkflowTest, OnlyALinkWithItsGuidAndItsAddressIsUsedAgain) {
