@@ -19,8 +19,19 @@ void SerialExecutor::CallAsyncDelayed(std::function<void()> function, std::uint3
         delay);
 }
 
-void SerialExecutor::Schedule() {
-    moxcore::threads::GetIOBoundExecutor()->CallAsync([self = shared_from_this()] {
+/// What the I/O executor runs for the first function. An executor that ends drops what waits; the
+/// functions that wait here are dropped with it, since they may be what keeps this alive.
+class SerialExecutor::Turn {
+public:
+    explicit Turn(std::shared_ptr<SerialExecutor> executor) : executor(std::move(executor)) {}
+    ~Turn() {
+        if (!hasRun) executor->Drop();
+    }
+    Turn(Turn const&) = delete;
+    Turn& operator=(Turn const&) = delete;
+
+    void Run() {
+        hasRun = true;
         // Also when the function throws, the next one follows.
         struct Next {
             SerialExecutor& executor;
@@ -32,9 +43,25 @@ void SerialExecutor::Schedule() {
                 }
                 executor.Schedule();
             }
-        } const next{*self};
-        self->RunFirst();
-    });
+        } const next{*executor};
+        executor->RunFirst();
+    }
+
+private:
+    std::shared_ptr<SerialExecutor> const executor;
+    bool hasRun = false;
+};
+
+void SerialExecutor::Schedule() {
+    auto const turn = std::make_shared<Turn>(shared_from_this());
+    moxcore::threads::GetIOBoundExecutor()->CallAsync([turn] { turn->Run(); });
+}
+
+void SerialExecutor::Drop() {
+    std::deque<std::function<void()>> dropped;  // destroyed after the lock: that may run code
+    std::lock_guard lock(mutex);
+    dropped.swap(functions);
+    scheduled = false;
 }
 
 void SerialExecutor::RunFirst() {

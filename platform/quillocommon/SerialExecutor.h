@@ -18,8 +18,11 @@ public:
     void CallAsyncDelayed(std::function<void()> function, std::uint32_t delay) override;
 
 private:
+    class Turn;
+
     void Schedule();
     void RunFirst();
+    void Drop();
 
     std::mutex mutex;
     std::deque<std::function<void()>> functions;  // guarded by mutex
