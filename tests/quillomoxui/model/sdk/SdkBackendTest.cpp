@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <future>
 #include <latch>
 #include <memory>
 #include <string>
@@ -179,16 +180,18 @@ TEST_F(BackendTest, ASignOutThatTheServiceRefusesNeedsNoCallback) {
 
 TEST_F(BackendTest, ARejectedTokenIsRenewedAndTheRequestRepeatedWithTheNewOne) {
     ASSERT_TRUE(SignIn());
-    std::shared_ptr<QuilloUser> user;
+    std::promise<void> arrived;
     Ignore("GET /v1/me");
-    Sdk::GetCurrentUser([&](std::shared_ptr<QuilloUser> const& received) { user = received; });
+    Sdk::GetCurrentUser([&](auto const&) { arrived.set_value(); });
     executor.RunUntil([&] { return !Requests("GET /v1/me").empty(); });
     On("GET /v1/me", R"({"user":)" + Record(1, "Jane") + "}");
     On("POST /oauth/token",
        R"({"access_token":"an0ther-of-the-test","token_type":"Bearer","expires_in":999999,)"
        R"("refresh_token":"r3fresh-of-the-test"})");
     transport.Answer(IndicesOf("GET /v1/me").back(), 401, "");
-    executor.RunUntil([&] { return user != nullptr; });
+    executor.RunUntil([has = arrived.get_future().share()] {
+        return has.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    });
     EXPECT_THAT(*transport.At(IndicesOf("GET /v1/me").back()).commonHeaders,
                 testing::Contains(testing::Pair("Authorization", "Bearer an0ther-of-the-test")));
 }
