@@ -13,7 +13,7 @@ namespace quillohostkit {
 ///
 /// The job ends when Exporter::Export returns, or, after FinishLater, with Finish or Fail or when
 /// the last copy is gone. It has succeeded when the file is there and not empty. A job that has
-/// ended, or was cancelled, ignores what it is told.
+/// ended, or was cancelled, ignores further calls.
 ///
 /// Any thread.
 class QUILLOHOSTKIT_API ExportJob {
@@ -35,8 +35,8 @@ public:
     /// Whether the user has cancelled the export, or the program ends. Return, or call Finish, soon
     /// then; the result is not used.
     [[nodiscard]] bool IsCancelled() const;
-    /// Calls `handler` once, on the main thread, when the job is cancelled, for an export that must
-    /// be told. It replaces the handler before.
+    /// Calls `handler` once, on the main thread, when the job is cancelled, for an exporter that
+    /// cannot poll IsCancelled. It replaces the handler before.
     void OnCancelled(std::function<void()> handler) const;
 
     /// The export goes on after Export has returned; keep a copy of the job.

@@ -25,7 +25,7 @@ namespace quillohostkit {
 /// a time goes on with one asset.
 ///
 /// Main thread. The functions that return nothing may be called on any thread; they are carried out
-/// on the main thread then, later. Nothing here throws; what fails is told by GetState().
+/// on the main thread then, later. Nothing here throws; GetState() reports failures.
 class QUILLOHOSTKIT_API ShareController : public QObject {
     Q_OBJECT
 

@@ -72,7 +72,7 @@ public:
     explicit TransferManager(std::shared_ptr<Session> session);
 
     /// Sends the file in pieces of 8 MiB, none of which is kept in memory, and completes once the
-    /// service has published it and tells the same SHA-256 for what it stored as was read here. Up
+    /// service has published it with the SHA-256 of the file as it was read here. Up
     /// to eight pieces are under way at the same time, where that brings more and the file is
     /// larger than three. A service that does not join partial uploads gets one after the other. A
     /// cut connection, a lost answer, a piece refused for its checksum and a service that is down

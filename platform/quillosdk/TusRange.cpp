@@ -106,7 +106,7 @@ void TusRange::SendPiece(Prepared const& prepared) {
     auto const& piece = *prepared.piece;
     sendingTo = sendingFrom + piece.size;
     sentTo = std::max(sentTo, sendingTo);
-    told = 0;
+    noted = 0;
     begunAt = Now();
 
     auto patch = tus::RequestTo("PATCH", range.location);
@@ -141,13 +141,13 @@ void TusRange::LookForConnectionLater() {
 /// On the transport's thread, for one piece after the other. Hands on what is worth it: on a fast
 /// line that would cost as much as the sending.
 void TusRange::NoteBytesSent(std::uint64_t from, std::uint64_t bytes, std::uint64_t size) {
-    bool const isFirstOrLast = told == 0 || bytes == size;
+    bool const isFirstOrLast = noted == 0 || bytes == size;
     auto const step = std::min(kSentStep, context.file->Size() / kSentSteps);
     auto const now = Now();
-    bool const isSoon = now >= toldAt && now < toldAt + kBetweenNotes;
-    if (!isFirstOrLast && (bytes < told + step || isSoon)) return;
-    told = bytes;
-    toldAt = now;
+    bool const isSoon = now >= notedAt && now < notedAt + kBetweenNotes;
+    if (!isFirstOrLast && (bytes < noted + step || isSoon)) return;
+    noted = bytes;
+    notedAt = now;
     Post([self = Self(), from, bytes] { self->OnBytesSent(from, bytes); });
 }
 

@@ -54,8 +54,8 @@ public:
     virtual void Refuse(std::shared_ptr<HttpResponse> const& response) = 0;
 };
 
-/// One range of an upload: creates it at the service, sends its pieces one after the other, each
-/// when it is told to, and finds out by itself how far the service is when a connection is cut.
+/// One range of an upload: creates it at the service, sends one piece for each SendNext, and asks
+/// the service for its offset by itself when a connection is cut.
 /// While a piece is sent, the next one is read. On the executor of the upload's steps.
 class TusRange {
 public:
@@ -161,17 +161,16 @@ private:
     std::uint64_t sentTo = 0;    // the end of all that was sent
     std::uint64_t furthest = 0;  // the furthest offset confirmed
 
-    std::uint64_t told = 0;              // of the piece's bytes sent; on the transport's thread
-    moxcore::threads::TimePoint toldAt;  // likewise
+    std::uint64_t noted = 0;              // of the piece's bytes sent; on the transport's thread
+    moxcore::threads::TimePoint notedAt;  // likewise
     std::uint64_t pieceBytes = kPieceBytes;
     bool mayGrow = false;
     moxcore::threads::TimePoint begunAt;  // the piece sent last
     moxcore::threads::TimePoint sentAt;   // the last byte of it
 
-    bool isFailing = false;  // since it came closer to its end
-    bool publicationInDoubt =
-        false;                    // the last byte was sent, and no answer told what became of it
-    bool contentRefused = false;  // the service found another checksum for the whole
+    bool isFailing = false;           // since it came closer to its end
+    bool publicationInDoubt = false;  // the last byte was sent, and its outcome is unknown
+    bool contentRefused = false;      // the service found another checksum for the whole
     int contentRefusals = 0;
     std::optional<moxcore::threads::TimePoint> waitingSince;
 };

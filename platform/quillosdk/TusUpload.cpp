@@ -307,7 +307,7 @@ void TusUpload::ReportProgress() {
     std::uint64_t done = 0;
     for (auto const& range : ranges)
         done += range->Moved();
-    // The end is told once the file is published, and not before.
+    // The end is reported once the file is published, and not before.
     bool const worthTelling =
         done < state.size && done > reported && done - reported >= state.size / kProgressSteps;
     auto const& progress = context.request->GetProgress();

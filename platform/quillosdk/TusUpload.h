@@ -84,9 +84,9 @@ private:
     std::shared_ptr<HttpResponse> heldRefusal;  // which came before that was known
     StreamCount streams;
     std::uint64_t sentInAll = 0;
-    std::uint64_t reported = 0;  // the progress told last
+    std::uint64_t reported = 0;  // the progress reported last
     bool isFinishing = false;    // every byte has arrived
-    bool joinInDoubt = false;    // no answer told what became of the joining
+    bool joinInDoubt = false;    // the joining's outcome is unknown
     std::shared_ptr<RetryPolicy> joinPolicy;
     std::optional<moxcore::threads::TimePoint> joinWaitsSince;
     int beginnings = 0;

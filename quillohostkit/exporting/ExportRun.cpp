@@ -70,7 +70,7 @@ ExportRun::ExportRun(std::shared_ptr<Exporter> exporter, Asset const& asset,
     TheWorkers().Begin();
     std::thread([exporter = std::move(exporter), running = state, job]() mutable {
         CallExporter(*exporter, *running, job);
-        exporter.reset();  // before the main thread is told that there is none
+        exporter.reset();  // before the main thread sees the end of the export
         running.reset();
         { ExportJob const last = std::move(job); }
         TheWorkers().End();

@@ -151,7 +151,7 @@ void Sharing::MakePopup() {
     screens = quillomoxui::CreateShareForReviewScreenManager(viewModel, popup);
 }
 
-/// Whether something can be shared; tells why not.
+/// Whether something can be shared; if not, the clients get the reason.
 bool Sharing::IsReady() {
     try {
         if (!Connect()) {
@@ -172,7 +172,7 @@ void Sharing::Resume() {
     try {
         if (isResuming || !Connect()) return;
     } catch (...) {
-        return;  // told when somebody shares
+        return;  // reported when the user shares
     }
     if (!viewModel->GetUser()->GetID().IsNull()) return;
     isResuming = true;
@@ -226,8 +226,8 @@ void Sharing::Refresh(SharingClient& client) {
     Changed();
 }
 
-/// Nothing is being shared: the popup is the client's. False, and the reason is told, when it has
-/// nothing to share.
+/// Nothing is being shared: the popup is the client's. False, with the reason to the client, when
+/// it has nothing to share.
 bool Sharing::Take(SharingClient& client) {
     Asset asset;
     try {

@@ -63,7 +63,7 @@ public:
     /// Takes up the session that is kept, without the browser, once there is a service.
     void Resume();
 
-    /// Whether something can be shared; the clients are told why not.
+    /// Whether something can be shared; if not, the clients get the reason.
     bool IsReady();
     void Open(SharingClient& client);
     void ShareAgain(SharingClient& client);

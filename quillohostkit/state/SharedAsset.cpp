@@ -35,7 +35,7 @@ void AddVersion(StringStore& strings, AssetID const& id) {
         strings.Read(id, assetdata::kVersionStackGuid).value_or("") + ' ' + std::to_string(count));
 }
 
-/// The strings of the assets that the library has been told of. Any thread.
+/// The strings of the assets known to the library. Any thread.
 class KnownAssets {
 public:
     void Add(SharedAsset const& asset) {

@@ -111,7 +111,7 @@ void ContentHashes::Run(std::stop_token const& stop) {
         try {
             more = hash->Advance();
         } catch (std::exception const&) {
-            // Whoever needs the hash in the end meets the same problem, and reports it.
+            // The publication meets the same problem, and reports it.
         }
         std::scoped_lock lock(mutex);
         if (more && std::find(behind.begin(), behind.end(), hash) == behind.end())
