@@ -21,6 +21,7 @@
 #include "host/editor/Welcome.h"
 #include "host/process/Terminal.h"
 #include "host/state/HostFiles.h"
+#include "moxcore/config/Error.h"
 #include "moxui/backend/HostWidget.h"
 #include "quillohostkit/FfmpegExporter.h"
 #include "quillohostkit/PreferencesPage.h"
@@ -76,11 +77,7 @@ MainWindow::MainWindow(Options const& options, EventLog* log)
                },
            .onGone =
                [this](auto const& gone) {
-                   try {
-                       std::rethrow_exception(gone);
-                   } catch (std::exception const& exception) {
-                       Tell(exception.what());
-                   }
+                   Tell(moxcore::config::ExtractMessageFromException(gone));
                }}) {
     ConnectSharing();
     MakeToolBar();

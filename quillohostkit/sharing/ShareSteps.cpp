@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
 #include "quillohostkit/media/MovieExport.h"
 #include "quillohostkit/sharing/AssetTitle.h"
@@ -34,7 +35,7 @@ void Sharing::ExportWanted(ShareInfo const& wanted, quillomoxui::UTF16String con
         try {
             Export(output);
         } catch (...) {
-            GiveUpExport(MessageOf(std::current_exception()));
+            GiveUpExport(moxcore::config::ExtractMessageFromException(std::current_exception()));
         }
     });
 }

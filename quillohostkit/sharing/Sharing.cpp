@@ -6,17 +6,14 @@
 #include <algorithm>
 #include <utility>
 
+#include "moxcore/config/Error.h"
 #include "moxcore/string/Conversions.h"
-#include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "moxcore/threads/MainThread.h"
 #include "moxcore/utility/NoDestructor.h"
 #include "moxui/backend/HostWidget.h"
-#include "quilloauth/AuthManager.h"
 #include "quillohostkit/media/MovieExport.h"
 #include "quillohostkit/process/Failure.h"
 #include "quillohostkit/process/OnMainThread.h"
-#include "quillohostkit/session/ExplainFailure.h"
-#include "quillohostkit/session/TellWaits.h"
 #include "quillohostkit/sharing/AssetTitle.h"
 #include "quillohostkit/sharing/HostStrings.h"
 #include "quillohostkit/sharing/PaletteTheme.h"
@@ -93,42 +90,6 @@ void Sharing::Remove(SharingClient& client) {
     if (!IsSharing()) LeaveShare();
 }
 
-bool Sharing::Connect() {
-    if (viewModel) return true;
-    if (!ConnectService()) return false;
-    viewModel = std::make_shared<quillomoxui::ShareForReviewViewModel>();
-    ConnectLibrary();
-    return true;
-}
-
-void Sharing::ConnectLibrary() {
-    ConnectStore(
-        *viewModel,
-        [this]() -> std::shared_ptr<SharedAsset const> {
-            return active ? active->shared : nullptr;
-        },
-        [tell = token.Guard([this](auto const& thrown) { TellException(thrown); })](
-            auto const& thrown) {
-            moxcore::threads::AsyncCallFromMainThread([=] { tell(thrown); }, 0);
-        });
-    viewModel->SetAssetProcessingMethod([](auto const&...) {});  // ExportWanted asks for it
-    viewModel->ObserveShares(token.WeakTo<quillomoxui::ShareEvents>(*this));
-    bindings.push_back(viewModel->CurrentViewIDNotifyingPropertyHost::BindValueChanged(
-        [this, wasOpen = false](auto view) mutable {
-            bool const isOpen = view != ShareForReviewViewID::None;
-            if (isOpen) isOpening = false;
-            // It may have been opened again before this was delivered.
-            if (std::exchange(wasOpen, isOpen) && !isOpen && !isOpening && !IsSharing())
-                LeaveShare();
-        }));
-    bindings.push_back(viewModel->UserNotifyingPropertyHost::BindValueChanged(
-        [this](auto const& user) { OnUserChanged(*user); }));
-    bindings.push_back(viewModel->SignInProgressNotifyingPropertyHost::BindValueChanged(
-        [this](auto const& signIn) { OnSignInChanged(signIn); }));
-    for (auto const& binding : TellWaits(*viewModel, [this](auto const& line) { Tell(line); }))
-        bindings.push_back(binding);
-}
-
 void Sharing::OpenFiles() {
     if (files) return;
     KeyLocks const locks(OwnDataFile("locks"));
@@ -166,24 +127,6 @@ bool Sharing::IsReady() {
         TellException(std::current_exception());
         return false;
     }
-}
-
-void Sharing::Resume() {
-    try {
-        if (isResuming || !Connect()) return;
-    } catch (...) {
-        return;  // reported when the user shares
-    }
-    if (!viewModel->GetUser()->GetID().IsNull()) return;
-    isResuming = true;
-    OnMainThread(quilloauth::jwt::GetAccessToken(), token, [this](auto const& kept) {
-        bool const isLate =
-            viewModel->GetSignInProgress().IsUnderWay() || viewModel->GetIsLoggedIn();
-        if (kept.GetException() || isLate)
-            isResuming = false;
-        else
-            viewModel->Login();  // with the token that there is
-    });
 }
 
 void Sharing::Open(SharingClient& client) {
@@ -347,44 +290,15 @@ void Sharing::Cancel() {
     viewModel->CancelShare();
 }
 
-void Sharing::SignIn() {
-    if (IsReady()) viewModel->Login();
-}
-
-void Sharing::SignOut() {
-    if (viewModel) viewModel->Logout();
-}
-
-void Sharing::OnUserChanged(quillomoxui::QuilloUser const& user) {
-    bool const isSignedIn = !user.GetID().IsNull();
-    userName = isSignedIn ? NameOf(user) : "";
-    if (isSignedIn && !std::exchange(isResuming, false)) Tell("Signed in as " + userName + ".");
-    Changed();
-}
-
-void Sharing::OnSignInChanged(quilloauth::SignInProgress const& signIn) {
-    bool const wasSigningIn = std::exchange(isSigningIn, signIn.IsUnderWay());
-    if (!wasSigningIn || signIn.IsUnderWay()) return;
-    if (signIn.stage != quilloauth::SignInStage::None) {
-        isResuming = false;
-        return;
-    }
-    // The message of a cancelled sign-in holds no longer.
-    if (viewModel->GetUser()->GetID().IsNull() && !viewModel->GetIsLoggedIn()) Tell("");
-}
-
-void Sharing::OnFailure(quillocommon::Failure const& failure) {
-    using quillocommon::Step;
-    bool const isSignIn = failure.step == Step::SignIn || failure.step == Step::ReadUser;
-    // Nobody has asked for it: the popup offers to sign in.
-    if (isSignIn && std::exchange(isResuming, false)) return;
-    Tell(ExplainFailure(failure));
+/// A client may remove itself or another one meanwhile.
+void Sharing::ForEachClient(std::function<void(SharingClient&)> const& call) {
+    auto const snapshot = clients;
+    for (auto* const client : snapshot)
+        if (std::find(clients.begin(), clients.end(), client) != clients.end()) call(*client);
 }
 
 void Sharing::Changed() {
-    auto const told = clients;
-    for (auto* const client : told)
-        if (std::find(clients.begin(), clients.end(), client) != clients.end()) client->OnChanged();
+    ForEachClient([](SharingClient& client) { client.OnChanged(); });
 }
 
 void Sharing::SetPhase(Phase newPhase) {
@@ -394,24 +308,11 @@ void Sharing::SetPhase(Phase newPhase) {
 
 void Sharing::Tell(std::string const& line) {
     if (clients.empty() && !line.empty()) qCWarning(logCategory, "%s", line.c_str());
-    auto const told = clients;
-    for (auto* const client : told)
-        if (std::find(clients.begin(), clients.end(), client) != clients.end())
-            client->OnMessage(line);
-}
-
-std::string Sharing::MessageOf(std::exception_ptr const& thrown) {
-    try {
-        std::rethrow_exception(thrown);
-    } catch (std::exception const& exception) {
-        return exception.what();
-    } catch (...) {
-        return "The host has failed for an unknown reason.";
-    }
+    ForEachClient([&](SharingClient& client) { client.OnMessage(line); });
 }
 
 void Sharing::TellException(std::exception_ptr const& thrown) {
-    Tell(MessageOf(thrown));
+    Tell(moxcore::config::ExtractMessageFromException(thrown));
 }
 
 /// The share has ended, and nobody looks at it.

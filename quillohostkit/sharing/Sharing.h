@@ -142,7 +142,7 @@ private:
     void Changed();
     void Tell(std::string const& line);
     void TellException(std::exception_ptr const& thrown);
-    [[nodiscard]] static std::string MessageOf(std::exception_ptr const& thrown);
+    void ForEachClient(std::function<void(SharingClient&)> const& call);
 
     std::vector<SharingClient*> clients;
     FailureInbox failures;
