@@ -1,5 +1,4 @@
 
-#include "quillomoxui/viewmodel/AssetDataKeys.h"
 #include "tests/quillomoxui/viewmodel/WorkflowTest.h"
 
 namespace quillomoxui {

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 #include <functional>
 #include <iterator>
 
@@ -13,24 +12,13 @@
 #include "service/base/File.h"
 #include "service/base/Text.h"
 #include "service/base/Uuid.h"
-#include "service/store/ChangeFeed.h"
-#include "service/store/DataDirectory.h"
-#include "service/store/SampleData.h"
-#include "service/store/Store.h"
 #include "service/uploads/Uploads.h"
-#include "tests/service/ApiClient.h"
-#include "tests/service/TempDirectory.h"
-#include "tests/service/TestStore.h"
+#include "tests/service/uploads/UploadsFixture.h"
 
 namespace quilloservice {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string ReadFile(std::string const& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The status of the ApiError that `call` throws; 0 if it throws none.
 int RefusalOf(std::function<void()> const& call) {
@@ -42,31 +30,12 @@ int RefusalOf(std::function<void()> const& call) {
     }
 }
 
-class JoinTest : public testing::Test {
+class JoinTest : public UploadsFixture {
 protected:
     struct Stretch {
         std::int64_t offset;
         std::int64_t length;
     };
-
-    JoinTest() {
-        MakeSampleData(store, SampleSize::Small);
-        Restart();
-        folder = store.Read([&](Database& database) {
-            Statement row = database.Query(
-                "SELECT id FROM nodes JOIN memberships ON memberships.account = nodes.account "
-                "WHERE kind = 'folder' AND user = ? ORDER BY seq LIMIT 1",
-                user);
-            row.Next();
-            return row.Id<FolderId>(0);
-        });
-    }
-
-    void Restart() {
-        uploads = std::make_unique<Uploads>(
-            directory, store, changes, [this] { return now; }, [this] { return freeBytes; });
-        uploads->Recover();
-    }
 
     UploadId CreatePart(Stretch const& stretch, std::optional<WholeId> const& ofWhole,
                         std::int64_t wholeLength) {
@@ -114,29 +83,12 @@ protected:
             expected.empty() ? std::nullopt : std::optional(ToHex(Sha256(expected))));
     }
 
-    std::string Movie(UploadId const& id) {
-        return ReadFile(directory.MoviePath(uploads->Asset(user, id).id));
-    }
-
-    std::int64_t Offset(UploadId const& id) { return uploads->Get(user, id).confirmed; }
-
     std::size_t FilesLeft() {
         return static_cast<std::size_t>(
             std::distance(fs::directory_iterator(temp.GetPath() + "/uploads"), {}));
     }
 
-    test::TempDirectory temp;
-    DataDirectory directory{temp.GetPath()};
-    std::unique_ptr<Store> const engine = test::OpenStore(temp.GetPath());
-    Store& store = *engine;
-    ChangeFeed changes{store};
-    std::int64_t now = 1'000'000;
-    std::int64_t freeBytes = Uploads::kMaxBytes;
-    UserId user = SampleUserId();
-    FolderId folder;
-    std::unique_ptr<Uploads> uploads;
     WholeId const whole{NewUuid()};
-    std::string const content = test::Noise(1'000'000);
 };
 
 TEST_F(JoinTest, PutsPartsTogether) {

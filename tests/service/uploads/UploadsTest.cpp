@@ -9,15 +9,9 @@
 #include "service/base/ApiError.h"
 #include "service/base/Text.h"
 #include "service/base/Uuid.h"
-#include "service/store/ChangeFeed.h"
-#include "service/store/DataDirectory.h"
 #include "service/store/Nodes.h"
 #include "service/store/ReviewLinks.h"
-#include "service/store/SampleData.h"
-#include "service/store/Store.h"
-#include "tests/service/ApiClient.h"
-#include "tests/service/TempDirectory.h"
-#include "tests/service/TestStore.h"
+#include "tests/service/uploads/UploadsFixture.h"
 
 namespace quilloservice {
 namespace {
@@ -41,35 +35,8 @@ void TakeInPieces(UploadAppend& append, std::string_view bytes) {
     }
 }
 
-std::string ReadFile(std::string const& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-class UploadsTest : public testing::Test {
+class UploadsTest : public UploadsFixture {
 protected:
-    UploadsTest() {
-        MakeSampleData(store, SampleSize::Small);
-        Restart();
-        store.Read([&](Database& database) {
-            Statement row = database.Query(
-                "SELECT id FROM nodes JOIN memberships ON memberships.account = nodes.account "
-                "WHERE kind = 'folder' AND user = ? ORDER BY seq LIMIT 2",
-                user);
-            row.Next();
-            folder = row.Id<FolderId>(0);
-            row.Next();
-            otherFolder = row.Id<FolderId>(0);
-        });
-    }
-
-    /// Discards all state in memory, like a restart of the process.
-    void Restart() {
-        uploads = std::make_unique<Uploads>(
-            directory, store, changes, [this] { return now; }, [this] { return freeBytes; });
-        uploads->Recover();
-    }
-
     UploadId Create(std::size_t length, std::optional<StackId> const& stack = {},
                     std::optional<FolderId> const& into = {}) {
         NewUpload request{.name = "movie.mp4",
@@ -101,28 +68,9 @@ protected:
         }
     }
 
-    std::int64_t Offset(UploadId const& id) { return uploads->Get(user, id).confirmed; }
-
-    std::string Movie(UploadId const& id) {
-        return ReadFile(directory.MoviePath(uploads->Asset(user, id).id));
-    }
-
     std::vector<Node> Children(FolderId const& parent) {
         return store.Read([&](Database& database) { return ChildrenOf(database, parent); });
     }
-
-    test::TempDirectory temp;
-    DataDirectory directory{temp.GetPath()};
-    std::unique_ptr<Store> const engine = test::OpenStore(temp.GetPath());
-    Store& store = *engine;
-    ChangeFeed changes{store};
-    std::int64_t now = 1'000'000;
-    std::int64_t freeBytes = Uploads::kMaxBytes;
-    UserId user = SampleUserId();
-    FolderId folder;
-    FolderId otherFolder;
-    std::unique_ptr<Uploads> uploads;
-    std::string const content = Noise(1'000'000);
 };
 
 TEST_F(UploadsTest, PublishesAMovieSentInSeveralRequests) {
