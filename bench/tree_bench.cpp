@@ -22,6 +22,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/Playback.h"
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "quillocommon/ServiceAddress.h"
@@ -37,79 +38,11 @@ namespace {
 
 using namespace quillomoxui;
 using Sdk = model::QuilloCppSdkIntegration;
-using quillosdk::HttpRequest;
-using quillosdk::HttpResponse;
-using Answer = moxcore::async::Future<std::shared_ptr<HttpResponse>>;
-
-constexpr char kLocations[] = "/v1/";
-
-/// An answer of the service, and the URL that it answers.
-struct Recorded {
-    std::string url;
-    std::string body;
-};
-
-/// Answers in the order in which they were asked for.
-using Recording = std::vector<Recorded>;
-
-/// Passes requests on and keeps the answers.
-class Recorder : public quillosdk::Transport {
-public:
-    Recorder(std::shared_ptr<quillosdk::Transport> real, Recording& recording)
-        : real(std::move(real)), recording(recording) {}
-
-    Answer Send(HttpRequest request) override {
-        auto answer = real->Send(request);
-        answer.Wait();
-        if (answer.Get()->status == 200 && request.url.find(kLocations) != std::string::npos)
-            recording.push_back({request.url, answer.Get()->body});
-        return answer;
-    }
-
-private:
-    std::shared_ptr<quillosdk::Transport> real;
-    Recording& recording;
-};
-
-void Require(bool holds, char const* what) {
-    if (holds) return;
-    std::fprintf(stderr, "tree_bench: %s\n", what);
-    std::exit(1);
-}
-
-/// Answers from memory what was recorded, in the same order, with a limit that lets everything
-/// through. The answers are laid out beforehand: what a transport does is no part of what is
-/// measured.
-class Player : public quillosdk::Transport {
-public:
-    explicit Player(Recording const& recording) : recording(recording) {}
-
-    /// Lays out the answers anew, from the first on.
-    void Rewind() {
-        next = 0;
-        answers.clear();
-        for (auto const& recorded : recording) {
-            auto response = std::make_shared<HttpResponse>();
-            response->status = 200;
-            response->headers = {{"X-RATELIMIT-LIMIT", "1000000"}, {"X-RATELIMIT-WINDOW", "1000"}};
-            response->body.reserve(recorded.body.size() + simdjson::SIMDJSON_PADDING);
-            response->body = recorded.body;
-            moxcore::async::Promise<std::shared_ptr<HttpResponse>> promise;
-            promise.SetValue(std::move(response));
-            answers.push_back(promise.GetFuture());
-        }
-    }
-
-    Answer Send(HttpRequest request) override {
-        Require(recording.at(next).url == request.url, "asked for something else this time");
-        return std::move(answers[next++]);
-    }
-
-private:
-    Recording const& recording;
-    std::vector<Answer> answers;
-    std::size_t next = 0;
-};
+using bench::Player;
+using bench::Recorded;
+using bench::Recorder;
+using bench::Recording;
+using bench::Require;
 
 /// Collects the root folders below `node`.
 void CollectRootFolders(std::shared_ptr<QuilloNode> const& node,

@@ -1,102 +1,18 @@
-#include "moxui/controls/UI_MultiColumnTree.h"
-
 #include <gmock/gmock.h>
 
 #include <QAbstractItemView>
 #include <QAccessible>
-#include <QScrollBar>
 #include <QTest>
-#include <map>
 
-#include "moxcore/string/Conversions.h"
-#include "moxui/drawbot/Drawbot.h"
-#include "support/Seen.h"
-#include "support/TestWindow.h"
+#include "platform/moxui/MultiColumnTreeFixture.h"
 
 namespace moxui::controls {
 namespace {
 
-using moxcore::string::AsciiToUTF16;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using testsupport::RunEvents;
-using testsupport::TestWindow;
-using testsupport::WidgetOf;
-using Row = UI_MultiColumnTree::RowPtr;
-
-class MultiColumnTreeTest : public ::testing::Test {
-protected:
-    MultiColumnTreeTest() {
-        tree->SetSingleSelection(true);
-        tree->SetEmptySelectionSupported(false);
-        tree->SetRowNameFunction([this](Row const& row) { return AsciiToUTF16(names[row]); });
-        tree->SetRowsSelectionChangedFunction([this](std::vector<Row> const& rows) {
-            for (auto const& row : rows)
-                heard += "select " + names[row] + "; ";
-        });
-        tree->SetRowDisclosureChangedFunction([this](Row const& row, bool open) {
-            heard += (open ? "open " : "close ") + names[row] + "; ";
-        });
-        tree->SetDrawCellFunction([this](drawbot::Drawbot* drawbot, Row const& row, int column,
-                                         moxcore::geom::RectT<float> const& cell) {
-            EXPECT_NE(drawbot->GetSurface(), nullptr);
-            EXPECT_EQ(column, 0);
-            cells[names[row]] = cell;
-        });
-        window.Add(tree, {0, 0, 300, 200});
-    }
-
-    Row Add(Row const& parent, std::string const& name, bool open = false) {
-        auto const row = tree->CreateAndAppendRow(parent, true, open);
-        names[row] = name;
-        return row;
-    }
-    /// Assets > (ant > (bee, cat > cow), dog, <count> more); Assets is open.
-    void Fill(int count = 0) {
-        assets = Add(nullptr, "Assets", true);
-        ant = Add(assets, "ant");
-        bee = Add(ant, "bee");
-        cat = Add(ant, "cat");
-        cow = Add(cat, "cow");
-        dog = Add(assets, "dog");
-        for (int i = 0; i < count; ++i)
-            Add(assets, "more" + std::to_string(i));
-        tree->LayoutAfterAppendRow(assets, true);
-        tree->UI_SetFocus();
-        RunEvents();
-    }
-    QAbstractItemView& View() { return static_cast<QAbstractItemView&>(WidgetOf(*tree)); }
-    void Key(Qt::Key key) {
-        QTest::keyClick(&View(), key);
-        RunEvents();
-    }
-    /// The names of the rows that are drawn, from the top.
-    std::vector<std::string> Drawn() {
-        cells.clear();
-        RunEvents();
-        static_cast<void>(testsupport::PictureOf(View()));
-        std::vector<std::string> drawn;
-        for (auto const& [name, cell] : cells)
-            drawn.push_back(name);
-        std::sort(drawn.begin(), drawn.end(),
-                  [this](auto const& a, auto const& b) { return cells[a].y < cells[b].y; });
-        return drawn;
-    }
-    std::string Selected() {
-        std::string selected;
-        for (auto const& row : tree->GetSelectedRows())
-            selected += names[row];
-        return selected;
-    }
-    std::string Heard() { return std::exchange(heard, {}); }
-
-    TestWindow window;
-    boost::intrusive_ptr<UI_MultiColumnTree> tree{new UI_MultiColumnTree(1)};
-    std::map<Row, std::string> names;
-    std::map<std::string, moxcore::geom::RectT<float>> cells;
-    std::string heard;
-    Row assets, ant, bee, cat, cow, dog;
-};
+using MultiColumnTreeTest = MultiColumnTreeFixture;
 
 TEST_F(MultiColumnTreeTest, ShowsWhatIsOpenIndentedAndKnowsWhoseChildIsWhose) {
     Fill();
@@ -314,64 +230,6 @@ TEST_F(MultiColumnTreeTest, AScreenReaderHearsNamesLevelsAndStates) {
     tree->OpenRow(ant);
     EXPECT_TRUE(rowNamed("ant")->state().expanded);
     EXPECT_FALSE(rowNamed("dog")->state().expandable);
-}
-
-TEST_F(MultiColumnTreeTest, IsMirroredWhereTheLayoutGoesFromRightToLeft) {
-    auto const picture = testsupport::ToolkitPicture("QuilloFolder_Sm");
-    UI_PictureSupplyMessage message;
-    (*picture)(&message);
-    drawbot::ColorRGBA const red{1, 0, 0, 1};
-    using Rect = moxcore::geom::RectT<float>;
-    std::function<void(drawbot::Drawbot&, Rect const&)> const draws[] = {
-        [&](auto& bot, auto& cell) {
-            bot.GetSurface()->PaintRect(red, {cell.x, cell.y, 40, 9});
-        },
-        [&](auto& bot, auto& cell) {
-            auto const path = bot.GetSupplier()->NewPath();
-            path->AddRect({cell.x + 5, cell.y, 40, 9});
-            bot.GetSurface()->FillPath(red, *path);
-        },
-        [&](auto& bot, auto& cell) {
-            bot.GetSurface()->DrawImage(*message.GetPicture(), {cell.x, cell.y}, 1);
-        },
-        [&](auto& bot, auto& cell) {
-            auto const font = bot.GetSupplier()->NewFont("", 12, "");
-            bot.GetSurface()->DrawString(red, *font, AsciiToUTF16("HHHH"), {cell.x, cell.y + 12});
-        },
-        [&](auto& bot, auto& cell) {
-            bot.GetSurface()->PushClip({cell.x, cell.y, 30, 30});
-            bot.GetSurface()->PaintRect(red, {cell.x - 20, cell.y, 90, 9});
-            bot.GetSurface()->PopClip();
-        },
-    };
-    Add(nullptr, "leaf");
-    for (auto const& draw : draws) {
-        tree->SetDrawCellFunction(
-            [&](drawbot::Drawbot* bot, Row const&, int, Rect const& cell) { draw(*bot, cell); });
-        QRect inks[2];
-        for (auto const direction : {Qt::LeftToRight, Qt::RightToLeft}) {
-            View().setLayoutDirection(direction);
-            RunEvents();
-            inks[direction] = testsupport::InkOf(testsupport::PictureOf(View()));
-        }
-        EXPECT_LT(inks[Qt::LeftToRight].right(), 100);
-        EXPECT_EQ(inks[Qt::RightToLeft].size(), inks[Qt::LeftToRight].size());
-        EXPECT_NEAR(inks[Qt::RightToLeft].right(), 299 - inks[Qt::LeftToRight].left(), 2);
-    }
-}
-
-TEST_F(MultiColumnTreeTest, IsWorkedInItsDirection) {
-    Fill();
-    View().setLayoutDirection(Qt::RightToLeft);
-    Key(Qt::Key_Home);
-    Key(Qt::Key_Down);
-    Heard();
-    Key(Qt::Key_Left);
-    Key(Qt::Key_Right);
-    auto const row = View().visualRect(View().currentIndex());
-    // Rows begin at the right: the arrow of a row of the second level is the second one from there.
-    QTest::mouseClick(View().viewport(), Qt::LeftButton, {}, QPoint(300 - 24, row.center().y()));
-    EXPECT_EQ(Heard(), "open ant; close ant; open ant; ");
 }
 
 TEST_F(MultiColumnTreeTest, IsDrawnAnewWhenItIsToldToBe) {
