@@ -6,8 +6,8 @@ set(QUILLO_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/quillomoxui")
 
 # quillo_install_component(NAME TARGETS ... [COMPONENTS ...] [PACKAGES ...] [PC_REQUIRES ...])
 #
-# Installs shared libraries as the component NAME of the CMake package quillomoxui, and as NAME.pc. TARGETS come in the
-# order in which a linker takes them. What the component stands on: COMPONENTS of this package, PACKAGES as find_package
+# Installs shared libraries as the component NAME of the CMake package quillomoxui, and in a .pc file with the name of the
+# first. TARGETS come in the order in which a linker takes them. What the component stands on: COMPONENTS of this package, PACKAGES as find_package
 # takes them ("Qt6 COMPONENTS Widgets"), PC_REQUIRES as pkg-config takes them.
 function(quillo_install_component name)
   cmake_parse_arguments(ARG "" "" "TARGETS;COMPONENTS;PACKAGES;PC_REQUIRES" ${ARGN})
@@ -38,12 +38,13 @@ function(quillo_install_component name)
   endif()
   cmake_path(APPEND libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
   cmake_path(APPEND includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
+  list(GET ARG_TARGETS 0 pc)
   list(TRANSFORM ARG_TARGETS PREPEND "-l" OUTPUT_VARIABLE libs)
   list(JOIN libs " " libs)
   set(requires ${ARG_COMPONENTS} ${ARG_PC_REQUIRES})
   list(JOIN requires ", " requires)
-  configure_file("${PROJECT_SOURCE_DIR}/cmake/component.pc.in" ${name}.pc @ONLY)
-  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/${name}.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/component.pc.in" ${pc}.pc @ONLY)
+  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
           COMPONENT Development)
 endfunction()
 

@@ -28,7 +28,7 @@ class Consumers(InstalledTest):
     def build(self, build, *settings):
         configured = self.configure(build, *settings)
         self.assertEqual(configured.returncode, 0, configured.stdout)
-        run("cmake", "--build", build, "--target", "consumer")
+        run("cmake", "--build", build, "--target", "consumer", "minimal")
         return build / "consumer"
 
     def check_share(self, program):
@@ -48,12 +48,16 @@ class Consumers(InstalledTest):
         self.check_share(self.build(self.work / "find_package", f"-DCMAKE_PREFIX_PATH={self.prefix}"))
 
     def test_pkg_config(self):
-        flags = run("pkg-config", "--cflags", "--libs", "quillomoxui", env=os.environ | {
-            "PKG_CONFIG_PATH": str(self.prefix / "lib/pkgconfig")})
-        program = self.work / "pkg_config_consumer"
-        run(cached("CMAKE_CXX_COMPILER"), CONSUMER / "main.cpp", "-o", program,
-            *shlex.split(flags), f"-Wl,-rpath,{self.prefix / 'lib'}")
-        self.check_share(program)
+        def compiled(package, source):
+            flags = run("pkg-config", "--cflags", "--libs", package, env=os.environ | {
+                "PKG_CONFIG_PATH": str(self.prefix / "lib/pkgconfig")})
+            program = self.work / f"pkg_config_{package}"
+            run(cached("CMAKE_CXX_COMPILER"), "-fPIC", source, "-o", program,
+                *shlex.split(flags), f"-Wl,-rpath,{self.prefix / 'lib'}")
+            return program
+
+        self.check_share(compiled("quillomoxui", CONSUMER / "main.cpp"))
+        compiled("quillohostkit", SOURCE / "examples/minimal/main.cpp")
 
     def test_add_subdirectory(self):
         # Beside the build that is under test, with its flags: to ccache the library is compiled already.
@@ -64,7 +68,7 @@ class Consumers(InstalledTest):
 
     def test_a_component_that_is_not_installed(self):
         configured = self.configure(self.work / "no_component", f"-DCMAKE_PREFIX_PATH={self.prefix}",
-                                    "-DQUILLO_COMPONENT=no-such-part")
+                                    "-DQUILLO_COMPONENTS=no-such-part")
         self.assertNotEqual(configured.returncode, 0)
         self.assertIn("no-such-part", configured.stdout)
 

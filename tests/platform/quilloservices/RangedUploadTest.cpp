@@ -161,10 +161,7 @@ TEST_F(RangedUploadTest, WeathersWhatItCan) {
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(row.name);
-        tus = FakeTus();
-        tus.events = row.events;
-        progress.clear();
-        waits.clear();
+        SetWeather(row.events);
         std::set<std::string> keys;
         std::size_t pieces = 0;
         tus.onRequest = [&](HttpRequest const& request) {
@@ -210,8 +207,7 @@ TEST_F(RangedUploadTest, EndsWithItsPartsWhereItMust) {
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(row.name);
-        tus = FakeTus();
-        tus.events = row.events;
+        SetWeather(row.events);
         auto const future = Upload(path);
         EXPECT_EQ(ExtractResultFromException(future.GetException()), row.result);
         if (row.result == 0) {

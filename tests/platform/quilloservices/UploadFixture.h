@@ -52,6 +52,14 @@ protected:
 
     using Future = moxcore::async::Future<std::shared_ptr<quillosdk::UploadResponse>>;
 
+    /// A service that has seen nothing yet, in this weather; nothing is noted yet.
+    void SetWeather(std::deque<FakeTus::Event> events) {
+        tus = FakeTus();
+        tus.events = std::move(events);
+        progress.clear();
+        waits.clear();
+    }
+
     /// Begins to upload the file at `path`.
     Future Begin(std::filesystem::path const& path, quillocommon::Guid const& stack = {}) {
         quillosdk::UploadRequest request(
@@ -79,7 +87,7 @@ protected:
     quillocommon::Guid const folderID{std::string_view("11111111-2222-3333-4444-555555555555")};
     quillocommon::Guid uploadID;
     std::vector<std::pair<std::uint64_t, std::uint64_t>> progress;
-    std::vector<bool> waits;  // those told, each with its end
+    std::vector<bool> waits;  // each with its end
 };
 
 }  // namespace testsupport

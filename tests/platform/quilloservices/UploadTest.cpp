@@ -94,7 +94,7 @@ TEST_F(UploadTest, WeathersWhatItCan) {
         char const* name;
         std::deque<FakeTus::Event> events;
         std::size_t creations = 1;  // of different uploads
-        std::size_t waits = 0;      // that somebody hears of
+        std::size_t waits = 0;      // that are reported
     };
     using enum Weather;
     Row const rows[] = {
@@ -131,10 +131,7 @@ TEST_F(UploadTest, WeathersWhatItCan) {
     auto const path = directory.Write("m", movie);
     for (auto const& row : rows) {
         SCOPED_TRACE(row.name);
-        tus = FakeTus();
-        tus.events = row.events;
-        progress.clear();
-        waits.clear();
+        SetWeather(row.events);
         std::set<std::string> keys;
         tus.onRequest = [&](HttpRequest const& request) {
             if (request.method == "POST") keys.insert(HeaderOf(request, "Idempotency-Key"));
@@ -213,9 +210,7 @@ TEST_F(UploadTest, FailsWithAReasonWhereItMust) {
     std::size_t told = 0;
     for (auto const& row : rows) {
         SCOPED_TRACE(row.name);
-        tus = FakeTus();
-        tus.events = row.events;
-        progress.clear();
+        SetWeather(row.events);
         auto const future = Upload(path);
         EXPECT_EQ(ExtractResultFromException(future.GetException()), row.result);
         if (row.result == 0) {
