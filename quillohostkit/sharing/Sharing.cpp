@@ -244,6 +244,10 @@ bool Sharing::IsSharing() const {
     return phase != Phase::Idle || (viewModel && viewModel->IsShareUnderWay());
 }
 
+bool Sharing::CanCancel() const {
+    return phase == Phase::Linking || phase == Phase::Exporting || phase == Phase::Uploading;
+}
+
 void Sharing::WithLocks(std::function<void()> const& then) {
     files->shareLocks.Take(active->shared->LockKeys(viewModel->GetOutputFileName()), then);
 }
@@ -255,8 +259,7 @@ Sharing::Status Sharing::GetStatus(SharingClient const& client) const {
                   .progress = progress,
                   .link = {},
                   .version = 0,
-                  .canCancel = phase == Phase::Linking || phase == Phase::Exporting ||
-                               phase == Phase::Uploading,
+                  .canCancel = CanCancel(),
                   .canShareAgain = false};
     if (!active || active->client != &client) return status;
     if (!active->shared->Stored(assetdata::kUploadedAssetGuid).empty()) {
@@ -285,9 +288,7 @@ void Sharing::SetDefaultDestination(std::optional<ChosenLocation> const& locatio
 }
 
 void Sharing::Cancel() {
-    if (phase != Phase::Linking && phase != Phase::Exporting && phase != Phase::Uploading) return;
-    run.reset();
-    viewModel->CancelShare();
+    if (CanCancel()) viewModel->CancelShare();  // which ends the export as well
 }
 
 /// A client may remove itself or another one meanwhile.

@@ -142,6 +142,7 @@ private:
     void Changed();
     void Tell(std::string const& line);
     void TellException(std::exception_ptr const& thrown);
+    [[nodiscard]] bool CanCancel() const;
     void ForEachClient(std::function<void(SharingClient&)> const& call);
 
     std::vector<SharingClient*> clients;
