@@ -108,7 +108,7 @@ TEST_F(WrongHostTest, CancelsAndNobodyWaitsForTheExporter) {
     button->GetController()->Cancel();
     Until([this] { return State().phase() == ShareState::Phase::Idle; });
     EXPECT_THAT(State().message().toStdString(), HasSubstr("was cancelled"));
-    Until([this] { return Exports().empty(); });  // once the exporter has seen that it is cancelled
+    Until([] { return Exports().empty(); });  // once the exporter has seen that it is cancelled
     EXPECT_TRUE(gate->hasSeenCancel);
 }
 
