@@ -1,9 +1,12 @@
 #include "service/Options.h"
 
+#include <algorithm>
 #include <charconv>
 #include <functional>
+#include <iterator>
 #include <map>
 
+#include "service/ConfigFile.h"
 #include "service/base/Text.h"
 
 namespace quilloservice {
@@ -28,6 +31,13 @@ usage: quillo-service --data DIR [options]
   --allow-origin ORIGIN      let the pages of ORIGIN use the service from a browser (CORS)
   --limit N/SECONDS          at most N requests of each kind in SECONDS, instead of the kinds' own limits
   --stop-with-stdin          stop when standard input reaches its end
+  --log requests|failures    what is written to standard error: a line of JSON for each request, or
+                             only what failed (failures)
+  --drain SECONDS            on SIGTERM take no new connections, and wait for the requests that are
+                             running, but so long at most (0); a second signal stops at once
+  --config FILE              options, one in a line: "name = value", the name without the dashes, "yes"
+                             for those without a value; "#" begins a comment. The command line and
+                             QUILLO_DATABASE override the file
   --help                     print this
 
 faults, for tests of clients:
@@ -105,46 +115,120 @@ double ParseRate(std::string const& text) {
     return rate;
 }
 
-}  // namespace
+bool ParseLog(std::string const& text) {
+    if (text == "requests") return true;
+    if (text == "failures") return false;
+    throw UsageError("--log takes requests or failures, not \"" + text + "\"");
+}
 
-Options ParseOptions(std::vector<std::string> const& arguments, char const* database) {
-    Options options;
-    if (database != nullptr && *database != '\0') options.database = ParseDatabase(database);
-    std::map<std::string, std::function<void()>> const switches = {
-        {"--help", [&] { options.help = true; }},
-        {"--trust-local-user", [&] { options.trustLocalUser = true; }},
-        {"--stop-with-stdin", [&] { options.stopWithStdin = true; }},
+bool ParseSwitch(std::string const& option, std::string const& text) {
+    if (text == "yes") return true;
+    if (text == "no") return false;
+    throw UsageError(option + " takes yes or no, not \"" + text + "\"");
+}
+
+bool HasPassword(std::string const& database) {
+    std::size_t const user = database.find("//") + 2;
+    std::size_t const end = database.find('@', user);
+    std::size_t const colon = database.find(':', user);
+    return (end != std::string::npos && colon < end) ||
+           database.find("password=") != std::string::npos;
+}
+
+/// Sets options by their names, dashes included.
+class OptionSetter {
+public:
+    explicit OptionSetter(Options& options) : options(options) {}
+
+    /// The switch of this name; null if there is none.
+    [[nodiscard]] bool* FindSwitch(std::string const& name) const {
+        auto const found = switches.find(name);
+        return found == switches.end() ? nullptr : found->second;
+    }
+
+    [[nodiscard]] bool TakesValue(std::string const& name) const { return values.contains(name); }
+    void Set(std::string const& name, std::string const& value) const { values.at(name)(value); }
+
+private:
+    Options& options;
+
+    std::map<std::string, bool*> const switches = {
+        {"--help", &options.help},
+        {"--trust-local-user", &options.trustLocalUser},
+        {"--stop-with-stdin", &options.stopWithStdin},
     };
+
     std::map<std::string, std::function<void(std::string const&)>> const values = {
-        {"--data", [&](auto& text) { options.dataDirectory = text; }},
-        {"--database", [&](auto& text) { options.database = ParseDatabase(text); }},
-        {"--host", [&](auto& text) { options.host = text; }},
+        {"--data", [this](auto& text) { options.dataDirectory = text; }},
+        {"--database", [this](auto& text) { options.database = ParseDatabase(text); }},
+        {"--host", [this](auto& text) { options.host = text; }},
         {"--port",
-         [&](auto& text) { options.port = static_cast<int>(NumberIn("--port", text, 0, 65535)); }},
-        {"--allow-origin", [&](auto& text) { options.allowOrigin = ParseOrigin(text); }},
-        {"--sample", [&](auto& text) { options.sample = ParseSample(text); }},
-        {"--limit", [&](auto& text) { options.limit = ParseLimit(text); }},
+         [this](auto& text) {
+             options.port = static_cast<int>(NumberIn("--port", text, 0, 65535));
+         }},
+        {"--log", [this](auto& text) { options.logRequests = ParseLog(text); }},
+        {"--drain",
+         [this](auto& text) {
+             options.drain = std::chrono::seconds(NumberIn("--drain", text, 0, 86'400));
+         }},
+        {"--allow-origin", [this](auto& text) { options.allowOrigin = ParseOrigin(text); }},
+        {"--sample", [this](auto& text) { options.sample = ParseSample(text); }},
+        {"--limit", [this](auto& text) { options.limit = ParseLimit(text); }},
         {"--latency",
-         [&](auto& text) {
+         [this](auto& text) {
              options.faults.latency =
                  std::chrono::milliseconds(NumberIn("--latency", text, 0, 600'000));
          }},
-        {"--fail", [&](auto& text) { options.faults.failRate = ParseRate(text); }},
+        {"--fail", [this](auto& text) { options.faults.failRate = ParseRate(text); }},
         {"--drop-upload-after",
-         [&](auto& text) {
+         [this](auto& text) {
              options.faults.dropUploadAfterBytes =
                  NumberIn("--drop-upload-after", text, 1, std::int64_t{1} << 40);
          }},
     };
+};
+
+void ApplyConfigFile(std::string const& path, OptionSetter const& setter, Options const& options) {
+    for (ConfigEntry const& entry : ReadConfigFile(path)) {
+        std::string const option = "--" + entry.name;
+        try {
+            if (bool* const flag = setter.FindSwitch(option)) {
+                *flag = ParseSwitch(option, entry.value);
+            } else if (setter.TakesValue(option)) {
+                setter.Set(option, entry.value);
+            } else {
+                throw UsageError("unknown option \"" + entry.name + "\"");
+            }
+        } catch (UsageError const& error) {
+            throw UsageError(path + ", line " + std::to_string(entry.line) + ": " + error.what());
+        }
+    }
+    if (HasPassword(options.database)) CheckIsPrivate(path);
+}
+
+/// The value of the last --config; nothing if there is none.
+std::optional<std::string> FindConfigFile(std::vector<std::string> const& arguments) {
+    auto const found = std::find(arguments.rbegin(), arguments.rend(), "--config");
+    if (found == arguments.rend() || found == arguments.rbegin()) return std::nullopt;
+    return *std::prev(found);
+}
+
+}  // namespace
+
+Options ParseOptions(std::vector<std::string> const& arguments, char const* database) {
+    Options options;
+    OptionSetter const setter(options);
+    if (auto const config = FindConfigFile(arguments)) ApplyConfigFile(*config, setter, options);
+    if (database != nullptr && *database != '\0') options.database = ParseDatabase(database);
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         std::string const& argument = arguments[i];
         if (i == 0 && argument == "migrate") {
             options.migrate = true;
-        } else if (auto found = switches.find(argument); found != switches.end()) {
-            found->second();
-        } else if (auto option = values.find(argument); option != values.end()) {
+        } else if (bool* const flag = setter.FindSwitch(argument)) {
+            *flag = true;
+        } else if (setter.TakesValue(argument) || argument == "--config") {
             if (++i == arguments.size()) throw UsageError(argument + " needs a value after it");
-            option->second(arguments[i]);
+            if (argument != "--config") setter.Set(argument, arguments[i]);
         } else {
             // Up to a "=": what follows may be a secret.
             throw UsageError("unknown argument \"" + argument.substr(0, argument.find('=')) +

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -12,7 +13,7 @@
 
 namespace quilloservice {
 
-/// The options of the command line.
+/// The options of the command line and the configuration file.
 struct Options {
     std::string dataDirectory;
     std::string database;  ///< address of a PostgreSQL database; empty: SQLite in dataDirectory
@@ -22,8 +23,10 @@ struct Options {
     SampleSize sample = SampleSize::Small;
     bool trustLocalUser = false;
     bool stopWithStdin = false;
-    std::string allowOrigin;  ///< origin of pages that may use the API; empty: none
-    http::Limits http{};      ///< `connections` is replaced, by the system's limit of descriptors
+    bool logRequests = false;      ///< a line of JSON on standard error for each request
+    std::chrono::seconds drain{};  ///< how long a stop waits for running requests
+    std::string allowOrigin;       ///< origin of pages that may use the API; empty: none
+    http::Limits http{};  ///< `connections` is replaced, by the system's limit of descriptors
     std::optional<RateLimit> limit;
     FaultOptions faults;
     bool help = false;
@@ -35,8 +38,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Parses the arguments after the program's name. `database`: the default of --database, from the
-/// environment; may be null. Throws UsageError.
+/// Parses the arguments after the program's name. They override `database`, the environment's
+/// default of --database, which may be null; that overrides the file of --config. Throws
+/// UsageError.
 Options ParseOptions(std::vector<std::string> const& arguments, char const* database = nullptr);
 
 /// The output of --help.

@@ -2,6 +2,7 @@
 
 #include <sys/resource.h>
 
+#include <cstdio>
 #include <optional>
 #include <stdexcept>
 
@@ -11,6 +12,8 @@
 #include "service/oauth/AuthorizationCodes.h"
 #include "service/oauth/LocalUserSecret.h"
 #include "service/oauth/Sessions.h"
+#include "service/operations/Metrics.h"
+#include "service/operations/RequestLog.h"
 #include "service/routes/Api.h"
 #include "service/routes/EventStreams.h"
 #include "service/routes/Routes.h"
@@ -58,6 +61,10 @@ std::string AddressOf(std::string const& host, int port) {
     return "http://" + (bracketed ? "[" + host + "]" : host) + ":" + std::to_string(port);
 }
 
+void WriteToStandardError(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
 std::unique_ptr<Store> OpenStore(DataDirectory const& directory, Options const& options) {
     if (options.database.empty()) return std::make_unique<SqliteStore>(directory.GetStorePath());
     return std::make_unique<PostgresqlStore>(options.database);
@@ -77,7 +84,13 @@ struct Service::Parts {
           uploads(directory, store, changes, SystemTime),
           links(store, SystemTime),
           events(changes, sessions),
-          api(sessions, {options.limit, options.faults.failRate, options.allowOrigin}),
+          log(options.logRequests ? std::make_unique<RequestLog>(WriteToStandardError) : nullptr),
+          api(sessions, {options.limit, options.faults.failRate, options.allowOrigin,
+                         /*isStoreRemote=*/!options.database.empty(),
+                         [this](auto const& exchange, auto const& outcome) {
+                             metrics.Count(exchange, outcome);
+                             if (log) log->Add(exchange, outcome);
+                         }}),
           server(api, HttpLimits(options)) {
         MakeSampleData(store, options.sample);
         uploads.Recover();
@@ -93,6 +106,10 @@ struct Service::Parts {
         AddUploadRoutes(api, uploads, options.faults);
         AddLinkRoutes(api, links, address);
         AddReviewerRoutes(api, links, directory);
+        AddOperationRoutes(api, store, metrics, [this] {
+            return Metrics::Gauges{.connections = server.CountConnections(),
+                                   .freeBytes = directory.FreeBytes()};
+        });
     }
 
     DataDirectory directory;
@@ -105,6 +122,8 @@ struct Service::Parts {
     Uploads uploads;
     ReviewLinks links;
     EventStreams events;
+    Metrics metrics;
+    std::unique_ptr<RequestLog> const log;  // null: requests are not logged
     Api api;
     http::Server server;
     int port = 0;
@@ -126,6 +145,10 @@ int Service::GetPort() const {
 
 void Service::Run() {
     parts->server.Run();
+}
+
+void Service::Drain() {
+    parts->server.Drain();
 }
 
 void Service::Stop() {

@@ -22,6 +22,10 @@ public:
     /// Serves requests until `Stop`. Call once.
     void Run();
 
+    /// Makes `Run` return once the requests have ended that are being received or served; takes no
+    /// new connections. Any thread, during `Run`.
+    void Drain();
+
     /// Makes `Run` return after the running requests. Any thread.
     void Stop();
 

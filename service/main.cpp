@@ -4,6 +4,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -23,13 +24,20 @@ namespace {
 using namespace quilloservice;
 
 /// Waits for a stop signal, the end of standard input (if `stopWithStdin`), or `finished` to become
-/// readable.
-void WaitForEnd(int signals, bool stopWithStdin, int finished) {
+/// readable, but for `most` at most; a negative one is no limit.
+void WaitForEnd(int signals, bool stopWithStdin, int finished,
+                std::chrono::milliseconds most = std::chrono::milliseconds(-1)) {
     pollfd sources[] = {{signals, POLLIN, 0},
                         {finished, POLLIN, 0},
                         {stopWithStdin ? STDIN_FILENO : -1, POLLIN, 0}};
+    auto const until = std::chrono::steady_clock::now() + most;
     for (;;) {
-        if (::poll(sources, 3, -1) < 0) continue;
+        auto const left =
+            std::chrono::ceil<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());
+        if (most.count() >= 0 && left.count() <= 0) return;
+        int const ready =
+            ::poll(sources, 3, most.count() < 0 ? -1 : static_cast<int>(left.count()));
+        if (ready <= 0) continue;
         if (sources[0].revents != 0 || sources[1].revents != 0) return;
         char ignored[512];
         if (sources[2].revents != 0 && ::read(STDIN_FILENO, ignored, sizeof(ignored)) <= 0) return;
@@ -52,7 +60,7 @@ void Serve(Options const& options) {
     sigaddset(&stopSignals, SIGINT);
     sigaddset(&stopSignals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
-    int signals = ::signalfd(-1, &stopSignals, SFD_CLOEXEC);
+    int signals = ::signalfd(-1, &stopSignals, SFD_CLOEXEC | SFD_NONBLOCK);
     int finished = ::eventfd(0, EFD_CLOEXEC);
     AllowManyDescriptors();
     // A write beyond the file size limit then fails like one on a full disk.
@@ -66,6 +74,12 @@ void Serve(Options const& options) {
     std::printf("quillo-service listening on %s\n", service.GetAddress().c_str());
     std::fflush(stdout);
     WaitForEnd(signals, options.stopWithStdin, finished);
+    if (options.drain.count() > 0) {
+        signalfd_siginfo first{};
+        [[maybe_unused]] auto const taken = ::read(signals, &first, sizeof(first));
+        service.Drain();
+        WaitForEnd(signals, false, finished, options.drain);
+    }
     service.Stop();
     server.join();
     ::close(finished);

@@ -88,6 +88,10 @@ void Connection::BeginHead(Duration patience) {
     delayed = false;
     continued = false;
     bodyOver = false;
+    outcome = {};
+    isReported = false;
+    tracked->SetBusy(false);
+    if (context.draining) tracked->ShutDownInput();
     Time now = Now();
     deadline = now + patience;
     tracked->BeginStage(now);
@@ -97,7 +101,9 @@ bool Connection::ReadHead() {
     for (;;) {
         if (input.size() > 0) {
             if (!std::exchange(headBegun, true)) {
-                deadline = std::min(deadline, Now() + context.limits.head);
+                tracked->SetBusy(true);
+                began = Now();
+                deadline = std::min(deadline, began + context.limits.head);
             }
             try {
                 if (std::size_t size = parser->ReadHead(GetInput())) {
@@ -208,6 +214,7 @@ void Connection::TakeBody() {
     try {
         std::size_t size = parser->ReadBody(GetInput(), [&](std::string_view piece) {
             if (refused) return;
+            outcome.received += static_cast<std::int64_t>(piece.size());
             if (streams) {
                 refused = !action.take(piece);
             } else {
@@ -296,6 +303,7 @@ bool Connection::Work(std::function<void()> work) {
 }
 
 bool Connection::Close() {
+    Report(false);
     context.table.Remove(std::exchange(tracked, nullptr));
     boost::system::error_code ignored;
     socket.close(ignored);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -25,7 +26,8 @@ struct ServerContext {
     Limits limits;
     ConnectionTable table;
     boost::asio::io_context io;
-    boost::asio::thread_pool workers;  ///< for work that may wait for the disk
+    boost::asio::thread_pool workers;    ///< for work that may wait for the disk
+    std::atomic<bool> draining = false;  ///< connections end with the request that they serve
 };
 
 /// A client's connection: reads requests, passes them to the application and sends the responses,
@@ -72,6 +74,8 @@ private:
     void Refuse(int status, std::string_view code, std::string_view message);
     void BeginResponse();
     [[nodiscard]] bool EndResponse();
+    /// Reports the exchange to the application unless that has been done.
+    void Report(bool isComplete);
 
     Received Receive(std::size_t most);
     [[nodiscard]] std::string_view GetInput() const;
@@ -94,9 +98,12 @@ private:
     std::unique_ptr<RequestParser> parser;
     Time deadline{};         ///< for the stages Head, Skip and Linger
     bool headBegun = false;  ///< the head's first byte has arrived
+    Time began{};            ///< ditto: when
     bool delayed = false;    ///< the simulated latency has passed
 
     std::shared_ptr<Exchange> exchange;
+    Outcome outcome{};
+    bool isReported = false;
     Action action;
     Pace pace;
     bool waited = false;       ///< `pace` is in a wait

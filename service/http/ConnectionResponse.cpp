@@ -37,7 +37,7 @@ void Connection::BeginResponse() {
     bool skippable = request.bodyLength && !bodyOver &&
                      *request.bodyLength <= static_cast<std::int64_t>(context.limits.smallBody) &&
                      (continued || !request.expectsContinue);
-    last |= response.closes || (!parser->IsComplete() && !skippable);
+    last |= response.closes || context.draining || (!parser->IsComplete() && !skippable);
     output = response.Head(Date(), last);
     sent = 0;
     contentLeft = 0;
@@ -65,6 +65,7 @@ bool Connection::SendResponse() {
             }
             if (count < 0) return Close();
             sent += static_cast<std::size_t>(count);
+            outcome.sent += count;
             tracked->Count(count);
             if (!std::exchange(waited, false)) {
                 pace.Count(count);
@@ -91,7 +92,15 @@ bool Connection::SendResponse() {
     }
 }
 
+void Connection::Report(bool isComplete) {
+    if (!exchange || std::exchange(isReported, true)) return;
+    outcome.took = Now() - began;
+    outcome.isComplete = isComplete;
+    context.application.Ended(*exchange, outcome);
+}
+
 bool Connection::EndResponse() {
+    Report(true);
     output = {};
     tracked->CutAtStop(false);
     if (exchange->response.takeOver && exchange->request.method != "HEAD") return HandOverSocket();

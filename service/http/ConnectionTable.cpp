@@ -120,6 +120,14 @@ std::size_t ConnectionTable::DropSlowestLocked(Time now) {
     return count;
 }
 
+void ConnectionTable::Drain() {
+    std::scoped_lock lock(mutex);
+    stopping = true;
+    for (auto const& connection : connections) {
+        if (!connection->isBusy) connection->ShutDownInput();
+    }
+}
+
 void ConnectionTable::Stop() {
     std::scoped_lock lock(mutex);
     stopping = true;

@@ -27,6 +27,9 @@ public:
     /// Whether ConnectionTable::Stop closes the connection at once, in the middle of a response.
     void CutAtStop(bool cut) { cutAtStop.store(cut, std::memory_order_relaxed); }
 
+    /// Whether the connection serves a request, so that ConnectionTable::Drain leaves it alone.
+    void SetBusy(bool busy) { isBusy = busy; }
+
     /// Shuts the socket down in both directions, or for input only, which wakes the connection. Any
     /// thread.
     void ShutDown();
@@ -48,6 +51,7 @@ private:
     std::atomic<std::int64_t> stageBegan = 0;          ///< ditto
     std::atomic<std::int64_t> stageBytes = 0;
     std::atomic<bool> cutAtStop = false;
+    std::atomic<bool> isBusy = false;
     bool dropped = false;                                       // the table's mutex
     std::list<std::shared_ptr<TrackedSocket>>::iterator entry;  // the table's mutex
 };
@@ -67,6 +71,9 @@ public:
 
     /// Drops the slowest hundredth of the waiting connections, at least one. Returns how many.
     std::size_t DropSlowest(Time now);
+
+    /// Ends the input of the connections that serve no request, and refuses new ones.
+    void Drain();
 
     /// Ends the input of all connections, and closes those that are sending long responses.
     void Stop();

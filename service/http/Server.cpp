@@ -64,6 +64,15 @@ struct Server::Parts {
         });
     }
 
+    void StopAccepting() {
+        stopping = true;
+        asio::post(acceptor.get_executor(), [this] {
+            boost::system::error_code ignored;
+            acceptor.close(ignored);
+            sweeper.cancel();
+        });
+    }
+
     ServerContext context;
     tcp::acceptor acceptor;      // on a strand
     asio::steady_timer sweeper;  // on the acceptor's strand
@@ -108,14 +117,20 @@ void Server::Run() {
     parts->context.workers.join();
 }
 
+void Server::Drain() {
+    // Before the table's look: a connection that has just answered sees it.
+    parts->context.draining = true;
+    parts->context.table.Drain();
+    parts->StopAccepting();
+}
+
 void Server::Stop() {
-    parts->stopping = true;
     parts->context.table.Stop();
-    asio::post(parts->acceptor.get_executor(), [this] {
-        boost::system::error_code ignored;
-        parts->acceptor.close(ignored);
-        parts->sweeper.cancel();
-    });
+    parts->StopAccepting();
+}
+
+std::size_t Server::CountConnections() const {
+    return parts->context.table.GetSize();
 }
 
 std::size_t ConnectionsWithin(std::size_t descriptors) {

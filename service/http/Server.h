@@ -26,9 +26,15 @@ public:
     /// Serves connections until `Stop`. Call once, after `Bind` has succeeded.
     void Run();
 
+    /// Ends `Run` as soon as the requests have ended that are being received or served, however
+    /// long that takes; `Stop` shortens it. Takes no new connections. Any thread, during `Run`.
+    void Drain();
+
     /// Ends `Run`: completes the requests that have arrived, and cuts unfinished bodies and long
     /// responses. Any thread, before or during `Run`.
     void Stop();
+
+    [[nodiscard]] std::size_t CountConnections() const;
 
 private:
     struct Parts;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdio>
 #include <random>
 
@@ -58,8 +59,8 @@ void CheckBodyForm(Call const& call) {
     }
 }
 
-/// Whether a request of this method only reads, from the store and from memory.
-bool IsQuick(std::string_view method) {
+/// Whether a request of this method has no body and only reads, from the store and from memory.
+bool IsRead(std::string_view method) {
     return method == "GET" || method == "HEAD" || method == "OPTIONS";
 }
 
@@ -67,6 +68,23 @@ bool HappensWith(double probability) {
     if (probability <= 0) return false;
     thread_local std::mt19937_64 random{std::random_device{}()};
     return std::uniform_real_distribution<double>(0, 1)(random) < probability;
+}
+
+/// The request's own ID, which a proxy or a client may have given to it, or a new one.
+std::string RequestId(http::Request const& request) {
+    constexpr std::size_t kLongest = 64;
+    for (auto const& [name, value] : request.headers) {
+        if (!http::EqualsIgnoringCase(name, "X-Request-Id")) continue;
+        bool plain = std::all_of(value.begin(), value.end(), [](unsigned char c) {
+            return std::isalnum(c) != 0 || c == '-' || c == '_' || c == '.';
+        });
+        if (plain && !value.empty() && value.size() <= kLongest) return value;
+        break;
+    }
+    thread_local std::mt19937_64 random{std::random_device{}()};
+    std::array<char, 17> text{};
+    std::snprintf(text.data(), text.size(), "%016llx", static_cast<unsigned long long>(random()));
+    return text.data();
 }
 
 void Respond(Call& call, ApiError const& error) {
@@ -90,6 +108,11 @@ void RespondWithStoreError(Call& call, DatabaseError const& error) {
     Respond(call, {500, "internal", "The service's store failed."});
 }
 
+void LogFailure(Call const& call, std::exception const& error) {
+    std::fprintf(stderr, "quillo-service: %s [request %s]\n", error.what(),
+                 call.GetRequestId().c_str());
+}
+
 /// Runs `work` and turns an exception into the response. Returns whether there was none.
 template <typename Work>
 bool Guard(Call& call, Work&& work) {
@@ -99,10 +122,10 @@ bool Guard(Call& call, Work&& work) {
     } catch (ApiError const& error) {
         Respond(call, error);
     } catch (DatabaseError const& error) {
-        std::fprintf(stderr, "quillo-service: %s\n", error.what());
+        LogFailure(call, error);
         RespondWithStoreError(call, error);
     } catch (std::exception const& error) {
-        std::fprintf(stderr, "quillo-service: %s\n", error.what());
+        LogFailure(call, error);
         call.RespondWithError(500, "internal", "The service failed.");
     }
     return false;
@@ -111,16 +134,15 @@ bool Guard(Call& call, Work&& work) {
 }  // namespace
 
 Api::Api(Sessions const& sessions, Settings settings)
-    : sessions(sessions),
-      limiter(settings.limit),
-      failRate(settings.failRate),
-      allowedOrigin(std::move(settings.allowOrigin)) {}
+    : sessions(sessions), settings(std::move(settings)), limiter(this->settings.limit) {}
 
 void Api::Add(Route route) {
     routes.push_back(std::move(route));
 }
 
 http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
+    exchange->id = RequestId(exchange->request);
+    exchange->response.SetHeader("X-Request-Id", exchange->id);
     auto call = std::make_shared<Call>(std::move(exchange));
     std::string method = call->request.method;
     Route const* route = nullptr;
@@ -151,10 +173,10 @@ http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
             .finish = [call,
                        sink](bool complete) { Guard(*call, [&] { sink->Finish(complete); }); }};
     }
-    bool quick = IsQuick(method);
+    bool reads = IsRead(method);
     return {
-        .body = quick || method == "DELETE" ? http::Action::Body::None : http::Action::Body::Small,
-        .quick = quick,
+        .body = reads || method == "DELETE" ? http::Action::Body::None : http::Action::Body::Small,
+        .quick = reads && !settings.isStoreRemote,
         .finish = [call, route](bool complete) {
             Guard(*call, [&] {
                 if (!complete) throw ApiError::BadRequest("The body ended early.");
@@ -170,13 +192,18 @@ void Api::Refuse(http::Exchange& exchange, int status, std::string_view code,
     call.RespondWithError(status, code, message);
 }
 
+void Api::Ended(http::Exchange const& exchange, http::Outcome const& outcome) {
+    if (settings.onEnded) settings.onEnded(exchange, outcome);
+}
+
 Api::Route const& Api::Admit(Call& call, std::string const& method) {
     std::string const& path = call.request.path;
     bool restricted = IsUnder(path, "/v1");
-    if (restricted && HappensWith(failRate)) {
+    if (restricted && HappensWith(settings.failRate)) {
         throw ApiError(500, "internal", "A simulated failure (--fail).");
     }
     Route const* route = Match(method, path, call.pathIds);
+    if (route != nullptr) call.SetRoute(route->path);
     if (restricted) call.identity = Authorize(call);
     if (route == nullptr) {
         std::string allowed = AllowedMethods(path);
@@ -228,10 +255,10 @@ void Api::RespondToOptions(Call& call) const {
 
 /// Sets the CORS headers for pages of the allowed origin.
 void Api::AllowOrigin(Call& call) const {
-    if (allowedOrigin.empty()) return;
+    if (settings.allowOrigin.empty()) return;
     call.response.SetHeader("Vary", "Origin");
-    if (call.Header("Origin") != allowedOrigin) return;
-    call.response.SetHeader("Access-Control-Allow-Origin", allowedOrigin);
+    if (call.Header("Origin") != settings.allowOrigin) return;
+    call.response.SetHeader("Access-Control-Allow-Origin", settings.allowOrigin);
     call.response.SetHeader("Access-Control-Expose-Headers", tus::kResponseHeaders);
 }
 

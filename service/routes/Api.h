@@ -36,8 +36,11 @@ public:
     /// Options of the command line that concern all routes.
     struct Settings {
         std::optional<RateLimit> limit;
-        double failRate = 0;      ///< share of /v1 requests that fail with 500, for tests
-        std::string allowOrigin;  ///< origin of pages that may use the API (CORS); empty: none
+        double failRate = 0;         ///< share of /v1 requests that fail with 500, for tests
+        std::string allowOrigin;     ///< origin of pages that may use the API (CORS); empty: none
+        bool isStoreRemote = false;  ///< reading from the store may take long
+        /// Called with each exchange that has ended, on any thread; must not block.
+        std::function<void(http::Exchange const&, http::Outcome const&)> onEnded{};
     };
 
     Api(Sessions const& sessions, Settings settings);
@@ -48,6 +51,7 @@ public:
     http::Action Begin(std::shared_ptr<http::Exchange> exchange) override;
     void Refuse(http::Exchange& exchange, int status, std::string_view code,
                 std::string_view message) override;
+    void Ended(http::Exchange const& exchange, http::Outcome const& outcome) override;
 
 private:
     Route const& Admit(Call& call, std::string const& method);
@@ -59,9 +63,8 @@ private:
     Identity Authorize(Call& call) const;
 
     Sessions const& sessions;
+    Settings const settings;
     RateLimiter limiter;
-    double failRate;
-    std::string allowedOrigin;
     std::vector<Route> routes;
 };
 

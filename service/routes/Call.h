@@ -68,6 +68,11 @@ public:
     /// Responds with an error: as JSON, or as a page if the client prefers HTML.
     void RespondWithError(int status, std::string_view code, std::string_view message);
 
+    /// The ID of the request, and the pattern of its path, for the logs. The pattern's text must
+    /// outlive the call.
+    [[nodiscard]] std::string const& GetRequestId() const { return exchange->id; }
+    void SetRoute(std::string_view pattern) { exchange->route = pattern; }
+
     /// Ends the client's connection; see http::Exchange::abort.
     [[nodiscard]] std::function<void()> const& GetAbort() const { return exchange->abort; }
 

@@ -134,7 +134,6 @@ void AddReviewerRoutes(Api& api, ReviewLinks const& links, DataDirectory const& 
                      302, "/r/" + content->id.GetText() + "/assets/" + newest.GetText());
              }});
     api.Add({"GET", "/r/{rest}", [](Call& call) { RespondNotFound(call); }});
-    api.Add({"GET", "/healthz", [](Call& call) { call.response.SetBody("ok", "text/plain"); }});
 }
 
 }  // namespace quilloservice

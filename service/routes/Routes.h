@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
 #include "service/base/Clock.h"
+#include "service/operations/Metrics.h"
 #include "service/routes/FaultOptions.h"
 #include "service/routes/RateLimiter.h"
 
@@ -36,5 +38,8 @@ void AddUploadRoutes(Api& api, Uploads& uploads, FaultOptions const& faults);
 /// `address`: for the URLs of links if a request has no Host.
 void AddLinkRoutes(Api& api, ReviewLinks& links, std::string const& address);
 void AddReviewerRoutes(Api& api, ReviewLinks const& links, DataDirectory const& directory);
+/// `gauges` is called for each scrape, on any thread; whether the store is reachable is added.
+void AddOperationRoutes(Api& api, Store const& store, Metrics const& metrics,
+                        std::function<Metrics::Gauges()> gauges);
 
 }  // namespace quilloservice

@@ -137,6 +137,38 @@ TEST_F(ServiceProcessTest, KeepsPortAndSessionsAcrossARestart) {
     EXPECT_THAT(again.ReadErrors(), HasSubstr("cannot listen"));
 }
 
+TEST_F(ServiceProcessTest, DrainsUntilTheLastRequestHasEndedOrASecondSignal) {
+    for (bool isPatient : {true, false}) {
+        ServiceProcess process(Arguments({"--drain", "3600"}));
+        ApiClient client(process.GetPort());
+        std::string const upload = client.CreateUpload(10);
+        RawConnection const idle(process.GetPort());
+        idle.Send("GET /healthz HTTP/1.1\r\nHost: x\r\n\r\n");
+        EXPECT_THAT(idle.ReadTo("ok"), HasSubstr("200 OK"));
+        RawConnection const busy(process.GetPort());
+        busy.Send("PATCH " + upload +
+                  " HTTP/1.1\r\nHost: x\r\nTus-Resumable: 1.0.0\r\nUpload-Offset: 0\r\n"
+                  "Content-Type: application/offset+octet-stream\r\nContent-Length: 10\r\n"
+                  "Expect: 100-continue\r\nAuthorization: Bearer " +
+                  client.token + "\r\n\r\n");
+        EXPECT_THAT(busy.ReadTo("\r\n\r\n"), HasSubstr("100 Continue"));
+        busy.Send("12345");
+        process.Signal(SIGTERM);
+        EXPECT_EQ(idle.ReadAll(), "") << "its connection ends";
+        if (isPatient) {
+            busy.Send("67890");
+            std::string const answer = busy.ReadAll();
+            EXPECT_THAT(answer, testing::StartsWith("HTTP/1.1 204 "));
+            EXPECT_THAT(answer, HasSubstr("Connection: close"));
+        } else {
+            process.Signal(SIGTERM);
+        }
+        EXPECT_EQ(process.Wait(), 0);
+        ServiceProcess again(Arguments());
+        EXPECT_EQ(ApiClient(again.GetPort()).OffsetOf(upload), isPatient ? "10" : "5");
+    }
+}
+
 TEST_F(ServiceProcessTest, StopsWithStandardInput) {
     ServiceProcess process(Arguments({"--stop-with-stdin"}));
     EXPECT_NE(process.GetPort(), 0);

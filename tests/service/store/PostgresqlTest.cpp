@@ -103,13 +103,16 @@ TEST(PostgresqlStoreTest, RespondsWith503UntilTheServerIsBack) {
     auto away = client.Send("GET", children);
     auto create = client.Send("POST", "/v1/projects/" + client.project + "/review-links", {},
                               R"({"name":"Review"})");
+    auto ready = client.Send("GET", "/readyz");
+    auto figures = client.Send("GET", "/metrics");
     test::Server().Start();
     std::string log = testing::internal::GetCapturedStderr();
-    for (auto const* response : {&away, &create}) {
+    for (auto const* response : {&away, &create, &ready}) {
         EXPECT_EQ((*response)->status, 503);
         EXPECT_EQ((*response)->get_header_value("Retry-After"), "2");
         EXPECT_THAT((*response)->body, HasSubstr("unavailable"));
     }
+    EXPECT_THAT(figures->body, HasSubstr("quillo_store_reachable 0\n"));
     EXPECT_THAT(log, HasSubstr("cannot connect to postgresql://"));
     EXPECT_EQ(client.Send("GET", children)->status, 200) << "without a restart";
     // Connections that broke while they were idle cost nothing.

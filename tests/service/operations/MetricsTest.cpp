@@ -1,0 +1,88 @@
+#include "service/operations/Metrics.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/service/ApiClient.h"
+#include "tests/service/RunningService.h"
+
+namespace quilloservice {
+namespace {
+
+using std::chrono::milliseconds;
+using test::ApiClient;
+using test::RunningService;
+using testing::HasSubstr;
+using testing::Not;
+
+TEST(Metrics, CountEachExchangeOnce) {
+    Metrics metrics;
+    http::Exchange exchange;
+    exchange.request.method = "GET";
+    exchange.route = "/r/{id}";
+    metrics.Count(exchange, {milliseconds(5), 0, 100, true});
+    metrics.Count(exchange, {milliseconds(6), 7, 50, true});
+    metrics.Count(exchange, {std::chrono::minutes(1), 0, 10, false});
+    exchange.route = "";
+    exchange.request.method = "ANYTHING\"}";
+    exchange.response.status = 405;
+    metrics.Count(exchange, {milliseconds(0), 0, 0, true});
+
+    std::string const text = metrics.Render({3, 1'000'000'007, true});
+    for (std::string const& line :
+         {std::string(R"(quillo_http_requests_total{method="GET",route="/r/{id}",status="200"} 3)"),
+          std::string(R"(quillo_http_requests_total{method="",route="",status="405"} 1)"),
+          std::string(R"(_bucket{route="/r/{id}",le="0.005"} 1)"),
+          std::string(R"(_bucket{route="/r/{id}",le="0.01"} 2)"),
+          std::string(R"(_bucket{route="/r/{id}",le="30"} 2)"),
+          std::string(R"(_bucket{route="/r/{id}",le="+Inf"} 3)"),
+          std::string(R"(_sum{route="/r/{id}"} 60.011)"),
+          std::string(R"(_count{route="/r/{id}"} 3)"),
+          std::string("quillo_http_received_bytes_total 7"),
+          std::string("quillo_http_sent_bytes_total 160"), std::string("quillo_http_cut_total 1"),
+          std::string("quillo_http_connections 3"),
+          std::string("quillo_data_free_bytes 1000000007"),
+          std::string("quillo_store_reachable 1")}) {
+        EXPECT_THAT(text, HasSubstr(line + "\n"));
+    }
+}
+
+TEST(Operations, ShowFiguresWithoutWhatIsPrivateToThisMachineOnly) {
+    RunningService service;
+    ApiClient client(service.GetPort());
+    std::string const link = client.CreateLink();
+    EXPECT_EQ(client.http.Get("/r/" + link)->status, 200);
+    EXPECT_EQ(client.http.Get("/r/nothing")->status, 404);
+    std::string const text = client.http.Get("/metrics")->body;
+    EXPECT_THAT(text, HasSubstr(R"({method="GET",route="/r/{id}",status="200"} 1)"));
+    EXPECT_THAT(text, HasSubstr(R"({method="GET",route="/r/{rest}",status="404"} 1)"));
+    EXPECT_THAT(text, HasSubstr("quillo_store_reachable 1\n"));
+    EXPECT_THAT(text, Not(HasSubstr(link)));
+    for (httplib::Headers const& headers :
+         std::vector<httplib::Headers>{{{"X-Forwarded-For", "192.0.2.1"}},
+                                       {{"Forwarded", "for=192.0.2.1"}},
+                                       {{"Host", "review.example"}},
+                                       {{"Origin", "https://review.example"}}}) {
+        EXPECT_EQ(client.http.Get("/metrics", headers)->status, 404) << headers.begin()->first;
+    }
+    EXPECT_EQ(client.http.Get("/readyz")->body, "ready");
+}
+
+TEST(Operations, GiveEachRequestAnId) {
+    RunningService service;
+    httplib::Client http("127.0.0.1", service.GetPort());
+    auto const idFor = [&](httplib::Headers const& headers) {
+        return http.Get("/healthz", headers)->get_header_value("X-Request-Id");
+    };
+    std::string const longest(64, 'x');
+    EXPECT_EQ(idFor({{"X-Request-Id", "a-1_B.2"}}), "a-1_B.2");
+    EXPECT_EQ(idFor({{"X-Request-Id", longest}}), longest);
+    for (httplib::Headers const& headers : std::vector<httplib::Headers>{
+             {}, {{"X-Request-Id", longest + "x"}}, {{"X-Request-Id", "a b"}}}) {
+        EXPECT_THAT(idFor(headers), testing::MatchesRegex("[0-9a-f]{16}"));
+    }
+    EXPECT_NE(idFor({}), idFor({}));
+}
+
+}  // namespace
+}  // namespace quilloservice
