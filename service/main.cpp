@@ -118,7 +118,9 @@ int main(int argc, char** argv) {
     try {
         std::vector<std::string> const arguments(argv + 1, argv + argc);
         HideDatabase(argc, argv);
-        Options options = ParseOptions(arguments, std::getenv("QUILLO_DATABASE"));
+        Options options = ParseOptions(
+            arguments,
+            std::getenv("QUILLO_DATABASE"));  // NOLINT(concurrency-mt-unsafe): one thread
         if (options.help) {
             std::fputs(kHelp, stdout);
             return 0;

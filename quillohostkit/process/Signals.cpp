@@ -7,7 +7,7 @@ void GiveSignalsBack() noexcept {
         signal(number, SIG_DFL);  // NOLINT(concurrency-mt-unsafe): alone in its process
     sigset_t none;
     sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    sigprocmask(SIG_SETMASK, &none, nullptr);  // NOLINT(concurrency-mt-unsafe): likewise
 }
 
 }  // namespace quillohostkit

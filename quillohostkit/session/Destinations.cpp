@@ -8,7 +8,6 @@
 
 namespace quillohostkit {
 
-using moxcore::utility::Guid;
 using quillomoxui::FetchChildrenState;
 using quillomoxui::QuilloUser;
 

@@ -15,7 +15,6 @@ namespace assetdata = quillomoxui::assetdata;
 using moxcore::string::UTF16to8;
 using quillomoxui::EncodingStatus;
 using quillomoxui::ShareFailureReason;
-using quillomoxui::ShareForReviewViewID;
 using quillomoxui::ShareInfo;
 
 void Sharing::ShareBegan(ShareInfo const& began) {

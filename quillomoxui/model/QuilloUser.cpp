@@ -70,7 +70,7 @@ UTF16String QuilloUser::ConstructSelectionPath(std::shared_ptr<QuilloNode> const
     for (auto current = node->GetParent(); current;) {
         auto const parent = current->GetParent();
         if (NodeAs<QuilloAccount>(parent)) return current->GetName() + path;
-        if (current != root) path = PathSeparator() + current->GetName() + path;
+        if (current != root) path.insert(0, PathSeparator() + current->GetName());
         current = parent;
     }
     return PathSeparator();

@@ -17,7 +17,6 @@ namespace quillomoxui {
 
 using moxcore::string::AsciiToUTF16;
 using moxcore::string::StdToUTF16String;
-using moxcore::utility::Guid;
 
 namespace {
 

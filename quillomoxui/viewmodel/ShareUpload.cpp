@@ -15,7 +15,6 @@
 namespace quillomoxui {
 
 using model::StepEnd;
-using moxcore::utility::Guid;
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <stdexcept>
+#include <system_error>
 
 namespace quilloservice {
 
@@ -14,7 +14,7 @@ using moxcore::utility::Descriptor;
 namespace {
 
 [[noreturn]] void Fail(std::string const& doing) {
-    throw std::runtime_error(doing + ": " + std::strerror(errno));
+    throw std::runtime_error(doing + ": " + std::generic_category().message(errno));
 }
 
 void RequireClosed(mode_t mode, DirectoryName const& directory, Forbidden forbidden) {

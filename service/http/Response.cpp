@@ -86,9 +86,9 @@ std::string Response::Head(std::string_view date, bool lastOnConnection) const {
 }
 
 std::string FormatDate(std::int64_t unixTime) {
-    constexpr char const* days[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    constexpr char const* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    constexpr char const* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    constexpr char const* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                       "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     std::time_t time = unixTime;
     std::tm utc{};
     ::gmtime_r(&time, &utc);
@@ -96,8 +96,8 @@ std::string FormatDate(std::int64_t unixTime) {
     std::snprintf(numbers, sizeof(numbers), " %04d %02d:%02d:%02d GMT", utc.tm_year + 1900,
                   utc.tm_hour, utc.tm_min, utc.tm_sec);
     std::string day = std::to_string(utc.tm_mday);
-    return std::string(days[utc.tm_wday]) + ", " + (day.size() < 2 ? "0" : "") + day + " " +
-           months[utc.tm_mon] + numbers;
+    return std::string(kDays[utc.tm_wday]) + ", " + (day.size() < 2 ? "0" : "") + day + " " +
+           kMonths[utc.tm_mon] + numbers;
 }
 
 }  // namespace quilloservice::http

@@ -9,9 +9,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
+#include <system_error>
 
 #include "service/base/Digest.h"
 #include "service/base/OwnFiles.h"
@@ -24,13 +24,14 @@ using moxcore::utility::Descriptor;
 namespace {
 
 std::string Environment(char const* name) {
-    char const* value = std::getenv(name);
+    char const* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nobody sets any
     return value != nullptr && value[0] == '/' ? value : "";
 }
 
 std::string Home() {
     std::string home = Environment("HOME");
     if (!home.empty()) return home;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): called once, at the start
     passwd const* entry = ::getpwuid(::geteuid());
     return entry != nullptr ? entry->pw_dir : "";
 }
@@ -126,7 +127,7 @@ void LocalUserSecret::Write(std::string const& address) {
         ::renameat(directory.GetNumber(), temporary.c_str(), directory.GetNumber(), name.c_str()) !=
             0) {
         throw std::runtime_error("cannot write the secret of the local user: " +
-                                 std::string(std::strerror(errno)));
+                                 std::generic_category().message(errno));
     }
     files.emplace_back(std::move(name), std::move(file));
 }

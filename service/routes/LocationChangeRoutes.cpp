@@ -13,7 +13,7 @@ using nlohmann::json;
 namespace {
 
 json InJson(Location const& location) {
-    if (location.node.kind == kind::Folder) return TypedJson(location.node);
+    if (location.node.kind == kind::kFolder) return TypedJson(location.node);
     json object = NamedJson(location.node);
     if (location.root) object["root_folder"] = TypedJson(*location.root);
     return object;

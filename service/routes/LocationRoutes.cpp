@@ -34,7 +34,7 @@ json Projects(Database& database, WorkspaceId const& workspace) {
         "SELECT project.id, project.name, root.id, root.name, root.kind "
         "FROM nodes AS project JOIN nodes AS root ON root.parent = project.id AND root.kind = ? "
         "WHERE project.parent = ? AND project.kind = ? ORDER BY project.seq",
-        kind::Folder, workspace, kind::Project);
+        kind::kFolder, workspace, kind::kProject);
     json projects = json::array();
     while (row.Next()) {
         projects.push_back(

@@ -13,9 +13,9 @@ constexpr std::int64_t kMaxChanges = 10'000;
 constexpr std::int64_t kTrimEvery = 100;
 
 std::string_view ListBelow(Node const& parent) {
-    if (parent.kind == kind::Account) return "workspaces";
-    if (parent.kind == kind::Workspace) return "projects";
-    if (parent.kind == kind::Folder) return "assets";
+    if (parent.kind == kind::kAccount) return "workspaces";
+    if (parent.kind == kind::kWorkspace) return "projects";
+    if (parent.kind == kind::kFolder) return "assets";
     throw std::logic_error("there is no list below a " + parent.kind);
 }
 

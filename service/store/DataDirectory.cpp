@@ -8,12 +8,12 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <limits>
 #include <optional>
 #include <stdexcept>
+#include <system_error>
 
 #include "service/base/File.h"
 #include "service/base/OwnFiles.h"
@@ -29,7 +29,7 @@ constexpr char const* kAdvice = "name another directory with --data";
 constexpr auto kAnyAccess = static_cast<mode_t>(Forbidden::AnyAccess);
 
 [[noreturn]] void Fail(std::string const& doing) {
-    throw std::runtime_error(doing + ": " + std::strerror(errno));
+    throw std::runtime_error(doing + ": " + std::generic_category().message(errno));
 }
 
 /// Creates the directory and its missing parents.

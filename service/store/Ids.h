@@ -9,38 +9,38 @@ namespace quilloservice {
 
 /// The kinds of node, as named on the wire and in the store.
 namespace kind {
-inline constexpr std::string_view Account = "account";
-inline constexpr std::string_view Workspace = "workspace";
-inline constexpr std::string_view Project = "project";
-inline constexpr std::string_view Folder = "folder";
-inline constexpr std::string_view File = "file";
-inline constexpr std::string_view VersionStack = "version_stack";
-inline constexpr std::string_view ReviewLink = "review_link";
+inline constexpr std::string_view kAccount = "account";
+inline constexpr std::string_view kWorkspace = "workspace";
+inline constexpr std::string_view kProject = "project";
+inline constexpr std::string_view kFolder = "folder";
+inline constexpr std::string_view kFile = "file";
+inline constexpr std::string_view kVersionStack = "version_stack";
+inline constexpr std::string_view kReviewLink = "review_link";
 }  // namespace kind
 
 // Nodes: everything that belongs to an account, and the account itself.
 struct NodeTag : UuidForm {};
 struct AccountTag : NodeTag {
-    static constexpr std::string_view kKind = kind::Account;
+    static constexpr std::string_view kKind = kind::kAccount;
 };
 struct WorkspaceTag : NodeTag {
-    static constexpr std::string_view kKind = kind::Workspace;
+    static constexpr std::string_view kKind = kind::kWorkspace;
 };
 struct ProjectTag : NodeTag {
-    static constexpr std::string_view kKind = kind::Project;
+    static constexpr std::string_view kKind = kind::kProject;
 };
 struct FolderTag : NodeTag {
-    static constexpr std::string_view kKind = kind::Folder;
+    static constexpr std::string_view kKind = kind::kFolder;
 };
 struct LinkTag : NodeTag {
-    static constexpr std::string_view kKind = kind::ReviewLink;
+    static constexpr std::string_view kKind = kind::kReviewLink;
 };
 struct AssetTag : NodeTag {};  ///< what a review link can hold: a file or a version stack
 struct FileTag : AssetTag {
-    static constexpr std::string_view kKind = kind::File;
+    static constexpr std::string_view kKind = kind::kFile;
 };
 struct StackTag : AssetTag {
-    static constexpr std::string_view kKind = kind::VersionStack;
+    static constexpr std::string_view kKind = kind::kVersionStack;
 };
 
 using NodeId = Id<NodeTag>;

@@ -13,9 +13,9 @@ namespace {
 
 /// The kind of location that is created below a parent of `kind`.
 std::string_view KindBelow(std::string_view kind) {
-    if (kind == kind::Account) return kind::Workspace;
-    if (kind == kind::Workspace) return kind::Project;
-    if (kind == kind::Folder) return kind::Folder;
+    if (kind == kind::kAccount) return kind::kWorkspace;
+    if (kind == kind::kWorkspace) return kind::kProject;
+    if (kind == kind::kFolder) return kind::kFolder;
     throw std::logic_error("no location is created below a " + std::string(kind));
 }
 
@@ -24,23 +24,23 @@ Node ParentOf(Database& database, Node const& node) {
 }
 
 std::optional<Node> RootOf(Database& database, Node const& node) {
-    if (node.kind != kind::Project) return std::nullopt;
+    if (node.kind != kind::kProject) return std::nullopt;
     for (Node& child : ChildrenOf(database, node.id)) {
-        if (child.kind == kind::Folder) return std::move(child);
+        if (child.kind == kind::kFolder) return std::move(child);
     }
     return std::nullopt;
 }
 
 /// Records a change of the list that contains `node`.
 void RecordList(Database& database, Node const& node) {
-    if (node.kind == kind::Account) return ChangeFeed::RecordAccounts(database, node.account);
+    if (node.kind == kind::kAccount) return ChangeFeed::RecordAccounts(database, node.account);
     ChangeFeed::RecordChildren(database, ParentOf(database, node));
 }
 
 /// Returns a location that may be changed by itself. A root folder only changes with its project.
 Node RequireLocation(Database& database, UserId const& user, NodeRef const& location) {
     Node node = RequireNode(database, user, location);
-    if (node.kind == kind::Folder && ParentOf(database, node).kind == kind::Project) {
+    if (node.kind == kind::kFolder && ParentOf(database, node).kind == kind::kProject) {
         throw ApiError::Conflict("This is the root folder of a project; change the project.");
     }
     return node;
@@ -74,7 +74,7 @@ void DeleteNode(Database& database, Node const& node) {
 Location Locations::AddAccount(UserId const& user, std::string const& name) {
     Location location = store.Write([&](Database& database) {
         AccountId id(NewUuid());
-        Node account{id, std::string(kind::Account), id, std::nullopt, name};
+        Node account{id, std::string(kind::kAccount), id, std::nullopt, name};
         InsertNode(database, account);
         database.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", user, id);
         RecordList(database, account);
@@ -91,8 +91,8 @@ Location Locations::Add(UserId const& user, NodeRef const& parent, std::string c
         Location made{{NodeId(NewUuid()), std::string(kind), above.account, above.id, name},
                       std::nullopt};
         InsertNode(database, made.node);
-        if (kind == kind::Project) {
-            made.root = Node{NodeId(NewUuid()), std::string(kind::Folder), above.account,
+        if (kind == kind::kProject) {
+            made.root = Node{NodeId(NewUuid()), std::string(kind::kFolder), above.account,
                              made.node.id, name};
             InsertNode(database, *made.root);
         }

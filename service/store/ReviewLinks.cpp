@@ -13,15 +13,15 @@ namespace {
 /// The asset to store in a link for `asset`: a version's stack, or the asset itself.
 AssetId LinkedAsset(Database& database, UserId const& user, AssetId const& asset) {
     std::optional<Node> node = FindNode(database, asset);
-    if (!node || (node->kind != kind::File && node->kind != kind::VersionStack)) {
+    if (!node || (node->kind != kind::kFile && node->kind != kind::kVersionStack)) {
         throw ApiError::NotFound("No file or version stack has the ID \"" +
                                  (asset.IsNil() ? "..." : asset.GetText()) +
                                  "\"; nothing was added.");
     }
     RequireMember(database, user, *node);
-    if (node->kind == kind::File) {
+    if (node->kind == kind::kFile) {
         std::optional<Node> parent = FindNode(database, *node->parent);
-        if (parent && parent->kind == kind::VersionStack) return AssetId(parent->id);
+        if (parent && parent->kind == kind::kVersionStack) return AssetId(parent->id);
     }
     return asset;
 }
@@ -41,7 +41,7 @@ std::vector<MovieVersion> VersionsOf(Database& database, AssetId const& asset) {
 }
 
 Node InsertLink(Database& database, Node const& project, std::string const& name) {
-    Node link{NodeId(NewUuid()), std::string(kind::ReviewLink), project.account, project.id, name};
+    Node link{NodeId(NewUuid()), std::string(kind::kReviewLink), project.account, project.id, name};
     InsertNode(database, link);
     return link;
 }
@@ -80,7 +80,7 @@ std::int64_t ReviewLinks::AddAssets(UserId const& user, LinkId const& link,
 std::optional<ReviewContent> ReviewLinks::Find(LinkId const& link) const {
     return store.Read([&](Database& database) -> std::optional<ReviewContent> {
         std::optional<Node> node = FindNode(database, link);
-        if (!node || node->kind != kind::ReviewLink) return std::nullopt;
+        if (!node || node->kind != kind::kReviewLink) return std::nullopt;
         ReviewContent content{link, node->name, {}};
         Statement row =
             database.Query("SELECT asset FROM link_assets WHERE link = ? ORDER BY seq", link);

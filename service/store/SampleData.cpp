@@ -22,7 +22,7 @@ public:
 
     Node Account(UserId const& user, std::string const& name) {
         AccountId id(UuidOf("account/" + name));
-        Node account{id, std::string(kind::Account), id, std::nullopt, name};
+        Node account{id, std::string(kind::kAccount), id, std::nullopt, name};
         InsertNode(database, account);
         database.Run("INSERT INTO memberships (user, account) VALUES (?, ?)", user, id);
         return account;
@@ -42,13 +42,13 @@ public:
 
     /// Adds a project and returns its root folder.
     Node Project(Node const& workspace, std::string const& name) {
-        return Child(Child(workspace, kind::Project, name), kind::Folder, name);
+        return Child(Child(workspace, kind::kProject, name), kind::kFolder, name);
     }
 
     void Stack(Node const& folder, std::string const& name, int versions) {
-        Node stack = Child(folder, kind::VersionStack, name);
+        Node stack = Child(folder, kind::kVersionStack, name);
         for (int version = 1; version <= versions; ++version) {
-            Child(stack, kind::File, name, version);
+            Child(stack, kind::kFile, name, version);
         }
     }
 
@@ -60,40 +60,40 @@ void AddSmallSample(SampleBuilder& builder, UserId const& user) {
     Node studio = builder.Account(user, "Northlight Pictures");
     Node freelance = builder.Account(user, "Harbour Street Studio");
 
-    Node features = builder.Child(studio, kind::Workspace, "Feature Films");
+    Node features = builder.Child(studio, kind::kWorkspace, "Feature Films");
     Node river = builder.Project(features, "The Long River");
-    Node editorial = builder.Child(river, kind::Folder, "Editorial");
-    Node reels = builder.Child(editorial, kind::Folder, "Reels");
+    Node editorial = builder.Child(river, kind::kFolder, "Editorial");
+    Node reels = builder.Child(editorial, kind::kFolder, "Reels");
     for (int reel = 1; reel <= 10; ++reel) {
-        builder.Child(reels, kind::Folder, "Reel " + std::to_string(reel));
+        builder.Child(reels, kind::kFolder, "Reel " + std::to_string(reel));
     }
     builder.Stack(editorial, "Long River rough cut.mp4", 3);
-    builder.Child(editorial, kind::Folder, "Temp music");
-    Node vfx = builder.Child(river, kind::Folder, "VFX");
+    builder.Child(editorial, kind::kFolder, "Temp music");
+    Node vfx = builder.Child(river, kind::kFolder, "VFX");
     for (int shot : {2, 10, 21}) {
-        Node folder = builder.Child(vfx, kind::Folder, "Shot " + std::to_string(shot));
-        builder.Child(folder, kind::Folder, "Plates");
-        builder.Child(folder, kind::Folder, "Comps");
+        Node folder = builder.Child(vfx, kind::kFolder, "Shot " + std::to_string(shot));
+        builder.Child(folder, kind::kFolder, "Plates");
+        builder.Child(folder, kind::kFolder, "Comps");
     }
-    Node deliverables = builder.Child(river, kind::Folder, "Deliverables");
-    builder.Child(deliverables, kind::File, "Festival screener.mov");
+    Node deliverables = builder.Child(river, kind::kFolder, "Deliverables");
+    builder.Child(deliverables, kind::kFile, "Festival screener.mov");
     builder.Project(features, "Paper Lanterns");
     Node winter = builder.Project(features, "Winter Light");
-    builder.Child(builder.Child(winter, kind::Folder, "Dailies"), kind::Folder, "Day 01");
+    builder.Child(builder.Child(winter, kind::kFolder, "Dailies"), kind::kFolder, "Day 01");
 
-    Node commercials = builder.Child(studio, kind::Workspace, "Commercials");
+    Node commercials = builder.Child(studio, kind::kWorkspace, "Commercials");
     Node coffee = builder.Project(commercials, "Coffee Roasters 30s");
     builder.Stack(coffee, "Roasters 30s.mp4", 2);
-    builder.Child(coffee, kind::Folder, "Client feedback");
+    builder.Child(coffee, kind::kFolder, "Client feedback");
     builder.Project(commercials, "City Bikes Launch");
     builder.Project(commercials, "Museum Night");
 
-    Node documentaries = builder.Child(freelance, kind::Workspace, "Documentaries");
+    Node documentaries = builder.Child(freelance, kind::kWorkspace, "Documentaries");
     Node keepers = builder.Project(documentaries, "Lighthouse Keepers");
-    Node interviews = builder.Child(keepers, kind::Folder, "Interviews");
-    builder.Child(interviews, kind::Folder, "Marta");
-    builder.Child(interviews, kind::Folder, "Henrik");
-    builder.Child(keepers, kind::File, "Teaser.mp4");
+    Node interviews = builder.Child(keepers, kind::kFolder, "Interviews");
+    builder.Child(interviews, kind::kFolder, "Marta");
+    builder.Child(interviews, kind::kFolder, "Henrik");
+    builder.Child(keepers, kind::kFile, "Teaser.mp4");
     builder.Project(documentaries, "Salt and Stone");
 }
 
@@ -130,7 +130,7 @@ void AddLargeSample(SampleBuilder& builder, UserId const& user) {
     for (int workspace = 0; workspace < kWorkspaces; ++workspace) {
         Node const& account = accounts[static_cast<std::size_t>(workspace) % accounts.size()];
         Node workspaceNode =
-            builder.Child(account, kind::Workspace, LargeName("workspace", workspace + 1));
+            builder.Child(account, kind::kWorkspace, LargeName("workspace", workspace + 1));
         int projectsUpTo = kProjectsOfFirst + (kProjects - kProjectsOfFirst) * workspace / 39;
         for (; project < projectsUpTo; ++project) {
             Node root = builder.Project(workspaceNode, LargeName("project", project + 1));
@@ -140,7 +140,7 @@ void AddLargeSample(SampleBuilder& builder, UserId const& user) {
             Node last = root;
             for (; folder < foldersUpTo; ++folder) {
                 Node const& parent = project > 0 && folder % 3 == 0 ? last : root;
-                last = builder.Child(parent, kind::Folder, LargeName("folder", folder + 1));
+                last = builder.Child(parent, kind::kFolder, LargeName("folder", folder + 1));
             }
         }
     }
@@ -162,7 +162,7 @@ void MakeSampleData(Store& store, SampleSize size) {
         UserId other(UuidOf("user/other"));
         builder.User(other, "Alex Moreau");
         Node strangers = builder.Account(other, "Somebody Else's Account");
-        Node workspace = builder.Child(strangers, kind::Workspace, "Private");
+        Node workspace = builder.Child(strangers, kind::kWorkspace, "Private");
         builder.Stack(builder.Project(workspace, "Closed Set"), "Closed Set.mp4", 1);
 
         if (size == SampleSize::Small) AddSmallSample(builder, SampleUserId());

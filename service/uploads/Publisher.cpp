@@ -22,7 +22,7 @@ void CheckStack(Database& database, UserId const& user, StackId const& stack) {
     std::optional<Node> node = FindNode(database, stack);
     if (!node) return;
     RequireMember(database, user, *node);
-    if (node->kind != kind::VersionStack) {
+    if (node->kind != kind::kVersionStack) {
         throw ApiError::Conflict("version_stack_id is not the ID of a version stack.");
     }
 }
@@ -43,7 +43,7 @@ std::int64_t EnterStack(Database& database, UploadRecord const& upload, Node con
     std::optional<Node> stack = FindNode(database, id);
     if (!stack) {
         InsertNode(database,
-                   {id, std::string(kind::VersionStack), folder.account, folder.id, upload.name});
+                   {id, std::string(kind::kVersionStack), folder.account, folder.id, upload.name});
         return 1;
     }
     if (stack->parent != folder.id) MoveStack(database, *stack, folder);
@@ -133,7 +133,7 @@ void Publisher::Record(UploadRecord const& upload, Digest const& whole) {
     store.Write([&](Database& database) {
         if (upload.stack) CheckStack(database, upload.user, *upload.stack);
         Node folder = RequireNode(database, upload.user, upload.folder);
-        Node file{upload.asset, std::string(kind::File), folder.account, folder.id, upload.name};
+        Node file{upload.asset, std::string(kind::kFile), folder.account, folder.id, upload.name};
         if (upload.stack) {
             file.version = EnterStack(database, upload, folder);
             file.parent = upload.stack;
@@ -171,7 +171,7 @@ PublishedAsset Publisher::Find(UploadRecord const& upload) const {
             "FROM nodes AS file JOIN movies ON asset = file.id "
             "LEFT JOIN nodes AS stack ON stack.id = file.parent AND stack.kind = ? "
             "WHERE file.id = ?",
-            kind::VersionStack, upload.asset);
+            kind::kVersionStack, upload.asset);
         if (!row.Next()) throw ApiError::Conflict("The upload is not complete.");
         return PublishedAsset{row.Id<FileId>(0),   row.Text(1), row.Integer(2), upload.stack,
                               row.Id<FolderId>(3), row.Text(4), row.Integer(5)};

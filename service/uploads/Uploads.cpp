@@ -36,9 +36,9 @@ Uploads::Uploads(DataDirectory const& directory, Store& store, ChangeFeed& chang
                  FreeBytes freeBytes)
     : directory(directory),
       store(store),
-      clock(clock),
+      clock(std::move(clock)),
       freeBytes(freeBytes ? std::move(freeBytes) : [&directory] { return directory.FreeBytes(); }),
-      publisher(directory, store, changes, clock),
+      publisher(directory, store, changes, this->clock),
       hashes(directory) {}
 
 void Uploads::Recover() {

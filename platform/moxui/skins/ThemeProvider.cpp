@@ -226,7 +226,6 @@ float ThemeProvider::GetSize(ThemeSize size) const {
         case ThemeSize::MenuPicture:
             return 16;
         case ThemeSize::Chevron:
-            return 8;
         case ThemeSize::ScrollBar:
             return 8;
         case ThemeSize::ShortestThumb:

@@ -21,6 +21,8 @@ UI_Container::~UI_Container() {
 }
 
 void UI_Container::ChildInsert(std::size_t index, boost::intrusive_ptr<UI_Node> const& child) {
+    // The caller may have passed the element that the removal takes away.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     boost::intrusive_ptr<UI_Node> const kept = child;
     if (kept->parent) kept->parent->ChildRequestRemove(kept);
 

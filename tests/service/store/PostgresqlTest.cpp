@@ -192,7 +192,7 @@ TEST_F(PostgresqlMigrationTest, CopiesOnceAndContinues) {
     EXPECT_EQ(names(target), names(source));
     target.Write([&](Database& database) {
         InsertNode(database,
-                   {NodeId(NewUuid()), std::string(kind::Workspace), account, account, "new"});
+                   {NodeId(NewUuid()), std::string(kind::kWorkspace), account, account, "new"});
     });
     EXPECT_EQ(names(target).back(), "new") << "the numbers of rows continue";
 

@@ -138,7 +138,7 @@ TEST_F(StoreTest, CreatesOneLinkForConcurrentRequestsWithOneKey) {
     ReviewLinks links(*store, SystemTime);
     ProjectId const project(store->Read([](Database& database) {
         Statement row = database.Query(
-            "SELECT id FROM nodes WHERE kind = ? AND name = 'The Long River'", kind::Project);
+            "SELECT id FROM nodes WHERE kind = ? AND name = 'The Long River'", kind::kProject);
         row.Next();
         return row.Text(0);
     }));

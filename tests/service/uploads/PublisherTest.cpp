@@ -312,11 +312,11 @@ TEST_F(PublisherTest, SetsAsideMoviesThatCannotBeRecorded) {
         FileId const blocked = opened.uploads.Get(user, later).asset;
         opened.store.Write([&](Database& database) {
             // The movie's own ID is taken, which is an error of the database.
-            InsertNode(database, {blocked, std::string(kind::File),
+            InsertNode(database, {blocked, std::string(kind::kFile),
                                   AccountId(UuidOf("account/Northlight Pictures")), folder, "x"});
             // Possible in stores of earlier versions, which reserved no stacks.
             InsertNode(database,
-                       {stack, std::string(kind::VersionStack),
+                       {stack, std::string(kind::kVersionStack),
                         AccountId(UuidOf("account/Somebody Else's Account")), strangers, "theirs"});
         });
     }

@@ -322,7 +322,7 @@ TEST_F(UploadsTest, NumbersVersionsAndMovesTheStackToTheNewest) {
     ASSERT_EQ(std::count_if(inFolder.begin(), inFolder.end(), isStack), 1);
     EXPECT_EQ(std::find_if(inFolder.begin(), inFolder.end(), isStack)->name, "movie.mp4");
     EXPECT_EQ(std::count_if(inFolder.begin(), inFolder.end(),
-                            [](Node const& node) { return node.kind == kind::File; }),
+                            [](Node const& node) { return node.kind == kind::kFile; }),
               0);
 
     PublishedAsset third = publish(otherFolder);

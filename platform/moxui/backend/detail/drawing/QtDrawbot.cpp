@@ -209,9 +209,11 @@ void QtDrawbot::StrokePath(drawbot::PenInterface const& pen, drawbot::PathInterf
 void QtDrawbot::DrawImage(drawbot::ImageInterface const& image,
                           moxcore::geom::PointT<float> const& origin, float scale) {
     auto const size = image.GetSize();
-    static_cast<QtImage const&>(image).Paint(
-        *painter, Placed(QRectF(origin.x, origin.y, size.x * scale, size.y * scale)),
-        mirrorWidth ? Qt::RightToLeft : Qt::LeftToRight);
+    auto const width = static_cast<float>(size.x) * scale;
+    auto const height = static_cast<float>(size.y) * scale;
+    static_cast<QtImage const&>(image).Paint(*painter,
+                                             Placed(QRectF(origin.x, origin.y, width, height)),
+                                             mirrorWidth ? Qt::RightToLeft : Qt::LeftToRight);
 }
 
 void QtDrawbot::DrawString(drawbot::ColorRGBA const& color, drawbot::FontInterface const& font,

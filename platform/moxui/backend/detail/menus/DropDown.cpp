@@ -161,7 +161,7 @@ void DropDown::changeEvent(QEvent* event) {
     if (list || !isForTheList)
         QComboBox::changeEvent(event);
     else
-        QWidget::changeEvent(event);
+        QWidget::changeEvent(event);  // NOLINT(bugprone-parent-virtual-call): past QComboBox
     if (event->type() == QEvent::FontChange) Refit();
 }
 
