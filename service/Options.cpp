@@ -1,6 +1,9 @@
 #include "service/Options.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <functional>
 #include <iterator>
@@ -29,6 +32,10 @@ usage: quillo-service --data DIR [options]
   --trust-local-user         sign in the sample user without a browser when asked by a program of the
                              user who starts this, on this machine
   --allow-origin ORIGIN      let the pages of ORIGIN use the service from a browser (CORS)
+  --public-address URL       how clients reach the service, for example https://review.example, if that is
+                             not the address that they name: for review links and the sign-in
+  --proxy ADDRESS            the IP address of a reverse proxy in front, which is believed when it says
+                             for whom it asks (the last one in X-Forwarded-For)
   --limit N/SECONDS          at most N requests of each kind in SECONDS, instead of the kinds' own limits
   --stop-with-stdin          stop when standard input reaches its end
   --log requests|failures    what is written to standard error: a line of JSON for each request, or
@@ -81,15 +88,14 @@ SampleSize ParseSample(std::string const& text) {
     throw UsageError("--sample takes small, large or none, not \"" + text + "\"");
 }
 
-/// An origin in the form in which browsers send it, with which it is compared.
-std::string ParseOrigin(std::string const& text) {
+/// A scheme, a host and perhaps a port, in the form in which browsers send an origin.
+std::string ParseOrigin(std::string const& option, std::string const& text) {
     std::size_t scheme = text.starts_with("https://") ? 8 : text.starts_with("http://") ? 7 : 0;
     std::string host = text.substr(scheme);
     if (scheme == 0 || host.empty() ||
         host.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789.-:[]") != std::string::npos) {
-        throw UsageError(
-            "--allow-origin takes an origin, for example https://review.example, not \"" + text +
-            "\"");
+        throw UsageError(option + " takes an origin, for example https://review.example, not \"" +
+                         text + "\"");
     }
     return text;
 }
@@ -113,6 +119,17 @@ double ParseRate(std::string const& text) {
                          "\"");
     }
     return rate;
+}
+
+/// An IP address, in the form in which the system writes those of clients.
+std::string ParseIpAddress(std::string const& text) {
+    std::array<char, INET6_ADDRSTRLEN> canonical{};
+    for (int family : {AF_INET, AF_INET6}) {
+        in6_addr address{};
+        if (::inet_pton(family, text.c_str(), &address) == 1)
+            return ::inet_ntop(family, &address, canonical.data(), canonical.size());
+    }
+    throw UsageError("--proxy takes an IP address, for example 127.0.0.1, not \"" + text + "\"");
 }
 
 bool ParseLog(std::string const& text) {
@@ -171,7 +188,11 @@ private:
          [this](auto& text) {
              options.drain = std::chrono::seconds(NumberIn("--drain", text, 0, 86'400));
          }},
-        {"--allow-origin", [this](auto& text) { options.allowOrigin = ParseOrigin(text); }},
+        {"--allow-origin",
+         [this](auto& text) { options.allowOrigin = ParseOrigin("--allow-origin", text); }},
+        {"--public-address",
+         [this](auto& text) { options.publicAddress = ParseOrigin("--public-address", text); }},
+        {"--proxy", [this](auto& text) { options.proxy = ParseIpAddress(text); }},
         {"--sample", [this](auto& text) { options.sample = ParseSample(text); }},
         {"--limit", [this](auto& text) { options.limit = ParseLimit(text); }},
         {"--latency",

@@ -25,6 +25,8 @@ struct Options {
     bool stopWithStdin = false;
     bool logRequests = false;      ///< a line of JSON on standard error for each request
     std::chrono::seconds drain{};  ///< how long a stop waits for running requests
+    std::string publicAddress;     ///< "https://review.example"; empty: the one a client uses
+    std::string proxy;             ///< IP address of the reverse proxy; empty: there is none
     std::string allowOrigin;       ///< origin of pages that may use the API; empty: none
     http::Limits http{};  ///< `connections` is replaced, by the system's limit of descriptors
     std::optional<RateLimit> limit;

@@ -85,12 +85,13 @@ struct Service::Parts {
           links(store, SystemTime),
           events(changes, sessions),
           log(options.logRequests ? std::make_unique<RequestLog>(WriteToStandardError) : nullptr),
-          api(sessions, {options.limit, options.faults.failRate, options.allowOrigin,
-                         /*isStoreRemote=*/!options.database.empty(),
-                         [this](auto const& exchange, auto const& outcome) {
-                             metrics.Count(exchange, outcome);
-                             if (log) log->Add(exchange, outcome);
-                         }}),
+          api(sessions,
+              {options.limit, options.faults.failRate, options.allowOrigin, options.publicAddress,
+               options.proxy, /*isStoreRemote=*/!options.database.empty(),
+               [this](auto const& exchange, auto const& outcome) {
+                   metrics.Count(exchange, outcome);
+                   if (log) log->Add(exchange, outcome);
+               }}),
           server(api, HttpLimits(options)) {
         MakeSampleData(store, options.sample);
         uploads.Recover();

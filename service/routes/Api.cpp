@@ -87,6 +87,14 @@ std::string RequestId(http::Request const& request) {
     return text.data();
 }
 
+/// The client for which a proxy asks: the last address in X-Forwarded-For, which the proxy itself
+/// has added; the proxy's if there is none.
+std::string ClientOf(http::Request const& request) {
+    auto const header = request.ListHeader("X-Forwarded-For");
+    auto const addresses = http::ListElements(header ? std::string_view(*header) : "");
+    return addresses.empty() ? request.remoteAddress : std::string(addresses.back());
+}
+
 void Respond(Call& call, ApiError const& error) {
     if (error.retryAfter > 0) {
         call.response.SetHeader("Retry-After", std::to_string(error.retryAfter));
@@ -143,7 +151,10 @@ void Api::Add(Route route) {
 http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
     exchange->id = RequestId(exchange->request);
     exchange->response.SetHeader("X-Request-Id", exchange->id);
+    if (exchange->request.remoteAddress == settings.proxy)
+        exchange->request.remoteAddress = ClientOf(exchange->request);
     auto call = std::make_shared<Call>(std::move(exchange));
+    call->SetOwnAddress(settings.publicAddress);
     std::string method = call->request.method;
     Route const* route = nullptr;
     bool admitted = Guard(*call, [&] {

@@ -36,9 +36,11 @@ public:
     /// Options of the command line that concern all routes.
     struct Settings {
         std::optional<RateLimit> limit;
-        double failRate = 0;         ///< share of /v1 requests that fail with 500, for tests
-        std::string allowOrigin;     ///< origin of pages that may use the API (CORS); empty: none
-        bool isStoreRemote = false;  ///< reading from the store may take long
+        double failRate = 0;          ///< share of /v1 requests that fail with 500, for tests
+        std::string allowOrigin;      ///< origin of pages that may use the API (CORS); empty: none
+        std::string publicAddress{};  ///< as in Options
+        std::string proxy{};          ///< as in Options
+        bool isStoreRemote = false;   ///< reading from the store may take long
         /// Called with each exchange that has ended, on any thread; must not block.
         std::function<void(http::Exchange const&, http::Outcome const&)> onEnded{};
     };

@@ -55,6 +55,11 @@ std::string Call::GetBearerToken() const {
     return token == std::string_view::npos ? std::string() : std::string(header.substr(token));
 }
 
+std::string Call::GetOwnAddress() const {
+    if (!ownAddress.empty()) return std::string(ownAddress);
+    return request.host.empty() ? std::string() : "http://" + request.host;
+}
+
 json Call::ReadJson() const {
     json object = json::parse(GetBody(), nullptr, /*allow_exceptions=*/false);
     if (!object.is_object()) throw ApiError::BadRequest("The body has to be a JSON object.");

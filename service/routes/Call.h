@@ -73,10 +73,16 @@ public:
     [[nodiscard]] std::string const& GetRequestId() const { return exchange->id; }
     void SetRoute(std::string_view pattern) { exchange->route = pattern; }
 
+    /// The service's address as the client reaches it, "https://review.example"; without the public
+    /// address, which may be empty, by the request's Host, and empty if there is none.
+    [[nodiscard]] std::string GetOwnAddress() const;
+    void SetOwnAddress(std::string_view publicAddress) { ownAddress = publicAddress; }
+
     /// Ends the client's connection; see http::Exchange::abort.
     [[nodiscard]] std::function<void()> const& GetAbort() const { return exchange->abort; }
 
 private:
+    std::string_view ownAddress;
     std::shared_ptr<http::Exchange> exchange;
 };
 

@@ -14,10 +14,10 @@ using nlohmann::json;
 
 namespace {
 
-/// The link's URL, with the host name by which the client reached the service.
+/// `address`: the service's, if the client does not say how it reaches the service.
 std::string LinkUrl(Call const& call, std::string const& address, NodeId const& link) {
-    std::string const& host = call.request.host;
-    return (host.empty() ? address : "http://" + host) + "/r/" + link.GetText();
+    std::string const own = call.GetOwnAddress();
+    return (own.empty() ? address : own) + "/r/" + link.GetText();
 }
 
 /// The member "asset_ids" of the body. A malformed ID becomes the nil ID, which no asset has.

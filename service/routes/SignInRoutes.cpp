@@ -80,8 +80,7 @@ public:
     }
 
     void Describe(Call& call) const {
-        call.Respond(
-            200, DescribeAuthorizationServer("http://" + call.request.host, localUser != nullptr));
+        call.Respond(200, DescribeAuthorizationServer(call.GetOwnAddress(), localUser != nullptr));
     }
 
 private:

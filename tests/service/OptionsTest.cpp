@@ -33,13 +33,19 @@ TEST(Options, ParsesEveryOption) {
                                     "1000",
                                     "--stop-with-stdin",
                                     "--allow-origin",
-                                    "https://review.example:8"});
+                                    "https://review.example:8",
+                                    "--public-address",
+                                    "https://review.example",
+                                    "--proxy",
+                                    "0:0::1"});
     EXPECT_EQ(options.dataDirectory, "d");
     EXPECT_EQ(options.port, 8080);
     EXPECT_EQ(options.host, "0.0.0.0");
     EXPECT_EQ(options.sample, SampleSize::Large);
     EXPECT_TRUE(options.trustLocalUser && options.stopWithStdin && !options.help);
     EXPECT_EQ(options.allowOrigin, "https://review.example:8");
+    EXPECT_EQ(options.publicAddress, "https://review.example");
+    EXPECT_EQ(options.proxy, "::1");
     EXPECT_EQ(options.limit->requests, 5u);
     EXPECT_EQ(options.limit->window, std::chrono::minutes(1));
     EXPECT_EQ(options.faults.latency, std::chrono::milliseconds(20));
@@ -141,6 +147,8 @@ TEST(Options, ReportsInvalidArguments) {
              {{"--data", "d", "--fail", "nan"}, "--fail takes"},
              {{"--data", "d", "--allow-origin", "*"}, "--allow-origin takes an origin"},
              {{"--data", "d", "--allow-origin", "https://a/b"}, "--allow-origin takes an origin"},
+             {{"--data", "d", "--public-address", "https://a/"}, "--public-address takes an"},
+             {{"--data", "d", "--proxy", "proxy.example"}, "--proxy takes an IP address"},
              {{"--data", "d", "--latency", "-1"}, "--latency takes"},
              {{"--data", "d", "--drop-upload-after", "0"}, "--drop-upload-after takes"},
          }) {

@@ -68,6 +68,43 @@ TEST(Operations, ShowFiguresWithoutWhatIsPrivateToThisMachineOnly) {
     EXPECT_EQ(client.http.Get("/readyz")->body, "ready");
 }
 
+TEST(Operations, BelieveTheProxyAboutItsClientsAndNobodyElse) {
+    struct Row {
+        char const* proxy;
+        char const* forwarded;
+        bool isLocal;
+    };
+    // The secret of the local user is for programs on this machine.
+    for (Row const& row :
+         {Row{"127.0.0.1", "", true}, Row{"127.0.0.1", "192.0.2.1", false},
+          Row{"127.0.0.1", "192.0.2.1, 127.0.0.1", true},
+          Row{"127.0.0.1", "127.0.0.1, 192.0.2.1", false}, Row{"192.0.2.9", "192.0.2.1", true}}) {
+        Options options;
+        options.proxy = row.proxy;
+        options.publicAddress = "https://review.example";
+        RunningService service(options);
+        httplib::Client http("127.0.0.1", service.GetPort());
+        httplib::Headers headers;
+        if (*row.forwarded) headers.emplace("X-Forwarded-For", row.forwarded);
+        bool const isLocal = http.Get("/admin", headers)->status == 200;
+        EXPECT_EQ(isLocal, row.isLocal) << row.proxy << ": " << row.forwarded;
+    }
+}
+
+TEST(Operations, NameThePublicAddress) {
+    Options options;
+    options.publicAddress = "https://review.example";
+    RunningService service(options);
+    ApiClient client(service.GetPort());
+    auto const metadata = client.Get("/.well-known/oauth-authorization-server");
+    EXPECT_EQ(metadata["issuer"], "https://review.example");
+    EXPECT_THAT(metadata["token_endpoint"].get<std::string>(),
+                testing::StartsWith("https://review.example/"));
+    auto const link = client.Post("/v1/projects/" + client.project + "/review-links",
+                                  {{"name", "Review"}})["review_link"];
+    EXPECT_THAT(link["url"].get<std::string>(), testing::StartsWith("https://review.example/r/"));
+}
+
 TEST(Operations, GiveEachRequestAnId) {
     RunningService service;
     httplib::Client http("127.0.0.1", service.GetPort());
