@@ -36,7 +36,7 @@ std::string FromPercent(std::string_view text) {
     return bytes;
 }
 
-std::string FromHtml(std::string text) {
+std::string FromHtml(std::string const& text) {
     constexpr std::array<std::array<std::string_view, 2>, 5> kEntities{
         {{"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&#39;", "'"}, {"&amp;", "&"}}};
     std::string plain;
