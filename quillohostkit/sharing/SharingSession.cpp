@@ -70,7 +70,9 @@ void Sharing::Resume() {
 }
 
 void Sharing::SignIn() {
-    if (IsReady()) viewModel->Login();
+    if (!IsReady()) return;
+    isResuming = false;  // the user has asked for it, and hears how it ends
+    viewModel->Login();
 }
 
 void Sharing::SignOut() {
