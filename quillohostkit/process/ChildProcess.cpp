@@ -52,7 +52,8 @@ struct Pipe {
     Descriptor write;
 };
 
-/// Cuts what is read into lines. The last one need not end in a line feed.
+/// Cuts what is read into lines. A line feed ends one, and so does a carriage return, with which
+/// programs write their progress over and over; the last one need not end.
 class LineReader {
 public:
     explicit LineReader(std::function<void(std::string)> onLine) : onLine(std::move(onLine)) {}
@@ -66,10 +67,11 @@ public:
             return false;
         }
         for (char c : std::string_view(bytes.data(), static_cast<std::size_t>(count))) {
-            if (c == '\n')
-                onLine(std::exchange(line, {}));
-            else
+            bool const isSecondOfTwo = std::exchange(wasReturn, c == '\r') && c == '\n';
+            if (c != '\n' && c != '\r')
                 line += c;
+            else if (!isSecondOfTwo)
+                onLine(std::exchange(line, {}));
         }
         return true;
     }
@@ -77,6 +79,7 @@ public:
 private:
     std::function<void(std::string)> onLine;
     std::string line;
+    bool wasReturn = false;  // the last byte
 };
 
 /// Runs in the new process until it becomes the program: only calls that are allowed after a fork

@@ -57,12 +57,14 @@ void Sharing::Resume() {
     } catch (...) {
         return;  // reported when the user shares
     }
-    if (!viewModel->GetUser()->GetID().IsNull()) return;
+    auto const isLate = [this] {
+        return !viewModel->GetUser()->GetID().IsNull() || viewModel->GetIsLoggedIn() ||
+               viewModel->GetSignInProgress().IsUnderWay();
+    };
+    if (isLate()) return;
     isResuming = true;
-    OnMainThread(quilloauth::jwt::GetAccessToken(), token, [this](auto const& kept) {
-        bool const isLate =
-            viewModel->GetSignInProgress().IsUnderWay() || viewModel->GetIsLoggedIn();
-        if (kept.GetException() || isLate)
+    OnMainThread(quilloauth::jwt::GetAccessToken(), token, [this, isLate](auto const& kept) {
+        if (kept.GetException() || isLate())
             isResuming = false;
         else
             viewModel->Login();  // with the token that there is
@@ -70,7 +72,9 @@ void Sharing::Resume() {
 }
 
 void Sharing::SignIn() {
-    if (IsReady()) viewModel->Login();
+    if (!IsReady()) return;
+    isResuming = false;  // the user has asked for it, and hears how it ends
+    viewModel->Login();
 }
 
 void Sharing::SignOut() {
