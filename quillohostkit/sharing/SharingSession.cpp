@@ -73,7 +73,7 @@ void Sharing::Resume() {
 
 void Sharing::SignIn() {
     if (!IsReady()) return;
-    isResuming = false;  // the user has asked for it, and hears how it ends
+    isResuming = false;  // the user has asked for it, so its failure is shown
     viewModel->Login();
 }
 
