@@ -70,7 +70,7 @@ TEST(IOBoundExecutor, LetsTheProcessEndWhateverIsWaitingOrStuck) {
             never.GetFuture().Wait();
         });
         begun.GetFuture().Wait();
-        std::exit(3);  // NOLINT(concurrency-mt-unsafe): the case is that a thread still runs
+        std::exit(3);
     };
     EXPECT_EXIT(endWithWorkAtHand(), testing::ExitedWithCode(3), "");
 }
