@@ -17,7 +17,6 @@ using namespace quillosdk;
 using namespace std::chrono_literals;
 using moxcore::config::ExtractMessageFromException;
 using moxcore::config::ExtractResultFromException;
-using testing::HasSubstr;
 using testsupport::FakeTus;
 using testsupport::HeaderOf;
 using testsupport::kPiece;
