@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 
 #include "quillohostkit/widgets/ElidedLabel.h"
+#include "quillohostkit/widgets/QtText.h"
 
 namespace quillohostkit {
 namespace {
@@ -14,15 +15,17 @@ constexpr int kProgressWidth = 120;
 
 ShareStatusLabel::ShareStatusLabel(ShareController* controller, QWidget* parent)
     : QWidget(parent),
-      message(new ElidedLabel("Message", Qt::ElideRight)),
-      phase(new ElidedLabel("Share", Qt::ElideMiddle)),
+      message(new ElidedLabel(QtText("$$$/Vistrel/quillohostkit/Message=Message"), Qt::ElideRight)),
+      phase(new ElidedLabel(QtText("$$$/Vistrel/quillohostkit/Share=Share"), Qt::ElideMiddle)),
       progress(new QProgressBar),
       cancel(new QToolButton) {
     progress->setFixedWidth(kProgressWidth);
     progress->setTextVisible(false);
-    progress->setAccessibleName("Progress of the share");
-    cancel->setText("Cancel");
-    cancel->setAccessibleName("Cancel the Share");
+    progress->setAccessibleName(
+        QtText("$$$/Vistrel/quillohostkit/Status/Progress=Progress of the share"));
+    cancel->setText(QtText("$$$/Vistrel/quillohostkit/Status/Cancel=Cancel"));
+    cancel->setAccessibleName(
+        QtText("$$$/Vistrel/quillohostkit/Status/CancelName=Cancel the Share"));
     cancel->setAutoRaise(true);
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

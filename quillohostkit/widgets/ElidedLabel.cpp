@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QPainter>
+#include <QStyle>
 
 #include "quillohostkit/text/PlainText.h"
 
@@ -30,7 +31,11 @@ QSize ElidedLabel::minimumSizeHint() const {
 
 void ElidedLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.drawText(contentsRect(), Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine,
+    // A path reads from left to right whatever the window does.
+    painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    auto const side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeading);
+    painter.drawText(contentsRect(),
+                     Qt::AlignVCenter | Qt::AlignAbsolute | side | Qt::TextSingleLine,
                      fontMetrics().elidedText(text, mode, contentsRect().width()));
 }
 
