@@ -45,6 +45,7 @@ public:
             "$$$/Vistrel/quillohostkit/Preferences/ChooseName=Choose the Default Destination"));
         clearButton->setAccessibleName(QtText(
             "$$$/Vistrel/quillohostkit/Preferences/ClearName=Clear the Default Destination"));
+        message->SetStatus();
         for (auto* const button : {accountButton, chooseButton, clearButton})
             button->setAutoDefault(false);
         LayOut();

@@ -8,7 +8,7 @@
 namespace quillohostkit {
 namespace {
 
-constexpr int kSteps = 1000;
+constexpr int kPercent = 100;  // assistive tools say the bar's own numbers
 constexpr int kProgressWidth = 120;
 
 }  // namespace
@@ -19,6 +19,7 @@ ShareStatusLabel::ShareStatusLabel(ShareController* controller, QWidget* parent)
       phase(new ElidedLabel(QtText("$$$/Vistrel/quillohostkit/Share=Share"), Qt::ElideMiddle)),
       progress(new QProgressBar),
       cancel(new QToolButton) {
+    message->SetStatus();
     progress->setFixedWidth(kProgressWidth);
     progress->setTextVisible(false);
     progress->setAccessibleName(
@@ -57,8 +58,8 @@ void ShareStatusLabel::Show(ShareState const& state) {
     phase->SetText(state.phaseText());
     cancel->setEnabled(state.canCancel());
     // Without a maximum the bar shows that nobody knows.
-    progress->setRange(0, state.progress() < 0 ? 0 : kSteps);
-    progress->setValue(static_cast<int>(state.progress() * kSteps));
+    progress->setRange(0, state.progress() < 0 ? 0 : kPercent);
+    progress->setValue(static_cast<int>(state.progress() * kPercent));
 }
 
 }  // namespace quillohostkit
