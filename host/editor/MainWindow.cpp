@@ -332,6 +332,8 @@ void MainWindow::ShowPreferences() {
     dialog.setWindowTitle(QtText("$$$/Vistrel/quillo-host/Preferences=Preferences"));
     dialog.setMinimumWidth(520);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    buttons->button(QDialogButtonBox::Close)
+        ->setText(QtText("$$$/Vistrel/quillo-host/Close=Close"));
     connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     auto* const layout = new QVBoxLayout(&dialog);
     layout->addWidget(new quillohostkit::PreferencesPage(sharing));
