@@ -57,7 +57,6 @@ if(TARGET quillohostkit)
   quillo_install_component(hostkit TARGETS quillohostkit COMPONENTS quillomoxui PACKAGES "Qt6 COMPONENTS Widgets"
                            PC_REQUIRES Qt6Widgets)
 endif()
-install(DIRECTORY quillomoxui/resources/strings DESTINATION ${CMAKE_INSTALL_DATADIR}/quillomoxui COMPONENT Libraries)
 
 configure_package_config_file(cmake/quillomoxui-config.cmake.in quillomoxui-config.cmake
                               INSTALL_DESTINATION ${QUILLO_PACKAGE_DIR})

@@ -18,16 +18,22 @@
 #include "host/session/Options.h"
 #include "host/session/Session.h"
 #include "host/state/HostFiles.h"
+#include "moxcore/config/Localizer.h"
 
 namespace {
 
 using namespace quillohost;
+using moxcore::config::Text;
 
 void Share(Options const& options, MainLoop& loop, ProgressDisplay& display) {
     ShareCommand command(options, loop, display);
     auto const result = command.Run();
-    display.Tell("Shared as version " + std::to_string(result.version) +
-                 (result.isNewLink ? " under a new link" : " under the link it had"));
+    display.Tell(Text(
+        result.isNewLink
+            ? "$$$/Vistrel/quillo-host/Share/NewLink=Shared as version {version} under a new link"
+            : "$$$/Vistrel/quillo-host/Share/SameLink=Shared as version {version} under the link "
+              "it had",
+        {{"version", std::to_string(result.version)}}));
     if (auto const hint = command.HowToOpen(result.link); !hint.empty()) display.Tell(hint);
     if (!options.json) return PrintLines({result.link});
     PrintLines(JsonLines({{"link", result.link},
@@ -51,13 +57,15 @@ void ChooseLocation(Options const& options, MainLoop& loop, ProgressDisplay& dis
 
 void SignIn(Session& session) {
     auto const user = session.SignIn();
-    PrintLines({"Signed in to " + session.Service().Address() + " as " +
-                quillohostkit::NameOf(*user) + "."});
+    PrintLines(
+        {Text("$$$/Vistrel/quillo-host/SignIn/Done=Signed in to {service} as {user}.",
+              {{"service", session.Service().Address()}, {"user", quillohostkit::NameOf(*user)}})});
 }
 
 void SignOut(Session& session) {
     session.SignOut();
-    PrintLines({"Signed out of " + session.Service().Address() + "."});
+    PrintLines({Text("$$$/Vistrel/quillo-host/SignOut/Done=Signed out of {service}.",
+                     {{"service", session.Service().Address()}})});
 }
 
 void RunCommand(Options const& options) {
@@ -76,7 +84,7 @@ void RunCommand(Options const& options) {
 
 int Run(Options const& options) {
     if (options.command == Command::Help) {
-        PrintLines(LinesOf(kHelp));
+        PrintLines(LinesOf(Text(kHelp)));
     } else if (options.command == Command::Version) {
         PrintLines({"quillo-host " QUILLO_HOST_VERSION});
     } else {

@@ -3,16 +3,21 @@
 #include <QFile>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/Failure.h"
+#include "quillohostkit/process/FileFailures.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 constexpr qint64 kPiece = 1 << 20;
 
-[[noreturn]] void ThrowFor(QFile const& file, char const* what) {
-    throw Failure(FailureKind::Export, std::string(what) + " \"" + file.fileName().toStdString() +
-                                           "\": " + file.errorString().toStdString() + ".");
+[[noreturn]] void ThrowFor(QFile const& file, char const* keyAndDefault) {
+    throw Failure(FailureKind::Export,
+                  Text(keyAndDefault, {{"file", file.fileName().toStdString()},
+                                       {"reason", file.errorString().toStdString()}}));
 }
 
 }  // namespace
@@ -24,16 +29,16 @@ CopyExporter::CopyExporter(Path newPath) : path(std::move(newPath)) {}
 void CopyExporter::Export(ExportJob& job) {
     QFile from(path ? path() : job.GetAsset().path);
     QFile to(job.OutputFile());
-    if (!from.open(QIODevice::ReadOnly)) ThrowFor(from, "Cannot read");
-    if (!to.open(QIODevice::WriteOnly)) ThrowFor(to, "Cannot write");
+    if (!from.open(QIODevice::ReadOnly)) ThrowFor(from, kCannotRead);
+    if (!to.open(QIODevice::WriteOnly)) ThrowFor(to, kCannotWrite);
     auto const size = static_cast<double>(from.size());
     QByteArray piece;
     while (!job.IsCancelled() && !(piece = from.read(kPiece)).isEmpty()) {
-        if (to.write(piece) != piece.size()) ThrowFor(to, "Cannot write");
+        if (to.write(piece) != piece.size()) ThrowFor(to, kCannotWrite);
         job.SetProgress(static_cast<double>(to.pos()) / size);
     }
-    if (from.error() != QFileDevice::NoError) ThrowFor(from, "Cannot read");
-    if (!to.flush()) ThrowFor(to, "Cannot write");
+    if (from.error() != QFileDevice::NoError) ThrowFor(from, kCannotRead);
+    if (!to.flush()) ThrowFor(to, kCannotWrite);
 }
 
 }  // namespace quillohostkit

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "quillohostkit/exporting/JobState.h"
+#include "quillohostkit/widgets/QtText.h"
 
 namespace quillohostkit {
 
@@ -11,7 +12,11 @@ namespace quillohostkit {
 class ExportJob::Handle {
 public:
     explicit Handle(std::shared_ptr<State> newState) : state(std::move(newState)) {}
-    ~Handle() { state->End("The exporter has ended without a movie."); }
+    ~Handle() {
+        state->End(
+            QtText("$$$/Vistrel/quillohostkit/Export/NoMovieAtEnd=The exporter has ended without a "
+                   "movie."));
+    }
     Handle(Handle const&) = delete;
     Handle& operator=(Handle const&) = delete;
 
@@ -50,7 +55,9 @@ void ExportJob::Finish() const {
 }
 
 void ExportJob::Fail(QString const& reason) const {
-    handle->state->End(reason.isEmpty() ? "The exporter has failed without a reason." : reason);
+    handle->state->End(reason.isEmpty() ? QtText("$$$/Vistrel/quillohostkit/Export/NoReason=The "
+                                                 "exporter has failed without a reason.")
+                                        : reason);
 }
 
 }  // namespace quillohostkit

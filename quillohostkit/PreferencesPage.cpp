@@ -7,15 +7,18 @@
 #include <string>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/utility/LifetimeToken.h"
 #include "quillohostkit/session/ExplainFailure.h"
 #include "quillohostkit/session/FailureInbox.h"
 #include "quillohostkit/sharing/Sharing.h"
 #include "quillohostkit/widgets/ElidedLabel.h"
 #include "quillohostkit/widgets/LocationDialog.h"
+#include "quillohostkit/widgets/QtText.h"
 
 namespace quillohostkit {
 
+using moxcore::config::Text;
 using quillomoxui::QuilloUser;
 using quillomoxui::ShareForReviewViewModel;
 
@@ -24,15 +27,25 @@ public:
     Impl(PreferencesPage& newPage, ShareController& controller)
         : page(newPage),
           state(*controller.GetState()),
-          account(new ElidedLabel("Account", Qt::ElideMiddle)),
-          destination(new ElidedLabel("Default destination", Qt::ElideMiddle)),
-          message(new ElidedLabel("Message", Qt::ElideRight)),
+          account(
+              new ElidedLabel(QtText("$$$/Vistrel/quillohostkit/Preferences/AccountName=Account"),
+                              Qt::ElideMiddle)),
+          destination(new ElidedLabel(
+              QtText("$$$/Vistrel/quillohostkit/Preferences/DestinationName=Default destination"),
+              Qt::ElideMiddle)),
+          message(
+              new ElidedLabel(QtText("$$$/Vistrel/quillohostkit/Message=Message"), Qt::ElideRight)),
           accountButton(new QPushButton),
-          chooseButton(new QPushButton("C&hoose...")),
-          clearButton(new QPushButton("C&lear")),
+          chooseButton(
+              new QPushButton(QtText("$$$/Vistrel/quillohostkit/Preferences/Choose=C&hoose..."))),
+          clearButton(
+              new QPushButton(QtText("$$$/Vistrel/quillohostkit/Preferences/Clear=C&lear"))),
           failures([this](auto const& failure) { OnFailure(failure); }) {
-        chooseButton->setAccessibleName("Choose the Default Destination");
-        clearButton->setAccessibleName("Clear the Default Destination");
+        chooseButton->setAccessibleName(QtText(
+            "$$$/Vistrel/quillohostkit/Preferences/ChooseName=Choose the Default Destination"));
+        clearButton->setAccessibleName(QtText(
+            "$$$/Vistrel/quillohostkit/Preferences/ClearName=Clear the Default Destination"));
+        message->SetStatus();
         for (auto* const button : {accountButton, chooseButton, clearButton})
             button->setAutoDefault(false);
         LayOut();
@@ -48,10 +61,15 @@ public:
 private:
     void LayOut() {
         auto* const layout = new QGridLayout(&page);
-        layout->addWidget(new QLabel("Account:"), 0, 0, 1, 3);
+        layout->addWidget(
+            new QLabel(QtText("$$$/Vistrel/quillohostkit/Preferences/Account=Account:")), 0, 0, 1,
+            3);
         layout->addWidget(account, 1, 0);
         layout->addWidget(accountButton, 1, 1, 1, 2);
-        layout->addWidget(new QLabel("Default destination of what was never shared:"), 2, 0, 1, 3);
+        layout->addWidget(
+            new QLabel(QtText("$$$/Vistrel/quillohostkit/Preferences/Destination=Default "
+                              "destination of what was never shared:")),
+            2, 0, 1, 3);
         layout->addWidget(destination, 3, 0);
         layout->addWidget(chooseButton, 3, 1);
         layout->addWidget(clearButton, 3, 2);
@@ -62,8 +80,13 @@ private:
 
     void ShowAccount() {
         bool const isSignedIn = !state.signedInAs().isEmpty();
-        account->SetText(isSignedIn ? state.signedInAs() : "Nobody is signed in");
-        accountButton->setText(isSignedIn ? "Sign &Out" : "Sign &In");
+        account->SetText(
+            isSignedIn
+                ? state.signedInAs()
+                : QtText("$$$/Vistrel/quillohostkit/Preferences/Nobody=Nobody is signed in"));
+        accountButton->setText(
+            isSignedIn ? QtText("$$$/Vistrel/quillohostkit/Preferences/SignOut=Sign &Out")
+                       : QtText("$$$/Vistrel/quillohostkit/Preferences/SignIn=Sign &In"));
     }
 
     /// The destination as it is now, and a line for the user.
@@ -75,7 +98,9 @@ private:
         } catch (std::exception const& exception) {
             message->SetText(QString::fromStdString(exception.what()));
         }
-        destination->SetText(location ? QString::fromStdString(location->namePath) : "None");
+        destination->SetText(
+            location ? QString::fromStdString(location->namePath)
+                     : QtText("$$$/Vistrel/quillohostkit/Preferences/NoDestination=None"));
         clearButton->setEnabled(location.has_value());
     }
 
@@ -98,7 +123,7 @@ private:
 
     void SignInToChoose() {
         if (!Sharing::Get()->IsReady()) return Show(state.message().toStdString());
-        Show("Signing in...");
+        Show(Text("$$$/Vistrel/quillohostkit/Preferences/SigningIn=Signing in..."));
         chooser = std::make_shared<ShareForReviewViewModel>();
         userBinding = chooser->UserNotifyingPropertyHost::BindValueChanged(
             [this, life = token.Watch()](std::shared_ptr<QuilloUser> const& user) {

@@ -6,10 +6,13 @@
 #include <utility>
 #include <vector>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/ChildProcess.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 /// One run of the program; the job's handler for cancellation holds it. Main thread.
@@ -23,8 +26,10 @@ public:
         auto file = std::filesystem::path(QFile::encodeName(program).toStdString());
         if (!file.has_parent_path()) file = FindProgram(file.string());
         if (file.empty())
-            throw Failure(FailureKind::Export, "Cannot export: the program \"" +
-                                                   program.toStdString() + "\" is not installed.");
+            throw Failure(FailureKind::Export,
+                          Text("$$$/Vistrel/quillohostkit/Export/NoProgram=Cannot export: the "
+                               "program \"{program}\" is not installed.",
+                               {{"program", program.toStdString()}}));
         process = std::make_unique<ChildProcess>(
             file, arguments, ChildProcess::Input::Nothing,
             ChildProcess::Hooks{.onOutput = [this](auto const& line) { Read(line); },
@@ -49,11 +54,16 @@ private:
     void OnExit(ExitStatus status) {
         auto const self = shared_from_this();  // the job's end lets go of it
         if (status.IsSuccess()) return job.Finish();
-        auto reason = "Cannot export: \"" + program + "\" has ended with " +
-                      (status.signal != 0 ? QString("signal %1").arg(status.signal)
-                                          : QString("exit status %1").arg(status.code));
-        if (!lastError.empty()) reason += " (" + QString::fromStdString(lastError) + ")";
-        job.Fail(reason + ".");
+        bool const isKilled = status.signal != 0;
+        auto const said = lastError.empty() ? "" : " (" + lastError + ")";
+        job.Fail(QString::fromStdString(
+            Text(isKilled ? "$$$/Vistrel/quillohostkit/Export/Killed=Cannot export: \"{program}\" "
+                            "has ended with signal {number}{said}."
+                          : "$$$/Vistrel/quillohostkit/Export/Status=Cannot export: \"{program}\" "
+                            "has ended with exit status {number}{said}.",
+                 {{"program", program.toStdString()},
+                  {"number", std::to_string(isKilled ? status.signal : status.code)},
+                  {"said", said}})));
     }
 
     ExportJob const job;

@@ -1,12 +1,14 @@
 #include "quillohostkit/ShareButton.h"
 
+#include "quillohostkit/widgets/QtText.h"
+
 namespace quillohostkit {
 
 ShareButton::ShareButton(QWidget* parent)
     : QToolButton(parent), controller(new ShareController(this)) {
-    setText("Share");
-    setToolTip("Share for review");
-    setAccessibleName("Share for Review");
+    setText(QtText("$$$/Vistrel/quillohostkit/Share=Share"));
+    setToolTip(QtText("$$$/Vistrel/quillohostkit/Button/Tip=Share for review"));
+    setAccessibleName(QtText("$$$/Vistrel/quillohostkit/ShareForReview=Share for Review"));
     connect(this, &QToolButton::clicked, controller, &ShareController::Open);
 }
 

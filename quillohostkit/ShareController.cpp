@@ -12,6 +12,7 @@
 #include "quillohostkit/sharing/Sharing.h"
 #include "quillohostkit/sharing/StateValues.h"
 #include "quillohostkit/text/PlainText.h"
+#include "quillohostkit/widgets/QtText.h"
 
 namespace quillohostkit {
 namespace {
@@ -78,8 +79,10 @@ public:
 private:
     /// The host shows no messages.
     void ShowFailure(QString const& reason) const {
-        auto* const box = new QMessageBox(QMessageBox::Warning, "Share for Review", reason,
-                                          QMessageBox::Ok, anchor.window());
+        auto* const box =
+            new QMessageBox(QMessageBox::Warning,
+                            QtText("$$$/Vistrel/quillohostkit/ShareForReview=Share for Review"),
+                            reason, QMessageBox::Ok, anchor.window());
         box->setTextFormat(Qt::PlainText);
         box->setAttribute(Qt::WA_DeleteOnClose);
         box->open();

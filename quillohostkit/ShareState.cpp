@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "quillohostkit/sharing/StateValues.h"
+#include "quillohostkit/widgets/QtText.h"
 
 namespace quillohostkit {
 
@@ -47,20 +48,20 @@ QString ShareState::message() const {
 
 QString ShareState::phaseText() const {
     auto const now = Get();
-    auto const named = [&now](char const* words) {
-        return QString("%1 \"%2\"").arg(QString(words), now.title);
+    auto const named = [&now](char const* keyAndDefault) {
+        return QtText(keyAndDefault, {{"title", now.title.toStdString()}});
     };
     switch (now.phase) {
         case Phase::Idle:
             break;
         case Phase::Linking:
-            return named("Making a link for");
+            return named("$$$/Vistrel/quillohostkit/Phase/Linking=Making a link for \"{title}\"");
         case Phase::Exporting:
-            return named("Exporting");
+            return named("$$$/Vistrel/quillohostkit/Phase/Exporting=Exporting \"{title}\"");
         case Phase::Uploading:
-            return named("Uploading");
+            return named("$$$/Vistrel/quillohostkit/Phase/Uploading=Uploading \"{title}\"");
         case Phase::Finishing:
-            return named("Finishing");
+            return named("$$$/Vistrel/quillohostkit/Phase/Finishing=Finishing \"{title}\"");
     }
     return {};
 }

@@ -3,26 +3,30 @@
 #include <QHBoxLayout>
 
 #include "quillohostkit/widgets/ElidedLabel.h"
+#include "quillohostkit/widgets/QtText.h"
 
 namespace quillohostkit {
 namespace {
 
-constexpr int kSteps = 1000;
+constexpr int kPercent = 100;  // assistive tools say the bar's own numbers
 constexpr int kProgressWidth = 120;
 
 }  // namespace
 
 ShareStatusLabel::ShareStatusLabel(ShareController* controller, QWidget* parent)
     : QWidget(parent),
-      message(new ElidedLabel("Message", Qt::ElideRight)),
-      phase(new ElidedLabel("Share", Qt::ElideMiddle)),
+      message(new ElidedLabel(QtText("$$$/Vistrel/quillohostkit/Message=Message"), Qt::ElideRight)),
+      phase(new ElidedLabel(QtText("$$$/Vistrel/quillohostkit/Share=Share"), Qt::ElideMiddle)),
       progress(new QProgressBar),
       cancel(new QToolButton) {
+    message->SetStatus();
     progress->setFixedWidth(kProgressWidth);
     progress->setTextVisible(false);
-    progress->setAccessibleName("Progress of the share");
-    cancel->setText("Cancel");
-    cancel->setAccessibleName("Cancel the Share");
+    progress->setAccessibleName(
+        QtText("$$$/Vistrel/quillohostkit/Status/Progress=Progress of the share"));
+    cancel->setText(QtText("$$$/Vistrel/quillohostkit/Status/Cancel=Cancel"));
+    cancel->setAccessibleName(
+        QtText("$$$/Vistrel/quillohostkit/Status/CancelName=Cancel the Share"));
     cancel->setAutoRaise(true);
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -54,8 +58,8 @@ void ShareStatusLabel::Show(ShareState const& state) {
     phase->SetText(state.phaseText());
     cancel->setEnabled(state.canCancel());
     // Without a maximum the bar shows that nobody knows.
-    progress->setRange(0, state.progress() < 0 ? 0 : kSteps);
-    progress->setValue(static_cast<int>(state.progress() * kSteps));
+    progress->setRange(0, state.progress() < 0 ? 0 : kPercent);
+    progress->setValue(static_cast<int>(state.progress() * kPercent));
 }
 
 }  // namespace quillohostkit

@@ -5,10 +5,13 @@
 
 #include "host/process/Terminal.h"
 #include "host/session/DestinationFinder.h"
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/Failure.h"
 #include "quillomoxui/model/QuilloProject.h"
 
 namespace quillohost {
+
+using moxcore::config::Text;
 namespace {
 
 using nlohmann::ordered_json;
@@ -39,8 +42,10 @@ ordered_json Describe(Session& session, Node const& node, int levels) {
 void AddLines(ordered_json const& place, std::string const& indentation,
               std::vector<std::string>& lines) {
     auto line = indentation + std::string(place["name"]);
-    if (place["type"] == "file") line += "  (file)";
-    if (place["type"] == "version_stack") line += "  (versions)";
+    if (place["type"] == "file")
+        line += "  " + Text("$$$/Vistrel/quillo-host/Locations/File=(file)");
+    if (place["type"] == "version_stack")
+        line += "  " + Text("$$$/Vistrel/quillo-host/Locations/Versions=(versions)");
     lines.push_back(std::move(line));
     for (auto const& child : place["children"])
         AddLines(child, indentation + "  ", lines);
@@ -56,7 +61,9 @@ std::vector<std::string> Print(Session& session, Node const& user, Options const
 
 Node SignIn(Session& session) {
     auto user = session.SignIn();
-    session.Display().Tell("Reading the places of " + quillohostkit::NameOf(*user));
+    session.Display().Tell(
+        Text("$$$/Vistrel/quillo-host/Locations/Reading=Reading the places of {user}",
+             {{"user", quillohostkit::NameOf(*user)}}));
     return user;
 }
 

@@ -5,6 +5,7 @@
 
 #include "host/state/HostFiles.h"
 #include "moxcore/config/Error.h"
+#include "moxcore/config/Localizer.h"
 #include "moxcore/string/Conversions.h"
 #include "quillohostkit/process/Failure.h"
 #include "quillohostkit/state/AssetName.h"
@@ -12,6 +13,8 @@
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
 namespace quillohost {
+
+using moxcore::config::Text;
 namespace {
 
 namespace assetdata = quillomoxui::assetdata;
@@ -96,7 +99,8 @@ ShareCommand::Result ShareCommand::Run() {
     ConnectLibrary();
     TakeLocks();
 
-    display.Tell("Signing in to " + session.Service().Address());
+    display.Tell(Text("$$$/Vistrel/quillo-host/SignIn/UnderWay=Signing in to {service}",
+                      {{"service", session.Service().Address()}}));
     auto const user = session.SignIn();
     DestinationFinder finder(session, user);
     ForgetLostShare(finder);
@@ -105,13 +109,15 @@ ShareCommand::Result ShareCommand::Run() {
     auto const idPath = quillohostkit::IDPathOf(folder);
     Result result;
     result.folderPath = quillohostkit::JoinNamePath(quillohostkit::NamePathOf(folder));
-    display.Tell("Sharing to " + result.folderPath);
+    display.Tell(
+        Text("$$$/Vistrel/quillo-host/Share/To=Sharing to {path}", {{"path", result.folderPath}}));
 
     auto const earlierLink = asset->Stored(assetdata::kReviewLinkGuid);
 
     if (!folder->FindSelfOrAncestorOfType<quillomoxui::QuilloProject>())
-        throw quillohostkit::Failure(
-            FailureKind::Location, "The folder has been moved or removed meanwhile; share again.");
+        throw quillohostkit::Failure(FailureKind::Location,
+                                     Text("$$$/Vistrel/quillo-host/Share/FolderGone=The folder has "
+                                          "been moved or removed meanwhile; share again."));
     user->SetSelection(folder);
     viewModel.LocationPickerSelectionCommitted();
     viewModel.ProcessAssetForReview();
@@ -146,21 +152,28 @@ ShareCommand::Folder ShareCommand::FindDestination(DestinationFinder& finder) {
     if (!options.to.empty()) return finder.FindByNamePath(options.to);
     auto const path = asset->GetIDPath();
     if (auto folder = finder.FindByIDPath(path)) return folder;
-    if (!path.empty()) display.Tell("The folder that this movie was shared to last is gone.");
+    if (!path.empty())
+        display.Tell(
+            Text("$$$/Vistrel/quillo-host/Share/LastGone=The folder that this movie was shared to "
+                 "last is gone."));
     return finder.FindFirstProject();
 }
 
 void ShareCommand::ForgetLostShare(DestinationFinder& finder) {
     auto const folder = finder.FindByIDPath(asset->GetIDPath());
     if (!folder || finder.Holds(folder, Guid(asset->Stored(assetdata::kVersionStackGuid)))) return;
-    display.Tell("The service no longer has what was shared of this movie; sharing it anew.");
+    display.Tell(
+        Text("$$$/Vistrel/quillo-host/Share/Lost=The service no longer has what was shared of this "
+             "movie; sharing it anew."));
     asset->ForgetShares();
 }
 
 void ShareCommand::TakeLocks() {
     for (auto const& key : asset->LockKeys(session.ViewModel().GetOutputFileName()))
         locks.push_back(loop.Await(session.Locks().Take(key, [this] {
-            display.Tell("Waiting for another quillo-host that shares this movie or name.");
+            display.Tell(
+                Text("$$$/Vistrel/quillo-host/Share/Waiting=Waiting for another quillo-host that "
+                     "shares this movie or name."));
         })));
 }
 
@@ -171,11 +184,14 @@ quillohostkit::ExportedFile ShareCommand::Export(quillohostkit::Movie const& mov
         std::string others;
         for (auto const& other : movie.otherSounds)
             others += (others.empty() ? "" : ", ") + other;
-        display.Tell("The sound is " + movie.sound.description + "; left out: " + others);
+        display.Tell(
+            Text("$$$/Vistrel/quillo-host/Share/Sound=The sound is {sound}; left out: {others}",
+                 {{"sound", movie.sound.description}, {"others", others}}));
     }
-    display.Begin("Exporting", [&movie](double fractionPerSecond) {
-        return FormatSpeed(fractionPerSecond * movie.duration.value_or(0));
-    });
+    display.Begin(Text("$$$/Vistrel/quillo-host/Share/Exporting=Exporting"),
+                  [&movie](double fractionPerSecond) {
+                      return FormatSpeed(fractionPerSecond * movie.duration.value_or(0));
+                  });
     quillohostkit::MovieExport const exporter(
         movie, *heard->exportRequest,
         [this, &viewModel](double fraction) {
@@ -188,23 +204,30 @@ quillohostkit::ExportedFile ShareCommand::Export(quillohostkit::Movie const& mov
     try {
         exported = loop.Await(exporter.Result());
     } catch (quillohostkit::DamagedMovie const& damaged) {
-        throw quillohostkit::Failure(
-            damaged.GetKind(),
-            std::string(damaged.what()) + " --accept-damaged shares what there is.");
+        throw quillohostkit::Failure(damaged.GetKind(),
+                                     Text("$$$/Vistrel/quillo-host/Share/Damaged={text} "
+                                          "--accept-damaged shares what there is.",
+                                          {{"text", damaged.what()}}));
     }
     display.End();
     if (!exported.damage.empty())
-        display.Tell("The movie is damaged: " + exported.damage + "; that is shared.");
-    display.Tell("Exported " + FormatBytes(static_cast<double>(exported.bytes)));
+        display.Tell(
+            Text("$$$/Vistrel/quillo-host/Share/DamageAccepted=The movie is damaged: {damage}; "
+                 "that is shared.",
+                 {{"damage", exported.damage}}));
+    display.Tell(Text("$$$/Vistrel/quillo-host/Share/Exported=Exported {size}",
+                      {{"size", FormatBytes(static_cast<double>(exported.bytes))}}));
     return exported;
 }
 
 void ShareCommand::Upload(quillohostkit::ExportedFile const& exported) {
     auto& viewModel = session.ViewModel();
     auto const bytes = static_cast<double>(exported.bytes);
-    display.Begin("Uploading", [bytes](double fractionPerSecond) {
-        return FormatBytes(fractionPerSecond * bytes) + "/s";
-    });
+    display.Begin(Text("$$$/Vistrel/quillo-host/Share/Uploading=Uploading"),
+                  [bytes](double fractionPerSecond) {
+                      return Text("$$$/Vistrel/quillo-host/Progress/PerSecond={size}/s",
+                                  {{"size", FormatBytes(fractionPerSecond * bytes)}});
+                  });
     viewModel.SetEncodingStatus({EncodingStatus::EncodingComplete});
     try {
         // An interruption is thrown from here as well.
@@ -215,7 +238,7 @@ void ShareCommand::Upload(quillohostkit::ExportedFile const& exported) {
                                      failure.what() + quillohostkit::WhereItIsKept(exported.file));
     }
     display.End();
-    display.Tell("Uploaded");
+    display.Tell(Text("$$$/Vistrel/quillo-host/Share/Uploaded=Uploaded"));
 }
 
 void ShareCommand::ThrowIfFailed() const {

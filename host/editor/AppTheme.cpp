@@ -5,6 +5,7 @@
 #include <QPalette>
 
 #include "moxui/skins/ThemeProvider.h"
+#include "quillohostkit/sharing/PaletteTheme.h"
 
 namespace quillohost::editor {
 namespace {
@@ -18,14 +19,10 @@ QColor ToQColor(moxui::drawbot::ColorRGBA const& color) {
     return QColor::fromRgbF(color.red, color.green, color.blue, color.alpha);
 }
 
-/// The desktop's theme: dark when its text is lighter than its background.
+/// The theme that goes with the desktop's colours.
 ThemeKind SystemTheme() {
     QApplication::setPalette(QPalette());
-    auto const palette = QApplication::palette();
-    return palette.color(QPalette::WindowText).lightness() >
-                   palette.color(QPalette::Window).lightness()
-               ? ThemeKind::Dark
-               : ThemeKind::Light;
+    return quillohostkit::ThemeOf(QApplication::palette());
 }
 
 QPalette PaletteOf(ThemeProvider const& theme) {

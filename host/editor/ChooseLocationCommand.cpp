@@ -6,10 +6,13 @@
 #include "host/editor/EditorApplication.h"
 #include "host/editor/EventLog.h"
 #include "host/session/Session.h"
+#include "moxcore/config/Localizer.h"
 #include "moxui/backend/HostWidget.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohost::editor {
+
+using moxcore::config::Text;
 namespace {
 
 /// While a dialog is shown its own loop runs, which knows nothing of failures.
@@ -36,7 +39,8 @@ quillohostkit::ChosenLocation ChooseLocation(Options const& options, MainLoop& l
     auto const log = options.events ? std::make_unique<EventLog>(*options.events) : nullptr;
     UseTheme(ThemeChoice::System);
     Session session(options, loop, display);
-    display.Tell("Signing in to " + session.Service().Address());
+    display.Tell(Text("$$$/Vistrel/quillo-host/SignIn/UnderWay=Signing in to {service}",
+                      {{"service", session.Service().Address()}}));
     auto const user = session.SignIn();
     QWidget hidden;
     std::optional<quillohostkit::ChosenLocation> chosen;
@@ -47,7 +51,9 @@ quillohostkit::ChosenLocation ChooseLocation(Options const& options, MainLoop& l
     loop.WaitUntil([] { return true; });  // throws what has closed the dialog
     if (chosen) return *chosen;
     session.ThrowIfFailed({Step::SignIn, Step::ReadUser, Step::ReadLocations});
-    throw quillohostkit::Failure(quillohostkit::FailureKind::Cancelled, "No location was chosen.");
+    throw quillohostkit::Failure(
+        quillohostkit::FailureKind::Cancelled,
+        Text("$$$/Vistrel/quillo-host/NothingChosen=No location was chosen."));
 }
 
 }  // namespace quillohost::editor

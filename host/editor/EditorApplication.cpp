@@ -1,7 +1,10 @@
 #include "host/editor/EditorApplication.h"
 
 #include <QIcon>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QThread>
+#include <QTranslator>
 #include <QWidget>
 #include <QWindow>
 #include <cstdlib>
@@ -10,9 +13,12 @@
 
 #include "host/process/ExitCode.h"
 #include "host/process/Terminal.h"
+#include "moxcore/config/Localizer.h"
 #include "moxcore/threads/MainThread.h"
 
 namespace quillohost::editor {
+
+using moxcore::config::Text;
 namespace {
 
 /// Qt keeps these as long as the application lives, and takes out what it understands.
@@ -30,9 +36,9 @@ ProgramArguments& Arguments() {
 /// Qt ends the process with a dump of its memory when it finds no display.
 void ExitWithoutDisplay(QtMsgType type, QMessageLogContext const&, QString const&) {
     if (type != QtFatalMsg) return;
-    TellLine(
-        "quillo-host: Cannot open a window: there is no display. Run it in a desktop session; the "
-        "commands that quillo-host --help lists, but choose-location, need none.");
+    TellLine("quillo-host: " + Text("$$$/Vistrel/quillo-host/NoDisplay=Cannot open a window: there "
+                                    "is no display. Run it in a desktop session; the commands that "
+                                    "quillo-host --help lists, but choose-location, need none."));
     std::_Exit(static_cast<int>(ExitCode::Other));
 }
 
@@ -49,6 +55,16 @@ char const* ClassOf(QObject const& receiver) {
     return receiver.metaObject()->className();
 }
 
+/// Qt's own texts, its buttons, and the direction follow the language of the program's.
+void SpeakTheLanguage() {
+    QLocale const locale(QString::fromStdString(moxcore::config::Localizer::LocaleInForce()));
+    if (locale.language() == QLocale::C) return;
+    QGuiApplication::setLayoutDirection(locale.textDirection());
+    auto* const translator = new QTranslator(QCoreApplication::instance());
+    if (translator->load(locale, "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(translator);
+}
+
 /// Stands before the application's own construction.
 int& CountWhileWatchingForDisplay() {
     qInstallMessageHandler(ExitWithoutDisplay);
@@ -61,6 +77,7 @@ EditorApplication::EditorApplication(std::optional<std::filesystem::path> newWat
     : QApplication(CountWhileWatchingForDisplay(), Arguments().values),
       watchdogFile(std::move(newWatchdogFile)) {
     qInstallMessageHandler(TellMessage);
+    SpeakTheLanguage();
     setApplicationDisplayName("quillo-host");
     // The names of what is installed with the program: desktops show its icon with its windows.
     setDesktopFileName("quillo-host");

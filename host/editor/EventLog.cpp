@@ -8,9 +8,12 @@
 #include <QWidget>
 #include <QWindow>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohost::editor {
+
+using moxcore::config::Text;
 namespace {
 
 QJsonObject Describe(QAccessibleInterface const& item, bool hasFocus) {
@@ -46,8 +49,10 @@ void AddWithChildren(QAccessibleInterface& item, bool hasFocus, QJsonArray& item
 
 EventLog::EventLog(std::filesystem::path const& name) : file(name) {
     if (!file)
-        throw quillohostkit::Failure(quillohostkit::FailureKind::Other,
-                                     "Cannot write \"" + name.string() + "\" (--events).");
+        throw quillohostkit::Failure(
+            quillohostkit::FailureKind::Other,
+            Text("$$$/Vistrel/quillo-host/NoEventsFile=Cannot write \"{file}\" (--events).",
+                 {{"file", name.string()}}));
     qApp->installEventFilter(this);
 }
 

@@ -8,10 +8,13 @@
 #include <optional>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/media/MovieDamage.h"
 #include "quillohostkit/process/Signals.h"
 
 namespace quillohost::editor {
+
+using moxcore::config::Text;
 namespace {
 
 QStringList Arguments(FrameReader::Request const& request) {
@@ -75,11 +78,14 @@ private:
         auto const said = process.readAllStandardError().split('\n').front().toStdString();
         QMetaObject::invokeMethod(&reader, [&to = reader, frame, said, request = current] {
             if (!frame.isNull()) return to.hooks.onFrame(frame, request);
-            to.hooks.onFailure(
-                "Cannot show a picture of \"" + request.movie.file.string() + "\": " +
-                (said.empty()
-                     ? "there is none here."
-                     : quillohostkit::ExplainComplaint(quillohostkit::FfmpegComplaint(said))));
+            to.hooks.onFailure(Text(
+                "$$$/Vistrel/quillo-host/Player/NoPicture=Cannot show a picture of \"{file}\": "
+                "{reason}",
+                {{"file", request.movie.file.string()},
+                 {"reason",
+                  said.empty()
+                      ? Text("$$$/Vistrel/quillo-host/Player/NoneHere=there is none here.")
+                      : quillohostkit::ExplainComplaint(quillohostkit::FfmpegComplaint(said))}}));
         });
         if (next) Begin();
     }

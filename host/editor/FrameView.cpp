@@ -3,11 +3,13 @@
 #include <QPainter>
 #include <utility>
 
+#include "quillohostkit/widgets/QtText.h"
+
 namespace quillohost::editor {
 
 FrameView::FrameView(std::function<void()> newOnResized) : onResized(std::move(newOnResized)) {
     setMinimumSize(160, 90);
-    setAccessibleName("Picture");
+    setAccessibleName(quillohostkit::QtText("$$$/Vistrel/quillo-host/Player/Picture=Picture"));
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 

@@ -22,14 +22,20 @@
 #include "host/process/Terminal.h"
 #include "host/state/HostFiles.h"
 #include "moxcore/config/Error.h"
+#include "moxcore/config/Localizer.h"
 #include "moxui/backend/HostWidget.h"
 #include "quillohostkit/FfmpegExporter.h"
 #include "quillohostkit/PreferencesPage.h"
 #include "quillohostkit/ServiceSettings.h"
 #include "quillohostkit/process/OnMainThread.h"
 #include "quillohostkit/text/PlainText.h"
+#include "quillohostkit/widgets/QtText.h"
 
 namespace quillohost::editor {
+
+using quillohostkit::QtText;
+
+using moxcore::config::Text;
 namespace {
 
 namespace fs = std::filesystem;
@@ -55,30 +61,36 @@ MainWindow::MainWindow(Options const& options, EventLog* log)
     : log(log),
       settings(NameOf(OwnHostFile("editor.ini")), QSettings::IniFormat),
       recentMovies(settings),
-      shareButton(new QPushButton("Share")),
-      title(new quillohostkit::ElidedLabel("Movie", Qt::ElideMiddle)),
+      shareButton(new QPushButton(QtText("$$$/Vistrel/quillo-host/Menu/ShareButton=Share"))),
+      title(new quillohostkit::ElidedLabel(QtText("$$$/Vistrel/quillo-host/Menu/Movie=Movie"),
+                                           Qt::ElideMiddle)),
       pages(new QStackedWidget),
       player(new Player([this](auto const& line) { Tell(line); })),
-      openAction(new QAction("&Open...", this)),
-      sampleAction(new QAction("Open the &Sample Clip", this)),
-      shareAction(new QAction("&Share for Review...", this)),
-      shareAgainAction(new QAction("Share a &New Version...", this)),
-      cancelAction(new QAction("&Cancel the Share", this)),
-      signOutAction(new QAction("Sign &Out", this)),
+      openAction(new QAction(QtText("$$$/Vistrel/quillo-host/Menu/Open=&Open..."), this)),
+      sampleAction(
+          new QAction(QtText("$$$/Vistrel/quillo-host/Menu/Sample=Open the &Sample Clip"), this)),
+      shareAction(
+          new QAction(QtText("$$$/Vistrel/quillo-host/Menu/Share=&Share for Review..."), this)),
+      shareAgainAction(new QAction(
+          QtText("$$$/Vistrel/quillo-host/Menu/ShareAgain=Share a &New Version..."), this)),
+      cancelAction(
+          new QAction(QtText("$$$/Vistrel/quillo-host/Menu/Cancel=&Cancel the Share"), this)),
+      signOutAction(new QAction(QtText("$$$/Vistrel/quillo-host/Menu/SignOut=Sign &Out"), this)),
       browser(options.browser),
       sharing(new quillohostkit::ShareController(shareButton)),
       status(new quillohostkit::ShareStatusLabel(sharing)),
       locks(OwnHostFile("locks")),
-      service(
-          options, locks,
-          {.onWait =
-               [this] {
-                   Tell("Sharing has to wait for another quillo-host that uses the same state.");
-               },
-           .onGone =
-               [this](auto const& gone) {
-                   Tell(moxcore::config::ExtractMessageFromException(gone));
-               }}) {
+      service(options, locks,
+              {.onWait =
+                   [this] {
+                       Tell(
+                           Text("$$$/Vistrel/quillo-host/Session/SharingWaits=Sharing has to wait "
+                                "for another quillo-host that uses the same state."));
+                   },
+               .onGone =
+                   [this](auto const& gone) {
+                       Tell(moxcore::config::ExtractMessageFromException(gone));
+                   }}) {
     ConnectSharing();
     MakeToolBar();
     MakeStatusBar();
@@ -98,15 +110,17 @@ MainWindow::MainWindow(Options const& options, EventLog* log)
 MainWindow::~MainWindow() = default;
 
 void MainWindow::MakeToolBar() {
-    auto* const bar = addToolBar("Movie");
+    auto* const bar = addToolBar(QtText("$$$/Vistrel/quillo-host/Menu/Movie=Movie"));
     bar->setMovable(false);
     bar->setContextMenuPolicy(Qt::PreventContextMenu);
     bar->setContentsMargins(0, 2, 8, 2);
     title->setContentsMargins(10, 0, 10, 0);
     bar->addWidget(title);
     bar->addWidget(shareButton);
-    shareButton->setAccessibleName("Share for Review");
-    shareButton->setToolTip("Share the movie for review (Ctrl+Shift+E)");
+    shareButton->setAccessibleName(
+        QtText("$$$/Vistrel/quillo-host/Menu/ShareName=Share for Review"));
+    shareButton->setToolTip(
+        QtText("$$$/Vistrel/quillo-host/Menu/ShareTip=Share the movie for review (Ctrl+Shift+E)"));
     connect(shareButton, &QPushButton::clicked, shareAction, &QAction::trigger);
 }
 
@@ -117,18 +131,20 @@ void MainWindow::MakeStatusBar() {
 }
 
 void MainWindow::MakeFileMenu() {
-    auto* const menu = menuBar()->addMenu("&File");
+    auto* const menu = menuBar()->addMenu(QtText("$$$/Vistrel/quillo-host/Menu/File=&File"));
     menu->addAction(openAction);
     openAction->setShortcut(QKeySequence::Open);
     connect(openAction, &QAction::triggered, this, [this] { ChooseMovie(); });
-    recentMenu = menu->addMenu("Open &Recent");
+    recentMenu = menu->addMenu(QtText("$$$/Vistrel/quillo-host/Menu/Recent=Open &Recent"));
     connect(recentMenu, &QMenu::aboutToShow, this, [this] { FillRecentMenu(); });
     menu->addAction(sampleAction);
     connect(sampleAction, &QAction::triggered, this, [this] { OpenSampleClip(); });
     menu->addSeparator();
-    menu->addAction("&Preferences...", QKeySequence("Ctrl+,"), this, [this] { ShowPreferences(); });
+    menu->addAction(QtText("$$$/Vistrel/quillo-host/Menu/Preferences=&Preferences..."),
+                    QKeySequence("Ctrl+,"), this, [this] { ShowPreferences(); });
     menu->addSeparator();
-    menu->addAction("&Quit", QKeySequence::Quit, this, [this] { close(); });
+    menu->addAction(QtText("$$$/Vistrel/quillo-host/Menu/Quit=&Quit"), QKeySequence::Quit, this,
+                    [this] { close(); });
 }
 
 void MainWindow::FillRecentMenu() {
@@ -141,12 +157,14 @@ void MainWindow::FillRecentMenu() {
     }
     bool const isEmpty = recentMenu->isEmpty();
     recentMenu->addSeparator();
-    recentMenu->addAction("&Clear This List", this, [this] { recentMovies.Clear(); })
+    recentMenu
+        ->addAction(QtText("$$$/Vistrel/quillo-host/Menu/ClearRecent=&Clear This List"), this,
+                    [this] { recentMovies.Clear(); })
         ->setEnabled(!isEmpty);
 }
 
 void MainWindow::MakeShareMenu() {
-    auto* const menu = menuBar()->addMenu("&Share");
+    auto* const menu = menuBar()->addMenu(QtText("$$$/Vistrel/quillo-host/Menu/ShareMenu=&Share"));
     menu->addAction(shareAction);
     shareAction->setShortcut(QKeySequence("Ctrl+Shift+E"));
     connect(shareAction, &QAction::triggered, this, [this] { sharing->Open(); });
@@ -160,14 +178,17 @@ void MainWindow::MakeShareMenu() {
 }
 
 void MainWindow::MakeThemeMenu() {
-    auto* const menu = menuBar()->addMenu("&View")->addMenu("&Theme");
+    auto* const menu = menuBar()
+                           ->addMenu(QtText("$$$/Vistrel/quillo-host/Menu/View=&View"))
+                           ->addMenu(QtText("$$$/Vistrel/quillo-host/Menu/Theme=&Theme"));
     auto* const group = new QActionGroup(this);
     auto const inForce = settings.value(kThemeKey).toInt();
     for (auto const& [choice, text] :
-         {std::pair(ThemeChoice::System, "As the &System"), std::pair(ThemeChoice::Dark, "&Dark"),
-          std::pair(ThemeChoice::Light, "&Light")}) {
+         {std::pair(ThemeChoice::System, "$$$/Vistrel/quillo-host/Menu/ThemeSystem=As the &System"),
+          std::pair(ThemeChoice::Dark, "$$$/Vistrel/quillo-host/Menu/ThemeDark=&Dark"),
+          std::pair(ThemeChoice::Light, "$$$/Vistrel/quillo-host/Menu/ThemeLight=&Light")}) {
         auto const number = static_cast<int>(choice);
-        auto* const action = menu->addAction(text, this, [this, choice = choice, number] {
+        auto* const action = menu->addAction(QtText(text), this, [this, choice = choice, number] {
             settings.setValue(kThemeKey, number);
             UseTheme(choice);
         });
@@ -180,8 +201,10 @@ void MainWindow::MakeThemeMenu() {
 
 void MainWindow::ChooseMovie() {
     auto const name = QFileDialog::getOpenFileName(
-        this, "Open a Movie", {},
-        "Movies (*.mov *.mp4 *.m4v *.mkv *.avi *.webm *.mxf *.wav *.mp3 *.m4a);;All files (*)");
+        this, QtText("$$$/Vistrel/quillo-host/OpenMovie/Title=Open a Movie"), {},
+        QtText("$$$/Vistrel/quillo-host/OpenMovie/Movies=Movies") +
+            " (*.mov *.mp4 *.m4v *.mkv *.avi *.webm *.mxf *.wav *.mp3 *.m4a);;" +
+            QtText("$$$/Vistrel/quillo-host/OpenMovie/All=All files") + " (*)");
     if (!name.isEmpty()) Open(PathOf(name));
 }
 
@@ -194,7 +217,7 @@ void MainWindow::OpenSampleClip() {
     } catch (std::exception const& exception) {
         return Tell(exception.what());
     }
-    Tell("Making the sample clip...");
+    Tell(Text("$$$/Vistrel/quillo-host/Sample/Making=Making the sample clip..."));
     sampleAction->setEnabled(false);
     quillohostkit::OnMainThread(sampleClip->Result(), token, [this](auto const& made) {
         sampleAction->setEnabled(true);
@@ -212,7 +235,8 @@ void MainWindow::Open(fs::path const& file) {
     } catch (std::exception const& exception) {
         return Tell(exception.what());
     }
-    Tell("Opening \"" + file.string() + "\"...");
+    Tell(Text("$$$/Vistrel/quillo-host/OpenMovie/Opening=Opening \"{file}\"...",
+              {{"file", file.string()}}));
     quillohostkit::OnMainThread(probe->Result(), token,
                                 [this, asked = probe.get()](auto const& found) {
                                     if (asked != probe.get())
@@ -305,9 +329,11 @@ void MainWindow::OnShared(QString const& link) {
 
 void MainWindow::ShowPreferences() {
     QDialog dialog(this);
-    dialog.setWindowTitle("Preferences");
+    dialog.setWindowTitle(QtText("$$$/Vistrel/quillo-host/Preferences=Preferences"));
     dialog.setMinimumWidth(520);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    buttons->button(QDialogButtonBox::Close)
+        ->setText(QtText("$$$/Vistrel/quillo-host/Close=Close"));
     connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     auto* const layout = new QVBoxLayout(&dialog);
     layout->addWidget(new quillohostkit::PreferencesPage(sharing));
@@ -320,9 +346,13 @@ bool MainWindow::AskToAccept(std::string const& damage) {
                          QString::fromStdString(quillohostkit::OneLine(damage)),
                          QMessageBox::NoButton, this);
     question.setTextFormat(Qt::PlainText);
-    question.setInformativeText("Share what there is of it?");
-    auto* const share = question.addButton("Share What There Is", QMessageBox::AcceptRole);
-    auto* const stop = question.addButton("Do Not Share", QMessageBox::RejectRole);
+    question.setInformativeText(
+        QtText("$$$/Vistrel/quillo-host/Damaged/Question=Share what there is of it?"));
+    auto* const share =
+        question.addButton(QtText("$$$/Vistrel/quillo-host/Damaged/Share=Share What There Is"),
+                           QMessageBox::AcceptRole);
+    auto* const stop = question.addButton(
+        QtText("$$$/Vistrel/quillo-host/Damaged/DoNot=Do Not Share"), QMessageBox::RejectRole);
     question.setDefaultButton(stop);
     question.setEscapeButton(stop);
     question.exec();

@@ -5,7 +5,11 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "quillohostkit/widgets/QtText.h"
+
 namespace quillohost::editor {
+
+using quillohostkit::QtText;
 namespace {
 
 /// The style's own slider is hardly to be seen on a dark ground.
@@ -52,9 +56,9 @@ Player::Player(std::function<void(std::string const&)> tell)
         label->setFont(digits);
         label->setText("--:--:--:--");
     }
-    timeCode->setAccessibleName("Time code");
-    duration->setAccessibleName("Duration");
-    slider->setAccessibleName("Position");
+    timeCode->setAccessibleName(QtText("$$$/Vistrel/quillo-host/Player/TimeCode=Time code"));
+    duration->setAccessibleName(QtText("$$$/Vistrel/quillo-host/Player/Duration=Duration"));
+    slider->setAccessibleName(QtText("$$$/Vistrel/quillo-host/Player/Position=Position"));
     slider->setStyleSheet(kSliderLook);
     slider->setEnabled(false);
     connect(slider, &QSlider::valueChanged, this, [this](int frame) { GoTo(frame); });
@@ -64,7 +68,9 @@ void Player::Show(quillohostkit::Movie const& newMovie) {
     movie = newMovie;
     clock.emplace(newMovie);
     view->SetFrame({});
-    view->SetText(movie->hasPicture ? "" : "Sound without a picture");
+    view->SetText(movie->hasPicture
+                      ? QString()
+                      : QtText("$$$/Vistrel/quillo-host/Player/SoundOnly=Sound without a picture"));
     duration->setText(QString::fromStdString(clock->TimeCode(clock->FrameCount())));
     {
         QSignalBlocker const blocker(slider);
@@ -79,7 +85,9 @@ void Player::Show(quillohostkit::Movie const& newMovie) {
 void Player::GoTo(int frame) {
     auto const text = QString::fromStdString(clock->TimeCode(frame));
     timeCode->setText(text);
-    timeCode->setAccessibleName("Time code: " + text);
+    timeCode->setAccessibleName(
+        QtText("$$$/Vistrel/quillo-host/Player/TimeCodeIs=Time code: {time}",
+               {{"time", text.toStdString()}}));
     ReadFrame();
 }
 

@@ -5,10 +5,13 @@
 #include <vector>
 
 #include "host/editor/SampleClipArguments.h"
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/media/MovieProbe.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohost::editor {
+
+using moxcore::config::Text;
 namespace {
 
 std::vector<std::string> Arguments(std::filesystem::path const& output) {
@@ -47,9 +50,10 @@ void SampleClip::OnExit(quillohostkit::ExitStatus status) {
         return;
     }
     promise.SetException(std::make_exception_ptr(quillohostkit::Failure(
-        quillohostkit::FailureKind::Export, "Cannot make the sample clip \"" + file.string() +
-                                                "\" (" + (error ? error.message() : complaint) +
-                                                "). Open a movie of yours instead.")));
+        quillohostkit::FailureKind::Export,
+        Text("$$$/Vistrel/quillo-host/Sample/Cannot=Cannot make the sample clip \"{file}\" "
+             "({reason}). Open a movie of yours instead.",
+             {{"file", file.string()}, {"reason", error ? error.message() : complaint}}))));
 }
 
 }  // namespace quillohost::editor

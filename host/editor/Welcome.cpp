@@ -4,13 +4,17 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "quillohostkit/widgets/QtText.h"
+
 namespace quillohost::editor {
 
 Welcome::Welcome(QList<QAction*> const& actions) {
     auto* const layout = new QVBoxLayout(this);
     layout->setSpacing(12);
     layout->addStretch();
-    layout->addWidget(new QLabel("Drop a movie here, or open one."), 0, Qt::AlignHCenter);
+    layout->addWidget(new QLabel(quillohostkit::QtText(
+                          "$$$/Vistrel/quillo-host/Welcome=Drop a movie here, or open one.")),
+                      0, Qt::AlignHCenter);
     for (auto* const action : actions) {
         auto* const button = new QPushButton(action->text());
         button->setMinimumWidth(220);

@@ -3,17 +3,20 @@
 #include <memory>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/threads/MainThread.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohost {
 
+using moxcore::config::Text;
 using moxcore::threads::MainThread;
 
 MainLoop::MainLoop()
     : signals([this] {
           Fail(std::make_exception_ptr(
-              quillohostkit::Failure(quillohostkit::FailureKind::Interrupted, "Interrupted.")));
+              quillohostkit::Failure(quillohostkit::FailureKind::Interrupted,
+                                     Text("$$$/Vistrel/quillo-host/Interrupted=Interrupted."))));
       }) {
     MainThread::SetFailureHandler([this](std::exception_ptr const& thrown) { Fail(thrown); });
 }

@@ -5,7 +5,12 @@
 #include <cmath>
 #include <cstdio>
 
+#include "host/process/Columns.h"
+#include "moxcore/config/Localizer.h"
+
 namespace quillohost {
+
+using moxcore::config::Text;
 namespace {
 
 constexpr int kLongestBar = 40;
@@ -23,23 +28,24 @@ std::string ProgressBar::Format(int width) const {
     std::array<char, 8> percent{};
     // Rounded down: 100 % is for what is complete.
     std::snprintf(percent.data(), percent.size(), " %3d %%", static_cast<int>(fraction * 100));
-    std::string const leftText = left ? "  " + FormatTime(*left) + " left" : "";
+    std::string const leftText =
+        left ? "  " + Text("$$$/Vistrel/quillo-host/Progress/Left={time} left",
+                           {{"time", FormatTime(*left)}})
+             : "";
     std::string const rateText = rate.empty() ? "" : "  " + rate;
 
     std::string line = label + percent.data();
-    int room = width - static_cast<int>(line.size());
+    int room = width - CountColumns(line);
     auto const take = [&room](std::string const& part) {
-        if (static_cast<int>(part.size()) > room) return std::string();
-        room -= static_cast<int>(part.size());
+        if (CountColumns(part) > room) return std::string();
+        room -= CountColumns(part);
         return part;
     };
     std::string const takenLeft = take(leftText);
     std::string const takenRate = take(rateText);
     int const length = std::min(kLongestBar, room - 3);  // its brackets and the blank before it
     std::string const bar = length >= kShortestBar ? Bar(fraction, length) : "";
-    line = label + bar + percent.data() + takenRate + takenLeft;
-    line.resize(std::min(line.size(), static_cast<std::size_t>(std::max(width, 0))));
-    return line;
+    return FirstColumns(label + bar + percent.data() + takenRate + takenLeft, width);
 }
 
 std::string FormatTime(std::chrono::seconds time) {
@@ -56,7 +62,9 @@ std::string FormatTime(std::chrono::seconds time) {
 }
 
 std::string FormatBytes(double bytes) {
-    if (bytes < 1000) return std::to_string(static_cast<long>(bytes)) + " bytes";
+    if (bytes < 1000)
+        return Text("$$$/Vistrel/quillo-host/Progress/Bytes={number} bytes",
+                    {{"number", std::to_string(static_cast<long>(bytes))}});
     std::array const units{"kB", "MB", "GB", "TB"};
     std::size_t unit = 0;
     for (bytes /= 1000; bytes >= 999.95 && unit + 1 < units.size(); ++unit)

@@ -4,11 +4,14 @@
 #include <array>
 #include <cstdio>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/debug/Trace.h"
 #include "quillohostkit/process/Failure.h"
 #include "quillohostkit/text/PlainText.h"
 
 namespace quillohost {
+
+using moxcore::config::Text;
 namespace {
 
 constexpr char const* kWipe = "\r\x1b[K";
@@ -46,8 +49,9 @@ void PrintLines(std::vector<std::string> const& lines) {
     for (auto const& line : lines)
         text += quillohostkit::OneLine(line) + '\n';
     if (!Write(stdout, text))
-        throw quillohostkit::Failure(quillohostkit::FailureKind::Other,
-                                     "Cannot write to standard output.");
+        throw quillohostkit::Failure(
+            quillohostkit::FailureKind::Other,
+            Text("$$$/Vistrel/quillo-host/NoOutput=Cannot write to standard output."));
 }
 
 void TellLine(std::string_view line) {

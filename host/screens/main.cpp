@@ -125,6 +125,7 @@ int Run(int count, char** arguments) {
     QApplication application(count, arguments);
     qputenv("TZ", "UTC");  // the pictures' times are the same everywhere
     qputenv("LC_ALL", "en_US");
+    qunsetenv("LANGUAGE");
 
     QCommandLineParser options;
     options.setApplicationDescription("Writes a picture of every view of the share popup.");

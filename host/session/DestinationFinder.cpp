@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/string/NaturalOrder.h"
 #include "quillohostkit/process/Failure.h"
 #include "quillomoxui/model/QuilloProject.h"
 
 namespace quillohost {
+
+using moxcore::config::Text;
 namespace {
 
 using moxcore::string::UTF16String;
@@ -45,18 +48,21 @@ NodeVector<QuilloNode> Places(NodeVector<QuilloNode> nodes) {
 }
 
 std::string List(NodeVector<QuilloNode> const& nodes) {
-    if (nodes.empty()) return "nothing";
+    if (nodes.empty()) return Text("$$$/Vistrel/quillo-host/Places/Nothing=nothing");
     std::string text;
     for (std::size_t i = 0; i < std::min(nodes.size(), kMostListed); ++i)
         text += (i > 0 ? ", \"" : "\"") + quillohostkit::NameOf(*nodes[i]) + "\"";
     if (nodes.size() > kMostListed)
-        text += " and " + std::to_string(nodes.size() - kMostListed) + " more";
+        return Text("$$$/Vistrel/quillo-host/Places/More={places} and {number} more",
+                    {{"places", text}, {"number", std::to_string(nodes.size() - kMostListed)}});
     return text;
 }
 
 std::string Describe(QuilloNode const& node) {
-    return node.GetKind() == NodeKind::User ? "among the accounts"
-                                            : "in \"" + quillohostkit::NameOf(node) + "\"";
+    if (node.GetKind() == NodeKind::User)
+        return Text("$$$/Vistrel/quillo-host/Places/Accounts=among the accounts");
+    return Text("$$$/Vistrel/quillo-host/Places/In=in \"{place}\"",
+                {{"place", quillohostkit::NameOf(node)}});
 }
 
 }  // namespace
@@ -78,12 +84,16 @@ Node DestinationFinder::FindChild(Node const& parent, std::string const& name) {
     if (found.empty()) found = Named(places, wanted, false);
     if (found.size() == 1) return found.front();
     if (found.empty())
-        throw quillohostkit::Failure(quillohostkit::FailureKind::Location,
-                                     "There is no \"" + name + "\" " + Describe(*parent) +
-                                         "; there is " + List(places) + ".");
-    throw quillohostkit::Failure(quillohostkit::FailureKind::Location,
-                                 "There is more than one \"" + name + "\" " + Describe(*parent) +
-                                     "; rename one: " + List(found) + ".");
+        throw quillohostkit::Failure(
+            quillohostkit::FailureKind::Location,
+            Text("$$$/Vistrel/quillo-host/Places/None=There is no \"{name}\" {where}; there is "
+                 "{places}.",
+                 {{"name", name}, {"where", Describe(*parent)}, {"places", List(places)}}));
+    throw quillohostkit::Failure(
+        quillohostkit::FailureKind::Location,
+        Text("$$$/Vistrel/quillo-host/Places/Several=There is more than one \"{name}\" {where}; "
+             "rename one: {places}.",
+             {{"name", name}, {"where", Describe(*parent)}, {"places", List(found)}}));
 }
 
 DestinationFinder::Folder DestinationFinder::FindByNamePath(quillohostkit::NamePath const& path) {
@@ -93,10 +103,11 @@ DestinationFinder::Folder DestinationFinder::FindByNamePath(quillohostkit::NameP
         if (auto const project = NodeAs<QuilloProject>(place)) place = project->GetRootFolder();
     }
     if (auto folder = NodeAs<QuilloFolder>(place)) return folder;
-    throw quillohostkit::Failure(quillohostkit::FailureKind::Location,
-                                 "\"" + quillohostkit::JoinNamePath(path) +
-                                     "\" is no project yet; go on with one of " +
-                                     List(ChildrenOf(place)) + ".");
+    throw quillohostkit::Failure(
+        quillohostkit::FailureKind::Location,
+        Text("$$$/Vistrel/quillo-host/Places/NoProjectYet=\"{path}\" is no project yet; go on with "
+             "one of {places}.",
+             {{"path", quillohostkit::JoinNamePath(path)}, {"places", List(ChildrenOf(place))}}));
 }
 
 DestinationFinder::Folder DestinationFinder::FindByIDPath(quillohostkit::IDPath const& path) {
@@ -116,9 +127,9 @@ DestinationFinder::Folder DestinationFinder::FindFirstProject() {
         for (auto const& workspace : ChildrenOf(account))
             for (auto const& project : ChildrenOf(workspace))
                 return NodeAs<QuilloProject>(project)->GetRootFolder();
-    throw quillohostkit::Failure(
-        quillohostkit::FailureKind::Location,
-        "There is no project to share to; have one made in the service first.");
+    throw quillohostkit::Failure(quillohostkit::FailureKind::Location,
+                                 Text("$$$/Vistrel/quillo-host/Places/NoProject=There is no "
+                                      "project to share to; have one made in the service first."));
 }
 
 }  // namespace quillohost

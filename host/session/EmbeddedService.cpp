@@ -3,9 +3,12 @@
 #include <utility>
 #include <vector>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohost {
+
+using moxcore::config::Text;
 namespace {
 
 constexpr char const* kProgram = "quillo-service";
@@ -15,10 +18,11 @@ constexpr std::chrono::seconds kPatience{10};
 std::filesystem::path FindService() {
     auto program = quillohostkit::FindProgram(kProgram);
     if (program.empty())
-        throw quillohostkit::Failure(quillohostkit::FailureKind::SignIn,
-                                     std::string(kProgram) +
-                                         " is neither beside quillo-host nor on PATH; install "
-                                         "it, or name a service with --service.");
+        throw quillohostkit::Failure(
+            quillohostkit::FailureKind::SignIn,
+            Text("$$$/Vistrel/quillo-host/Service/Missing={program} is neither beside quillo-host "
+                 "nor on PATH; install it, or name a service with --service.",
+                 {{"program", kProgram}}));
     return program;
 }
 
@@ -45,10 +49,14 @@ void EmbeddedService::OnOutput(std::string const& line) {
 }
 
 void EmbeddedService::OnExit() {
-    std::string const reason = complaint.empty() ? "it said nothing" : complaint;
+    std::string const reason = complaint.empty()
+                                   ? Text("$$$/Vistrel/quillo-host/Service/Silent=it said nothing")
+                                   : complaint;
     if (!address.SetException(std::make_exception_ptr(
             quillohostkit::Failure(quillohostkit::FailureKind::SignIn,
-                                   "The host's own quillo-service did not start: " + reason))))
+                                   Text("$$$/Vistrel/quillo-host/Service/NotStarted=The host's own "
+                                        "quillo-service did not start: {reason}",
+                                        {{"reason", reason}})))))
         onGone(reason);
 }
 

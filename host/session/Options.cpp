@@ -6,12 +6,15 @@
 #include <string_view>
 #include <system_error>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohost {
 
+using moxcore::config::Text;
+
 char const* const kHelp =
-    R"(quillo-host: shares a movie for review
+    R"($$$/Vistrel/quillo-host/Help=quillo-host: shares a movie for review
 
 usage: quillo-host [MOVIE]
        quillo-host share MOVIE [--name NAME] [--to PATH] [--accept-damaged] [--json]
@@ -83,19 +86,25 @@ struct OptionRule {
 };
 
 [[noreturn]] void Refuse(std::string const& message) {
-    throw quillohostkit::Failure(quillohostkit::FailureKind::Usage,
-                                 message + " (quillo-host --help tells more)");
+    throw quillohostkit::Failure(
+        quillohostkit::FailureKind::Usage,
+        Text("$$$/Vistrel/quillo-host/Usage={reason} (quillo-host --help tells more)",
+             {{"reason", message}}));
 }
 
 /// A file that is written to; `option` is what the user has said.
 std::filesystem::path OutputFile(char const* option, std::string const& value) {
-    if (value.empty()) Refuse(std::string(option) + " is empty; name a file");
+    if (value.empty())
+        Refuse(Text("$$$/Vistrel/quillo-host/Usage/NoFile={option} is empty; name a file",
+                    {{"option", option}}));
     return std::filesystem::absolute(value);
 }
 
 void TakeName(Options& options, std::string const& value) {
     if (std::all_of(value.begin(), value.end(), [](char c) { return c == ' ' || c == '\t'; }))
-        Refuse("--name is empty; leave it out to use the file's name");
+        Refuse(
+            Text("$$$/Vistrel/quillo-host/Usage/NoName=--name is empty; leave it out to use the "
+                 "file's name"));
     options.name = value;
 }
 
@@ -103,22 +112,29 @@ void TakeDepth(Options& options, std::string const& value) {
     char const* const end = value.data() + value.size();
     auto const [rest, error] = std::from_chars(value.data(), end, options.depth);
     if (error != std::errc() || rest != end || options.depth < 1)
-        Refuse("--depth takes a whole number from 1, not \"" + value + "\"");
+        Refuse(
+            Text("$$$/Vistrel/quillo-host/Usage/Depth=--depth takes a whole number from 1, not "
+                 "\"{value}\"",
+                 {{"value", value}}));
 }
 
 void TakeBackend(Options& options, std::string const& value) {
     if (value != "sdk" && value != "client")
-        Refuse("--backend takes sdk or client, not \"" + value + "\"");
+        Refuse(Text(
+            "$$$/Vistrel/quillo-host/Usage/Backend=--backend takes sdk or client, not \"{value}\"",
+            {{"value", value}}));
     options.backend = value == "sdk" ? Backend::Sdk : Backend::Client;
 }
 
 void TakeDirectory(Options& options, std::string const& value) {
-    if (value.empty()) Refuse("--data is empty; name a directory");
+    if (value.empty())
+        Refuse(Text("$$$/Vistrel/quillo-host/Usage/NoDirectory=--data is empty; name a directory"));
     options.data = std::filesystem::absolute(value);
 }
 
 void TakeBrowser(Options& options, std::string const& value) {
-    if (value.empty()) Refuse("--browser is empty; name a program");
+    if (value.empty())
+        Refuse(Text("$$$/Vistrel/quillo-host/Usage/NoBrowser=--browser is empty; name a program"));
     options.browser = value;
 }
 
@@ -184,14 +200,22 @@ void TakeOption(Options& options, std::string const& commandName,
     Argument argument(arguments[position]);
     auto const rule = std::find_if(Rules().begin(), Rules().end(),
                                    [&](auto const& r) { return r.name == argument.name; });
-    if (rule == Rules().end()) Refuse("there is no option " + argument.name);
+    if (rule == Rules().end())
+        Refuse(Text("$$$/Vistrel/quillo-host/Usage/NoOption=there is no option {option}",
+                    {{"option", argument.name}}));
     auto const& commands = rule->commands;
     if (!commands.empty() &&
         std::find(commands.begin(), commands.end(), options.command) == commands.end())
-        Refuse(argument.name + " is no option of " + commandName);
-    if (!rule->takesValue && argument.value) Refuse(argument.name + " takes no value");
+        Refuse(Text("$$$/Vistrel/quillo-host/Usage/NotOfCommand={option} is no option of {command}",
+                    {{"option", argument.name}, {"command", commandName}}));
+    if (!rule->takesValue && argument.value)
+        Refuse(Text("$$$/Vistrel/quillo-host/Usage/NoValue={option} takes no value",
+                    {{"option", argument.name}}));
     if (rule->takesValue && !argument.value) {
-        if (++position == arguments.size()) Refuse(argument.name + " needs a value after it");
+        if (++position == arguments.size())
+            Refuse(
+                Text("$$$/Vistrel/quillo-host/Usage/ValueMissing={option} needs a value after it",
+                     {{"option", argument.name}}));
         argument.value = arguments[position];
     }
     rule->apply(options, argument.value.value_or(""));
@@ -199,10 +223,15 @@ void TakeOption(Options& options, std::string const& commandName,
 
 void TakeMovie(Options& options, std::string const& commandName, std::string const& word) {
     if (options.command != Command::Share && options.command != Command::Editor)
-        Refuse(commandName + " takes no \"" + word + "\"");
+        Refuse(Text("$$$/Vistrel/quillo-host/Usage/NoWord={command} takes no \"{word}\"",
+                    {{"command", commandName}, {"word", word}}));
     if (!options.movie.empty())
-        Refuse(commandName + " takes one movie; \"" + word + "\" is a second one");
-    if (word.empty()) Refuse("the movie's name is empty");
+        Refuse(
+            Text("$$$/Vistrel/quillo-host/Usage/SecondMovie={command} takes one movie; \"{word}\" "
+                 "is a second one",
+                 {{"command", commandName}, {"word", word}}));
+    if (word.empty())
+        Refuse(Text("$$$/Vistrel/quillo-host/Usage/MovieEmpty=the movie's name is empty"));
     options.movie = word;
 }
 
@@ -215,7 +244,9 @@ Options ParseOptions(std::vector<std::string> const& arguments) {
         std::begin(kCommands), std::end(kCommands),
         [&](auto& each) { return !arguments.empty() && each.name == arguments.front(); });
     bool const isCommand = rule != std::end(kCommands);
-    std::string const commandName = isCommand ? std::string(rule->name) : "the window";
+    std::string const commandName = isCommand
+                                        ? std::string(rule->name)
+                                        : Text("$$$/Vistrel/quillo-host/Usage/Window=the window");
 
     Options options;
     options.command = isCommand ? rule->command : Command::Editor;
@@ -230,13 +261,17 @@ Options ParseOptions(std::vector<std::string> const& arguments) {
             TakeMovie(options, commandName, word);
     }
     if (options.command == Command::Share && options.movie.empty())
-        Refuse("share needs the name of a movie");
+        Refuse(Text("$$$/Vistrel/quillo-host/Usage/NoMovie=share needs the name of a movie"));
     if (options.watch && options.backend != Backend::Client)
-        Refuse("--watch needs --backend client: the SDK does not tell of changes");
+        Refuse(
+            Text("$$$/Vistrel/quillo-host/Usage/Watch=--watch needs --backend client: the SDK does "
+                 "not tell of changes"));
     // Most likely a command that is misspelt; a window would come up to say so.
     if (std::error_code error; options.command == Command::Editor && !options.movie.empty() &&
                                !std::filesystem::exists(options.movie, error))
-        Refuse("there is no command and no movie \"" + options.movie.string() + "\"");
+        Refuse(Text(
+            "$$$/Vistrel/quillo-host/Usage/NoSuchMovie=there is no command and no movie \"{word}\"",
+            {{"word", options.movie.string()}}));
     return options;
 }
 

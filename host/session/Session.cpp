@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/state/HostFiles.h"
+#include "moxcore/config/Localizer.h"
 #include "moxcore/debug/DebugDatabase.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
@@ -14,6 +15,8 @@
 #include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 
 namespace quillohost {
+
+using moxcore::config::Text;
 namespace {
 
 using quillocommon::Step;
@@ -55,7 +58,9 @@ Session::Session(Options const& options, MainLoop& loop, ProgressDisplay& displa
       service(options, locks,
               {.onWait =
                    [&display] {
-                       display.Tell("Waiting for another quillo-host that uses the same state.");
+                       display.Tell(
+                           Text("$$$/Vistrel/quillo-host/Session/Waiting=Waiting for another "
+                                "quillo-host that uses the same state."));
                    },
                .onGone = [&loop](auto const& gone) { loop.Fail(gone); }}) {
     if (options.browser)

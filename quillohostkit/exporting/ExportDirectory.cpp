@@ -9,11 +9,15 @@
 #include <string_view>
 #include <system_error>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "quillohostkit/process/Failure.h"
+#include "quillohostkit/process/FileFailures.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 namespace fs = std::filesystem;
@@ -51,7 +55,7 @@ fs::path Make() {
     fs::remove_all(directory, error);  // of a former process of the same number
     if (fs::create_directories(directory, error)) return directory;
     throw Failure(FailureKind::Export,
-                  "Cannot make \"" + directory.string() + "\": " + error.message() + ".");
+                  Text(kCannotMake, {{"file", directory.string()}, {"reason", error.message()}}));
 }
 
 }  // namespace
@@ -68,12 +72,15 @@ void ExportDirectory::Publish() const {
     std::error_code error;
     auto const size = fs::file_size(File(), error);
     if (error || size == 0)
-        throw Failure(FailureKind::Export, "The export has made no movie" +
-                                               std::string(error ? "." : ": its file is empty."));
+        throw Failure(
+            FailureKind::Export,
+            Text(error ? "$$$/Vistrel/quillohostkit/Export/NoMovie=The export has made no movie."
+                       : "$$$/Vistrel/quillohostkit/Export/Empty=The export has made no movie: its "
+                         "file is empty."));
     fs::rename(File(), output, error);
     if (error)
         throw Failure(FailureKind::Export,
-                      "Cannot write \"" + output.string() + "\": " + error.message() + ".");
+                      Text(kCannotWrite, {{"file", output.string()}, {"reason", error.message()}}));
 }
 
 }  // namespace quillohostkit

@@ -5,9 +5,12 @@
 #include <thread>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/utility/NoDestructor.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 /// Counts the exporters that are on a thread. Any thread.
@@ -47,7 +50,9 @@ void CallExporter(Exporter& exporter, ExportJob::State& state, ExportJob& job) {
     } catch (std::exception const& exception) {
         job.Fail(QString::fromUtf8(exception.what()));
     } catch (...) {
-        job.Fail("The exporter has failed for an unknown reason.");
+        job.Fail(
+            QString::fromStdString(Text("$$$/Vistrel/quillohostkit/Export/Unknown=The exporter has "
+                                        "failed for an unknown reason.")));
     }
 }
 

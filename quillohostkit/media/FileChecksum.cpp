@@ -8,9 +8,12 @@
 #include <memory>
 #include <vector>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 
 namespace {
 
@@ -34,7 +37,10 @@ std::string Sha256OfFile(std::filesystem::path const& file) {
         EVP_DigestUpdate(context.get(), buffer.data(), static_cast<std::size_t>(in.gcount()));
     } while (in);
     if (!in.eof())
-        throw Failure(FailureKind::Export, "Cannot read \"" + file.string() + "\" back.");
+        throw Failure(
+            FailureKind::Export,
+            Text("$$$/Vistrel/quillohostkit/Export/CannotReadBack=Cannot read \"{file}\" back.",
+                 {{"file", file.string()}}));
 
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
     unsigned size = 0;

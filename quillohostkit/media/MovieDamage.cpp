@@ -4,10 +4,18 @@
 #include <cmath>
 #include <cstdio>
 
+#include "moxcore/config/Localizer.h"
+
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
-constexpr char kWhatToDo[] = "copy it again, or export it again from the program that made it";
+std::string WhatToDo() {
+    return Text(
+        "$$$/Vistrel/quillohostkit/Movie/Advice=copy it again, or export it again from the program "
+        "that made it");
+}
 
 constexpr double kLeastCut = 0.1;  // seconds
 /// Without a complaint of ffmpeg the announced length has to be missed by more: programs round it.
@@ -58,54 +66,79 @@ std::optional<std::string> ReadReport::FindDamage(Movie const& movie) const {
     double const behind = movie.frameRate ? kPicturesBehind / *movie.frameRate : 0;
     double const leastCut = std::max(hasEndedEarly ? kLeastCut : kLeastSilentCut, behind);
     if ((hasEndedEarly || IsCutSilently(movie.format)) && *length - seconds > leastCut)
-        return "only " + FormatLength(seconds) + " of " + FormatLength(*length) + " could be read";
+        return Text("$$$/Vistrel/quillohostkit/Damage/Cut=only {read} of {length} could be read",
+                    {{"read", FormatLength(seconds)}, {"length", FormatLength(*length)}});
     double const pieces = *length * movie.frameRate.value_or(kSoundPiecesPerSecond);
     if (lostPieces > kFewPieces + kLostShare * pieces)
-        return "parts of its picture or sound could not be read";
+        return Text(
+            "$$$/Vistrel/quillohostkit/Damage/Parts=parts of its picture or sound could not be "
+            "read");
     return std::nullopt;
 }
 
 DamagedMovie::DamagedMovie(Movie const& movie, std::string const& damage)
-    : Failure(FailureKind::Export,
-              "\"" + movie.file.string() + "\" is damaged: " + damage + "; " + kWhatToDo + ".") {}
+    : Failure(
+          FailureKind::Export,
+          Text("$$$/Vistrel/quillohostkit/Damage/Movie=\"{file}\" is damaged: {damage}; {advice}.",
+               {{"file", movie.file.string()}, {"damage", damage}, {"advice", WhatToDo()}})) {}
+
+std::string FfmpegSays(std::string const& words) {
+    return words.empty() ? ""
+                         : Text("$$$/Vistrel/quillohostkit/Complaint/Says= (ffmpeg says: {words})",
+                                {{"words", words}});
+}
 
 std::string ExplainComplaint(std::string const& complaint) {
+    static constexpr char kCutShort[] =
+        "$$$/Vistrel/quillohostkit/Complaint/CutShort=its file is cut short; {advice}";
+    static constexpr char kCoding[] =
+        "$$$/Vistrel/quillohostkit/Complaint/Coding=its picture or sound is in a coding that is "
+        "not supported; export it as H.264 with AAC";
+    static constexpr char kNoEncoder[] =
+        "$$$/Vistrel/quillohostkit/Complaint/NoEncoder=this ffmpeg cannot write H.264 or AAC; "
+        "install the package ffmpeg";
+    static constexpr char kNoMovie[] =
+        "$$$/Vistrel/quillohostkit/Complaint/NoMovie=its content is no movie, or is damaged; "
+        "{advice}";
     struct Row {
         char const* said;
-        std::string meaning;
+        char const* meaning;
     };
-    static Row const rows[] = {
+    static constexpr Row rows[] = {
         {"moov atom not found",
-         std::string("the recording was not finished, or its copy was cut short; ") + kWhatToDo},
-        {"ended prematurely", std::string("its file is cut short; ") + kWhatToDo},
-        {"partial file", std::string("its file is cut short; ") + kWhatToDo},
-        {"No space left on device", "the disk is full; free some space and share again"},
+         "$$$/Vistrel/quillohostkit/Complaint/Unfinished=the recording was not finished, or its "
+         "copy was cut short; {advice}"},
+        {"ended prematurely", kCutShort},
+        {"partial file", kCutShort},
+        {"No space left on device",
+         "$$$/Vistrel/quillohostkit/Complaint/DiskFull=the disk is full; free some space and share "
+         "again"},
         {"File too large",
-         "the export is larger than a file may be here; free some space and share again"},
+         "$$$/Vistrel/quillohostkit/Complaint/TooLarge=the export is larger than a file may be "
+         "here; free some space and share again"},
         {"Cannot allocate memory",
-         "there is not enough memory; close other programs and share again"},
-        {"Permission denied", "the file may not be read or written; change its permissions"},
-        {"could not find codec parameters",
-         "its picture or sound is in a coding that is not supported; export it as H.264 with AAC"},
-        {"Unsupported codec",
-         "its picture or sound is in a coding that is not supported; export it as H.264 with AAC"},
-        {"Decoder not found",
-         "its picture or sound is in a coding that is not supported; export it as H.264 with AAC"},
-        {"not found for input stream",
-         "its picture or sound is in a coding that is not supported; export it as H.264 with AAC"},
-        {"Encoder not found", "this ffmpeg cannot write H.264 or AAC; install the package ffmpeg"},
-        {"Unknown encoder", "this ffmpeg cannot write H.264 or AAC; install the package ffmpeg"},
-        {"Invalid data found", std::string("its content is no movie, or is damaged; ") + kWhatToDo},
-        {"EBML header parsing failed",
-         std::string("its content is no movie, or is damaged; ") + kWhatToDo},
+         "$$$/Vistrel/quillohostkit/Complaint/Memory=there is not enough memory; close other "
+         "programs and share again"},
+        {"Permission denied",
+         "$$$/Vistrel/quillohostkit/Complaint/Permission=the file may not be read or written; "
+         "change its permissions"},
+        {"could not find codec parameters", kCoding},
+        {"Unsupported codec", kCoding},
+        {"Decoder not found", kCoding},
+        {"not found for input stream", kCoding},
+        {"Encoder not found", kNoEncoder},
+        {"Unknown encoder", kNoEncoder},
+        {"Invalid data found", kNoMovie},
+        {"EBML header parsing failed", kNoMovie},
     };
-    std::string meaning = std::string("it could not be read; ") + kWhatToDo;
+    char const* meaning =
+        "$$$/Vistrel/quillohostkit/Complaint/Unknown=it could not be read; {advice}";
     for (auto const& row : rows)
         if (Contains(complaint, row.said)) {
             meaning = row.meaning;
             break;
         }
-    return meaning + (complaint.empty() ? "" : " (ffmpeg says: " + complaint + ")") + ".";
+    return Text(meaning, {{"advice", WhatToDo()}}) + FfmpegSays(complaint) + ".";
 }
 
 }  // namespace quillohostkit

@@ -34,6 +34,9 @@ public:
     DamagedMovie(Movie const& movie, std::string const& damage);
 };
 
+/// " (ffmpeg says: `words`)"; nothing for no words.
+[[nodiscard]] std::string FfmpegSays(std::string const& words);
+
 /// Explains in plain words what is wrong with a movie and what to do, where `complaint` is a known
 /// message of ffmpeg; else a general sentence. ffmpeg's own words follow in
 /// parentheses.

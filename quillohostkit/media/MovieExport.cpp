@@ -7,13 +7,17 @@
 #include <system_error>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "moxcore/threads/AsyncExecutor.h"
 #include "quillohostkit/media/ExportSettings.h"
 #include "quillohostkit/media/FileChecksum.h"
 #include "quillohostkit/process/Failure.h"
+#include "quillohostkit/process/FileFailures.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 namespace fs = std::filesystem;
@@ -44,9 +48,11 @@ fs::path WithExtension(fs::path path, char const* extension) {
 
 Movie const& NotAt(fs::path const& output, Movie const& movie) {
     if (!movie.opened->IsAt(output)) return movie;
-    throw Failure(FailureKind::Export, "The movie lies where it would be exported to, \"" +
-                                           movie.file.string() +
-                                           "\"; move it, or share it under another name (--name).");
+    throw Failure(
+        FailureKind::Export,
+        Text("$$$/Vistrel/quillohostkit/Export/OntoItself=The movie lies where it would be "
+             "exported to, \"{file}\"; move it, or share it under another name (--name).",
+             {{"file", movie.file.string()}}));
 }
 
 }  // namespace
@@ -100,22 +106,27 @@ void MovieExport::OnExit(ExitStatus status) {
     }
     promise.SetException(std::make_exception_ptr(
         Failure(FailureKind::Export,
-                "Cannot export \"" + movie.file.string() + "\": " + Complaint(status))));
+                Text("$$$/Vistrel/quillohostkit/Export/Cannot=Cannot export \"{file}\": {reason}",
+                     {{"file", movie.file.string()}, {"reason", Complaint(status)}}))));
 }
 
 std::string MovieExport::Complaint(ExitStatus status) const {
     std::string said;
     for (auto const& line : complaints) {
         if (line.find(std::generic_category().message(ENOSPC)) != std::string::npos)
-            return "the disk of \"" + output.parent_path().string() +
-                   "\" is full; free some space and share again.";
+            return Text(
+                "$$$/Vistrel/quillohostkit/Export/DiskFull=the disk of \"{file}\" is full; free "
+                "some space and share again.",
+                {{"file", output.parent_path().string()}});
         said += (said.empty() ? "" : "; ") + line;
     }
     if (status.signal != 0)
-        return "the system ended ffmpeg, which exports it (signal " +
-               std::to_string(status.signal) +
-               "); close other programs, free some disk space and share again" +
-               (said.empty() ? "" : " (ffmpeg says: " + said + ")") + ".";
+        return Text(
+                   "$$$/Vistrel/quillohostkit/Export/FfmpegKilled=the system ended ffmpeg, which "
+                   "exports it (signal {number}); close other programs, free some disk space and "
+                   "share again",
+                   {{"number", std::to_string(status.signal)}}) +
+               FfmpegSays(said) + ".";
     return ExplainComplaint(said);
 }
 
@@ -142,7 +153,7 @@ void MovieExport::Finish(ExportedFile exported) {
     if (error) {
         promise.SetException(std::make_exception_ptr(
             Failure(FailureKind::Export,
-                    "Cannot write \"" + output.string() + "\": " + error.message() + ".")));
+                    Text(kCannotWrite, {{"file", output.string()}, {"reason", error.message()}}))));
         return;
     }
     exported.file = output;
@@ -153,7 +164,8 @@ void MovieExport::Finish(ExportedFile exported) {
 std::string WhereItIsKept(fs::path const& exported) {
     std::error_code error;
     if (!fs::exists(exported, error)) return "";
-    return " The exported movie is kept: \"" + exported.string() + "\".";
+    return Text("$$$/Vistrel/quillohostkit/Export/Kept= The exported movie is kept: \"{file}\".",
+                {{"file", exported.string()}});
 }
 
 }  // namespace quillohostkit

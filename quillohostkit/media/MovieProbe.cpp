@@ -5,10 +5,13 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/media/MovieDamage.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 namespace fs = std::filesystem;
@@ -95,7 +98,8 @@ Sound ReadSound(nlohmann::json const& stream, int number) {
     auto const tags = stream.value("tags", nlohmann::json::object());
     auto description = tags.value("title", tags.value("language", ""));
     if (description.empty() || description == "und")
-        description = "track " + std::to_string(number + 1);
+        description = Text("$$$/Vistrel/quillohostkit/Movie/Track=track {number}",
+                           {{"number", std::to_string(number + 1)}});
     return {.number = number,
             .channels = stream.value("channels", 0),
             .description = std::move(description)};
@@ -114,7 +118,9 @@ fs::path FindFfmpegProgram(std::string const& name) {
     auto program = FindProgram(name);
     if (program.empty())
         throw Failure(FailureKind::Export,
-                      name + " is missing: install the package ffmpeg, or add it to PATH.");
+                      Text("$$$/Vistrel/quillohostkit/Movie/NoFfmpeg={program} is missing: install "
+                           "the package ffmpeg, or add it to PATH.",
+                           {{"program", name}}));
     return program;
 }
 
@@ -167,9 +173,10 @@ void MovieProbe::OnComplaint(std::string const& line) {
 void MovieProbe::OnExit(ExitStatus status) {
     try {
         if (isOfOtherFormat)
-            RefuseMovie(given,
-                        "it is in no format that is shared: lists of other files and texts are not "
-                        "either; name a movie.");
+            RefuseMovie(
+                given,
+                Text("$$$/Vistrel/quillohostkit/Movie/Format=it is in no format that is shared: "
+                     "lists of other files and texts are not either; name a movie."));
         if (!status.IsSuccess()) RefuseMovie(given, ExplainComplaint(complaint));
         promise.SetValue(ReadReport());
     } catch (...) {
@@ -182,10 +189,12 @@ Movie MovieProbe::ReadReport() const {
     auto const& format = parsed.at("format");
     auto const names = format.value("format_name", "");  // of one format, as "matroska,webm"
     if (names.ends_with("_pipe"))
-        RefuseMovie(given, "it is a still picture; make a movie of it first.");
+        RefuseMovie(given, Text("$$$/Vistrel/quillohostkit/Movie/Still=it is a still picture; make "
+                                "a movie of it first."));
 
     if (IsProtected(parsed))
-        RefuseMovie(given, "it is protected against copying; share an export without protection.");
+        RefuseMovie(given, Text("$$$/Vistrel/quillohostkit/Movie/Protected=it is protected against "
+                                "copying; share an export without protection."));
 
     Movie found = movie;
     found.format = names.substr(0, names.find(','));
@@ -220,7 +229,9 @@ Movie MovieProbe::ReadReport() const {
     }
     found.streamDuration = std::max(found.picture.end, soundEnd);
     if (!found.hasPicture && !found.hasSound)
-        RefuseMovie(given, "it has neither picture nor sound.");
+        RefuseMovie(
+            given,
+            Text("$$$/Vistrel/quillohostkit/Movie/NoStreams=it has neither picture nor sound."));
     if (auto const text = format.value("duration", ""); !text.empty()) {
         double const seconds = std::strtod(text.c_str(), nullptr);
         if (seconds > 0) found.duration = seconds;

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/OnMainThread.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
 namespace quillohostkit {
 
+using moxcore::config::Text;
 using quillomoxui::FetchChildrenState;
 using quillomoxui::QuilloUser;
 
@@ -70,9 +72,11 @@ void Destinations::OnDefaultChanged() {
 
 void Destinations::OnPathFound(FolderPath const& found, bool isDefault) {
     if (!found.folder)
-        return tell(isDefault ? "The default destination is gone; choose another one in the "
-                                "preferences."
-                              : "The folder that this asset was shared to last is gone.");
+        return tell(Text(isDefault
+                             ? "$$$/Vistrel/quillohostkit/Destination/DefaultGone=The default "
+                               "destination is gone; choose another one in the preferences."
+                             : "$$$/Vistrel/quillohostkit/Destination/LastGone=The folder that "
+                               "this asset was shared to last is gone."));
     bool const isNews = found.folder->GetFetchChildrenState() == FetchChildrenState::NotFetched;
     path = found;
     user->SetSelection(path.folder);
@@ -90,8 +94,8 @@ void Destinations::CheckThatItIsThere(FolderPath const& shared) {
                         [&](auto const& child) { return child->GetID() == Guid(stack); }))
             return;
         tell(
-            "The service no longer has what was shared of this asset; it will be "
-            "shared anew.");
+            Text("$$$/Vistrel/quillohostkit/Destination/ShareLost=The service no longer has what "
+                 "was shared of this asset; it will be shared anew."));
         asset->ForgetShares();
     });
 }

@@ -1,8 +1,11 @@
 #include "quillohostkit/session/NamePath.h"
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 constexpr char kSeparator = '/';
@@ -12,8 +15,8 @@ bool NeedsEscape(char c) {
     return c == kSeparator || c == kEscape;
 }
 
-[[noreturn]] void Refuse(std::string_view text, std::string const& reason) {
-    throw Failure(FailureKind::Usage, "--to \"" + std::string(text) + "\" " + reason);
+[[noreturn]] void Refuse(std::string_view text, char const* keyAndDefault) {
+    throw Failure(FailureKind::Usage, Text(keyAndDefault, {{"path", std::string(text)}}));
 }
 
 }  // namespace
@@ -26,11 +29,16 @@ NamePath SplitNamePath(std::string_view text) {
             continue;
         }
         if (text[i] == kEscape && (++i == text.size() || !NeedsEscape(text[i])))
-            Refuse(text, R"(has a "\" that stands before neither "/" nor "\"; write "\\" for one)");
+            Refuse(text,
+                   "$$$/Vistrel/quillohostkit/Path/Escape=--to \"{path}\" has a \"\\\" that stands "
+                   "before neither \"/\" nor \"\\\"; write \"\\\\\" for one");
         path.back() += text[i];
     }
     for (auto const& name : path)
-        if (name.empty()) Refuse(text, "has an empty name; write Account/Workspace/Project/Folder");
+        if (name.empty())
+            Refuse(text,
+                   "$$$/Vistrel/quillohostkit/Path/EmptyName=--to \"{path}\" has an empty name; "
+                   "write Account/Workspace/Project/Folder");
     return path;
 }
 

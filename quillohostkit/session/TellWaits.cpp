@@ -3,15 +3,18 @@
 #include <optional>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/string/TimeText.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
-std::string NotAvailableSince(moxcore::threads::TimePoint since) {
-    return "The service has not been available since " +
-           moxcore::string::UTF16to8(moxcore::string::FormatTimeOfDay(since));
+std::string TextWithTime(char const* keyAndDefault, moxcore::threads::TimePoint time) {
+    return Text(keyAndDefault,
+                {{"time", moxcore::string::UTF16to8(moxcore::string::FormatTimeOfDay(time))}});
 }
 
 }  // namespace
@@ -21,16 +24,26 @@ std::vector<std::shared_ptr<quillomoxui::BindingHandle>> TellWaits(
     std::function<void(std::string const&)> const& tell) {
     auto const onSignIn = [tell](quilloauth::SignInProgress const& progress) {
         if (progress.stage == quilloauth::SignInStage::InBrowser)
-            tell("Waiting for you to sign in in the browser");
+            tell(
+                Text("$$$/Vistrel/quillohostkit/SignIn/InBrowser=Waiting for you to sign in in the "
+                     "browser"));
         if (progress.stage == quilloauth::SignInStage::Waiting)
-            tell(NotAvailableSince(progress.since) + "; the sign-in is tried again.");
+            tell(
+                TextWithTime("$$$/Vistrel/quillohostkit/SignIn/WaitingSince=The service has not "
+                             "been available since {time}; the sign-in is tried again.",
+                             progress.since));
     };
     auto const onUpload =
         [tell, isWaiting = false](std::optional<moxcore::threads::TimePoint> const& since) mutable {
             if (since)
-                tell(NotAvailableSince(*since) + "; the upload goes on by itself.");
+                tell(
+                    TextWithTime("$$$/Vistrel/quillohostkit/Upload/WaitingSince=The service has "
+                                 "not been available since {time}; the upload goes on by itself.",
+                                 *since));
             else if (isWaiting)
-                tell("The service is available again; the upload goes on.");
+                tell(
+                    Text("$$$/Vistrel/quillohostkit/Upload/GoesOn=The service is available again; "
+                         "the upload goes on."));
             isWaiting = since.has_value();
         };
     return {viewModel.SignInProgressNotifyingPropertyHost::BindValueChanged(onSignIn),

@@ -4,6 +4,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include "quillohostkit/widgets/QtText.h"
+
 namespace quillohostkit {
 
 bool EndsWith(QWidget const& window) {
@@ -18,18 +20,23 @@ bool EndsWith(QWidget const& window) {
 }
 
 bool MayStop(QWidget& window, ShareState const& state) {
-    QMessageBox question(
-        QMessageBox::Question, window.windowTitle(),
-        QString("\"%1\" is still being shared. Stop the share and quit?").arg(state.title()),
-        QMessageBox::NoButton, &window);
+    QMessageBox question(QMessageBox::Question, window.windowTitle(),
+                         QtText("$$$/Vistrel/quillohostkit/Close/Question=\"{title}\" is still "
+                                "being shared. Stop the share and quit?",
+                                {{"title", state.title().toStdString()}}),
+                         QMessageBox::NoButton, &window);
     question.setTextFormat(Qt::PlainText);
     bool const hasMovie = state.phase() == ShareState::Phase::Uploading ||
                           state.phase() == ShareState::Phase::Finishing;
-    question.setInformativeText(hasMovie
-                                    ? "The movie's export is kept; share it again to upload it."
-                                    : "What has been exported so far is removed.");
-    auto* const stop = question.addButton("Stop and Quit", QMessageBox::DestructiveRole);
-    auto* const keep = question.addButton("Keep Sharing", QMessageBox::RejectRole);
+    question.setInformativeText(QtText(hasMovie
+                                           ? "$$$/Vistrel/quillohostkit/Close/ExportKept=The "
+                                             "movie's export is kept; share it again to upload it."
+                                           : "$$$/Vistrel/quillohostkit/Close/ExportRemoved=What "
+                                             "has been exported so far is removed."));
+    auto* const stop = question.addButton(
+        QtText("$$$/Vistrel/quillohostkit/Close/Stop=Stop and Quit"), QMessageBox::DestructiveRole);
+    auto* const keep = question.addButton(
+        QtText("$$$/Vistrel/quillohostkit/Close/Keep=Keep Sharing"), QMessageBox::RejectRole);
     question.setDefaultButton(keep);
     question.setEscapeButton(keep);
     question.exec();

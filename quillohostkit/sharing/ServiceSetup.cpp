@@ -6,6 +6,7 @@
 #include <QSettings>
 #include <QStandardPaths>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "quilloauth/Browser.h"
@@ -13,9 +14,12 @@
 #include "quillohostkit/process/Failure.h"
 #include "quillohostkit/sharing/Sharing.h"
 #include "quillohostkit/state/OwnFile.h"
+#include "quillohostkit/widgets/QtText.h"
 #include "quillomoxui/model/sdk/QuilloCppSdkIntegration.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 using moxcore::string::AsciiToUTF16;
@@ -29,13 +33,15 @@ std::string serviceName;  // of the first address
 
 /// Why the library does not take the address.
 QString Complaint(std::string const& address) {
-    auto const named = "\"" + QString::fromStdString(address) + "\"";
-    if (quillocommon::IsInsecureServiceAddress(address))
-        return "The address of the review service, " + named +
-               ", is plain http to another machine, where everybody on the way can read the "
-               "sign-in and the movies; use https.";
-    return "The address of the review service, " + named +
-           ", is none; write it like https://review.example, without a path.";
+    bool const isInsecure = quillocommon::IsInsecureServiceAddress(address);
+    return QtText(
+        isInsecure
+            ? "$$$/Vistrel/quillohostkit/Service/Insecure=The address of the review service, "
+              "\"{address}\", is plain http to another machine, where everybody on the way can "
+              "read the sign-in and the movies; use https."
+            : "$$$/Vistrel/quillohostkit/Service/NoAddress=The address of the review service, "
+              "\"{address}\", is none; write it like https://review.example, without a path.",
+        {{"address", address}});
 }
 
 /// From the host's own settings.
@@ -98,8 +104,11 @@ std::filesystem::path OwnDataFile(char const* name) {
                                ? QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)
                                : settings.dataDirectory;
     if (!QDir().mkpath(directory))
-        throw Failure(FailureKind::Other,
-                      "Cannot make the directory \"" + directory.toStdString() + "\".");
+        throw Failure(
+            FailureKind::Other,
+            Text(
+                "$$$/Vistrel/quillohostkit/State/NoDirectory=Cannot make the directory \"{file}\".",
+                {{"file", directory.toStdString()}}));
     auto file = std::filesystem::path(QFile::encodeName(directory).toStdString()) / name;
     MakeOwnFile(file);
     return file;

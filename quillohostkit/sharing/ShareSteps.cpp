@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "moxcore/config/Error.h"
+#include "moxcore/config/Localizer.h"
 #include "moxcore/string/Conversions.h"
 #include "quillohostkit/media/MovieExport.h"
 #include "quillohostkit/sharing/AssetTitle.h"
@@ -10,6 +11,8 @@
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 
 namespace assetdata = quillomoxui::assetdata;
 using moxcore::string::UTF16to8;
@@ -41,7 +44,10 @@ void Sharing::ExportWanted(ShareInfo const& wanted, quillomoxui::UTF16String con
 
 void Sharing::Export(std::filesystem::path const& output) {
     // What the exporter needs may be gone with it.
-    if (!active->client) return GiveUpExport("The window that it was shared from was closed.");
+    if (!active->client)
+        return GiveUpExport(
+            Text("$$$/Vistrel/quillohostkit/Share/WindowClosed=The window that it was shared from "
+                 "was closed."));
     if (auto const now = active->client->GetAsset(); now.path == active->asset.path)
         active->asset = now;
     active->sharedRevision = RevisionOf(active->asset);
@@ -91,7 +97,8 @@ void Sharing::ShareFinished(ShareInfo const& finished) {
             moxcore::utility::Guid(shared->Stored(assetdata::kUploadFolderGuid)));
         !path.empty())
         shared->SetIDPath(path);
-    Tell("\"" + title + "\" is shared as version " + std::to_string(shared->Version()) + ".");
+    Tell(Text("$$$/Vistrel/quillohostkit/Share/Done=\"{title}\" is shared as version {version}.",
+              {{"title", title}, {"version", std::to_string(shared->Version())}}));
     progress = -1;
     SetPhase(Phase::Idle);
     if (active->client) active->client->OnFinished();
@@ -103,7 +110,10 @@ void Sharing::ShareFailed(ShareInfo const& failed, quillomoxui::ShareFailure con
     run.reset();
     bool const hasMovie = phase == Phase::Uploading || phase == Phase::Finishing;
     auto reason = failure.reason == ShareFailureReason::Cancelled
-                      ? "The share of \"" + title + "\" was cancelled."
+                      ? Text(
+                            "$$$/Vistrel/quillohostkit/Share/Cancelled=The share of \"{title}\" "
+                            "was cancelled.",
+                            {{"title", title}})
                   : failure.reason == ShareFailureReason::NotExported ? exportFailure
                                                                       : failure.text;
     if (hasMovie) reason += WhereItIsKept(exported);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "moxcore/config/Error.h"
+#include "moxcore/config/Localizer.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/threads/MainThread.h"
 #include "moxcore/utility/NoDestructor.h"
@@ -24,6 +25,8 @@
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 namespace fs = std::filesystem;
@@ -100,8 +103,8 @@ void Sharing::OpenFiles() {
         ShareLocks(locks, {.onWait =
                                [tell] {
                                    tell(
-                                       "Waiting for another program that shares this asset or "
-                                       "name.");
+                                       Text("$$$/Vistrel/quillohostkit/Share/Waiting=Waiting for "
+                                            "another program that shares this asset or name."));
                                },
                            .onFailure = [this](auto const& thrown) { TellException(thrown); }})});
 }
@@ -117,8 +120,8 @@ bool Sharing::IsReady() {
     try {
         if (!Connect()) {
             Tell(
-                "There is no review service: its address is not set (QUILLO_SERVICE_URL, or the "
-                "application's settings).");
+                Text("$$$/Vistrel/quillohostkit/Service/NotSet=There is no review service: its "
+                     "address is not set (QUILLO_SERVICE_URL, or the application's settings)."));
             return false;
         }
         OpenFiles();
@@ -176,7 +179,7 @@ bool Sharing::Take(SharingClient& client) {
     try {
         asset = client.GetAsset();
         if (asset.path.isEmpty()) {
-            Tell("There is nothing to share.");
+            Tell(Text("$$$/Vistrel/quillohostkit/Share/Nothing=There is nothing to share."));
             return false;
         }
         bool const isSame =

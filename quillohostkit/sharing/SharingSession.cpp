@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 #include "quilloauth/AuthManager.h"
 #include "quillohostkit/process/OnMainThread.h"
@@ -13,6 +14,7 @@
 
 namespace quillohostkit {
 
+using moxcore::config::Text;
 using quillomoxui::ShareForReviewViewID;
 
 bool Sharing::Connect() {
@@ -84,7 +86,9 @@ void Sharing::SignOut() {
 void Sharing::OnUserChanged(quillomoxui::QuilloUser const& user) {
     bool const isSignedIn = !user.GetID().IsNull();
     userName = isSignedIn ? NameOf(user) : "";
-    if (isSignedIn && !std::exchange(isResuming, false)) Tell("Signed in as " + userName + ".");
+    if (isSignedIn && !std::exchange(isResuming, false))
+        Tell(Text("$$$/Vistrel/quillohostkit/SignIn/Done=Signed in as {user}.",
+                  {{"user", userName}}));
     Changed();
 }
 

@@ -4,9 +4,12 @@
 
 #include <string_view>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 constexpr int kBusyMilliseconds = 10'000;
@@ -46,9 +49,10 @@ constexpr char const* kFormerTables = R"(
 )";
 
 [[noreturn]] void Fail(sqlite3* database, std::filesystem::path const& file) {
-    throw Failure(FailureKind::Other, "Cannot use the host's store \"" + file.string() +
-                                          "\": " + sqlite3_errmsg(database) +
-                                          "; check its rights and the free space of its disk.");
+    throw Failure(FailureKind::Other,
+                  Text("$$$/Vistrel/quillohostkit/State/Store=Cannot use the host's store "
+                       "\"{file}\": {reason}; check its rights and the free space of its disk.",
+                       {{"file", file.string()}, {"reason", sqlite3_errmsg(database)}}));
 }
 
 [[noreturn]] void Fail(sqlite3* database) {

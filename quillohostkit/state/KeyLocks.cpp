@@ -9,9 +9,12 @@
 #include <thread>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/Failure.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 using moxcore::async::Future;
@@ -52,8 +55,10 @@ public:
     }
 
     [[noreturn]] static void Fail(std::filesystem::path const& file) {
-        throw Failure(FailureKind::Other, "Cannot lock \"" + file.string() +
-                                              "\": " + std::generic_category().message(errno));
+        throw Failure(
+            FailureKind::Other,
+            Text("$$$/Vistrel/quillohostkit/State/Lock=Cannot lock \"{file}\": {reason}",
+                 {{"file", file.string()}, {"reason", std::generic_category().message(errno)}}));
     }
 
 private:

@@ -8,9 +8,13 @@
 #include <string>
 #include <system_error>
 
+#include "moxcore/config/Localizer.h"
 #include "quillohostkit/process/Failure.h"
+#include "quillohostkit/process/FileFailures.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 
 void MakeOwnFile(std::filesystem::path const& path) {
     constexpr mode_t kOwnerOnly = 0600;
@@ -23,13 +27,15 @@ void MakeOwnFile(std::filesystem::path const& path) {
     // One that is there is not opened: SQLite loses its locks when another descriptor is closed.
     struct stat status {};
     if (errno != EEXIST || lstat(path.c_str(), &status) != 0) {
-        throw Failure(FailureKind::Other, "Cannot make \"" + path.string() +
-                                              "\": " + std::generic_category().message(errno));
+        throw Failure(FailureKind::Other,
+                      Text(kCannotMake, {{"file", path.string()},
+                                         {"reason", std::generic_category().message(errno)}}));
     }
     if (!S_ISREG(status.st_mode) || status.st_uid != geteuid()) {
         throw Failure(FailureKind::Other,
-                      "\"" + path.string() +
-                          "\" is a link or another user's file, which is not used; remove it.");
+                      Text("$$$/Vistrel/quillohostkit/State/NotOwn=\"{file}\" is a link or another "
+                           "user's file, which is not used; remove it.",
+                           {{"file", path.string()}}));
     }
     if ((status.st_mode & ~S_IFMT) != kOwnerOnly) chmod(path.c_str(), kOwnerOnly);
 }

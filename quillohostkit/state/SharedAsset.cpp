@@ -5,12 +5,15 @@
 #include <sstream>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/string/Conversions.h"
 #include "quillohostkit/process/Failure.h"
 #include "quillohostkit/text/PlainText.h"
 #include "quillomoxui/viewmodel/AssetDataKeys.h"
 
 namespace quillohostkit {
+
+using moxcore::config::Text;
 namespace {
 
 namespace assetdata = quillomoxui::assetdata;
@@ -88,10 +91,11 @@ std::string SharedAsset::CheckLink(std::string const& link) const {
     if (IsPlainLink(link)) return link;
     for (char const* key : {assetdata::kReviewLinkGuid, assetdata::kReviewLinkURL})
         strings->Forget(id, key);
-    throw Failure(FailureKind::Link,
-                  "The service's link \"" + link +
-                      "\" is no plain http or https address. Nothing was uploaded; share again "
-                      "to have another link made.");
+    throw Failure(
+        FailureKind::Link,
+        Text("$$$/Vistrel/quillohostkit/Share/BadLink=The service's link \"{link}\" is no plain "
+             "http or https address. Nothing was uploaded; share again to have another link made.",
+             {{"link", link}}));
 }
 
 std::vector<std::string> SharedAsset::LockKeys(UTF16String const& outputFileName) const {

@@ -1,13 +1,41 @@
 #include "quillohostkit/widgets/ElidedLabel.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QEvent>
 #include <QPainter>
+#include <QStyle>
 
 #include "quillohostkit/text/PlainText.h"
 
 namespace quillohostkit {
 
+namespace {
+
+/// Qt knows a widget that draws itself as a mere area.
+class AccessibleLabel : public QAccessibleWidget {
+public:
+    explicit AccessibleLabel(ElidedLabel* label) : QAccessibleWidget(label) {}
+
+    QAccessible::Role role() const override {
+        return static_cast<ElidedLabel*>(widget())->IsStatus() ? QAccessible::AlertMessage
+                                                               : QAccessible::StaticText;
+    }
+};
+
+QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
+    auto* const label = dynamic_cast<ElidedLabel*>(object);
+    return label ? new AccessibleLabel(label) : nullptr;
+}
+
+}  // namespace
+
 ElidedLabel::ElidedLabel(QString const& name, Qt::TextElideMode mode) : name(name), mode(mode) {
+    [[maybe_unused]] static bool const isInstalled = [] {
+        QAccessible::installFactory(&MakeInterface);
+        return true;
+    }();
+    setAccessibleName(name);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
@@ -16,6 +44,11 @@ void ElidedLabel::SetText(QString const& newText) {
     setAccessibleName(text.isEmpty() ? name : name + ": " + text);
     updateGeometry();
     update();
+    if (!isStatus || text.isEmpty() || !isVisible()) return;
+    for (auto const type : {QAccessible::ObjectShow, QAccessible::Alert}) {
+        QAccessibleEvent event(this, type);
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 QSize ElidedLabel::sizeHint() const {
@@ -30,7 +63,11 @@ QSize ElidedLabel::minimumSizeHint() const {
 
 void ElidedLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.drawText(contentsRect(), Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine,
+    // A path reads from left to right whatever the window does.
+    painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    auto const side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeading);
+    painter.drawText(contentsRect(),
+                     Qt::AlignVCenter | Qt::AlignAbsolute | side | Qt::TextSingleLine,
                      fontMetrics().elidedText(text, mode, contentsRect().width()));
 }
 

@@ -13,6 +13,10 @@ public:
 
     void SetText(QString const& newText);
 
+    /// Makes it a status: assistive tools announce each text that it gets.
+    void SetStatus() { isStatus = true; }
+    [[nodiscard]] bool IsStatus() const { return isStatus; }
+
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
 
@@ -24,6 +28,7 @@ private:
     QString name;  // for assistive tools, before the text
     Qt::TextElideMode mode;
     QString text;
+    bool isStatus = false;
 };
 
 }  // namespace quillohostkit

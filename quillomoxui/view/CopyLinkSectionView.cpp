@@ -1,9 +1,11 @@
 #include "quillomoxui/view/CopyLinkSectionView.h"
 
 #include <algorithm>
+#include <initializer_list>
 
 #include "moxui/datatransfer/ClipboardSendData.h"
 #include "moxui/sharedui/UI_ToastManager.h"
+#include "moxui/skins/ThemeProvider.h"
 #include "quillomoxui/sharedui/BindImageSupplyFunction.h"
 #include "quillomoxui/utility/GetResourceManager.h"
 #include "quillomoxui/utility/WeakBindMemberFunction.h"
@@ -21,7 +23,10 @@ CopyLinkSectionView::CopyLinkSectionView(std::shared_ptr<ShareForReviewViewModel
       link(new moxui::controls::UI_HotTextURL(UTF16String())),
       copyButton(new moxui::controls::UI_PictureTextButton),
       workflowLabel(new WorkflowLabel(viewModel->GetAssetTypeIcon())),
-      settingsButton(new moxui::controls::UI_PictureButton) {
+      settingsButton(new moxui::controls::UI_PictureButton),
+      ready(new moxui::controls::UI_StaticText(
+          Text("$$$/Vistrel/quillomoxui/view/QuilloShare/CopyLinkSectionView/Ready="
+               "The review link is ready."))) {
     auto const address = viewModel->GetReviewLinkURL();
     link->SetTruncationMode(moxui::drawbot::TruncationMode::End);
     link->SetURL(address);
@@ -48,10 +53,12 @@ CopyLinkSectionView::CopyLinkSectionView(std::shared_ptr<ShareForReviewViewModel
                       .BindValueChanged(WeakBindMemberFunction(workflowLabel.get(),
                                                                &WorkflowLabel::SetLabelText)));
 
-    AddShown(*this, link);
-    AddShown(*this, copyButton);
-    AddShown(*this, workflowLabel);
-    AddShown(*this, settingsButton);
+    ready->SetStatus();
+
+    // As they are read: the label stands above the link.
+    for (auto const& child : std::initializer_list<boost::intrusive_ptr<moxui::ui::UI_SubView>>{
+             ready, workflowLabel, link, copyButton, settingsButton})
+        AddShown(*this, child);
     UI_Show(true);
 }
 
@@ -67,9 +74,18 @@ void CopyLinkSectionView::UI_SetLocalRectF(moxcore::geom::RectT<float> const& re
     Layout const layout(*this);
     if (!layout) return;
     float const y = layout.PlaceAt(*workflowLabel, 15, 10).y + 22.5F;
-    link->UI_SetLocalRectF({15, y, std::min(layout.SizeOf(*link).x, 196.0F), 20});
+    // The button grows with a text that its place does not hold, at the cost of the link, which is
+    // elided.
+    constexpr float kLeastPadding = 3;
+    auto const padding =
+        moxui::skins::ThemeProvider::Get().GetSize(moxui::skins::ThemeSize::ControlPadding);
+    float const copyWidth =
+        std::max(layout.SizeOf(*copyButton).x - 2 * (padding - kLeastPadding), 84.0F);
+    float const copyLeft = rect.width - 36 - copyWidth;
+    ready->UI_SetLocalRectF({0, 0, 0, 0});
+    link->UI_SetLocalRectF({15, y, std::min(layout.SizeOf(*link).x, copyLeft - 24), 20});
     settingsButton->UI_SetLocalRectF({rect.width - 31, y + 2, 16, 16});
-    copyButton->UI_SetLocalRectF({rect.width - 120, y, 84, 20});
+    copyButton->UI_SetLocalRectF({copyLeft, y, copyWidth, 20});
 }
 
 void CopyLinkSectionView::OnCopyButtonChange(moxui::ui::Message*) {

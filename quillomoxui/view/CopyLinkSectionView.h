@@ -3,6 +3,7 @@
 #include "moxui/controls/UI_HotTextURL.h"
 #include "moxui/controls/UI_PictureButton.h"
 #include "moxui/controls/UI_PictureTextButton.h"
+#include "moxui/controls/UI_StaticText.h"
 #include "quillomoxui/view/PopupBaseView.h"
 #include "quillomoxui/view/WorkflowLabel.h"
 
@@ -27,6 +28,8 @@ private:
     boost::intrusive_ptr<moxui::controls::UI_PictureTextButton> copyButton;
     boost::intrusive_ptr<WorkflowLabel> workflowLabel;
     boost::intrusive_ptr<moxui::controls::UI_PictureButton> settingsButton;
+    /// The end of the share, for assistive tools alone: the rest of the view shows it to eyes.
+    boost::intrusive_ptr<moxui::controls::UI_StaticText> ready;
 };
 
 }  // namespace quillomoxui::view

@@ -56,6 +56,7 @@ EncodingProgressView::EncodingProgressView(
     linkCaption->SetText(
         Text("$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/Link=Link:"));
     status->SetText(statusText);
+    status->SetStatus();
     progressBar->UI_SetAccessibleName(statusText);
     cancelButton->SetText(
         Text("$$$/Vistrel/quillomoxui/view/QuilloShare/EncodingProgressView/CancelBtn=Cancel"));

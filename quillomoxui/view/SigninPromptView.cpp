@@ -75,6 +75,7 @@ SigninPromptView::SigninPromptView(std::shared_ptr<ShareForReviewViewModel> cons
       cancelButton(new moxui::controls::UI_TextButton),
       reopenButton(new moxui::controls::UI_TextButton) {
     description->SetMultiLine(true);
+    description->SetStatus();
     signinButton->SetFontStyleName("Bold");
     cancelButton->SetText(
         Text("$$$/Vistrel/quillomoxui/view/QuilloShare/SigninPromptView/CancelBtn=Cancel"));

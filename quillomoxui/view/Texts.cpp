@@ -6,12 +6,9 @@
 namespace quillomoxui::view {
 
 UTF16String TextWithTime(char const* keyAndDefault, moxcore::threads::TimePoint time) {
-    auto text = Text(keyAndDefault);
-    auto const place = moxcore::string::AsciiToUTF16("{time}");
-    auto const at = text.find(place);
-    if (at != UTF16String::npos)
-        text.replace(at, place.size(), moxcore::string::FormatTimeOfDay(time));
-    return text;
+    using namespace moxcore::string;
+    return UTF8to16(
+        moxcore::config::Text(keyAndDefault, {{"time", UTF16to8(FormatTimeOfDay(time))}}));
 }
 
 }  // namespace quillomoxui::view

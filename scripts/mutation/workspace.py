@@ -89,7 +89,7 @@ class Workspace:
             settings = {p["name"]: p["value"] for p in test.get("properties", [])}
             if made and "libgtest" in inputs and command[0].find("node") < 0:
                 programs[test["name"]] = Program(test["name"], made[-1], command, settings, set(inputs.split("\n")))
-            elif not re.search(r"_install$|_exports$|^(includes|translations|public_headers|hardening)$|^fuzz_", test["name"]):
+            elif not re.search(r"_install$|_exports$|^(includes|translations_.*|public_headers|hardening)$|^fuzz_", test["name"]):
                 self.others.append(test["name"])
         return programs
 

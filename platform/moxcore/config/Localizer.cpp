@@ -1,12 +1,10 @@
 #include "moxcore/config/Localizer.h"
 
-#include <fstream>
-#include <functional>
-#include <map>
+#include <algorithm>
 #include <memory>
 #include <mutex>
-#include <nlohmann/json.hpp>
 
+#include "moxcore/config/TextTables.h"
 #include "moxcore/debug/Trace.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/utility/NoDestructor.h"
@@ -14,36 +12,46 @@
 namespace moxcore::config {
 namespace {
 
-using Texts = std::map<std::string, string::UTF16String, std::less<>>;
+using Tables = std::shared_ptr<TextTables const>;
 
-struct LocaleInForce {
+struct InForce {
     std::mutex mutex;
-    std::shared_ptr<Texts const> texts = std::make_shared<Texts>();  // guarded by mutex
+    Tables tables;  // guarded by mutex; null: not read yet
 };
 
 /// Never destroyed: texts are still asked for while the process ends.
-LocaleInForce& InForce() {
-    static moxcore::utility::NoDestructor<LocaleInForce> inForce;
+InForce& Current() {
+    static moxcore::utility::NoDestructor<InForce> inForce;
     return *inForce;
 }
 
-/// Throws with a sentence that says what is wrong with the file.
-Texts ReadTexts(std::string const& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw std::runtime_error("cannot be opened");
-    auto const parsed = nlohmann::json::parse(file);
-    Texts texts;
-    for (auto const& [key, text] : parsed.get_ref<nlohmann::json::object_t const&>()) {
-        if (!text.is_string()) throw std::runtime_error("the value of \"" + key + "\" is no text");
-        texts.emplace(key, string::UTF8to16(text.get_ref<std::string const&>()));
-    }
-    return texts;
+Tables ReadForUser() {
+    auto tables = std::make_shared<TextTables>();
+    tables->locales = LocalesOfUser();
+    tables->Add(InstalledTables());
+    return tables;
 }
 
-/// Keeps a locale taken from the environment from naming a file elsewhere.
-bool IsLocaleName(std::string const& locale) {
-    constexpr char kAllowed[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_@";
-    return !locale.empty() && locale.find_first_not_of(kAllowed) == std::string::npos;
+/// Without the lock: a sink may ask for texts.
+void TraceComplaints(TextTables const& tables) {
+    for (auto const& complaint : tables.complaints)
+        debug::Trace(1, "moxcore", complaint);
+}
+
+Tables Get() {
+    auto& inForce = Current();
+    std::unique_lock lock(inForce.mutex);
+    if (inForce.tables) return inForce.tables;
+    auto const tables = inForce.tables = ReadForUser();
+    lock.unlock();
+    TraceComplaints(*tables);
+    return tables;
+}
+
+void Put(Tables tables) {
+    auto& inForce = Current();
+    std::lock_guard lock(inForce.mutex);
+    inForce.tables.swap(tables);
 }
 
 }  // namespace
@@ -52,33 +60,51 @@ string::UTF16String Localizer::Localize(std::string_view keyAndDefault) {
     auto const separator = keyAndDefault.find('=');
     if (separator == std::string_view::npos) return string::UTF8to16(keyAndDefault);
 
-    std::shared_ptr<Texts const> texts;
-    {
-        auto& inForce = InForce();
-        std::lock_guard lock(inForce.mutex);
-        texts = inForce.texts;
-    }
-    auto const found = texts->find(keyAndDefault.substr(0, separator));
-    return found != texts->end() ? found->second
-                                 : string::UTF8to16(keyAndDefault.substr(separator + 1));
+    auto const tables = Get();
+    auto const found = tables->texts.find(keyAndDefault.substr(0, separator));
+    return found != tables->texts.end() ? found->second
+                                        : string::UTF8to16(keyAndDefault.substr(separator + 1));
+}
+
+void Localizer::AddDirectory(std::string const& directory) {
+    auto const before = Get();
+    auto tables = std::make_shared<TextTables>(*before);
+    tables->complaints.clear();
+    tables->Add(directory);
+    TraceComplaints(*tables);
+    Put(tables);
 }
 
 bool Localizer::Load(std::string const& directory, std::string const& locale) {
-    auto texts = std::make_shared<Texts const>();
-    bool loaded = false;
-    if (IsLocaleName(locale)) {
-        std::string const path = directory + "/" + locale + ".json";
-        try {
-            texts = std::make_shared<Texts const>(ReadTexts(path));
-            loaded = true;
-        } catch (std::exception const& failure) {
-            debug::Trace(1, "moxcore", "Texts of \"" + path + "\" not taken: " + failure.what());
-        }
+    auto tables = std::make_shared<TextTables>();
+    if (IsLocaleName(locale)) tables->locales = {locale};
+    tables->Add(directory);
+    TraceComplaints(*tables);
+    bool const isLoaded = !tables->locale.empty() && tables->complaints.empty();
+    Put(isLoaded ? tables : std::make_shared<TextTables>());
+    return isLoaded;
+}
+
+std::string Localizer::LocaleInForce() {
+    return Get()->locale;
+}
+
+std::string Text(std::string_view keyAndDefault, TextValues const& values) {
+    auto const text = string::UTF16to8(Localizer::Localize(keyAndDefault));
+    std::string filled;
+    std::string_view rest = text;
+    for (auto open = rest.find('{'); open != rest.npos; open = rest.find('{')) {
+        auto const close = rest.find('}', open);
+        if (close == rest.npos) break;
+        auto const name = rest.substr(open + 1, close - open - 1);
+        auto const value = std::find_if(values.begin(), values.end(),
+                                        [name](auto const& each) { return each.first == name; });
+        filled += rest.substr(0, open);
+        filled += value != values.end() ? std::string_view(value->second)
+                                        : rest.substr(open, close + 1 - open);
+        rest.remove_prefix(close + 1);
     }
-    auto& inForce = InForce();
-    std::lock_guard lock(inForce.mutex);
-    inForce.texts.swap(texts);
-    return loaded;
+    return filled.append(rest);
 }
 
 }  // namespace moxcore::config

@@ -9,6 +9,7 @@
 #include "moxui/backend/detail/drawing/QtDrawbot.h"
 #include "moxui/backend/detail/drawing/Theme.h"
 #include "moxui/backend/detail/drawing/WidgetStyle.h"
+#include "moxui/backend/detail/widgets/Accessibility.h"
 #include "moxui/backend/detail/widgets/Peer.h"
 
 namespace moxui::controls {
@@ -27,10 +28,16 @@ public:
         setFont(backend::ThemeFont(""));
     }
 
-    void SetText(moxcore::string::UTF16String const& text) {
-        fitted.SetText(text, multiLine);
+    void SetText(moxcore::string::UTF16String const& newText) {
+        auto const before = text();
+        fitted.SetText(newText, multiLine);
         setText(fitted.GetWhole());  // for assistive tools
         Refit();
+        if (isStatus && isVisible() && text() != before) backend::Announce(*this);
+    }
+    void SetStatus() {
+        isStatus = true;
+        backend::SetStatus(*this);
     }
     void SetElideMode(Qt::TextElideMode mode) {
         fitted.SetElideMode(mode);
@@ -47,6 +54,10 @@ protected:
     void changeEvent(QEvent* event) override {
         QLabel::changeEvent(event);
         if (event->type() == QEvent::FontChange) Refit();
+    }
+    void showEvent(QShowEvent* event) override {
+        QLabel::showEvent(event);
+        if (isStatus) backend::Announce(*this);
     }
     void resizeEvent(QResizeEvent* event) override {
         QLabel::resizeEvent(event);
@@ -70,6 +81,7 @@ private:
     }
 
     backend::FittedText fitted;
+    bool isStatus = false;
 };
 
 Label* LabelOf(UI_StaticText const& text) {
@@ -123,6 +135,10 @@ void UI_StaticText::SetMultiLine(bool multiLine) {
     if (!label) return;
     label->multiLine = multiLine;
     label->SetText(text);
+}
+
+void UI_StaticText::SetStatus() {
+    if (auto* const label = LabelOf(*this)) label->SetStatus();
 }
 
 moxcore::geom::PointT<float> UI_StaticText::UI_GetRecommendedSize(drawbot::Drawbot*) const {

@@ -45,6 +45,10 @@ public:
     /// One line unless called with true.
     void SetMultiLine(bool multiLine);
 
+    /// Makes it a status: assistive tools announce it when it is shown, and each text after that.
+    /// Before the control is shown.
+    void SetStatus();
+
     /// The text's own size, in whole units: unwrapped, and one line high even when it is empty.
     [[nodiscard]] moxcore::geom::PointT<float> UI_GetRecommendedSize(
         drawbot::Drawbot* drawbot) const override;

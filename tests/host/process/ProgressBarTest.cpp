@@ -28,6 +28,14 @@ TEST(ProgressBar, GivesUpWhatDoesNotFit) {
     }
 }
 
+TEST(ProgressBar, CountsTheColumnsOfWideCharactersAndMarks) {
+    ProgressBar const bar{"アップロード中", 0.5, "", {}};
+    EXPECT_EQ(bar.Format(31), "アップロード中 [####....]  50 %");
+    EXPECT_EQ(bar.Format(5), "アッ");
+    EXPECT_EQ((ProgressBar{"u\u0308x", 0.5}).Format(2), "u\u0308x");
+    EXPECT_EQ((ProgressBar{"\xFFx", 0.5}).Format(1), "\xFF");
+}
+
 TEST(ProgressBar, SaysThatAllIsDoneOnlyWhenItIs) {
     EXPECT_EQ((ProgressBar{"x", 0.9999}).Format(8), "x  99 %");
     EXPECT_EQ((ProgressBar{"x", 1}).Format(8), "x 100 %");

@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <map>
 #include <stdexcept>
 
 #include "moxcore/async/CancelledException.h"
 #include "moxcore/config/Error.h"
 #include "moxcore/config/Localizer.h"
+#include "moxcore/config/TextTables.h"
 #include "moxcore/string/Conversions.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -52,6 +55,53 @@ TEST_F(LocalizerTest, GoesBackToTheDefaultsWhenTheFileIsNoGood) {
         EXPECT_FALSE(Localizer::Load(directory.Path(), locale)) << locale;
         EXPECT_EQ(Localized("key=default"), "default") << locale;
     }
+}
+
+TEST_F(LocalizerTest, FillsInValuesAndAddsTablesOfFolders) {
+    directory.Write("de.json", R"({"key": "Wert", "both": "Tabelle"})");
+    std::filesystem::create_directories(directory.Path() / "part");
+    directory.Write("part/de.json", R"({"lines": ["eins {a}", "zwei {b}"]})");
+    std::filesystem::create_directories(directory.Path() / "own" / "part");
+    directory.Write("own/part/de.json", R"({"both": "eigene"})");
+    ASSERT_TRUE(Localizer::Load(directory.Path(), "de"));
+    EXPECT_EQ(Localizer::LocaleInForce(), "de");
+    // A value is text: what looks like a place in it stays.
+    EXPECT_EQ(Text("lines=", {{"a", "{b}"}, {"b", "2"}}), "eins {b}\nzwei 2\n");
+    EXPECT_EQ(Text("none={a} {c} {", {{"a", "1"}}), "1 {c} {");
+    EXPECT_EQ(Text("both="), "Tabelle");
+    Localizer::AddDirectory(directory.Path() / "own");
+    EXPECT_EQ(Text("both="), "eigene");
+    EXPECT_EQ(Text("key="), "Wert");
+}
+
+TEST(TextTables, TakesTheLanguageOfTheEnvironment) {
+    struct Case {
+        char const *language, *all, *messages, *lang;
+        std::vector<std::string> locales;
+    };
+    std::map<char const*, std::string> before;
+    for (char const* const name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"})
+        before[name] = std::getenv(name) ? std::getenv(name) : "";
+    for (auto const& row :
+         std::vector<Case>{{"", "", "", "de_AT.UTF-8", {"de_AT", "de"}},
+                           {"", "", "ja_JP", "de_DE", {"ja_JP", "ja"}},
+                           {"", "ar", "ja_JP", "de_DE", {"ar"}},
+                           {"ar:de", "", "", "ja_JP", {"ar", "de"}},
+                           {"ar:en:de", "", "", "ja_JP", {"ar"}},
+                           {"de", "", "", "C.UTF-8", {}},
+                           {"de", "", "POSIX", "ja", {}},
+                           {"", "", "", "", {}},
+                           {"", "", "", "en_GB.UTF-8", {}},
+                           {"", "", "", "sr_RS.UTF-8@latin", {"sr_RS@latin", "sr_RS", "sr"}},
+                           {"", "", "", "../../etc/x", {}}}) {
+        setenv("LANGUAGE", row.language, 1);
+        setenv("LC_ALL", row.all, 1);
+        setenv("LC_MESSAGES", row.messages, 1);
+        setenv("LANG", row.lang, 1);
+        EXPECT_EQ(LocalesOfUser(), row.locales) << row.language << ' ' << row.lang;
+    }
+    for (auto const& [name, value] : before)
+        setenv(name, value.c_str(), 1);
 }
 
 TEST(Error, TellsResultAndMessageOfWhatAFutureFailedWith) {

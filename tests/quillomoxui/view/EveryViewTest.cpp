@@ -259,7 +259,7 @@ TEST_F(EveryViewInThePopupTest, TellsAnAssistiveToolTheWholeOfAShare) {
     for (auto const& [id, expected] : std::vector<Step>{
              {ID::SigninPrompt,
               {"StaticText: Share for review:", "StaticText: Opening titles", "ButtonMenu: More",
-               "StaticText: Sign in to Quillo to create a review link to share with your team "
+               "AlertMessage: Sign in to Quillo to create a review link to share with your team "
                "members.",
                "Button: Sign in to Quillo"}},
              {ID::ReviewInQuillo,
@@ -281,15 +281,16 @@ TEST_F(EveryViewInThePopupTest, TellsAnAssistiveToolTheWholeOfAShare) {
                "Button: Choose"}},
              {ID::EncodingProgress,
               {"StaticText: Share for Review", "StaticText: Link:",
-               "StaticText: http://127.0.0.1/r/abc", "StaticText: Encoding in Progress...",
-               "ProgressBar: Encoding in Progress... = 500", "Button: Cancel, focused"}},
+               "StaticText: http://127.0.0.1/r/abc", "AlertMessage: Encoding in Progress...",
+               "ProgressBar: Encoding in Progress... = 50 %", "Button: Cancel, focused"}},
              {ID::UploadInProgress,
               {"StaticText: Share for Review", "StaticText: Link:",
-               "StaticText: http://127.0.0.1/r/abc", "StaticText: Upload in Progress...",
-               "ProgressBar: Upload in Progress... = 500", "Button: Cancel, focused"}},
+               "StaticText: http://127.0.0.1/r/abc", "AlertMessage: Upload in Progress...",
+               "ProgressBar: Upload in Progress... = 50 %", "Button: Cancel, focused"}},
              {ID::CopyLinkSection,
-              {"Link: http://127.0.0.1/r/abc", "Button: Copy link", "StaticText: Share for review:",
-               "StaticText: Opening titles", "ButtonMenu: More, focused", "Button: Link settings"}},
+              {"AlertMessage: The review link is ready.", "StaticText: Share for review:",
+               "StaticText: Opening titles", "ButtonMenu: More, focused",
+               "Link: http://127.0.0.1/r/abc", "Button: Copy link", "Button: Link settings"}},
          }) {
         SCOPED_TRACE(int(id));
         auto& popup = Show(id);

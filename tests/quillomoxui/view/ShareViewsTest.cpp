@@ -96,7 +96,7 @@ TEST_F(ShareViewsTest, TheSignInPromptSaysWhatItWaitsForAndHowItEnded) {
         {SignInStage::None, kFirst, {kSignIn}},
     };
     setenv("TZ", "UTC", 1);
-    setenv("LC_ALL", "de_DE", 1);
+    setenv("LC_TIME", "de_DE", 1);
     Show(ID::SigninPrompt);
     for (auto const& row : rows) {
         SCOPED_TRACE(row.says);
@@ -114,7 +114,7 @@ TEST_F(ShareViewsTest, TheSignInPromptSaysWhatItWaitsForAndHowItEnded) {
         });
         EXPECT_EQ(buttons, row.buttons);
     }
-    unsetenv("LC_ALL");
+    unsetenv("LC_TIME");
 }
 
 TEST_F(ShareViewsTest, TheCallToActionStandsOutAsFarAsItsGivenColoursDo) {
@@ -177,7 +177,7 @@ TEST_F(ShareViewsTest, TheProgressViewFollowsTheProgressAndTheLink) {
 
 TEST_F(ShareViewsTest, TheProgressViewSaysSinceWhenAnUploadWaits) {
     setenv("TZ", "UTC", 1);
-    setenv("LC_ALL", "de_DE", 1);
+    setenv("LC_TIME", "de_DE", 1);
     constexpr moxcore::threads::TimePoint kSince(std::chrono::minutes(14 * 60 + 5));
     constexpr char kNote[] = "The upload goes on by itself.";
     model->SetUploadWaitingSince(kSince);
@@ -189,7 +189,7 @@ TEST_F(ShareViewsTest, TheProgressViewSaysSinceWhenAnUploadWaits) {
         EXPECT_EQ(Shows("Upload in Progress..."), !waits);
         EXPECT_EQ(FindText<UI_StaticText>(*view, kNote)->UI_IsViewVisible(), waits);
     }
-    unsetenv("LC_ALL");
+    unsetenv("LC_TIME");
 }
 
 TEST_F(ShareViewsTest, CopyLinkPutsTheLinkOnTheClipboardAndSaysSo) {

@@ -3,7 +3,11 @@
 #include <QAbstractItemView>
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QLabel>
+#include <QLocale>
 #include <QMenu>
+#include <QProgressBar>
+#include <algorithm>
 
 #include "moxui/backend/detail/menus/DropDown.h"
 #include "moxui/backend/detail/widgets/PushButton.h"
@@ -12,6 +16,8 @@
 
 namespace moxui::backend {
 namespace {
+
+constexpr char kStatus[] = "moxui_status";
 
 QAccessible::Role QtRole(ui::AccessibleRole role) {
     switch (role) {
@@ -169,6 +175,58 @@ private:
     }
 };
 
+class AccessibleLabel : public QAccessibleWidget {
+public:
+    explicit AccessibleLabel(QLabel* label) : QAccessibleWidget(label) {}
+
+    /// A label may become a status after it was asked about.
+    QAccessible::Role role() const override {
+        return widget()->property(kStatus).toBool() ? QAccessible::AlertMessage
+                                                    : QAccessible::StaticText;
+    }
+    QString text(QAccessible::Text kind) const override {
+        auto const given = QAccessibleWidget::text(kind);
+        return kind == QAccessible::Name && given.isEmpty() ? static_cast<QLabel*>(widget())->text()
+                                                            : given;
+    }
+};
+
+/// Counts in percent: the bar's own numbers are steps, which say nothing to a listener.
+class AccessibleProgress : public QAccessibleWidget, public QAccessibleValueInterface {
+public:
+    explicit AccessibleProgress(QProgressBar* bar)
+        : QAccessibleWidget(bar, QAccessible::ProgressBar) {}
+
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        return type == QAccessible::ValueInterface ? static_cast<QAccessibleValueInterface*>(this)
+                                                   : QAccessibleWidget::interface_cast(type);
+    }
+    QString text(QAccessible::Text kind) const override {
+        if (kind != QAccessible::Value) return QAccessibleWidget::text(kind);
+        return QLocale().toString(Percent()) + " %";
+    }
+    QAccessible::State state() const override {
+        auto state = QAccessibleWidget::state();
+        state.readOnly = true;
+        return state;
+    }
+
+    QVariant currentValue() const override { return Percent(); }
+    void setCurrentValue(QVariant const&) override {}
+    QVariant maximumValue() const override { return kWhole; }
+    QVariant minimumValue() const override { return 0; }
+    QVariant minimumStepSize() const override { return 1; }
+
+private:
+    static constexpr int kWhole = 100;
+
+    /// Rounded down: the whole is for what is complete.
+    [[nodiscard]] int Percent() const {
+        auto const& bar = static_cast<QProgressBar const&>(*widget());
+        return static_cast<int>(qint64(kWhole) * bar.value() / std::max(1, bar.maximum()));
+    }
+};
+
 QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
     if (auto* const view = qobject_cast<ViewWidget*>(object)) return new AccessibleView(view);
     if (auto* const button = qobject_cast<PushButton*>(object)) return new AccessibleButton(button);
@@ -176,6 +234,11 @@ QAccessibleInterface* MakeInterface(QString const&, QObject* object) {
         return new AccessibleDropDown(dropDown);
     if (auto* const scroll = dynamic_cast<ScrollWidget*>(object))
         return new AccessibleScroll(scroll);
+    if (auto* const bar = qobject_cast<QProgressBar*>(object);
+        bar && dynamic_cast<NodeLink*>(object))
+        return new AccessibleProgress(bar);
+    if (auto* const label = qobject_cast<QLabel*>(object); label && dynamic_cast<NodeLink*>(object))
+        return new AccessibleLabel(label);
     return nullptr;
 }
 
@@ -187,6 +250,17 @@ void TellAssistiveToolsAboutViews() {
         return true;
     }();
     static_cast<void>(isInstalled);
+}
+
+void SetStatus(QWidget& label) {
+    label.setProperty(kStatus, true);
+}
+
+void Announce(QWidget& widget) {
+    for (auto const type : {QAccessible::ObjectShow, QAccessible::Alert}) {
+        QAccessibleEvent event(&widget, type);
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 }  // namespace moxui::backend

@@ -1,12 +1,12 @@
 #include "moxui/backend/detail/windows/ToastWindow.h"
 
-#include <QAccessible>
 #include <QPainter>
 #include <QWindow>
 
 #include "moxui/backend/detail/drawing/Conversions.h"
 #include "moxui/backend/detail/drawing/QtDrawbot.h"
 #include "moxui/backend/detail/drawing/Theme.h"
+#include "moxui/backend/detail/widgets/Accessibility.h"
 #include "moxui/backend/detail/windows/Placement.h"
 #include "moxui/backend/detail/windows/Screens.h"
 #include "moxui/backend/detail/windows/Wayland.h"
@@ -57,11 +57,7 @@ void ToastWindow::ShowOver(QWidget const* owner, QString const& newText) {
     LetInputThrough(*this);
     raise();
     update();
-    // Qt announces no window of this kind by itself.
-    for (auto const type : {QAccessible::ObjectShow, QAccessible::Alert}) {
-        QAccessibleEvent event(this, type);
-        QAccessible::updateAccessibility(&event);
-    }
+    Announce(*this);
 }
 
 void ToastWindow::paintEvent(QPaintEvent*) {
