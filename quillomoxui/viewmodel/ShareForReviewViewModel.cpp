@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/string/Conversions.h"
 #include "quillomoxui/model/QuilloUser.h"
 #include "quillomoxui/utility/ThrowFatalError.h"
@@ -13,6 +14,16 @@
 #include "quillomoxui/viewmodel/ShareReports.h"
 
 namespace quillomoxui {
+
+using moxcore::config::Text;
+
+namespace {
+
+constexpr char kSignedOut[] =
+    "$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/NotSharedSignedOut="
+    "The movie was not shared: who has shared it has signed out; share it again.";
+
+}  // namespace
 
 using moxcore::string::AsciiToUTF16;
 using moxcore::string::StdToUTF16String;
@@ -50,10 +61,7 @@ void ShareForReviewViewModel::TakeUser(std::shared_ptr<QuilloUser> const& newUse
             ++users;
             // Its link would be another user's.
             if (fields.isLinkPending)
-                reports->Fail(fields.shareID,
-                              {ShareFailureReason::OtherUser,
-                               "The movie was not shared: who has shared it has signed out; share "
-                               "it again."});
+                reports->Fail(fields.shareID, {ShareFailureReason::OtherUser, Text(kSignedOut)});
         }
         UserNotifyingPropertyHost::SetValue(newUser);
         selectionKeeper.swap(keeper);

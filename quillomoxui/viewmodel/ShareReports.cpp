@@ -1,8 +1,11 @@
 #include "quillomoxui/viewmodel/ShareReports.h"
 
+#include "moxcore/config/Localizer.h"
 #include "moxcore/threads/AsyncCallFromMainThread.h"
 
 namespace quillomoxui {
+
+using moxcore::config::Text;
 
 ShareEvents::~ShareEvents() = default;
 void ShareEvents::ShareBegan(ShareInfo const& /*share*/) {}
@@ -16,7 +19,8 @@ void ShareEvents::ShareFailed(ShareInfo const& /*share*/, ShareFailure const& /*
 
 ShareReports::~ShareReports() {
     ShareFailure const closed{ShareFailureReason::LibraryClosed,
-                              "The share was stopped with the program that shares."};
+                              Text("$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/ProgramEnded=The "
+                                   "share was stopped with the program that shares.")};
     std::lock_guard lock(mutex);
     for (auto const& [id, state] : underWay)
         TellLocked(state.share, [closed](auto& observer, auto const& share) {

@@ -4,6 +4,7 @@
 
 #include "moxcore/async/CancelledException.h"
 #include "moxcore/config/Error.h"
+#include "moxcore/config/Localizer.h"
 #include "moxcore/string/Conversions.h"
 #include "quillocommon/Failures.h"
 #include "quillomoxui/model/operations/ShareSteps.h"
@@ -14,12 +15,19 @@
 
 namespace quillomoxui {
 
+using moxcore::config::Text;
+
 using model::StepEnd;
 
 namespace {
 
+constexpr char kCalledOff[] =
+    "$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/CalledOff="
+    "The share was called off.";
+
 constexpr char kOtherUser[] =
-    "The movie was not uploaded: who has shared it has signed out; share it again.";
+    "$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/NotUploadedSignedOut=The movie was not "
+    "uploaded: who has shared it has signed out; share it again.";
 
 }  // namespace
 
@@ -32,7 +40,7 @@ void ShareForReviewViewModel::FailShare(Guid const& shareID, ShareFailureReason 
                                         StepEnd const& end) {
     bool const isCalledOff = end.kind == StepEnd::Kind::CalledOff;
     reports->Fail(shareID, {isCalledOff ? ShareFailureReason::LibraryClosed : reason,
-                            isCalledOff ? "The share was called off." : end.why});
+                            isCalledOff ? Text(kCalledOff) : end.why});
 }
 
 void ShareForReviewViewModel::StartUpload() {
@@ -58,8 +66,8 @@ void ShareForReviewViewModel::Upload() {
     // Nobody's movie goes out in somebody else's name.
     if (!isOfUser) {
         quillocommon::ReportFailure(
-            {quillocommon::Step::Upload, moxcore::config::kUnknownFailure, 0, kOtherUser});
-        reports->Fail(share.shareID, {ShareFailureReason::OtherUser, kOtherUser});
+            {quillocommon::Step::Upload, moxcore::config::kUnknownFailure, 0, Text(kOtherUser)});
+        reports->Fail(share.shareID, {ShareFailureReason::OtherUser, Text(kOtherUser)});
         outputFiles->Release(share.shareID, share.outputFilePath);
         return SetEncodingStatus({EncodingStatus::UploadFailed});
     }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "moxcore/config/Error.h"
+#include "moxcore/config/Localizer.h"
 #include "moxcore/string/Conversions.h"
 #include "moxcore/utility/FileUtils.h"
 #include "quillocommon/Failures.h"
@@ -17,6 +18,8 @@
 
 namespace quillomoxui {
 
+using moxcore::config::Text;
+
 using model::StepEnd;
 using moxcore::string::AsciiToUTF16;
 using moxcore::string::StdToUTF16String;
@@ -25,6 +28,10 @@ using moxcore::utility::Guid;
 
 namespace {
 
+constexpr char kCancelled[] =
+    "$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/Cancelled="
+    "The share was cancelled.";
+
 UTF16String ToText(Guid const& id) {
     return StdToUTF16String(id.AsStdString());
 }
@@ -32,8 +39,8 @@ UTF16String ToText(Guid const& id) {
 void ReportNowhereToShareTo() {
     quillocommon::ReportFailure(
         {quillocommon::Step::CreateReviewLink, moxcore::config::kUnknownFailure, 0,
-         "The movie was not shared: no location is chosen for it, or the one that was is gone; "
-         "choose a location."});
+         Text("$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/NoLocation=The movie was not shared: "
+              "no location is chosen for it, or the one that was is gone; choose a location.")});
 }
 
 }  // namespace
@@ -69,7 +76,8 @@ void ShareForReviewViewModel::GiveUpExport() {
     if (fields.isLinkPending) return;
     reports->FailBeforeUpload(fields.shareID,
                               {ShareFailureReason::NotExported,
-                               "The movie was not shared: the editor has not exported it."});
+                               Text("$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/NotExported=The "
+                                    "movie was not shared: the editor has not exported it.")});
     if (!fields.isUploading) outputFiles->Release(fields.shareID, fields.outputFilePath);
 }
 
@@ -97,10 +105,11 @@ bool ShareForReviewViewModel::BeginShare(Guid const& first, Guid const& second, 
     bool const sameAsset = fields.assetID1 == first && fields.assetID2 == second;
     if (sameAsset && fields.isLinkPending && fields.shareUser == users) return false;
     isStillNew = sameAsset && fields.isNewVersionStack;
-    reports->FailBeforeUpload(fields.shareID,
-                              {ShareFailureReason::Overtaken,
-                               "The movie was not shared: another share has begun before it was "
-                               "exported; share it again."});
+    reports->FailBeforeUpload(
+        fields.shareID,
+        {ShareFailureReason::Overtaken,
+         Text("$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/Overtaken=The movie was not shared: "
+              "another share has begun before it was exported; share it again.")});
     fields.shareID = Guid::CreateUnique();
     fields.shareUser = users;
     fields.isLinkPending = false;
@@ -241,7 +250,7 @@ void ShareForReviewViewModel::CancelShare() {
         if (!fields.isCancelled || !(isUnderWay || fields.isLinkPending)) return;
         *fields.isCancelled = true;
         outputFiles->Release(fields.shareID, fields.outputFilePath);
-        reports->Fail(fields.shareID, {ShareFailureReason::Cancelled, "The share was cancelled."});
+        reports->Fail(fields.shareID, {ShareFailureReason::Cancelled, Text(kCancelled)});
         fields.shareID = Guid::CreateUnique();
         fields.isLinkPending = false;
         fields.isUploading = false;

@@ -11,12 +11,18 @@
 #include <system_error>
 
 #include "moxcore/config/Error.h"
+#include "moxcore/config/Localizer.h"
 #include "moxcore/filesupport/CommonDirs.h"
 #include "moxcore/string/Conversions.h"
 #include "quillocommon/Failures.h"
 
 namespace quillomoxui::unlinkedstacks {
 namespace {
+
+constexpr char kNotNoted[] =
+    "$$$/Vistrel/quillomoxui/viewmodel/QuilloShare/NotNoted="
+    "It cannot be noted that the movie is not on its review link yet ({reason}): should the "
+    "program end before it is, share the movie again and look at its link.";
 
 namespace fs = std::filesystem;
 
@@ -30,11 +36,9 @@ fs::path Directory() {
 }
 
 void Report(std::string const& reason) {
-    quillocommon::ReportFailure(
-        {quillocommon::Step::AddToReviewLink, moxcore::config::kUnknownFailure, 0,
-         "It cannot be noted that the movie is not on its review link yet (" + reason +
-             "): should the program end before it is, share the movie again and look at its "
-             "link."});
+    quillocommon::ReportFailure({quillocommon::Step::AddToReviewLink,
+                                 moxcore::config::kUnknownFailure, 0,
+                                 moxcore::config::Text(kNotNoted, {{"reason", reason}})});
 }
 
 template <class Work>
