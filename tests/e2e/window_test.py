@@ -31,7 +31,7 @@ class WindowTests(WindowTest):
         self.sign_in(window)
         self.choose_location(window)
         window.click("Button", "Share")
-        window.see("StaticText", "Encoding in Progress...")
+        window.see("AlertMessage", "Encoding in Progress...")
         return window
 
     def choose_location(self, window):
@@ -126,15 +126,15 @@ class WindowTests(WindowTest):
         self.close(earlier)
 
         window = self.begin_export(service)
-        window.dismiss("StaticText", "Encoding in Progress...")
+        window.dismiss("AlertMessage", "Encoding in Progress...")
         window.click("MenuItem", "File")
         window.click("MenuItem", "Open Recent")
         window.click("MenuItem", f"*{self.clip.name}")
-        window.see("Client", f"Movie: *{self.clip.name}")
+        window.see("StaticText", f"Movie: *{self.clip.name}")
         # The popup stays with the movie that is being shared, and then is the other one's.
         window.click("Button", "Share for Review")
-        window.see("StaticText", "*in Progress...")
-        window.dismiss("StaticText", "*in Progress...")
+        window.see("AlertMessage", "*in Progress...")
+        window.dismiss("AlertMessage", "*in Progress...")
         window.hear('"Long" is shared as version 1')
         window.click("Button", "Share for Review")
         window.see("Button", "Share")
@@ -146,12 +146,12 @@ class WindowTests(WindowTest):
 
     def test_closing_during_a_share_asks_and_leaves_nothing_behind(self):
         window = self.begin_export()
-        window.dismiss("StaticText", "Encoding in Progress...")
+        window.dismiss("AlertMessage", "Encoding in Progress...")
         window.key("ctrl+q")
         window.click("Button", "Keep Sharing")
         window.see_gone("Button", "Keep Sharing")
         window.activate()
-        window.see("Client", 'Share: Exporting "Long"')
+        window.see("StaticText", 'Share: Exporting "Long"')
         window.key("ctrl+q")
         window.click("Button", "Stop and Quit")
         code, out, err = window.finish()
@@ -161,7 +161,7 @@ class WindowTests(WindowTest):
 
     def test_an_export_is_called_off(self):
         window = self.begin_export()
-        window.dismiss("StaticText", "Encoding in Progress...")
+        window.dismiss("AlertMessage", "Encoding in Progress...")
         window.click("MenuItem", "Share")
         window.click("MenuItem", "Cancel the Share")
         window.hear('"Long" was cancelled')
@@ -171,7 +171,7 @@ class WindowTests(WindowTest):
 
     def test_a_share_whose_user_signs_out_says_where_its_movie_is(self):
         window = self.begin_export()
-        window.dismiss("StaticText", "Encoding in Progress...")
+        window.dismiss("AlertMessage", "Encoding in Progress...")
         window.click("MenuItem", "Share")
         window.click("MenuItem", "Sign Out")
         kept = self.state / "cache" / "Long.mp4"
@@ -189,7 +189,7 @@ class WindowTests(WindowTest):
     def test_what_is_exported_is_kept_when_its_upload_ends_with_the_window(self):
         service = self.service("--latency", "300")
         window = self.begin_export(service)
-        window.see("StaticText", "Upload in Progress...")
+        window.see("AlertMessage", "Upload in Progress...")
         window.process.send_signal(signal.SIGTERM)
         code, _, err = window.finish()
         kept = self.state / "cache" / "Long.mp4"
@@ -203,7 +203,7 @@ class WindowTests(WindowTest):
         window = self.window(text)
         window.hear("its content is no movie")
         window.click("Button", "Open the Sample Clip")
-        window.see("Client", "Movie: *Sample clip.mov")
+        window.see("StaticText", "Movie: *Sample clip.mov")
         window.activate()
         self.close(window)
 
