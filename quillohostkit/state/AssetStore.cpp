@@ -115,6 +115,28 @@ private:
     sqlite3_stmt* statement = nullptr;
 };
 
+/// Statements that are carried out together: none of them unless it is committed.
+class AssetStore::Transaction {
+public:
+    explicit Transaction(sqlite3* database) : database(database) {
+        Statement(database, "BEGIN IMMEDIATE").Run();
+    }
+    ~Transaction() {
+        if (!isCommitted) sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+    Transaction(Transaction const&) = delete;
+    Transaction& operator=(Transaction const&) = delete;
+
+    void Commit() {
+        Statement(database, "COMMIT").Run();
+        isCommitted = true;
+    }
+
+private:
+    sqlite3* database;
+    bool isCommitted = false;
+};
+
 AssetStore::AssetStore(std::filesystem::path const& file, std::string newService)
     : service(std::move(newService)) {
     sqlite3* opened = nullptr;
@@ -138,19 +160,30 @@ void AssetStore::TakeOverFormerTables() {
         Fail(database.get());
 }
 
+std::optional<AssetID> AssetStore::FindAsset(std::filesystem::path const& path) {
+    Statement found(database.get(),
+                    "SELECT library.guid, movies.guid FROM library, movies WHERE path = ?", path);
+    if (!found.Next()) return std::nullopt;
+    return AssetID{moxcore::utility::Guid(found.Text(0)), moxcore::utility::Guid(found.Text(1))};
+}
+
 AssetID AssetStore::AssetOf(std::filesystem::path const& path) {
     std::lock_guard lock(mutex);
+    // A popup that is opened waits for this: nothing is written, hence no disk awaited, for an
+    // asset that is known, and a new one costs one commit.
+    if (auto const known = FindAsset(path)) return *known;
     auto* const db = database.get();
+    Transaction transaction(db);
     Statement(db, "INSERT INTO library VALUES (1, ?) ON CONFLICT DO NOTHING",
               moxcore::utility::Guid::CreateUnique())
         .Run();
     Statement(db, "INSERT INTO movies VALUES (?, ?) ON CONFLICT DO NOTHING", path,
               moxcore::utility::Guid::CreateUnique())
         .Run();
-    Statement library(db, "SELECT guid FROM library");
-    Statement movie(db, "SELECT guid FROM movies WHERE path = ?", path);
-    if (!library.Next() || !movie.Next()) Fail(db);
-    return {moxcore::utility::Guid(library.Text()), moxcore::utility::Guid(movie.Text())};
+    transaction.Commit();
+    auto const made = FindAsset(path);
+    if (!made) Fail(db);
+    return *made;
 }
 
 std::optional<std::string> AssetStore::Read(AssetID const& asset, std::string const& key) {

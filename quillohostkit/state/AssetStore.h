@@ -42,8 +42,10 @@ public:
 
 private:
     class Statement;
+    class Transaction;
 
     void TakeOverFormerTables();
+    [[nodiscard]] std::optional<AssetID> FindAsset(std::filesystem::path const& path);
 
     struct CloseDatabase {
         void operator()(sqlite3* open) const;
