@@ -91,6 +91,11 @@ private:
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Without an address there is no popup to wait for.
+    if (!qEnvironmentVariableIsSet("QUILLO_SERVICE_URL")) {
+        std::fprintf(stderr, "Run bench/kit_bench/kit_bench.py, which names a service.\n");
+        return 2;
+    }
     Host application(argc, argv);
     QApplication::setApplicationName("kit_bench");
     QApplication::setQuitOnLastWindowClosed(false);
