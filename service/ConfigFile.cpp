@@ -3,23 +3,16 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <string_view>
 #include <system_error>
 
 #include "service/Options.h"
+#include "service/base/Text.h"
 
 namespace quilloservice {
 
 namespace {
-
-std::string Trim(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r";
-    std::size_t const first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
-}
 
 UsageError Unreadable(std::string const& path, int error) {
     return UsageError("cannot read " + path + ": " + std::generic_category().message(error));
@@ -34,14 +27,14 @@ std::vector<ConfigEntry> ReadConfigFile(std::string const& path) {
     int number = 0;
     for (std::string text; std::getline(file, text);) {
         ++number;
-        std::string const line = Trim(text);
+        std::string_view const line = Trim(text);
         if (line.empty() || line.starts_with('#')) continue;
         std::size_t const equals = line.find('=');
-        if (equals == std::string::npos)
+        if (equals == std::string_view::npos)
             throw UsageError(path + ", line " + std::to_string(number) +
                              ": expected \"name = value\"");
-        entries.push_back({number, Trim(std::string_view(line).substr(0, equals)),
-                           Trim(std::string_view(line).substr(equals + 1))});
+        entries.push_back({number, std::string(Trim(line.substr(0, equals))),
+                           std::string(Trim(line.substr(equals + 1)))});
     }
     if (file.bad()) throw Unreadable(path, EISDIR);
     return entries;

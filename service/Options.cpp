@@ -1,9 +1,6 @@
 #include "service/Options.h"
 
-#include <arpa/inet.h>
-
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <functional>
 #include <iterator>
@@ -11,6 +8,7 @@
 
 #include "service/ConfigFile.h"
 #include "service/base/Text.h"
+#include "service/http/Address.h"
 
 namespace quilloservice {
 
@@ -121,14 +119,8 @@ double ParseRate(std::string const& text) {
     return rate;
 }
 
-/// An IP address, in the form in which the system writes those of clients.
-std::string ParseIpAddress(std::string const& text) {
-    std::array<char, INET6_ADDRSTRLEN> canonical{};
-    for (int family : {AF_INET, AF_INET6}) {
-        in6_addr address{};
-        if (::inet_pton(family, text.c_str(), &address) == 1)
-            return ::inet_ntop(family, &address, canonical.data(), canonical.size());
-    }
+std::string ParseProxy(std::string const& text) {
+    if (auto address = http::ParseAddress(text)) return *address;
     throw UsageError("--proxy takes an IP address, for example 127.0.0.1, not \"" + text + "\"");
 }
 
@@ -192,7 +184,7 @@ private:
          [this](auto& text) { options.allowOrigin = ParseOrigin("--allow-origin", text); }},
         {"--public-address",
          [this](auto& text) { options.publicAddress = ParseOrigin("--public-address", text); }},
-        {"--proxy", [this](auto& text) { options.proxy = ParseIpAddress(text); }},
+        {"--proxy", [this](auto& text) { options.proxy = ParseProxy(text); }},
         {"--sample", [this](auto& text) { options.sample = ParseSample(text); }},
         {"--limit", [this](auto& text) { options.limit = ParseLimit(text); }},
         {"--latency",

@@ -53,6 +53,7 @@ http::Limits HttpLimits(Options const& options) {
     ::getrlimit(RLIMIT_NOFILE, &descriptors);
     limits.connections = http::ConnectionsWithin(descriptors.rlim_cur);
     limits.latency = options.faults.latency;
+    limits.beginMayWait = !options.database.empty();  // it looks the token up
     return limits;
 }
 

@@ -29,6 +29,13 @@ std::size_t SequenceLength(std::string_view text) {
 
 }  // namespace
 
+std::string_view Trim(std::string_view text) {
+    constexpr std::string_view kBlanks = " \t\r";
+    std::size_t const first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
 std::string ToHex(std::string_view bytes) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;

@@ -7,6 +7,9 @@
 
 namespace quilloservice {
 
+/// `text` without blanks, tabs and carriage returns at its ends.
+std::string_view Trim(std::string_view text);
+
 /// Lower-case hexadecimal digits of `bytes`.
 std::string ToHex(std::string_view bytes);
 

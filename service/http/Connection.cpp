@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "service/base/ApiError.h"
+#include "service/http/Address.h"
 
 namespace quilloservice::http {
 
@@ -33,7 +34,8 @@ Connection::Connection(ServerContext& context, asio::ip::tcp::socket socket,
       pace(context.limits.pace) {
     boost::system::error_code gone;
     this->socket.set_option(asio::ip::tcp::no_delay(true), gone);
-    remoteAddress = this->socket.remote_endpoint(gone).address().to_string();
+    std::string const address = this->socket.remote_endpoint(gone).address().to_string();
+    remoteAddress = ParseAddress(address).value_or(address);
 }
 
 Connection::~Connection() {
@@ -58,6 +60,9 @@ void Connection::Advance() {
                 break;
             case Stage::Decide:
                 goesOn = Decide();
+                break;
+            case Stage::Open:
+                goesOn = Open();
                 break;
             case Stage::Body:
                 goesOn = ReadBody();
@@ -138,20 +143,22 @@ bool Connection::Decide() {
         if (auto alive = tracked.lock()) alive->ShutDown();
     };
     last = exchange->request.closes;
+    if (context.limits.beginMayWait) return Work([this] { BeginExchange(); });
+    BeginExchange();
+    return true;
+}
+
+void Connection::BeginExchange() {
     action = context.application.Begin(exchange);
-    if (action.body == Action::Body::None) {
-        stage = Stage::Finish;
-        return true;
-    }
-    if (action.body == Action::Body::Stream) {
-        return Work([this] {
-            if (action.open()) {
-                stage = Stage::Body;
-                bodyArrived = true;
-            } else {
-                BeginResponse();
-            }
-        });
+    switch (action.body) {
+        case Action::Body::None:
+            stage = Stage::Finish;
+            return;
+        case Action::Body::Stream:
+            stage = Stage::Open;
+            return;
+        case Action::Body::Small:
+            break;
     }
     stage = Stage::Body;
     bodyArrived = true;
@@ -159,7 +166,17 @@ bool Connection::Decide() {
         static_cast<std::int64_t>(context.limits.smallBody)) {
         Refuse(413, "too_large", "The body is larger than 64 KiB.");
     }
-    return true;
+}
+
+bool Connection::Open() {
+    return Work([this] {
+        if (action.open()) {
+            stage = Stage::Body;
+            bodyArrived = true;
+        } else {
+            BeginResponse();
+        }
+    });
 }
 
 /// Prepares for the body; sends 100 Continue if the client expects it.

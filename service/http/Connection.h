@@ -48,6 +48,7 @@ private:
     enum class Stage {
         Head,     ///< read a request's head
         Decide,   ///< call Application::Begin
+        Open,     ///< call Action::open
         Body,     ///< read the body
         Finish,   ///< call Action::finish
         Respond,  ///< send the response
@@ -62,6 +63,7 @@ private:
     // must not touch this object any more.
     [[nodiscard]] bool ReadHead();
     [[nodiscard]] bool Decide();
+    [[nodiscard]] bool Open();
     [[nodiscard]] bool ReadBody();
     [[nodiscard]] bool Finish();
     [[nodiscard]] bool SendResponse();
@@ -69,6 +71,7 @@ private:
     [[nodiscard]] bool Linger();
 
     void BeginHead(Duration patience);
+    void BeginExchange();
     [[nodiscard]] bool BeginBody();
     void TakeBody();
     void Refuse(int status, std::string_view code, std::string_view message);

@@ -60,7 +60,8 @@ class Application {
 public:
     virtual ~Application() = default;
 
-    /// Decides how to process a request, from its head alone. Must not block. Any thread.
+    /// Decides how to process a request, from its head alone. Must not block unless
+    /// Limits::beginMayWait says so. Any thread.
     virtual Action Begin(std::shared_ptr<Exchange> exchange) = 0;
 
     /// Fills in the response to a request that the server itself refuses. Any thread.

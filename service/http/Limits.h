@@ -15,7 +15,8 @@ struct Limits {
     PaceRule pace{};                            ///< for receiving bodies and sending responses
     std::size_t smallBody = 64 * 1024;
     std::size_t connections = 1000;
-    Duration latency{};  ///< a simulated fault: the delay of every response
+    bool beginMayWait = false;  ///< Application::Begin may wait for another machine
+    Duration latency{};         ///< a simulated fault: the delay of every response
 };
 
 }  // namespace quilloservice::http

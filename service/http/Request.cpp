@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "service/base/ApiError.h"
+#include "service/base/Text.h"
 
 namespace quilloservice::http {
 
@@ -10,12 +11,6 @@ namespace {
 
 char Lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-std::string_view Trim(std::string_view text) {
-    std::size_t first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
 }  // namespace

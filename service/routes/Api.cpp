@@ -7,7 +7,9 @@
 #include <random>
 
 #include "service/base/ApiError.h"
+#include "service/base/Digest.h"
 #include "service/base/Text.h"
+#include "service/http/Address.h"
 #include "service/routes/RequestCount.h"
 #include "service/routes/TusProtocol.h"
 #include "service/store/Database.h"
@@ -81,10 +83,12 @@ std::string RequestId(http::Request const& request) {
         if (plain && !value.empty() && value.size() <= kLongest) return value;
         break;
     }
-    thread_local std::mt19937_64 random{std::random_device{}()};
-    std::array<char, 17> text{};
-    std::snprintf(text.data(), text.size(), "%016llx", static_cast<unsigned long long>(random()));
-    return text.data();
+    return ToHex(RandomBytes(8));
+}
+
+void Identify(http::Exchange& exchange) {
+    exchange.id = RequestId(exchange.request);
+    exchange.response.SetHeader("X-Request-Id", exchange.id);
 }
 
 /// The client for which a proxy asks: the last address in X-Forwarded-For, which the proxy itself
@@ -92,7 +96,8 @@ std::string RequestId(http::Request const& request) {
 std::string ClientOf(http::Request const& request) {
     auto const header = request.ListHeader("X-Forwarded-For");
     auto const addresses = http::ListElements(header ? std::string_view(*header) : "");
-    return addresses.empty() ? request.remoteAddress : std::string(addresses.back());
+    auto address = http::ParseAddress(addresses.empty() ? "" : std::string(addresses.back()));
+    return address.value_or(request.remoteAddress);
 }
 
 void Respond(Call& call, ApiError const& error) {
@@ -149,8 +154,7 @@ void Api::Add(Route route) {
 }
 
 http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
-    exchange->id = RequestId(exchange->request);
-    exchange->response.SetHeader("X-Request-Id", exchange->id);
+    Identify(*exchange);
     if (exchange->request.remoteAddress == settings.proxy)
         exchange->request.remoteAddress = ClientOf(exchange->request);
     auto call = std::make_shared<Call>(std::move(exchange));
@@ -198,6 +202,7 @@ http::Action Api::Begin(std::shared_ptr<http::Exchange> exchange) {
 
 void Api::Refuse(http::Exchange& exchange, int status, std::string_view code,
                  std::string_view message) {
+    if (exchange.id.empty()) Identify(exchange);
     // Not owned: the exchange belongs to the caller and outlives the call.
     Call call(std::shared_ptr<http::Exchange>(&exchange, [](http::Exchange*) {}));
     call.RespondWithError(status, code, message);

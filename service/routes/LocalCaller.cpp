@@ -9,7 +9,7 @@ namespace quilloservice {
 namespace {
 
 bool IsLoopbackAddress(std::string const& address) {
-    return address.starts_with("127.") || address == "::1" || address.starts_with("::ffff:127.");
+    return address.starts_with("127.") || address == "::1";
 }
 
 /// Whether the header Host names this machine. It does not for a page of another site whose name

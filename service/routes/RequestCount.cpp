@@ -31,9 +31,7 @@ Requester RequesterOf(SessionId session) {
 Requester RequesterAt(Call const& call) {
     std::string network = call.request.remoteAddress;
     in6_addr address{};
-    bool isIpv6 =
-        ::inet_pton(AF_INET6, network.substr(0, network.find('%')).c_str(), &address) == 1;
-    if (isIpv6 && !IN6_IS_ADDR_V4MAPPED(&address)) {
+    if (::inet_pton(AF_INET6, network.substr(0, network.find('%')).c_str(), &address) == 1) {
         network.assign(reinterpret_cast<char const*>(address.s6_addr), 8);
     }
     std::int64_t key = 0;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/service/ApiClient.h"
+#include "tests/service/RawConnection.h"
 #include "tests/service/RunningService.h"
 
 namespace quilloservice {
@@ -78,6 +79,7 @@ TEST(Operations, BelieveTheProxyAboutItsClientsAndNobodyElse) {
     for (Row const& row :
          {Row{"127.0.0.1", "", true}, Row{"127.0.0.1", "192.0.2.1", false},
           Row{"127.0.0.1", "192.0.2.1, 127.0.0.1", true},
+          Row{"127.0.0.1", "192.0.2.1, ::ffff:127.0.0.1", true},
           Row{"127.0.0.1", "127.0.0.1, 192.0.2.1", false}, Row{"192.0.2.9", "192.0.2.1", true}}) {
         Options options;
         options.proxy = row.proxy;
@@ -89,6 +91,17 @@ TEST(Operations, BelieveTheProxyAboutItsClientsAndNobodyElse) {
         bool const isLocal = http.Get("/admin", headers)->status == 200;
         EXPECT_EQ(isLocal, row.isLocal) << row.proxy << ": " << row.forwarded;
     }
+}
+
+/// A client over IPv4 is the same client on a socket for both versions.
+TEST(Operations, KnowAnIpv4ClientOfASocketForBothVersions) {
+    Options options;
+    options.host = "::";
+    options.proxy = "127.0.0.1";
+    RunningService service(options);
+    httplib::Client http("127.0.0.1", service.GetPort());
+    EXPECT_EQ(http.Get("/admin")->status, 200);
+    EXPECT_EQ(http.Get("/admin", {{"X-Forwarded-For", "192.0.2.1"}})->status, 403);
 }
 
 TEST(Operations, NameThePublicAddress) {
@@ -119,6 +132,9 @@ TEST(Operations, GiveEachRequestAnId) {
         EXPECT_THAT(idFor(headers), testing::MatchesRegex("[0-9a-f]{16}"));
     }
     EXPECT_NE(idFor({}), idFor({}));
+    test::RawConnection const nonsense(service.GetPort());
+    nonsense.Send("GET / HTTP/1.1\r\nnonsense\r\n\r\n");
+    EXPECT_THAT(nonsense.ReadAll(), HasSubstr("X-Request-Id: "));
 }
 
 }  // namespace
