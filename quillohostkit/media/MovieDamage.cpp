@@ -82,10 +82,11 @@ DamagedMovie::DamagedMovie(Movie const& movie, std::string const& damage)
           Text("$$$/Vistrel/quillohostkit/Damage/Movie=\"{file}\" is damaged: {damage}; {advice}.",
                {{"file", movie.file.string()}, {"damage", damage}, {"advice", WhatToDo()}})) {}
 
-std::string FfmpegSays(std::string const& words) {
-    return words.empty() ? ""
-                         : Text("$$$/Vistrel/quillohostkit/Complaint/Says= (ffmpeg says: {words})",
-                                {{"words", words}});
+std::string WithFfmpegsWords(std::string const& meaning, std::string const& words) {
+    return Text(words.empty()
+                    ? "$$$/Vistrel/quillohostkit/Complaint/Plain={meaning}."
+                    : "$$$/Vistrel/quillohostkit/Complaint/Says={meaning} (ffmpeg says: {words}).",
+                {{"meaning", meaning}, {"words", words}});
 }
 
 std::string ExplainComplaint(std::string const& complaint) {
@@ -138,7 +139,7 @@ std::string ExplainComplaint(std::string const& complaint) {
             meaning = row.meaning;
             break;
         }
-    return Text(meaning, {{"advice", WhatToDo()}}) + FfmpegSays(complaint) + ".";
+    return WithFfmpegsWords(Text(meaning, {{"advice", WhatToDo()}}), complaint);
 }
 
 }  // namespace quillohostkit

@@ -34,8 +34,8 @@ public:
     DamagedMovie(Movie const& movie, std::string const& damage);
 };
 
-/// " (ffmpeg says: `words`)"; nothing for no words.
-[[nodiscard]] std::string FfmpegSays(std::string const& words);
+/// The sentence that `meaning` is, with what ffmpeg has said, if anything, in parentheses.
+[[nodiscard]] std::string WithFfmpegsWords(std::string const& meaning, std::string const& words);
 
 /// Explains in plain words what is wrong with a movie and what to do, where `complaint` is a known
 /// message of ffmpeg; else a general sentence. ffmpeg's own words follow in

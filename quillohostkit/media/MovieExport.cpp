@@ -121,12 +121,12 @@ std::string MovieExport::Complaint(ExitStatus status) const {
         said += (said.empty() ? "" : "; ") + line;
     }
     if (status.signal != 0)
-        return Text(
-                   "$$$/Vistrel/quillohostkit/Export/FfmpegKilled=the system ended ffmpeg, which "
-                   "exports it (signal {number}); close other programs, free some disk space and "
-                   "share again",
-                   {{"number", std::to_string(status.signal)}}) +
-               FfmpegSays(said) + ".";
+        return WithFfmpegsWords(
+            Text("$$$/Vistrel/quillohostkit/Export/FfmpegKilled=the system ended ffmpeg, which "
+                 "exports it (signal {number}); close other programs, free some disk space and "
+                 "share again",
+                 {{"number", std::to_string(status.signal)}}),
+            said);
     return ExplainComplaint(said);
 }
 

@@ -5,7 +5,9 @@
 #include <QEvent>
 #include <QPainter>
 #include <QStyle>
+#include <utility>
 
+#include "moxui/backend/HostWidget.h"
 #include "quillohostkit/text/PlainText.h"
 
 namespace quillohostkit {
@@ -40,15 +42,13 @@ ElidedLabel::ElidedLabel(QString const& name, Qt::TextElideMode mode) : name(nam
 }
 
 void ElidedLabel::SetText(QString const& newText) {
-    text = QString::fromStdString(OneLine(newText.toStdString()));
+    auto line = QString::fromStdString(OneLine(newText.toStdString()));
+    if (line == text) return;
+    text = std::move(line);
     setAccessibleName(text.isEmpty() ? name : name + ": " + text);
     updateGeometry();
     update();
-    if (!isStatus || text.isEmpty() || !isVisible()) return;
-    for (auto const type : {QAccessible::ObjectShow, QAccessible::Alert}) {
-        QAccessibleEvent event(this, type);
-        QAccessible::updateAccessibility(&event);
-    }
+    if (isStatus && !text.isEmpty() && isVisible()) moxui::backend::Announce(*this);
 }
 
 QSize ElidedLabel::sizeHint() const {

@@ -28,7 +28,7 @@ InForce& Current() {
 Tables ReadForUser() {
     auto tables = std::make_shared<TextTables>();
     tables->locales = LocalesOfUser();
-    tables->Add(InstalledTables());
+    if (!tables->locales.empty()) tables->Add(InstalledTables());
     return tables;
 }
 

@@ -1,5 +1,6 @@
 #include "moxui/backend/HostWidget.h"
 
+#include <QAccessible>
 #include <QApplication>
 
 #include "moxcore/threads/MainThread.h"
@@ -72,6 +73,13 @@ boost::intrusive_ptr<ui::OS_ViewContainer> FillWidget(QWidget* widget) {
 
 QWidget* GetWidget(ui::UI_Node const& node) {
     return node.GetPeer().GetWidget();
+}
+
+void Announce(QWidget& widget) {
+    for (auto const type : {QAccessible::ObjectShow, QAccessible::Alert}) {
+        QAccessibleEvent event(&widget, type);
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 void SetMainTopLevelWindow(QWidget* window) {

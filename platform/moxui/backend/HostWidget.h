@@ -21,6 +21,10 @@ namespace moxui::backend {
 /// nor moved elsewhere.
 [[nodiscard]] MOXUI_API QWidget* GetWidget(ui::UI_Node const& node);
 
+/// Has assistive tools speak the accessible name of a widget that is shown, such as a status that
+/// has changed: Qt announces none by itself. Main thread.
+MOXUI_API void Announce(QWidget& widget);
+
 /// Registers the host's main window, which ui::GetMainTopLevelWindow answers from now on; null for
 /// none. Main thread.
 MOXUI_API void SetMainTopLevelWindow(QWidget* window);

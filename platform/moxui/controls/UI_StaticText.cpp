@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "moxui/backend/HostWidget.h"
 #include "moxui/backend/detail/drawing/Conversions.h"
 #include "moxui/backend/detail/drawing/FittedText.h"
 #include "moxui/backend/detail/drawing/QtDrawbot.h"

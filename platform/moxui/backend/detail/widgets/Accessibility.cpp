@@ -256,11 +256,4 @@ void SetStatus(QWidget& label) {
     label.setProperty(kStatus, true);
 }
 
-void Announce(QWidget& widget) {
-    for (auto const type : {QAccessible::ObjectShow, QAccessible::Alert}) {
-        QAccessibleEvent event(&widget, type);
-        QAccessible::updateAccessibility(&event);
-    }
-}
-
 }  // namespace moxui::backend

@@ -11,8 +11,4 @@ void TellAssistiveToolsAboutViews();
 /// Marks a label as a status: an assistive tool is told of each text that it gets (Announce).
 void SetStatus(QWidget& label);
 
-/// Has assistive tools speak the accessible name of a status or a notice that is shown. Qt
-/// announces neither by itself.
-void Announce(QWidget& widget);
-
 }  // namespace moxui::backend

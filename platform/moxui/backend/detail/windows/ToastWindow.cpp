@@ -3,10 +3,10 @@
 #include <QPainter>
 #include <QWindow>
 
+#include "moxui/backend/HostWidget.h"
 #include "moxui/backend/detail/drawing/Conversions.h"
 #include "moxui/backend/detail/drawing/QtDrawbot.h"
 #include "moxui/backend/detail/drawing/Theme.h"
-#include "moxui/backend/detail/widgets/Accessibility.h"
 #include "moxui/backend/detail/windows/Placement.h"
 #include "moxui/backend/detail/windows/Screens.h"
 #include "moxui/backend/detail/windows/Wayland.h"
