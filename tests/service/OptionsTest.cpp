@@ -17,7 +17,7 @@ TEST(Options, ParsesEveryOption) {
     Options options = ParseOptions({"--data",
                                     "d",
                                     "--port",
-                                    "8080",
+                                    "65535",
                                     "--host",
                                     "0.0.0.0",
                                     "--sample",
@@ -39,9 +39,10 @@ TEST(Options, ParsesEveryOption) {
                                     "--proxy",
                                     "0:0::1"});
     EXPECT_EQ(options.dataDirectory, "d");
-    EXPECT_EQ(options.port, 8080);
+    EXPECT_EQ(options.port, 65535);
     EXPECT_EQ(options.host, "0.0.0.0");
     EXPECT_EQ(options.sample, SampleSize::Large);
+    EXPECT_EQ(ParseOptions({"--data", "d", "--sample", "none"}).sample, SampleSize::None);
     EXPECT_TRUE(options.trustLocalUser && options.stopWithStdin && !options.help);
     EXPECT_EQ(options.allowOrigin, "https://review.example:8");
     EXPECT_EQ(options.publicAddress, "https://review.example");
@@ -141,7 +142,8 @@ TEST(Options, ReportsInvalidArguments) {
              {{"--data", "d", "--port", "65536"}, "--port takes"},
              {{"--data", "d", "--sample", "huge"}, "--sample takes small, large or none"},
              {{"--data", "d", "--limit", "60"}, "--limit takes N/SECONDS"},
-             {{"--data", "d", "--limit", "0/60"}, "from 1 to"},
+             {{"--data", "d", "--limit", "0/60"},
+              "--limit N/SECONDS takes a whole number from 1 to"},
              {{"--data", "d", "--limit", "5/0"}, "from 1 to"},
              {{"--data", "d", "--fail", "1.5"}, "--fail takes a number from 0 to 1"},
              {{"--data", "d", "--fail", "nan"}, "--fail takes"},

@@ -30,22 +30,48 @@ TEST(Metrics, CountEachExchangeOnce) {
     metrics.Count(exchange, {milliseconds(0), 0, 0, true});
 
     std::string const text = metrics.Render({3, 1'000'000'007, true});
-    for (std::string const& line :
-         {std::string(R"(quillo_http_requests_total{method="GET",route="/r/{id}",status="200"} 3)"),
-          std::string(R"(quillo_http_requests_total{method="",route="",status="405"} 1)"),
-          std::string(R"(_bucket{route="/r/{id}",le="0.005"} 1)"),
-          std::string(R"(_bucket{route="/r/{id}",le="0.01"} 2)"),
-          std::string(R"(_bucket{route="/r/{id}",le="30"} 2)"),
-          std::string(R"(_bucket{route="/r/{id}",le="+Inf"} 3)"),
-          std::string(R"(_sum{route="/r/{id}"} 60.011)"),
-          std::string(R"(_count{route="/r/{id}"} 3)"),
-          std::string("quillo_http_received_bytes_total 7"),
-          std::string("quillo_http_sent_bytes_total 160"), std::string("quillo_http_cut_total 1"),
-          std::string("quillo_http_connections 3"),
-          std::string("quillo_data_free_bytes 1000000007"),
-          std::string("quillo_store_reachable 1")}) {
-        EXPECT_THAT(text, HasSubstr(line + "\n"));
+    std::string expected = R"(# HELP quillo_http_requests_total Requests that have ended.
+# TYPE quillo_http_requests_total counter
+quillo_http_requests_total{method="",route="",status="405"} 1
+quillo_http_requests_total{method="GET",route="/r/{id}",status="200"} 3
+)";
+    EXPECT_THAT(text, testing::StartsWith(expected));
+    expected = "# TYPE quillo_http_request_duration_seconds histogram\n";
+    for (auto const& [route, counts, sum] :
+         std::vector<std::tuple<char const*, std::vector<int>, char const*>>{
+             {"", {1, 1, 1}, "0"}, {"/r/{id}", {1, 2, 3}, "60.011"}}) {
+        std::string const name = "quillo_http_request_duration_seconds";
+        std::string const label = "{route=\"" + std::string(route) + "\"";
+        for (char const* bound : {"0.005", "0.01", "0.025", "0.05", "0.1", "0.25", "0.5", "1",
+                                  "2.5", "5", "10", "30", "+Inf"}) {
+            int const count = counts[bound == std::string("0.005") ? 0 : *bound == '+' ? 2 : 1];
+            expected +=
+                name + "_bucket" + label + ",le=\"" + bound + "\"} " + std::to_string(count) + "\n";
+        }
+        expected += name + "_sum" + label + "} " + sum + "\n" + name + "_count" + label + "} " +
+                    std::to_string(counts.back()) + "\n";
     }
+    EXPECT_THAT(text, HasSubstr(expected));
+    EXPECT_THAT(text, testing::EndsWith(R"(
+# HELP quillo_http_received_bytes_total Bytes of the requests' bodies.
+# TYPE quillo_http_received_bytes_total counter
+quillo_http_received_bytes_total 7
+# HELP quillo_http_sent_bytes_total Bytes of the responses.
+# TYPE quillo_http_sent_bytes_total counter
+quillo_http_sent_bytes_total 160
+# HELP quillo_http_cut_total Requests whose connection ended before the response did.
+# TYPE quillo_http_cut_total counter
+quillo_http_cut_total 1
+# HELP quillo_http_connections Open connections, without event streams.
+# TYPE quillo_http_connections gauge
+quillo_http_connections 3
+# HELP quillo_data_free_bytes Free space on the disk of the movies.
+# TYPE quillo_data_free_bytes gauge
+quillo_data_free_bytes 1000000007
+# HELP quillo_store_reachable 1 if the records can be read.
+# TYPE quillo_store_reachable gauge
+quillo_store_reachable 1
+)"));
 }
 
 TEST(Operations, ShowFiguresWithoutWhatIsPrivateToThisMachineOnly) {
@@ -91,6 +117,33 @@ TEST(Operations, BelieveTheProxyAboutItsClientsAndNobodyElse) {
         bool const isLocal = http.Get("/admin", headers)->status == 200;
         EXPECT_EQ(isLocal, row.isLocal) << row.proxy << ": " << row.forwarded;
     }
+}
+
+TEST(Operations, CountBytesAndResponsesThatWereCut) {
+    RunningService service;
+    ApiClient client(service.GetPort());
+    auto const figure = [&](std::string const& name) {
+        std::string const text = client.http.Get("/metrics")->body;
+        return std::stoll(text.substr(text.find("\n" + name + " ") + name.size() + 2));
+    };
+    auto const received = figure("quillo_http_received_bytes_total");
+    std::string const content = test::Noise(20'000'000);
+    auto const asset = client.Upload(content)["asset"]["id"].get<std::string>();
+    EXPECT_EQ(figure("quillo_http_received_bytes_total") - received, 20'000'000);
+    std::string const link = client.CreateLink();
+    client.AddToLink(link, asset);
+    std::string const movie = "/r/" + link + "/assets/" + asset;
+    auto const sent = figure("quillo_http_sent_bytes_total");
+    EXPECT_EQ(client.http.Get(movie)->body.size(), content.size());
+    EXPECT_GT(figure("quillo_http_sent_bytes_total") - sent, 20'000'000);
+    EXPECT_EQ(figure("quillo_http_cut_total"), 0);
+    {
+        test::RawConnection const impatient(service.GetPort());
+        impatient.Send("GET " + movie + " HTTP/1.1\r\nHost: x\r\n\r\n");
+        impatient.ReadTo("\r\n\r\n");
+    }
+    while (figure("quillo_http_cut_total") == 0)
+        continue;
 }
 
 /// A client over IPv4 is the same client on a socket for both versions.
